@@ -1,0 +1,25 @@
+# What `cmake --install` puts under the prefix: the library, its public headers, and the files by which
+# find_package(activeset) offers it as activeset::activeset.
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/activeset)
+
+install(
+    TARGETS activeset
+    EXPORT activesetTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/activeset DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/NOTICE
+        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+install(EXPORT activesetTargets NAMESPACE activeset:: DESTINATION ${package_dir})
+configure_package_config_file(
+    ${CMAKE_CURRENT_LIST_DIR}/activesetConfig.cmake.in ${PROJECT_BINARY_DIR}/activesetConfig.cmake
+    INSTALL_DESTINATION ${package_dir})
+# Before 1.0 a new minor version may change the interface.
+write_basic_package_version_file(
+    ${PROJECT_BINARY_DIR}/activesetConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/activesetConfig.cmake
+              ${PROJECT_BINARY_DIR}/activesetConfigVersion.cmake
+        DESTINATION ${package_dir})
