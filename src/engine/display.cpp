@@ -1,0 +1,51 @@
+// The iteration table. Widths of titles and values differ in places: kept, output is compared
+// character by character.
+#include <iomanip>
+#include <iostream>
+#include <sstream>
+
+#include "activeset/solver.hpp"
+
+using Matrix = OPTMatrix<double>;
+
+void IsolverAS::_iterativeDisplay(Matrix& p, Matrix& gradient, double alpha) {
+    const std::string display = options->getDisplay();
+    const bool isFinal = display == "final";
+    const bool isTesting = display == "testing";
+    if (!isFinal && !isTesting && display != "iter") {
+        return;
+    }
+    _updateObjectiveValue();
+    const double fstar = solution.fstarRef()(0, 0);
+    std::ostringstream text;  // formats by default, whatever standard output is set to
+    if (isFinal) {
+        if (solution.getSolutoinState() == ASQP::Undecided) {
+            return;
+        }
+        text << " fstar: " << fstar << " Active: " << ActiveSet::getmaConstr()
+             << " Iterations: " << currentIter;
+        std::cout << text.str() << std::endl;
+        return;
+    }
+    using std::setw;
+    if (currentIter == 0) {
+        text << setw(1) << "Iter" << setw(9) << "fstar";
+        if (isTesting) {
+            text << setw(14) << "constr" << setw(14) << "#Active" << setw(14) << "norm(sVec) "
+                 << setw(14) << "alpha " << setw(14) << " norm(grad)";
+        } else {
+            text << setw(14) << "#Active";
+        }
+        text << setw(14) << "message" << '\n';
+    }
+    text << setw(1) << currentIter << setw(14) << fstar;
+    if (isTesting) {
+        text << setw(14) << _largestViolation(solution.xstarRef()) << setw(9)
+             << ActiveSet::getmaConstr() << setw(14) << p.norm() << setw(14) << alpha << setw(14)
+             << gradient.norm();
+    } else {
+        text << setw(9) << ActiveSet::getmaConstr();
+    }
+    text << setw(14) << iterMessage;
+    std::cout << text.str() << std::endl;
+}

@@ -1,0 +1,134 @@
+// The primal active-set iteration: each pass moves along a direction and takes in the first
+// blocking constraint, or lets the constraint with the most negative multiplier go.
+#include "activeset/sizes.hpp"
+#include "activeset/solver.hpp"
+
+using Matrix = OPTMatrix<double>;
+
+void IsolverAS::ASiterations() {
+    _requireProblem();
+    _requireWorkingSet();
+    if (options == nullptr) {
+        vxErrMsgIdAndTxt("optim:src:activesetqp:problemNullPointer", "options is a NULL pointer.");
+    }
+    double alpha = 1.0;
+    computeDirection = true;
+    iterMessage = "       Start ";
+    activesetChangeIndicator = NoIncrementalChange;
+    Matrix p(OPTsizes::getnVar(), 1);
+    Matrix g(OPTsizes::getnVar(), 1);
+    g = objective->grad(solution.xstarRef());
+    _updateObjectiveValue();
+    solution.setSolutionState(ASQP::Undecided);
+    const utInterruptMode interruptMode(0);
+    _iterativeDisplay(p, g, 1.0);
+
+    while (solution.getSolutoinState() == ASQP::Undecided) {
+        const bool isDirectionPass = _searchDirection(g, p);
+        if (isDirectionPass) {
+            _directionStep(p, alpha);
+            g = objective->grad(solution.xstarRef());
+        } else {
+            _multiplierPass(g);
+        }
+        _activesetUpdate(isDirectionPass);
+        _iterativeDisplay(p, g, alpha);
+        activeset::releaseMatrixPool();
+    }
+
+    _updateObjectiveValue();
+    setLambdaForAllConstraints(g);
+    solution.setlambda(lambda);
+}
+
+// The direction of this pass; false when there is none to follow: after a full step p is zero, and
+// a computed one that is too short stays as it is.
+bool IsolverAS::_searchDirection(Matrix& g, Matrix& p) {
+    if (!computeDirection) {
+        p.fill(0.0);
+        return false;
+    }
+    iterMessage.clear();
+    getSearchDirection(g, p);
+    return !(p.norm() < options->getTolX());
+}
+
+// Ratio test, change of the working set, step.
+void IsolverAS::_directionStep(Matrix& p, double& alpha) {
+    computeDirection = true;
+    size_t constraintNumber = OPTsizes::getmConstr();
+    size_t kindIndex = OPTsizes::getmConstr();
+    std::string kind = "ineq";
+    if (_findBlockingConstraintAndAlpha(p, constraintNumber, kindIndex, kind, alpha) < 1) {
+        if (_unboundedOrIllPosed(p, alpha)) {
+            iterMessage = " Unbounded";
+        }
+        computeDirection = false;
+        // After the test above: a linear objective with nothing active ends as optimal. Kept, the
+        // outcome code of such problems depends on it.
+        if (ActiveSet::getmaConstr() == 0) {
+            iterMessage = " Optimal solution found; No active constraints";
+            solution.setSolutionState(ASQP::Optimal);
+        }
+    } else {
+        iterMessage.clear();
+        _addConstraint(constraintNumber, kindIndex, kind);
+    }
+    solution.setxstar(solution.xstarRef() + p * alpha);
+}
+
+void IsolverAS::_multiplierPass(Matrix& g) {
+    computeLambda(g, lambda);
+    if (_isLambdaNonNeg() == 1) {
+        iterMessage = " Optimal solution found";
+        solution.setSolutionState(ASQP::Optimal);
+        return;
+    }
+    iterMessage.clear();
+    removeConstraint(minLambdaIndex);
+    computeDirection = true;
+}
+
+int IsolverAS::_isLambdaNonNeg() {
+    const size_t first = ActiveSet::getmaEq() + ActiveSet::getmaFixed();
+    // With nothing removable in the working set this is the entry behind its multipliers, a zero;
+    // a problem without variables has no such entry.
+    minLambda = first < lambda.getRows() ? lambda(first, 0) : 0.0;
+    minLambdaIndex = first;
+    for (size_t i = first + 1; i < ActiveSet::getmaConstr(); ++i) {
+        if (lambda(i, 0) < minLambda) {  // strict: ties keep the first
+            minLambda = lambda(i, 0);
+            minLambdaIndex = i;
+        }
+    }
+    if (minLambda < 0.0) {  // exact zero, no tolerance; NaN ends the iteration
+        return 0;
+    }
+    minLambdaIndex = activeset::NoIndex;
+    return 1;
+}
+
+bool IsolverAS::_unboundedOrIllPosed(Matrix& p, double& alpha) {
+    if (!_isLinear()) {
+        return false;
+    }
+    if (p.norm() > getErrorNorm()) {
+        solution.setSolutionState(ASQP::Unbounded);
+        // Never true: the type was just tested. Kept as the interface defines it; nothing but an
+        // objective whose type changes between two calls can see it.
+        if (!_isLinear()) {
+            alpha = utGetRealMax();
+        }
+    } else {
+        solution.setSolutionState(ASQP::IllPosed);
+    }
+    return true;
+}
+
+bool IsolverAS::_isLinear() const { return objective->objectiveTypeWord() == "LP"; }
+
+void IsolverAS::_updateObjectiveValue() {
+    if (!solution.isFvalUpdated()) {
+        solution.setfstar(objective->fval(solution.xstarRef()));
+    }
+}

@@ -1,0 +1,185 @@
+// Binding a problem and a working set to the solver, and letting go of them.
+#include <cmath>
+#include <limits>
+#include <span>
+#include <string>
+
+#include "activeset/sizes.hpp"
+#include "activeset/solver.hpp"
+#include "matrix/views.hpp"
+
+using Matrix = OPTMatrix<double>;
+
+const double IsolverAS::TolDegeneracy = 1000.0 * activeset::machineEpsilon();
+
+namespace {
+
+constexpr const char* NullPointerIdentifier = "optim:src:activesetqp:problemNullPointer";
+
+void raiseBadWorkingSet() {
+    vxErrMsgIdAndTxt("optim:src:activesetqp:setWsetIndicesError",
+                     "_setWsetIndices failed to initialize the working-set indices.");
+}
+
+// Assignment that may change the shape, for members which a problem of another size reuses.
+void replace(Matrix& member, const Matrix& value) {
+    if (member.getRows() != value.getRows() || member.getCols() != value.getCols()) {
+        member.clear();
+    }
+    member = value;
+}
+
+}  // namespace
+
+IsolverAS::IsolverAS(IoptObjective* boundObjective,
+                     IoptConstraint* boundConstraint,
+                     IoptOption* boundOptions)
+    : objective(boundObjective), constraint(boundConstraint), options(boundOptions) {}
+
+IsolverAS& IsolverAS::operator=(const IsolverAS& other) {
+    if (this == &other) {
+        return *this;
+    }
+    resetIsolverAS();  // the other's matrices may have other shapes
+    objective = other.objective;
+    constraint = other.constraint;
+    options = other.options;
+    x = other.x;
+    lambda = other.lambda;
+    minLambdaIndex = other.minLambdaIndex;
+    minLambda = other.minLambda;
+    iterMessage = other.iterMessage;
+    currentIter = other.currentIter;
+    Aw = other.Aw;
+    newActiveConstraint = other.newActiveConstraint;
+    activesetChangeIndicator = other.activesetChangeIndicator;
+    activeSet = other.activeSet;
+    solution = other.solution;
+    computeDirection = other.computeDirection;
+    return *this;
+}
+
+IsolverAS::~IsolverAS() = default;
+
+bool IsolverAS::feasibleWorkingSetX0(Matrix& /*x*/, IoptConstraint& /*constraints*/) {
+    return true;
+}
+
+void IsolverAS::init(IoptObjective* newObjective,
+                     IoptConstraint* newConstraint,
+                     IoptOption* newOptions,
+                     Matrix& start,
+                     const vxArray* Wfixed,
+                     const vxArray* Weq,
+                     const vxArray* Wineq,
+                     const vxArray* Wlower,
+                     const vxArray* Wupper) {
+    if (objective == nullptr && newObjective == nullptr) {
+        vxErrMsgIdAndTxt(NullPointerIdentifier, "objective is a NULL pointer.");
+    }
+    objective = newObjective;  // a null replaces a stored objective; _requireProblem finds it
+    if (constraint == nullptr && newConstraint == nullptr) {
+        vxErrMsgIdAndTxt(NullPointerIdentifier, "constraint is a NULL pointer.");
+    }
+    constraint = newConstraint;
+    options = newOptions;
+    iterMessage.clear();
+    currentIter = 0;
+    replace(x, start);
+    if (activeSet.setWsetIndices(Wfixed, Weq, Wineq, Wlower, Wupper) < 0) {
+        raiseBadWorkingSet();
+    }
+    const size_t n = OPTsizes::getnVar();
+    replace(newActiveConstraint, Matrix(1, n));
+    replace(Aw, Matrix(n, n));
+    if (_createAw() < 0) {
+        vxErrMsgIdAndTxt("optim:src:activesetqp:createWsetError",
+                         "_createWset failed to initialize working-set constraint matrix.");
+    }
+    replace(lambda, Matrix(OPTsizes::getnEq() + 2 * n + OPTsizes::getmIneq(), 1));
+    _requireProblem();
+    const Matrix f = objective->fval(x);
+    solution.resetSolution();
+    solution.setxstar(x);
+    solution.setfstar(f);
+    solution.setlambda(lambda);
+    solution.setSolutionState(ASQP::Initialized);
+}
+
+void IsolverAS::resetIsolverAS() {
+    Aw.clear();
+    x.clear();
+    lambda.clear();
+    newActiveConstraint.clear();
+    solution.resetSolution();
+}
+
+int IsolverAS::_createAw() {
+    if (ActiveSet::getmaConstr() > OPTsizes::getnVar()) {
+        vxErrMsgIdAndTxt("optim:src:activesetqp:ActiveConstraintSizeError",
+                         "Number of active constraints must be less than number of variables.");
+    }
+    _requireWorkingSet();
+    size_t column = 0;
+    const auto append = [&](const Matrix& row) {
+        activeset::requireFull(row);
+        Aw.setColumn(column++, std::span(row.getData(), row.size()));
+    };
+    const auto appendBound = [&](const size_t* index, size_t count, size_t variable, auto rowOf) {
+        size_t position = 0;
+        if (activeSet.findConstraint(index, count, variable, position) == 1) {
+            append(rowOf(position));
+        }
+        // Not found: no column, and the next bound fills this one. Kept: the rank test then
+        // removes the constraint that the last, unfilled column stands for.
+    };
+    for (size_t i = 0; i < ActiveSet::getmaFixed(); ++i) {
+        append(constraint->AfixedRow(activeSet.getWfixed()[i]));
+    }
+    for (size_t i = 0; i < ActiveSet::getmaEq(); ++i) {
+        append(constraint->AeqRow(activeSet.getWeq()[i]));
+    }
+    for (size_t i = 0; i < ActiveSet::getmaIneq(); ++i) {
+        append(constraint->ARow(activeSet.getWineq()[i]));
+    }
+    for (size_t i = 0; i < ActiveSet::getmaLB(); ++i) {
+        appendBound(constraint->getindexLB(),
+                    OPTsizes::getmLB(),
+                    activeSet.getWlower()[i],
+                    [&](size_t position) { return constraint->AlbRow(position); });
+    }
+    for (size_t i = 0; i < ActiveSet::getmaUB(); ++i) {
+        appendBound(constraint->getindexUB(),
+                    OPTsizes::getmUB(),
+                    activeSet.getWupper()[i],
+                    [&](size_t position) { return constraint->AubRow(position); });
+    }
+    return 1;
+}
+
+void IsolverAS::_requireProblem() const {
+    if (objective == nullptr) {
+        vxErrMsgIdAndTxt(NullPointerIdentifier, "objective is a NULL pointer.");
+    }
+    if (constraint == nullptr) {
+        vxErrMsgIdAndTxt(NullPointerIdentifier, "constraint is a NULL pointer.");
+    }
+}
+
+// The counts are the thread's: another solver's set-up may have changed them.
+void IsolverAS::_requireWorkingSet() const {
+    if (!activeSet.holdsWhatIsCounted()) {
+        raiseBadWorkingSet();
+    }
+}
+
+void IsolverAS::_incrementCurrentIter() noexcept {
+    // A limit of the largest int can not be exceeded; neither must the counter overflow.
+    if (currentIter < std::numeric_limits<int>::max()) {
+        ++currentIter;
+    }
+}
+
+double IsolverAS::getErrorNorm() const {  // NOLINT(readability-convert-member-functions-to-static)
+    return static_cast<double>(100 * OPTsizes::getnVar()) * std::sqrt(activeset::machineEpsilon());
+}

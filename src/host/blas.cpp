@@ -1,0 +1,111 @@
+// The BLAS calls, and the number of threads that they may use.
+#include "host/blas.hpp"
+
+#include <cmath>
+
+#include "activeset/host.hpp"
+#include "host/fortran.hpp"
+
+namespace activeset::blas {
+
+void gemv(Op op, double alpha, ConstMatrixView a, const double* x, double beta, double* y) {
+    const char trans = static_cast<char>(op);
+    const Int one = 1;
+    const Int length = op == Op::None ? a.rows : a.cols;
+    if (beta == 0.0) {
+        std::fill_n(y, length, 0.0);  // so that stale NaN can not survive, nor an empty product
+        beta = 1.0;
+    }
+    if (a.isEmpty()) {
+        return;
+    }
+    ACTIVESET_FORTRAN(dgemv)
+    (&trans, &a.rows, &a.cols, &alpha, a.data, &a.ld, x, &one, &beta, y, &one, 1);
+}
+
+void gemm(Op opA,
+          Op opB,
+          double alpha,
+          ConstMatrixView a,
+          ConstMatrixView b,
+          double beta,
+          MatrixView c) {
+    const char transA = static_cast<char>(opA);
+    const char transB = static_cast<char>(opB);
+    const Int inner = opA == Op::None ? a.cols : a.rows;
+    if (c.isEmpty()) {
+        return;
+    }
+    ACTIVESET_FORTRAN(dgemm)
+    (&transA,
+     &transB,
+     &c.rows,
+     &c.cols,
+     &inner,
+     &alpha,
+     a.data,
+     &a.ld,
+     b.data,
+     &b.ld,
+     &beta,
+     c.data,
+     &c.ld,
+     1,
+     1);
+}
+
+Rotation rotg(double a, double b) {
+    constexpr double Largest = 0x1p400;
+    constexpr double Smallest = 0x1p-400;
+    const double magnitude = std::max(std::abs(a), std::abs(b));
+    const bool scale = magnitude > 0.0 && std::isfinite(magnitude) &&
+                       (magnitude < Smallest || magnitude > Largest);
+    const int exponent = scale ? std::ilogb(magnitude) : 0;
+    if (scale) {
+        a = std::scalbn(a, -exponent);
+        b = std::scalbn(b, -exponent);
+    }
+    Rotation rotation{};
+    ACTIVESET_FORTRAN(drotg)(&a, &b, &rotation.c, &rotation.s);
+    rotation.r = scale ? std::scalbn(a, exponent) : a;
+    return rotation;
+}
+
+void rot(size_t n, double* x, size_t strideX, double* y, size_t strideY, const Rotation& rotation) {
+    const Int count = static_cast<Int>(n);
+    const Int incX = static_cast<Int>(strideX);
+    const Int incY = static_cast<Int>(strideY);
+    ACTIVESET_FORTRAN(drot)(&count, x, &incX, y, &incY, &rotation.c, &rotation.s);
+}
+
+}  // namespace activeset::blas
+
+namespace activeset {
+
+#ifdef ACTIVESET_HAS_BLAS_THREADS
+
+void setBlasThreads(int count) noexcept {
+    activeset_openblas_set_num_threads(std::max(count, 1));
+}
+
+int blasThreads() noexcept { return activeset_openblas_get_num_threads(); }
+
+namespace {
+
+// One thread from the start, whatever the environment says.
+struct SingleThreadAtLoad {
+    SingleThreadAtLoad() noexcept { setBlasThreads(1); }
+};
+const SingleThreadAtLoad singleThreadAtLoad;
+
+}  // namespace
+
+#else
+
+void setBlasThreads(int /*count*/) noexcept {}
+
+int blasThreads() noexcept { return 1; }
+
+#endif
+
+}  // namespace activeset

@@ -1,0 +1,100 @@
+// The entry function: data check, objects, one solve, results.
+#include "activeset/driver.hpp"
+
+#include <array>
+
+#include "activeset/as_option.hpp"
+#include "activeset/null_space.hpp"
+#include "thread_state.hpp"
+
+using activeset::CallScope;
+
+namespace {
+
+void requireRealDenseDoubles(std::initializer_list<const vxArray*> arrays) {
+    for (const vxArray* array : arrays) {
+        if (array != nullptr && (vxIsSparse(array) || vxIsComplex(array) || !vxIsDouble(array))) {
+            vxErrMsgIdAndTxt("optim:src:DataTypeError",
+                             "Optimization encountered sparse, complex, or non-double data; cannot "
+                             "continue.");
+        }
+    }
+}
+
+/// Empties the pool when a call ends, however it ends.
+struct PoolRelease {
+    PoolRelease() = default;
+    ~PoolRelease() { activeset::releaseMatrixPool(); }
+    PoolRelease(const PoolRelease&) = delete;
+    PoolRelease(PoolRelease&&) = delete;
+    PoolRelease& operator=(const PoolRelease&) = delete;
+    PoolRelease& operator=(PoolRelease&&) = delete;
+};
+
+}  // namespace
+
+int NullSpaceASdriver(const vxArray* H,
+                      const vxArray* c,
+                      const vxArray* A,
+                      const vxArray* b,
+                      const vxArray* Aeq,
+                      const vxArray* beq,
+                      const vxArray* lb,
+                      const vxArray* ub,
+                      const vxArray* x0,
+                      const vxArray* Wineq,
+                      const vxArray* Wlower,
+                      const vxArray* Wupper,
+                      const vxArray* MaxIter,
+                      const vxArray* TolCon,
+                      const vxArray* TolFun,
+                      const vxArray* TolX,
+                      const vxArray* Display,
+                      vxArray** xstar,
+                      vxArray** fstar,
+                      vxArray** lambda,
+                      vxArray** WeqOut,
+                      vxArray** WineqOut,
+                      vxArray** WlowerOut,
+                      vxArray** WupperOut,
+                      vxArray** exitflag) {
+    activeset::threadState().lastSolve = {};
+    activeset::CountsGuard counts;  // as they were, if this call raises
+    CallScope scope;
+    const PoolRelease pool;
+    requireRealDenseDoubles({H, c, A, b, Aeq, beq, lb, ub});
+    QPobjective objective(H, c);  // before the constraints: it says how many variables there are
+    LinearConstraint constraint(A, b, Aeq, beq, lb, ub);
+    // No objective limit: only a value of −∞ could reach this one.
+    ASoption options(MaxIter, TolCon, TolFun, TolX, Display, -utGetRealMax());
+    NullSpaceAS solver;
+    const ASsolution solution = solver(objective, constraint, x0, options, Wineq, Wlower, Wupper);
+    if (solution.getSolutoinState() != ASQP::Undecided) {
+        // All are made before any is handed out, so that an error leaves every pointer alone.
+        const ActiveSet& activeSet = solver.getActiveSet();
+        const std::array<std::pair<vxArray**, vxArray*>, 8> results{
+            {{xstar, solution.getxstarVxArray()},
+             {fstar, solution.getfstarVxArray()},
+             {lambda, solution.getlambdaVxArray()},
+             {exitflag, solution.getSolutoinStateVxArray()},
+             {WeqOut, activeSet.getWeqVxArray()},
+             {WineqOut, activeSet.getWineqVxArray()},
+             {WlowerOut, activeSet.getWlowerVxArray()},
+             {WupperOut, activeSet.getWupperVxArray()}}};
+        for (const auto& [target, array] : results) {
+            if (target != nullptr) {
+                *target = scope.keep(array);
+            }
+        }
+    }
+    const NullSpaceAS::PhaseOneOutcome& phaseOne = solver.getPhaseOneOutcome();
+    activeset::threadState().lastSolve = {
+        solver._getCurrentIter(), phaseOne.iterations, phaseOne.hasRun};
+    counts.commit();
+    return 1;
+}
+
+activeset::SolveReport activeset::lastSolveReport() noexcept {
+    const SolveCounts& last = threadState().lastSolve;
+    return {last.iterations, last.phaseOneIterations, last.phaseOneRan};
+}

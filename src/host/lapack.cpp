@@ -1,0 +1,113 @@
+// The LAPACK calls with their workspaces.
+#include "host/lapack.hpp"
+
+#include <algorithm>
+
+#include "activeset/host.hpp"
+#include "host/fortran.hpp"
+
+namespace activeset::lapack {
+
+namespace {
+
+/// The optimum if the host can give it, else the minimum (or out of memory).
+class Workspace {
+public:
+    Workspace(Int optimum, Int minimum)
+        : size_(std::max(optimum, minimum)),
+          data_(static_cast<double*>(vxCallocEx(static_cast<size_t>(size_), sizeof(double)))) {
+        if (data_ == nullptr) {
+            size_ = minimum;
+            data_ = static_cast<double*>(vxCalloc(static_cast<size_t>(size_), sizeof(double)));
+        }
+    }
+    ~Workspace() { vxFreeEx(data_); }
+    Workspace(const Workspace&) = delete;
+    Workspace(Workspace&&) = delete;
+    Workspace& operator=(const Workspace&) = delete;
+    Workspace& operator=(Workspace&&) = delete;
+
+    [[nodiscard]] double* data() const noexcept { return data_; }
+    [[nodiscard]] const Int* size() const noexcept { return &size_; }
+
+private:
+    Int size_;
+    double* data_;
+};
+
+// Asks the routine for its optimal workspace (not for an empty matrix, where the answer of some
+// routines is too small), then runs it. routine(work, lwork) returns info.
+template <class Routine>
+Int withWorkspace(Int minimum, bool isEmpty, Routine routine) {
+    Int optimum = minimum;
+    if (!isEmpty) {
+        double answer = 0.0;
+        const Int query = -1;
+        routine(&answer, &query);
+        optimum = static_cast<Int>(answer);
+    }
+    const Workspace work(optimum, minimum);
+    return routine(work.data(), work.size());
+}
+
+}  // namespace
+
+Int geqrf(MatrixView a, double* tau) {
+    const Int minimum = std::max(a.rows, a.cols) + 1;
+    return withWorkspace(minimum, a.isEmpty(), [&](double* work, const Int* lwork) {
+        Int info = 0;
+        ACTIVESET_FORTRAN(dgeqrf)(&a.rows, &a.cols, a.data, &a.ld, tau, work, lwork, &info);
+        return info;
+    });
+}
+
+Int orgqr(MatrixView a, Int k, const double* tau) {
+    return withWorkspace(a.rows + 1, a.isEmpty(), [&](double* work, const Int* lwork) {
+        Int info = 0;
+        ACTIVESET_FORTRAN(dorgqr)(&a.rows, &a.cols, &k, a.data, &a.ld, tau, work, lwork, &info);
+        return info;
+    });
+}
+
+Int geqp3(MatrixView a, Int* jpvt, double* tau) {
+    const Int minimum = 3 * std::max(a.rows, a.cols) + 1;
+    return withWorkspace(minimum, a.isEmpty(), [&](double* work, const Int* lwork) {
+        Int info = 0;
+        ACTIVESET_FORTRAN(dgeqp3)(&a.rows, &a.cols, a.data, &a.ld, jpvt, tau, work, lwork, &info);
+        return info;
+    });
+}
+
+Int potrf(MatrixView a) {
+    Int info = 0;
+    ACTIVESET_FORTRAN(dpotrf)("U", &a.cols, a.data, &a.ld, &info, 1);
+    return info;
+}
+
+Int potrs(ConstMatrixView a, MatrixView b) {
+    Int info = 0;
+    ACTIVESET_FORTRAN(dpotrs)("U", &a.cols, &b.cols, a.data, &a.ld, b.data, &b.ld, &info, 1);
+    return info;
+}
+
+Int trtrs(ConstMatrixView r, MatrixView b) {
+    Int info = 0;
+    ACTIVESET_FORTRAN(dtrtrs)
+    ("U", "N", "N", &r.cols, &b.cols, r.data, &r.ld, b.data, &b.ld, &info, 1, 1, 1);
+    return info;
+}
+
+Int gelsTransposed(MatrixView a, MatrixView b) {
+    // max(rows, cols) + 1 alone is less than the routine accepts when the matrix is nearly square.
+    const Int smaller = std::min(a.rows, a.cols);
+    const Int minimum =
+        std::max(std::max(a.rows, a.cols) + 1, smaller + std::max(smaller, b.cols));
+    return withWorkspace(minimum, a.isEmpty(), [&](double* work, const Int* lwork) {
+        Int info = 0;
+        ACTIVESET_FORTRAN(dgels)
+        ("T", &a.rows, &a.cols, &b.cols, a.data, &a.ld, b.data, &b.ld, work, lwork, &info, 1);
+        return info;
+    });
+}
+
+}  // namespace activeset::lapack

@@ -1,0 +1,28 @@
+// The LAPACK routines that the null-space method calls. Each returns LAPACK's info; the caller
+// judges it. Workspaces come from the host and are back with it before info is returned.
+#ifndef ACTIVESET_SRC_HOST_LAPACK_HPP
+#define ACTIVESET_SRC_HOST_LAPACK_HPP
+
+#include "host/blas.hpp"
+
+namespace activeset::lapack {
+
+/// a := packed Householder QR of a; tau: min(rows, cols).
+Int geqrf(MatrixView a, double* tau);
+/// a (m × m) := the full orthogonal factor from its first k packed columns.
+Int orgqr(MatrixView a, Int k, const double* tau);
+/// a := packed QR with column pivoting, a·P = Q·R. jpvt (cols entries): non-zero moves the column
+/// to the front on entry; 1-based permutation on exit.
+Int geqp3(MatrixView a, Int* jpvt, double* tau);
+/// a := upper Cholesky factor; info > 0: the leading minor of that order is not positive.
+Int potrf(MatrixView a);
+/// b := a⁻¹·b from potrf's factor.
+Int potrs(ConstMatrixView a, MatrixView b);
+/// b := r⁻¹·b, r upper triangular; info > 0: that diagonal entry is zero.
+Int trtrs(ConstMatrixView r, MatrixView b);
+/// Minimum-norm solutions of aᵀ·x = b for each column of b (max(rows, cols) rows); a is destroyed.
+Int gelsTransposed(MatrixView a, MatrixView b);
+
+}  // namespace activeset::lapack
+
+#endif

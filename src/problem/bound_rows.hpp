@@ -1,0 +1,29 @@
+// Products with the rows of bounds, which have a single entry ±1 each.
+#ifndef ACTIVESET_SRC_PROBLEM_BOUND_ROWS_HPP
+#define ACTIVESET_SRC_PROBLEM_BOUND_ROWS_HPP
+
+#include <cstddef>
+
+#include "activeset/matrix.hpp"
+
+namespace activeset {
+
+/// The bounds of one side: bound k constrains variable index[k] with the coefficient `sign`.
+struct BoundRows {
+    double sign;          // −1 for lower bounds, +1 for upper bounds
+    const size_t* index;  // `count` variables
+    size_t count;
+    size_t variables;  // the width of a row
+
+    /// rows·x, count × 1, with the same result as the product with the rows written out, also for
+    /// infinite and NaN entries of x. Raises the matrix product's fault for an x of another length.
+    [[nodiscard]] OPTMatrix<double> times(const OPTMatrix<double>& x) const;
+    /// Row k, 1 × variables; raises "Index exceed number of row.".
+    [[nodiscard]] OPTMatrix<double> row(size_t k) const;
+    /// Writes all rows into `rows`, which is empty or of this shape.
+    void writeOut(OPTMatrix<double>& rows) const;
+};
+
+}  // namespace activeset
+
+#endif
