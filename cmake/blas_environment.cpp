@@ -1,5 +1,5 @@
-// What the private BLAS sees of the environment when the library is loaded: a request for one thread,
-// whatever OPENBLAS_NUM_THREADS, meant for some other BLAS of the process, says.
+// What the private BLAS sees of the environment when the library is loaded: a request for one
+// thread, whatever OPENBLAS_NUM_THREADS, meant for some other BLAS of the process, says.
 //
 // BLAS starts its threads in a load-time initialiser, one a processor unless the environment says
 // otherwise. Reducing the number afterwards leaves those threads behind, and asking before its
@@ -9,8 +9,8 @@
 
 extern "C" {
 
-// The linker's names (--wrap=getenv): what the calls of the merged object are bound to, and the function
-// of the C library.
+// The linker's names (--wrap=getenv): what the calls of the merged object are bound to, and the
+// function of the C library.
 char* __wrap_getenv(const char* name);
 char* __real_getenv(const char* name);
 

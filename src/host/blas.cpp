@@ -82,6 +82,7 @@ void rot(size_t n, double* x, size_t strideX, double* y, size_t strideY, const R
 
 namespace activeset {
 
+// The private BLAS starts with one thread, whatever the environment says: it is built that way.
 #ifdef ACTIVESET_HAS_BLAS_THREADS
 
 void setBlasThreads(int count) noexcept {
@@ -89,16 +90,6 @@ void setBlasThreads(int count) noexcept {
 }
 
 int blasThreads() noexcept { return activeset_openblas_get_num_threads(); }
-
-namespace {
-
-// One thread from the start, whatever the environment says.
-struct SingleThreadAtLoad {
-    SingleThreadAtLoad() noexcept { setBlasThreads(1); }
-};
-const SingleThreadAtLoad singleThreadAtLoad;
-
-}  // namespace
 
 #else
 
