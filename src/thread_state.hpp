@@ -86,8 +86,7 @@ struct ThreadState {
 /// Puts the size and working-set counts back as they were, unless told that all went well.
 class CountsGuard {
 public:
-    CountsGuard() noexcept
-        : sizes_(threadState().sizes), workingSet_(threadState().workingSet) {}
+    CountsGuard() noexcept : sizes_(threadState().sizes), workingSet_(threadState().workingSet) {}
     ~CountsGuard() {
         if (!committed_) {
             threadState().sizes = sizes_;

@@ -67,7 +67,8 @@ inline constexpr const char* ArrayErrorIdentifier = "optim:host:arrayError";
 [[noreturn]] ACTIVESET_API void vxErrMsgIdAndTxt(const char* identifier, const char* format, ...)
     __attribute__((format(printf, 2, 3)));
 
-/// Raises activeset::HostError with activeset::AssertionIdentifier and `message` unless `condition`.
+/// Raises activeset::HostError with activeset::AssertionIdentifier and `message` unless
+/// `condition`.
 ACTIVESET_API void optimAssert(bool condition, const char* message);
 
 // ---------------------------------------------------------------------------------------------

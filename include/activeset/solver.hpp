@@ -21,11 +21,7 @@
 class ACTIVESET_API IsolverAS {
 public:
     /// What the last pass did to the working set, which is what the factorisation must follow.
-    enum workingSetChange {
-        NoIncrementalChange = 0,
-        ConstraintAdded = 1,
-        ConstraintRemoved = -1
-    };
+    enum workingSetChange { NoIncrementalChange = 0, ConstraintAdded = 1, ConstraintRemoved = -1 };
 
     /// 1000·ε, ε = 2⁻⁵²: a constraint is approached only at a rate above this times the norm of
     /// the direction.

@@ -13,18 +13,42 @@
 using activeset::IndexList;
 using activeset::threadState;
 
-void ActiveSet::setmaFixed(size_t count) { threadState().workingSet.maFixed = count; }
-size_t ActiveSet::getmaFixed() { return threadState().workingSet.maFixed; }
-void ActiveSet::setmaEq(size_t count) { threadState().workingSet.maEq = count; }
-size_t ActiveSet::getmaEq() { return threadState().workingSet.maEq; }
-void ActiveSet::setmaIneq(size_t count) { threadState().workingSet.maIneq = count; }
-size_t ActiveSet::getmaIneq() { return threadState().workingSet.maIneq; }
-void ActiveSet::setmaLB(size_t count) { threadState().workingSet.maLB = count; }
-size_t ActiveSet::getmaLB() { return threadState().workingSet.maLB; }
-void ActiveSet::setmaUB(size_t count) { threadState().workingSet.maUB = count; }
-size_t ActiveSet::getmaUB() { return threadState().workingSet.maUB; }
-void ActiveSet::setmaConstr(size_t count) { threadState().workingSet.maConstr = count; }
-size_t ActiveSet::getmaConstr() { return threadState().workingSet.maConstr; }
+void ActiveSet::setmaFixed(size_t count) {
+    threadState().workingSet.maFixed = count;
+}
+size_t ActiveSet::getmaFixed() {
+    return threadState().workingSet.maFixed;
+}
+void ActiveSet::setmaEq(size_t count) {
+    threadState().workingSet.maEq = count;
+}
+size_t ActiveSet::getmaEq() {
+    return threadState().workingSet.maEq;
+}
+void ActiveSet::setmaIneq(size_t count) {
+    threadState().workingSet.maIneq = count;
+}
+size_t ActiveSet::getmaIneq() {
+    return threadState().workingSet.maIneq;
+}
+void ActiveSet::setmaLB(size_t count) {
+    threadState().workingSet.maLB = count;
+}
+size_t ActiveSet::getmaLB() {
+    return threadState().workingSet.maLB;
+}
+void ActiveSet::setmaUB(size_t count) {
+    threadState().workingSet.maUB = count;
+}
+size_t ActiveSet::getmaUB() {
+    return threadState().workingSet.maUB;
+}
+void ActiveSet::setmaConstr(size_t count) {
+    threadState().workingSet.maConstr = count;
+}
+size_t ActiveSet::getmaConstr() {
+    return threadState().workingSet.maConstr;
+}
 
 namespace {
 
@@ -68,7 +92,9 @@ vxArray* toHostColumn(const IndexList& list, size_t count) {
 
 // In use, but never more than the list holds: the counts are the thread's and may be another
 // working set's by now.
-size_t inUse(const IndexList& list, size_t count) { return std::min(count, list.capacity()); }
+size_t inUse(const IndexList& list, size_t count) {
+    return std::min(count, list.capacity());
+}
 
 void append(IndexList& list, size_t& count, size_t value) {
     if (count >= list.capacity()) {
@@ -90,7 +116,9 @@ void ActiveSet::_setWfixed(const size_t* source) {
     setListOfKind(Wfixed, source, OPTsizes::getmFixed());
 }
 
-void ActiveSet::_setWeq(const size_t* source) { setListOfKind(Weq, source, OPTsizes::getmEq()); }
+void ActiveSet::_setWeq(const size_t* source) {
+    setListOfKind(Weq, source, OPTsizes::getmEq());
+}
 
 void ActiveSet::_setWineq(const size_t* source) {
     setListOfKind(Wineq, source, OPTsizes::getmIneq());
@@ -128,9 +156,8 @@ int ActiveSet::setWsetIndices(const vxArray* fixed,
     counts.maConstr = counts.maFixed + counts.maEq + counts.maIneq + counts.maLB + counts.maUB;
     // Strict, whatever the texts say: as many as there are is accepted.
     if (counts.maIneq > OPTsizes::getmIneq()) {
-        vxErrMsgIdAndTxt(
-            "optim:activesetqp:ActiveInequalitySizeError",
-            "Length of active inequality vector must be less than inequality vector.");
+        vxErrMsgIdAndTxt("optim:activesetqp:ActiveInequalitySizeError",
+                         "Length of active inequality vector must be less than inequality vector.");
     }
     if (counts.maLB > OPTsizes::getmLB()) {
         vxErrMsgIdAndTxt(
@@ -168,7 +195,9 @@ int ActiveSet::setWsetIndices(const vxArray* fixed,
     return 1;
 }
 
-vxArray* ActiveSet::getWeqVxArray() const { return toHostColumn(Weq, inUse(Weq, getmaEq())); }
+vxArray* ActiveSet::getWeqVxArray() const {
+    return toHostColumn(Weq, inUse(Weq, getmaEq()));
+}
 
 vxArray* ActiveSet::getWineqVxArray() const {
     return toHostColumn(Wineq, inUse(Wineq, getmaIneq()));
@@ -182,7 +211,9 @@ vxArray* ActiveSet::getWupperVxArray() const {
     return toHostColumn(Wupper, inUse(Wupper, getmaUB()));
 }
 
-vxArray* ActiveSet::getWupperVxArrayPhaseOne() const { return getWupperVxArray(); }
+vxArray* ActiveSet::getWupperVxArrayPhaseOne() const {
+    return getWupperVxArray();
+}
 
 // The list primitives are members by the interface's design.
 // NOLINTBEGIN(readability-convert-member-functions-to-static)
@@ -201,7 +232,9 @@ void ActiveSet::replaceElementByLast(size_t* list, size_t n, size_t pos) const {
     list[pos] = list[n - 1];
 }
 
-void ActiveSet::addToBottom(size_t* list, size_t n, size_t value) const { list[n] = value; }
+void ActiveSet::addToBottom(size_t* list, size_t n, size_t value) const {
+    list[n] = value;
+}
 
 void ActiveSet::printWindex(const size_t* list, size_t n) const {
     for (size_t i = 0; i < n; ++i) {
@@ -228,7 +261,9 @@ bool ActiveSet::holdsWhatIsCounted() const {
            counts.maLB <= Wlower.capacity() && counts.maUB <= Wupper.capacity();
 }
 
-void ActiveSet::appendIneq(size_t row) { append(Wineq, threadState().workingSet.maIneq, row); }
+void ActiveSet::appendIneq(size_t row) {
+    append(Wineq, threadState().workingSet.maIneq, row);
+}
 
 void ActiveSet::appendLower(size_t variable) {
     append(Wlower, threadState().workingSet.maLB, variable);

@@ -125,7 +125,9 @@ bool IsolverAS::_unboundedOrIllPosed(Matrix& p, double& alpha) {
     return true;
 }
 
-bool IsolverAS::_isLinear() const { return objective->objectiveTypeWord() == "LP"; }
+bool IsolverAS::_isLinear() const {
+    return objective->objectiveTypeWord() == "LP";
+}
 
 void IsolverAS::_updateObjectiveValue() {
     if (!solution.isFvalUpdated()) {

@@ -57,11 +57,8 @@ bool contains(const size_t* list, size_t count, size_t value) {
 
 }  // namespace
 
-int IsolverAS::_findBlockingConstraintAndAlpha(Matrix& p,
-                                               size_t& constraintNumber,
-                                               size_t& kindIndex,
-                                               std::string& kind,
-                                               double& alpha) {
+int IsolverAS::_findBlockingConstraintAndAlpha(
+    Matrix& p, size_t& constraintNumber, size_t& kindIndex, std::string& kind, double& alpha) {
     constraintNumber = 0;
     kindIndex = 0;
     const Matrix& point = solution.xstarRef();
@@ -78,9 +75,7 @@ int IsolverAS::_findBlockingConstraintAndAlpha(Matrix& p,
     if (OPTsizes::getmIneq() > 0) {
         const size_t* active = activeSet.getWineq();
         blocking.scan(
-            constraint->Ax(p),
-            constraint->Aconstr(point),
-            OPTsizes::getmIneq(),
+            constraint->Ax(p), constraint->Aconstr(point), OPTsizes::getmIneq(),
             [&](size_t i) { return contains(active, ActiveSet::getmaIneq(), i); },
             [&](size_t i) { recordAs("ineq", firstIneq + i, i); });
     }
@@ -88,9 +83,7 @@ int IsolverAS::_findBlockingConstraintAndAlpha(Matrix& p,
         const size_t* active = activeSet.getWlower();
         const size_t* variable = constraint->getindexLB();
         blocking.scan(
-            constraint->Albx(p),
-            constraint->Albconstr(point),
-            OPTsizes::getmLB(),
+            constraint->Albx(p), constraint->Albconstr(point), OPTsizes::getmLB(),
             [&](size_t j) { return contains(active, ActiveSet::getmaLB(), variable[j]); },
             [&](size_t j) { recordAs("lower", firstLower + variable[j], j); });
     }
@@ -98,9 +91,7 @@ int IsolverAS::_findBlockingConstraintAndAlpha(Matrix& p,
         const size_t* active = activeSet.getWupper();
         const size_t* variable = constraint->getindexUB();
         blocking.scan(
-            constraint->Aubx(p),
-            constraint->Aubconstr(point),
-            OPTsizes::getmUB(),
+            constraint->Aubx(p), constraint->Aubconstr(point), OPTsizes::getmUB(),
             [&](size_t j) { return contains(active, ActiveSet::getmaUB(), variable[j]); },
             [&](size_t j) { recordAs("upper", firstUpper + variable[j], j); });
     }

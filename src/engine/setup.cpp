@@ -143,15 +143,11 @@ int IsolverAS::_createAw() {
         append(constraint->ARow(activeSet.getWineq()[i]));
     }
     for (size_t i = 0; i < ActiveSet::getmaLB(); ++i) {
-        appendBound(constraint->getindexLB(),
-                    OPTsizes::getmLB(),
-                    activeSet.getWlower()[i],
+        appendBound(constraint->getindexLB(), OPTsizes::getmLB(), activeSet.getWlower()[i],
                     [&](size_t position) { return constraint->AlbRow(position); });
     }
     for (size_t i = 0; i < ActiveSet::getmaUB(); ++i) {
-        appendBound(constraint->getindexUB(),
-                    OPTsizes::getmUB(),
-                    activeSet.getWupper()[i],
+        appendBound(constraint->getindexUB(), OPTsizes::getmUB(), activeSet.getWupper()[i],
                     [&](size_t position) { return constraint->AubRow(position); });
     }
     return 1;

@@ -58,26 +58,20 @@ void IsolverAS::removeConstraint(size_t position) {
     };
     if (eqEnd <= number && number < ineqEnd) {
         const size_t row = number - eqEnd;
-        take(activeSet.getWineq(),
-             ActiveSet::getmaIneq(),
-             row,
+        take(activeSet.getWineq(), ActiveSet::getmaIneq(), row,
              "Expected inequality was not found in the active list.");
         ActiveSet::setmaIneq(ActiveSet::getmaIneq() - 1);
         iterMessage = " Out ineq: " + std::to_string(row + 1);
     } else if (ineqEnd <= number && number < lowerEnd) {
         const size_t variable = number - ineqEnd;
-        take(activeSet.getWlower(),
-             ActiveSet::getmaLB(),
-             variable,
+        take(activeSet.getWlower(), ActiveSet::getmaLB(), variable,
              "Expected lower bound was not found in the active list.");
         ActiveSet::setmaLB(ActiveSet::getmaLB() - 1);
         iterMessage = " Out lb: " + std::to_string(variable + 1);
     } else {
         // Equalities and fixed variables come here too, are not found, and so can never leave.
         const size_t variable = number - lowerEnd;
-        take(activeSet.getWupper(),
-             ActiveSet::getmaUB(),
-             variable,
+        take(activeSet.getWupper(), ActiveSet::getmaUB(), variable,
              "Expected upper bound was not found in the active list.");
         ActiveSet::setmaUB(ActiveSet::getmaUB() - 1);
         iterMessage = " Out ub: " + std::to_string(variable + 1);

@@ -23,13 +23,8 @@ void gemv(Op op, double alpha, ConstMatrixView a, const double* x, double beta, 
     (&trans, &a.rows, &a.cols, &alpha, a.data, &a.ld, x, &one, &beta, y, &one, 1);
 }
 
-void gemm(Op opA,
-          Op opB,
-          double alpha,
-          ConstMatrixView a,
-          ConstMatrixView b,
-          double beta,
-          MatrixView c) {
+void gemm(
+    Op opA, Op opB, double alpha, ConstMatrixView a, ConstMatrixView b, double beta, MatrixView c) {
     const char transA = static_cast<char>(opA);
     const char transB = static_cast<char>(opB);
     const Int inner = opA == Op::None ? a.cols : a.rows;
@@ -37,21 +32,8 @@ void gemm(Op opA,
         return;
     }
     ACTIVESET_FORTRAN(dgemm)
-    (&transA,
-     &transB,
-     &c.rows,
-     &c.cols,
-     &inner,
-     &alpha,
-     a.data,
-     &a.ld,
-     b.data,
-     &b.ld,
-     &beta,
-     c.data,
-     &c.ld,
-     1,
-     1);
+    (&transA, &transB, &c.rows, &c.cols, &inner, &alpha, a.data, &a.ld, b.data, &b.ld, &beta,
+     c.data, &c.ld, 1, 1);
 }
 
 Rotation rotg(double a, double b) {
@@ -89,13 +71,17 @@ void setBlasThreads(int count) noexcept {
     activeset_openblas_set_num_threads(std::max(count, 1));
 }
 
-int blasThreads() noexcept { return activeset_openblas_get_num_threads(); }
+int blasThreads() noexcept {
+    return activeset_openblas_get_num_threads();
+}
 
 #else
 
 void setBlasThreads(int /*count*/) noexcept {}
 
-int blasThreads() noexcept { return 1; }
+int blasThreads() noexcept {
+    return 1;
+}
 
 #endif
 

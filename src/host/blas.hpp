@@ -51,13 +51,8 @@ namespace blas {
 /// y := alpha·op(a)·x + beta·y; with beta = 0 what y held before does not matter.
 void gemv(Op op, double alpha, ConstMatrixView a, const double* x, double beta, double* y);
 /// c := alpha·op(a)·op(b) + beta·c.
-void gemm(Op opA,
-          Op opB,
-          double alpha,
-          ConstMatrixView a,
-          ConstMatrixView b,
-          double beta,
-          MatrixView c);
+void gemm(
+    Op opA, Op opB, double alpha, ConstMatrixView a, ConstMatrixView b, double beta, MatrixView c);
 
 /// A plane rotation [c s; −s c] that turns (a, b) into (r, 0).
 struct Rotation {

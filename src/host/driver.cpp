@@ -88,8 +88,8 @@ int NullSpaceASdriver(const vxArray* H,
         }
     }
     const NullSpaceAS::PhaseOneOutcome& phaseOne = solver.getPhaseOneOutcome();
-    activeset::threadState().lastSolve = {
-        solver._getCurrentIter(), phaseOne.iterations, phaseOne.hasRun};
+    activeset::threadState().lastSolve = {solver._getCurrentIter(), phaseOne.iterations,
+                                          phaseOne.hasRun};
     counts.commit();
     return 1;
 }

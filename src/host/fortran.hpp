@@ -75,12 +75,8 @@ void ACTIVESET_FORTRAN(dorgqr)(const Int* m,
                                double* work,
                                const Int* lwork,
                                Int* info);
-void ACTIVESET_FORTRAN(dpotrf)(const char* uplo,
-                               const Int* n,
-                               double* a,
-                               const Int* lda,
-                               Int* info,
-                               size_t);
+void ACTIVESET_FORTRAN(dpotrf)(
+    const char* uplo, const Int* n, double* a, const Int* lda, Int* info, size_t);
 void ACTIVESET_FORTRAN(dpotrs)(const char* uplo,
                                const Int* n,
                                const Int* nrhs,

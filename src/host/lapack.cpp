@@ -100,8 +100,7 @@ Int trtrs(ConstMatrixView r, MatrixView b) {
 Int gelsTransposed(MatrixView a, MatrixView b) {
     // max(rows, cols) + 1 alone is less than the routine accepts when the matrix is nearly square.
     const Int smaller = std::min(a.rows, a.cols);
-    const Int minimum =
-        std::max(std::max(a.rows, a.cols) + 1, smaller + std::max(smaller, b.cols));
+    const Int minimum = std::max(std::max(a.rows, a.cols) + 1, smaller + std::max(smaller, b.cols));
     return withWorkspace(minimum, a.isEmpty(), [&](double* work, const Int* lwork) {
         Int info = 0;
         ACTIVESET_FORTRAN(dgels)

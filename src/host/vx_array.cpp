@@ -88,7 +88,9 @@ vxArray* CallScope::keep(vxArray* array) noexcept {
     return array;
 }
 
-std::int64_t liveArrayCount() noexcept { return threadState().liveArrays; }
+std::int64_t liveArrayCount() noexcept {
+    return threadState().liveArrays;
+}
 
 }  // namespace activeset
 
@@ -171,7 +173,7 @@ void freeData(vxArray& array) noexcept {
 class Draft {
 public:
     Draft(size_t m, size_t n, vxClass elementClass, vxComplexity complexity)
-        : array_(::new(vxMallocExCheck(sizeof(vxArray))) vxArray) {
+        : array_(::new (vxMallocExCheck(sizeof(vxArray))) vxArray) {
         array_->dimensions = {m, n};
         array_->elementClass = elementClass;
         array_->isComplex = complexity == vxComplexity::Complex;
@@ -238,11 +240,11 @@ double asDouble(const vxArray& array, size_t position) noexcept {
     return static_cast<double>(at<unsigned char>(array.real, position));
 }
 
-void copyElement(void* to, size_t toPlace, const void* from, size_t fromPlace, size_t size) noexcept {
+void copyElement(
+    void* to, size_t toPlace, const void* from, size_t fromPlace, size_t size) noexcept {
     if (to != nullptr && from != nullptr) {
         std::memcpy(static_cast<char*>(to) + toPlace * size,
-                    static_cast<const char*>(from) + fromPlace * size,
-                    size);
+                    static_cast<const char*>(from) + fromPlace * size, size);
     }
 }
 
@@ -262,8 +264,8 @@ vxArray* transposeSparse(const vxArray& source) {
     for (size_t j = 0; j < n; ++j) {
         activeset::forEachEntry(source, j, [&](size_t, size_t) { ++stored; });
     }
-    vxArray* result = vxCreateSparse(
-        n, m, stored, source.isComplex ? vxComplexity::Complex : vxComplexity::Real);
+    vxArray* result =
+        vxCreateSparse(n, m, stored, source.isComplex ? vxComplexity::Complex : vxComplexity::Real);
     size_t* starts = result->columnStarts;
     for (size_t j = 0; j < n; ++j) {
         activeset::forEachEntry(source, j, [&](size_t, size_t row) { ++starts[row + 1]; });
@@ -288,19 +290,14 @@ void requireShape(const vxArray& array, size_t m, size_t n) {
     }
     if (productOrTooMuch(m, n) > array.capacity) {
         vxErrMsgIdAndTxt(ArrayErrorIdentifier,
-                         "%zu-by-%zu elements do not fit into a buffer of %zu.",
-                         m,
-                         n,
+                         "%zu-by-%zu elements do not fit into a buffer of %zu.", m, n,
                          array.capacity);
     }
 }
 
 }  // namespace
 
-vxArray* vxCreateNumericMatrix(size_t m,
-                               size_t n,
-                               vxClass elementClass,
-                               vxComplexity complexity) {
+vxArray* vxCreateNumericMatrix(size_t m, size_t n, vxClass elementClass, vxComplexity complexity) {
     Draft draft(m, n, elementClass, complexity);
     draft.allocate(productOrTooMuch(m, n));
     return draft.release();
@@ -335,7 +332,9 @@ vxArray* vxWrapDoubleMatrix(double* values, size_t m, size_t n) {
     return draft.release();
 }
 
-vxArray* vxCreateDoubleScalar(double value) { return vxCreateDoubleMatrixFrom(&value, 1, 1); }
+vxArray* vxCreateDoubleScalar(double value) {
+    return vxCreateDoubleMatrixFrom(&value, 1, 1);
+}
 
 vxArray* vxCreateCharArray(std::string_view text) {
     vxArray* array = vxCreateNumericMatrix(1, text.size(), vxClass::Char, vxComplexity::Real);
@@ -345,9 +344,7 @@ vxArray* vxCreateCharArray(std::string_view text) {
 
 vxArray* vxCreateDeepCopy(const vxArray* array) {
     const vxArray& source = checked(array);
-    Draft draft(source.dimensions[0],
-                source.dimensions[1],
-                source.elementClass,
+    Draft draft(source.dimensions[0], source.dimensions[1], source.elementClass,
                 source.isComplex ? vxComplexity::Complex : vxComplexity::Real);
     const size_t stored = storedElements(source);
     draft.allocate(stored);
@@ -372,11 +369,8 @@ vxArray* vxTranspose(const vxArray* array) {
     }
     const size_t m = source.dimensions[0];
     const size_t n = source.dimensions[1];
-    vxArray* result =
-        vxCreateNumericMatrix(n,
-                              m,
-                              source.elementClass,
-                              source.isComplex ? vxComplexity::Complex : vxComplexity::Real);
+    vxArray* result = vxCreateNumericMatrix(
+        n, m, source.elementClass, source.isComplex ? vxComplexity::Complex : vxComplexity::Real);
     const size_t size = elementSize(source.elementClass);
     transposeFull(source.real, result->real, m, n, size);
     transposeFull(source.imaginary, result->imaginary, m, n, size);
@@ -394,29 +388,49 @@ void vxDestroyArray(vxArray* array) noexcept {
     --threadState().liveArrays;
 }
 
-const size_t* vxGetDimensions(const vxArray* array) { return checked(array).dimensions.data(); }
+const size_t* vxGetDimensions(const vxArray* array) {
+    return checked(array).dimensions.data();
+}
 
-size_t vxGetM(const vxArray* array) { return checked(array).dimensions[0]; }
+size_t vxGetM(const vxArray* array) {
+    return checked(array).dimensions[0];
+}
 
-size_t vxGetN(const vxArray* array) { return checked(array).dimensions[1]; }
+size_t vxGetN(const vxArray* array) {
+    return checked(array).dimensions[1];
+}
 
-size_t vxGetNumberOfElements(const vxArray* array) { return numberOfElements(checked(array)); }
+size_t vxGetNumberOfElements(const vxArray* array) {
+    return numberOfElements(checked(array));
+}
 
-vxClass vxGetClass(const vxArray* array) { return checked(array).elementClass; }
+vxClass vxGetClass(const vxArray* array) {
+    return checked(array).elementClass;
+}
 
 bool vxIsEmpty(const vxArray* array) {
     return checked(array).dimensions[0] == 0 || array->dimensions[1] == 0;
 }
 
-bool vxIsSparse(const vxArray* array) { return checked(array).isSparse; }
+bool vxIsSparse(const vxArray* array) {
+    return checked(array).isSparse;
+}
 
-bool vxIsComplex(const vxArray* array) { return checked(array).isComplex; }
+bool vxIsComplex(const vxArray* array) {
+    return checked(array).isComplex;
+}
 
-bool vxIsDouble(const vxArray* array) { return checked(array).elementClass == vxClass::Double; }
+bool vxIsDouble(const vxArray* array) {
+    return checked(array).elementClass == vxClass::Double;
+}
 
-bool vxIsPersistent(const vxArray* array) { return checked(array).isPersistent; }
+bool vxIsPersistent(const vxArray* array) {
+    return checked(array).isPersistent;
+}
 
-void* vxGetData(const vxArray* array) { return checked(array).real; }
+void* vxGetData(const vxArray* array) {
+    return checked(array).real;
+}
 
 double* vxGetDoubles(const vxArray* array) {
     if (checked(array).elementClass != vxClass::Double) {
@@ -425,13 +439,21 @@ double* vxGetDoubles(const vxArray* array) {
     return static_cast<double*>(array->real);
 }
 
-void* vxGetImaginaryData(const vxArray* array) { return checked(array).imaginary; }
+void* vxGetImaginaryData(const vxArray* array) {
+    return checked(array).imaginary;
+}
 
-size_t* vxGetRowIndices(const vxArray* array) { return checkedSparse(array).rowIndices; }
+size_t* vxGetRowIndices(const vxArray* array) {
+    return checkedSparse(array).rowIndices;
+}
 
-size_t* vxGetColumnStarts(const vxArray* array) { return checkedSparse(array).columnStarts; }
+size_t* vxGetColumnStarts(const vxArray* array) {
+    return checkedSparse(array).columnStarts;
+}
 
-size_t vxGetEntryCapacity(const vxArray* array) { return checkedSparse(array).capacity; }
+size_t vxGetEntryCapacity(const vxArray* array) {
+    return checkedSparse(array).capacity;
+}
 
 double vxGetElement(const vxArray* array, size_t row, size_t column) {
     const vxArray& source = checked(array);

@@ -22,7 +22,9 @@ void utPrintf(const char* format, ...) {
     std::cout << text;
 }
 
-double utGetRealMax() noexcept { return std::numeric_limits<double>::max(); }
+double utGetRealMax() noexcept {
+    return std::numeric_limits<double>::max();
+}
 
 utInterruptMode::utInterruptMode(int mode) noexcept
     : previousMode_(activeset::threadState().interruptMode) {
@@ -35,6 +37,10 @@ utInterruptMode::~utInterruptMode() {
     --activeset::threadState().interruptDepth;
 }
 
-int utInterruptMode::depth() noexcept { return activeset::threadState().interruptDepth; }
+int utInterruptMode::depth() noexcept {
+    return activeset::threadState().interruptDepth;
+}
 
-int utInterruptMode::current() noexcept { return activeset::threadState().interruptMode; }
+int utInterruptMode::current() noexcept {
+    return activeset::threadState().interruptMode;
+}

@@ -13,9 +13,13 @@ HostError::HostError(std::string identifier, std::string text)
 
 HostError::~HostError() = default;
 
-const std::string& HostError::identifier() const noexcept { return identifier_; }
+const std::string& HostError::identifier() const noexcept {
+    return identifier_;
+}
 
-const char* HostError::what() const noexcept { return text_.c_str(); }
+const char* HostError::what() const noexcept {
+    return text_.c_str();
+}
 
 }  // namespace activeset
 

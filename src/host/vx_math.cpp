@@ -39,7 +39,9 @@ void vxTimes(double* result,
     }
 }
 
-double vxRemainder(double a, double b) noexcept { return std::fmod(a, b); }
+double vxRemainder(double a, double b) noexcept {
+    return std::fmod(a, b);
+}
 
 namespace {
 
@@ -55,7 +57,8 @@ void requireDoubles(const vxArray* array) {
 void addColumn(const vxArray& a, size_t k, double factor, double* target) {
     const auto* values = static_cast<const double*>(a.real);
     if (a.isSparse) {
-        forEachEntry(a, k, [&](size_t entry, size_t row) { target[row] += values[entry] * factor; });
+        forEachEntry(a, k,
+                     [&](size_t entry, size_t row) { target[row] += values[entry] * factor; });
         return;
     }
     const size_t m = a.dimensions[0];
@@ -102,23 +105,13 @@ void vxMatrixMultiply(vxArray* product, const vxArray* a, const vxArray* b) {
     }
     const auto view = [](const vxArray* array) {
         return activeset::ConstMatrixView(static_cast<const double*>(array->real),
-                                          array->dimensions[0],
-                                          array->dimensions[1]);
+                                          array->dimensions[0], array->dimensions[1]);
     };
     if (n == 1) {
-        activeset::blas::gemv(activeset::Op::None,
-                              1.0,
-                              view(a),
-                              static_cast<const double*>(b->real),
-                              0.0,
-                              result);
+        activeset::blas::gemv(activeset::Op::None, 1.0, view(a),
+                              static_cast<const double*>(b->real), 0.0, result);
     } else {
-        activeset::blas::gemm(activeset::Op::None,
-                              activeset::Op::None,
-                              1.0,
-                              view(a),
-                              view(b),
-                              0.0,
+        activeset::blas::gemm(activeset::Op::None, activeset::Op::None, 1.0, view(a), view(b), 0.0,
                               activeset::MatrixView(result, m, n));
     }
 }

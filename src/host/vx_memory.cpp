@@ -17,7 +17,8 @@ bool isRefused() noexcept {
         return false;
     }
     ++plan.requests;
-    const bool refused = plan.requests >= plan.failAt && plan.requests - plan.failAt < plan.failures;
+    const bool refused =
+        plan.requests >= plan.failAt && plan.requests - plan.failAt < plan.failures;
     plan.hasFailed = plan.hasFailed || refused;
     return refused;
 }
@@ -74,11 +75,17 @@ void* vxCalloc(size_t count, size_t size) {
     return memory;
 }
 
-void* vxMallocExCheck(size_t bytes) { return vxMalloc(bytes == 0 ? 1 : bytes); }
+void* vxMallocExCheck(size_t bytes) {
+    return vxMalloc(bytes == 0 ? 1 : bytes);
+}
 
-void vxFree(void* memory) noexcept { release(memory); }
+void vxFree(void* memory) noexcept {
+    release(memory);
+}
 
-void vxFreeEx(void* memory) noexcept { release(memory); }
+void vxFreeEx(void* memory) noexcept {
+    release(memory);
+}
 
 namespace activeset {
 
@@ -86,17 +93,27 @@ AllocationFaults::AllocationFaults(std::uint64_t failAt, std::uint64_t failures)
     threadState().faults = {true, failAt, failures, 0, false};
 }
 
-AllocationFaults::~AllocationFaults() { threadState().faults = {}; }
+AllocationFaults::~AllocationFaults() {
+    threadState().faults = {};
+}
 
 // The plan is the thread's; these read it through the guard that set it.
 // NOLINTNEXTLINE(readability-convert-member-functions-to-static)
-std::uint64_t AllocationFaults::requests() const noexcept { return threadState().faults.requests; }
+std::uint64_t AllocationFaults::requests() const noexcept {
+    return threadState().faults.requests;
+}
 
 // NOLINTNEXTLINE(readability-convert-member-functions-to-static)
-bool AllocationFaults::hasFailed() const noexcept { return threadState().faults.hasFailed; }
+bool AllocationFaults::hasFailed() const noexcept {
+    return threadState().faults.hasFailed;
+}
 
-std::int64_t liveBlockCount() noexcept { return threadState().liveBlocks; }
+std::int64_t liveBlockCount() noexcept {
+    return threadState().liveBlocks;
+}
 
-std::uint64_t allocationCount() noexcept { return threadState().allocations; }
+std::uint64_t allocationCount() noexcept {
+    return threadState().allocations;
+}
 
 }  // namespace activeset

@@ -86,7 +86,9 @@ OPTMatrix<double>::OPTMatrix(const OPTMatrix& other)
     _copyElements(other);
 }
 
-OPTMatrix<double>::~OPTMatrix() { _releaseStorage(); }
+OPTMatrix<double>::~OPTMatrix() {
+    _releaseStorage();
+}
 
 OPTMatrix<double>& OPTMatrix<double>::operator=(const OPTMatrix& other) {
     if (this == &other) {
@@ -282,4 +284,6 @@ vxArray* OPTMatrix<double>::toVxArray() const {
                                 : vxCreateDeepCopy(hostArray);
 }
 
-double activeset::machineEpsilon() noexcept { return std::numeric_limits<double>::epsilon(); }
+double activeset::machineEpsilon() noexcept {
+    return std::numeric_limits<double>::epsilon();
+}

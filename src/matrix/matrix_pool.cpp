@@ -61,7 +61,9 @@ void MatrixPoolDeleter::operator()(MatrixPool* pool) const noexcept {
     const std::unique_ptr<MatrixPool> owner(pool);
 }
 
-void releaseMatrixPool() noexcept { threadState().matrixPool.reset(); }
+void releaseMatrixPool() noexcept {
+    threadState().matrixPool.reset();
+}
 
 size_t matrixPoolSize() noexcept {
     const auto& pool = threadState().matrixPool;

@@ -74,12 +74,8 @@ std::int64_t NullSpaceAS::_numberOfDependentEq(Matrix& M, Matrix& rhs) {
     // A dependent row is consistent when the part of rhs outside the range vanishes as well.
     for (size_t k = 0; k < count; ++k) {
         double outside = 0.0;
-        activeset::blas::gemv(activeset::Op::Transpose,
-                              1.0,
-                              activeset::columns(Qm, m - 1 - k, 1),
-                              activeset::vectorOf(rhs, m),
-                              0.0,
-                              &outside);
+        activeset::blas::gemv(activeset::Op::Transpose, 1.0, activeset::columns(Qm, m - 1 - k, 1),
+                              activeset::vectorOf(rhs, m), 0.0, &outside);
         if (std::abs(outside) >= tolerance) {
             return -1;
         }

@@ -32,7 +32,9 @@ void NullSpaceAS::getSearchDirection(Matrix& g, Matrix& p) {
     }
 }
 
-void NullSpaceAS::computeLambda(Matrix& g, Matrix& multipliers) { _computeLambda(g, multipliers); }
+void NullSpaceAS::computeLambda(Matrix& g, Matrix& multipliers) {
+    _computeLambda(g, multipliers);
+}
 
 int NullSpaceAS::_solveSubProblem(Matrix& g, Matrix& p) {
     const size_t n = OPTsizes::getnVar();
@@ -49,8 +51,7 @@ int NullSpaceAS::_solveSubProblem(Matrix& g, Matrix& p) {
     if (objective->objectiveTypeWord() == "QP") {
         auto* quadratic = dynamic_cast<QPobjective*>(objective);
         if (quadratic == nullptr) {
-            vxErrMsgIdAndTxt("optim:activesetqp:LinearSolveError",
-                             "QPobjective pointer is NULL.");
+            vxErrMsgIdAndTxt("optim:activesetqp:LinearSolveError", "QPobjective pointer is NULL.");
         }
         const MatrixView H = activeset::block(quadratic->getHessian(), 0, n, n);
         Matrix ZtH(nz, n, true);
@@ -92,8 +93,7 @@ void NullSpaceAS::_computeLambda(Matrix& g, Matrix& multipliers) {
     const size_t n = OPTsizes::getnVar();
     const size_t m = ActiveSet::getmaConstr();
     Matrix t(n, 1, true);
-    blas::gemv(
-        Op::Transpose, 1.0, activeset::block(Q, 0, n, n), vectorOf(g, n), 0.0, t.getData());
+    blas::gemv(Op::Transpose, 1.0, activeset::block(Q, 0, n, n), vectorOf(g, n), 0.0, t.getData());
     const MatrixView u(vectorOf(t, m), m, 1, n);
     const auto info = lapack::trtrs(activeset::block(QRwset, 0, m, m), u);
     optimAssert(info == 0, "Error calling DTRTRS from NullSpaceAS::_computeLambda");

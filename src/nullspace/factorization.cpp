@@ -63,8 +63,8 @@ void NullSpaceAS::_getNull() {
     const size_t m = ActiveSet::getmaConstr();
     const MatrixView q = block(Q, 0, n, n);
     moveBelowDiagonal(block(QRwset, 0, m, n), q);
-    const auto info = activeset::lapack::orgqr(
-        q, static_cast<activeset::Int>(std::min(n, m)), vectorOf(tau, n));
+    const auto info =
+        activeset::lapack::orgqr(q, static_cast<activeset::Int>(std::min(n, m)), vectorOf(tau, n));
     optimAssert(info == 0, "Error calling DORGQR from NullSpaceAS::_getNull");
 }
 
@@ -75,13 +75,8 @@ void NullSpaceAS::_newQR() {
 
 // Householder QR with column pivoting, A·P = Q·R. The first m × n block of A becomes R (or, when Q
 // is not wanted, stays packed). The call sites prepare jpvt.
-void NullSpaceAS::_getQRE(Matrix& A,
-                          Matrix& Qout,
-                          Matrix& tauOut,
-                          std::int64_t* jpvt,
-                          size_t m,
-                          size_t n,
-                          bool wantQ) {
+void NullSpaceAS::_getQRE(
+    Matrix& A, Matrix& Qout, Matrix& tauOut, std::int64_t* jpvt, size_t m, size_t n, bool wantQ) {
     const MatrixView packed = block(A, 0, n, m);
     double* scalars = vectorOf(tauOut, std::min(m, n));
     const auto pivotInfo = activeset::lapack::geqp3(packed, jpvt, scalars);
@@ -95,8 +90,8 @@ void NullSpaceAS::_getQRE(Matrix& A,
         if (wantQ) {
             const MatrixView q = block(Qout, 0, m, m);
             moveBelowDiagonal(packed, q);
-            factorInfo = activeset::lapack::orgqr(
-                q, static_cast<activeset::Int>(std::min(m, n)), scalars);
+            factorInfo =
+                activeset::lapack::orgqr(q, static_cast<activeset::Int>(std::min(m, n)), scalars);
         }
     }
     optimAssert(pivotInfo == 0, "Error calling DGEQP3 in NullSpaceAS::_getQRE");

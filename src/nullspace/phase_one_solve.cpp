@@ -76,15 +76,8 @@ void NullSpaceAS::_phaseOneSolve(IoptConstraint* constraints,
     PhaseOneGuard guard(*solveOptions);
     PhaseOneObjective phaseOneObjective(cost.get());  // raises nVar by one
     PhaseOneConstraint phaseOneConstraint(constraints);
-    init(&phaseOneObjective,
-         &phaseOneConstraint,
-         solveOptions,
-         start,
-         WfixedArray.get(),
-         WeqArray.get(),
-         nullptr,
-         nullptr,
-         nullptr);
+    init(&phaseOneObjective, &phaseOneConstraint, solveOptions, start, WfixedArray.get(),
+         WeqArray.get(), nullptr, nullptr, nullptr);
     initializeFactorization();
     ASiterations();
     phaseOneOutcome = {true, solution.getSolutoinState(), currentIter};
@@ -103,9 +96,7 @@ void NullSpaceAS::_getWindexFromPhaseOne() {
     const size_t boundOfArtificial =
         OPTsizes::getmIneq() + 2 * n + OPTsizes::getmFixed() + OPTsizes::getmEq() - 1;
     size_t position = 0;
-    if (activeSet.findConstraint(activeSet.getWset(),
-                                 ActiveSet::getmaConstr(),
-                                 boundOfArtificial,
+    if (activeSet.findConstraint(activeSet.getWset(), ActiveSet::getmaConstr(), boundOfArtificial,
                                  position) == 1) {
         removeConstraint(position);
     }

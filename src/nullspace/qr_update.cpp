@@ -24,12 +24,8 @@ void NullSpaceAS::_rotateRowsAndQ(size_t row, size_t pivotColumn, size_t columns
     *lower = 0.0;
     if (columns > pivotColumn + 1) {
         const size_t stride = QRwset.getRows();
-        activeset::blas::rot(columns - pivotColumn - 1,
-                             upper + stride,
-                             stride,
-                             lower + stride,
-                             stride,
-                             rotation);
+        activeset::blas::rot(columns - pivotColumn - 1, upper + stride, stride, lower + stride,
+                             stride, rotation);
     }
     activeset::blas::rot(n, &Q(0, row), 1, &Q(0, row + 1), 1, rotation);
 }
@@ -41,8 +37,8 @@ void NullSpaceAS::_QRinsertColumn(Matrix& a) {
     const size_t k = ActiveSet::getmaConstr();
     const MatrixView q = activeset::block(Q, 0, n, n);
     const MatrixView last = activeset::block(QRwset, k - 1, 1, n);
-    activeset::blas::gemv(
-        activeset::Op::Transpose, 1.0, q, activeset::vectorOf(a, n), 0.0, last.data);
+    activeset::blas::gemv(activeset::Op::Transpose, 1.0, q, activeset::vectorOf(a, n), 0.0,
+                          last.data);
     for (size_t i = n - 1; i >= k; --i) {
         _rotateRowsAndQ(i - 1, k - 1, k);
     }

@@ -51,7 +51,9 @@ NullSpaceAS& NullSpaceAS::operator=(const NullSpaceAS& other) {
     return *this;
 }
 
-NullSpaceAS::~NullSpaceAS() { _restoreWorkingSetInfo(); }
+NullSpaceAS::~NullSpaceAS() {
+    _restoreWorkingSetInfo();
+}
 
 void NullSpaceAS::PrintSizes() {
     std::cout << "Qrwset, rows " << QRwset.getRows() << '\n'
@@ -74,22 +76,15 @@ ASsolution NullSpaceAS::operator()(IoptObjective& problemObjective,
     phaseOneOutcome = {};
 
     Matrix start = copyOfStart(x0);
-    if (!_preSolveWorkingSet(
-            problemObjective, problemConstraint, problemOptions, start, Wineq, Wlower, Wupper)) {
+    if (!_preSolveWorkingSet(problemObjective, problemConstraint, problemOptions, start, Wineq,
+                             Wlower, Wupper)) {
         return solution;
     }
     double violation = _largestViolation(start);
     if (violation > problemOptions.getTolCon()) {
         _phaseOneSolve(&problemConstraint, &problemOptions, violation, start);
-        init(&problemObjective,
-             &problemConstraint,
-             &problemOptions,
-             start,
-             WfixedArray.get(),
-             WeqArray.get(),
-             WineqPhaseOne.get(),
-             WlowerPhaseOne.get(),
-             WupperPhaseOne.get());
+        init(&problemObjective, &problemConstraint, &problemOptions, start, WfixedArray.get(),
+             WeqArray.get(), WineqPhaseOne.get(), WlowerPhaseOne.get(), WupperPhaseOne.get());
         violation = _largestViolation(start);
         if (violation > problemOptions.getTolCon()) {
             return _infeasibleSolution(problemObjective, start);

@@ -38,15 +38,8 @@ bool NullSpaceAS::_preSolveWorkingSet(IoptObjective& problemObjective,
     WupperArray = copyOfList(Wupper);
     WlowerArray = copyOfList(Wlower);
     const auto load = [&](const vxArray* ineq, const vxArray* lower, const vxArray* upper) {
-        init(&problemObjective,
-             &problemConstraint,
-             &problemOptions,
-             start,
-             WfixedArray.get(),
-             WeqArray.get(),
-             ineq,
-             lower,
-             upper);
+        init(&problemObjective, &problemConstraint, &problemOptions, start, WfixedArray.get(),
+             WeqArray.get(), ineq, lower, upper);
     };
     if (_removeDependentEq(problemConstraint) < 0) {
         load(nullptr, nullptr, nullptr);
@@ -102,8 +95,8 @@ bool NullSpaceAS::feasibleWorkingSetX0(Matrix& point, IoptConstraint& constraint
     std::copy_n(bw.getData(), m, residual);
     std::copy_n(bw.getData(), m, rhs);
     // bw − Awᵀx
-    activeset::blas::gemv(
-        activeset::Op::Transpose, -1.0, A, activeset::vectorOf(point, n), 1.0, residual);
+    activeset::blas::gemv(activeset::Op::Transpose, -1.0, A, activeset::vectorOf(point, n), 1.0,
+                          residual);
     if (activeset::lapack::gelsTransposed(A, activeset::viewOf(B)) != 0) {
         return false;
     }

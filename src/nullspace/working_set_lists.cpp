@@ -42,8 +42,8 @@ void NullSpaceAS::_createWeq(const size_t* removed, size_t nRemoved) {
 }
 
 void NullSpaceAS::_createWfixed(const size_t* removed, size_t nRemoved) {
-    WfixedArray = remaining(
-        ActiveSet::getmaFixed(), OPTsizes::getmFixed(), OPTsizes::getmEq(), removed, nRemoved);
+    WfixedArray = remaining(ActiveSet::getmaFixed(), OPTsizes::getmFixed(), OPTsizes::getmEq(),
+                            removed, nRemoved);
 }
 
 // The working set holds at most nVar constraints: what is too much is dropped from the end of the
@@ -81,11 +81,8 @@ void NullSpaceAS::_createbw(Matrix& bw, IoptConstraint& constraints) {
         }
     };
     // A bound that is not in the index list is skipped, as in the working-set matrix.
-    const auto takeBounds = [&](const size_t* list,
-                                size_t count,
-                                const size_t* index,
-                                size_t indexCount,
-                                const Matrix& rhs) {
+    const auto takeBounds = [&](const size_t* list, size_t count, const size_t* index,
+                                size_t indexCount, const Matrix& rhs) {
         for (size_t i = 0; i < count; ++i) {
             size_t position = 0;
             if (activeSet.findConstraint(index, indexCount, list[i], position) == 1) {
@@ -97,14 +94,8 @@ void NullSpaceAS::_createbw(Matrix& bw, IoptConstraint& constraints) {
     take(activeSet.getWfixed(), ActiveSet::getmaFixed(), constraints.getbfixed());
     take(activeSet.getWeq(), ActiveSet::getmaEq(), constraints.getbeq());
     take(activeSet.getWineq(), ActiveSet::getmaIneq(), constraints.getb());
-    takeBounds(activeSet.getWlower(),
-               ActiveSet::getmaLB(),
-               constraints.getindexLB(),
-               OPTsizes::getmLB(),
-               constraints.getblb());
-    takeBounds(activeSet.getWupper(),
-               ActiveSet::getmaUB(),
-               constraints.getindexUB(),
-               OPTsizes::getmUB(),
-               constraints.getbub());
+    takeBounds(activeSet.getWlower(), ActiveSet::getmaLB(), constraints.getindexLB(),
+               OPTsizes::getmLB(), constraints.getblb());
+    takeBounds(activeSet.getWupper(), ActiveSet::getmaUB(), constraints.getindexUB(),
+               OPTsizes::getmUB(), constraints.getbub());
 }

@@ -62,11 +62,8 @@ void setIndexList(IndexList& list, const size_t* source) {
 // Turns the marks (0) that the first pass left into the list of marked variables, in place: the
 // k-th marked variable is k or later, so nothing is overwritten before it is read. Returns the
 // right-hand sides sign·bound.
-OPTMatrix<double> gatherBounds(size_t* index,
-                               size_t n,
-                               size_t count,
-                               const OPTMatrix<double>& bound,
-                               double sign) {
+OPTMatrix<double> gatherBounds(
+    size_t* index, size_t n, size_t count, const OPTMatrix<double>& bound, double sign) {
     OPTMatrix<double> rhs(count, 1);
     size_t k = 0;
     for (size_t i = 0; i < n; ++i) {
@@ -81,11 +78,17 @@ OPTMatrix<double> gatherBounds(size_t* index,
 
 }  // namespace
 
-void LinearConstraint::_setindexLB(const size_t* source) { setIndexList(indexLB, source); }
+void LinearConstraint::_setindexLB(const size_t* source) {
+    setIndexList(indexLB, source);
+}
 
-void LinearConstraint::_setindexUB(const size_t* source) { setIndexList(indexUB, source); }
+void LinearConstraint::_setindexUB(const size_t* source) {
+    setIndexList(indexUB, source);
+}
 
-void LinearConstraint::_setindexFixed(const size_t* source) { setIndexList(indexFixed, source); }
+void LinearConstraint::_setindexFixed(const size_t* source) {
+    setIndexList(indexFixed, source);
+}
 
 void LinearConstraint::_createBoundAndFixedConstraints() {
     const size_t n = variables;
@@ -127,17 +130,29 @@ BoundRows upperRows(const IndexList& index, const OPTMatrix<double>& rhs, size_t
 
 void LinearConstraint::reportConstraintInfo() {}
 
-OPTMatrix<double> LinearConstraint::Ax(const OPTMatrix<double>& x) { return A * x; }
+OPTMatrix<double> LinearConstraint::Ax(const OPTMatrix<double>& x) {
+    return A * x;
+}
 
-OPTMatrix<double> LinearConstraint::ARow(size_t i) { return A.row(i); }
+OPTMatrix<double> LinearConstraint::ARow(size_t i) {
+    return A.row(i);
+}
 
-OPTMatrix<double> LinearConstraint::Aeqx(const OPTMatrix<double>& x) { return Aeq * x; }
+OPTMatrix<double> LinearConstraint::Aeqx(const OPTMatrix<double>& x) {
+    return Aeq * x;
+}
 
-OPTMatrix<double> LinearConstraint::AeqRow(size_t i) { return Aeq.row(i); }
+OPTMatrix<double> LinearConstraint::AeqRow(size_t i) {
+    return Aeq.row(i);
+}
 
-OPTMatrix<double> LinearConstraint::Afixedx(const OPTMatrix<double>& x) { return Afixed * x; }
+OPTMatrix<double> LinearConstraint::Afixedx(const OPTMatrix<double>& x) {
+    return Afixed * x;
+}
 
-OPTMatrix<double> LinearConstraint::AfixedRow(size_t i) { return Afixed.row(i); }
+OPTMatrix<double> LinearConstraint::AfixedRow(size_t i) {
+    return Afixed.row(i);
+}
 
 OPTMatrix<double> LinearConstraint::Albx(const OPTMatrix<double>& x) {
     return lowerRows(indexLB, blb, variables).times(x);

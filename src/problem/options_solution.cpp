@@ -5,17 +5,29 @@
 
 IoptOption::~IoptOption() = default;
 
-int IoptOption::getMaxIter() const { return 100; }
+int IoptOption::getMaxIter() const {
+    return 100;
+}
 
-double IoptOption::getTolCon() const { return 1e-6; }
+double IoptOption::getTolCon() const {
+    return 1e-6;
+}
 
-double IoptOption::getTolFun() const { return 1e-6; }
+double IoptOption::getTolFun() const {
+    return 1e-6;
+}
 
-double IoptOption::getTolX() const { return 1e-6; }
+double IoptOption::getTolX() const {
+    return 1e-6;
+}
 
-double IoptOption::getObjectiveLimit() const { return -0.0 - utGetRealMax(); }
+double IoptOption::getObjectiveLimit() const {
+    return -0.0 - utGetRealMax();
+}
 
-std::string IoptOption::getDisplay() { return "final"; }
+std::string IoptOption::getDisplay() {
+    return "final";
+}
 
 IoptSolution::IoptSolution(OPTMatrix<double>& x,
                            OPTMatrix<double>& f,
@@ -49,14 +61,17 @@ void IoptSolution::setxstar(const OPTMatrix<double>& point) {
     fvalUpdated = false;
 }
 
-void IoptSolution::setfstar(OPTMatrix<double> value) {  // NOLINT(performance-unnecessary-value-param)
+void IoptSolution::setfstar(
+    OPTMatrix<double> value) {  // NOLINT(performance-unnecessary-value-param)
     if (!fvalUpdated) {
         fstar = value;
         fvalUpdated = true;
     }
 }
 
-void IoptSolution::setlambda(const OPTMatrix<double>& multipliers) { lambda = multipliers; }
+void IoptSolution::setlambda(const OPTMatrix<double>& multipliers) {
+    lambda = multipliers;
+}
 
 void IoptSolution::updateSolution(OPTMatrix<double>& point,
                                   OPTMatrix<double>& value,

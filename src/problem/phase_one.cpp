@@ -12,7 +12,9 @@ namespace {
 using Matrix = OPTMatrix<double>;
 
 /// γ, the last entry of y.
-double artificialOf(const Matrix& y) { return y(y.getRows() - 1, 0); }
+double artificialOf(const Matrix& y) {
+    return y(y.getRows() - 1, 0);
+}
 
 }  // namespace
 
@@ -91,9 +93,13 @@ Matrix PhaseOneConstraint::_removeLastRow(const Matrix& column) {
 // ---------------------------------------------------------------------------------------------
 // Rows and products: equalities and fixed variables are not relaxed.
 
-Matrix PhaseOneConstraint::ARow(size_t i) { return _addOneCol(underlying->ARow(i), -1.0); }
+Matrix PhaseOneConstraint::ARow(size_t i) {
+    return _addOneCol(underlying->ARow(i), -1.0);
+}
 
-Matrix PhaseOneConstraint::AlbRow(size_t i) { return _addOneCol(underlying->AlbRow(i), -1.0); }
+Matrix PhaseOneConstraint::AlbRow(size_t i) {
+    return _addOneCol(underlying->AlbRow(i), -1.0);
+}
 
 Matrix PhaseOneConstraint::AubRow(size_t i) {
     if (i + 1 != bub.getRows()) {
@@ -105,9 +111,13 @@ Matrix PhaseOneConstraint::AubRow(size_t i) {
     return row;
 }
 
-Matrix PhaseOneConstraint::AeqRow(size_t i) { return _addOneCol(underlying->AeqRow(i), 0.0); }
+Matrix PhaseOneConstraint::AeqRow(size_t i) {
+    return _addOneCol(underlying->AeqRow(i), 0.0);
+}
 
-Matrix PhaseOneConstraint::AfixedRow(size_t i) { return _addOneCol(underlying->AfixedRow(i), 0.0); }
+Matrix PhaseOneConstraint::AfixedRow(size_t i) {
+    return _addOneCol(underlying->AfixedRow(i), 0.0);
+}
 
 Matrix PhaseOneConstraint::Ax(const Matrix& y) {
     return underlying->Ax(_removeLastRow(y)) - artificialOf(y);
@@ -122,7 +132,9 @@ Matrix PhaseOneConstraint::Aubx(const Matrix& y) {
     return _addOneRow(underlying->Aubx(_removeLastRow(y)) - gamma, -gamma);
 }
 
-Matrix PhaseOneConstraint::Aeqx(const Matrix& y) { return underlying->Aeqx(_removeLastRow(y)); }
+Matrix PhaseOneConstraint::Aeqx(const Matrix& y) {
+    return underlying->Aeqx(_removeLastRow(y));
+}
 
 Matrix PhaseOneConstraint::Afixedx(const Matrix& y) {
     return underlying->Afixedx(_removeLastRow(y));
@@ -131,17 +143,25 @@ Matrix PhaseOneConstraint::Afixedx(const Matrix& y) {
 // ---------------------------------------------------------------------------------------------
 // Residuals.
 
-Matrix PhaseOneConstraint::Aconstr(const Matrix& y) { return Ax(y) - underlying->getb(); }
+Matrix PhaseOneConstraint::Aconstr(const Matrix& y) {
+    return Ax(y) - underlying->getb();
+}
 
-Matrix PhaseOneConstraint::Aeqconstr(const Matrix& y) { return Aeqx(y) - underlying->getbeq(); }
+Matrix PhaseOneConstraint::Aeqconstr(const Matrix& y) {
+    return Aeqx(y) - underlying->getbeq();
+}
 
 Matrix PhaseOneConstraint::Afixedconstr(const Matrix& y) {
     return Afixedx(y) - underlying->getbfixed();
 }
 
-Matrix PhaseOneConstraint::Albconstr(const Matrix& y) { return Albx(y) - underlying->getblb(); }
+Matrix PhaseOneConstraint::Albconstr(const Matrix& y) {
+    return Albx(y) - underlying->getblb();
+}
 
-Matrix PhaseOneConstraint::Aubconstr(const Matrix& y) { return Aubx(y) - bub; }
+Matrix PhaseOneConstraint::Aubconstr(const Matrix& y) {
+    return Aubx(y) - bub;
+}
 
 Matrix PhaseOneConstraint::constrViolation(const Matrix& y) {
     const double gamma = artificialOf(y);
@@ -202,17 +222,35 @@ Matrix& PhaseOneConstraint::getAub() {
 }
 
 Matrix& PhaseOneConstraint::getAfixed() {
-    return stackRows(
-        rowsAfixed, underlying->getAfixed().getRows(), [&](size_t i) { return AfixedRow(i); });
+    return stackRows(rowsAfixed, underlying->getAfixed().getRows(),
+                     [&](size_t i) { return AfixedRow(i); });
 }
 
-void PhaseOneConstraint::reportConstraintInfo() { underlying->reportConstraintInfo(); }
+void PhaseOneConstraint::reportConstraintInfo() {
+    underlying->reportConstraintInfo();
+}
 
-Matrix& PhaseOneConstraint::getb() { return underlying->getb(); }
-Matrix& PhaseOneConstraint::getbeq() { return underlying->getbeq(); }
-Matrix& PhaseOneConstraint::getblb() { return underlying->getblb(); }
-Matrix& PhaseOneConstraint::getlb() { return underlying->getlb(); }
-Matrix& PhaseOneConstraint::getub() { return underlying->getub(); }
-Matrix& PhaseOneConstraint::getbfixed() { return underlying->getbfixed(); }
-size_t* PhaseOneConstraint::getindexLB() const { return underlying->getindexLB(); }
-size_t* PhaseOneConstraint::getindexFixed() const { return underlying->getindexFixed(); }
+Matrix& PhaseOneConstraint::getb() {
+    return underlying->getb();
+}
+Matrix& PhaseOneConstraint::getbeq() {
+    return underlying->getbeq();
+}
+Matrix& PhaseOneConstraint::getblb() {
+    return underlying->getblb();
+}
+Matrix& PhaseOneConstraint::getlb() {
+    return underlying->getlb();
+}
+Matrix& PhaseOneConstraint::getub() {
+    return underlying->getub();
+}
+Matrix& PhaseOneConstraint::getbfixed() {
+    return underlying->getbfixed();
+}
+size_t* PhaseOneConstraint::getindexLB() const {
+    return underlying->getindexLB();
+}
+size_t* PhaseOneConstraint::getindexFixed() const {
+    return underlying->getindexFixed();
+}

@@ -3,17 +3,25 @@
 #include "activeset/constraint.hpp"
 #include "activeset/sizes.hpp"
 
-OPTMatrix<double> LinearConstraint::Aconstr(const OPTMatrix<double>& x) { return Ax(x) - b; }
+OPTMatrix<double> LinearConstraint::Aconstr(const OPTMatrix<double>& x) {
+    return Ax(x) - b;
+}
 
-OPTMatrix<double> LinearConstraint::Aeqconstr(const OPTMatrix<double>& x) { return Aeqx(x) - beq; }
+OPTMatrix<double> LinearConstraint::Aeqconstr(const OPTMatrix<double>& x) {
+    return Aeqx(x) - beq;
+}
 
 OPTMatrix<double> LinearConstraint::Afixedconstr(const OPTMatrix<double>& x) {
     return Afixedx(x) - bfixed;
 }
 
-OPTMatrix<double> LinearConstraint::Albconstr(const OPTMatrix<double>& x) { return Albx(x) - blb; }
+OPTMatrix<double> LinearConstraint::Albconstr(const OPTMatrix<double>& x) {
+    return Albx(x) - blb;
+}
 
-OPTMatrix<double> LinearConstraint::Aubconstr(const OPTMatrix<double>& x) { return Aubx(x) - bub; }
+OPTMatrix<double> LinearConstraint::Aubconstr(const OPTMatrix<double>& x) {
+    return Aubx(x) - bub;
+}
 
 OPTMatrix<double> LinearConstraint::constrViolation(const OPTMatrix<double>& x) {
     const size_t total = OPTsizes::getmConstr();
