@@ -1,0 +1,65 @@
+// Reading a whole file through zlib, which passes a file that is not compressed through unchanged.
+#include "io/file_text.hpp"
+
+#include <zlib.h>
+
+#include <array>
+#include <cerrno>
+#include <memory>
+#include <system_error>
+
+#include "io/read_error.hpp"
+
+namespace activeset::io {
+
+namespace {
+
+struct CloseGzip {
+    void operator()(gzFile file) const noexcept { static_cast<void>(gzclose(file)); }
+};
+
+using GzipFile = std::unique_ptr<gzFile_s, CloseGzip>;
+
+std::string systemText(int code) {
+    return std::generic_category().message(code);
+}
+
+/// Raises unless everything read so far was sound. A file that ends inside the compressed data
+/// shows only here: the read itself just comes up short.
+void checkStream(gzFile stream, const std::string& path) {
+    int status = Z_OK;
+    static_cast<void>(gzerror(stream, &status));
+    if (status == Z_ERRNO) {
+        throw ReadError(path, 0, "cannot be read: " + systemText(errno));
+    }
+    if (status != Z_OK && status != Z_STREAM_END) {
+        throw ReadError(path, 0, "the compressed data are damaged or incomplete");
+    }
+}
+
+}  // namespace
+
+std::string readFileText(const std::string& path, std::size_t limit) {
+    errno = 0;
+    const GzipFile file(gzopen(path.c_str(), "rb"));
+    if (file == nullptr) {
+        throw ReadError(path, 0, "cannot be opened: " + systemText(errno != 0 ? errno : ENOMEM));
+    }
+    std::string text;
+    std::array<char, 1U << 16U> block{};
+    while (true) {
+        const int count = gzread(file.get(), block.data(), static_cast<unsigned>(block.size()));
+        if (count <= 0) {
+            break;
+        }
+        if (static_cast<std::size_t>(count) > limit - text.size()) {
+            throw ReadError(
+                path, 0, "the text is longer than the " + std::to_string(limit) + " bytes allowed");
+        }
+        text.append(block.data(), static_cast<std::size_t>(count));
+    }
+    checkStream(file.get(), path);
+    return text;
+}
+
+}  // namespace activeset::io

@@ -1,0 +1,17 @@
+// The text of a file, decompressed if need be.
+#ifndef ACTIVESET_IO_FILE_TEXT_HPP
+#define ACTIVESET_IO_FILE_TEXT_HPP
+
+#include <cstddef>
+#include <string>
+
+namespace activeset::io {
+
+/// The whole text of the file at `path`; a file that begins like gzip is decompressed.
+/// @raises ReadError (line 0) if the file cannot be read, its compressed data are damaged or the
+///         text is longer than `limit` bytes
+[[nodiscard]] std::string readFileText(const std::string& path, std::size_t limit);
+
+}  // namespace activeset::io
+
+#endif

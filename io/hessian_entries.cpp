@@ -1,0 +1,86 @@
+// Symmetry and uniqueness of the entries of H, by sorting them.
+#include "io/hessian_entries.hpp"
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+#include "io/location.hpp"
+
+namespace activeset::io {
+
+namespace {
+
+using Position = std::pair<std::uint32_t, std::uint32_t>;
+
+Position positionOf(const MatrixEntry& entry) {
+    return {entry.row, entry.column};
+}
+
+bool isBefore(const MatrixEntry& a, const MatrixEntry& b) {
+    return std::tuple(a.row, a.column, a.line) < std::tuple(b.row, b.column, b.line);
+}
+
+std::string describe(const MatrixEntry& entry, const std::vector<std::string>& names) {
+    return "(" + quoted(names[entry.column]) + ", " + quoted(names[entry.row]) + ")";
+}
+
+/// Of all the entries that repeat an earlier one the first in the file; null if there is none.
+const MatrixEntry* firstRepeated(const std::vector<MatrixEntry>& sorted) {
+    const MatrixEntry* first = nullptr;
+    for (std::size_t i = 1; i < sorted.size(); ++i) {
+        const bool repeated = positionOf(sorted[i]) == positionOf(sorted[i - 1]);
+        if (repeated && (first == nullptr || sorted[i].line < first->line)) {
+            first = &sorted[i];
+        }
+    }
+    return first;
+}
+
+/// Of all the entries that differ from the one across the diagonal the first in the file.
+const MatrixEntry* firstUnsymmetric(const std::vector<MatrixEntry>& sorted) {
+    const MatrixEntry* first = nullptr;
+    for (const MatrixEntry& entry : sorted) {
+        const MatrixEntry mirrored{entry.column, entry.row, 0.0, 0};
+        const auto found = std::lower_bound(sorted.begin(), sorted.end(), mirrored, isBefore);
+        const bool present = found != sorted.end() && positionOf(*found) == positionOf(mirrored);
+        const double across = present ? found->value : 0.0;
+        if (entry.value != across && (first == nullptr || entry.line < first->line)) {
+            first = &entry;
+        }
+    }
+    return first;
+}
+
+}  // namespace
+
+std::vector<MatrixEntry> completeHessian(std::vector<MatrixEntry> given,
+                                         bool full,
+                                         const std::vector<std::string>& names,
+                                         const std::string& file) {
+    if (!full) {
+        for (MatrixEntry& entry : given) {
+            std::tie(entry.column, entry.row) = std::minmax({entry.column, entry.row});
+        }
+    }
+    std::sort(given.begin(), given.end(), isBefore);
+    if (const MatrixEntry* const entry = firstRepeated(given); entry != nullptr) {
+        Location{file, entry->line}.fail("a second entry for the pair " + describe(*entry, names));
+    }
+    if (full) {
+        if (const MatrixEntry* const entry = firstUnsymmetric(given); entry != nullptr) {
+            Location{file, entry->line}.fail("the entry for " + describe(*entry, names) +
+                                             " differs from the one across the diagonal");
+        }
+        return given;
+    }
+    const std::size_t count = given.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (given[i].row != given[i].column) {
+            given.push_back({given[i].column, given[i].row, given[i].value, given[i].line});
+        }
+    }
+    return given;
+}
+
+}  // namespace activeset::io

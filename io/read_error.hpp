@@ -1,0 +1,37 @@
+// The error that the reader raises.
+#ifndef ACTIVESET_IO_READ_ERROR_HPP
+#define ACTIVESET_IO_READ_ERROR_HPP
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+namespace activeset::io {
+
+/// A problem file that is missing, unreadable, malformed or beyond what the reader accepts.
+///
+/// what() is "FILE:LINE: message"; a fault of the file as a whole has line 0.
+class ReadError : public std::runtime_error {
+public:
+    /// @param file     the path as the caller gave it
+    /// @param line     1-based line of the text (of the decompressed text for .gz), 0 if unknown
+    /// @param message  one line, no full stop
+    ReadError(const std::string& file, std::size_t line, const std::string& message)
+        : std::runtime_error(file + ":" + std::to_string(line) + ": " + message),
+          file_(file),
+          line_(line),
+          message_(message) {}
+
+    [[nodiscard]] const std::string& file() const noexcept { return file_; }
+    [[nodiscard]] std::size_t line() const noexcept { return line_; }
+    [[nodiscard]] const std::string& message() const noexcept { return message_; }
+
+private:
+    std::string file_;
+    std::size_t line_;
+    std::string message_;
+};
+
+}  // namespace activeset::io
+
+#endif

@@ -1,0 +1,47 @@
+// Small files as text, for the tests of the reader.
+#ifndef ACTIVESET_TESTS_IO_READ_HPP
+#define ACTIVESET_TESTS_IO_READ_HPP
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "io/qps_reader.hpp"
+
+namespace activeset::io::tests {
+
+using Numbers = std::vector<double>;
+
+inline Problem read(std::string_view text, const ReadLimits& limits = {}) {
+    return readProblemText(text, "t.qps", limits);
+}
+
+/// what() of the error that `text` gives; fails the test if there is none.
+inline std::string errorOf(std::string_view text, const ReadLimits& limits = {}) {
+    try {
+        static_cast<void>(read(text, limits));
+    } catch (const ReadError& error) {
+        return error.what();
+    }
+    ADD_FAILURE() << "no error";
+    return {};
+}
+
+/// A file in free format: one objective row o, one row r of type L, the columns x and y, and
+/// whatever sections come after line 7.
+inline std::string smallFile(std::string_view sections) {
+    return "NAME small FREE\n"
+           "ROWS\n"
+           " N o\n"
+           " L r\n"
+           "COLUMNS\n"
+           " x o 1 r 1\n"
+           " y o 1 r 1\n" +
+           std::string(sections) + "ENDATA\n";
+}
+
+}  // namespace activeset::io::tests
+
+#endif
