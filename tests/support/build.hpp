@@ -4,6 +4,7 @@
 
 #include <initializer_list>
 #include <limits>
+#include <memory>
 #include <vector>
 
 #include "activeset/as_option.hpp"
@@ -34,6 +35,23 @@ inline vxArray* array(const Rows& rows, size_t cols = 0) {
 
 inline vxArray* column(const std::vector<double>& values) {
     return vxCreateDoubleMatrixFrom(values.data(), values.size(), 1);
+}
+
+/// Sparse array that stores the entries which are not zero; it is the open scope's.
+inline vxArray* sparse(const Rows& rows) {
+    const size_t n = rows.front().size();
+    vxArray* result = vxCreateSparse(rows.size(), n, rows.size() * n, vxComplexity::Real);
+    size_t entry = 0;
+    for (size_t j = 0; j < n; ++j) {
+        for (size_t i = 0; i < rows.size(); ++i) {
+            if (rows[i][j] != 0.0) {
+                vxGetRowIndices(result)[entry] = i;
+                vxGetDoubles(result)[entry++] = rows[i][j];
+            }
+        }
+        vxGetColumnStarts(result)[j + 1] = entry;
+    }
+    return result;
 }
 
 inline OPTMatrix<double> matrix(const Rows& rows, size_t cols = 0) {
@@ -67,6 +85,27 @@ inline std::vector<double> values(const OPTMatrix<double>& m) {
 
 inline std::vector<double> values(const vxArray* a) {
     return values(OPTMatrix<double>(a));
+}
+
+/// The elements of an array of any class and storage.
+inline Rows rowsOf(const vxArray* a) {
+    Rows rows(vxGetM(a), std::vector<double>(vxGetN(a)));
+    for (size_t i = 0; i < rows.size(); ++i) {
+        for (size_t j = 0; j < rows[i].size(); ++j) {
+            rows[i][j] = vxGetElement(a, i, j);
+        }
+    }
+    return rows;
+}
+
+inline Rows rowsOf(const OPTMatrix<double>& m) {
+    Rows rows(m.getRows(), std::vector<double>(m.getCols()));
+    for (size_t i = 0; i < rows.size(); ++i) {
+        for (size_t j = 0; j < rows[i].size(); ++j) {
+            rows[i][j] = m(i, j);
+        }
+    }
+    return rows;
 }
 
 /// A problem in plain data. Empty vectors mean: no such constraints, no bounds, start at zero.
