@@ -254,6 +254,7 @@ struct ACTIVESET_API utInterruptState {
     /// The lowest bit is set when the user wants running solves to stop. Lock-free: may be set
     /// from a signal handler and from any thread. The library polls it once a pass and never
     /// clears it; whoever set it does.
+    // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): the interface's own
     static std::atomic<std::uint8_t> flags_pending;
 };
 

@@ -81,13 +81,13 @@ private:
     void _getQR();
     void _getNull();
     void _newQR();
-    void _getQRE(OPTMatrix<double>& A,
-                 OPTMatrix<double>& Qout,
-                 OPTMatrix<double>& tauOut,
-                 std::int64_t* jpvt,
-                 size_t m,
-                 size_t n,
-                 bool wantQ);
+    static void _getQRE(OPTMatrix<double>& A,
+                        OPTMatrix<double>& Qout,
+                        OPTMatrix<double>& tauOut,
+                        std::int64_t* jpvt,
+                        size_t m,
+                        size_t n,
+                        bool wantQ);
     void _QRinsertColumn(OPTMatrix<double>& a);
     void _QRdeleteColumn(size_t j);
     [[nodiscard]] static double _planerot(double a, double b, OPTMatrix<double>& G);

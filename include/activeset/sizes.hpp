@@ -17,8 +17,8 @@ public:
     OPTsizes(const OPTsizes&) = default;
     OPTsizes(OPTsizes&&) = default;
     /// There is no state of an instance: does nothing.
-    OPTsizes& operator=(const OPTsizes& other);
-    OPTsizes& operator=(OPTsizes&& other) noexcept;
+    OPTsizes& operator=(const OPTsizes&) = default;
+    OPTsizes& operator=(OPTsizes&&) = default;
     ~OPTsizes() = default;
 
     /// Number of constraints: mFixed + mEq + mIneq + mLB + mUB.

@@ -11,8 +11,8 @@ namespace {
 
 /// The nearest blocking constraint found so far.
 struct Blocking {
-    double threshold;  // rates up to this do not approach a constraint
-    double tolerance;  // TolCon
+    double threshold = 0.0;  // rates up to this do not approach a constraint
+    double tolerance = 0.0;  // TolCon
     double alpha = 1e30;
     int code = -1;  // 1 once a constraint is recorded
 

@@ -7,13 +7,6 @@
 
 using activeset::threadState;
 
-OPTsizes& OPTsizes::operator=(const OPTsizes& /*other*/) {
-    return *this;
-}
-OPTsizes& OPTsizes::operator=(OPTsizes&& /*other*/) noexcept {
-    return *this;
-}
-
 void OPTsizes::setmConstr(size_t count) {
     threadState().sizes.mConstr = count;
 }

@@ -73,29 +73,43 @@ void NullSpaceAS::_restoreWorkingSetInfo() {
     nWineqSaved = 0;
 }
 
-void NullSpaceAS::_createbw(Matrix& bw, IoptConstraint& constraints) {
+namespace {
+
+/// The right-hand sides of working-set constraints, written one behind the other.
+struct RhsWriter {
+    Matrix& bw;
     size_t next = 0;
-    const auto take = [&](const size_t* list, size_t count, const Matrix& rhs) {
+
+    void take(const size_t* list, size_t count, const Matrix& rhs) {
         for (size_t i = 0; i < count; ++i) {
             bw(next++, 0) = rhs(list[i], 0);
         }
-    };
+    }
     // A bound that is not in the index list is skipped, as in the working-set matrix.
-    const auto takeBounds = [&](const size_t* list, size_t count, const size_t* index,
-                                size_t indexCount, const Matrix& rhs) {
+    void takeBounds(const size_t* list,
+                    size_t count,
+                    const size_t* index,
+                    size_t indexCount,
+                    const Matrix& rhs) {
         for (size_t i = 0; i < count; ++i) {
-            size_t position = 0;
-            if (activeSet.findConstraint(index, indexCount, list[i], position) == 1) {
-                bw(next++, 0) = rhs(position, 0);
+            const size_t* found = std::find(index, index + indexCount, list[i]);
+            if (found != index + indexCount) {
+                bw(next++, 0) = rhs(static_cast<size_t>(found - index), 0);
             }
         }
-    };
+    }
+};
+
+}  // namespace
+
+void NullSpaceAS::_createbw(Matrix& bw, IoptConstraint& constraints) {
     _requireWorkingSet();
-    take(activeSet.getWfixed(), ActiveSet::getmaFixed(), constraints.getbfixed());
-    take(activeSet.getWeq(), ActiveSet::getmaEq(), constraints.getbeq());
-    take(activeSet.getWineq(), ActiveSet::getmaIneq(), constraints.getb());
-    takeBounds(activeSet.getWlower(), ActiveSet::getmaLB(), constraints.getindexLB(),
-               OPTsizes::getmLB(), constraints.getblb());
-    takeBounds(activeSet.getWupper(), ActiveSet::getmaUB(), constraints.getindexUB(),
-               OPTsizes::getmUB(), constraints.getbub());
+    RhsWriter writer{bw};
+    writer.take(activeSet.getWfixed(), ActiveSet::getmaFixed(), constraints.getbfixed());
+    writer.take(activeSet.getWeq(), ActiveSet::getmaEq(), constraints.getbeq());
+    writer.take(activeSet.getWineq(), ActiveSet::getmaIneq(), constraints.getb());
+    writer.takeBounds(activeSet.getWlower(), ActiveSet::getmaLB(), constraints.getindexLB(),
+                      OPTsizes::getmLB(), constraints.getblb());
+    writer.takeBounds(activeSet.getWupper(), ActiveSet::getmaUB(), constraints.getindexUB(),
+                      OPTsizes::getmUB(), constraints.getbub());
 }
