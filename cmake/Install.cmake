@@ -10,7 +10,9 @@ install(
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(TARGET activeset_cli)
-    install(TARGETS activeset_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    # The tool finds the library beside itself, wherever the prefix is moved to.
+    file(RELATIVE_PATH libdir ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(activeset_cli PROPERTIES INSTALL_RPATH "$ORIGIN/${libdir}")
 endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/activeset DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/NOTICE
