@@ -264,6 +264,8 @@ vxArray* transposeSparse(const vxArray& source) {
     for (size_t j = 0; j < n; ++j) {
         activeset::forEachEntry(source, j, [&](size_t, size_t) { ++stored; });
     }
+    // Before the array is made: should memory run out here, nobody would own it yet.
+    const activeset::HostBuffer<size_t> filled(m);
     vxArray* result =
         vxCreateSparse(n, m, stored, source.isComplex ? vxComplexity::Complex : vxComplexity::Real);
     size_t* starts = result->columnStarts;
@@ -272,7 +274,6 @@ vxArray* transposeSparse(const vxArray& source) {
     }
     std::partial_sum(starts, starts + m + 1, starts);
     const size_t size = elementSize(source.elementClass);
-    const activeset::HostBuffer<size_t> filled(m);
     for (size_t j = 0; j < n; ++j) {
         activeset::forEachEntry(source, j, [&](size_t entry, size_t row) {
             const size_t place = starts[row] + filled[row]++;
