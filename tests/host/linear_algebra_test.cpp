@@ -1,0 +1,232 @@
+// The product of arrays, and BLAS and LAPACK behind their wrappers.
+#include <cmath>
+#include <vector>
+
+#include "host/lapack.hpp"
+#include "matrix/views.hpp"
+#include "support/build.hpp"
+#include "support/expect.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+using ArrayProduct = FreshState;
+using PlaneRotation = FreshState;
+using LapackCalls = FreshState;
+
+/// a·b into an array that held NaN before.
+Rows multiplied(const vxArray* a, const vxArray* b) {
+    vxArray* product = vxCreateDoubleMatrix(vxGetM(a), vxGetN(b), vxComplexity::Real);
+    std::fill_n(vxGetDoubles(product), vxGetNumberOfElements(product), NaN);
+    vxMatrixMultiply(product, a, b);
+    return rowsOf(product);
+}
+
+TEST_F(ArrayProduct, EveryStorageGivesTheSameProductOverStaleValues) {
+    const Rows a{{1, 0, 2}, {0, -3, 0}};
+    const Rows b{{4, 0}, {0, 5}, {6, 7}};
+    const Rows x{{1}, {2}, {3}};
+    const Rows ab{{16, 14}, {0, -15}};
+    for (const vxArray* left : {array(a), sparse(a)}) {
+        for (const vxArray* right : {array(b), sparse(b)}) {
+            EXPECT_EQ(multiplied(left, right), ab);
+        }
+        for (const vxArray* right : {array(x), sparse(x)}) {
+            EXPECT_EQ(multiplied(left, right), (Rows{{7}, {-6}}));
+        }
+    }
+    EXPECT_EQ(multiplied(array({}, 0), array({}, 3)), Rows{});
+    EXPECT_EQ(multiplied(array({{}, {}}), array({}, 3)), (Rows{{0, 0, 0}, {0, 0, 0}}));
+    EXPECT_EQ(multiplied(array({{}, {}}), array({}, 1)), (Rows{{0}, {0}}));
+}
+
+TEST_F(ArrayProduct, NaNReachesItsRowOfTheProductAlsoTimesZero) {
+    for (const Rows& b : {Rows{{0}, {1}}, Rows{{0, 0}, {1, 2}}}) {
+        const Rows product = multiplied(array({{NaN, 1}, {3, 4}}), array(b));
+        for (size_t j = 0; j < b[0].size(); ++j) {
+            EXPECT_TRUE(std::isnan(product[0][j]));
+            EXPECT_EQ(product[1][j], 4 * b[1][j]);
+        }
+    }
+}
+
+TEST_F(ArrayProduct, ShapesClassesAndAliasesThatDoNotFitAreRaised) {
+    vxArray* square = array({{1, 2}, {3, 4}});
+    const vxArray* tall = array({{1, 2}, {3, 4}, {5, 6}});
+    struct Case {
+        vxArray* product;
+        const vxArray* a;
+        const vxArray* b;
+    };
+    const Case cases[] = {{array({{0, 0}, {0, 0}}), square, tall},
+                          {array({{0, 0}, {0, 0}}), tall, square},
+                          {array({{0, 0, 0}, {0, 0, 0}}), square, square},
+                          {square, square, array({{1, 0}, {0, 1}})},
+                          {square, array({{1, 0}, {0, 1}}), square},
+                          {sparse({{1, 1}, {1, 1}}), square, square}};
+    for (const Case& c : cases) {
+        expectRaises(ArrayErrorIdentifier, "The shapes of a product do not fit.",
+                     [&] { vxMatrixMultiply(c.product, c.a, c.b); });
+    }
+    expectRaises(ArrayErrorIdentifier, "A product needs arrays of doubles.",
+                 [&] { vxMatrixMultiply(square, vxCreateCharArray("a"), tall); });
+}
+
+TEST_F(ArrayProduct, MoreThreadsChangeNoMoreThanRounding) {
+    setBlasThreads(-3);
+    EXPECT_EQ(blasThreads(), 1);
+    constexpr size_t n = 120;
+    OPTMatrix<double> a(n, n);
+    OPTMatrix<double> b(n, n);
+    for (size_t i = 0; i < n; ++i) {
+        a(i, i) = 1.0 / static_cast<double>(i + 1);
+        a(i, (i + 1) % n) = -1.0;
+        b(i, i) = static_cast<double>(i + 1);
+    }
+    setBlasThreads(2);
+    EXPECT_GE(blasThreads(), 1);
+    const OPTMatrix<double> product = a * b;
+    setBlasThreads(1);
+    for (size_t i = 0; i < n; ++i) {
+        EXPECT_NEAR(product(i, i), 1.0, 4 * Eps);
+        EXPECT_EQ(product(i, (i + 1) % n), -static_cast<double>((i + 1) % n + 1));
+    }
+}
+
+TEST_F(PlaneRotation, TurnsAPairOfAnyMagnitudeIntoItsLengthAndZero) {
+    const double pairs[][2] = {{3, 4},           {-4, 3},         {4, -3},         {-3, -4},
+                               {3e-200, 4e-200}, {3e300, -4e300}, {1e-200, 1e300}, {3e-308, 3e-308},
+                               {1e-162, 1e-162}, {1, 0},          {0, -2},         {1e-310, 0}};
+    for (const auto& [a, b] : pairs) {
+        SCOPED_TRACE(::testing::Message() << a << ", " << b);
+        const blas::Rotation rotation = blas::rotg(a, b);
+        const double length = std::hypot(a, b);
+        EXPECT_NEAR(rotation.c * rotation.c + rotation.s * rotation.s, 1.0, 8 * Eps);
+        EXPECT_NEAR(std::abs(rotation.r) / length, 1.0, 8 * Eps);
+        EXPECT_NEAR(rotation.c * (a / length) + rotation.s * (b / length), rotation.r / length,
+                    8 * Eps);
+        double x = a;
+        double y = b;
+        blas::rot(1, &x, 1, &y, 1, rotation);
+        EXPECT_LE(std::abs(y), 8 * Eps * length);
+    }
+    const blas::Rotation none = blas::rotg(0.0, 0.0);
+    EXPECT_EQ(none.c, 1.0);
+    EXPECT_EQ(none.s, 0.0);
+    EXPECT_EQ(none.r, 0.0);
+}
+
+TEST_F(PlaneRotation, AppliesToStridedPairsWithTheStatedSigns) {
+    std::vector<double> x{1, -1, 2, -1, 3};
+    std::vector<double> y{10, 20, 30};
+    blas::rot(3, x.data(), 2, y.data(), 1, {0.0, 1.0, 0.0});  // a quarter turn
+    EXPECT_EQ(x, (std::vector<double>{10, -1, 20, -1, 30}));
+    EXPECT_EQ(y, (std::vector<double>{-1, -2, -3}));
+}
+
+/// Runs the call with every workspace granted and with the optimum refused: `check` must hold after
+/// both. With the minimum refused as well the call is out of memory.
+template <class Prepare, class Call, class Check>
+void withAndWithoutOptimum(Prepare prepare, Call call, Check check) {
+    prepare();
+    EXPECT_EQ(call(), 0);
+    check();
+    prepare();
+    {
+        SCOPED_TRACE("optimum refused");
+        const AllocationFaults faults(1);
+        EXPECT_EQ(call(), 0);
+        EXPECT_TRUE(faults.hasFailed());
+    }
+    check();
+    const AllocationFaults faults(1, 2);
+    expectRaises(OutOfMemoryIdentifier, OutOfMemoryText, [&] { call(); });
+}
+
+TEST_F(LapackCalls, QRGivesTheFactorsAlsoWithTheMinimalWorkspace) {
+    const Rows a{{3, 1, 0}, {0, 2, 0}, {4, -1, 0}};
+    OPTMatrix<double> Q(3, 3);
+    OPTMatrix<double> R(3, 3);
+    std::vector<double> tau(2);
+    withAndWithoutOptimum(
+        [&] { Q = matrix(a); }, [&] { return lapack::geqrf(columns(Q, 0, 2), tau.data()); },
+        [&] { EXPECT_NEAR(std::abs(Q(0, 0)), 5.0, 8 * Eps); });  // the length of column 0
+    Q = matrix(a);
+    ASSERT_EQ(lapack::geqrf(columns(Q, 0, 2), tau.data()), 0);
+    R(0, 0) = Q(0, 0);
+    R(0, 1) = Q(0, 1);
+    R(1, 1) = Q(1, 1);
+    const OPTMatrix<double> packed(Q);
+    withAndWithoutOptimum(
+        [&] { Q = packed; }, [&] { return lapack::orgqr(viewOf(Q), 2, tau.data()); },
+        [&] {
+            expectNear(Q * R, a, 20 * Eps);
+            expectNear(Q.transpose() * Q, {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, 20 * Eps);
+        });
+}
+
+TEST_F(LapackCalls, PivotsAre64BitAndOrderedByLength) {
+    OPTMatrix<double> a(2, 3);
+    std::vector<Int> pivots;
+    std::vector<double> tau(2);
+    withAndWithoutOptimum(
+        [&] {
+            a = matrix({{1, 0, 3}, {0, 2, 0}});
+            pivots.assign(3, 0);
+        },
+        [&] { return lapack::geqp3(viewOf(a), pivots.data(), tau.data()); },
+        [&] {
+            EXPECT_EQ(pivots, (std::vector<Int>{3, 2, 1}));
+        });
+}
+
+TEST_F(LapackCalls, LeastSquaresGivesTheShortestSolutionOfTheTransposedSystem) {
+    // One equation, then a square system that needs room for all right-hand sides.
+    const Rows systems[][3] = {{{{1}, {1}, {1}}, {{6}, {0}, {0}}, {{2}, {2}, {2}}},
+                               {{{2, 1, 0}, {0, 1, 0}, {0, 0, 4}},
+                                {{2, 0, 4, 6, 2}, {3, 2, 2, 4, 0}, {4, 8, 0, 4, 4}},
+                                {{1, 0, 2, 3, 1}, {2, 2, 0, 1, -1}, {1, 2, 0, 1, 1}}}};
+    for (const auto& [rows, rhs, solution] : systems) {
+        OPTMatrix<double> a = matrix(rows);
+        OPTMatrix<double> b = matrix(rhs);
+        withAndWithoutOptimum(
+            [&] {
+                a = matrix(rows);
+                b = matrix(rhs);
+            },
+            [&] { return lapack::gelsTransposed(viewOf(a), viewOf(b)); },
+            [&] { expectNear(b, solution, 100 * Eps); });
+    }
+}
+
+TEST_F(LapackCalls, InfoIsPassedThroughAndIntegersAre64Bit) {
+    OPTMatrix<double> indefinite = matrix({{4, 2}, {2, 1}});
+    indefinite(1, 1) = 0.5;
+    EXPECT_EQ(lapack::potrf(viewOf(indefinite)), 2);
+    OPTMatrix<double> definite = matrix({{4, 2}, {2, 10}});
+    OPTMatrix<double> rhs = matrix({{8}, {22}});
+    EXPECT_EQ(lapack::potrf(viewOf(definite)), 0);
+    EXPECT_EQ(definite(0, 0), 2.0);
+    EXPECT_EQ(definite(0, 1), 1.0);
+    EXPECT_EQ(definite(1, 1), 3.0);
+    EXPECT_EQ(lapack::potrs(viewOf(definite), viewOf(rhs)), 0);
+    expectNear(rhs, {{1}, {2}}, 4 * Eps);
+
+    OPTMatrix<double> singular = matrix({{1, 2, 3}, {0, 0, 1}, {0, 0, 2}});
+    OPTMatrix<double> b = columnMatrix({1, 1, 1});
+    EXPECT_EQ(lapack::trtrs(viewOf(singular), viewOf(b)), 2);
+    OPTMatrix<double> upper = matrix({{2, 1}, {99, 4}});  // what is below the diagonal is not read
+    OPTMatrix<double> c = columnMatrix({4, 8});
+    EXPECT_EQ(lapack::trtrs(viewOf(upper), viewOf(c)), 0);
+    EXPECT_EQ(rowsOf(c), (Rows{{1}, {2}}));
+
+    // An order of 2³² + 1 reads as 1 in 32 bits, where the leading dimension would be enough.
+    MatrixView huge = viewOf(upper);
+    huge.rows = huge.cols = (Int{1} << 32U) + 1;
+    EXPECT_EQ(lapack::potrf(huge), -4);
+    EXPECT_EQ(ConstMatrixView(nullptr, 0, 3).ld, 1);
+}
+
+}  // namespace
+}  // namespace activeset::test

@@ -1,0 +1,220 @@
+// Who destroys an array, and that nothing is lost when memory runs out.
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "support/build.hpp"
+#include "support/expect.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+using CallScopes = FreshState;
+using IndexLists = FreshState;
+
+TEST_F(CallScopes, DestroyWhatIsNeitherKeptNorPersistentNorDestroyed) {
+    const std::int64_t before = liveArrayCount();
+    vxArray* persistent = nullptr;
+    vxArray* kept = nullptr;
+    {
+        CallScope outer;
+        {
+            CallScope inner;
+            std::vector<vxArray*> arrays;
+            for (int i = 0; i < 7; ++i) {
+                arrays.push_back(vxCreateDoubleScalar(i));
+            }
+            // The ends and the middle of the scope's list leave it in different ways.
+            vxDestroyArray(arrays[0]);
+            vxDestroyArray(arrays[3]);
+            vxDestroyArray(arrays[6]);
+            persistent = arrays[1];
+            vxSetArrayScope(persistent, 0);
+            kept = inner.keep(arrays[4]);
+        }
+        EXPECT_EQ(liveArrayCount(), before + 2);
+        EXPECT_EQ(vxGetElement(kept, 0, 0), 4.0);
+        EXPECT_TRUE(vxIsPersistent(persistent));
+        EXPECT_EQ(outer.keep(nullptr), nullptr);
+    }
+    EXPECT_EQ(liveArrayCount(), before + 1) << "a kept array belongs to the enclosing scope";
+    {
+        const CallScope scope;
+        vxSetArrayScope(persistent, 1);
+        EXPECT_FALSE(vxIsPersistent(persistent));
+    }
+    EXPECT_EQ(liveArrayCount(), before);
+}
+
+TEST_F(CallScopes, KeepLeavesArraysOfOtherScopesWhereTheyAre) {
+    const std::int64_t before = liveArrayCount();
+    CallScope outer;
+    {
+        const CallScope middle;
+        vxArray* foreign = vxCreateDoubleScalar(1);
+        CallScope inner;
+        inner.keep(foreign);
+    }
+    EXPECT_EQ(liveArrayCount(), before);
+}
+
+TEST_F(CallScopes, AnErrorThatUnwindsLeavesNothingBehind) {
+    const std::int64_t before = liveArrayCount();
+    expectRaises("a:b", "text", [] {
+        const CallScope outer;
+        static_cast<void>(column({1}));
+        const CallScope inner;
+        const OPTMatrix<double> product = matrix({{1}}) * matrix({{2}});
+        static_cast<void>(column({2}));
+        vxErrMsgIdAndTxt("a:b", "text");
+    });
+    releaseMatrixPool();
+    EXPECT_EQ(liveArrayCount(), before);
+}
+
+TEST_F(CallScopes, ArraysThatAMatrixUsesOutliveTheScopeAndGoWithTheMatrix) {
+    const OPTMatrix<double> source = matrix({{1, 2}, {3, 4}});
+    const vxArray* callers = array({{5, 6}});
+    const OPTMatrix<double> wrapping(callers);
+    const std::int64_t before = liveArrayCount();
+    {
+        std::optional<OPTMatrix<double>> transposed;
+        std::optional<OPTMatrix<double>> copyOfWrapping;
+        std::optional<OPTMatrix<double>> copyOfOwn;
+        {
+            const CallScope scope;
+            transposed.emplace(source.transpose());
+            copyOfWrapping.emplace(wrapping);
+            copyOfOwn.emplace(source);
+        }
+        EXPECT_EQ(rowsOf(*transposed), (Rows{{1, 3}, {2, 4}}));
+        EXPECT_EQ(rowsOf(*copyOfWrapping), (Rows{{5, 6}}));
+        EXPECT_EQ(rowsOf(*copyOfOwn), (Rows{{1, 2}, {3, 4}}));
+        EXPECT_EQ(liveArrayCount(), before + 3);
+    }
+    EXPECT_EQ(liveArrayCount(), before);
+}
+
+// Without a scope nobody else cleans up, so these do not use the fixture.
+TEST(WithoutAScope, KeptArraysAreTheCallersAndMatricesTakeTheirsAlong) {
+    const std::int64_t before = liveArrayCount();
+    vxArray* kept = nullptr;
+    {
+        CallScope scope;
+        kept = scope.keep(vxCreateDoubleScalar(4));
+    }
+    ASSERT_EQ(liveArrayCount(), before + 1);
+    {
+        const OPTMatrix<double> wrapping(kept);
+        const OPTMatrix<double> copy(wrapping);
+        const OPTMatrix<double> transposed = wrapping.transpose();
+        EXPECT_EQ(copy(0, 0) + transposed(0, 0), 8.0);
+    }
+    ASSERT_EQ(liveArrayCount(), before + 1) << "a wrapping matrix destroyed the caller's array";
+    vxDestroyArray(kept);
+}
+
+TEST(WithoutAScope, NoCreatorLeaksWhicheverOfItsRequestsFails) {
+    std::vector<double> buffer(6, 1.0);
+    vxArray* const stored = sparse({{1, 2}, {0, 3}});
+    vxArray* const full = vxCreateDoubleMatrix(2, 3, vxComplexity::Complex);
+    const OPTMatrix<double> a(2, 2);
+    const std::vector<std::function<vxArray*()>> creators{
+        [] { return vxCreateDoubleMatrix(2, 3, vxComplexity::Complex); },
+        [] { return vxCreateNumericMatrix(2, 3, vxClass::Int32, vxComplexity::Real); },
+        [] { return vxCreateSparse(2, 3, 4, vxComplexity::Complex); },
+        [&] { return vxCreateDoubleMatrixFrom(buffer.data(), 2, 3); },
+        [&] { return vxWrapDoubleMatrix(buffer.data(), 2, 3); },
+        [] { return vxCreateDoubleScalar(1.0); },
+        [] { return vxCreateCharArray("text"); },
+        [&] { return vxCreateDeepCopy(stored); },
+        [&] { return vxCreateDeepCopy(full); },
+        [&] { return vxTranspose(stored); },
+        [&] { return vxTranspose(full); },
+        [&] { return a.toVxArray(); },
+        [&] {
+            const OPTMatrix<double> copy(a);
+            const OPTMatrix<double> wrapping(buffer.data(), 2, 2);
+            const OPTMatrix<double> turned = (copy * wrapping - a).transpose();
+            OPTMatrix<double> empty;
+            empty = turned;
+            return empty.toVxArray();
+        },
+    };
+    for (size_t c = 0; c < creators.size(); ++c) {
+        bool refused = true;
+        for (std::uint64_t failAt = 1; refused; ++failAt) {
+            SCOPED_TRACE("creator " + std::to_string(c) + ", request " + std::to_string(failAt));
+            releaseMatrixPool();
+            const std::int64_t arrays = liveArrayCount();
+            const std::int64_t blocks = liveBlockCount();
+            {
+                const AllocationFaults faults(failAt);
+                try {
+                    vxDestroyArray(creators[c]());
+                } catch (const HostError& error) {
+                    EXPECT_EQ(error.identifier(), OutOfMemoryIdentifier);
+                    EXPECT_TRUE(faults.hasFailed());
+                }
+                refused = faults.hasFailed();
+            }
+            releaseMatrixPool();
+            ASSERT_EQ(liveArrayCount(), arrays);
+            ASSERT_EQ(liveBlockCount(), blocks);
+        }
+    }
+    vxDestroyArray(stored);
+    vxDestroyArray(full);
+}
+
+TEST_F(CallScopes, RefusalsAreCountedFromTheirPlanAndEndWithIt) {
+    {
+        const AllocationFaults faults(2, 2);
+        const std::vector<void*> blocks{vxMallocEx(8), vxMallocEx(8), vxCallocEx(1, 8),
+                                        vxMallocEx(0), vxMallocEx(8)};
+        const std::vector<bool> granted{true, false, false, false, true};
+        for (size_t i = 0; i < blocks.size(); ++i) {
+            EXPECT_EQ(blocks[i] != nullptr, granted[i]) << "request " << i;
+            vxFreeEx(blocks[i]);
+        }
+        EXPECT_EQ(faults.requests(), 4U) << "no bytes, no request";
+    }
+    void* atLeastOne = vxMallocExCheck(0);
+    EXPECT_NE(atLeastOne, nullptr);
+    vxFreeEx(atLeastOne);
+}
+
+TEST_F(IndexLists, CopiesShareUntilOneGrows) {
+    IndexList list;
+    EXPECT_TRUE(list.isNull());
+    list.reserve(0);
+    ASSERT_EQ(list.capacity(), 1U);
+    list.reserve(2);
+    list.get()[0] = 5;
+    list.get()[1] = 6;
+    std::optional<IndexList> copy(list);
+    copy->get()[1] = 60;
+    EXPECT_EQ(list.get()[1], 60U);
+    copy->reserve(1);
+    EXPECT_EQ(copy->get(), list.get()) << "a list that has room must stay shared";
+    copy->reserve(4);
+    EXPECT_EQ(std::vector<size_t>(copy->get(), copy->get() + 4),
+              (std::vector<size_t>{5, 60, NoIndex, NoIndex}));
+    copy->get()[0] = 50;
+    EXPECT_EQ(list.get()[0], 5U);
+    copy = list;
+    list = IndexList();
+    EXPECT_EQ(copy->get()[0], 5U) << "the last copy keeps the entries";
+    {
+        const AllocationFaults faults(1);
+        expectRaises(OutOfMemoryIdentifier, OutOfMemoryText, [&] { copy->reserve(3); });
+    }
+    expectRaises(OutOfMemoryIdentifier, OutOfMemoryText, [&] { copy->reserve(NoIndex / 4); });
+    EXPECT_EQ(copy->capacity(), 2U);
+    EXPECT_EQ(copy->get()[1], 60U);
+}
+
+}  // namespace
+}  // namespace activeset::test
