@@ -91,9 +91,10 @@ public:
                      const vxArray* beq,
                      const vxArray* lb,
                      const vxArray* ub);
-    /// Copies share the three index lists.
+    /// Copies share the three index lists. Assignment is that of every matrix: it raises when a
+    /// shape differs.
     LinearConstraint(const LinearConstraint&) = default;
-    LinearConstraint& operator=(const LinearConstraint&) = default;
+    LinearConstraint& operator=(const LinearConstraint& other);
     ~LinearConstraint() override;
 
     /// Does nothing.
@@ -169,7 +170,7 @@ public:
     /// already count γ. When construction fails the counts are as before.
     explicit PhaseOneConstraint(IoptConstraint* underlying);
     PhaseOneConstraint(const PhaseOneConstraint&) = default;
-    PhaseOneConstraint& operator=(const PhaseOneConstraint&) = default;
+    PhaseOneConstraint& operator=(const PhaseOneConstraint& other);
     ~PhaseOneConstraint() override;
 
     /// Asks the underlying set.

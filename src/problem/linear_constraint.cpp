@@ -128,6 +128,45 @@ BoundRows upperRows(const IndexList& index, const OPTMatrix<double>& rhs, size_t
 
 }  // namespace
 
+namespace {
+
+// Bound rows are written out when first asked for, so that either side may lack them.
+void assignRows(OPTMatrix<double>& target,
+                const OPTMatrix<double>& source,
+                const BoundRows& ofSource) {
+    if (source.size() != 0) {
+        target = source;
+    } else if (target.size() != 0) {
+        ofSource.writeOut(target);
+    }
+}
+
+}  // namespace
+
+LinearConstraint& LinearConstraint::operator=(const LinearConstraint& other) {
+    if (this == &other) {
+        return *this;
+    }
+    IoptConstraint::operator=(other);
+    A = other.A;
+    b = other.b;
+    Aeq = other.Aeq;
+    beq = other.beq;
+    lb = other.lb;
+    ub = other.ub;
+    indexLB = other.indexLB;
+    indexUB = other.indexUB;
+    indexFixed = other.indexFixed;
+    assignRows(Alb, other.Alb, lowerRows(other.indexLB, other.blb, other.variables));
+    blb = other.blb;
+    assignRows(Aub, other.Aub, upperRows(other.indexUB, other.bub, other.variables));
+    bub = other.bub;
+    Afixed = other.Afixed;
+    bfixed = other.bfixed;
+    variables = other.variables;
+    return *this;
+}
+
 void LinearConstraint::reportConstraintInfo() {}
 
 OPTMatrix<double> LinearConstraint::Ax(const OPTMatrix<double>& x) {

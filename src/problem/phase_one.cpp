@@ -58,6 +58,16 @@ PhaseOneConstraint::PhaseOneConstraint(IoptConstraint* of)
 
 PhaseOneConstraint::~PhaseOneConstraint() = default;
 
+PhaseOneConstraint& PhaseOneConstraint::operator=(const PhaseOneConstraint& other) {
+    if (this != &other) {
+        IoptConstraint::operator=(other);
+        underlying = other.underlying;
+        indexUB = other.indexUB;
+        bub = other.bub;  // the row matrices are made anew at every request
+    }
+    return *this;
+}
+
 // ---------------------------------------------------------------------------------------------
 // One entry more, one entry less.
 
