@@ -97,7 +97,6 @@ void IsolverAS::init(IoptObjective* newObjective,
                          "_createWset failed to initialize working-set constraint matrix.");
     }
     replace(lambda, Matrix(OPTsizes::getnEq() + 2 * n + OPTsizes::getmIneq(), 1));
-    _requireProblem();
     const Matrix f = objective->fval(x);
     solution.resetSolution();
     solution.setxstar(x);
@@ -119,6 +118,7 @@ int IsolverAS::_createAw() {
         vxErrMsgIdAndTxt("optim:src:activesetqp:ActiveConstraintSizeError",
                          "Number of active constraints must be less than number of variables.");
     }
+    _requireProblem();
     _requireWorkingSet();
     size_t column = 0;
     const auto append = [&](const Matrix& row) {

@@ -55,9 +55,11 @@ NullSpaceAS::~NullSpaceAS() {
     _restoreWorkingSetInfo();
 }
 
+// The two spellings of the label are the interface's own; output is compared character by
+// character.
 void NullSpaceAS::PrintSizes() {
     std::cout << "Qrwset, rows " << QRwset.getRows() << '\n'
-              << "Qrwset, col " << QRwset.getCols() << '\n'
+              << "QRwset, col " << QRwset.getCols() << '\n'
               << "initialized " << static_cast<int>(initialized) << std::endl;
 }
 
