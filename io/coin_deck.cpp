@@ -25,11 +25,17 @@ std::string bitPattern(double value) {
     return text.data();
 }
 
-std::string rowName(std::uint32_t row) {
-    return "R" + std::to_string(row);
+std::string numbered(char letter, std::size_t number) {
+    std::string name(1, letter);
+    name += std::to_string(number);
+    return name;
+}
+
+std::string rowName(std::size_t row) {
+    return numbered('R', row);
 }
 std::string columnName(std::size_t column) {
-    return "C" + std::to_string(column);
+    return numbered('C', column);
 }
 
 /// Feeds CoinUtils from a string instead of a file.
@@ -146,7 +152,7 @@ void CoinDeck::append(Cards& cards, const std::string& card, std::size_t line) {
 }
 
 void CoinDeck::addRow(char sense, std::size_t line) {
-    append(rowCards_, std::string(1, sense) + " R" + std::to_string(rows_), line);
+    append(rowCards_, std::string(1, sense) + " " + rowName(rows_), line);
     ++rows_;
 }
 

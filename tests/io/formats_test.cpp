@@ -42,13 +42,14 @@ protected:
     }
     void TearDown() override { std::filesystem::remove_all(folder_); }
 
-    std::string write(const std::string& name, const std::string& bytes) const {
+    [[nodiscard]] std::string write(const std::string& name, const std::string& bytes) const {
         std::string path = folder_ / name;
         std::ofstream(path, std::ios::binary) << bytes;
         return path;
     }
 
-    std::string writeCompressed(const std::string& name, const std::string& bytes) const {
+    [[nodiscard]] std::string writeCompressed(const std::string& name,
+                                              const std::string& bytes) const {
         std::string path = folder_ / name;
         const gzFile file = gzopen(path.c_str(), "wb");
         gzwrite(file, bytes.data(), static_cast<unsigned>(bytes.size()));
