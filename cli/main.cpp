@@ -1,0 +1,204 @@
+// The command line: activeset solve [options] FILE...
+#include <fmt/core.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <limits>
+#include <new>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "activeset/driver.hpp"
+#include "activeset/host.hpp"
+#include "cli/interrupt.hpp"
+#include "cli/report.hpp"
+#include "cli/solve_problem.hpp"
+#include "cli/verdict.hpp"
+#include "io/qps_reader.hpp"
+
+namespace activeset::cli {
+
+namespace {
+
+// Exit status. The worst that happened to any file counts.
+constexpr int AllOptimal = 0;
+constexpr int OtherOutcome = 1;
+constexpr int UnreadableOrUsage = 2;
+
+const char* const Footer =
+    "Exit status: 0 when every file was solved to optimality, 1 when some file ended in\n"
+    "another outcome or the residuals do not support it, 2 when some file could not be\n"
+    "read or the command line was wrong.\n"
+    "Ctrl-C stops at the point reached and reports it; a second Ctrl-C ends the process.";
+
+struct SolveCommand {
+    SolverSettings settings;
+    std::vector<std::string> files;
+    bool solution = false;
+    bool json = false;
+};
+
+void printError(const std::string& line) {
+    std::cout.flush();
+    std::cerr << line << std::endl;
+}
+
+void printNotes(const io::Problem& problem, const std::string& file) {
+    for (const io::Note& note : problem.notes) {
+        printError(fmt::format("{}:{}: note: {}", file, note.line, note.text));
+    }
+}
+
+void solveReadable(io::Problem& problem,
+                   const std::string& file,
+                   const SolveCommand& command,
+                   int& status) {
+    if (!command.json) {
+        std::cout << headingText(problem, file);
+    }
+    const SolveResult result = solveProblem(problem, command.settings);
+    const Verdict verdict = judge(problem, result, command.settings);
+    if (command.json) {
+        std::cout << jsonText(problem, file, result, verdict, command.solution);
+    } else {
+        std::cout << summaryText(problem, result, verdict);
+        if (command.solution) {
+            std::cout << solutionText(problem, result);
+        }
+    }
+    const bool optimal = result.code == 1 && verdict.supports();
+    status = std::max(status, optimal ? AllOptimal : OtherOutcome);
+}
+
+/// Solves one file; what goes wrong with it is one line on standard error and a status.
+void solveFile(const std::string& file, const SolveCommand& command, int& status) {
+    std::string error;
+    try {
+        io::Problem problem = io::readProblem(file);
+        printNotes(problem, file);
+        solveReadable(problem, file, command, status);
+        return;
+    } catch (const io::ReadError& readError) {
+        error = readError.what();
+        status = UnreadableOrUsage;
+    } catch (const HostError& hostError) {
+        error = fmt::format("{}: {}: {}", file, hostError.identifier(), hostError.what());
+        status = std::max(status, OtherOutcome);
+    } catch (const std::bad_alloc&) {
+        error = fmt::format("{}: out of memory", file);
+        status = std::max(status, OtherOutcome);
+    }
+    if (command.json) {
+        std::cout << jsonErrorText(file, error);
+    }
+    printError(error);
+}
+
+int solveFiles(const SolveCommand& command) {
+    const InterruptHandler interrupts;
+    int status = AllOptimal;
+    for (std::size_t i = 0; i < command.files.size(); ++i) {
+        if (InterruptHandler::isPending()) {
+            printError(fmt::format("interrupted: {} not solved",
+                                   command.files.size() - i == 1
+                                       ? "1 file"
+                                       : fmt::format("{} files", command.files.size() - i)));
+            status = std::max(status, OtherOutcome);
+            break;
+        }
+        solveFile(command.files[i], command, status);
+    }
+    std::cout.flush();
+    if (!std::cout) {
+        printError("standard output could not be written");
+        status = UnreadableOrUsage;
+    }
+    return status;
+}
+
+/// Empty if `text` is a number from 0 up, else what is wrong with it.
+template <class Number>
+std::string checkNumber(const std::string& text) {
+    Number value{};
+    const bool good = CLI::detail::lexical_cast(text, value) && value >= Number{} &&
+                      value <= std::numeric_limits<Number>::max();
+    const char* const kind = std::is_integral_v<Number> ? "whole number" : "number";
+    return good ? "" : fmt::format("{} is not a {} from 0 up", text, kind);
+}
+
+void describe(CLI::App& app, SolveCommand& command) {
+    app.set_version_flag("--version",
+                         fmt::format("activeset {} ({})", activeset_version, activeset_build_date));
+    app.require_subcommand(1);
+    app.footer(Footer);
+
+    CLI::App& solve = *app.add_subcommand(
+        "solve", "Solve convex quadratic programs from MPS/QPS files, plain or gzip");
+    solve.footer(Footer);
+    SolverSettings& settings = command.settings;
+    const auto add = [&](const char* name, auto& target, const char* values, const char* text) {
+        return solve.add_option(name, target, text)->option_text(values);
+    };
+    add("--max-iter", settings.maxIter, "COUNT",
+        "Most passes of a phase; default 10 * (variables + rows), at least 200")
+        ->check(checkNumber<int>);
+    add("--tol-con", settings.tolCon, "NUMBER [1e-6]", "Feasibility tolerance, absolute")
+        ->check(checkNumber<double>);
+    add("--tol-fun", settings.tolFun, "NUMBER [1e-6]", "Stored; no test uses it")
+        ->check(checkNumber<double>);
+    add("--tol-x", settings.tolX, "NUMBER [1e-6]", "Norm below which a direction counts as zero")
+        ->check(checkNumber<double>);
+    CLI::Option* const display = add("--display", settings.display, "WORD [iter]",
+                                     "Iteration table: off, final, iter or testing")
+                                     ->check(CLI::IsMember({"off", "final", "iter", "testing"}));
+    solve.add_flag("--solution", command.solution, "Print the point and the multipliers by name");
+    solve.add_flag("--json", command.json, "Print one JSON object a file instead of text")
+        ->excludes(display)
+        ->option_text(" ");
+    add("FILE", command.files, "...", "Files to solve")->required();
+}
+
+/// What the parser reports is the answer to --help or --version, or one line on standard error.
+int reportUsage(const CLI::App& app, const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) {
+        return app.exit(error);
+    }
+    const std::vector<std::string> rest = app.remaining();
+    std::string line = app.get_subcommands().empty() && !rest.empty()
+                           ? fmt::format("unknown command {}", rest.front())
+                           : error.what();
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    printError(fmt::format("activeset: {} (see activeset --help)", line));
+    return UnreadableOrUsage;
+}
+
+int run(int argc, char** argv) {
+    SolveCommand command;
+    CLI::App app("Dense convex quadratic programming by a primal active-set method", "activeset");
+    describe(app, command);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return reportUsage(app, error);
+    }
+    if (command.json) {
+        command.settings.display = "off";
+    }
+    return solveFiles(command);
+}
+
+}  // namespace
+
+}  // namespace activeset::cli
+
+int main(int argc, char** argv) {
+    try {
+        return activeset::cli::run(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "activeset: " << error.what() << std::endl;
+        return 2;
+    }
+}

@@ -1,0 +1,72 @@
+// Wraps the vectors of a problem in host arrays, calls the entry function, copies the results.
+#include "cli/solve_problem.hpp"
+
+#include <algorithm>
+#include <limits>
+
+#include "activeset/driver.hpp"
+#include "activeset/host.hpp"
+#include "cli/interrupt.hpp"
+
+namespace activeset::cli {
+
+namespace {
+
+/// Null where the problem has no such rows.
+vxArray* wrapped(std::vector<double>& values, std::size_t rows, std::size_t columns) {
+    return rows == 0 ? nullptr : vxWrapDoubleMatrix(values.data(), rows, columns);
+}
+
+std::vector<double> copyOf(const vxArray* array) {
+    const double* const values = vxGetDoubles(array);
+    return {values, values + vxGetNumberOfElements(array)};
+}
+
+int defaultMaxIter(const io::Problem& problem) {
+    constexpr std::size_t AtLeast = 200;
+    const std::size_t limit = std::max(AtLeast, 10 * (problem.n + problem.mIneq + problem.mEq));
+    return static_cast<int>(
+        std::min(limit, static_cast<std::size_t>(std::numeric_limits<int>::max())));
+}
+
+}  // namespace
+
+SolveResult solveProblem(io::Problem& problem, const SolverSettings& settings) {
+    const CallScope scope;
+    SolveResult result;
+    result.maxIter = settings.maxIter.value_or(defaultMaxIter(problem));
+    const std::size_t n = problem.n;
+    vxArray* x = nullptr;
+    vxArray* objective = nullptr;
+    vxArray* lambda = nullptr;
+    vxArray* equalities = nullptr;
+    vxArray* inequalities = nullptr;
+    vxArray* lower = nullptr;
+    vxArray* upper = nullptr;
+    vxArray* code = nullptr;
+    NullSpaceASdriver(wrapped(problem.H, n, n), wrapped(problem.c, n, 1),
+                      wrapped(problem.A, problem.mIneq, n), wrapped(problem.b, problem.mIneq, 1),
+                      wrapped(problem.Aeq, problem.mEq, n), wrapped(problem.beq, problem.mEq, 1),
+                      wrapped(problem.lb, n, 1), wrapped(problem.ub, n, 1),
+                      vxCreateDoubleMatrix(n, 1, vxComplexity::Real), nullptr, nullptr, nullptr,
+                      vxCreateDoubleScalar(result.maxIter), vxCreateDoubleScalar(settings.tolCon),
+                      vxCreateDoubleScalar(settings.tolFun), vxCreateDoubleScalar(settings.tolX),
+                      vxCreateCharArray(settings.display), &x, &objective, &lambda, &equalities,
+                      &inequalities, &lower, &upper, &code);
+    result.interrupted = InterruptHandler::isPending();
+    result.code = static_cast<int>(vxGetElement(code, 0, 0));
+    result.x = copyOf(x);
+    result.objective = vxGetElement(objective, 0, 0);
+    result.lambda = copyOf(lambda);
+    result.activeEqualities = vxGetNumberOfElements(equalities);
+    result.activeInequalities = vxGetNumberOfElements(inequalities);
+    result.activeLower = vxGetNumberOfElements(lower);
+    result.activeUpper = vxGetNumberOfElements(upper);
+    const SolveReport report = lastSolveReport();
+    result.iterations = report.iterations;
+    result.phaseOneIterations = report.phaseOneIterations;
+    result.phaseOneRan = report.phaseOneRan;
+    return result;
+}
+
+}  // namespace activeset::cli

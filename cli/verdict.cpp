@@ -1,0 +1,178 @@
+// Residuals of the optimality conditions, each with the size of the terms it is the sum of.
+#include "cli/verdict.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <span>
+
+namespace activeset::cli {
+
+namespace {
+
+/// A sum, and the sum of the magnitudes of its terms, against which its rounding is measured.
+struct ScaledSum {
+    double value = 0.0;
+    double scale = 0.0;
+
+    void add(double term) {
+        value += term;
+        scale += std::abs(term);
+    }
+};
+
+/// The largest of many residuals; not supported once one of them is larger than allowed, or is
+/// not a number.
+class Largest {
+public:
+    explicit Largest(double tolerance) : tolerance_(tolerance) {}
+
+    void add(double residual, double scale) {
+        if (!(residual <= tolerance_ * std::max(1.0, scale))) {
+            result_.supports = false;
+        }
+        if (!(residual <= result_.value)) {
+            result_.value = residual;
+        }
+    }
+    [[nodiscard]] Residual result() const { return result_; }
+
+private:
+    double tolerance_;
+    Residual result_;
+};
+
+/// matrix·x − rhs, matrix rows × n.
+std::vector<ScaledSum> rowResiduals(const std::vector<double>& matrix,
+                                    const std::vector<double>& rhs,
+                                    const std::vector<double>& x) {
+    std::vector<ScaledSum> residuals(rhs.size());
+    for (std::size_t i = 0; i < rhs.size(); ++i) {
+        for (std::size_t j = 0; j < x.size(); ++j) {
+            residuals[i].add(matrix[i + j * rhs.size()] * x[j]);
+        }
+        residuals[i].add(-rhs[i]);
+    }
+    return residuals;
+}
+
+/// Everything that the outcome is judged by, one pass over the data for each kind of residual.
+class Judge {
+public:
+    Judge(const io::Problem& problem, const SolveResult& result, const SolverSettings& settings)
+        : problem_(problem),
+          result_(result),
+          equalityResiduals_(rowResiduals(problem.Aeq, problem.beq, result.x)),
+          inequalityResiduals_(rowResiduals(problem.A, problem.b, result.x)),
+          primal_(settings.tolCon),
+          dual_(std::max(settings.tolX, Accuracy)),
+          complementarity_(std::max(settings.tolCon, Accuracy)) {
+        const std::span<const double> lambda(result.lambda);
+        equalities_ = lambda.subspan(0, problem.mEq);
+        inequalities_ = lambda.subspan(problem.mEq, problem.mIneq);
+        lower_ = lambda.subspan(problem.mEq + problem.mIneq, problem.n);
+        upper_ = lambda.subspan(problem.mEq + problem.mIneq + problem.n, problem.n);
+    }
+
+    [[nodiscard]] Verdict verdict() {
+        visitConstraints();
+        visitStationarity();
+        Verdict verdict{objective(), primal_.result(), dual_.result(), complementarity_.result()};
+        const bool optimal = result_.code == 1;
+        const bool infeasible = result_.code == -2 || result_.code == -3;
+        verdict.dual.supports = verdict.dual.supports || !optimal;
+        verdict.complementarity.supports = verdict.complementarity.supports || !optimal;
+        if (infeasible) {
+            verdict.primal.supports = !verdict.primal.supports;
+        }
+        return verdict;
+    }
+
+private:
+    static constexpr double Accuracy = 1e-6;
+
+    void visitConstraints() {
+        for (const ScaledSum& residual : equalityResiduals_) {
+            primal_.add(std::abs(residual.value), residual.scale);
+        }
+        for (std::size_t i = 0; i < problem_.mIneq; ++i) {
+            visitInequality(inequalityResiduals_[i].value, inequalityResiduals_[i].scale,
+                            inequalities_[i]);
+        }
+        for (std::size_t j = 0; j < problem_.n; ++j) {
+            visitBound(problem_.lb[j], result_.x[j], problem_.lb[j] - result_.x[j], lower_[j]);
+            visitBound(problem_.ub[j], result_.x[j], result_.x[j] - problem_.ub[j], upper_[j]);
+        }
+    }
+
+    void visitBound(double bound, double x, double excess, double multiplier) {
+        if (std::isinf(bound)) {
+            complementarity_.add(std::abs(multiplier), 0.0);
+        } else {
+            visitInequality(excess, std::abs(bound) + std::abs(x), multiplier);
+        }
+    }
+
+    /// `excess` is positive where the constraint is violated.
+    void visitInequality(double excess, double scale, double multiplier) {
+        primal_.add(std::max(excess, 0.0), scale);
+        dual_.add(std::max(-multiplier, 0.0), 0.0);
+        complementarity_.add(std::abs(excess * multiplier), scale * std::abs(multiplier));
+    }
+
+    void visitStationarity() {
+        const std::size_t n = problem_.n;
+        for (std::size_t j = 0; j < n; ++j) {
+            ScaledSum entry;
+            for (std::size_t i = 0; i < n; ++i) {
+                entry.add(problem_.H[i + j * n] * result_.x[i]);
+            }
+            entry.add(problem_.c[j]);
+            for (std::size_t i = 0; i < problem_.mEq; ++i) {
+                entry.add(problem_.Aeq[i + j * problem_.mEq] * equalities_[i]);
+            }
+            for (std::size_t i = 0; i < problem_.mIneq; ++i) {
+                entry.add(problem_.A[i + j * problem_.mIneq] * inequalities_[i]);
+            }
+            entry.add(-lower_[j]);
+            entry.add(upper_[j]);
+            dual_.add(std::abs(entry.value), entry.scale);
+        }
+    }
+
+    [[nodiscard]] Residual objective() const {
+        const std::size_t n = problem_.n;
+        ScaledSum sum;
+        for (std::size_t j = 0; j < n; ++j) {
+            for (std::size_t i = 0; i < n; ++i) {
+                sum.add(0.5 * result_.x[i] * problem_.H[i + j * n] * result_.x[j]);
+            }
+            sum.add(problem_.c[j] * result_.x[j]);
+        }
+        Largest difference(Accuracy);
+        difference.add(std::abs(sum.value - result_.objective), sum.scale);
+        const double value = sum.value + problem_.constant;
+        return {problem_.maximise ? 0.0 - value : value, difference.result().supports};
+    }
+
+    const io::Problem& problem_;
+    const SolveResult& result_;
+    std::vector<ScaledSum> equalityResiduals_;
+    std::vector<ScaledSum> inequalityResiduals_;
+    std::span<const double> equalities_;  // multipliers by kind
+    std::span<const double> inequalities_;
+    std::span<const double> lower_;
+    std::span<const double> upper_;
+    Largest primal_;
+    Largest dual_;
+    Largest complementarity_;
+};
+
+}  // namespace
+
+Verdict judge(const io::Problem& problem,
+              const SolveResult& result,
+              const SolverSettings& settings) {
+    return Judge(problem, result, settings).verdict();
+}
+
+}  // namespace activeset::cli

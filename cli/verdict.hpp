@@ -1,0 +1,44 @@
+// Whether the numbers that a solve returned support the outcome that it reported.
+#ifndef ACTIVESET_CLI_VERDICT_HPP
+#define ACTIVESET_CLI_VERDICT_HPP
+
+#include "cli/solve_problem.hpp"
+#include "io/problem.hpp"
+
+namespace activeset::cli {
+
+/// A residual and whether the outcome may stand beside it.
+struct Residual {
+    double value = 0.0;
+    bool supports = true;
+};
+
+/// Computed from the problem's data, without the solver.
+struct Verdict {
+    /// ½xᵀHx + cᵀx + constant, with the sign of the file; supports the outcome when the solver
+    /// reports the same value.
+    Residual objective;
+    /// Largest violation of a constraint, absolute.
+    Residual primal;
+    /// Largest entry of H·x + c + Aeqᵀλeq + Aᵀλineq − λlower + λupper in magnitude, or the
+    /// amount by which a multiplier of an inequality or bound is negative, if that is more.
+    Residual dual;
+    /// Largest product in magnitude of the multiplier and the slack of an inequality or bound. An
+    /// absent bound has no slack: its multiplier counts itself.
+    Residual complementarity;
+
+    [[nodiscard]] bool supports() const {
+        return objective.supports && primal.supports && dual.supports && complementarity.supports;
+    }
+};
+
+/// What must hold depends on the outcome: an optimum needs all four small, infeasibility needs a
+/// primal residual that is not, every other outcome is about a feasible point. Small is relative
+/// to the terms that a residual is the sum of, and never less than the tolerances allow.
+[[nodiscard]] Verdict judge(const io::Problem& problem,
+                            const SolveResult& result,
+                            const SolverSettings& settings);
+
+}  // namespace activeset::cli
+
+#endif
