@@ -2,9 +2,13 @@
 #ifndef ACTIVESET_TESTS_SUPPORT_TEST_ACCESS_HPP
 #define ACTIVESET_TESTS_SUPPORT_TEST_ACCESS_HPP
 
+#include <cstdint>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "activeset/null_space.hpp"
+#include "host/handles.hpp"
 
 /// Add a forwarding function here for every private step that a test needs.
 struct TestAccess {
@@ -35,6 +39,61 @@ struct TestAccess {
         solver._QRinsertColumn(a);
     }
     static void deleteColumn(NullSpaceAS& solver, size_t j) { solver._QRdeleteColumn(j); }
+    static double planerot(double a, double b, OPTMatrix<double>& G) {
+        return NullSpaceAS::_planerot(a, b, G);
+    }
+    static void getQRE(NullSpaceAS& solver,
+                       OPTMatrix<double>& A,
+                       OPTMatrix<double>& Q,
+                       OPTMatrix<double>& tau,
+                       std::int64_t* jpvt,
+                       bool wantQ) {
+        solver._getQRE(A, Q, tau, jpvt, A.getRows(), A.getCols(), wantQ);
+    }
+    static int symPosDefSolve(NullSpaceAS& solver, OPTMatrix<double>& A, OPTMatrix<double>& B) {
+        double spare = 0.0;
+        return solver._symPosDefLinearSolve(A, B, spare);
+    }
+
+    static std::int64_t removeDependentEq(NullSpaceAS& solver, IoptConstraint& constraints) {
+        return solver._removeDependentEq(constraints);
+    }
+    static void makeIndependent(NullSpaceAS& solver) { solver._makeWorkingSetIndependent(); }
+    static int reportRank(NullSpaceAS& solver) { return solver._isWorkingSetFullRank(); }
+    static void createLists(NullSpaceAS& solver, const std::vector<size_t>* removed) {
+        const size_t* numbers = removed == nullptr ? nullptr : removed->data();
+        const size_t count = removed == nullptr ? 0 : removed->size();
+        solver._createWfixed(numbers, count);
+        solver._createWeq(numbers, count);
+    }
+    static void resizeLists(NullSpaceAS& solver) { solver._resizeWorkingSetInfo(); }
+    static void createbw(NullSpaceAS& solver, OPTMatrix<double>& bw, IoptConstraint& constraints) {
+        solver._createbw(bw, constraints);
+    }
+    /// The five initial lists: fixed, eq, ineq, lower, upper.
+    static std::vector<std::shared_ptr<vxArray>> lists(const NullSpaceAS& solver) {
+        return {solver.WfixedArray, solver.WeqArray, solver.WineqArray, solver.WlowerArray,
+                solver.WupperArray};
+    }
+    static void setLists(NullSpaceAS& solver, const std::vector<vxArray*>& five) {
+        std::shared_ptr<vxArray>* const members[] = {&solver.WfixedArray, &solver.WeqArray,
+                                                     &solver.WineqArray, &solver.WlowerArray,
+                                                     &solver.WupperArray};
+        for (size_t k = 0; k < five.size(); ++k) {
+            *members[k] = activeset::ownedArray(five[k]);
+        }
+    }
+    /// What phase one left: ineq, lower, upper.
+    static std::vector<std::shared_ptr<vxArray>> phaseOneLists(const NullSpaceAS& solver) {
+        return {solver.WineqPhaseOne, solver.WlowerPhaseOne, solver.WupperPhaseOne};
+    }
+    static void phaseOne(NullSpaceAS& solver,
+                         IoptConstraint& constraints,
+                         IoptOption& options,
+                         double& violation,
+                         OPTMatrix<double>& x) {
+        solver._phaseOneSolve(&constraints, &options, violation, x);
+    }
 };
 
 #endif

@@ -1,0 +1,102 @@
+// How far a direction may be followed and what blocks it.
+#include <cmath>
+
+#include "engine/scripted_solver.hpp"
+
+namespace activeset::test {
+namespace {
+
+class RatioTest : public FreshState {};
+
+struct Step {
+    const char* name;
+    const char* type;
+    std::vector<double> p;
+    Problem problem;  // A, b, lb, ub; one fixed variable and two equalities are added
+    int code;
+    double alpha;
+    size_t number = 0;
+    size_t kindIndex = 0;
+    const char* kind = "untouched";
+    Lists active{};
+    double tolerance = 1e-6;
+};
+
+constexpr double Threshold = 1000 * Eps;  // for a direction of norm 1
+
+// Numbers: 3 + row, 3 + mIneq + variable, 3 + mIneq + n + variable.
+std::vector<Step> steps() {
+    const Problem three{.H = {}, .c = {}, .A = {{1, 0}, {2, 0}, {0, 1}}, .b = {.5, 1, .25}};
+    const Problem ties{.H = {}, .c = {}, .A = {{1, 0}}, .b = {.5}, .lb = {-9, -.5}, .ub = {.5, 9}};
+    const Problem bounds{.H = {}, .c = {}, .lb = {-9, -Inf, -9, -.5}, .ub = {Inf, .5, 9, Inf}};
+    const auto slack = [](double b) { return Problem{.H = {}, .c = {}, .A = {{1, 0}}, .b = {b}}; };
+    const auto rate = [](double a) { return Problem{.H = {}, .c = {}, .A = {{a, 0}}, .b = {0}}; };
+    const double above = std::nextafter(Threshold, 1);
+    return {
+        {"QP, nothing there", "QP", {1, 0}, {}, -1, 1},
+        {"LP, nothing there", "LP", {1, 0}, {}, -1, 1e30},
+        {"other, nothing there", "?", {1, 0}, {}, -1, 1e30},
+        {"slack below the full step", "QP", {1, 0}, slack(.5), 1, .5, 3, 0, "ineq"},
+        {"slack beyond the full step", "QP", {1, 0}, slack(2), -1, 1, 3, 0, "ineq"},
+        {"slack of just the full step", "QP", {1, 0}, slack(1), 1, 1, 3, 0, "ineq"},
+        {"LP is not capped at 1", "LP", {1, 0}, slack(2), 1, 2, 3, 0, "ineq"},
+        {"other type is not capped", "?", {1, 0}, slack(2), 1, 2, 3, 0, "ineq"},
+        {"slack beyond the first alpha", "LP", {1, 0}, slack(1e31), -1, 1e30},
+        {"moving away", "QP", {-1, 0}, slack(.5), -1, 1},
+        {"rows tie", "QP", {1, 0}, three, 1, .5, 3, 0, "ineq"},
+        {"a later row is nearer", "QP", {1, 1}, three, 1, .25, 5, 2, "ineq"},
+        {"active row is skipped", "QP", {1, 1}, three, 1, .5, 3, 0, "ineq", {.ineq = {3}}},
+        {"all active", "QP", {1, 0}, three, -1, 1, 0, 0, "untouched", {.ineq = {2, 1}}},
+        {"row, lower and upper tie", "QP", {1, -1}, ties, 1, .5, 3, 0, "ineq"},
+        {"lower and upper tie", "QP", {1, -1}, ties, 1, .5, 5, 1, "lower", {.ineq = {1}}},
+        {"upper alone", "QP", {1, -1}, ties, 1, .5, 6, 0, "upper", {.ineq = {1}, .lower = {2}}},
+        {"lower bounds tie", "QP", {-18, 0, 0, -1}, bounds, 1, .5, 3, 0, "lower"},
+        {"lower bound by its variable", "QP", {0, 0, 0, -1}, bounds, 1, .5, 6, 2, "lower"},
+        {"upper bound by its variable", "QP", {0, 1, 0, 0}, bounds, 1, .5, 8, 0, "upper"},
+        {"active lower bound", "QP", {-1, 0, 0, -1}, bounds, -1, 1, 3, 0, "lower", {.lower = {4}}},
+        {"active upper bound", "QP", {0, 1, 1, 0}, bounds, -1, 1, 9, 1, "upper", {.upper = {2}}},
+        {"rate of just the threshold", "QP", {1, 0}, rate(Threshold), -1, 1},
+        {"rate above the threshold", "QP", {1, 0}, rate(above), 1, 0, 3, 0, "ineq"},
+        {"threshold grows with the direction", "QP", {4, 0}, rate(Threshold), -1, 1},
+        {"direction of zero", "QP", {0, 0}, slack(0), -1, 1},
+        {"NaN rate", "QP", {1, 0}, rate(NaN), -1, 1},
+        {"NaN slack", "QP", {1, 0}, slack(NaN), -1, 1},
+        {"satisfied, large tolerance", "QP", {1, 0}, slack(.75), 1, .75, 3, 0, "ineq", {}, 1},
+        {"violated by a quarter of it", "QP", {1, 0}, slack(-.25), 1, .25, 3, 0, "ineq", {}, 1},
+        {"violated by half of it", "QP", {1, 0}, slack(-.5), 1, .5, 3, 0, "ineq", {}, 1},
+        {"violated by most of it", "QP", {1, 0}, slack(-.75), 1, .25, 3, 0, "ineq", {}, 1},
+        {"violated by just it", "QP", {1, 0}, slack(-1), 1, 0, 3, 0, "ineq", {}, 1},
+        {"violated by more", "QP", {2, 0}, slack(-4), 1, -1.5, 3, 0, "ineq", {}, 1},
+    };
+}
+
+TEST_F(RatioTest, TheNearestInactiveConstraintBlocks) {
+    for (const Step& step : steps()) {
+        SCOPED_TRACE(step.name);
+        const size_t n = step.p.size();
+        Problem problem = step.problem;
+        problem.c.assign(n, 0.0);
+        problem.Aeq.assign(2, std::vector<double>(n, 1.0));  // never examined
+        problem.beq = {-1, 1};
+        Bench bench(problem);
+        FixedRows constraint(bench.constraint, {std::vector<double>(n, 1.0)}, {.1});
+        bench.options.setTolCon(step.tolerance);
+        TypedObjective objective(step.type);
+        ScriptedSolver solver;
+        initialise(solver, objective, constraint, bench.options, std::vector<double>(n),
+                   step.active);
+        OPTMatrix<double> p = columnMatrix(step.p);
+        size_t number = 99;
+        size_t kindIndex = 99;
+        std::string kind = "untouched";
+        double alpha = -7;
+        EXPECT_EQ(TestAccess::findBlocking(solver, p, number, kindIndex, kind, alpha), step.code);
+        EXPECT_EQ(alpha, step.alpha);
+        EXPECT_EQ(number, step.number);
+        EXPECT_EQ(kindIndex, step.kindIndex);
+        EXPECT_EQ(kind, step.kind);
+    }
+}
+
+}  // namespace
+}  // namespace activeset::test
