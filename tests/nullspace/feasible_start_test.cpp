@@ -1,0 +1,59 @@
+// The start point moves onto the working set.
+#include "engine/scripted_solver.hpp"
+
+namespace activeset::test {
+namespace {
+
+class FeasibleStart : public FreshState {};
+
+TEST_F(FeasibleStart, IsTheNearestPointUnlessTheShortestOneViolatesLess) {
+    // All equalities are in the working set.
+    const auto expectMove = [](const char* name, const Rows& Aeq, const std::vector<double>& beq,
+                               const std::vector<double>& lb, const std::vector<double>& ub,
+                               const std::vector<double>& start, const Rows& expected,
+                               double tolerance = 0.0, bool succeeds = true) {
+        SCOPED_TRACE(name);
+        Bench bench({.H = {}, .c = {1, 1}, .Aeq = Aeq, .beq = beq, .lb = lb, .ub = ub});
+        Lists lists{.eq = {1, 2}};
+        lists.eq.resize(beq.size());
+        initialise(bench.solver, bench, lists);
+        bench.solver.initializeFactorization();
+        TestAccess::newQR(bench.solver);
+        const std::vector<double> Q = values(bench.solver.getQ());
+        const std::vector<double> R = values(bench.solver.getQRwset());
+        OPTMatrix<double> x = columnMatrix(start);
+        EXPECT_EQ(bench.solver.feasibleWorkingSetX0(x, bench.constraint), succeeds);
+        expectNear(x, expected, tolerance);
+        EXPECT_EQ(values(bench.solver.getQ()), Q) << "the factors are left alone";
+        EXPECT_EQ(values(bench.solver.getQRwset()), R);
+    };
+    const Rows e0{{1, 0}};
+    expectMove("empty working set", {}, {}, {}, {0, 0}, {5, 6}, {{5}, {6}});
+    expectMove("already there", e0, {2}, {}, {}, {2, 3}, {{2}, {3}});
+    expectMove("nearest", e0, {2}, {}, {}, {5, 3}, {{2}, {3}});
+    // (2, 0) is nearest to (3, 1), but above the bound.
+    expectMove("shortest", {{1, 1}}, {2}, {}, {1.25, Inf}, {3, 1}, {{1}, {1}}, 8 * Eps);
+    // (2, 3) against (2, 0) for −x1 ≤ −1 and different upper bounds of x1.
+    expectMove("nearest is less wrong", e0, {2}, {-9, 1}, {9, 2.5}, {5, 3}, {{2}, {3}});
+    expectMove("both are as wrong", e0, {2}, {-9, 1}, {9, 2}, {5, 3}, {{2}, {3}});
+    expectMove("shortest is less wrong", e0, {2}, {-9, 1}, {9, 1.5}, {5, 3}, {{2}, {0}});
+    expectMove("singular", {{1, 0}, {0, 0}}, {2, 0}, {}, {}, {5, 3}, {{5}, {3}}, 0.0, false);
+}
+
+TEST_F(FeasibleStart, APointFixedByEqualitiesThatViolatesTheRestEndsInfeasible) {
+    Bench bench({.H = {{1, 0}, {0, 1}},
+                 .c = {0, 3},
+                 .Aeq = {{1, 0}, {0, 2}},
+                 .beq = {2, 0},
+                 .ub = {1, Inf}});
+    const ASsolution solution = bench.solve();
+    EXPECT_EQ(solution.getSolutoinState(), ASQP::Infeasible);
+    EXPECT_EQ(values(solution.getxstar()), (std::vector<double>{2, 0}));
+    // As for every infeasible end: Q is not formed before the multipliers are taken.
+    EXPECT_EQ(values(solution.getlambda()), std::vector<double>(6));
+    EXPECT_EQ(bench.solver._getCurrentIter(), 0);
+    EXPECT_FALSE(bench.solver.getPhaseOneOutcome().hasRun);
+}
+
+}  // namespace
+}  // namespace activeset::test
