@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <filesystem>
+#include <iterator>
 #include <limits>
 
 #include "activeset/driver.hpp"
@@ -51,6 +53,14 @@ TEST(ForeignBlas, LeavesTheDependentEqualityToTheLibrary) {
     EXPECT_NEAR(vxGetElement(x, 2, 0), 2.0 / 3.0, rounding);
 
     EXPECT_THAT(foreign::pivots(), ElementsAre(2, 3, 1));
+}
+
+// Run with OPENBLAS_NUM_THREADS=2, a request to the other BLAS. The library starts no threads when
+// it is loaded, and uses them only when asked through its interface.
+TEST(ForeignBlas, HasNoSayInTheThreadsOfTheLibrary) {
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    EXPECT_EQ(std::distance(begin(tasks), end(tasks)), 1);
+    EXPECT_EQ(activeset::blasThreads(), 1);
 }
 
 }  // namespace
