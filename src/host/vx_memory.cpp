@@ -1,4 +1,5 @@
 // The allocator family, with faults on request and counts for tests.
+#include <cstdint>
 #include <cstdlib>
 
 #include "activeset/host.hpp"
@@ -8,6 +9,9 @@ namespace {
 
 // The library's only calls to the C allocator stand in this file.
 // NOLINTBEGIN(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
+
+// No object can be larger. The C allocator would refuse as well, but a sanitizer's stops there.
+constexpr size_t LargestBlock = PTRDIFF_MAX;
 
 bool isRefused() noexcept {
     activeset::ThreadState& state = activeset::threadState();
@@ -44,14 +48,14 @@ void raiseOutOfMemory() {
 }  // namespace
 
 void* vxMallocEx(size_t bytes) noexcept {
-    if (bytes == 0 || isRefused()) {
+    if (bytes == 0 || isRefused() || bytes > LargestBlock) {
         return nullptr;
     }
     return counted(std::malloc(bytes));
 }
 
 void* vxCallocEx(size_t count, size_t size) noexcept {
-    if (count == 0 || size == 0 || isRefused()) {
+    if (count == 0 || size == 0 || isRefused() || count > LargestBlock / size) {
         return nullptr;
     }
     return counted(std::calloc(count, size));
