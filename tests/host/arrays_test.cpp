@@ -1,5 +1,5 @@
 // Arrays of every class and storage: layout, copies, shapes, buffers, text.
-#include <cstring>
+#include <algorithm>
 #include <functional>
 #include <vector>
 
@@ -141,17 +141,12 @@ TEST_F(SparseArrays, CopyAndTransposeKeepEveryStoredEntryInOrder) {
     vxGetDoubles(a)[0] = 100;
     EXPECT_EQ(rowsOf(copy), rows);
     EXPECT_EQ(rowsOf(turned), (Rows{{0, 1, 4}, {2, 0, 5}, {0, 0, 0}, {7, 0, 9}}));
-    ASSERT_TRUE(vxIsSparse(copy) && vxIsSparse(turned));
-    EXPECT_EQ(std::vector<size_t>(vxGetRowIndices(turned), vxGetRowIndices(turned) + 6),
-              (std::vector<size_t>{1, 3, 0, 0, 1, 3}));
-}
-
-TEST_F(SparseArrays, EntriesOutsideTheArrayAreNotRead) {
-    vxArray* a = sparse({{1, 0}, {0, 2}});
-    vxGetRowIndices(a)[0] = 7;    // outside the rows
-    vxGetColumnStarts(a)[2] = 9;  // beyond the capacity of 4
-    EXPECT_EQ(rowsOf(a)[0][0], 0.0);
-    EXPECT_EQ(rowsOf(vxTranspose(a))[1][1], 2.0);
+    ASSERT_TRUE(vxIsSparse(turned));
+    // Entries outside the array are passed over, also those that a wrong column start adds.
+    vxGetRowIndices(a)[1] = 7;
+    vxGetColumnStarts(a)[4] = 99;
+    std::fill_n(vxGetRowIndices(a) + 6, 6, 9);
+    EXPECT_EQ(rowsOf(vxTranspose(a)), (Rows{{0, 100, 0}, {2, 0, 5}, {0, 0, 0}, {7, 0, 9}}));
 }
 
 TEST_F(ArrayText, CharactersAreReadInColumnOrderAndOtherClassesAreEmpty) {

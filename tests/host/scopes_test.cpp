@@ -38,24 +38,13 @@ TEST_F(CallScopes, DestroyWhatIsNeitherKeptNorPersistentNorDestroyed) {
         EXPECT_EQ(vxGetElement(kept, 0, 0), 4.0);
         EXPECT_TRUE(vxIsPersistent(persistent));
         EXPECT_EQ(outer.keep(nullptr), nullptr);
+        EXPECT_EQ(outer.keep(persistent), persistent) << "not this scope's: nothing happens";
     }
     EXPECT_EQ(liveArrayCount(), before + 1) << "a kept array belongs to the enclosing scope";
     {
         const CallScope scope;
         vxSetArrayScope(persistent, 1);
         EXPECT_FALSE(vxIsPersistent(persistent));
-    }
-    EXPECT_EQ(liveArrayCount(), before);
-}
-
-TEST_F(CallScopes, KeepLeavesArraysOfOtherScopesWhereTheyAre) {
-    const std::int64_t before = liveArrayCount();
-    CallScope outer;
-    {
-        const CallScope middle;
-        vxArray* foreign = vxCreateDoubleScalar(1);
-        CallScope inner;
-        inner.keep(foreign);
     }
     EXPECT_EQ(liveArrayCount(), before);
 }
@@ -123,11 +112,9 @@ TEST(WithoutAScope, NoCreatorLeaksWhicheverOfItsRequestsFails) {
     const OPTMatrix<double> a(2, 2);
     const std::vector<std::function<vxArray*()>> creators{
         [] { return vxCreateDoubleMatrix(2, 3, vxComplexity::Complex); },
-        [] { return vxCreateNumericMatrix(2, 3, vxClass::Int32, vxComplexity::Real); },
         [] { return vxCreateSparse(2, 3, 4, vxComplexity::Complex); },
         [&] { return vxCreateDoubleMatrixFrom(buffer.data(), 2, 3); },
         [&] { return vxWrapDoubleMatrix(buffer.data(), 2, 3); },
-        [] { return vxCreateDoubleScalar(1.0); },
         [] { return vxCreateCharArray("text"); },
         [&] { return vxCreateDeepCopy(stored); },
         [&] { return vxCreateDeepCopy(full); },
