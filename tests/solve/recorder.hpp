@@ -1,0 +1,79 @@
+// A solve through the class interface that notes every row of the iteration table.
+#ifndef ACTIVESET_TESTS_SOLVE_RECORDER_HPP
+#define ACTIVESET_TESTS_SOLVE_RECORDER_HPP
+
+#include <functional>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "solve/call.hpp"
+#include "support/test_access.hpp"
+
+namespace activeset::test {
+
+/// What one row of the iteration table shows, and the state at that moment.
+struct Row {
+    int phase;
+    int counter;
+    size_t numberActive;
+    std::string message;
+    int state;
+
+    friend bool operator==(const Row&, const Row&) = default;
+};
+
+inline void PrintTo(const Row& row, std::ostream* stream) {
+    *stream << '[' << row.phase << ", " << row.counter << ", " << row.numberActive << ", \""
+            << row.message << "\", " << row.state << ']';
+}
+
+/// Options that tell when a row is due: the solver asks for the display setting at each one. It
+/// also asks before it iterates, but then it is not in interrupt mode.
+class RowOptions : public ASoption {
+public:
+    explicit RowOptions(std::function<void()> atRow) : atRow_(std::move(atRow)) {}
+    [[nodiscard]] std::string getDisplay() override {
+        if (utInterruptMode::depth() > 0) {
+            atRow_();
+        }
+        return "off";
+    }
+
+private:
+    std::function<void()> atRow_;
+};
+
+/// One solve, bound to arrays of the open scope.
+struct RecordedSolve {
+    explicit RecordedSolve(const Problem& problem, const Limits& limits = {}) : bench(problem) {
+        options.setMaxIter(limits.maxIter);
+        options.setTolCon(limits.tolCon);
+        options.setTolX(limits.tolX);
+        const ASsolution solution =
+            bench.solver(*bench.objective, bench.constraint, column(problem.start()), options,
+                         column(problem.Wineq), column(problem.Wlower), column(problem.Wupper));
+        const ActiveSet& active = bench.solver.getActiveSet();
+        result = {values(solution.xstarRef()),
+                  values(solution.fstarRef()).at(0),
+                  values(solution.lambdaRef()),
+                  {values(active.getWeqVxArray()), values(active.getWineqVxArray()),
+                   values(active.getWlowerVxArray()), values(active.getWupperVxArray())},
+                  solution.getSolutoinState()};
+    }
+
+    Bench bench;
+    std::vector<Row> rows;
+    RowOptions options{[this] {
+        NullSpaceAS& solver = bench.solver;
+        const bool isPhaseOne = solver.getConstraint()->getProblemType() == "PhaseI";
+        rows.push_back({isPhaseOne ? 1 : 2, solver._getCurrentIter(), ActiveSet::getmaConstr(),
+                        TestAccess::message(solver), solver.getSolution().getSolutoinState()});
+    }};
+    Result result;
+};
+
+}  // namespace activeset::test
+
+#endif

@@ -1,0 +1,29 @@
+// The folder with larger problems and reference results, which is not on every machine.
+#ifndef ACTIVESET_TESTS_SUPPORT_SHARED_HPP
+#define ACTIVESET_TESTS_SUPPORT_SHARED_HPP
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+namespace activeset::test {
+
+/// `part` of the shared folder; empty when there is no such folder or file.
+inline std::filesystem::path shared(const std::filesystem::path& part) {
+    const char* const named = std::getenv("ACTIVESET_SHARED");
+    const std::filesystem::path folder = named != nullptr ? named : ACTIVESET_SHARED_DIR;
+    return !folder.empty() && exists(folder / part) ? folder / part : std::filesystem::path();
+}
+
+inline nlohmann::json sharedJson(const std::filesystem::path& file) {
+    std::ifstream stream(file);
+    return nlohmann::json::parse(stream);
+}
+
+inline constexpr const char* NothingShared =
+    "no shared folder: neither ACTIVESET_SHARED nor the build names one";
+
+}  // namespace activeset::test
+
+#endif
