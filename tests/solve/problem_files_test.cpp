@@ -1,0 +1,154 @@
+// Real problems from files: the known optimum, the optimality conditions, and the outcome and
+// number of passes of an independent implementation.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include "io/qps_reader.hpp"
+#include "solve/call.hpp"
+#include "solve/optimality.hpp"
+#include "support/fixture.hpp"
+#include "support/shared.hpp"
+
+namespace activeset::test {
+namespace {
+
+using nlohmann::json;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool IsSanitized = true;
+#elif defined(__has_feature)
+constexpr bool IsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool IsSanitized = false;
+#endif
+
+/// Rows instead of columns.
+Problem plain(const io::Problem& file) {
+    const auto rows = [n = file.n](const Numbers& columns, size_t m) {
+        Rows result(m, Numbers(n));
+        for (size_t k = 0; k < columns.size(); ++k) {
+            result[k % m][k / m] = columns[k];
+        }
+        return result;
+    };
+    return {rows(file.H, file.n),
+            file.c,
+            rows(file.A, file.mIneq),
+            file.b,
+            rows(file.Aeq, file.mEq),
+            file.beq,
+            file.lb,
+            file.ub};
+}
+
+/// What the independent implementation says about a file; null when it was not run on it.
+json referenceOf(const std::string& name) {
+    const auto file = shared("reference/problems.json");
+    const json all = file.empty() ? json::array() : sharedJson(file);
+    const auto found = std::find_if(all.begin(), all.end(), [&](const json& entry) {
+        return entry.at("file") == name + ".QPS";
+    });
+    return found == all.end() ? json() : *found;
+}
+
+struct KnownOptimum {
+    double value;
+    double accuracy;  // relative
+};
+
+/// From the table beside the files; nothing for a file that is not in it.
+std::optional<KnownOptimum> knownOptimum(const std::string& name) {
+    std::ifstream table(shared("problems/maros/optimal_values.csv"));
+    for (std::string line; std::getline(table, line);) {
+        std::ranges::replace(line, ',', ' ');
+        std::istringstream fields(line);
+        std::string problem;
+        KnownOptimum known{};
+        if (fields >> problem >> known.value >> known.accuracy && "maros/" + problem == name) {
+            return known;
+        }
+    }
+    return std::nullopt;
+}
+
+class ProblemFiles : public FreshState, public ::testing::WithParamInterface<std::string> {};
+
+TEST_P(ProblemFiles, EndAsExpected) {
+    const auto file = shared("problems/" + GetParam() + ".QPS");
+    if (file.empty()) {
+        GTEST_SKIP() << NothingShared;
+    }
+    if (IsSanitized && GetParam() == "maros/GOULDQP2") {
+        GTEST_SKIP() << "takes more than 20 seconds under a sanitizer";
+    }
+    const io::Problem content = io::readProblem(file);
+    const Problem problem = plain(content);
+    const json reference = referenceOf(GetParam());
+    const auto rows = static_cast<int>(content.n + content.mIneq + content.mEq);
+    const Result result = solve(problem, {std::max(10 * rows, 200), 1e-6, 1e-6});
+    const double f = result.f + content.constant;
+    if (reference.is_null()) {
+        // Some of the large ones are not strictly convex; the method says so and stops.
+        EXPECT_TRUE(result.state == ASQP::Optimal ||
+                    result.state == ASQP::HessianNotPositiveDefinite)
+            << result.state;
+    } else {
+        ASSERT_EQ(result.state, reference.at("exitflag").get<int>());
+    }
+    if (!reference.is_null() && reference.at("same_path_on_two_blas")) {
+        const double expected = reference.at("fstar");
+        EXPECT_NEAR(f, expected, 1e-9 * (1.0 + std::abs(expected)));
+        EXPECT_EQ(lastSolveReport().phaseOneIterations, reference.at("passes_phase_one"));
+        EXPECT_EQ(lastSolveReport().iterations, reference.at("passes"));
+    }
+    EXPECT_LE(residuals(problem, result.x, result.lambda).primal, 1e-6);
+    if (result.state == ASQP::Optimal) {
+        expectOptimal(problem, result.x, result.lambda, 1e-6);
+        if (const auto known = knownOptimum(GetParam())) {
+            // The exact optimum of HS268 is 0, of which nothing is known relatively.
+            const double scale = GetParam() == "maros/HS268" ? 1e2 : std::abs(known->value);
+            EXPECT_NEAR(f, known->value, std::max(1e-7, known->accuracy) * scale + 1e-12);
+        } else if (!reference.is_null()) {
+            const double expected = reference.at("fstar");
+            EXPECT_NEAR(f, expected, 1e-7 * std::abs(expected));
+        }
+    }
+}
+
+bool isSlow(const std::string& name) {
+    const std::array<std::string, 6> slow{"maros/CVXQP1_M", "maros/CVXQP3_M", "maros/GOULDQP2",
+                                          "maros/QPCBOEI1", "maros/QPCSTAIR", "maros/QSCSD1"};
+    return std::ranges::find(slow, name) != slow.end();
+}
+
+/// The files there are; without any, one name that skips.
+std::vector<std::string> files(bool slow) {
+    std::vector<std::string> result;
+    for (const std::string folder : {"maros", "mpc"}) {
+        const auto path = shared("problems/" + folder);
+        if (path.empty()) {
+            return {"none"};
+        }
+        for (const auto& entry : std::filesystem::directory_iterator(path)) {
+            const std::string name = folder + "/" + entry.path().stem().string();
+            if (entry.path().extension() == ".QPS" && isSlow(name) == slow) {
+                result.push_back(name);
+            }
+        }
+    }
+    std::ranges::sort(result);
+    return result;
+}
+
+std::string nameOf(const ::testing::TestParamInfo<std::string>& test) {
+    return test.param.substr(test.param.find('/') + 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Quick, ProblemFiles, ::testing::ValuesIn(files(false)), nameOf);
+INSTANTIATE_TEST_SUITE_P(Slow, ProblemFiles, ::testing::ValuesIn(files(true)), nameOf);
+
+}  // namespace
+}  // namespace activeset::test
