@@ -10,6 +10,10 @@
 #include "activeset/matrix.hpp"
 #include "activeset/solver.hpp"
 
+namespace activeset {
+struct NullSpaceWorkspace;
+}
+
 /// Solves one problem by the primal null-space active-set method: a full QR factorisation of the
 /// working-set matrix, Aw = Q·R, kept up to date with plane rotations; the trailing columns of Q
 /// are the null-space basis Z in which the search direction is computed.
@@ -92,9 +96,17 @@ private:
     void _QRdeleteColumn(size_t j);
     [[nodiscard]] static double _planerot(double a, double b, OPTMatrix<double>& G);
     void _rotateRowsAndQ(size_t row, size_t pivotColumn, size_t columns);
+    void _turnTrailingColumns(size_t n);
+    void _followDeletion();
+    [[nodiscard]] activeset::NullSpaceWorkspace& _workspace();
 
     // Direction and multipliers.
     int _solveSubProblem(OPTMatrix<double>& g, OPTMatrix<double>& p);
+    [[nodiscard]] bool _followKeptFactor(OPTMatrix<double>& H,
+                                         const OPTMatrix<double>& reduced,
+                                         OPTMatrix<double>& p);
+    int _solveReduced(OPTMatrix<double>& H, OPTMatrix<double>& reduced);
+    int _solveReducedPlainly(OPTMatrix<double>& H, OPTMatrix<double>& reduced);
     int _symPosDefLinearSolve(OPTMatrix<double>& A, OPTMatrix<double>& B, double& spare);
     void _computeLambda(OPTMatrix<double>& g, OPTMatrix<double>& lambda);
 
@@ -143,6 +155,7 @@ private:
     HostList WlowerPhaseOne;
     HostList WupperPhaseOne;
     PhaseOneOutcome phaseOneOutcome;
+    std::shared_ptr<activeset::NullSpaceWorkspace> workspace;  // a copy makes one of its own
 };
 
 #endif

@@ -36,6 +36,12 @@ void gemm(
      c.data, &c.ld, 1, 1);
 }
 
+void trsvLower(Op op, ConstMatrixView l, double* x) {
+    const char trans = static_cast<char>(op);
+    const Int one = 1;
+    ACTIVESET_FORTRAN(dtrsv)("L", &trans, "N", &l.cols, l.data, &l.ld, x, &one, 1, 1, 1);
+}
+
 Rotation rotg(double a, double b) {
     constexpr double Largest = 0x1p400;
     constexpr double Smallest = 0x1p-400;

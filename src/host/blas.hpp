@@ -54,6 +54,9 @@ void gemv(Op op, double alpha, ConstMatrixView a, const double* x, double beta, 
 void gemm(
     Op opA, Op opB, double alpha, ConstMatrixView a, ConstMatrixView b, double beta, MatrixView c);
 
+/// x := op(l)⁻¹·x, l lower triangular and square.
+void trsvLower(Op op, ConstMatrixView l, double* x);
+
 /// A plane rotation [c s; −s c] that turns (a, b) into (r, 0).
 struct Rotation {
     double c;

@@ -41,6 +41,17 @@ void ACTIVESET_FORTRAN(dgemm)(const char* transa,
                               const Int* ldc,
                               size_t,
                               size_t);
+void ACTIVESET_FORTRAN(dtrsv)(const char* uplo,
+                              const char* trans,
+                              const char* diag,
+                              const Int* n,
+                              const double* a,
+                              const Int* lda,
+                              double* x,
+                              const Int* incx,
+                              size_t,
+                              size_t,
+                              size_t);
 void ACTIVESET_FORTRAN(drotg)(double* a, double* b, double* c, double* s);
 void ACTIVESET_FORTRAN(drot)(const Int* n,
                              double* x,

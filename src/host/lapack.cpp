@@ -84,6 +84,12 @@ Int potrf(MatrixView a) {
     return info;
 }
 
+Int potrfLower(MatrixView a) {
+    Int info = 0;
+    ACTIVESET_FORTRAN(dpotrf)("L", &a.cols, a.data, &a.ld, &info, 1);
+    return info;
+}
+
 Int potrs(ConstMatrixView a, MatrixView b) {
     Int info = 0;
     ACTIVESET_FORTRAN(dpotrs)("U", &a.cols, &b.cols, a.data, &a.ld, b.data, &b.ld, &info, 1);

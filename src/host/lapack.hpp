@@ -16,6 +16,8 @@ Int orgqr(MatrixView a, Int k, const double* tau);
 Int geqp3(MatrixView a, Int* jpvt, double* tau);
 /// a := upper Cholesky factor; info > 0: the leading minor of that order is not positive.
 Int potrf(MatrixView a);
+/// a := lower Cholesky factor, from and into its lower triangle; info as potrf.
+Int potrfLower(MatrixView a);
 /// b := a⁻¹·b from potrf's factor.
 Int potrs(ConstMatrixView a, MatrixView b);
 /// b := r⁻¹·b, r upper triangular; info > 0: that diagonal entry is zero.

@@ -1,13 +1,16 @@
 // Search direction and multipliers from the factors of the working set. See Gill, Murray and
 // Wright, Practical Optimization, on null-space methods for linear constraints.
 #include <algorithm>
-#include <span>
+#include <cmath>
+#include <limits>
 
 #include "activeset/null_space.hpp"
 #include "activeset/sizes.hpp"
 #include "host/lapack.hpp"
 #include "matrix/views.hpp"
+#include "nullspace/workspace.hpp"
 
+using activeset::ConstMatrixView;
 using activeset::MatrixView;
 using activeset::Op;
 using activeset::vectorOf;
@@ -16,6 +19,25 @@ using Matrix = OPTMatrix<double>;
 
 namespace blas = activeset::blas;
 namespace lapack = activeset::lapack;
+
+namespace {
+
+// To rounding: the updates work on a symmetric matrix, while LAPACK sees one triangle only.
+bool isSymmetric(ConstMatrixView H) {
+    constexpr double Part = 16.0 * std::numeric_limits<double>::epsilon();
+    for (activeset::Int j = 0; j < H.cols; ++j) {
+        for (activeset::Int i = 0; i < j; ++i) {
+            const double above = H.data[j * H.ld + i];
+            const double below = H.data[i * H.ld + j];
+            if (!(std::abs(above - below) <= Part * (std::abs(above) + std::abs(below)))) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+}  // namespace
 
 void NullSpaceAS::getSearchDirection(Matrix& g, Matrix& p) {
     const bool isAddition = activesetChangeIndicator == ConstraintAdded;
@@ -53,18 +75,73 @@ int NullSpaceAS::_solveSubProblem(Matrix& g, Matrix& p) {
         if (quadratic == nullptr) {
             vxErrMsgIdAndTxt("optim:activesetqp:LinearSolveError", "QPobjective pointer is NULL.");
         }
-        const MatrixView H = activeset::block(quadratic->getHessian(), 0, n, n);
-        Matrix ZtH(nz, n, true);
-        blas::gemm(Op::Transpose, Op::None, 1.0, Z, H, 0.0, viewOf(ZtH));
-        Matrix ZtHZ(nz, nz, true);
-        blas::gemm(Op::None, Op::None, 1.0, viewOf(ZtH), Z, 0.0, viewOf(ZtHZ));
-        double spare = 0.0;
-        result = _symPosDefLinearSolve(ZtHZ, reduced, spare);
-        if (result < 0) {
-            vxErrMsgIdAndTxt("optim:activesetqp:LinearSolveError", "LinearSolver failed.");
+        Matrix& H = quadratic->getHessian();
+        if (_followKeptFactor(H, reduced, p)) {
+            return 0;
         }
+        result = _solveReduced(H, reduced);
     }
     blas::gemv(Op::None, -1.0, Z, reduced.getData(), 0.0, vectorOf(p, n));
+    return result;
+}
+
+// p from the factor that was kept from the last pass. False when there is none, or when ZᵀH·p
+// misses the reduced gradient by more than an update may lose beside LAPACK's own rounding.
+bool NullSpaceAS::_followKeptFactor(Matrix& H, const Matrix& reduced, Matrix& p) {
+    constexpr double Part = 1e-12;
+    activeset::ReducedHessian& kept = _workspace().reducedHessian;
+    const size_t n = OPTsizes::getnVar();
+    const size_t nz = reduced.getRows();
+    if (!kept.isCurrent() || kept.order() != nz) {
+        return false;
+    }
+    const MatrixView Z = activeset::block(Q, n - nz, nz, n);
+    Matrix solved(nz, 1, true);
+    solved = reduced;
+    kept.solve(solved.getData());
+    blas::gemv(Op::None, -1.0, Z, solved.getData(), 0.0, vectorOf(p, n));
+    Matrix curved(n, 1, true);
+    Matrix product(nz, 1, true);
+    blas::gemv(Op::None, 1.0, activeset::block(H, 0, n, n), p.getData(), 0.0, curved.getData());
+    blas::gemv(Op::Transpose, 1.0, Z, curved.getData(), 0.0, product.getData());
+    double error = 0.0;
+    double length = 0.0;
+    double size = 0.0;
+    for (size_t k = 0; k < nz; ++k) {
+        error = std::max(error, std::abs(product(k, 0) + reduced(k, 0)));
+        length = std::max(length, std::abs(solved(k, 0)));
+        size = std::max(size, std::abs(reduced(k, 0)));
+    }
+    return error <= Part * (kept.scale() * length + size);
+}
+
+// reduced := (ZᵀHZ)⁻¹·reduced, ZᵀHZ formed afresh. Positive: not positive definite, as LAPACK says.
+int NullSpaceAS::_solveReduced(Matrix& H, Matrix& reduced) {
+    const size_t n = OPTsizes::getnVar();
+    const size_t nz = reduced.getRows();
+    if (!_workspace().updatesAllowed || !isSymmetric(activeset::block(H, 0, n, n))) {
+        return _solveReducedPlainly(H, reduced);
+    }
+    const auto info = _workspace().reducedHessian.formAndSolve(
+        activeset::block(H, 0, n, n), activeset::block(Q, n - nz, nz, n), reduced.getData());
+    optimAssert(info >= 0, "Call to DPOTRF failed in NullSpaceAS::_symPosDefLinearSolve");
+    return static_cast<int>(info);
+}
+
+// As the method is written down: form, factorise, solve.
+int NullSpaceAS::_solveReducedPlainly(Matrix& H, Matrix& reduced) {
+    const size_t n = OPTsizes::getnVar();
+    const size_t nz = reduced.getRows();
+    const MatrixView Z = activeset::block(Q, n - nz, nz, n);
+    Matrix ZtH(nz, n, true);
+    blas::gemm(Op::Transpose, Op::None, 1.0, Z, activeset::block(H, 0, n, n), 0.0, viewOf(ZtH));
+    Matrix ZtHZ(nz, nz, true);
+    blas::gemm(Op::None, Op::None, 1.0, viewOf(ZtH), Z, 0.0, viewOf(ZtHZ));
+    double spare = 0.0;
+    const int result = _symPosDefLinearSolve(ZtHZ, reduced, spare);
+    if (result < 0) {
+        vxErrMsgIdAndTxt("optim:activesetqp:LinearSolveError", "LinearSolver failed.");
+    }
     return result;
 }
 
@@ -89,16 +166,16 @@ int NullSpaceAS::_symPosDefLinearSolve(Matrix& A, Matrix& B, double& /*spare*/) 
     return 0;
 }
 
+// Of Qᵀg only the first maConstr entries meet the triangle.
 void NullSpaceAS::_computeLambda(Matrix& g, Matrix& multipliers) {
     const size_t n = OPTsizes::getnVar();
     const size_t m = ActiveSet::getmaConstr();
-    Matrix t(n, 1, true);
-    blas::gemv(Op::Transpose, 1.0, activeset::block(Q, 0, n, n), vectorOf(g, n), 0.0, t.getData());
-    const MatrixView u(vectorOf(t, m), m, 1, n);
-    const auto info = lapack::trtrs(activeset::block(QRwset, 0, m, m), u);
+    Matrix u(m, 1, true);
+    blas::gemv(Op::Transpose, 1.0, activeset::block(Q, 0, m, n), vectorOf(g, n), 0.0, u.getData());
+    const auto info = lapack::trtrs(activeset::block(QRwset, 0, m, m), viewOf(u));
     optimAssert(info == 0, "Error calling DTRTRS from NullSpaceAS::_computeLambda");
     multipliers.fill(0.0);
     for (size_t k = 0; k < m; ++k) {
-        multipliers(k, 0) = -t(k, 0);
+        multipliers(k, 0) = -u(k, 0);
     }
 }

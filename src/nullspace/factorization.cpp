@@ -5,6 +5,7 @@
 #include "activeset/sizes.hpp"
 #include "host/lapack.hpp"
 #include "matrix/views.hpp"
+#include "nullspace/workspace.hpp"
 
 using activeset::block;
 using activeset::columns;
@@ -46,6 +47,7 @@ void NullSpaceAS::resetFactorization() {
     QRwset.clear();
     tau.clear();
     Q.clear();
+    _workspace().reducedHessian.invalidate();
     initialized = false;
 }
 
@@ -69,6 +71,7 @@ void NullSpaceAS::_getNull() {
 }
 
 void NullSpaceAS::_newQR() {
+    _workspace().reducedHessian.invalidate();  // it belongs to the former Z
     _getQR();
     _getNull();
 }

@@ -4,14 +4,35 @@
 // A rotation of rows i and i + 1 of R also turns columns i and i + 1 of Q, so that the product
 // stays: R' = G·R, Q' = Q·Gᵀ with G = [c s; −s c].
 #include <algorithm>
+#include <cmath>
 
 #include "activeset/null_space.hpp"
 #include "activeset/sizes.hpp"
 #include "host/blas.hpp"
 #include "matrix/views.hpp"
+#include "nullspace/workspace.hpp"
 
 using activeset::MatrixView;
 using Matrix = OPTMatrix<double>;
+
+namespace {
+
+// w := Qᵀa. The row of a bound has a single entry, ±1: a row of Q then, with its sign.
+void multiplyTransposed(MatrixView q, const double* a, double* w) {
+    const double* end = a + q.rows;
+    const auto isNonZero = [](double value) { return value != 0.0; };
+    const double* only = std::find_if(a, end, isNonZero);
+    if (only == end || std::abs(*only) != 1.0 || std::find_if(only + 1, end, isNonZero) != end) {
+        activeset::blas::gemv(activeset::Op::Transpose, 1.0, q, a, 0.0, w);
+        return;
+    }
+    const double* row = q.data + (only - a);
+    for (activeset::Int j = 0; j < q.cols; ++j) {
+        w[j] = *only * row[j * q.ld];
+    }
+}
+
+}  // namespace
 
 // Clears entry (row + 1, pivotColumn) of R against entry (row, pivotColumn) and carries the
 // rotation to the columns of R from pivotColumn + 1 to columns − 1 and to Q.
@@ -31,16 +52,39 @@ void NullSpaceAS::_rotateRowsAndQ(size_t row, size_t pivotColumn, size_t columns
 }
 
 // Stores Qᵀa as the last column of R and clears it below the diagonal, bottom up. The rows that
-// are turned are zero in the earlier columns, so only the new column and Q change.
+// are turned are zero in the earlier columns, so only the new column, Q and the reduced Hessian
+// change; and the rotations are known before Q is touched.
 void NullSpaceAS::_QRinsertColumn(Matrix& a) {
     const size_t n = OPTsizes::getnVar();
     const size_t k = ActiveSet::getmaConstr();
     const MatrixView q = activeset::block(Q, 0, n, n);
-    const MatrixView last = activeset::block(QRwset, k - 1, 1, n);
-    activeset::blas::gemv(activeset::Op::Transpose, 1.0, q, activeset::vectorOf(a, n), 0.0,
-                          last.data);
+    double* last = activeset::block(QRwset, k - 1, 1, n).data;
+    multiplyTransposed(q, activeset::vectorOf(a, n), last);
+    activeset::RotationSweep& sweep = _workspace().sweep;
+    sweep.reserve(n);
     for (size_t i = n - 1; i >= k; --i) {
-        _rotateRowsAndQ(i - 1, k - 1, k);
+        const auto rotation = activeset::blas::rotg(last[i - 1], last[i]);
+        last[i - 1] = rotation.r;
+        last[i] = 0.0;
+        sweep.append(rotation);
+    }
+    _turnTrailingColumns(n);
+    _workspace().reducedHessian.followInsertion(sweep);
+}
+
+// Applies the sweep to the trailing columns of Q, the last pair first. By blocks of rows, so that
+// the column which two rotations share is still in the cache: Q is read once.
+void NullSpaceAS::_turnTrailingColumns(size_t n) {
+    constexpr size_t BlockRows = 512;
+    const activeset::RotationSweep& sweep = _workspace().sweep;
+    const double* cosines = sweep.cosines.getData();
+    const double* sines = sweep.sines.getData();
+    for (size_t row = 0; row < n; row += BlockRows) {
+        const size_t rows = std::min(BlockRows, n - row);
+        double* right = Q.getData() + (n - 1) * n + row;
+        for (size_t r = 0; r < sweep.count; ++r, right -= n) {
+            activeset::blas::rot(rows, right - n, 1, right, 1, {cosines[r], sines[r], 0.0});
+        }
     }
 }
 
@@ -52,6 +96,7 @@ void NullSpaceAS::_QRdeleteColumn(size_t j) {
     const size_t m = ActiveSet::getmaConstr();
     optimAssert(j <= m, "Constraint to be removed is not found in the active-set.");
     if (j == m) {
+        _followDeletion();
         return;
     }
     // The former last column is still there: raises unless the factors have it.
@@ -64,6 +109,20 @@ void NullSpaceAS::_QRdeleteColumn(size_t j) {
     for (size_t k = j + 1; k < m; ++k) {
         _rotateRowsAndQ(k, k, m);
     }
+    _followDeletion();
+}
+
+// Column m of Q, the first behind the working set's, is now the first of Z.
+void NullSpaceAS::_followDeletion() {
+    activeset::ReducedHessian& reduced = _workspace().reducedHessian;
+    auto* quadratic = dynamic_cast<QPobjective*>(objective);
+    if (!reduced.isCurrent() || quadratic == nullptr) {
+        return;
+    }
+    const size_t n = OPTsizes::getnVar();
+    const size_t m = ActiveSet::getmaConstr();
+    reduced.followDeletion(activeset::block(quadratic->getHessian(), 0, n, n),
+                           activeset::block(Q, m, n - m, n));
 }
 
 double NullSpaceAS::_planerot(double a, double b, Matrix& G) {

@@ -3,6 +3,7 @@
 
 #include "activeset/null_space.hpp"
 #include "activeset/sizes.hpp"
+#include "nullspace/workspace.hpp"
 
 using Matrix = OPTMatrix<double>;
 
@@ -48,7 +49,16 @@ NullSpaceAS& NullSpaceAS::operator=(const NullSpaceAS& other) {
     WlowerPhaseOne = other.WlowerPhaseOne;
     WupperPhaseOne = other.WupperPhaseOne;
     phaseOneOutcome = other.phaseOneOutcome;
+    workspace = other.workspace;
     return *this;
+}
+
+// Copies of a solver start out sharing the workspace; the first that needs one makes its own.
+activeset::NullSpaceWorkspace& NullSpaceAS::_workspace() {
+    if (workspace.use_count() != 1) {
+        workspace = std::make_shared<activeset::NullSpaceWorkspace>();
+    }
+    return *workspace;
 }
 
 NullSpaceAS::~NullSpaceAS() {

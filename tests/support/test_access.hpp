@@ -9,6 +9,7 @@
 
 #include "activeset/null_space.hpp"
 #include "host/handles.hpp"
+#include "nullspace/workspace.hpp"
 
 /// Add a forwarding function here for every private step that a test needs.
 struct TestAccess {
@@ -33,6 +34,16 @@ struct TestAccess {
         solver._iterativeDisplay(p, gradient, alpha);
     }
     static std::string& message(IsolverAS& solver) { return solver.iterMessage; }
+
+    static activeset::ReducedHessian& reducedHessian(NullSpaceAS& solver) {
+        return solver._workspace().reducedHessian;
+    }
+    /// The plain computation: ZᵀHZ is formed and factorised in every direction pass.
+    static void forbidUpdates(NullSpaceAS& solver) { solver._workspace().updatesAllowed = false; }
+    static std::vector<size_t> workingSet(NullSpaceAS& solver) {
+        const size_t* list = solver.getActiveSet().getWset();
+        return {list, list + ActiveSet::getmaConstr()};
+    }
 
     static void newQR(NullSpaceAS& solver) { solver._newQR(); }
     static void insertColumn(NullSpaceAS& solver, OPTMatrix<double>& a) {
