@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "activeset/export.hpp"
 #include "activeset/matrix.hpp"
@@ -67,14 +68,23 @@ public:
     [[nodiscard]] OPTMatrix<double>& getTau() noexcept { return tau; }
     [[nodiscard]] bool isInitialized() const noexcept { return initialized; }
 
-    /// How phase one of the last solve ended.
+    /// How phase one of the last solve ended. The solve itself reports Infeasible whenever phase
+    /// one left a violation, whatever stopped it: only this tells a proof from a limit.
     struct PhaseOneOutcome {
         bool hasRun = false;
         ASQP::SolutionState state = ASQP::Undecided;
         int iterations = 0;
+        int repairs = 0;         ///< as getRepairCount()
+        double violation = 0.0;  ///< the artificial variable at the end
     };
     [[nodiscard]] const PhaseOneOutcome& getPhaseOneOutcome() const noexcept {
         return phaseOneOutcome;
+    }
+    /// The equalities (0-based rows of Aeq) that the last solve left out because they depend on
+    /// others and agree with them; behind them, counted on from mEq, fixed variables. Empty when
+    /// they are inconsistent, which is the state DependentConstraints.
+    [[nodiscard]] const std::vector<size_t>& getDroppedEqualities() const noexcept {
+        return droppedEqualities;
     }
 
 private:
@@ -155,6 +165,7 @@ private:
     HostList WlowerPhaseOne;
     HostList WupperPhaseOne;
     PhaseOneOutcome phaseOneOutcome;
+    std::vector<size_t> droppedEqualities;
     std::shared_ptr<activeset::NullSpaceWorkspace> workspace;  // a copy makes one of its own
 };
 

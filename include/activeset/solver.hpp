@@ -110,6 +110,9 @@ public:
     [[nodiscard]] int _getCurrentIter() const noexcept { return currentIter; }
     void _setCurrentIter(int iteration) noexcept { currentIter = iteration; }
     void _incrementCurrentIter() noexcept;
+    /// How often since init() the point had drifted off the constraints by more than TolCon and
+    /// was moved back, after which Q and R were built anew.
+    [[nodiscard]] int getRepairCount() const noexcept { return repairCount; }
     /// 100·n·√ε: a direction of this size or less says nothing about unboundedness.
     [[nodiscard]] double getErrorNorm() const;
 
@@ -189,6 +192,7 @@ protected:
     double minLambda = 0.0;
     std::string iterMessage;
     int currentIter = 0;
+    int repairCount = 0;
     OPTMatrix<double> Aw;
     OPTMatrix<double> newActiveConstraint;
     workingSetChange activesetChangeIndicator = NoIncrementalChange;

@@ -50,6 +50,7 @@ IsolverAS& IsolverAS::operator=(const IsolverAS& other) {
     minLambda = other.minLambda;
     iterMessage = other.iterMessage;
     currentIter = other.currentIter;
+    repairCount = other.repairCount;
     Aw = other.Aw;
     newActiveConstraint = other.newActiveConstraint;
     activesetChangeIndicator = other.activesetChangeIndicator;
@@ -85,6 +86,7 @@ void IsolverAS::init(IoptObjective* newObjective,
     options = newOptions;
     iterMessage.clear();
     currentIter = 0;
+    repairCount = 0;
     replace(x, start);
     if (activeSet.setWsetIndices(Wfixed, Weq, Wineq, Wlower, Wupper) < 0) {
         raiseBadWorkingSet();

@@ -31,6 +31,7 @@ void IsolverAS::_repairFeasibility() {
     if (!(before > options->getTolCon())) {
         return;
     }
+    ++repairCount;
     Matrix moved(OPTsizes::getnVar(), 1);
     moved = solution.xstarRef();
     if (!feasibleWorkingSetX0(moved, *constraint)) {

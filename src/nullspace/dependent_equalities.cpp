@@ -47,6 +47,10 @@ std::int64_t NullSpaceAS::_removeDependentEq(IoptConstraint& constraints) {
     if (count > 0) {
         _indexOfDependentEq(Mt, idx.data(), count);
     }
+    droppedEqualities.clear();
+    for (const size_t number : idx) {
+        droppedEqualities.push_back(number - 1);
+    }
     const auto fixedRemoved = static_cast<size_t>(
         std::count_if(idx.begin(), idx.end(), [mEq](size_t number) { return number > mEq; }));
     ActiveSet::setmaFixed(mFixed - fixedRemoved);

@@ -80,12 +80,13 @@ void NullSpaceAS::_phaseOneSolve(IoptConstraint* constraints,
          WeqArray.get(), nullptr, nullptr, nullptr);
     initializeFactorization();
     ASiterations();
-    phaseOneOutcome = {true, solution.getSolutoinState(), currentIter};
     for (size_t i = 0; i < n; ++i) {
         point(i, 0) = solution.xstarRef()(i, 0);
     }
     _getWindexFromPhaseOne();
     maxViolation = solution.xstarRef()(n, 0);
+    phaseOneOutcome = {true, solution.getSolutoinState(), currentIter, getRepairCount(),
+                       maxViolation};
     resetFactorization();
     resetIsolverAS();
     guard.keepWorkingSet();

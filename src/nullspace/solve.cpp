@@ -49,6 +49,7 @@ NullSpaceAS& NullSpaceAS::operator=(const NullSpaceAS& other) {
     WlowerPhaseOne = other.WlowerPhaseOne;
     WupperPhaseOne = other.WupperPhaseOne;
     phaseOneOutcome = other.phaseOneOutcome;
+    droppedEqualities = other.droppedEqualities;
     workspace = other.workspace;
     return *this;
 }
@@ -86,6 +87,7 @@ ASsolution NullSpaceAS::operator()(IoptObjective& problemObjective,
     resetFactorization();
     resetIsolverAS();
     phaseOneOutcome = {};
+    droppedEqualities.clear();
 
     Matrix start = copyOfStart(x0);
     if (!_preSolveWorkingSet(problemObjective, problemConstraint, problemOptions, start, Wineq,
