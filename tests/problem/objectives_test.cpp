@@ -19,6 +19,8 @@ TEST_F(Objectives, TheHessianIsUsedAsItIs) {
     };
     const Case cases[] = {{{{2, 0}, {0, 4}}, {1, 1}, {1, 1}, 5, {{3}, {5}}},
                           {{{0, 2}, {0, 0}}, {0, 0}, {1, 1}, 1, {{2}, {0}}},
+                          // ½xᵀ·H comes before ·x: the 1 is lost in 10²⁰ + 1
+                          {{{1e20, -1e20}, {1, 0}}, {0, 0}, {1, 1}, 0, {{0}, {1}}},
                           // ½·(3·(1·3 + 2·5) + 5·(−4·3)) + 3 − 5, not the symmetric part's gradient
                           {{{1, 2}, {-4, 0}}, {1, -1}, {3, 5}, -12.5, {{14}, {-13}}}};
     for (const Case& c : cases) {
