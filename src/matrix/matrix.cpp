@@ -185,6 +185,9 @@ void OPTMatrix<double>::_raiseIndexError(size_t i) const {
 }
 
 OPTMatrix<double> OPTMatrix<double>::row(size_t i) const {
+    if (i >= rows) {
+        _raiseIndexError(i);  // also where there is no column to be read
+    }
     OPTMatrix result(1, cols, true);
     for (size_t k = 0; k < cols; ++k) {
         result(0, k) = (*this)(i, k);
