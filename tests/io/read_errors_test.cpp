@@ -143,6 +143,8 @@ TEST(ReadErrors, OfTheQuadraticPart) {
         {smallFile("QUADOBJ\n r x 5\n"), "9: unknown column 'r'"},
         {smallFile("QUADOBJ\n x y 5\n x x 1\n y x 5\n"),
          "11: a second entry for the pair ('x', 'y')"},
+        {smallFile("QUADOBJ\n x x 1\n y y 1\n y y 2\n x x 5\n"),
+         "11: a second entry for the pair ('y', 'y')"},
         {smallFile("QMATRIX\n x x 5\n y y 1\n x x 5\n"),
          "11: a second entry for the pair ('x', 'x')"},
         {smallFile("QMATRIX\n x x 5\n x y 1\n"),
