@@ -8,13 +8,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace activeset::cli::tests {
@@ -45,8 +43,9 @@ protected:
         return text.str();
     }
 
-    /// Starts the command; output goes to files of the folder.
-    pid_t start(std::vector<std::string> arguments) const {
+    /// Starts the command; what it prints goes to files of the folder, or, if `pipe` is given, to
+    /// that instead of standard output.
+    pid_t start(std::vector<std::string> arguments, int pipe = -1) const {
         arguments.insert(arguments.begin(), ACTIVESET_CLI);
         std::vector<char*> words;
         for (std::string& argument : arguments) {
@@ -55,7 +54,7 @@ protected:
         words.push_back(nullptr);
         const pid_t child = fork();
         if (child == 0) {
-            const int out = creat((folder_ / "stdout").c_str(), 0600);
+            const int out = pipe >= 0 ? pipe : creat((folder_ / "stdout").c_str(), 0600);
             const int err = creat((folder_ / "stderr").c_str(), 0600);
             const bool ready = chdir(folder_.c_str()) == 0 && dup2(out, STDOUT_FILENO) >= 0 &&
                                dup2(err, STDERR_FILENO) >= 0;
@@ -76,17 +75,6 @@ protected:
 
     [[nodiscard]] Outcome run(const std::vector<std::string>& arguments) const {
         return finish(start(arguments));
-    }
-
-    /// Waits until the command has printed `text`; false after a minute.
-    [[nodiscard]] bool waitFor(const std::string& text) const {
-        for (int i = 0; i < 6000; ++i) {
-            if (contents("stdout").find(text) != std::string::npos) {
-                return true;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        return false;
     }
 
     std::filesystem::path folder_;
