@@ -93,6 +93,16 @@ TEST_F(Solving, InconsistentEqualitiesHaveTheirOwnOutcome) {
     EXPECT_EQ(outcome.status, 1);
 }
 
+TEST_F(Solving, AnOutcomeThatTheResidualsBelieIsMarkedAndNotStatusZero) {
+    // max x without any bound above: the solver takes the step from an empty working set for the
+    // last one and reports an optimum, but the gradient is as long as before.
+    const Outcome outcome = solve("ROWS\n N o\nCOLUMNS\n x o -1\nENDATA\n");
+
+    expectLine(outcome, "outcome          optimal (1)");
+    expectLine(outcome, "dual residual    1.0e+00  (does not support the outcome)");
+    EXPECT_EQ(outcome.status, 1);
+}
+
 TEST_F(Solving, AMaximumIsReportedAsTheFileStatesIt) {
     // max 4x − x² + 1: 5 at x = 2.
     const Outcome outcome = solve(
