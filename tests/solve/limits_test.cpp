@@ -1,0 +1,100 @@
+// What an outcome does not promise: the examples of docs/limits.md, each pinned as it is today. A
+// change here is a change of what callers may conclude.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "solve/call.hpp"
+#include "support/fixture.hpp"
+#include "support/test_access.hpp"
+
+namespace activeset::test {
+namespace {
+
+class OutcomeLimits : public FreshState {};
+
+struct FalseOptimum {
+    const char* name;
+    Problem problem;
+    Numbers point;  // where the solve ends with state 1
+};
+
+TEST_F(OutcomeLimits, OptimalIsSaidOfPointsThatAreNot) {
+    const FalseOptimum examples[] = {
+        // Unbounded along (1, −1): one step along −g, nothing blocks, nothing is active.
+        {"singular H, empty working set", {{{1, 1}, {1, 1}}, {-1, 1}}, {1, -1}},
+        // The minimum is at ±∞, yet the same happens.
+        {"indefinite H, empty working set", {{{1, 0}, {0, -1}}, {-1, 0}, {}, {}}, {1, 0}},
+        // The step takes the upper triangle of H for both: (2 0; 0 2)·p = (2, 3).
+        {"H not symmetric", {{{2, 0}, {1, 2}}, {-2, -3}}, {1, 1.5}},
+        // Its norm is not a number, so the direction counts as none.
+        {"NaN in c", {{{1}}, {NaN}}, {0}},
+        // Violated by 1e-7, which TolCon allows: in x that is 100.
+        {"a small row", {{{1}}, {0}, {{-1e-9}}, {-1e-7}}, {0}},
+        // The direction is shorter than TolX although the gradient is not zero.
+        {"a small gradient", {{{1}}, {-5e-9}}, {0}},
+    };
+    for (const FalseOptimum& example : examples) {
+        SCOPED_TRACE(example.name);
+        const Result result = solve(example.problem);
+        EXPECT_EQ(result.state, ASQP::Optimal);
+        ASSERT_EQ(result.x.size(), example.point.size());
+        for (size_t i = 0; i < result.x.size(); ++i) {
+            EXPECT_NEAR(result.x[i], example.point[i], 1e-12);
+        }
+    }
+}
+
+TEST_F(OutcomeLimits, ALinearObjectiveWithNothingActiveIsCalledOptimalAtInfinity) {
+    Bench bench(Problem{{}, {1.0}});
+    const ASsolution solution = bench.solve();
+    EXPECT_EQ(solution.getSolutoinState(), ASQP::Optimal);
+    EXPECT_EQ(solution.xstarRef()(0, 0), -1e30);
+}
+
+// x ≥ 1 from x = 0 is feasible, but not within no passes at all.
+TEST_F(OutcomeLimits, AStopInsidePhaseOneIsReportedAsInfeasible) {
+    Problem problem{{{1.0}}, {0.0}};
+    problem.lb = {1.0};
+    Bench cutShort(problem);
+    cutShort.options.setMaxIter(0);
+    EXPECT_EQ(cutShort.solve().getSolutoinState(), ASQP::Infeasible);
+    EXPECT_EQ(cutShort.solver.getPhaseOneOutcome().state, ASQP::MaxIterReached);
+    EXPECT_GT(cutShort.solver.getPhaseOneOutcome().violation, 0.0);
+
+    problem.ub = {0.0};  // a proof: no point violates both bounds by less than one half
+    Bench proven(problem);
+    EXPECT_EQ(proven.solve().getSolutoinState(), ASQP::Infeasible);
+    EXPECT_EQ(proven.solver.getPhaseOneOutcome().state, ASQP::Optimal);
+    EXPECT_NEAR(proven.solver.getPhaseOneOutcome().violation, 0.5, 1e-12);
+}
+
+TEST_F(OutcomeLimits, EqualitiesThatAgreeToRoundingCanCountAsInconsistent) {
+    Problem problem{{{1.0, 0.0}, {0.0, 1.0}}, {0.0, 0.0}};
+    problem.Aeq = {{1.0, 1.0}, {1.0, 1.0}};
+    problem.beq = {1e7, std::nextafter(1e7, 1e8)};  // apart by rounding
+    EXPECT_EQ(solve(problem).state, ASQP::DependentConstraints);
+}
+
+TEST_F(OutcomeLimits, WhatWasDroppedAsDependentIsTold) {
+    Problem problem{{{1.0, 0.0}, {0.0, 1.0}}, {0.0, 0.0}};
+    problem.Aeq = {{1.0, 1.0}, {2.0, 2.0}};
+    problem.beq = {1.0, 2.0};
+    Bench bench(problem);
+    EXPECT_EQ(bench.solve().getSolutoinState(), ASQP::Optimal);
+    EXPECT_EQ(bench.solver.getDroppedEqualities(), std::vector<size_t>{0});  // the shorter row
+    EXPECT_EQ(bench.solver.getRepairCount(), 0);
+}
+
+// The working set changed after its multipliers were computed.
+TEST_F(OutcomeLimits, MultipliersOfOtherOutcomesAreNotThoseOfThePoint) {
+    Problem problem{{{1.0, 0.0}, {0.0, 1.0}}, {-3.0, -2.0}};
+    problem.ub = {1.0, 1.0};
+    const Result result = solve(problem, {.maxIter = 1});
+    EXPECT_EQ(result.state, ASQP::MaxIterReached);
+    EXPECT_EQ(result.lists[3], (Numbers{1.0, 2.0}));  // both bounds are active
+    EXPECT_EQ(result.lambda, Numbers(4, 0.0));        // at (1, 1) they would be 2 and 1
+}
+
+}  // namespace
+}  // namespace activeset::test
