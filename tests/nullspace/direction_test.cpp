@@ -1,4 +1,6 @@
 // Search direction and multipliers by hand arithmetic.
+#include <cmath>
+
 #include "engine/scripted_solver.hpp"
 
 namespace activeset::test {
@@ -55,13 +57,21 @@ TEST_F(Direction, FactorsAreUpdatedOnlyAfterASingleChange) {
         solver.initializeFactorization();
         TestAccess::newQR(solver);
         TestAccess::add(solver, 1, 1, "ineq");
-        if (!isSecond) {
-            solver.getQ().fill(7);  // the first addition starts afresh
+        solver.getQ().fill(7);  // the first addition starts afresh
+        if (isSecond) {
+            // Factors that no Householder factorisation gives: R starts with a positive entry.
+            const double root = std::sqrt(10.0);
+            for (size_t k = 0; k < 9; ++k) {
+                const double entries[] = {3, 1, 0, 0, 0, root, 1, -3, 0};
+                solver.getQ().getData()[k] = entries[k] / root;
+            }
+            solver.getQRwset()(0, 0) = root;
         }
         OPTMatrix<double> g = columnMatrix({1, 1, 1});
         OPTMatrix<double> p(3, 1);
         solver.getSearchDirection(g, p);
         expectFactorises(solver);
+        EXPECT_EQ(isSecond, solver.getQ()(0, 0) == 3 / std::sqrt(10.0));
         solver._setindexOfDepartingConstraint(0);
         solver.removeConstraint(0);
         solver.getSearchDirection(g, p);

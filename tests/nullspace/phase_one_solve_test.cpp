@@ -34,14 +34,14 @@ TEST_F(PhaseOne, HandsOnAWorkingSetWithoutTheArtificialBoundAndWithRoomToMove) {
         EXPECT_FALSE(solver.isInitialized());
     };
     // γ falls from 2 to 1, where the constraint blocks; then both move until γ is 0.
-    expectLeft({.H = {}, .c = {1, 1}, .lb = {1, -Inf}}, {1, 0}, 0, {}, {1});
+    const Vector only{1, -Inf, -Inf};
+    expectLeft({.H = {}, .c = {1, 1, 1}, .lb = only}, {1, 0, 0}, 0, {}, {1});
     expectLeft({.H = {}, .c = {1, 1}, .A = {{-2, 0}}, .b = {-2}}, {1, 0}, 0, {1}, {});
     // With one variable not even the one constraint may stay.
     expectLeft({.H = {}, .c = {1}, .lb = {1}}, {1}, 0, {}, {});
     // γ ≥ 1 − x, γ ≥ x: the best is ½ at ½; a set of two in one variable is emptied.
     expectLeft({.H = {}, .c = {1}, .lb = {1}, .ub = {0}}, {.5}, .5, {}, {});
     // x0 + x1 + x2 = 0 stays; x0 ≥ 1 pulls the others down alike.
-    const Vector only{1, -Inf, -Inf};
     expectLeft({.H = {}, .c = {1, 1, 1}, .Aeq = {{1, 1, 1}}, .beq = {0}, .lb = only}, {1, -.5, -.5},
                0, {}, {1});
 }
