@@ -15,6 +15,9 @@ Matrix copyOfStart(const vxArray* x0) {
         return {};
     }
     Matrix x(vxGetM(x0), vxGetN(x0));
+    if (vxIsEmpty(x0)) {
+        return x;  // its other dimension may be anything, too much to be counted to
+    }
     for (size_t j = 0; j < x.getCols(); ++j) {
         for (size_t i = 0; i < x.getRows(); ++i) {
             x(i, j) = vxGetElement(x0, i, j);

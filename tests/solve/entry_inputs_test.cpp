@@ -133,6 +133,18 @@ TEST_F(EntryInputs, AListWithoutElementsIsEmptyWhateverItsShape) {
     }
 }
 
+// To count to such a dimension takes centuries.
+TEST_F(EntryInputs, AStartWithoutElementsIsRefusedWhateverItsShape) {
+    Inputs in = inputsOf(triangle());
+    constexpr auto Huge = std::numeric_limits<size_t>::max();
+    for (const vxArray* empty : {vxCreateDoubleMatrix(0, Huge, vxComplexity::Real),
+                                 vxCreateDoubleMatrix(Huge, 0, vxComplexity::Real)}) {
+        in[Input::x0] = empty;
+        expectRaises(MatrixFault, "Incompatible dimensions for matrix multiplication",
+                     [&] { static_cast<void>(solve(in)); });
+    }
+}
+
 TEST_F(EntryInputs, ARowOfIndicesCountsAsItsFirst) {
     Inputs in = inputsOf(box(4));
     in[Input::Wupper] = column({2});
