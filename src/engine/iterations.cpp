@@ -109,6 +109,7 @@ int IsolverAS::_isLambdaNonNeg() {
 }
 
 bool IsolverAS::_unboundedOrIllPosed(Matrix& p, double& alpha) {
+    _requireProblem();
     if (!_isLinear()) {
         return false;
     }

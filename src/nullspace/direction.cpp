@@ -59,6 +59,7 @@ void NullSpaceAS::computeLambda(Matrix& g, Matrix& multipliers) {
 }
 
 int NullSpaceAS::_solveSubProblem(Matrix& g, Matrix& p) {
+    _requireProblem();
     const size_t n = OPTsizes::getnVar();
     const size_t m = ActiveSet::getmaConstr();
     if (m >= n) {

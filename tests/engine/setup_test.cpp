@@ -71,6 +71,19 @@ TEST_F(SolverSetup, AMissingObjectiveIsToldBeforeAMissingConstraint) {
     EXPECT_EQ(solver.getObjective(), nullptr) << "a null replaces a stored objective";
 }
 
+TEST_F(SolverSetup, StepsThatAskTheObjectiveTellWhenThereIsNone) {
+    NullSpaceAS solver;
+    OPTMatrix<double> p = columnMatrix({});
+    const auto expectNoObjective = [](auto action) {
+        expectRaises("optim:src:activesetqp:problemNullPointer", "objective is a NULL pointer.",
+                     action);
+    };
+    double alpha = 1.0;
+    expectNoObjective([&] { static_cast<void>(solver._unboundedOrIllPosed(p, alpha)); });
+    solver.initializeFactorization();
+    expectNoObjective([&] { solver.getSearchDirection(p, p); });
+}
+
 TEST_F(SolverSetup, AnotherInitLeavesNothingOfAProblemOfAnotherSize) {
     ScriptedSolver solver;
     {
