@@ -8,7 +8,6 @@
 #include "nullspace/workspace.hpp"
 
 using activeset::block;
-using activeset::columns;
 using activeset::MatrixView;
 using activeset::vectorOf;
 using Matrix = OPTMatrix<double>;
@@ -53,7 +52,7 @@ void NullSpaceAS::resetFactorization() {
 
 void NullSpaceAS::_getQR() {
     const size_t m = ActiveSet::getmaConstr();
-    const MatrixView from = columns(Aw, 0, m);
+    const MatrixView from = block(Aw, 0, m, OPTsizes::getnVar());
     const MatrixView packed = block(QRwset, 0, m, OPTsizes::getnVar());
     std::copy_n(from.data, from.rows * from.cols, packed.data);
     const auto info = activeset::lapack::geqrf(packed, vectorOf(tau, OPTsizes::getnVar()));

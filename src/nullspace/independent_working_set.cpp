@@ -16,8 +16,9 @@ using Matrix = OPTMatrix<double>;
 // QRwset := the packed pivoted factorisation of Aw; jpvt: its permutation, 1-based.
 void NullSpaceAS::_pivotWorkingSet(std::int64_t* jpvt) {
     const size_t m = ActiveSet::getmaConstr();
-    const activeset::MatrixView from = activeset::columns(Aw, 0, m);
-    const activeset::MatrixView packed = activeset::block(QRwset, 0, m, OPTsizes::getnVar());
+    const size_t n = OPTsizes::getnVar();
+    const activeset::MatrixView from = activeset::block(Aw, 0, m, n);
+    const activeset::MatrixView packed = activeset::block(QRwset, 0, m, n);
     std::copy_n(from.data, from.rows * from.cols, packed.data);
     std::fill_n(jpvt, ActiveSet::getmaFixed() + ActiveSet::getmaEq(), 1);
     Matrix noQ;

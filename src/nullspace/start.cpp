@@ -84,7 +84,7 @@ bool NullSpaceAS::feasibleWorkingSetX0(Matrix& point, IoptConstraint& constraint
     _createbw(bw, constraints);
     // A scratch copy: the least-squares solve destroys its matrix, and the factors of the working
     // set must survive a repair in mid-loop.
-    const activeset::MatrixView from = activeset::columns(Aw, 0, m);
+    const activeset::MatrixView from = activeset::block(Aw, 0, m, n);
     Matrix scratch(n, m, true);
     std::copy_n(from.data, n * m, scratch.getData());
     const activeset::MatrixView A = activeset::viewOf(scratch);

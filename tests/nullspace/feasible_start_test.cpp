@@ -40,6 +40,25 @@ TEST_F(FeasibleStart, IsTheNearestPointUnlessTheShortestOneViolatesLess) {
     expectMove("singular", {{1, 0}, {0, 0}}, {2, 0}, {}, {}, {5, 3}, {{5}, {3}}, 0.0, false);
 }
 
+// The sizes are the thread's; the matrices are still those of the working set.
+TEST_F(FeasibleStart, AWorkingSetOfASmallerProblemIsRefused) {
+    Bench bench({.H = {{1}}, .c = {0}, .A = {{1}}, .b = {2}});
+    initialise(bench.solver, bench, {.ineq = {1}});
+    bench.solver.initializeFactorization();
+    const Bench larger({.H = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, .c = {0, 0, 0}});
+    OPTsizes::setmIneq(1);
+    OPTsizes::setmConstr(1);
+    OPTMatrix<double> x = columnMatrix({1, 2, 3});
+    OPTMatrix<double> p = columnMatrix({0, 0, 0});
+    const auto expectTooShort = [](auto action) {
+        expectRaises(MatrixFault, "Index exceed number of row.", action);
+    };
+    expectTooShort(
+        [&] { static_cast<void>(bench.solver.feasibleWorkingSetX0(x, bench.constraint)); });
+    expectTooShort([&] { bench.solver.getSearchDirection(x, p); });
+    expectTooShort([&] { TestAccess::makeIndependent(bench.solver); });
+}
+
 TEST_F(FeasibleStart, APointFixedByEqualitiesThatViolatesTheRestEndsInfeasible) {
     Bench bench({.H = {{1, 0}, {0, 1}},
                  .c = {0, 3},
