@@ -1,0 +1,37 @@
+#!/usr/bin/env python3
+"""Writes the seeds of the targets that decode bytes: corpus/entry/ and corpus/classes/.
+
+A seed is a few chosen bytes, which settle sizes or the part of the library that is used, and then the
+bytes of a seeded generator, which the target reads as a problem or as a row of operations. Any bytes
+are an input; these reach the deep parts at once. Inputs that once broke something stand beside the
+seeds under names of their own, and those of the reader in corpus/reader/ are written by hand.
+"""
+
+import random
+from pathlib import Path
+
+CORPUS = Path(__file__).resolve().parent / "corpus"
+
+
+def write(target, name, head, length, generator):
+    path = CORPUS / target / name
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(bytes(head) + generator.randbytes(length))
+
+
+def main():
+    # Variables, inequalities, equalities or not; then which kinds of problem and call.
+    for k in range(30):
+        generator = random.Random(k)
+        variables = k % 13
+        inequalities = generator.randrange(13)
+        head = [variables, inequalities]
+        write("entry", f"seed_{k:02}", head, 60 + 25 * variables + 12 * inequalities, generator)
+    # 0 and 1: operations on matrices; 2: changes of a working set; 3: members in any order.
+    for k in range(32):
+        generator = random.Random(100 + k)
+        write("classes", f"seed_{k:02}", [k % 4], 100 + 30 * (k // 4), generator)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,182 @@
+// The reader of problem files under any text: a consistent problem or a ReadError, and silence.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <iostream>
+#include <limits>
+#include <string>
+#include <variant>
+
+#include "io/qps_reader.hpp"
+#include "judge.hpp"
+
+namespace activeset::fuzz {
+namespace {
+
+using io::Problem;
+using io::ReadError;
+
+constexpr io::ReadLimits Limits{.textBytes = std::size_t{1} << 20U,
+                                .denseBytes = std::size_t{1} << 22U};
+
+/// A file in memory, with a path.
+class MemoryFile {
+public:
+    explicit MemoryFile(const char* name) : descriptor_(memfd_create(name, 0)) {
+        require(descriptor_ >= 0, "no file in memory");
+    }
+    ~MemoryFile() { close(descriptor_); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile(MemoryFile&&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+    MemoryFile& operator=(MemoryFile&&) = delete;
+
+    [[nodiscard]] int descriptor() const { return descriptor_; }
+    [[nodiscard]] std::string path() const {
+        return "/proc/self/fd/" + std::to_string(descriptor_);
+    }
+    [[nodiscard]] off_t size() const { return lseek(descriptor_, 0, SEEK_END); }
+    void write(std::string_view text) const {
+        require(
+            pwrite(descriptor_, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()),
+            "the file in memory is full");
+    }
+
+private:
+    int descriptor_;
+};
+
+/// Standard output goes into a file from now on, whoever prints.
+const MemoryFile& capturedOutput() {
+    static const MemoryFile file("output");
+    static const bool isRedirected = dup2(file.descriptor(), STDOUT_FILENO) == STDOUT_FILENO;
+    require(isRedirected, "standard output cannot be captured");
+    return file;
+}
+
+bool isFinite(const std::vector<double>& numbers) {
+    return std::all_of(numbers.begin(), numbers.end(), [](double x) { return std::isfinite(x); });
+}
+
+void judgeNames(const std::vector<std::string>& names) {
+    std::vector<std::string> sorted = names;
+    std::sort(sorted.begin(), sorted.end());
+    require(std::adjacent_find(sorted.begin(), sorted.end()) == sorted.end(),
+            "a name stands for two");
+    require(sorted.empty() || !sorted.front().empty(), "a name is empty");
+}
+
+void judgeProblem(const Problem& problem) {
+    const std::size_t n = problem.n;
+    require(n >= 1, "no variables");
+    require(problem.H.size() == n * n && problem.c.size() == n, "an objective of another size");
+    require(problem.A.size() == problem.mIneq * n && problem.b.size() == problem.mIneq,
+            "inequalities of another size");
+    require(problem.Aeq.size() == problem.mEq * n && problem.beq.size() == problem.mEq,
+            "equalities of another size");
+    require(problem.lb.size() == n && problem.ub.size() == n, "bounds of another size");
+    require(problem.variableNames.size() == n, "another number of variable names");
+    require(problem.inequalities.size() == problem.mIneq, "another number of inequality names");
+    require(problem.equalityNames.size() == problem.mEq, "another number of equality names");
+    for (const auto* numbers :
+         {&problem.H, &problem.c, &problem.A, &problem.b, &problem.Aeq, &problem.beq}) {
+        require(isFinite(*numbers), "a number is not finite");
+    }
+    require(std::isfinite(problem.constant), "the constant is not finite");
+    for (std::size_t j = 0; j < n; ++j) {
+        require(problem.lb[j] <= problem.ub[j], "bounds cross, or are NaN");
+        require(problem.lb[j] < std::numeric_limits<double>::infinity() &&
+                    problem.ub[j] > -std::numeric_limits<double>::infinity(),
+                "a bound is infinite on the wrong side");
+        for (std::size_t i = 0; i < j; ++i) {
+            require(problem.H[j * n + i] == problem.H[i * n + j], "H is not symmetric");
+        }
+    }
+    judgeNames(problem.variableNames);
+    judgeNames(problem.equalityNames);
+    require(std::is_sorted(problem.notes.begin(), problem.notes.end(),
+                           [](const io::Note& p, const io::Note& q) { return p.line < q.line; }),
+            "notes out of order");
+}
+
+struct Failure {
+    std::size_t line;
+    std::string message;
+};
+using Reading = std::variant<Problem, Failure>;
+
+template <class Read>
+Reading attempt(std::size_t lines, Read read) {
+    try {
+        Problem problem = read();
+        judgeProblem(problem);
+        return problem;
+    } catch (const ReadError& error) {
+        require(error.line() <= lines + 1, "an error beyond the end of the file");
+        require(!error.message().empty() && error.message().find('\n') == std::string::npos,
+                "a message that is not one line");
+        return Failure{error.line(), error.message()};
+    }
+}
+
+bool isSame(const Problem& p, const Problem& q) {
+    return p.name == q.name && p.maximise == q.maximise && p.H == q.H && p.c == q.c &&
+           p.constant == q.constant && p.A == q.A && p.b == q.b && p.Aeq == q.Aeq &&
+           p.beq == q.beq && p.lb == q.lb && p.ub == q.ub && p.variableNames == q.variableNames &&
+           p.equalityNames == q.equalityNames;
+}
+
+/// The same result, its line numbers moved by `shift`.
+void judgeSame(const Reading& first, const Reading& second, std::size_t shift, const char* what) {
+    require(first.index() == second.index(), what);
+    if (const auto* problem = std::get_if<Problem>(&first)) {
+        require(isSame(*problem, std::get<Problem>(second)), what);
+        return;
+    }
+    const auto& p = std::get<Failure>(first);
+    const auto& q = std::get<Failure>(second);
+    // Line 0 is the file as a whole, or the last line of an empty one.
+    require(q.line == p.line + shift || (p.line == 0 && q.line == 0), what);
+}
+
+Reading readText(const std::string& text) {
+    const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    return attempt(lines, [&] { return io::readProblemText(text, "f", Limits); });
+}
+
+void run(const std::string& text) {
+    const Reading reading = readText(text);
+    judgeSame(reading, readText("* a comment\n" + text), 1, "a comment changed the problem");
+    if (reading.index() == 0) {
+        judgeSame(reading, readText(text + "\nRHS\n what does not count\n"), 0,
+                  "what stands behind the end changed the problem");
+    }
+    const MemoryFile file("input");
+    file.write(text);
+    const bool isCompressed = text.size() >= 2 && text[0] == '\x1f' && text[1] == '\x8b';
+    const std::size_t anyLine = std::numeric_limits<std::size_t>::max() - 1;
+    const Reading ofFile = attempt(anyLine, [&] { return io::readProblem(file.path(), Limits); });
+    if (!isCompressed) {
+        judgeSame(reading, ofFile, 0, "the file is read in another way than its text");
+    }
+}
+
+}  // namespace
+}  // namespace activeset::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace activeset::fuzz;
+    const MemoryFile& output = capturedOutput();
+    const SilencedStream errors(std::cerr);
+    const off_t before = output.size();
+    run(std::string(data, data + size));
+    std::cout.flush();
+    std::fflush(stdout);
+    require(output.size() == before && errors.count() == 0, "the reader printed something");
+    return 0;
+}
