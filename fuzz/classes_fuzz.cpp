@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "activeset/sizes.hpp"
+#include "array_bench.hpp"
 #include "judge.hpp"
 #include "matrix_model.hpp"
 #include "thread_state.hpp"
@@ -12,7 +13,11 @@ namespace activeset::fuzz {
 namespace {
 
 void run(Bytes& bytes) {
-    const std::size_t mode = bytes.below(4);
+    const std::size_t mode = bytes.below(5);
+    if (mode == 4) {
+        tryArrays(bytes);
+        return;
+    }
     if (mode < 2) {
         MatrixBench bench(bytes);
         for (int steps = 0; !bytes.isEmpty() && steps < 200; ++steps) {

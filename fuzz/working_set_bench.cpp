@@ -79,7 +79,7 @@ std::vector<Candidate> candidatesOf(LinearConstraint& constraint, ActiveSet& act
 
 }  // namespace
 
-Example::Example(Bytes& bytes) {
+Example::Example(Bytes& bytes, bool anyStorage) {
     n = bytes.below(9) + 1;
     mIneq = bytes.below(9);
     mEq = bytes.oneIn(2) ? bytes.below(std::min<std::size_t>(n, 3) + 1) : 0;
@@ -107,7 +107,11 @@ Example::Example(Bytes& bytes) {
         plans[6].values[j] = kind % 2 == 0 ? -Inf : plans[6].values[j];
         plans[7].values[j] = kind < 2 ? Inf : std::max(plans[7].values[j], plans[6].values[j]);
     }
-    for (const ArrayPlan& plan : plans) {
+    for (ArrayPlan& plan : plans) {
+        if (anyStorage && bytes.oneIn(8)) {
+            plan.storage = static_cast<Storage>(bytes.below(6));
+            plan.structureSeed = static_cast<std::uint32_t>(bytes.word());
+        }
         arrays_.push_back(std::make_unique<LiveArray>(plan));
     }
     start_ = std::make_unique<LiveArray>(make(n, 1));
@@ -127,12 +131,12 @@ void Example::rebuild() {
         std::make_unique<LinearConstraint>(get(2), get(3), get(4), get(5), get(6), get(7)));
 }
 
-void WorkingSetBench::takeExample() {
-    example_ = examples_.emplace_back(std::make_unique<Example>(bytes_)).get();
+void WorkingSetBench::takeExample(bool anyStorage) {
+    example_ = examples_.emplace_back(std::make_unique<Example>(bytes_, anyStorage)).get();
 }
 
-void WorkingSetBench::init() {
-    takeExample();
+void WorkingSetBench::init(bool anyStorage) {
+    takeExample(anyStorage);
     std::vector<double> equalities;
     for (std::size_t i = 0; i < example_->mEq; ++i) {
         equalities.push_back(static_cast<double>(i + 1));
@@ -156,7 +160,7 @@ void WorkingSetBench::init() {
 
 void WorkingSetBench::followChanges() {
     const SilencedStream console(std::cout);
-    init();
+    init(false);
     while (!bytes_.isEmpty()) {
         change();
         releaseMatrixPool();
@@ -166,7 +170,7 @@ void WorkingSetBench::followChanges() {
 void WorkingSetBench::change() {
     switch (bytes_.below(16)) {
         case 0:
-            init();
+            init(false);
             break;
         case 1:
             solver_._setactivesetChangeIndicator(IsolverAS::NoIncrementalChange);
@@ -375,10 +379,10 @@ void WorkingSetBench::callAny() {
     Matrix second(height, 1);
     switch (bytes_.below(20)) {
         case 0:
-            init();
+            init(true);
             break;
         case 1:
-            takeExample();
+            takeExample(true);
             break;
         case 2:
             solver_.resetIsolverAS();

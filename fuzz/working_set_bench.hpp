@@ -18,7 +18,8 @@ namespace activeset::fuzz {
 /// A problem with small numbers and the objects made of it.
 class Example {
 public:
-    explicit Example(Bytes& bytes);
+    /// @param anyStorage  one array in eight may be sparse, complex or broken
+    Example(Bytes& bytes, bool anyStorage);
 
     [[nodiscard]] IoptObjective* objective() { return objectives_.back().get(); }
     [[nodiscard]] LinearConstraint& constraint() { return *constraints_.back(); }
@@ -53,8 +54,8 @@ public:
     void callInAnyOrder();
 
 private:
-    void takeExample();
-    void init();
+    void takeExample(bool anyStorage);
+    void init(bool anyStorage);
     void change();
     void add();
     void remove();
