@@ -109,11 +109,4 @@ inline bool isAmong(std::span<const KnownError> known, const HostError& error) {
 
 }  // namespace activeset::fuzz
 
-// Requests that are too large come back empty, as the library expects of its allocator. Weak, since
-// without a sanitizer nobody asks.
-extern "C" [[gnu::used]] inline const char* __asan_default_options() {  // NOLINT
-    return "allocator_may_return_null=1:max_allocation_size_mb=256:detect_leaks=1:"
-           "malloc_context_size=8:quarantine_size_mb=64";
-}
-
 #endif
