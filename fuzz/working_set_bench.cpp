@@ -9,6 +9,7 @@
 #include "activeset/sizes.hpp"
 #include "judge.hpp"
 #include "support/test_access.hpp"
+#include "thread_state.hpp"
 
 namespace activeset::fuzz {
 
@@ -377,7 +378,7 @@ void WorkingSetBench::callAny() {
     Matrix first(height, 1);
     first.fill(bytes_.small());
     Matrix second(height, 1);
-    switch (bytes_.below(20)) {
+    switch (bytes_.below(24)) {
         case 0:
             init(true);
             break;
@@ -452,10 +453,59 @@ void WorkingSetBench::callAny() {
                                           nullptr));
             }
             break;
+        case 19:
+            copyConstraints(first);
+            break;
+        case 20:
+            relaxConstraints(first);
+            break;
+        case 21:
+            TestAccess::reportRank(solver_);
+            break;
+        case 22:
+            ActiveSet::printActiveSetInfo();
+            OPTsizes::printConstrInfo();
+            break;
         default:
             static_cast<void>(solver_.getErrorNorm());
             break;
     }
+}
+
+void WorkingSetBench::copyConstraints(Matrix& x) {
+    if (example_ == nullptr) {
+        return;
+    }
+    LinearConstraint copy(example_->constraint());
+    copy = examples_[bytes_.below(examples_.size())]->constraint();
+    static_cast<void>(copy.getAlb());
+    static_cast<void>(copy.getAub());
+    static_cast<void>(copy.constrViolation(x));
+    static_cast<void>(copy.AlbRow(bytes_.below(8)));
+}
+
+// What phase one makes of a set, while the sizes may be those of another problem.
+void WorkingSetBench::relaxConstraints(Matrix& y) {
+    if (example_ == nullptr) {
+        return;
+    }
+    const CountsGuard counts;  // puts them back, also where nothing is raised
+    if (bytes_.oneIn(2)) {
+        example_->rebuild();
+    }
+    OPTsizes::setnVar(OPTsizes::getnVar() + 1);
+    PhaseOneConstraint relaxed(&example_->constraint());
+    const std::size_t k = bytes_.below(8);
+    for (Matrix* matrix : {&relaxed.getA(), &relaxed.getAeq(), &relaxed.getAlb(), &relaxed.getAub(),
+                           &relaxed.getAfixed()}) {
+        require(matrix->getRows() == 0 || matrix->getCols() == OPTsizes::getnVar(),
+                "a relaxed row of another length");
+    }
+    static_cast<void>(relaxed.AubRow(k));
+    static_cast<void>(relaxed.ARow(k));
+    static_cast<void>(relaxed.constrViolation(y));
+    const PhaseOneConstraint copy(relaxed);
+    relaxed = copy;
 }
 
 }  // namespace activeset::fuzz

@@ -62,6 +62,8 @@ private:
     void direct();
     void multiply();
     void callAny();
+    void copyConstraints(OPTMatrix<double>& x);
+    void relaxConstraints(OPTMatrix<double>& y);
     [[nodiscard]] std::vector<double> gradient() const;
     void judgeFactors();
     void judgeDirection(OPTMatrix<double>& g, OPTMatrix<double>& p, bool isPositiveDefinite);
