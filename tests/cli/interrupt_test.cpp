@@ -1,5 +1,6 @@
 // Ctrl-C during a solve that nobody reads the table of: the tool is stuck in the middle, however
 // fast the machine is, until the test reads on.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -19,11 +20,10 @@ protected:
 
     /// Starts solving two files, each one bound a pass, and returns when the pipe is full.
     pid_t startLongSolve() {
-        constexpr int Variables = 400;
         std::string columns;
         std::string bounds;
         std::string hessian;
-        for (int j = 0; j < Variables; ++j) {
+        for (int j = 0; j < 400; ++j) {
             const std::string name = " x" + std::to_string(j);
             columns += name + " o " + std::to_string(-2 - j) + "\n";
             bounds += " UP b" + name + " 1." + std::to_string(1000 + j) + "\n";
@@ -34,7 +34,7 @@ protected:
         std::array<int, 2> ends{};
         EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
         EXPECT_EQ(fcntl(ends[1], F_SETPIPE_SZ, Room), Room);
-        const pid_t child = start({"solve", "long.qps", "long.qps"}, ends[1]);
+        const pid_t child = start("solve long.qps long.qps", ends[1]);
         close(ends[1]);
         readEnd_ = ends[0];
         waitUntilFull();

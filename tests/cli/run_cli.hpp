@@ -2,18 +2,14 @@
 #ifndef ACTIVESET_TESTS_CLI_RUN_CLI_HPP
 #define ACTIVESET_TESTS_CLI_RUN_CLI_HPP
 
-#include <fcntl.h>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
-#include <vector>
 
 namespace activeset::cli::tests {
 
@@ -23,43 +19,31 @@ struct Outcome {
     std::string err;
 };
 
+inline std::string contents(const std::filesystem::path& file) {
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
+}
+
 /// A folder of its own for each test, in which the command runs.
 class CommandLine : public ::testing::Test {
 protected:
-    void SetUp() override {
-        const auto* const test = ::testing::UnitTest::GetInstance()->current_test_info();
-        folder_ = std::filesystem::path(::testing::TempDir()) /
-                  ("activeset_cli_" + std::string(test->test_suite_name()) + test->name());
-        std::filesystem::create_directories(folder_);
-    }
+    void SetUp() override { std::filesystem::create_directories(folder_); }
     void TearDown() override { std::filesystem::remove_all(folder_); }
 
     void write(const std::string& name, const std::string& text) const {
         std::ofstream(folder_ / name) << text;
     }
-    [[nodiscard]] std::string contents(const std::string& name) const {
-        std::ostringstream text;
-        text << std::ifstream(folder_ / name).rdbuf();
-        return text.str();
-    }
 
     /// Starts the command; what it prints goes to files of the folder, or, if `pipe` is given, to
     /// that instead of standard output.
-    pid_t start(std::vector<std::string> arguments, int pipe = -1) const {
-        arguments.insert(arguments.begin(), ACTIVESET_CLI);
-        std::vector<char*> words;
-        for (std::string& argument : arguments) {
-            words.push_back(argument.data());
-        }
-        words.push_back(nullptr);
+    [[nodiscard]] pid_t start(const std::string& arguments, int pipe = -1) const {
+        const std::string command = "cd '" + folder_.string() + "' && exec '" ACTIVESET_CLI "' " +
+                                    arguments + " 2>stderr" + (pipe < 0 ? " >stdout" : "");
         const pid_t child = fork();
         if (child == 0) {
-            const int out = pipe >= 0 ? pipe : creat((folder_ / "stdout").c_str(), 0600);
-            const int err = creat((folder_ / "stderr").c_str(), 0600);
-            const bool ready = chdir(folder_.c_str()) == 0 && dup2(out, STDOUT_FILENO) >= 0 &&
-                               dup2(err, STDERR_FILENO) >= 0;
-            if (ready) {
-                execv(ACTIVESET_CLI, words.data());
+            if (pipe < 0 || dup2(pipe, STDOUT_FILENO) >= 0) {
+                execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
             }
             _exit(127);
         }
@@ -70,14 +54,16 @@ protected:
         int status = 0;
         EXPECT_EQ(waitpid(child, &status, 0), child);
         return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status),
-                contents("stdout"), contents("stderr")};
+                contents(folder_ / "stdout"), contents(folder_ / "stderr")};
     }
 
-    [[nodiscard]] Outcome run(const std::vector<std::string>& arguments) const {
+    [[nodiscard]] Outcome run(const std::string& arguments) const {
         return finish(start(arguments));
     }
 
-    std::filesystem::path folder_;
+    const std::filesystem::path folder_ =
+        ::testing::TempDir() + "activeset_cli_" +
+        ::testing::UnitTest::GetInstance()->current_test_info()->name();
 };
 
 }  // namespace activeset::cli::tests

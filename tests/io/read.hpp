@@ -18,27 +18,25 @@ inline Problem read(std::string_view text, const ReadLimits& limits = {}) {
     return readProblemText(text, "t.qps", limits);
 }
 
-/// what() of the error that `text` gives; fails the test if there is none.
-inline std::string errorOf(std::string_view text, const ReadLimits& limits = {}) {
+/// what() of the error that `action` raises; "no error" if it raises none.
+template <class Action>
+std::string errorFrom(Action action) {
     try {
-        static_cast<void>(read(text, limits));
+        static_cast<void>(action());
     } catch (const ReadError& error) {
         return error.what();
     }
-    ADD_FAILURE() << "no error";
-    return {};
+    return "no error";
+}
+
+inline std::string errorOf(std::string_view text, const ReadLimits& limits = {}) {
+    return errorFrom([&] { return read(text, limits); });
 }
 
 /// A file in free format: one objective row o, one row r of type L, the columns x and y, and
 /// whatever sections come after line 7.
 inline std::string smallFile(std::string_view sections) {
-    return "NAME small FREE\n"
-           "ROWS\n"
-           " N o\n"
-           " L r\n"
-           "COLUMNS\n"
-           " x o 1 r 1\n"
-           " y o 1 r 1\n" +
+    return "NAME small FREE\nROWS\n N o\n L r\nCOLUMNS\n x o 1 r 1\n y o 1 r 1\n" +
            std::string(sections) + "ENDATA\n";
 }
 

@@ -12,12 +12,6 @@ struct ErrorCase {
     std::string error;  ///< behind "t.qps:"
 };
 
-void expectErrors(const std::vector<ErrorCase>& cases) {
-    for (const ErrorCase& example : cases) {
-        EXPECT_EQ(errorOf(example.text), "t.qps:" + example.error) << example.text;
-    }
-}
-
 /// smallFile() with `line` in place of its line number `number`.
 std::string replaced(std::size_t number, const std::string& line) {
     std::string text = smallFile("");
@@ -28,140 +22,98 @@ std::string replaced(std::size_t number, const std::string& line) {
     return text.replace(begin, text.find('\n', begin) - begin, line);
 }
 
-TEST(ReadErrors, OfSections) {
-    expectErrors({
-        {"", "0: the file is empty"},
-        {"\n\n", "2: the file ends without ENDATA"},
-        {"NAME t FREE\nROWS\n N o\n", "3: the file ends without ENDATA"},
-        {" x o 1\n", "1: data before the first section"},
-        {"NAME t FREE\n x\n", "2: data before the first section"},
-        {"NAME t FREE\nCOLUMNS\n", "2: section COLUMNS comes before ROWS"},
-        {"NAME t FREE\nROWS\n N o\nRHS\n", "4: section RHS comes before COLUMNS"},
-        {"NAME t FREE\nROWS\n N o\nENDATA\n", "4: section ENDATA comes before COLUMNS"},
-        {"ROWS\n N o\nNAME late\n", "3: section NAME comes too late"},
-        {smallFile("OBJSENSE\n MAX\n"), "8: section OBJSENSE comes too late"},
-        {smallFile("RHS\nRHS\n"), "9: section RHS: the file has it on line 8 already"},
-        {smallFile("QUADOBJ\nQMATRIX\n"), "9: section QMATRIX: the file has it on line 8 already"},
-        {smallFile("RHS r 5\n"), "8: unexpected 'r 5' after the section name"},
-        {smallFile("SOS\n"), "8: section 'SOS' cannot be read"},
-        {smallFile("QSECTION\n"), "8: section 'QSECTION' cannot be read"},
-        {smallFile("QCMATRIX r\n"), "8: section 'QCMATRIX' cannot be read"},
-        {smallFile("CSECTION k 0 QUAD\n"), "8: section 'CSECTION' cannot be read"},
-        {smallFile("Bounds\n"), "8: section 'Bounds' cannot be read"},
-        {"OBJSENSE\nROWS\n", "2: OBJSENSE without MAX or MIN"},
-        {"OBJSENSE\n BEST\n", "2: objective sense 'BEST' is neither MAX nor MIN"},
-        {"OBJSENSE MAX\n MIN\n", "2: a second objective sense"},
-        {"NAME t FREE\nROWS\n L r\nCOLUMNS\n x r 1\nENDATA\n",
-         "2: no objective: ROWS has no N row"},
-        {"NAME t FREE\nROWS\n N o\nCOLUMNS\nENDATA\n", "4: COLUMNS is empty"},
-        {smallFile(std::string("RHS\n b r 5\0\n", 12)),
-         "9: a control character, which does not belong into a text file"},
-    });
+std::string bounds(const std::string& cards) {
+    return smallFile("BOUNDS\n" + cards);
 }
 
-TEST(ReadErrors, OfRowsAndColumns) {
-    const std::string longName(256, 'q');
-    expectErrors({
-        {replaced(4, " X r"), "4: row type 'X' is none of N, E, L and G"},
-        {replaced(4, " L o"), "4: a second row 'o'"},
-        {replaced(4, " L"), "4: too few fields"},
-        {replaced(4, " L r 5"), "4: too many fields"},
-        {replaced(4, " L " + longName), "4: a name of more than 255 characters"},
-        {replaced(6, " x q 1"), "6: unknown row 'q'"},
-        {replaced(6, " x"), "6: too few fields"},
-        {replaced(6, " x o"), "6: too few fields"},
-        {replaced(6, " x o 1 r"), "6: a number is missing"},
-        {replaced(6, " x o 1 r 1 o 2"), "6: too many fields"},
-        {replaced(6, " x o 1 o 2"), "6: a second entry for row 'o' in column 'x'"},
-        {replaced(7, " x r 2"), "7: a second entry for row 'r' in column 'x'"},
-        {replaced(7, " y o 1\n x r 2"),
-         "8: column 'x' was met before; its lines must stand together"},
-        {replaced(6, " M1 'MARKER' 'INTORG'"), "6: integer variables cannot be read"},
-        {replaced(6, " x " + std::string(100, 'q') + " 1"),
-         "6: unknown row '" + std::string(60, 'q') + "...'"},
-    });
-}
+const std::vector<ErrorCase> Cases{
+    // Sections.
+    {"", "0: the file is empty"},
+    {"NAME t FREE\nROWS\n N o\n", "3: the file ends without ENDATA"},
+    {"NAME t FREE\n x\n", "2: data before the first section"},
+    {"NAME t FREE\nROWS\n N o\nENDATA\n", "4: section ENDATA comes before COLUMNS"},
+    {smallFile("OBJSENSE\n MAX\n"), "8: section OBJSENSE comes too late"},
+    {smallFile("QUADOBJ\nQMATRIX\n"), "9: section QMATRIX: the file has it on line 8 already"},
+    {smallFile("RHS r 5\n"), "8: unexpected 'r 5' after the section name"},
+    {smallFile("SOS\n"), "8: section 'SOS' cannot be read"},
+    {"OBJSENSE\nROWS\n", "2: OBJSENSE without MAX or MIN"},
+    {"OBJSENSE\n BEST\n", "2: objective sense 'BEST' is neither MAX nor MIN"},
+    {"OBJSENSE MAX\n MIN\n", "2: a second objective sense"},
+    {replaced(3, " L o"), "2: no objective: ROWS has no N row"},
+    {"NAME t FREE\nROWS\n N o\nCOLUMNS\nENDATA\n", "4: COLUMNS is empty"},
+    {replaced(6, " x o 1\x01"), "6: a control character, which does not belong into a text file"},
+    // Rows and columns.
+    {replaced(4, " X r"), "4: row type 'X' is none of N, E, L and G"},
+    {replaced(4, " L o"), "4: a second row 'o'"},
+    {replaced(4, " L"), "4: too few fields"},
+    {replaced(4, " L " + std::string(256, 'q')), "4: a name of more than 255 characters"},
+    {replaced(6, " x " + std::string(100, 'q') + " 1"),
+     "6: unknown row '" + std::string(60, 'q') + "...'"},
+    {replaced(6, " x o"), "6: too few fields"},
+    {replaced(6, " x o 1 r"), "6: a number is missing"},
+    {replaced(6, " x o 1 r 1 o 2"), "6: too many fields"},
+    {replaced(6, " x o 1 o 2"), "6: a second entry for row 'o' in column 'x'"},
+    {replaced(7, " x r 2"), "7: a second entry for row 'r' in column 'x'"},
+    {replaced(7, " y o 1\n x r 2"), "8: column 'x' was met before; its lines must stand together"},
+    {replaced(6, " M1 'MARKER' 'INTORG'"), "6: integer variables cannot be read"},
+    // Numbers.
+    {replaced(6, " x o 1,5"), "6: '1,5' is not a number"},
+    {replaced(6, " x o 0x10"), "6: '0x10' is not a number"},
+    {replaced(6, " x o +-1"), "6: '+-1' is not a number"},
+    {replaced(6, " x o nan"), "6: 'nan' is not a number"},
+    {replaced(6, " x o 1e999"), "6: '1e999' is outside the range of a double"},
+    {replaced(6, " x o inf"), "6: 'inf' where only a finite number makes sense"},
+    {smallFile("RHS\n b o -inf\n"), "9: '-inf' where only a finite number makes sense"},
+    {smallFile("QUADOBJ\n x x inf\n"), "9: 'inf' where only a finite number makes sense"},
+    // Sides, ranges and bounds.
+    {smallFile("RHS\n b r 5\n b r 5\n"), "10: a second right-hand side for row 'r'"},
+    {smallFile("RHS\n b r 5\n d o 5\n"), "10: a second vector 'd' beside 'b'"},
+    {smallFile("RHS\n b r -1e20\n"),
+     "9: row 'r' cannot be met: its right-hand side '-1e20' counts as infinite"},
+    {smallFile("RANGES\n b o 5\n"), "9: a range for the objective 'o'"},
+    {smallFile("RANGES\n b r 5\n b r 5\n"), "10: a second range for row 'r'"},
+    {smallFile("RHS\n b r inf\nRANGES\n b r 5\n"),
+     "11: a range for row 'r', whose right-hand side counts as infinite"},
+    {bounds(" UP b q 5\n"), "9: unknown column 'q'"},
+    {bounds(" UP b x\n"), "9: a number is missing"},
+    {bounds(" UP\n"), "9: too few fields"},
+    {bounds(" UP b x 5 6\n"), "9: too many fields"},
+    {bounds(" FR b x 1z\n"), "9: '1z' is not a number"},
+    {bounds(" LI b x 5\n"), "9: bound type 'LI' is none of LO, UP, FX, FR, MI, PL and BV"},
+    {bounds(" FX b x inf\n"),
+     "9: bound FX of 'inf' counts as infinite and leaves column 'x' no value"},
+    {bounds(" LO b x 1e20\n"),
+     "9: bound LO of '1e20' counts as infinite and leaves column 'x' no value"},
+    {bounds(" UP b x -2\n LO b x 0\n"), "10: column 'x' has a lower bound above its upper bound"},
+    {bounds(" LO b x 1\n MI b x\n"),
+     "10: bound MI for column 'x', which line 9 has bounded already"},
+    {bounds(" PL b x\n UP b x 1\n"),
+     "10: bound UP for column 'x', which line 9 has bounded already"},
+    {bounds(" FX b x 1\n UP b x 1\n"),
+     "10: bound UP for column 'x', which line 9 has bounded already"},
+    // The quadratic part.
+    {smallFile("QUADOBJ\n x q 5\n"), "9: unknown column 'q'"},
+    {smallFile("QUADOBJ\n r x 5\n"), "9: unknown column 'r'"},
+    {smallFile("QUADOBJ\n x x 1\n x y 1\n y x 2\n x x 5\n"),
+     "11: a second entry for the pair ('x', 'y')"},
+    {smallFile("QMATRIX\n x x 5\n x y 1\n"),
+     "10: the entry for ('x', 'y') differs from the one across the diagonal"},
+    {smallFile("QMATRIX\n y x 1\n x y 1.5\n"),
+     "9: the entry for ('y', 'x') differs from the one across the diagonal"},
+    // Without the mark the error is that of the reading which got further: only the columns split
+    // "cost of" from the number, so it is they that lead to line 6.
+    {"ROWS\n N  cost of\n L  row\nCOLUMNS\n    x         cost of            1.0\n"
+     "    x         rwo                2.0\nENDATA\n",
+     "6: unknown row 'rwo'"},
+    {"ROWS\n N cost\n L row\nCOLUMNS\n x cost 1 rwo 2\nENDATA\n", "5: unknown row 'rwo'"},
+    {"ROWS\n N  c c\nCOLUMNS\n    x         c c        4.0000000000000000\nENDATA\n",
+     "4: text in column 37, which belongs to no field"},
+};
 
-TEST(ReadErrors, OfNumbers) {
-    expectErrors({
-        {replaced(6, " x o 1x"), "6: '1x' is not a number"},
-        {replaced(6, " x o 1,5"), "6: '1,5' is not a number"},
-        {replaced(6, " x o 0x10"), "6: '0x10' is not a number"},
-        {replaced(6, " x o +-1"), "6: '+-1' is not a number"},
-        {replaced(6, " x o -"), "6: '-' is not a number"},
-        {replaced(6, " x o nan"), "6: 'nan' is not a number"},
-        {replaced(6, " x o 1e999"), "6: '1e999' is outside the range of a double"},
-        {replaced(6, " x o 1e-999"), "6: '1e-999' is outside the range of a double"},
-        {replaced(6, " x o inf"), "6: 'inf' where only a finite number makes sense"},
-        {smallFile("RHS\n b o -inf\n"), "9: '-inf' where only a finite number makes sense"},
-        {smallFile("QUADOBJ\n x x inf\n"), "9: 'inf' where only a finite number makes sense"},
-        {smallFile("RANGES\n b r NaN\n"), "9: 'NaN' is not a number"},
-        {smallFile("BOUNDS\n FR b x 1z\n"), "9: '1z' is not a number"},
-    });
-}
-
-TEST(ReadErrors, OfSidesAndRanges) {
-    expectErrors({
-        {smallFile("RHS\n b q 5\n"), "9: unknown row 'q'"},
-        {smallFile("RHS\n b r 5\n b r 5\n"), "10: a second right-hand side for row 'r'"},
-        {smallFile("RHS\n b r 5\n d o 5\n"), "10: a second vector 'd' beside 'b'"},
-        {smallFile("RHS\n b r -1e20\n"),
-         "9: row 'r' cannot be met: its right-hand side '-1e20' counts as infinite"},
-        {smallFile("RANGES\n b o 5\n"), "9: a range for the objective 'o'"},
-        {smallFile("RANGES\n b r 5\n b r 5\n"), "10: a second range for row 'r'"},
-        {smallFile("RHS\n b r inf\nRANGES\n b r 5\n"),
-         "11: a range for row 'r', whose right-hand side counts as infinite"},
-    });
-}
-
-TEST(ReadErrors, OfBounds) {
-    expectErrors({
-        {smallFile("BOUNDS\n UP b q 5\n"), "9: unknown column 'q'"},
-        {smallFile("BOUNDS\n UP b x\n"), "9: a number is missing"},
-        {smallFile("BOUNDS\n UP\n"), "9: too few fields"},
-        {smallFile("BOUNDS\n UP b x 5 6\n"), "9: too many fields"},
-        {smallFile("BOUNDS\n LI b x 5\n"),
-         "9: bound type 'LI' is none of LO, UP, FX, FR, MI, PL and BV"},
-        {smallFile("BOUNDS\n SC b x 5\n"),
-         "9: bound type 'SC' is none of LO, UP, FX, FR, MI, PL and BV"},
-        {smallFile("BOUNDS\n FX b x inf\n"),
-         "9: bound FX of 'inf' counts as infinite and leaves column 'x' no value"},
-        {smallFile("BOUNDS\n LO b x 1e20\n"),
-         "9: bound LO of '1e20' counts as infinite and leaves column 'x' no value"},
-        {smallFile("BOUNDS\n UP b x -1e20\n"),
-         "9: bound UP of '-1e20' counts as infinite and leaves column 'x' no value"},
-        {smallFile("BOUNDS\n UP b y 5\n LO b x 3\n UP b x 2\n"),
-         "11: column 'x' has a lower bound above its upper bound"},
-        {smallFile("BOUNDS\n UP b x -2\n LO b x 0\n"),
-         "10: column 'x' has a lower bound above its upper bound"},
-    });
-}
-
-TEST(ReadErrors, OfTheQuadraticPart) {
-    expectErrors({
-        {smallFile("QUADOBJ\n x q 5\n"), "9: unknown column 'q'"},
-        {smallFile("QUADOBJ\n r x 5\n"), "9: unknown column 'r'"},
-        {smallFile("QUADOBJ\n x y 5\n x x 1\n y x 5\n"),
-         "11: a second entry for the pair ('x', 'y')"},
-        {smallFile("QUADOBJ\n x x 1\n y y 1\n y y 2\n x x 5\n"),
-         "11: a second entry for the pair ('y', 'y')"},
-        {smallFile("QMATRIX\n x x 5\n y y 1\n x x 5\n"),
-         "11: a second entry for the pair ('x', 'x')"},
-        {smallFile("QMATRIX\n x x 5\n x y 1\n"),
-         "10: the entry for ('x', 'y') differs from the one across the diagonal"},
-        {smallFile("QMATRIX\n y x 1\n x y 1.5\n"),
-         "9: the entry for ('y', 'x') differs from the one across the diagonal"},
-    });
-}
-
-TEST(ReadErrors, OfFixedFilesComeFromTheReadingThatGotFurther) {
-    const std::string head =
-        "ROWS\n N  cost of\n L  row\nCOLUMNS\n    x         cost of            1.0\n";
-
-    EXPECT_EQ(errorOf(head + "    x         rwo                2.0\nENDATA\n"),
-              "t.qps:6: unknown row 'rwo'");
-    EXPECT_EQ(errorOf("ROWS\n N cost\n L row\nCOLUMNS\n x cost 1 rwo 2\nENDATA\n"),
-              "t.qps:5: unknown row 'rwo'");
+TEST(ReadErrors, NameTheLineAndTheFault) {
+    for (const ErrorCase& example : Cases) {
+        EXPECT_EQ(errorOf(example.text), "t.qps:" + example.error) << example.text;
+    }
 }
 
 TEST(ReadErrors, ProblemsTooLargeForDenseMatricesAreRefused) {
@@ -170,14 +122,6 @@ TEST(ReadErrors, ProblemsTooLargeForDenseMatricesAreRefused) {
     EXPECT_EQ(errorOf(smallFile(""), {.denseBytes = 47}),
               "t.qps:0: out of memory: the dense matrices of 2 variables would take 1 MB, more "
               "than the 1 MB allowed");
-
-    std::string columns = "NAME t FREE\nROWS\n N o\nCOLUMNS\n";
-    for (int j = 0; j < 20000; ++j) {
-        columns += " x" + std::to_string(j) + " o 1\n";
-    }
-    EXPECT_EQ(errorOf(columns + "ENDATA\n"),
-              "t.qps:0: out of memory: the dense matrices of 20000 variables would take 3052 MB, "
-              "more than the 2048 MB allowed");
 }
 
 TEST(ReadErrors, AComplaintOfCoinUtilsIsAboutTheLineItCameFrom) {
@@ -187,12 +131,9 @@ TEST(ReadErrors, AComplaintOfCoinUtilsIsAboutTheLineItCameFrom) {
     deck.addColumn(1.0, {{0, 0, 2.0, 5}}, 4);
     deck.addBound("LO", 0, 5.0, 20);
     deck.addBound("UP", 0, 3.0, 30);
-    try {
-        static_cast<void>(deck.read("f"));
-        FAIL() << "no error";
-    } catch (const ReadError& error) {
-        EXPECT_STREQ(error.what(), "f:30: this line cannot be reconciled with the ones before it");
-    }
+
+    EXPECT_EQ(errorFrom([&] { return deck.read("f"); }),
+              "f:30: this line cannot be reconciled with the ones before it");
 }
 
 }  // namespace
