@@ -12,71 +12,59 @@
 namespace activeset::cli::tests {
 namespace {
 
-/// A problem with a result, and the verdict on them.
-///
-/// min ½(x − 4)² + ½(y − 1)² subject to x + z = 2, y ≥ 0 as a row, y and z ≥ 0 as bounds, x free.
-/// At the optimum (2, 1, 0) the gradient is (−2, 0, 0), so λeq = 2, which leaves 2 for z's bound.
+const std::vector<double> X = {2, 1, 0};
+const std::vector<double> Lambda = {2, /* row */ 0, /* lower */ 0, 0, 2, /* upper */ 0, 0, 0};
+
+/// min ½(x − 4)² + ½(y − 1)² subject to x + z = 2, y ≥ 0 as a row, −1 ≤ y ≤ 1.5 and z ≥ 0 as
+/// bounds, x free, with its optimum as the result. The gradient there is (−2, 0, 0), so λeq = 2,
+/// which leaves 2 for z's bound.
 struct Solved {
     io::Problem problem = io::readProblemText(
         "ROWS\n N cost\n E sum\n G row\n"
-        "COLUMNS\n x cost -4 sum 1\n y cost -1 row 1\n z sum 1\n"
-        "RHS\n b cost -8.5 sum 2\nBOUNDS\n FR b x\nQUADOBJ\n x x 1\n y y 1\nENDATA\n",
+        "COLUMNS\n x cost -4 sum 1\n y cost -1 row 1\n z sum 1\nRHS\n b cost -8.5 sum 2\n"
+        "BOUNDS\n FR b x\n LO b y -1\n UP b y 1.5\nQUADOBJ\n x x 1\n y y 1\nENDATA\n",
         "t");
-    SolveResult result;
+    SolveResult result{.code = 1, .x = X, .objective = -6.5, .lambda = Lambda};
 
-    Solved() {
-        result.code = 1;
-        result.x = {2, 1, 0};
-        result.objective = -6.5;
-        result.lambda = {2, /* row */ 0, /* lower */ 0, 0, 2, /* upper */ 0, 0, 0};
-    }
     [[nodiscard]] Verdict verdict() const { return judge(problem, result, {}); }
 };
 
 TEST(Verdicts, SupportAnOptimumAndTakeTheConstantIn) {
-    const Solved solved;
-    const Verdict verdict = solved.verdict();
+    const Verdict verdict = Solved().verdict();
 
     EXPECT_TRUE(verdict.supports());
     EXPECT_EQ(verdict.objective.value, 2.0);
-    EXPECT_EQ(verdict.primal.value, 0.0);
-    EXPECT_EQ(verdict.dual.value, 0.0);
-    EXPECT_EQ(verdict.complementarity.value, 0.0);
+    EXPECT_EQ(verdict.primal.value + verdict.dual.value + verdict.complementarity.value, 0.0);
 }
 
 TEST(Verdicts, FindEveryFlawOfAnAllegedOptimum) {
-    constexpr double Infinity = std::numeric_limits<double>::infinity();
     struct Flaw {
         Residual Verdict::*residual;
         double value;
-        std::vector<double> x = {2, 1, 0};
-        std::vector<double> lambda = {2, 0, 0, 0, 2, 0, 0, 0};
-        double lowerOfY = 0;
-        double upperOfY = Infinity;
+        std::vector<double> x;
+        std::vector<double> lambda;
         double objective = -6.5;
     };
     const std::vector<Flaw> flaws{
-        {&Verdict::primal, 0.25, {2.25, 1, 0}},
-        {.residual = &Verdict::primal, .value = 0.125, .x = {2, -0.125, 0}, .lowerOfY = -1},
-        {&Verdict::primal, 0.5, {2.5, 1, -0.5}},
-        {.residual = &Verdict::primal, .value = 0.25, .upperOfY = 0.75},
-        // The other sign convention for equalities.
-        {&Verdict::dual, 4, {2, 1, 0}, {-2, 0, 0, 0, 2, 0, 0, 0}},
-        {&Verdict::dual, 2, {2, 1, 0}, {2, 0, 0, 0, 0, 0, 0, 0}},
+        {&Verdict::primal, 0.25, {2.25, 1, 0}, Lambda},
+        {&Verdict::primal, 0.125, {2, -0.125, 0}, Lambda},
+        {&Verdict::primal, 0.5, {2.5, 1, -0.5}, Lambda},
+        {&Verdict::primal, 0.25, {2, 1.75, 0}, Lambda},
+        // The other sign convention for equalities; a multiplier left out.
+        {&Verdict::dual, 4, X, {-2, 0, 0, 0, 2, 0, 0, 0}},
+        {&Verdict::dual, 2, X, {2, 0, 0, 0, 0, 0, 0, 0}},
         // Balanced, by −3 on the row −y ≤ 0 against 3 on y's lower bound.
-        {&Verdict::dual, 3, {2, 1, 0}, {2, -3, 0, 3, 2, 0, 0, 0}},
+        {&Verdict::dual, 3, X, {2, -3, 0, 3, 2, 0, 0, 0}},
         // y is 1 away from the row and 0.5 below its upper bound.
-        {&Verdict::complementarity, 3, {2, 1, 0}, {2, 3, 0, 0, 2, 0, 3, 0}, 0, 1.5},
+        {&Verdict::complementarity, 3, X, {2, 3, 0, 0, 2, 0, 3, 0}},
         // Balanced, but x has no lower bound that could have a multiplier.
-        {&Verdict::complementarity, 0.5, {2, 1, 0}, {2.5, 0, 0.5, 0, 2.5, 0, 0, 0}},
-        {.residual = &Verdict::objective, .value = 2, .objective = -6.4}};
+        {&Verdict::complementarity, 0.5, X, {2.5, 0, 0.5, 0, 2.5, 0, 0, 0}},
+        {&Verdict::objective, 2, X, Lambda, -6.4}};
     for (const Flaw& flaw : flaws) {
         Solved solved;
         solved.result.x = flaw.x;
         solved.result.lambda = flaw.lambda;
         solved.result.objective = flaw.objective;
-        solved.problem.lb[1] = flaw.lowerOfY;
-        solved.problem.ub[1] = flaw.upperOfY;
         const Verdict verdict = solved.verdict();
         const Residual residual = verdict.*flaw.residual;
         EXPECT_EQ(residual.value, flaw.value) << "flaw " << &flaw - flaws.data();
