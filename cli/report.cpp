@@ -62,6 +62,11 @@ void visitMultipliers(const io::Problem& problem, const SolveResult& result, Vis
     }
 }
 
+/// Names in a file need not be UTF-8; what is not becomes the replacement character.
+std::string lineOf(const nlohmann::ordered_json& object) {
+    return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
 }  // namespace
 
 std::string outcomeText(const SolveResult& result) {
@@ -161,12 +166,11 @@ std::string jsonText(const io::Problem& problem,
                                  {{"kind", kind}, {"name", name}, {"value", multiplier}});
                          });
     }
-    return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return lineOf(object);
 }
 
 std::string jsonErrorText(const std::string& file, const std::string& message) {
-    const nlohmann::ordered_json object{{"file", file}, {"error", message}};
-    return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return lineOf({{"file", file}, {"error", message}});
 }
 
 }  // namespace activeset::cli

@@ -61,8 +61,6 @@ public:
     Judge(const io::Problem& problem, const SolveResult& result, const SolverSettings& settings)
         : problem_(problem),
           result_(result),
-          equalityResiduals_(rowResiduals(problem.Aeq, problem.beq, result.x)),
-          inequalityResiduals_(rowResiduals(problem.A, problem.b, result.x)),
           primal_(settings.tolCon),
           dual_(std::max(settings.tolX, Accuracy)),
           complementarity_(std::max(settings.tolCon, Accuracy)) {
@@ -91,12 +89,12 @@ private:
     static constexpr double Accuracy = 1e-6;
 
     void visitConstraints() {
-        for (const ScaledSum& residual : equalityResiduals_) {
+        for (const ScaledSum& residual : rowResiduals(problem_.Aeq, problem_.beq, result_.x)) {
             primal_.add(std::abs(residual.value), residual.scale);
         }
+        const std::vector<ScaledSum> residuals = rowResiduals(problem_.A, problem_.b, result_.x);
         for (std::size_t i = 0; i < problem_.mIneq; ++i) {
-            visitInequality(inequalityResiduals_[i].value, inequalityResiduals_[i].scale,
-                            inequalities_[i]);
+            visitInequality(residuals[i].value, residuals[i].scale, inequalities_[i]);
         }
         for (std::size_t j = 0; j < problem_.n; ++j) {
             visitBound(problem_.lb[j], result_.x[j], problem_.lb[j] - result_.x[j], lower_[j]);
@@ -156,8 +154,6 @@ private:
 
     const io::Problem& problem_;
     const SolveResult& result_;
-    std::vector<ScaledSum> equalityResiduals_;
-    std::vector<ScaledSum> inequalityResiduals_;
     std::span<const double> equalities_;  // multipliers by kind
     std::span<const double> inequalities_;
     std::span<const double> lower_;

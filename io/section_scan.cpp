@@ -34,16 +34,20 @@ bool hasFreeMark(std::string_view rest) {
     return words.size() > 1 && words.back() == FreeMark;
 }
 
+/// Takes the first line off `text`, which is not empty, and returns it without its line end.
+std::string_view takeLine(std::string_view& text) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    return line;
+}
+
 bool isMarkedFree(std::string_view text) {
     constexpr std::string_view Name = "NAME";
-    std::size_t begin = 0;
-    while (begin < text.size()) {
-        const std::size_t end = std::min(text.find('\n', begin), text.size());
-        const std::string_view line = text.substr(begin, end - begin);
+    while (!text.empty()) {
+        const std::string_view line = takeLine(text);
         if (!trimmed(line).empty() && line.front() != '*') {
             return line.substr(0, Name.size()) == Name && hasFreeMark(line.substr(Name.size()));
         }
-        begin = end + 1;
     }
     return false;
 }
@@ -51,12 +55,10 @@ bool isMarkedFree(std::string_view text) {
 }  // namespace
 
 ScannedFile Scan::run() {
-    std::size_t begin = 0;
-    while (begin < text_.size() && section_ != Section::End) {
-        const std::size_t end = std::min(text_.find('\n', begin), text_.size());
+    std::string_view rest = text_;
+    while (!rest.empty() && section_ != Section::End) {
         ++here_.line;
-        readLine(text_.substr(begin, end - begin));
-        begin = end + 1;
+        readLine(takeLine(rest));
     }
     if (section_ != Section::End) {
         here_.fail(text_.empty() ? "the file is empty" : "the file ends without ENDATA");
