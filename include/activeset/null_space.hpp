@@ -92,6 +92,7 @@ private:
     using HostList = std::shared_ptr<vxArray>;  // column of 1-based indices, persistent
 
     // Factorisation.
+    void _copyAw(OPTMatrix<double>& target) const;
     void _getQR();
     void _getNull();
     void _newQR();

@@ -39,6 +39,8 @@ enum SolutionState : std::int32_t {
 }  // namespace ASQP
 
 /// The settings. The base returns defaults; a concrete record stores what its setters are given.
+/// Phase one changes the objective limit and TolX and puts them back, also while an error unwinds:
+/// setObjectiveLimit and setTolX must not raise then.
 class ACTIVESET_API IoptOption {
 public:
     IoptOption() = default;

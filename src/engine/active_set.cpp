@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <iostream>
 #include <limits>
 
 #include "activeset/sizes.hpp"
+#include "host/console_text.hpp"
 #include "thread_state.hpp"
 
 using activeset::IndexList;
@@ -237,21 +237,22 @@ void ActiveSet::addToBottom(size_t* list, size_t n, size_t value) const {
 }
 
 void ActiveSet::printWindex(const size_t* list, size_t n) const {
+    activeset::ConsoleText text;
     for (size_t i = 0; i < n; ++i) {
-        std::cout << list[i] << '\t';
+        text << list[i] << '\t';
     }
-    std::cout << std::endl;
+    text << '\n';
 }
 // NOLINTEND(readability-convert-member-functions-to-static)
 
 void ActiveSet::printActiveSetInfo() {
     const activeset::WorkingSetCounts& counts = threadState().workingSet;
-    std::cout << "Active Constraints:\n"
-              << "   #Fixed constr: " << counts.maFixed << '\n'
-              << "   #Equal constr: " << counts.maEq << '\n'
-              << "   #Ineq  constr: " << counts.maIneq << '\n'
-              << "   #Lower constr: " << counts.maLB << '\n'
-              << "   #Upper constr: " << counts.maUB << std::endl;
+    activeset::ConsoleText() << "Active Constraints:\n"
+                             << "   #Fixed constr: " << counts.maFixed << '\n'
+                             << "   #Equal constr: " << counts.maEq << '\n'
+                             << "   #Ineq  constr: " << counts.maIneq << '\n'
+                             << "   #Lower constr: " << counts.maLB << '\n'
+                             << "   #Upper constr: " << counts.maUB << '\n';
 }
 
 bool ActiveSet::holdsWhatIsCounted() const {

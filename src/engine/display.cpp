@@ -1,10 +1,9 @@
 // The iteration table. Widths of titles and values differ in places: kept, output is compared
 // character by character.
 #include <iomanip>
-#include <iostream>
-#include <sstream>
 
 #include "activeset/solver.hpp"
+#include "host/console_text.hpp"
 
 using Matrix = OPTMatrix<double>;
 
@@ -17,16 +16,15 @@ void IsolverAS::_iterativeDisplay(Matrix& p, Matrix& gradient, double alpha) {
     }
     _updateObjectiveValue();
     const double fstar = solution.fstarRef()(0, 0);
-    std::ostringstream text;  // formats by default, whatever standard output is set to
     if (isFinal) {
-        if (solution.getSolutoinState() == ASQP::Undecided) {
-            return;
+        if (solution.getSolutoinState() != ASQP::Undecided) {
+            activeset::ConsoleText()
+                << " fstar: " << fstar << " Active: " << ActiveSet::getmaConstr()
+                << " Iterations: " << currentIter << '\n';
         }
-        text << " fstar: " << fstar << " Active: " << ActiveSet::getmaConstr()
-             << " Iterations: " << currentIter;
-        std::cout << text.str() << std::endl;
         return;
     }
+    activeset::ConsoleText text;
     using std::setw;
     if (currentIter == 0) {
         text << setw(1) << "Iter" << setw(9) << "fstar";
@@ -46,6 +44,5 @@ void IsolverAS::_iterativeDisplay(Matrix& p, Matrix& gradient, double alpha) {
     } else {
         text << setw(9) << ActiveSet::getmaConstr();
     }
-    text << setw(14) << iterMessage;
-    std::cout << text.str() << std::endl;
+    text << setw(14) << iterMessage << '\n';
 }

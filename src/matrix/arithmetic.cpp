@@ -1,7 +1,7 @@
 // Matrix arithmetic through the host's services; results come from the pool.
-#include <iostream>
 
 #include "activeset/matrix.hpp"
+#include "host/console_text.hpp"
 #include "matrix/fault.hpp"
 #include "matrix/views.hpp"
 
@@ -12,8 +12,9 @@ void raiseMatrixFault(const char* text) {
 }
 
 void printAssignmentSizes(const OPTMatrix<double>& left, const OPTMatrix<double>& right) {
-    std::cout << "LHS Size: " << left.getRows() << "-by-" << left.getCols() << '\n'
-              << "RHS Size: " << right.getRows() << "-by-" << right.getCols() << std::endl;
+    activeset::ConsoleText() << "LHS Size: " << left.getRows() << "-by-" << left.getCols() << '\n'
+                             << "RHS Size: " << right.getRows() << "-by-" << right.getCols()
+                             << '\n';
 }
 
 }  // namespace activeset
@@ -92,7 +93,7 @@ OPTMatrix<double>& OPTMatrix<double>::operator+=(const OPTMatrix& b) {
     if (rows != b.rows || cols != b.cols) {
         raiseMatrixFault("Incompatible dimensions for matrix assignment");
     }
-    for (size_t i = 0; i < rows; ++i) {
+    for (size_t i = 0; i < rows && cols != 0; ++i) {
         for (size_t j = 0; j < cols; ++j) {
             (*this)(i, j) += b(i, j);
         }

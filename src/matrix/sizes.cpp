@@ -1,8 +1,7 @@
 // OPTsizes on top of the thread's state.
 #include "activeset/sizes.hpp"
 
-#include <iostream>
-
+#include "host/console_text.hpp"
 #include "thread_state.hpp"
 
 using activeset::threadState;
@@ -58,11 +57,11 @@ size_t OPTsizes::getnVar() {
 
 void OPTsizes::printConstrInfo() {
     const activeset::SizeCounts& sizes = threadState().sizes;
-    std::cout << "Total constraints: " << sizes.mConstr << '\n'
-              << "# equalities: " << sizes.mEq << '\n'
-              << "# inequalities: " << sizes.mIneq << '\n'
-              << "# lower bounds: " << sizes.mLB << '\n'
-              << "# upper bounds: " << sizes.mUB << '\n'
-              << "# Fixed variables: " << sizes.mFixed << '\n'
-              << "Number of variables: " << sizes.nVar << std::endl;
+    activeset::ConsoleText() << "Total constraints: " << sizes.mConstr << '\n'
+                             << "# equalities: " << sizes.mEq << '\n'
+                             << "# inequalities: " << sizes.mIneq << '\n'
+                             << "# lower bounds: " << sizes.mLB << '\n'
+                             << "# upper bounds: " << sizes.mUB << '\n'
+                             << "# Fixed variables: " << sizes.mFixed << '\n'
+                             << "Number of variables: " << sizes.nVar << '\n';
 }

@@ -50,11 +50,23 @@ void NullSpaceAS::resetFactorization() {
     initialized = false;
 }
 
-void NullSpaceAS::_getQR() {
+// The first m columns of target := those of Aw; both have n rows, or the fault of an element access
+// is raised.
+void NullSpaceAS::_copyAw(Matrix& target) const {
+    const size_t n = OPTsizes::getnVar();
     const size_t m = ActiveSet::getmaConstr();
-    const MatrixView from = block(Aw, 0, m, OPTsizes::getnVar());
-    const MatrixView packed = block(QRwset, 0, m, OPTsizes::getnVar());
-    std::copy_n(from.data, from.rows * from.cols, packed.data);
+    if (Aw.getRows() != n || target.getRows() != n) {
+        activeset::raiseMatrixFault("Index exceed number of row.");
+    }
+    if (m > Aw.getCols() || m > target.getCols()) {
+        activeset::raiseMatrixFault("Index exceed number of columns.");
+    }
+    std::copy_n(Aw.getData(), n * m, target.getData());
+}
+
+void NullSpaceAS::_getQR() {
+    _copyAw(QRwset);
+    const MatrixView packed = activeset::columns(QRwset, 0, ActiveSet::getmaConstr());
     const auto info = activeset::lapack::geqrf(packed, vectorOf(tau, OPTsizes::getnVar()));
     optimAssert(info == 0, "Error calling DGEQRF from NullSpaceAS::_getQR");
 }

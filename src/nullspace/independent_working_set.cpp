@@ -2,11 +2,12 @@
 // iterations start. Equality-type constraints are pivoted to the front and always stay.
 #include <algorithm>
 #include <cmath>
-#include <iostream>
+#include <functional>
 #include <utility>
 
 #include "activeset/null_space.hpp"
 #include "activeset/sizes.hpp"
+#include "host/console_text.hpp"
 #include "host/handles.hpp"
 #include "matrix/views.hpp"
 #include "nullspace/rank.hpp"
@@ -15,14 +16,10 @@ using Matrix = OPTMatrix<double>;
 
 // QRwset := the packed pivoted factorisation of Aw; jpvt: its permutation, 1-based.
 void NullSpaceAS::_pivotWorkingSet(std::int64_t* jpvt) {
-    const size_t m = ActiveSet::getmaConstr();
-    const size_t n = OPTsizes::getnVar();
-    const activeset::MatrixView from = activeset::block(Aw, 0, m, n);
-    const activeset::MatrixView packed = activeset::block(QRwset, 0, m, n);
-    std::copy_n(from.data, from.rows * from.cols, packed.data);
+    _copyAw(QRwset);
     std::fill_n(jpvt, ActiveSet::getmaFixed() + ActiveSet::getmaEq(), 1);
     Matrix noQ;
-    _getQRE(QRwset, noQ, tau, jpvt, OPTsizes::getnVar(), m, false);
+    _getQRE(QRwset, noQ, tau, jpvt, OPTsizes::getnVar(), ActiveSet::getmaConstr(), false);
 }
 
 void NullSpaceAS::_makeWorkingSetIndependent() {
@@ -53,16 +50,18 @@ void NullSpaceAS::_removeDependentIneq(size_t* list, size_t n) {
 
 // A diagnostic for developers; the solver does not call it.
 int NullSpaceAS::_isWorkingSetFullRank() {
-    std::cout << "In the function NullSpaceAS::_isWorkingSetFullRank\n";
+    activeset::ConsoleText() << "In the function NullSpaceAS::_isWorkingSetFullRank\n";
     const size_t m = ActiveSet::getmaConstr();
     const activeset::HostBuffer<std::int64_t> jpvt(m);
     _pivotWorkingSet(jpvt.data());
-    std::cout << "Print the vector jpvt after removing the dependent inequalities\n";
+    activeset::ConsoleText() << "Print the vector jpvt after removing the dependent inequalities\n";
     const double tolerance = activeset::rankTolerance();
     for (size_t i = m; i > 0 && std::abs(QRwset(i - 1, i - 1)) < tolerance; --i) {
-        std::cout << "k,k: " << jpvt[i - 1] << "  val: " << QRwset(i - 1, i - 1) << '\n';
+        activeset::ConsoleText() << "k,k: " << jpvt[i - 1] << "  val: " << QRwset(i - 1, i - 1)
+                                 << '\n';
     }
-    std::cout << "Done with NullSpaceAS::_isWorkingSetFullRank; Checked for dependent constraints "
-                 "in the working set\n";
+    activeset::ConsoleText()
+        << "Done with NullSpaceAS::_isWorkingSetFullRank; Checked for dependent constraints "
+           "in the working set\n";
     return 1;
 }

@@ -1,10 +1,10 @@
 // A feasible point by the iteration itself, on the problem in (x, γ) that relaxes every inequality
 // and bound by γ and minimises γ.
 #include <cmath>
-#include <iostream>
 
 #include "activeset/null_space.hpp"
 #include "activeset/sizes.hpp"
+#include "host/console_text.hpp"
 #include "host/handles.hpp"
 #include "matrix/views.hpp"
 #include "thread_state.hpp"
@@ -22,10 +22,7 @@ public:
         : options_(options),
           objectiveLimit_(options.getObjectiveLimit()),
           tolX_(options.getTolX()),
-          sizes_(activeset::threadState().sizes) {
-        options_.setObjectiveLimit(options_.getTolCon());
-        options_.setTolX(0.01 * std::sqrt(activeset::machineEpsilon()));
-    }
+          sizes_(activeset::threadState().sizes) {}
     ~PhaseOneGuard() {
         options_.setObjectiveLimit(objectiveLimit_);
         options_.setTolX(tolX_);
@@ -36,6 +33,10 @@ public:
     PhaseOneGuard& operator=(const PhaseOneGuard&) = delete;
     PhaseOneGuard& operator=(PhaseOneGuard&&) = delete;
 
+    void changeOptions() {
+        options_.setObjectiveLimit(options_.getTolCon());
+        options_.setTolX(0.01 * std::sqrt(activeset::machineEpsilon()));
+    }
     void keepWorkingSet() { counts_.commit(); }
 
 private:
@@ -63,7 +64,7 @@ void NullSpaceAS::_phaseOneSolve(IoptConstraint* constraints,
                                  double& maxViolation,
                                  Matrix& point) {
     if (solveOptions->getDisplay() == "testing") {
-        std::cout << " Phase-One iterations\n";
+        activeset::ConsoleText() << " Phase-One iterations\n";
     }
     resetFactorization();
     resetIsolverAS();
@@ -74,6 +75,7 @@ void NullSpaceAS::_phaseOneSolve(IoptConstraint* constraints,
     // Whatever happens, this object must not go on pointing at the two phase-one objects.
     const ProblemGuard problem(*this);
     PhaseOneGuard guard(*solveOptions);
+    guard.changeOptions();
     PhaseOneObjective phaseOneObjective(cost.get());  // raises nVar by one
     PhaseOneConstraint phaseOneConstraint(constraints);
     init(&phaseOneObjective, &phaseOneConstraint, solveOptions, start, WfixedArray.get(),

@@ -1,8 +1,8 @@
 // One solve from start to end, and the life of the solver object.
-#include <iostream>
 
 #include "activeset/null_space.hpp"
 #include "activeset/sizes.hpp"
+#include "host/console_text.hpp"
 #include "nullspace/workspace.hpp"
 
 using Matrix = OPTMatrix<double>;
@@ -72,9 +72,9 @@ NullSpaceAS::~NullSpaceAS() {
 // The two spellings of the label are the interface's own; output is compared character by
 // character.
 void NullSpaceAS::PrintSizes() {
-    std::cout << "Qrwset, rows " << QRwset.getRows() << '\n'
-              << "QRwset, col " << QRwset.getCols() << '\n'
-              << "initialized " << static_cast<int>(initialized) << std::endl;
+    activeset::ConsoleText() << "Qrwset, rows " << QRwset.getRows() << '\n'
+                             << "QRwset, col " << QRwset.getCols() << '\n'
+                             << "initialized " << static_cast<int>(initialized) << '\n';
 }
 
 ASsolution NullSpaceAS::operator()(IoptObjective& problemObjective,

@@ -84,9 +84,8 @@ bool NullSpaceAS::feasibleWorkingSetX0(Matrix& point, IoptConstraint& constraint
     _createbw(bw, constraints);
     // A scratch copy: the least-squares solve destroys its matrix, and the factors of the working
     // set must survive a repair in mid-loop.
-    const activeset::MatrixView from = activeset::block(Aw, 0, m, n);
     Matrix scratch(n, m, true);
-    std::copy_n(from.data, n * m, scratch.getData());
+    _copyAw(scratch);
     const activeset::MatrixView A = activeset::viewOf(scratch);
     const size_t rows = std::max(n, m);
     Matrix B(rows, 2);
