@@ -24,12 +24,13 @@ namespace {
 
 // To rounding: the updates work on a symmetric matrix, while LAPACK sees one triangle only.
 bool isSymmetric(ConstMatrixView H) {
-    constexpr double Part = 16.0 * std::numeric_limits<double>::epsilon();
+    constexpr double SymmetryTolerance = 16.0 * std::numeric_limits<double>::epsilon();
     for (activeset::Int j = 0; j < H.cols; ++j) {
         for (activeset::Int i = 0; i < j; ++i) {
             const double above = H.data[j * H.ld + i];
             const double below = H.data[i * H.ld + j];
-            if (!(std::abs(above - below) <= Part * (std::abs(above) + std::abs(below)))) {
+            if (!(std::abs(above - below) <=
+                  SymmetryTolerance * (std::abs(above) + std::abs(below)))) {
                 return false;
             }
         }
@@ -86,10 +87,12 @@ int NullSpaceAS::_solveSubProblem(Matrix& g, Matrix& p) {
     return result;
 }
 
-// p from the factor that was kept from the last pass. False when there is none, or when ZᵀH·p
-// misses the reduced gradient by more than an update may lose beside LAPACK's own rounding.
+// p from the factor that was kept from the last pass. False when there is none, when ZᵀH·p misses
+// the reduced gradient by more than an update may lose beside LAPACK's own rounding, or when the
+// step is so long that the matrix may be singular: LAPACK decides then.
 bool NullSpaceAS::_followKeptFactor(Matrix& H, const Matrix& reduced, Matrix& p) {
-    constexpr double Part = 1e-12;
+    constexpr double ResidualTolerance = 1e-12;
+    constexpr double LargestCondition = 1e11;
     activeset::ReducedHessian& kept = _workspace().reducedHessian;
     const size_t n = OPTsizes::getnVar();
     const size_t nz = reduced.getRows();
@@ -113,7 +116,8 @@ bool NullSpaceAS::_followKeptFactor(Matrix& H, const Matrix& reduced, Matrix& p)
         length = std::max(length, std::abs(solved(k, 0)));
         size = std::max(size, std::abs(reduced(k, 0)));
     }
-    return error <= Part * (kept.scale() * length + size);
+    return error <= ResidualTolerance * (kept.scale() * length + size) &&
+           kept.scale() * length <= LargestCondition * size;
 }
 
 // reduced := (ZᵀHZ)⁻¹·reduced, ZᵀHZ formed afresh. Positive: not positive definite, as LAPACK says.

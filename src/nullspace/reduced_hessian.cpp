@@ -18,7 +18,7 @@ constexpr size_t Lanes = 8;
 
 // A squared pivot of this part of the matrix's size or less is in doubt: far above the rounding of
 // an update, n·ε, and far below what a well-posed problem shows.
-constexpr double SafePart = 1e-10;
+constexpr double SafePivotRatio = 1e-10;
 
 MatrixView part(MatrixView of, Int row, Int col, Int rows, Int cols) {
     of.data += col * of.ld + row;
@@ -142,7 +142,7 @@ Int ReducedHessian::formAndSolve(ConstMatrixView H, ConstMatrixView Z, double* b
 }
 
 bool ReducedHessian::isSafe(double squaredPivot) const {
-    return squaredPivot > SafePart * scale_;
+    return squaredPivot > SafePivotRatio * scale_;
 }
 
 void ReducedHessian::solve(double* b) {
@@ -156,7 +156,7 @@ void ReducedHessian::followInsertion(const RotationSweep& sweep) {
     if (!isCurrent_) {
         return;
     }
-    if (sweep.count + 1 != order_ || updates_ > triangles_.getCols()) {
+    if (sweep.count + 1 != order_ || updates_ >= triangles_.getCols()) {
         isCurrent_ = false;
         return;
     }
@@ -221,7 +221,7 @@ void ReducedHessian::followDeletion(ConstMatrixView H, ConstMatrixView Z) {
     if (!isCurrent_) {
         return;
     }
-    if (order_ + 1 != static_cast<size_t>(Z.cols) || updates_ > triangles_.getCols()) {
+    if (order_ + 1 != static_cast<size_t>(Z.cols) || updates_ >= triangles_.getCols()) {
         isCurrent_ = false;
         return;
     }
