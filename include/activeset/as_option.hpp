@@ -12,9 +12,9 @@
 class ACTIVESET_API ASoption : public IoptOption {
 public:
     ASoption();
-    /// Takes the first element of each numeric array and the text of `display`; an array that is
-    /// null or empty (for `display`: not a character array) leaves the default. maxIter is
-    /// truncated to int, saturating at its limits; NaN gives 0.
+    /// Takes the first element of each numeric array and the text of `display`; a numeric array
+    /// that is null or empty, and a `display` that is no character array, leaves the default.
+    /// maxIter is truncated to int, saturating at its limits; NaN gives 0.
     ASoption(const vxArray* maxIter,
              const vxArray* tolCon,
              const vxArray* tolFun,

@@ -47,10 +47,11 @@ struct SolveReport {
 /// @param TolX     Euclidean norm below which a search direction counts as zero
 /// @param Display  character array "off", "final", "iter" or "testing"
 ///
-/// An option that is null or empty takes the default of IoptOption.
+/// A numeric option that is null or empty, and a Display that is no character array, takes the
+/// default of IoptOption; the empty word prints nothing.
 ///
 /// Results are new arrays that belong to the caller (to its CallScope, if one is open); a null
-/// out-pointer is skipped.
+/// out-pointer is skipped, and the eight must differ.
 ///
 /// @param xstar    the point, n × 1
 /// @param fstar    the objective there, 1 × 1

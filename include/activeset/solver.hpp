@@ -43,7 +43,12 @@ public:
                                   const vxArray* Wlower,
                                   const vxArray* Wupper) = 0;
     /// p := the direction from the current point for gradient g (both n × 1), after bringing the
-    /// factorisation up to date with the last working-set change.
+    /// factorisation up to date with the last working-set change. The objective's matrices must
+    /// not change between two calls.
+    /// @raises problemNullPointer without a bound problem; for vectors or factors that do not fit,
+    ///         or matrices stored sparse, "optim:optimHstError:unhandledError"; for NullSpaceAS
+    ///         "optim:activesetqp:LinearSolveError" when an objective of type "QP" is no
+    ///         QPobjective
     virtual void getSearchDirection(OPTMatrix<double>& g, OPTMatrix<double>& p) = 0;
     /// The first m entries of lambda := the multipliers of the working set, with
     /// g + Aw·lambda = 0 in the least-squares sense; the others := 0.
@@ -71,17 +76,23 @@ public:
     void resetIsolverAS();
     /// Fills the columns of Aw from the working-set lists by kind. A bound whose variable is not
     /// in the index list is skipped without a column. Returns 1.
-    /// @raises "optim:src:activesetqp:ActiveConstraintSizeError" when m > n
+    /// @raises "optim:src:activesetqp:ActiveConstraintSizeError" when m > n; problemNullPointer and
+    ///         setWsetIndicesError as ASiterations; the fault of an element access for a row that
+    ///         does not exist or is shorter than n
     int _createAw();
 
     /// Runs passes until the outcome is decided; see docs/method.md. Needs init() and a feasible
     /// point. The outcome is in getSolution(), the multipliers of all constraints in getLambda().
+    /// @raises "optim:src:activesetqp:problemNullPointer" without objective, constraint or options;
+    ///         "optim:src:activesetqp:setWsetIndicesError" when this thread's counts are those of
+    ///         another working set; what the steps raise
     void ASiterations();
     /// Finds the most negative multiplier among the inequalities and bounds of the working set.
-    /// Returns 1 (and no departing constraint) when it is not negative, else 0.
+    /// Returns 1 (and no departing constraint) when it is at least 0, else, also for NaN, 0.
     int _isLambdaNonNeg();
     /// For a linear objective: sets the state to Unbounded (norm of p above getErrorNorm()) or
-    /// IllPosed and returns true; otherwise false. alpha is never changed.
+    /// IllPosed and returns true; otherwise false. Changes alpha only if the objective's type does
+    /// between two looks at it. Raises problemNullPointer without a bound problem.
     bool _unboundedOrIllPosed(OPTMatrix<double>& p, double& alpha);
 
     [[nodiscard]] IoptObjective* getObjective() const noexcept { return objective; }
@@ -119,9 +130,11 @@ public:
     /// Removes the working-set member at `position` (0-based): the last member takes its place.
     /// @raises "optim:src:activesetqp:elementNotFound" when its kind's list does not hold it; so
     ///         it is for every equality and fixed variable. Nothing has changed then.
+    ///         setWsetIndicesError as ASiterations
     void removeConstraint(size_t position);
     /// lambda: from working-set order to constraint numbers. `side` decides the side of a fixed
-    /// variable's multiplier and is read only there.
+    /// variable's multiplier and is read only there. Raises setWsetIndicesError as ASiterations,
+    /// and the fault of an element access for a number beyond lambda.
     void setLambdaForAllConstraints(OPTMatrix<double>& side);
     void setnewActiveConstraint(OPTMatrix<double> row);
 
@@ -150,9 +163,15 @@ protected:
     [[nodiscard]] bool _searchDirection(OPTMatrix<double>& g, OPTMatrix<double>& p);
     void _directionStep(OPTMatrix<double>& p, double& alpha);
     void _multiplierPass(OPTMatrix<double>& g);
+    void _findMinLambda();
     [[nodiscard]] bool _isLinear() const;
     void _updateObjectiveValue();
     void _requireProblem() const;
+    [[nodiscard]] static bool _findBound(const size_t* index,
+                                         size_t count,
+                                         const OPTMatrix<double>& rhs,
+                                         size_t variable,
+                                         size_t& position);
     void _requireWorkingSet() const;
 
     /// Puts the three problem pointers back as they were, when a step has bound other objects.

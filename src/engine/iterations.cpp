@@ -79,17 +79,19 @@ void IsolverAS::_directionStep(Matrix& p, double& alpha) {
 
 void IsolverAS::_multiplierPass(Matrix& g) {
     computeLambda(g, lambda);
-    if (_isLambdaNonNeg() == 1) {
-        iterMessage = " Optimal solution found";
-        solution.setSolutionState(ASQP::Optimal);
+    _findMinLambda();
+    if (minLambda < 0.0) {  // exact zero, no tolerance; NaN ends the iteration
+        iterMessage.clear();
+        removeConstraint(minLambdaIndex);
+        computeDirection = true;
         return;
     }
-    iterMessage.clear();
-    removeConstraint(minLambdaIndex);
-    computeDirection = true;
+    minLambdaIndex = activeset::NoIndex;
+    iterMessage = " Optimal solution found";
+    solution.setSolutionState(ASQP::Optimal);
 }
 
-int IsolverAS::_isLambdaNonNeg() {
+void IsolverAS::_findMinLambda() {
     const size_t first = ActiveSet::getmaEq() + ActiveSet::getmaFixed();
     // With nothing removable in the working set this is the entry behind its multipliers, a zero;
     // a problem without variables has no such entry.
@@ -101,11 +103,16 @@ int IsolverAS::_isLambdaNonNeg() {
             minLambdaIndex = i;
         }
     }
-    if (minLambda < 0.0) {  // exact zero, no tolerance; NaN ends the iteration
-        return 0;
+}
+
+// The loop's own test differs for NaN only.
+int IsolverAS::_isLambdaNonNeg() {
+    _findMinLambda();
+    if (minLambda >= 0.0) {
+        minLambdaIndex = activeset::NoIndex;
+        return 1;
     }
-    minLambdaIndex = activeset::NoIndex;
-    return 1;
+    return 0;
 }
 
 bool IsolverAS::_unboundedOrIllPosed(Matrix& p, double& alpha) {

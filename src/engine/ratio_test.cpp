@@ -72,27 +72,39 @@ int IsolverAS::_findBlockingConstraintAndAlpha(
         kindIndex = entry;
         kind = word;
     };
+    // The lists are looked at behind the products, which are the constraint set's own code and may
+    // have done anything to the counts.
     if (OPTsizes::getmIneq() > 0) {
-        const size_t* active = activeSet.getWineq();
+        const Matrix rates = constraint->Ax(p);
+        const Matrix residuals = constraint->Aconstr(point);
+        _requireWorkingSet();
         blocking.scan(
-            constraint->Ax(p), constraint->Aconstr(point), OPTsizes::getmIneq(),
-            [&](size_t i) { return contains(active, ActiveSet::getmaIneq(), i); },
+            rates, residuals, OPTsizes::getmIneq(),
+            [&](size_t i) { return contains(activeSet.getWineq(), ActiveSet::getmaIneq(), i); },
             [&](size_t i) { recordAs("ineq", firstIneq + i, i); });
     }
     if (OPTsizes::getmLB() > 0) {
-        const size_t* active = activeSet.getWlower();
+        const Matrix rates = constraint->Albx(p);
+        const Matrix residuals = constraint->Albconstr(point);
         const size_t* variable = constraint->getindexLB();
+        _requireWorkingSet();
         blocking.scan(
-            constraint->Albx(p), constraint->Albconstr(point), OPTsizes::getmLB(),
-            [&](size_t j) { return contains(active, ActiveSet::getmaLB(), variable[j]); },
+            rates, residuals, OPTsizes::getmLB(),
+            [&](size_t j) {
+                return contains(activeSet.getWlower(), ActiveSet::getmaLB(), variable[j]);
+            },
             [&](size_t j) { recordAs("lower", firstLower + variable[j], j); });
     }
     if (OPTsizes::getmUB() > 0) {
-        const size_t* active = activeSet.getWupper();
+        const Matrix rates = constraint->Aubx(p);
+        const Matrix residuals = constraint->Aubconstr(point);
         const size_t* variable = constraint->getindexUB();
+        _requireWorkingSet();
         blocking.scan(
-            constraint->Aubx(p), constraint->Aubconstr(point), OPTsizes::getmUB(),
-            [&](size_t j) { return contains(active, ActiveSet::getmaUB(), variable[j]); },
+            rates, residuals, OPTsizes::getmUB(),
+            [&](size_t j) {
+                return contains(activeSet.getWupper(), ActiveSet::getmaUB(), variable[j]);
+            },
             [&](size_t j) { recordAs("upper", firstUpper + variable[j], j); });
     }
     alpha = blocking.alpha;

@@ -1,4 +1,5 @@
 // Binding a problem and a working set to the solver, and letting go of them.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <span>
@@ -87,6 +88,7 @@ void IsolverAS::init(IoptObjective* newObjective,
     iterMessage.clear();
     currentIter = 0;
     repairCount = 0;
+    activesetChangeIndicator = NoIncrementalChange;  // no factors follow into the new problem
     replace(x, start);
     if (activeSet.setWsetIndices(Wfixed, Weq, Wineq, Wlower, Wupper) < 0) {
         raiseBadWorkingSet();
@@ -127,13 +129,21 @@ int IsolverAS::_createAw() {
         activeset::requireFull(row);
         Aw.setColumn(column++, std::span(row.getData(), row.size()));
     };
-    const auto appendBound = [&](const size_t* index, size_t count, size_t variable, auto rowOf) {
+    // Not found: no column, and the next bound fills this one. Kept: the rank test then removes the
+    // constraint that the last, unfilled column stands for.
+    const auto appendLower = [&](size_t variable) {
         size_t position = 0;
-        if (activeSet.findConstraint(index, count, variable, position) == 1) {
-            append(rowOf(position));
+        if (_findBound(constraint->getindexLB(), OPTsizes::getmLB(), constraint->getblb(), variable,
+                       position)) {
+            append(constraint->AlbRow(position));
         }
-        // Not found: no column, and the next bound fills this one. Kept: the rank test then
-        // removes the constraint that the last, unfilled column stands for.
+    };
+    const auto appendUpper = [&](size_t variable) {
+        size_t position = 0;
+        if (_findBound(constraint->getindexUB(), OPTsizes::getmUB(), constraint->getbub(), variable,
+                       position)) {
+            append(constraint->AubRow(position));
+        }
     };
     for (size_t i = 0; i < ActiveSet::getmaFixed(); ++i) {
         append(constraint->AfixedRow(activeSet.getWfixed()[i]));
@@ -145,14 +155,22 @@ int IsolverAS::_createAw() {
         append(constraint->ARow(activeSet.getWineq()[i]));
     }
     for (size_t i = 0; i < ActiveSet::getmaLB(); ++i) {
-        appendBound(constraint->getindexLB(), OPTsizes::getmLB(), activeSet.getWlower()[i],
-                    [&](size_t position) { return constraint->AlbRow(position); });
+        appendLower(activeSet.getWlower()[i]);
     }
     for (size_t i = 0; i < ActiveSet::getmaUB(); ++i) {
-        appendBound(constraint->getindexUB(), OPTsizes::getmUB(), activeSet.getWupper()[i],
-                    [&](size_t position) { return constraint->AubRow(position); });
+        appendUpper(activeSet.getWupper()[i]);
     }
     return 1;
+}
+
+// The first position of a variable in the index list of a bound side. The count is the thread's and
+// may be another problem's: the list is as long as the right-hand side.
+bool IsolverAS::_findBound(
+    const size_t* index, size_t count, const Matrix& rhs, size_t variable, size_t& position) {
+    const size_t* end = index + std::min(count, rhs.getRows());
+    const size_t* found = std::find(index, end, variable);
+    position = static_cast<size_t>(found - index);
+    return found != end;
 }
 
 void IsolverAS::_requireProblem() const {

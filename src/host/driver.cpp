@@ -2,6 +2,8 @@
 #include "activeset/driver.hpp"
 
 #include <array>
+#include <initializer_list>
+#include <utility>
 
 #include "activeset/as_option.hpp"
 #include "activeset/null_space.hpp"

@@ -249,7 +249,7 @@ void copyElement(
 }
 
 void transposeFull(const void* source, void* target, size_t m, size_t n, size_t size) noexcept {
-    for (size_t j = 0; j < n; ++j) {
+    for (size_t j = 0; j < n && m != 0; ++j) {
         for (size_t i = 0; i < m; ++i) {
             copyElement(target, i * n + j, source, j * m + i, size);
         }
@@ -492,6 +492,9 @@ void vxSetData(vxArray* array, void* buffer, size_t capacity) {
     if (numberOfElements(target) > room) {
         vxErrMsgIdAndTxt(ArrayErrorIdentifier, "The buffer is shorter than the array.");
     }
+    if (target.ownsData && buffer != nullptr && buffer == target.real) {
+        return;  // the array's own buffer stays its own
+    }
     freeData(target);
     target.ownsData = false;
     target.real = buffer;
@@ -504,6 +507,7 @@ void vxSetArrayScope(vxArray* array, int scope) {
     if (!array->isPersistent) {
         ScopeAccess::link(array);
     }
+    array->isOrphaned = array->holders > 0 && array->scope == nullptr && !array->isPersistent;
 }
 
 std::string vxArrayToStdString(const vxArray* array) {
@@ -519,7 +523,7 @@ std::string vxDescribe(const vxArray* array) {
     text << source.dimensions[0] << "-by-" << source.dimensions[1] << ' '
          << nameOf(source.elementClass) << (source.isComplex ? " complex" : "")
          << (source.isSparse ? " sparse" : "") << '\n';
-    for (size_t i = 0; i < source.dimensions[0]; ++i) {
+    for (size_t i = 0; i < source.dimensions[0] && source.dimensions[1] != 0; ++i) {
         for (size_t j = 0; j < source.dimensions[1]; ++j) {
             text << (j == 0 ? "" : " ") << vxGetElement(array, i, j);
         }

@@ -229,6 +229,9 @@ void OPTMatrix<double>::setColumn(size_t j, std::span<const double> buffer) {
 
 void OPTMatrix<double>::copyBlock(
     size_t r0, size_t r1, size_t c0, size_t c1, std::span<double> buffer) const {
+    if (c0 > c1 || r0 > r1) {
+        return;
+    }
     size_t next = 0;
     for (size_t j = c0; j <= c1; ++j) {
         for (size_t i = r0; i <= r1; ++i) {
@@ -260,7 +263,7 @@ OPTMatrix<double>::Maximum OPTMatrix<double>::maximum() const {
 
 double OPTMatrix<double>::norm() const {
     double sum = 0.0;
-    for (size_t i = 0; i < rows; ++i) {
+    for (size_t i = 0; i < rows && cols != 0; ++i) {
         for (size_t j = 0; j < cols; ++j) {
             const double value = (*this)(i, j);
             sum += value * value;

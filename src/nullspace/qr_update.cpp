@@ -17,6 +17,14 @@ using Matrix = OPTMatrix<double>;
 
 namespace {
 
+// Q as the rotations walk through it, with n for the leading dimension.
+MatrixView squareFactor(Matrix& Q) {
+    if (Q.getRows() != OPTsizes::getnVar() || Q.getCols() != OPTsizes::getnVar()) {
+        activeset::raiseMatrixFault("Index exceed number of row.");
+    }
+    return activeset::viewOf(Q);
+}
+
 // w := Qᵀa. The row of a bound has a single entry, ±1: a row of Q then, with its sign.
 void multiplyTransposed(MatrixView q, const double* a, double* w) {
     const double* end = a + q.rows;
@@ -57,7 +65,7 @@ void NullSpaceAS::_rotateRowsAndQ(size_t row, size_t pivotColumn, size_t columns
 void NullSpaceAS::_QRinsertColumn(Matrix& a) {
     const size_t n = OPTsizes::getnVar();
     const size_t k = ActiveSet::getmaConstr();
-    const MatrixView q = activeset::block(Q, 0, n, n);
+    const MatrixView q = squareFactor(Q);
     double* last = activeset::block(QRwset, k - 1, 1, n).data;
     multiplyTransposed(q, activeset::vectorOf(a, n), last);
     activeset::RotationSweep& sweep = _workspace().sweep;
@@ -101,7 +109,7 @@ void NullSpaceAS::_QRdeleteColumn(size_t j) {
     }
     // The former last column is still there: raises unless the factors have it.
     static_cast<void>(activeset::block(QRwset, 0, m + 1, n));
-    static_cast<void>(activeset::block(Q, 0, n, n));
+    static_cast<void>(squareFactor(Q));
     QRwset.copyColumn(j, m);
     for (size_t i = std::min(m, n - 1); i > j; --i) {
         _rotateRowsAndQ(i - 1, j, m);

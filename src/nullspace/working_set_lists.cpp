@@ -85,19 +85,6 @@ struct RhsWriter {
             bw(next++, 0) = rhs(list[i], 0);
         }
     }
-    // A bound that is not in the index list is skipped, as in the working-set matrix.
-    void takeBounds(const size_t* list,
-                    size_t count,
-                    const size_t* index,
-                    size_t indexCount,
-                    const Matrix& rhs) {
-        for (size_t i = 0; i < count; ++i) {
-            const size_t* found = std::find(index, index + indexCount, list[i]);
-            if (found != index + indexCount) {
-                bw(next++, 0) = rhs(static_cast<size_t>(found - index), 0);
-            }
-        }
-    }
 };
 
 }  // namespace
@@ -108,8 +95,18 @@ void NullSpaceAS::_createbw(Matrix& bw, IoptConstraint& constraints) {
     writer.take(activeSet.getWfixed(), ActiveSet::getmaFixed(), constraints.getbfixed());
     writer.take(activeSet.getWeq(), ActiveSet::getmaEq(), constraints.getbeq());
     writer.take(activeSet.getWineq(), ActiveSet::getmaIneq(), constraints.getb());
-    writer.takeBounds(activeSet.getWlower(), ActiveSet::getmaLB(), constraints.getindexLB(),
-                      OPTsizes::getmLB(), constraints.getblb());
-    writer.takeBounds(activeSet.getWupper(), ActiveSet::getmaUB(), constraints.getindexUB(),
-                      OPTsizes::getmUB(), constraints.getbub());
+    // A bound that is not in the index list is skipped, as in the working-set matrix.
+    size_t position = 0;
+    for (size_t i = 0; i < ActiveSet::getmaLB(); ++i) {
+        if (_findBound(constraints.getindexLB(), OPTsizes::getmLB(), constraints.getblb(),
+                       activeSet.getWlower()[i], position)) {
+            writer.take(&position, 1, constraints.getblb());
+        }
+    }
+    for (size_t i = 0; i < ActiveSet::getmaUB(); ++i) {
+        if (_findBound(constraints.getindexUB(), OPTsizes::getmUB(), constraints.getbub(),
+                       activeSet.getWupper()[i], position)) {
+            writer.take(&position, 1, constraints.getbub());
+        }
+    }
 }

@@ -118,17 +118,22 @@ void LinearConstraint::_createBoundAndFixedConstraints() {
 
 namespace {
 
+// As many rows as right-hand sides, and never more than the list has entries: an assignment that
+// raised half-way may have changed one and not the other.
+BoundRows boundRows(double sign,
+                    const IndexList& index,
+                    const OPTMatrix<double>& rhs,
+                    size_t variables) {
+    return {sign, index.get(), std::min(rhs.getRows(), index.capacity()), variables};
+}
+
 BoundRows lowerRows(const IndexList& index, const OPTMatrix<double>& rhs, size_t variables) {
-    return {-1.0, index.get(), rhs.getRows(), variables};
+    return boundRows(-1.0, index, rhs, variables);
 }
 
 BoundRows upperRows(const IndexList& index, const OPTMatrix<double>& rhs, size_t variables) {
-    return {1.0, index.get(), rhs.getRows(), variables};
+    return boundRows(1.0, index, rhs, variables);
 }
-
-}  // namespace
-
-namespace {
 
 // Bound rows are written out when first asked for, so that either side may lack them.
 void assignRows(OPTMatrix<double>& target,

@@ -45,6 +45,10 @@ PhaseOneConstraint::PhaseOneConstraint(IoptConstraint* of)
     }
     activeset::CountsGuard counts;
     const size_t inherited = OPTsizes::getmUB();
+    if (of->getbub().getRows() != inherited || OPTsizes::getnVar() == 0) {
+        // The counts are another problem's.
+        activeset::raiseMatrixFault("Index exceed number of row.");
+    }
     OPTsizes::setmUB(inherited + 1);
     OPTsizes::setmConstr(OPTsizes::getmConstr() + 1);
     indexUB.reserve(inherited + 1);

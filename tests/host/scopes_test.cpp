@@ -70,6 +70,7 @@ TEST_F(CallScopes, ArraysThatAMatrixUsesOutliveTheScopeAndGoWithTheMatrix) {
 TEST(WithoutAScope, KeptArraysAreTheCallersAndMatricesTakeTheirsAlong) {
     const std::int64_t before = liveArrayCount();
     vxArray* kept = nullptr;
+    vxArray* persistent = nullptr;
     {
         CallScope scope;
         kept = scope.keep(vxCreateDoubleScalar(4));
@@ -78,9 +79,13 @@ TEST(WithoutAScope, KeptArraysAreTheCallersAndMatricesTakeTheirsAlong) {
         const OPTMatrix<double> wrapping(kept);
         const OPTMatrix<double> copy(wrapping);
         const OPTMatrix<double> transposed = wrapping.transpose();
+        const OPTMatrix<double> another = wrapping.transpose();
+        persistent = another.getHostArray();
+        vxSetArrayScope(persistent, 0);  // the caller's from here on
         EXPECT_EQ(copy(0, 0) + transposed(0, 0), 8.0);
     }
-    ASSERT_EQ(liveArrayCount(), before + 1) << "a wrapping matrix destroyed the caller's array";
+    ASSERT_EQ(liveArrayCount(), before + 2) << "a matrix destroyed an array of the caller's";
+    vxDestroyArray(persistent);
     vxDestroyArray(kept);
 }
 

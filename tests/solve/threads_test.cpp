@@ -58,6 +58,15 @@ TEST_F(InterleavedSolvers, TheOneSetUpFirstRaisesWhenTheCountsOutgrewItsLists) {
                  [&] { small.solver.ASiterations(); });
 }
 
+// Its bounds are searched in the lists of its own problem, which are shorter.
+TEST_F(InterleavedSolvers, AProblemBuiltBeforeALargerOneIsNotReadBeyondItsEnd) {
+    Problem first = box(3);
+    first.Wlower = {7.0};
+    Bench small(first);
+    const Bench large(box(40));
+    EXPECT_THROW(static_cast<void>(small.solve()), HostError);
+}
+
 // What a solver set up for other sizes does is undefined, but it stays within its memory and leaves
 // nothing behind.
 TEST_F(InterleavedSolvers, GoingOnWithTheOtherOnesCountsHarmsNoLaterSolve) {
