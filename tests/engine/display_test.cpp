@@ -2,7 +2,6 @@
 #include <iomanip>
 
 #include "engine/scripted_solver.hpp"
-#include "support/golden.hpp"
 
 namespace activeset::test {
 namespace {
@@ -62,15 +61,6 @@ TEST_F(Display, OtherWordsShowNothingAndDoNotEvaluateTheObjective) {
     bool evaluated = false;
     EXPECT_EQ(shownAs("final", ASQP::Undecided, evaluated), "");
     EXPECT_TRUE(evaluated);
-}
-
-// min ½x² − 2x, x ≤ 1, from 0: the bound blocks at half the step, then its multiplier is 1.
-TEST_F(Display, TheLoopShowsItsStartAndARowAPass) {
-    Bench bench({.H = {{1}}, .c = {-2}, .ub = {1}});
-    bench.options.setDisplay("testing");
-    const CapturedOutput output;
-    static_cast<void>(bench.solve());
-    EXPECT_EQ(output.text(), golden("display_loop.txt"));
 }
 
 }  // namespace

@@ -10,9 +10,9 @@ class RatioTest : public FreshState {};
 
 struct Step {
     const char* name;
-    const char* type;
+    bool isQuadratic;
     std::vector<double> p;
-    Problem problem;  // A, b, lb, ub; one fixed variable and two equalities are added
+    Problem problem;  // A, b, lb, ub; three equalities are added
     int code;
     double alpha;
     size_t number = 0;
@@ -33,40 +33,28 @@ std::vector<Step> steps() {
     const auto rate = [](double a) { return Problem{.H = {}, .c = {}, .A = {{a, 0}}, .b = {0}}; };
     const double above = std::nextafter(Threshold, 1);
     return {
-        {"QP, nothing there", "QP", {1, 0}, {}, -1, 1},
-        {"LP, nothing there", "LP", {1, 0}, {}, -1, 1e30},
-        {"other, nothing there", "?", {1, 0}, {}, -1, 1e30},
-        {"slack below the full step", "QP", {1, 0}, slack(.5), 1, .5, 3, 0, "ineq"},
-        {"slack beyond the full step", "QP", {1, 0}, slack(2), -1, 1, 3, 0, "ineq"},
-        {"slack of just the full step", "QP", {1, 0}, slack(1), 1, 1, 3, 0, "ineq"},
-        {"LP is not capped at 1", "LP", {1, 0}, slack(2), 1, 2, 3, 0, "ineq"},
-        {"other type is not capped", "?", {1, 0}, slack(2), 1, 2, 3, 0, "ineq"},
-        {"slack beyond the first alpha", "LP", {1, 0}, slack(1e31), -1, 1e30},
-        {"moving away", "QP", {-1, 0}, slack(.5), -1, 1},
-        {"rows tie", "QP", {1, 0}, three, 1, .5, 3, 0, "ineq"},
-        {"a later row is nearer", "QP", {1, 1}, three, 1, .25, 5, 2, "ineq"},
-        {"active row is skipped", "QP", {1, 1}, three, 1, .5, 3, 0, "ineq", {.ineq = {3}}},
-        {"all active", "QP", {1, 0}, three, -1, 1, 0, 0, "untouched", {.ineq = {2, 1}}},
-        {"row, lower and upper tie", "QP", {1, -1}, ties, 1, .5, 3, 0, "ineq"},
-        {"lower and upper tie", "QP", {1, -1}, ties, 1, .5, 5, 1, "lower", {.ineq = {1}}},
-        {"upper alone", "QP", {1, -1}, ties, 1, .5, 6, 0, "upper", {.ineq = {1}, .lower = {2}}},
-        {"lower bounds tie", "QP", {-18, 0, 0, -1}, bounds, 1, .5, 3, 0, "lower"},
-        {"lower bound by its variable", "QP", {0, 0, 0, -1}, bounds, 1, .5, 6, 2, "lower"},
-        {"upper bound by its variable", "QP", {0, 1, 0, 0}, bounds, 1, .5, 8, 0, "upper"},
-        {"active lower bound", "QP", {-1, 0, 0, -1}, bounds, -1, 1, 3, 0, "lower", {.lower = {4}}},
-        {"active upper bound", "QP", {0, 1, 1, 0}, bounds, -1, 1, 9, 1, "upper", {.upper = {2}}},
-        {"rate of just the threshold", "QP", {1, 0}, rate(Threshold), -1, 1},
-        {"rate above the threshold", "QP", {1, 0}, rate(above), 1, 0, 3, 0, "ineq"},
-        {"threshold grows with the direction", "QP", {4, 0}, rate(Threshold), -1, 1},
-        {"direction of zero", "QP", {0, 0}, slack(0), -1, 1},
-        {"NaN rate", "QP", {1, 0}, rate(NaN), -1, 1},
-        {"NaN slack", "QP", {1, 0}, slack(NaN), -1, 1},
-        {"satisfied, large tolerance", "QP", {1, 0}, slack(.75), 1, .75, 3, 0, "ineq", {}, 1},
-        {"violated by a quarter of it", "QP", {1, 0}, slack(-.25), 1, .25, 3, 0, "ineq", {}, 1},
-        {"violated by half of it", "QP", {1, 0}, slack(-.5), 1, .5, 3, 0, "ineq", {}, 1},
-        {"violated by most of it", "QP", {1, 0}, slack(-.75), 1, .25, 3, 0, "ineq", {}, 1},
-        {"violated by just it", "QP", {1, 0}, slack(-1), 1, 0, 3, 0, "ineq", {}, 1},
-        {"violated by more", "QP", {2, 0}, slack(-4), 1, -1.5, 3, 0, "ineq", {}, 1},
+        {"QP, nothing there", true, {1, 0}, {}, -1, 1},
+        {"LP, nothing there", false, {1, 0}, {}, -1, 1e30},
+        {"slack beyond the full step", true, {1, 0}, slack(2), -1, 1, 3, 0, "ineq"},
+        {"slack of just the full step", true, {1, 0}, slack(1), 1, 1, 3, 0, "ineq"},
+        {"LP is not capped at 1", false, {1, 0}, slack(2), 1, 2, 3, 0, "ineq"},
+        {"slack beyond the first alpha", false, {1, 0}, slack(1e31), -1, 1e30},
+        {"rows tie", true, {1, 0}, three, 1, .5, 3, 0, "ineq"},
+        {"a later row is nearer", true, {1, 1}, three, 1, .25, 5, 2, "ineq"},
+        {"active row is skipped", true, {1, 1}, three, 1, .5, 3, 0, "ineq", {.ineq = {3}}},
+        {"row, lower and upper tie", true, {1, -1}, ties, 1, .5, 3, 0, "ineq"},
+        {"lower and upper tie", true, {1, -1}, ties, 1, .5, 5, 1, "lower", {.ineq = {1}}},
+        {"upper alone", true, {1, -1}, ties, 1, .5, 6, 0, "upper", {.ineq = {1}, .lower = {2}}},
+        {"upper bound by its variable", true, {0, 1, 0, 0}, bounds, 1, .5, 8, 0, "upper"},
+        {"active lower bound", true, {-1, 0, 0, -1}, bounds, -1, 1, 3, 0, "lower", {.lower = {4}}},
+        {"rate of just the threshold", true, {1, 0}, rate(Threshold), -1, 1},
+        {"rate above the threshold", true, {1, 0}, rate(above), 1, 0, 3, 0, "ineq"},
+        {"NaN rate", true, {1, 0}, rate(NaN), -1, 1},
+        {"NaN slack", true, {1, 0}, slack(NaN), -1, 1},
+        {"violated by a quarter of it", true, {1, 0}, slack(-.25), 1, .25, 3, 0, "ineq", {}, 1},
+        {"violated by most of it", true, {1, 0}, slack(-.75), 1, .25, 3, 0, "ineq", {}, 1},
+        {"violated by just it", true, {1, 0}, slack(-1), 1, 0, 3, 0, "ineq", {}, 1},
+        {"violated by more", true, {2, 0}, slack(-4), 1, -1.5, 3, 0, "ineq", {}, 1},
     };
 }
 
@@ -75,16 +63,16 @@ TEST_F(RatioTest, TheNearestInactiveConstraintBlocks) {
         SCOPED_TRACE(step.name);
         const size_t n = step.p.size();
         Problem problem = step.problem;
+        if (step.isQuadratic) {
+            problem.H.assign(n, std::vector<double>(n));
+        }
         problem.c.assign(n, 0.0);
-        problem.Aeq.assign(2, std::vector<double>(n, 1.0));  // never examined
-        problem.beq = {-1, 1};
+        problem.Aeq.assign(3, std::vector<double>(n, 1.0));  // never examined
+        problem.beq = {-1, 1, 0};
         Bench bench(problem);
-        FixedRows constraint(bench.constraint, {std::vector<double>(n, 1.0)}, {.1});
         bench.options.setTolCon(step.tolerance);
-        TypedObjective objective(step.type);
         ScriptedSolver solver;
-        initialise(solver, objective, constraint, bench.options, std::vector<double>(n),
-                   step.active);
+        initialise(solver, bench, step.active);
         OPTMatrix<double> p = columnMatrix(step.p);
         size_t number = 99;
         size_t kindIndex = 99;

@@ -1,5 +1,4 @@
-// Stand-ins for the engine's tests: directions and multipliers from a script, an objective of any
-// type, and fixed-variable rows.
+// A stand-in for the engine's tests: directions and multipliers from a script.
 #ifndef ACTIVESET_TESTS_ENGINE_SCRIPTED_SOLVER_HPP
 #define ACTIVESET_TESTS_ENGINE_SCRIPTED_SOLVER_HPP
 
@@ -14,7 +13,6 @@
 
 namespace activeset::test {
 
-using Columns = std::vector<std::vector<double>>;
 using Indices = std::vector<size_t>;
 
 /// Plays back one direction (or multiplier vector) a call; running out of them throws.
@@ -48,8 +46,8 @@ public:
         return canRepair;
     }
 
-    Columns directions;
-    Columns script;  // of multipliers
+    Rows directions;  // one a row
+    Rows script;      // of multipliers
     std::vector<double> repaired;
     bool canRepair = true;
     int modeSeen = -1;
@@ -59,40 +57,8 @@ public:
     size_t repairs = 0;
 };
 
-/// Zero everywhere, of the type that it is given.
-class TypedObjective : public IoptObjective {
-public:
-    explicit TypedObjective(const std::string& type) : IoptObjective(type) {}
-    OPTMatrix<double> fval(const OPTMatrix<double>& /*x*/) override { return {1, 1}; }
-    OPTMatrix<double> grad(const OPTMatrix<double>& x) override { return {x.getRows(), 1}; }
-};
-
-/// A constraint set with fixed-variable rows as well, which LinearConstraint itself never makes.
-class FixedRows : public LinearConstraint {
-public:
-    FixedRows(const LinearConstraint& other, const Rows& rows, const std::vector<double>& rhs)
-        : LinearConstraint(other),
-          fixed_(matrix(rows, OPTsizes::getnVar())),
-          rhs_(columnMatrix(rhs)) {
-        OPTsizes::setmFixed(rows.size());
-        OPTsizes::setmConstr(OPTsizes::getmConstr() + rows.size());
-    }
-    OPTMatrix<double> Afixedx(const OPTMatrix<double>& x) override { return fixed_ * x; }
-    OPTMatrix<double> Afixedconstr(const OPTMatrix<double>& x) override {
-        return Afixedx(x) - rhs_;
-    }
-    OPTMatrix<double> AfixedRow(size_t i) override { return fixed_.row(i); }
-    OPTMatrix<double>& getAfixed() override { return fixed_; }
-    OPTMatrix<double>& getbfixed() override { return rhs_; }
-
-private:
-    OPTMatrix<double> fixed_;
-    OPTMatrix<double> rhs_;
-};
-
 /// Initial lists, 1-based.
 struct Lists {
-    std::vector<double> fixed{};
     std::vector<double> eq{};
     std::vector<double> ineq{};
     std::vector<double> lower{};
@@ -100,19 +66,13 @@ struct Lists {
 };
 
 inline void initialise(IsolverAS& solver,
-                       IoptObjective& objective,
-                       IoptConstraint& constraint,
-                       IoptOption& options,
-                       const std::vector<double>& start,
-                       const Lists& lists = {}) {
-    OPTMatrix<double> x = columnMatrix(start);
-    solver.init(&objective, &constraint, &options, x, column(lists.fixed), column(lists.eq),
-                column(lists.ineq), column(lists.lower), column(lists.upper));
-}
-
-inline void initialise(IsolverAS& solver, Bench& bench, const Lists& lists = {}) {
-    initialise(solver, *bench.objective, bench.constraint, bench.options,
-               std::vector<double>(OPTsizes::getnVar()), lists);
+                       Bench& bench,
+                       const Lists& lists = {},
+                       const std::vector<double>& start = {}) {
+    OPTMatrix<double> x =
+        columnMatrix(start.empty() ? std::vector<double>(OPTsizes::getnVar()) : start);
+    solver.init(bench.objective.get(), &bench.constraint, &bench.options, x, nullptr,
+                column(lists.eq), column(lists.ineq), column(lists.lower), column(lists.upper));
 }
 
 inline Indices firstOf(const size_t* list, size_t count) {

@@ -8,18 +8,15 @@ namespace {
 
 class Direction : public FreshState {};
 
-struct Case {
-    const char* name;
-    Rows H;
-    Rows active;  // inequalities, all in the working set
-    std::vector<double> g, p;
-    ASQP::SolutionState state;
-};
-
 TEST_F(Direction, IsTheStepToTheMinimumInTheNullSpaceOrSteepestDescent) {
     constexpr auto Set = ASQP::Initialized;
     constexpr auto NotDefinite = ASQP::HessianNotPositiveDefinite;
-    const Case cases[] = {
+    const struct {
+        const char* name;
+        Rows H, active;  // inequalities, all in the working set
+        std::vector<double> g, p;
+        ASQP::SolutionState state;
+    } cases[] = {
         {"QP, free", {{2, 0}, {0, 4}}, {}, {2, -2}, {-1, .5}, Set},
         // Z = (1, −1)/√2, ZᵀHZ = 3, Zᵀg = 1/√2.
         {"QP, one active", {{2, 0}, {0, 4}}, {{1, 1}}, {1, 0}, {-1.0 / 6, 1.0 / 6}, Set},
@@ -31,7 +28,7 @@ TEST_F(Direction, IsTheStepToTheMinimumInTheNullSpaceOrSteepestDescent) {
         {"indefinite outside", {{1, 0}, {0, -1}}, {{0, 1}}, {3, 5}, {-3, 0}, Set},
         {"full working set", {{1, 0}, {0, -1}}, {{1, 1}, {1, -2}}, {3, 5}, {0, 0}, Set},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         Bench bench(
             {.H = c.H, .c = {0, 0}, .A = c.active, .b = std::vector<double>(c.active.size())});
@@ -49,10 +46,11 @@ TEST_F(Direction, IsTheStepToTheMinimumInTheNullSpaceOrSteepestDescent) {
 }
 
 TEST_F(Direction, FactorsAreUpdatedOnlyAfterASingleChange) {
-    const Problem problem{.H = {}, .c = {1, 1, 1}, .A = {{3, 1, 0}, {0, 2, 1}}, .b = {0, 0}};
+    Bench bench({.H = {}, .c = {1, 1, 1}, .A = {{3, 1, 0}, {0, 2, 1}}, .b = {0, 0}});
+    NullSpaceAS& solver = bench.solver;
+    OPTMatrix<double> g = columnMatrix({1, 1, 1});
+    OPTMatrix<double> p(3, 1);
     for (const bool isSecond : {false, true}) {
-        Bench bench(problem);
-        NullSpaceAS& solver = bench.solver;
         initialise(solver, bench, isSecond ? Lists{.ineq = {1}} : Lists{});
         solver.initializeFactorization();
         TestAccess::newQR(solver);
@@ -61,17 +59,12 @@ TEST_F(Direction, FactorsAreUpdatedOnlyAfterASingleChange) {
         if (isSecond) {
             // Factors that no Householder factorisation gives: R starts with a positive entry.
             const double root = std::sqrt(10.0);
-            for (size_t k = 0; k < 9; ++k) {
-                const double entries[] = {3, 1, 0, 0, 0, root, 1, -3, 0};
-                solver.getQ().getData()[k] = entries[k] / root;
-            }
+            solver.getQ() = matrix({{3, 0, 1}, {1, 0, -3}, {0, root, 0}}) * (1 / root);
             solver.getQRwset()(0, 0) = root;
         }
-        OPTMatrix<double> g = columnMatrix({1, 1, 1});
-        OPTMatrix<double> p(3, 1);
         solver.getSearchDirection(g, p);
         expectFactorises(solver);
-        EXPECT_EQ(isSecond, solver.getQ()(0, 0) == 3 / std::sqrt(10.0));
+        EXPECT_EQ(isSecond, solver.getQ()(0, 0) > 0.0);
         solver._setindexOfDepartingConstraint(0);
         solver.removeConstraint(0);
         solver.getSearchDirection(g, p);
@@ -81,34 +74,6 @@ TEST_F(Direction, FactorsAreUpdatedOnlyAfterASingleChange) {
         solver.getSearchDirection(g, p);
         expectFactorises(solver);
     }
-}
-
-TEST_F(Direction, TheLinearSolveTellsShapesFromIndefiniteness) {
-    NullSpaceAS solver;
-    constexpr const char* Identifier = "optim:activesetqp:SymPosDefLinearSolve";
-    const auto solve = [&](const Rows& a, const Rows& b) {
-        OPTMatrix<double> A = matrix(a);
-        OPTMatrix<double> B = matrix(b);
-        return TestAccess::symPosDefSolve(solver, A, B);
-    };
-    expectRaises(Identifier, "Matrix dimension must agree.", [&] { solve({{1, 2}}, {{1}, {2}}); });
-    expectRaises(Identifier, "Matrix must be square.", [&] { solve({{1, 2}}, {{1}}); });
-    EXPECT_EQ(solve({{4, 0, 0}, {0, 4, 0}, {0, 0, -1}}, {{1}, {2}, {3}}), 3);
-    OPTMatrix<double> A = matrix({{4, 2}, {2, 5}});
-    OPTMatrix<double> B = matrix({{8, 4}, {12, 2}});
-    EXPECT_EQ(TestAccess::symPosDefSolve(solver, A, B), 0);
-    expectNear(B, {{1, 1}, {2, 0}}, 8 * Eps);
-}
-
-TEST_F(Direction, AQuadraticTypeWordNeedsAQuadraticObjective) {
-    Bench bench({.H = {}, .c = {1, 1}, .lb = {0, 0}});
-    TypedObjective objective("QP");
-    initialise(bench.solver, objective, bench.constraint, bench.options, {0, 0});
-    bench.solver.initializeFactorization();
-    OPTMatrix<double> g = columnMatrix({1, 1});
-    OPTMatrix<double> p(2, 1);
-    expectRaises("optim:activesetqp:LinearSolveError", "QPobjective pointer is NULL.",
-                 [&] { bench.solver.getSearchDirection(g, p); });
 }
 
 TEST_F(Direction, MultipliersBalanceTheGradientInWorkingSetOrder) {

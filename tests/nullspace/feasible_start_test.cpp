@@ -28,7 +28,6 @@ TEST_F(FeasibleStart, IsTheNearestPointUnlessTheShortestOneViolatesLess) {
         EXPECT_EQ(values(bench.solver.getQRwset()), R);
     };
     const Rows e0{{1, 0}};
-    expectMove("empty working set", {}, {}, {}, {0, 0}, {5, 6}, {{5}, {6}});
     expectMove("already there", e0, {2}, {}, {}, {2, 3}, {{2}, {3}});
     expectMove("nearest", e0, {2}, {}, {}, {5, 3}, {{2}, {3}});
     // (2, 0) is nearest to (3, 1), but above the bound.
@@ -38,40 +37,6 @@ TEST_F(FeasibleStart, IsTheNearestPointUnlessTheShortestOneViolatesLess) {
     expectMove("both are as wrong", e0, {2}, {-9, 1}, {9, 2}, {5, 3}, {{2}, {3}});
     expectMove("shortest is less wrong", e0, {2}, {-9, 1}, {9, 1.5}, {5, 3}, {{2}, {0}});
     expectMove("singular", {{1, 0}, {0, 0}}, {2, 0}, {}, {}, {5, 3}, {{5}, {3}}, 0.0, false);
-}
-
-// The sizes are the thread's; the matrices are still those of the working set.
-TEST_F(FeasibleStart, AWorkingSetOfASmallerProblemIsRefused) {
-    Bench bench({.H = {{1}}, .c = {0}, .A = {{1}}, .b = {2}});
-    initialise(bench.solver, bench, {.ineq = {1}});
-    bench.solver.initializeFactorization();
-    const Bench larger({.H = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, .c = {0, 0, 0}});
-    OPTsizes::setmIneq(1);
-    OPTsizes::setmConstr(1);
-    OPTMatrix<double> x = columnMatrix({1, 2, 3});
-    OPTMatrix<double> p = columnMatrix({0, 0, 0});
-    const auto expectTooShort = [](auto action) {
-        expectRaises(MatrixFault, "Index exceed number of row.", action);
-    };
-    expectTooShort(
-        [&] { static_cast<void>(bench.solver.feasibleWorkingSetX0(x, bench.constraint)); });
-    expectTooShort([&] { bench.solver.getSearchDirection(x, p); });
-    expectTooShort([&] { TestAccess::makeIndependent(bench.solver); });
-}
-
-TEST_F(FeasibleStart, APointFixedByEqualitiesThatViolatesTheRestEndsInfeasible) {
-    Bench bench({.H = {{1, 0}, {0, 1}},
-                 .c = {0, 3},
-                 .Aeq = {{1, 0}, {0, 2}},
-                 .beq = {2, 0},
-                 .ub = {1, Inf}});
-    const ASsolution solution = bench.solve();
-    EXPECT_EQ(solution.getSolutoinState(), ASQP::Infeasible);
-    EXPECT_EQ(values(solution.getxstar()), (std::vector<double>{2, 0}));
-    // As for every infeasible end: Q is not formed before the multipliers are taken.
-    EXPECT_EQ(values(solution.getlambda()), std::vector<double>(6));
-    EXPECT_EQ(bench.solver._getCurrentIter(), 0);
-    EXPECT_FALSE(bench.solver.getPhaseOneOutcome().hasRun);
 }
 
 }  // namespace

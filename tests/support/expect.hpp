@@ -1,4 +1,4 @@
-// Expectations about errors, matrices, factorisations and optimality.
+// Expectations about errors, matrices, factorisations and printed text.
 #ifndef ACTIVESET_TESTS_SUPPORT_EXPECT_HPP
 #define ACTIVESET_TESTS_SUPPORT_EXPECT_HPP
 
@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include "activeset/sizes.hpp"
@@ -30,6 +32,13 @@ void expectRaises(const std::string& identifier, const std::string& text, Action
 template <class Action>
 void expectAssertion(const std::string& text, Action action) {
     expectRaises(AssertionIdentifier, text, action);
+}
+
+/// The content of tests/golden/`name`, which printed output must equal to the last blank.
+inline std::string golden(const std::string& name) {
+    std::ifstream file(std::string(ACTIVESET_GOLDEN_DIR "/") + name, std::ios::binary);
+    EXPECT_TRUE(file.is_open()) << "no golden file " << name;
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// Same shape, every element within `tolerance` (0: the same value).

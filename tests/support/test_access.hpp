@@ -38,49 +38,21 @@ struct TestAccess {
     static activeset::ReducedHessian& reducedHessian(NullSpaceAS& solver) {
         return solver._workspace().reducedHessian;
     }
-    /// The plain computation: ZᵀHZ is formed and factorised in every direction pass.
-    static void forbidUpdates(NullSpaceAS& solver) { solver._workspace().updatesAllowed = false; }
-    static std::vector<size_t> workingSet(NullSpaceAS& solver) {
-        const size_t* list = solver.getActiveSet().getWset();
-        return {list, list + ActiveSet::getmaConstr()};
+    /// Without them ZᵀHZ is formed plainly where a direction needs it, and no factor of it is kept.
+    static void allowUpdates(NullSpaceAS& solver, bool isAllowed) {
+        solver._workspace().updatesAllowed = isAllowed;
     }
-
     static void newQR(NullSpaceAS& solver) { solver._newQR(); }
     static void insertColumn(NullSpaceAS& solver, OPTMatrix<double>& a) {
         solver._QRinsertColumn(a);
     }
     static void deleteColumn(NullSpaceAS& solver, size_t j) { solver._QRdeleteColumn(j); }
-    static double planerot(double a, double b, OPTMatrix<double>& G) {
-        return NullSpaceAS::_planerot(a, b, G);
-    }
-    static void getQRE(NullSpaceAS& solver,
-                       OPTMatrix<double>& A,
-                       OPTMatrix<double>& Q,
-                       OPTMatrix<double>& tau,
-                       std::int64_t* jpvt,
-                       bool wantQ) {
-        solver._getQRE(A, Q, tau, jpvt, A.getRows(), A.getCols(), wantQ);
-    }
-    static int symPosDefSolve(NullSpaceAS& solver, OPTMatrix<double>& A, OPTMatrix<double>& B) {
-        double spare = 0.0;
-        return solver._symPosDefLinearSolve(A, B, spare);
-    }
-
     static std::int64_t removeDependentEq(NullSpaceAS& solver, IoptConstraint& constraints) {
         return solver._removeDependentEq(constraints);
     }
     static void makeIndependent(NullSpaceAS& solver) { solver._makeWorkingSetIndependent(); }
     static int reportRank(NullSpaceAS& solver) { return solver._isWorkingSetFullRank(); }
-    static void createLists(NullSpaceAS& solver, const std::vector<size_t>* removed) {
-        const size_t* numbers = removed == nullptr ? nullptr : removed->data();
-        const size_t count = removed == nullptr ? 0 : removed->size();
-        solver._createWfixed(numbers, count);
-        solver._createWeq(numbers, count);
-    }
     static void resizeLists(NullSpaceAS& solver) { solver._resizeWorkingSetInfo(); }
-    static void createbw(NullSpaceAS& solver, OPTMatrix<double>& bw, IoptConstraint& constraints) {
-        solver._createbw(bw, constraints);
-    }
     /// The five initial lists: fixed, eq, ineq, lower, upper.
     static std::vector<std::shared_ptr<vxArray>> lists(const NullSpaceAS& solver) {
         return {solver.WfixedArray, solver.WeqArray, solver.WineqArray, solver.WlowerArray,
