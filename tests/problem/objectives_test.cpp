@@ -11,19 +11,16 @@ using Matrix = OPTMatrix<double>;
 using Objectives = FreshState;
 
 TEST_F(Objectives, TheHessianIsUsedAsItIs) {
-    struct Case {
+    const struct {
         Rows H;
         std::vector<double> c, x;
         double value;
         Rows gradient;
-    };
-    const Case cases[] = {{{{2, 0}, {0, 4}}, {1, 1}, {1, 1}, 5, {{3}, {5}}},
-                          {{{0, 2}, {0, 0}}, {0, 0}, {1, 1}, 1, {{2}, {0}}},
-                          // ½xᵀ·H comes before ·x: the 1 is lost in 10²⁰ + 1
-                          {{{1e20, -1e20}, {1, 0}}, {0, 0}, {1, 1}, 0, {{0}, {1}}},
-                          // ½·(3·(1·3 + 2·5) + 5·(−4·3)) + 3 − 5, not the symmetric part's gradient
-                          {{{1, 2}, {-4, 0}}, {1, -1}, {3, 5}, -12.5, {{14}, {-13}}}};
-    for (const Case& c : cases) {
+    } cases[] = {// ½xᵀ·H comes before ·x: the 1 is lost in 10²⁰ + 1
+                 {{{1e20, -1e20}, {1, 0}}, {0, 0}, {1, 1}, 0, {{0}, {1}}},
+                 // ½·(3·(1·3 + 2·5) + 5·(−4·3)) + 3 − 5, not the symmetric part's gradient
+                 {{{1, 2}, {-4, 0}}, {1, -1}, {3, 5}, -12.5, {{14}, {-13}}}};
+    for (const auto& c : cases) {
         for (vxArray* H : {array(c.H), sparse(c.H)}) {
             QPobjective objective(H, column(c.c));
             const QPobjective copy(objective);
@@ -41,20 +38,14 @@ TEST_F(Objectives, LinearOnesIgnoreThePointInTheGradient) {
     LPobjective linear(column({1, -2, 3}));
     EXPECT_EQ(OPTsizes::getnVar(), 3U);
     EXPECT_EQ(rowsOf(linear.fval(columnMatrix({4, 5, 6}))), (Rows{{12}}));
-    Matrix gradient = linear.grad(Matrix());
-    gradient.fill(0.0);
+    linear.grad(Matrix()).fill(0.0);
     EXPECT_EQ(rowsOf(linear.grad(Matrix())), (Rows{{1}, {-2}, {3}})) << "the gradient is c itself";
-    LPobjective none;
-    EXPECT_EQ(OPTsizes::getnVar(), 0U);
-    EXPECT_EQ(none.grad(Matrix()).size(), 0U);
-
-    vxArray* cost = column({0, 0, 1});
+    vxArray* cost = column({0, 1});
     PhaseOneObjective phaseOne(cost);
-    vxGetDoubles(cost)[2] = 7;
-    EXPECT_EQ(OPTsizes::getnVar(), 3U);
+    vxGetDoubles(cost)[1] = 7;
     EXPECT_EQ(phaseOne.getObjectiveType(), "LP");
-    EXPECT_EQ(rowsOf(phaseOne.fval(columnMatrix({8, -9, 5}))), (Rows{{5}}));
-    EXPECT_EQ(rowsOf(phaseOne.grad(columnMatrix({8, -9, 5}))), (Rows{{0}, {0}, {1}}));
+    EXPECT_EQ(rowsOf(phaseOne.fval(columnMatrix({-9, 5}))), (Rows{{5}}));
+    EXPECT_EQ(rowsOf(phaseOne.grad(columnMatrix({-9, 5}))), (Rows{{0}, {1}}));
 }
 
 TEST_F(Objectives, SizesThatDoNotFitAreRaised) {
@@ -64,20 +55,12 @@ TEST_F(Objectives, SizesThatDoNotFitAreRaised) {
     });
     EXPECT_EQ(OPTsizes::getnVar(), 42U);
     QPobjective square(array({{1, 0}, {0, 1}}), column({1, 1}));
-    QPobjective flat(array({{1, 1}}), column({1, 1}));
-    LPobjective linear(column({1, 2}));
-    const Matrix tooLong = columnMatrix({1, 2, 3});
-    for (IoptObjective* objective :
-         {static_cast<IoptObjective*>(&square), static_cast<IoptObjective*>(&linear)}) {
-        expectRaises(MatrixFault, "Incompatible dimensions for matrix multiplication",
-                     [&] { static_cast<void>(objective->fval(tooLong)); });
+    for (const bool isGradient : {true, false}) {
+        expectRaises(MatrixFault, "Incompatible dimensions for matrix multiplication", [&] {
+            const Matrix tooLong = columnMatrix({1, 2, 3});
+            static_cast<void>(isGradient ? square.grad(tooLong) : square.fval(tooLong));
+        });
     }
-    expectRaises(MatrixFault, "Incompatible dimensions for matrix multiplication",
-                 [&] { static_cast<void>(square.grad(tooLong)); });
-    const CapturedOutput output;  // H·x is 1 × 1, the gradient 2 × 1
-    expectRaises(MatrixFault, "Incompatible dimensions for matrix assignment", [&] {
-        static_cast<void>(flat.grad(columnMatrix({1, 2})));
-    });
 }
 
 }  // namespace
