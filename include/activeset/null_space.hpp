@@ -128,8 +128,9 @@ private:
     void _restoreWorkingSetInfo();
     void _createbw(OPTMatrix<double>& bw, IoptConstraint& constraints);
     [[nodiscard]] std::int64_t _removeDependentEq(IoptConstraint& constraints);
-    [[nodiscard]] std::int64_t _numberOfDependentEq(OPTMatrix<double>& M, OPTMatrix<double>& rhs);
-    void _indexOfDependentEq(OPTMatrix<double>& Mt, size_t* idx, std::int64_t count);
+    [[nodiscard]] static std::int64_t _numberOfDependentEq(OPTMatrix<double>& M,
+                                                           OPTMatrix<double>& rhs);
+    static void _indexOfDependentEq(OPTMatrix<double>& Mt, size_t* idx, std::int64_t count);
     void _makeWorkingSetIndependent();
     void _pivotWorkingSet(std::int64_t* jpvt);
     void _removeDependentIneq(size_t* list, size_t n);
