@@ -99,10 +99,6 @@ MatrixView ReducedHessian::lower() {
     return view;
 }
 
-double ReducedHessian::factor(size_t i, size_t j) const {
-    return triangles_(i + 1, j);
-}
-
 Int ReducedHessian::formAndSolve(ConstMatrixView H, ConstMatrixView Z, double* b) {
     reserve(static_cast<size_t>(Z.rows));
     isCurrent_ = false;

@@ -53,8 +53,6 @@ public:
 
     /// The largest diagonal entry that M̂ is known to have had; an estimate of its size.
     [[nodiscard]] double scale() const noexcept { return scale_; }
-    /// L(i, j), for tests.
-    [[nodiscard]] double factor(size_t i, size_t j) const;
 
 private:
     void reserve(size_t n);

@@ -1,6 +1,8 @@
 // The Cholesky factor of the reduced Hessian that is kept from pass to pass, against the plain
 // computation.
+#include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <random>
 
 #include "engine/scripted_solver.hpp"
@@ -99,6 +101,42 @@ TEST_F(KeptFactor, LeavesOutcomeWorkingSetAndPassesAsThePlainComputationHasThem)
         ASSERT_EQ(updated.solver._getCurrentIter(), plain.solver._getCurrentIter());
         ASSERT_EQ(workingSet(updated.solver), expectedSet);
         expectNear(actual.getxstar(), rowsOf(expected.getxstar()), 1e-9);
+    }
+}
+
+// H is L·Lᵀ in reversed order, L with −0.9 everywhere below a unit diagonal: every pivot of an
+// update is 1, yet H is singular to working precision. Only the length of the direction shows it.
+TEST_F(KeptFactor, LetsLapackDecideWhereOnlyTheDirectionShowsASingularMatrix) {
+    constexpr size_t N = 40;
+    Problem problem{Rows(N, std::vector<double>(N, 0.0)), std::vector<double>(N, -1.0)};
+    problem.lb.assign(N, 0.0);
+    for (size_t i = 0; i < N; ++i) {
+        for (size_t j = 0; j < N; ++j) {
+            for (size_t k = 0; k <= std::min(i, j); ++k) {
+                problem.H[N - 1 - i][N - 1 - j] += (i == k ? 1.0 : -0.9) * (j == k ? 1.0 : -0.9);
+            }
+        }
+    }
+    std::vector<double> active(N - 1);
+    std::iota(active.begin(), active.end(), 1.0);
+    for (const bool updates : {false, true}) {
+        Bench bench(problem);
+        NullSpaceAS& solver = bench.solver;
+        TestAccess::allowUpdates(solver, updates);
+        bench.init({}, {}, active);
+        solver.initializeFactorization();
+        OPTMatrix<double> g(N, 1);
+        for (size_t i = 0; i < N; ++i) {
+            g(i, 0) = static_cast<double>(i % 3) - 1.0;
+        }
+        OPTMatrix<double> p(N, 1);
+        solver.getSearchDirection(g, p);
+        for (size_t last = N - 1; last > 0; --last) {
+            solver._setindexOfDepartingConstraint(last - 1);
+            solver.removeConstraint(last - 1);
+            solver.getSearchDirection(g, p);
+        }
+        EXPECT_EQ(solver.getSolution().getSolutoinState(), ASQP::HessianNotPositiveDefinite);
     }
 }
 
