@@ -3,7 +3,8 @@
 #define ACTIVESET_FUZZ_JUDGE_HPP
 
 #include <algorithm>
-#include <array>
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -12,10 +13,8 @@
 #include <string>
 #include <string_view>
 
-#include "activeset/active_set.hpp"
 #include "activeset/host.hpp"
 #include "activeset/matrix.hpp"
-#include "activeset/sizes.hpp"
 
 namespace activeset::fuzz {
 
@@ -30,6 +29,11 @@ inline void require(bool holds, std::string_view what) {
     if (!holds) {
         condemn(what);
     }
+}
+
+/// The same number, whatever the sign of a zero or the payload of a NaN.
+inline bool isSame(double p, double q) {
+    return p == q || (std::isnan(p) && std::isnan(q));
 }
 
 /// Swallows what is printed through a stream while it lives, and counts it.
@@ -61,17 +65,6 @@ private:
     std::size_t count_ = 0;
 };
 
-/// The counts that all classes of a thread share.
-using Counts = std::array<std::size_t, 14>;
-
-inline Counts countsOfThread() {
-    return {OPTsizes::getmConstr(),  OPTsizes::getmIneq(),  OPTsizes::getmEq(),
-            OPTsizes::getnEq(),      OPTsizes::getmFixed(), OPTsizes::getmLB(),
-            OPTsizes::getmUB(),      OPTsizes::getnVar(),   ActiveSet::getmaConstr(),
-            ActiveSet::getmaFixed(), ActiveSet::getmaEq(),  ActiveSet::getmaIneq(),
-            ActiveSet::getmaLB(),    ActiveSet::getmaUB()};
-}
-
 /// What must be alive after a piece of work as it was before.
 class LeakCheck {
 public:
@@ -83,7 +76,6 @@ public:
         require(utInterruptMode::depth() == 0, "interrupt mode not left");
         require(utInterruptMode::current() == -1, "interrupt mode not put back");
     }
-    [[nodiscard]] std::int64_t arraysSince() const { return liveArrayCount() - arrays_; }
 
 private:
     std::int64_t arrays_;

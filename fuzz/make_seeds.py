@@ -27,10 +27,10 @@ def main():
         inequalities = generator.randrange(13)
         head = [variables, inequalities]
         write("entry", f"seed_{k:02}", head, 60 + 25 * variables + 12 * inequalities, generator)
-    # 0 and 1: operations on matrices; 2: changes of a working set; 3: members in any order; 4: arrays.
-    for k in range(40):
+    # 0 and 1: operations on matrices; 2: changes of a working set; 3: members in any order.
+    for k in range(24):
         generator = random.Random(100 + k)
-        write("classes", f"seed_{k:02}", [k % 5], 100 + 30 * (k // 5), generator)
+        write("classes", f"seed_{k:02}", [k % 4], 100 + 40 * (k // 4), generator)
 
 
 if __name__ == "__main__":

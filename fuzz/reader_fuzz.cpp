@@ -1,12 +1,10 @@
 // The reader of problem files under any text: a consistent problem or a ReadError, and silence.
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <iostream>
 #include <limits>
 #include <string>
@@ -24,39 +22,14 @@ using io::ReadError;
 constexpr io::ReadLimits Limits{.textBytes = std::size_t{1} << 20U,
                                 .denseBytes = std::size_t{1} << 22U};
 
-/// A file in memory, with a path.
-class MemoryFile {
-public:
-    explicit MemoryFile(const char* name) : descriptor_(memfd_create(name, 0)) {
-        require(descriptor_ >= 0, "no file in memory");
-    }
-    ~MemoryFile() { close(descriptor_); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile(MemoryFile&&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-    MemoryFile& operator=(MemoryFile&&) = delete;
-
-    [[nodiscard]] int descriptor() const { return descriptor_; }
-    [[nodiscard]] std::string path() const {
-        return "/proc/self/fd/" + std::to_string(descriptor_);
-    }
-    [[nodiscard]] off_t size() const { return lseek(descriptor_, 0, SEEK_END); }
-    void write(std::string_view text) const {
-        require(
-            pwrite(descriptor_, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()),
-            "the file in memory is full");
-    }
-
-private:
-    int descriptor_;
-};
-
-/// Standard output goes into a file from now on, whoever prints.
-const MemoryFile& capturedOutput() {
-    static const MemoryFile file("output");
-    static const bool isRedirected = dup2(file.descriptor(), STDOUT_FILENO) == STDOUT_FILENO;
-    require(isRedirected, "standard output cannot be captured");
-    return file;
+/// A file in memory holding the text; its path.
+std::string fileOf(const std::string& text) {
+    static const int descriptor = memfd_create("input", 0);
+    const auto size = static_cast<ssize_t>(text.size());
+    require(
+        ftruncate(descriptor, 0) == 0 && pwrite(descriptor, text.data(), text.size(), 0) == size,
+        "no file in memory");
+    return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
 bool isFinite(const std::vector<double>& numbers) {
@@ -74,15 +47,13 @@ void judgeNames(const std::vector<std::string>& names) {
 void judgeProblem(const Problem& problem) {
     const std::size_t n = problem.n;
     require(n >= 1, "no variables");
-    require(problem.H.size() == n * n && problem.c.size() == n, "an objective of another size");
-    require(problem.A.size() == problem.mIneq * n && problem.b.size() == problem.mIneq,
-            "inequalities of another size");
-    require(problem.Aeq.size() == problem.mEq * n && problem.beq.size() == problem.mEq,
-            "equalities of another size");
-    require(problem.lb.size() == n && problem.ub.size() == n, "bounds of another size");
-    require(problem.variableNames.size() == n, "another number of variable names");
-    require(problem.inequalities.size() == problem.mIneq, "another number of inequality names");
-    require(problem.equalityNames.size() == problem.mEq, "another number of equality names");
+    const bool fits =
+        problem.H.size() == n * n && problem.c.size() == n && problem.lb.size() == n &&
+        problem.A.size() == problem.mIneq * n && problem.b.size() == problem.mIneq &&
+        problem.Aeq.size() == problem.mEq * n && problem.beq.size() == problem.mEq &&
+        problem.ub.size() == n && problem.variableNames.size() == n &&
+        problem.inequalities.size() == problem.mIneq && problem.equalityNames.size() == problem.mEq;
+    require(fits, "parts of different sizes");
     for (const auto* numbers :
          {&problem.H, &problem.c, &problem.A, &problem.b, &problem.Aeq, &problem.beq}) {
         require(isFinite(*numbers), "a number is not finite");
@@ -156,11 +127,10 @@ void run(const std::string& text) {
         judgeSame(reading, readText(text + "\nRHS\n what does not count\n"), 0,
                   "what stands behind the end changed the problem");
     }
-    const MemoryFile file("input");
-    file.write(text);
+    const std::string path = fileOf(text);
     const bool isCompressed = text.size() >= 2 && text[0] == '\x1f' && text[1] == '\x8b';
     const std::size_t anyLine = std::numeric_limits<std::size_t>::max() - 1;
-    const Reading ofFile = attempt(anyLine, [&] { return io::readProblem(file.path(), Limits); });
+    const Reading ofFile = attempt(anyLine, [&] { return io::readProblem(path, Limits); });
     if (!isCompressed) {
         judgeSame(reading, ofFile, 0, "the file is read in another way than its text");
     }
@@ -171,12 +141,9 @@ void run(const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace activeset::fuzz;
-    const MemoryFile& output = capturedOutput();
+    const SilencedStream output(std::cout);
     const SilencedStream errors(std::cerr);
-    const off_t before = output.size();
     run(std::string(data, data + size));
-    std::cout.flush();
-    std::fflush(stdout);
-    require(output.size() == before && errors.count() == 0, "the reader printed something");
+    require(output.count() + errors.count() == 0, "the reader printed something");
     return 0;
 }
