@@ -12,7 +12,7 @@ namespace {
 
 class KeptFactor : public FreshState {
 protected:
-    std::mt19937_64 generator{20};  // the seed
+    std::mt19937_64 generator{20};
 
     double normal() { return std::normal_distribution<double>()(generator); }
     Rows randomRows(size_t rows, size_t cols) {
