@@ -37,7 +37,8 @@ struct Outcome {
 void judgeForm(const test::Outputs& out, std::uint8_t outMask) {
     for (std::size_t i = 0; i < out.size(); ++i) {
         const vxArray* array = out.at(i);
-        require((array == nullptr) == ((outMask >> i & 1U) != 0), "a wanted result is missing");
+        const bool isWanted = (unsigned{outMask} >> i & 1U) == 0;
+        require(isWanted == (array != nullptr), "a wanted result is missing");
         require(array == nullptr || (vxIsDouble(array) && !vxIsComplex(array) &&
                                      !vxIsSparse(array) && vxGetN(array) == 1),
                 "a result is no full real column of doubles");
