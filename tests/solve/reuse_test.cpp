@@ -1,13 +1,11 @@
-// One solver for several solves, warm starts, limits and interrupts.
+// One solver for several solves, warm starts, limits.
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <thread>
 
 #include "activeset/sizes.hpp"
 #include "solve/examples.hpp"
 #include "solve/optimality.hpp"
-#include "solve/recorder.hpp"
 #include "support/expect.hpp"
 #include "support/fixture.hpp"
 
@@ -77,43 +75,6 @@ TEST_F(Stops, ALimitReachedInPhaseOneEndsAsInfeasible) {
     EXPECT_EQ(result.state, ASQP::Infeasible);
     EXPECT_EQ(lastSolveReport().phaseOneIterations, 1);
     EXPECT_EQ(result.lambda, Numbers(6, 0.0));
-}
-
-TEST_F(Stops, AnInterruptFromAnotherThreadEndsTheNextPassAtAFeasiblePoint) {
-    const Problem problem = box(10);
-    Bench bench(problem);
-    size_t rows = 0;
-    RowOptions interrupting([&] {
-        if (++rows == 5) {  // the start row and four passes
-            std::thread([] { utInterruptState::flags_pending = 1; }).join();
-        }
-    });
-    const ASsolution solution =
-        bench.solver(*bench.objective, bench.constraint, column(problem.start()), interrupting,
-                     nullptr, nullptr, nullptr);
-    const PendingInterrupt clear(false);
-    EXPECT_EQ(solution.getSolutoinState(), ASQP::Interrupted);
-    EXPECT_EQ(bench.solver._getCurrentIter(), 5);
-    EXPECT_EQ(rows, 6U);
-    const Numbers x = values(solution.xstarRef());
-    EXPECT_EQ(std::count(x.begin(), x.end(), 1.0), 5) << "one bound a pass";
-    EXPECT_GE(*std::min_element(x.begin(), x.end()), 0.0);
-    EXPECT_LE(*std::max_element(x.begin(), x.end()), 1.0);
-    double f = 0.0;
-    for (size_t k = 0; k < x.size(); ++k) {
-        f += 0.5 * x[k] * x[k] + problem.c[k] * x[k];
-    }
-    EXPECT_NEAR(solution.fstarRef()(0, 0), f, 1e-13 * std::abs(f));
-    EXPECT_EQ(utInterruptMode::depth(), 0);
-}
-
-TEST_F(Stops, AnInterruptThatIsNotClearedEndsEveryLaterSolve) {
-    const PendingInterrupt flag;
-    for (int call = 0; call < 2; ++call) {
-        EXPECT_EQ(solve(box(4)).state, ASQP::Interrupted);
-        EXPECT_EQ(lastSolveReport().iterations, 1);
-        EXPECT_EQ(utInterruptState::flags_pending, 1) << "the library must not clear it";
-    }
 }
 
 }  // namespace

@@ -1,0 +1,193 @@
+// Solves that are stopped in the middle, by the interrupt flag or by an error.
+#include <gtest/gtest.h>
+#include <sys/time.h>
+
+#include <chrono>
+#include <csignal>
+#include <random>
+#include <thread>
+
+#include "solve/examples.hpp"
+#include "solve/recorder.hpp"
+#include "support/enumerate_qp.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+using std::chrono::microseconds;
+using std::chrono::steady_clock;
+
+/// Many passes in both phases: rows that (1, …, 1) satisfies, from a start that violates most of
+/// them.
+Problem longWay(std::mt19937& generator) {
+    constexpr size_t N = 40;
+    std::normal_distribution<double> normal;
+    const auto row = [&] {
+        Numbers result(N);
+        std::generate(result.begin(), result.end(), [&] { return normal(generator); });
+        return result;
+    };
+    Problem problem{.H = {}, .c = row(), .lb = Numbers(N, -2.0), .x0 = row()};
+    for (size_t i = 0; i < N; ++i) {
+        problem.H.emplace_back(N, 0.0)[i] = 1.0;
+        problem.c[i] *= 50.0;
+        problem.x0[i] *= 50.0;
+    }
+    for (size_t i = 0; i < N + 25; ++i) {
+        const bool isEquality = i < 3;
+        (isEquality ? problem.Aeq : problem.A).push_back(row());
+        const double sum = dot((isEquality ? problem.Aeq : problem.A).back(), Numbers(N, 1.0));
+        (isEquality ? problem.beq : problem.b).push_back(isEquality ? sum : sum + 0.1);
+    }
+    return problem;
+}
+
+class Interrupts : public FreshState {
+protected:
+    /// Has one solve after another interrupted, each after a random time, until many have not got
+    /// to their end. `arm` sees to it that the flag is set after that time, and returns what is to
+    /// be called before the flag may be cleared.
+    template <class Arm>
+    void interruptMany(Arm arm) {
+        constexpr std::uint32_t Seed = 20;
+        constexpr int Wanted = 60;
+        SCOPED_TRACE("seed " + std::to_string(Seed));
+        std::mt19937 generator(Seed);
+        const Problem problem = longWay(generator);
+        const auto start = steady_clock::now();
+        const std::vector<std::uint64_t> undisturbed = bits(solve(problem).x);
+        const auto longest = std::chrono::duration_cast<microseconds>(steady_clock::now() - start);
+        std::uniform_int_distribution<std::int64_t> times(1, longest.count());
+        for (int interrupted = 0, trial = 0; interrupted < Wanted; ++trial) {
+            ASSERT_LT(trial, 100 * Wanted) << "only " << interrupted << " were interrupted";
+            Bench bench(problem);
+            const auto disarm = arm(microseconds(times(generator)));
+            const ASsolution solution = solveAndCount(bench, problem);
+            const bool isCutShort = pending_[0] + pending_[1] > 0;
+            disarm();
+            judge(solution, problem, bench, undisturbed);
+            interrupted += isCutShort && solution.getSolutoinState() != ASQP::Optimal ? 1 : 0;
+            if (HasFailure()) {
+                FAIL() << "trial " << trial;
+            }
+            if (utInterruptState::flags_pending != 0) {
+                EXPECT_EQ(solve(box(4)).state, ASQP::Interrupted) << "the flag was cleared";
+                EXPECT_EQ(lastSolveReport().iterations, 1);
+                utInterruptState::flags_pending = 0;
+            }
+        }
+        EXPECT_EQ(bits(solve(problem).x), undisturbed);
+    }
+
+private:
+    /// Counts the rows of each phase at which the flag is up: every pass ends with one.
+    ASsolution solveAndCount(Bench& bench, const Problem& problem) {
+        pending_ = {};
+        RowOptions options([&] {
+            const bool isPhaseOne = bench.solver.getConstraint()->getProblemType() == "PhaseI";
+            pending_.at(isPhaseOne ? 1 : 0) += utInterruptState::flags_pending & 1U;
+        });
+        return bench.solver(*bench.objective, bench.constraint, column(problem.start()), options,
+                            nullptr, nullptr, nullptr);
+    }
+
+    void judge(const ASsolution& solution,
+               const Problem& problem,
+               const Bench& bench,
+               const std::vector<std::uint64_t>& undisturbed) const {
+        const int state = solution.getSolutoinState();
+        const int phaseOne = bench.solver.getPhaseOneOutcome().state;
+        const Numbers x = values(solution.xstarRef());
+        // Seen at the end of a pass that had looked at the flag before, and of the pass after it.
+        EXPECT_LE(pending_[1], 2U);
+        EXPECT_LE(pending_[0], 2U);
+        EXPECT_EQ(utInterruptMode::depth(), 0);
+        EXPECT_EQ(utInterruptMode::current(), -1);
+        if (state == ASQP::Optimal) {
+            EXPECT_LE(pending_[0], 1U);
+            EXPECT_EQ(bits(x), undisturbed);
+            return;
+        }
+        EXPECT_EQ(state == ASQP::Infeasible ? phaseOne : state, ASQP::Interrupted);
+        for (const RowConstraint& constraint : constraintsOf(problem)) {
+            const double excess = dot(constraint.row, x) - constraint.rhs;
+            EXPECT_TRUE(std::isfinite(excess));
+            if (constraint.isEquality) {
+                EXPECT_NEAR(excess, 0.0, 1e-9);
+            } else if (state == ASQP::Interrupted) {
+                EXPECT_LE(excess, 1e-6);
+            }
+        }
+        const double f = objectiveAt(problem, x);
+        EXPECT_NEAR(solution.fstarRef()(0, 0), f, 1e-12 * (1.0 + std::abs(f)));
+    }
+
+    std::array<unsigned, 2> pending_{};  ///< rows of the main loop, rows of phase one
+};
+
+using InterruptThreads = Interrupts;
+
+TEST_F(InterruptThreads, TheFlagSetByAnotherThreadEndsASolveWithinAPass) {
+    interruptMany([](microseconds time) {
+        return [setter = std::make_shared<std::jthread>([time] {
+                    std::this_thread::sleep_for(time);
+                    utInterruptState::flags_pending = 1;
+                })] { setter->join(); };
+    });
+}
+
+TEST_F(Interrupts, TheFlagSetByASignalHandlerEndsASolveWithinAPass) {
+    std::signal(SIGALRM, [](int /*signal*/) { utInterruptState::flags_pending = 1; });
+    interruptMany([](microseconds time) {
+        const itimerval once{{0, 0}, {0, static_cast<suseconds_t>(time.count())}};
+        setitimer(ITIMER_REAL, &once, nullptr);
+        return [] {
+            const itimerval never{};
+            setitimer(ITIMER_REAL, &never, nullptr);
+        };
+    });
+    std::signal(SIGALRM, SIG_DFL);
+}
+
+TEST_F(Interrupts, OnlyTheLowestBitOfTheFlagCounts) {
+    const PendingInterrupt clearedAtTheEnd;
+    utInterruptState::flags_pending = 0xFE;
+    EXPECT_EQ(solve(box(4)).state, ASQP::Optimal);
+    EXPECT_EQ(utInterruptState::flags_pending, 0xFE);
+}
+
+TEST_F(Interrupts, AnErrorInMidLoopLeavesTheModeAndNothingBehind) {
+    const Problem problem = triangleFromOutside();
+    const Result expected = solve(problem);
+    const auto arrays = liveArrayCount();
+    // The option record raises at one row in turn.
+    const auto raisesAt = [&](size_t row) {
+        const CallScope scope;
+        size_t rows = 0;
+        RowOptions options([&] {
+            if (rows++ == row) {
+                vxErrMsgIdAndTxt("test:row", "stop");
+            }
+        });
+        Bench bench(problem);
+        try {
+            bench.solver(*bench.objective, bench.constraint, column(problem.start()), options,
+                         nullptr, nullptr, nullptr);
+        } catch (const HostError&) {
+            return true;
+        }
+        return false;
+    };
+    size_t row = 0;
+    for (; raisesAt(row); ++row) {
+        EXPECT_EQ(utInterruptMode::depth(), 0);
+        EXPECT_EQ(utInterruptMode::current(), -1);
+        EXPECT_EQ(solve(problem), expected);  // releases the pool, too
+        EXPECT_EQ(liveArrayCount(), arrays);
+    }
+    EXPECT_GT(row, 5U);
+}
+
+}  // namespace
+}  // namespace activeset::test
