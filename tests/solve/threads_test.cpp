@@ -1,9 +1,12 @@
 // Several solves at once, on several threads or by several objects.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
 #include <thread>
 
-#include "solve/examples.hpp"
+#include "solve/mixed_calls.hpp"
 #include "support/expect.hpp"
 #include "support/fixture.hpp"
 
@@ -12,37 +15,35 @@ namespace {
 
 class SolveThreads : public FreshState {};
 
+/// ACTIVESET_THREAD_SECONDS asks for more than a second.
 TEST_F(SolveThreads, SolvesAtTheSameTimeGiveTheBitsOfSerialOnes) {
-    const std::vector<Problem> problems{
-        triangleFromOutside(), box(30), infeasible(), dependent(), flat(), box(7), contradiction()};
-    std::vector<Result> serial;
-    for (const Problem& problem : problems) {
-        serial.push_back(solve(problem));
-    }
-    constexpr size_t Threads = 4;
-    constexpr size_t Calls = 70;
-    std::vector<std::vector<Result>> parallel(Threads);
-    std::vector<std::int64_t> left(Threads, -1);
-    std::vector<std::thread> threads;
-    for (size_t t = 0; t < Threads; ++t) {
-        threads.emplace_back([&, t] {
-            for (size_t k = 0; k < Calls; ++k) {
-                parallel[t].push_back(solve(problems[(t + k) % problems.size()]));
-            }
-            left[t] = liveArrayCount() + liveBlockCount();
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    for (size_t t = 0; t < Threads; ++t) {
-        ASSERT_EQ(parallel[t].size(), Calls);
-        for (size_t k = 0; k < Calls; ++k) {
-            EXPECT_EQ(parallel[t][k], serial[(t + k) % problems.size()])
-                << "thread " << t << ", call " << k;
+    constexpr size_t Threads = 8;
+    constexpr std::uint32_t Seed = 8;
+    std::vector<MixedCall> calls = mixedCalls(300, Seed);
+    std::erase_if(calls, [](const MixedCall& call) { return call.isInterrupted(); });
+    std::vector<Ending> serial;
+    std::transform(calls.begin(), calls.end(), std::back_inserter(serial),
+                   [](const MixedCall& call) { return call.make(); });
+    const char* seconds = std::getenv("ACTIVESET_THREAD_SECONDS");
+    const auto end = std::chrono::steady_clock::now() +
+                     std::chrono::seconds(seconds == nullptr ? 1 : std::stoi(seconds));
+    std::atomic<size_t> made = 0;
+    {
+        std::vector<std::jthread> threads;
+        for (size_t t = 0; t < Threads; ++t) {
+            threads.emplace_back([&, t] {
+                std::mt19937 order(Seed + static_cast<std::uint32_t>(t));
+                for (bool isSame = true; isSame && std::chrono::steady_clock::now() < end; ++made) {
+                    const size_t k = order() % calls.size();
+                    isSame = calls[k].make() == serial[k];
+                    EXPECT_TRUE(isSame) << "call " << k;
+                }
+                EXPECT_EQ(liveArrayCount() + liveBlockCount(), 0);
+            });
         }
-        EXPECT_EQ(left[t], 0) << "thread " << t;
     }
+    RecordProperty("calls", std::to_string(made));
+    EXPECT_GT(made, Threads * 10);
 }
 
 class InterleavedSolvers : public FreshState {};

@@ -1,0 +1,48 @@
+// One process that never stops solving.
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "solve/mixed_calls.hpp"
+#include "support/fixture.hpp"
+#include "support/resident_memory.hpp"
+
+namespace activeset::test {
+namespace {
+
+class Soak : public FreshState, public ::testing::WithParamInterface<size_t> {};
+
+TEST_P(Soak, NothingIsLeftOfAnyCallAndNoResultDrifts) {
+    constexpr std::uint32_t Seed = 5;
+    const std::vector<MixedCall> calls = mixedCalls(400, Seed);
+    std::vector<Ending> first;
+    std::set<std::string> kinds;
+    for (const MixedCall& call : calls) {
+        first.push_back(call.make());
+        kinds.insert(first.back().kind());
+    }
+    for (const char* kind : {"1", "0", "-1", "-2", "-3", "-4", OutOfMemoryIdentifier,
+                             "optim:src:DataTypeError", AssertionIdentifier}) {
+        EXPECT_TRUE(kinds.contains(kind)) << kind;
+    }
+    const auto arrays = liveArrayCount();
+    const auto blocks = liveBlockCount();
+    std::mt19937 order(Seed);
+    size_t warm = 0;
+    for (size_t k = 0; k < GetParam(); ++k) {
+        const size_t which = order() % calls.size();
+        ASSERT_EQ(calls[which].make(), first[which]) << "repetition " << k << ", call " << which;
+        ASSERT_EQ(liveArrayCount(), arrays);
+        ASSERT_EQ(liveBlockCount(), blocks);
+        if (k == GetParam() / 4) {
+            warm = residentMemory();
+        }
+    }
+    EXPECT_LE(residentMemory(), warm + ResidentSlack);
+}
+
+INSTANTIATE_TEST_SUITE_P(Quick, Soak, ::testing::Values(5000));
+INSTANTIATE_TEST_SUITE_P(Slow, Soak, ::testing::Values(200000));
+
+}  // namespace
+}  // namespace activeset::test
