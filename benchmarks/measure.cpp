@@ -1,0 +1,341 @@
+// Measures cases: times against the kernels of this machine, exact work counts, memory. Prints one
+// line a case, in words or as JSON; scripts/bench makes a table of them.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "activeset/options_solution.hpp"
+#include "benchmarks/cases.hpp"
+#include "benchmarks/kernels.hpp"
+#include "benchmarks/solve.hpp"
+#include "benchmarks/split_solve.hpp"
+#include "benchmarks/work_counts.hpp"
+#include "io/qps_reader.hpp"
+
+using namespace activeset::bench;  // NOLINT(google-build-using-namespace): the program's own
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+struct Settings {
+    double seconds = 1.0;  ///< to spend on the times of one case
+    bool json = false;
+    bool split = true;
+    bool plain = false;
+    std::string folder{};  ///< where the problems are written for other programs
+};
+
+double median(std::vector<double> values) {
+    std::ranges::sort(values);
+    return values.empty() ? std::numeric_limits<double>::quiet_NaN() : values[values.size() / 2];
+}
+
+/// Repeats an action often enough for the clock, and again for the median.
+class Stopwatch {
+public:
+    template <class Action>
+    void sample(Action action) {
+        constexpr double Shortest = 1e-3;
+        for (;;) {
+            const double start = processorTime();
+            for (int k = 0; k < repetitions_; ++k) {
+                action();
+            }
+            const double seconds = processorTime() - start;
+            if (seconds >= Shortest) {
+                samples_.push_back(seconds / repetitions_);
+                return;
+            }
+            repetitions_ *= 2;
+        }
+    }
+    [[nodiscard]] double seconds() const { return median(samples_); }
+
+private:
+    int repetitions_ = 1;
+    std::vector<double> samples_;
+};
+
+struct Times {
+    Stopwatch cold, warm, vectorProduct, rotations, matrixProduct;
+};
+
+// Kernels and solver take turns, so that a machine that is busy for a while slows down both. A
+// kernel first runs untimed: its data are in the cache then, as far as they fit.
+void takeTimes(const Settings& settings,
+               const std::vector<Call>& cold,
+               const std::vector<Call>& warm,
+               Kernels& kernels,
+               Kernels& block,
+               Times& times) {
+    constexpr int MostRounds = 25;
+    constexpr int FewestRounds = 3;
+    const auto all = [](const std::vector<Call>& calls) {
+        return [&] { std::ranges::for_each(calls, [](const Call& call) { call(); }); };
+    };
+    const auto takeVectorProduct = [&] {
+        kernels.vectorProduct();
+        times.vectorProduct.sample([&] { kernels.vectorProduct(); });
+    };
+    const double start = processorTime();
+    for (int round = 0; round < MostRounds; ++round) {
+        takeVectorProduct();
+        times.cold.sample(all(cold));
+        takeVectorProduct();
+        times.warm.sample(all(warm));
+        kernels.rotationSweep();
+        times.rotations.sample([&] { kernels.rotationSweep(); });
+        block.matrixProduct();
+        times.matrixProduct.sample([&] { block.matrixProduct(); });
+        if (round + 1 >= FewestRounds && processorTime() - start > settings.seconds) {
+            return;
+        }
+    }
+}
+
+double over(double sum, size_t count) {
+    return sum / static_cast<double>(count);
+}
+
+/// Passes of the two phases apart, on the first problem.
+void addSplit(const Settings& settings, const Problem& problem, double product, Json& line) {
+    std::vector<double> mainPass;
+    std::vector<double> phaseOnePass;
+    const double start = processorTime();
+    do {
+        const SplitTimes times = splitSolve(problem, false);
+        mainPass.push_back(times.mainLoop / times.mainPasses);
+        if (times.phaseOnePasses > 0) {
+            phaseOnePass.push_back(times.phaseOne / times.phaseOnePasses);
+        }
+    } while (mainPass.size() < 5 && processorTime() - start < settings.seconds);
+    line["main_pass_seconds"] = median(mainPass);
+    line["main_pass_products"] = median(mainPass) / product;
+    if (!phaseOnePass.empty()) {
+        line["phase_one_pass_seconds"] = median(phaseOnePass);
+        line["phase_one_pass_products"] = median(phaseOnePass) / product;
+    }
+    if (settings.plain) {
+        const SplitTimes plain = splitSolve(problem, true);
+        line["plain_seconds"] = plain.whole;
+        line["plain_value"] = plain.value;
+    }
+}
+
+void write(const std::vector<double>& values, std::ofstream& file) {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes of doubles
+    file.write(reinterpret_cast<const char*>(values.data()),
+               static_cast<std::streamsize>(values.size() * sizeof(double)));
+}
+
+/// n, mIneq, mEq and the arrays in the order of the entry function, all as native doubles.
+void writeProblem(const Problem& problem, const std::filesystem::path& path) {
+    std::ofstream file(path, std::ios::binary);
+    write({static_cast<double>(problem.n), static_cast<double>(problem.mIneq),
+           static_cast<double>(problem.mEq)},
+          file);
+    for (const auto* values : {&problem.H, &problem.c, &problem.A, &problem.b, &problem.Aeq,
+                               &problem.beq, &problem.lb, &problem.ub}) {
+        write(*values, file);
+    }
+    if (!file.flush()) {
+        throw std::runtime_error(path.string() + " cannot be written");
+    }
+}
+
+/// Solves every problem once, counted, and judges what came out.
+std::vector<Outcome> countedOutcomes(const std::vector<Call>& calls,
+                                     const std::vector<Problem>& problems,
+                                     const std::string& prefix,
+                                     Json& line) {
+    std::vector<Outcome> outcomes;
+    Work total;
+    std::uint64_t hostRequests = 0;
+    double passes = 0.0;
+    double phaseOnePasses = 0.0;
+    double active = 0.0;
+    std::vector<double> values;
+    for (size_t k = 0; k < calls.size(); ++k) {
+        const std::uint64_t before = activeset::allocationCount();
+        Work work;
+        {
+            const WorkCount count;
+            calls[k]();
+            work = count.work();
+        }
+        hostRequests += activeset::allocationCount() - before;
+        total.requests += work.requests;
+        total.calls += work.calls;
+        total.matrixFlops += work.matrixFlops;
+        total.vectorFlops += work.vectorFlops;
+        total.rotationFlops += work.rotationFlops;
+        total.peakBytes = std::max(total.peakBytes, work.peakBytes);
+        outcomes.push_back(calls[k].outcome());
+        const Outcome& outcome = outcomes.back();
+        if (outcome.state != ASQP::Optimal) {
+            throw std::runtime_error("state " + std::to_string(outcome.state));
+        }
+        const double known = problems[k].optimum.value_or(outcome.value);
+        if (std::abs(outcome.value - known) > 1e-7 * (1.0 + std::abs(known))) {
+            throw std::runtime_error("objective " + std::to_string(outcome.value) + " is not " +
+                                     std::to_string(known));
+        }
+        passes += outcome.passes.iterations;
+        phaseOnePasses += outcome.passes.phaseOneIterations;
+        active += static_cast<double>(outcome.active);
+        values.push_back(outcome.value);
+    }
+    line[prefix + "passes"] = over(passes, calls.size());
+    line[prefix + "phase_one_passes"] = over(phaseOnePasses, calls.size());
+    line[prefix + "host_allocations"] = over(static_cast<double>(hostRequests), calls.size());
+    line[prefix + "allocations"] = over(static_cast<double>(total.requests), calls.size());
+    line[prefix + "flops"] = over(total.flops(), calls.size());
+    if (prefix.empty()) {
+        line["active"] = over(active, calls.size());
+        line["matrix_flops"] = over(total.matrixFlops, calls.size());
+        line["vector_flops"] = over(total.vectorFlops, calls.size());
+        line["rotation_flops"] = over(total.rotationFlops, calls.size());
+        line["peak_bytes"] = total.peakBytes;
+        line["values"] = values;
+    }
+    return outcomes;
+}
+
+Json measure(const Case& which, const Settings& settings) {
+    constexpr size_t LargestBlock = 512;
+    const activeset::CallScope scope;
+    const Problem& first = which.problems.front();
+    const size_t n = first.n;
+    Json line{{"family", which.family},
+              {"n", n},
+              {"inequalities", first.mIneq},
+              {"equalities", first.mEq},
+              {"problems", which.problems.size()}};
+    const std::vector<Call> cold(which.problems.begin(), which.problems.end());
+    const std::vector<Outcome> outcomes = countedOutcomes(cold, which.problems, "", line);
+    std::vector<Call> warm;
+    const std::vector<Start> starts = warmStarts(which, outcomes);
+    for (size_t k = 0; k < starts.size(); ++k) {
+        warm.emplace_back(which.problems[k], starts[k]);
+    }
+    static_cast<void>(countedOutcomes(warm, which.problems, "warm_", line));
+
+    Kernels kernels(n);
+    Kernels block(std::min(n, LargestBlock));
+    Times times;
+    takeTimes(settings, cold, warm, kernels, block, times);
+    const double product = times.vectorProduct.seconds();
+    const double matrixRate = block.matrixFlops() / times.matrixProduct.seconds();
+    const double vectorRate = kernels.vectorFlops() / product;
+    const double rotationRate = kernels.rotationFlops() / times.rotations.seconds();
+    line["seconds"] = over(times.cold.seconds(), cold.size());
+    line["warm_seconds"] = over(times.warm.seconds(), warm.size());
+    line["dgemv_seconds"] = product;
+    line["dgemm_rate"] = matrixRate;
+    line["dgemv_rate"] = vectorRate;
+    line["drot_rate"] = rotationRate;
+    // What the counted operations would take if nothing else had to be done.
+    line["kernel_seconds"] = line["matrix_flops"].get<double>() / matrixRate +
+                             line["vector_flops"].get<double>() / vectorRate +
+                             line["rotation_flops"].get<double>() / rotationRate;
+    if (settings.split) {
+        addSplit(settings, first, product, line);
+    }
+    if (!settings.folder.empty()) {
+        std::filesystem::create_directories(settings.folder);
+        for (size_t k = 0; k < which.problems.size(); ++k) {
+            writeProblem(which.problems[k],
+                         std::filesystem::path(settings.folder) / (std::to_string(k) + ".bin"));
+        }
+    }
+    return line;
+}
+
+/// A problem file, from zero or the point of its box that is nearest to zero.
+Case fileCase(const std::string& path) {
+    activeset::io::Problem file = activeset::io::readProblem(path);
+    Problem problem{file.n, file.mIneq, file.mEq, file.H,  file.c, file.A,
+                    file.b, file.Aeq,   file.beq, file.lb, file.ub};
+    for (size_t j = 0; j < file.n; ++j) {
+        problem.x0.push_back(std::min(std::max(0.0, file.lb[j]), file.ub[j]));
+    }
+    return {std::filesystem::path(path).stem().string(), {std::move(problem)}};
+}
+
+void print(const Json& line, bool isJson) {
+    if (isJson) {
+        std::cout << line.dump() << std::endl;
+        return;
+    }
+    for (const auto& [key, value] : line.items()) {
+        if (key != "values") {
+            std::cout << key << ' ' << (value.is_string() ? value.get<std::string>() : value.dump())
+                      << "  ";
+        }
+    }
+    std::cout << std::endl;
+}
+
+constexpr const char* Usage =
+    "usage: activeset_measure [--json] [--plain] [--no-split] [--seconds S] [--write FOLDER]\n"
+    "                         FAMILY N... | FILE...\n"
+    "FAMILY: random10 random30 random60 box svm portfolio mpc; FILE: a problem file\n"
+    "--plain     also without updates of the reduced Hessian, which takes long\n"
+    "--no-split  without the passes of the two phases apart\n"
+    "--write     the problems as numbers, for other programs\n";
+
+int run(std::vector<std::string> arguments) {
+    Settings settings;
+    size_t next = 0;
+    const auto value = [&] { return arguments.at(++next); };
+    for (; next < arguments.size() && arguments[next].starts_with("--"); ++next) {
+        const std::string& option = arguments[next];
+        if (option == "--json") {
+            settings.json = true;
+        } else if (option == "--plain") {
+            settings.plain = true;
+        } else if (option == "--no-split") {
+            settings.split = false;
+        } else if (option == "--seconds") {
+            settings.seconds = std::stod(value());
+        } else if (option == "--write") {
+            settings.folder = value();
+        } else {
+            throw std::invalid_argument("no option " + option);
+        }
+    }
+    if (next == arguments.size()) {
+        throw std::invalid_argument("nothing to measure");
+    }
+    const bool isFamily = std::ranges::count(familyNames(), arguments[next]) != 0;
+    for (size_t k = next + (isFamily ? 1 : 0); k < arguments.size(); ++k) {
+        print(measure(isFamily ? makeCase(arguments[next], std::stoul(arguments[k]))
+                               : fileCase(arguments[k]),
+                      settings),
+              settings.json);
+    }
+    return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run({argv + 1, argv + argc});
+    } catch (const std::invalid_argument& error) {
+        std::cerr << error.what() << '\n' << Usage;
+        return 2;
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << '\n';
+        return EXIT_FAILURE;
+    }
+}

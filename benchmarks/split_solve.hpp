@@ -1,0 +1,28 @@
+// One solve through the classes, its parts timed, with or without the updates of the reduced
+// Hessian.
+#ifndef ACTIVESET_BENCHMARKS_SPLIT_SOLVE_HPP
+#define ACTIVESET_BENCHMARKS_SPLIT_SOLVE_HPP
+
+#include "benchmarks/families.hpp"
+
+namespace activeset::bench {
+
+/// The processor time of this thread in seconds: what other processes do on the machine counts as
+/// little as it can.
+[[nodiscard]] double processorTime();
+
+struct SplitTimes {
+    double phaseOne = 0.0;  ///< from its first direction to the first one of the main loop
+    double mainLoop = 0.0;  ///< from its first direction to the end
+    double whole = 0.0;
+    int phaseOnePasses = 0;
+    int mainPasses = 0;
+    double value = 0.0;  ///< of the objective
+};
+
+/// @param isPlain  ZᵀHZ is formed and factorised in every direction pass
+[[nodiscard]] SplitTimes splitSolve(const Problem& problem, bool isPlain);
+
+}  // namespace activeset::bench
+
+#endif
