@@ -79,6 +79,7 @@ void takeTimes(const Settings& settings,
                Times& times) {
     constexpr int MostRounds = 25;
     constexpr int FewestRounds = 3;
+    constexpr double LongRound = 5.0;
     const auto all = [](const std::vector<Call>& calls) {
         return [&] { std::ranges::for_each(calls, [](const Call& call) { call(); }); };
     };
@@ -96,7 +97,8 @@ void takeTimes(const Settings& settings,
         times.rotations.sample([&] { kernels.rotationSweep(); });
         block.matrixProduct();
         times.matrixProduct.sample([&] { block.matrixProduct(); });
-        if (round + 1 >= FewestRounds && processorTime() - start > settings.seconds) {
+        const double spent = processorTime() - start;
+        if (spent > LongRound || (round + 1 >= FewestRounds && spent > settings.seconds)) {
             return;
         }
     }
@@ -106,28 +108,38 @@ double over(double sum, size_t count) {
     return sum / static_cast<double>(count);
 }
 
-/// Passes of the two phases apart, on the first problem.
-void addSplit(const Settings& settings, const Problem& problem, double product, Json& line) {
-    std::vector<double> mainPass;
-    std::vector<double> phaseOnePass;
+/// At least one solve through the classes, several while there is time.
+std::vector<SplitTimes> splitTimes(const Problem& problem, bool isPlain, double seconds) {
+    constexpr size_t Most = 9;
+    std::vector<SplitTimes> times;
     const double start = processorTime();
     do {
-        const SplitTimes times = splitSolve(problem, false);
-        mainPass.push_back(times.mainLoop / times.mainPasses);
-        if (times.phaseOnePasses > 0) {
-            phaseOnePass.push_back(times.phaseOne / times.phaseOnePasses);
-        }
-    } while (mainPass.size() < 5 && processorTime() - start < settings.seconds);
-    line["main_pass_seconds"] = median(mainPass);
-    line["main_pass_products"] = median(mainPass) / product;
-    if (!phaseOnePass.empty()) {
-        line["phase_one_pass_seconds"] = median(phaseOnePass);
-        line["phase_one_pass_products"] = median(phaseOnePass) / product;
+        times.push_back(splitSolve(problem, isPlain));
+    } while (times.size() < Most && processorTime() - start < seconds);
+    return times;
+}
+
+double medianOf(const std::vector<SplitTimes>& times, double (*seconds)(const SplitTimes&)) {
+    std::vector<double> values;
+    std::ranges::transform(times, std::back_inserter(values), seconds);
+    return median(values);
+}
+
+/// Passes of the two phases apart, and the plain method against ours, on the first problem.
+void addSplit(const Settings& settings, const Problem& problem, double product, Json& line) {
+    const auto whole = [](const SplitTimes& t) { return t.whole; };
+    const std::vector<SplitTimes> times = splitTimes(problem, false, settings.seconds);
+    line["main_pass_products"] =
+        medianOf(times, [](const SplitTimes& t) { return t.mainLoop / t.mainPasses; }) / product;
+    if (times.front().phaseOnePasses > 0) {
+        line["phase_one_pass_products"] =
+            medianOf(times, [](const SplitTimes& t) { return t.phaseOne / t.phaseOnePasses; }) /
+            product;
     }
     if (settings.plain) {
-        const SplitTimes plain = splitSolve(problem, true);
-        line["plain_seconds"] = plain.whole;
-        line["plain_value"] = plain.value;
+        const std::vector<SplitTimes> plain = splitTimes(problem, true, settings.seconds);
+        line["plain"] = medianOf(plain, whole) / medianOf(times, whole);
+        line["plain_value"] = plain.front().value;
     }
 }
 
@@ -166,20 +178,11 @@ std::vector<Outcome> countedOutcomes(const std::vector<Call>& calls,
     std::vector<double> values;
     for (size_t k = 0; k < calls.size(); ++k) {
         const std::uint64_t before = activeset::allocationCount();
-        Work work;
-        {
-            const WorkCount count;
-            calls[k]();
-            work = count.work();
-        }
-        hostRequests += activeset::allocationCount() - before;
-        total.requests += work.requests;
-        total.calls += work.calls;
-        total.matrixFlops += work.matrixFlops;
-        total.vectorFlops += work.vectorFlops;
-        total.rotationFlops += work.rotationFlops;
-        total.peakBytes = std::max(total.peakBytes, work.peakBytes);
-        outcomes.push_back(calls[k].outcome());
+        const WorkCount count;
+        outcomes.push_back(calls[k].outcome([&] {
+            total += count.work();
+            hostRequests += activeset::allocationCount() - before;
+        }));
         const Outcome& outcome = outcomes.back();
         if (outcome.state != ASQP::Optimal) {
             throw std::runtime_error("state " + std::to_string(outcome.state));

@@ -54,10 +54,11 @@ void Call::operator()() const {
     run(results);
 }
 
-Outcome Call::outcome() const {
+Outcome Call::outcome(const std::function<void()>& solved) const {
     const CallScope scope;
     Results results{};
     run(results);
+    solved();
     Outcome outcome{static_cast<int>(values(results[7]).at(0)), values(results[1]).at(0),
                     lastSolveReport()};
     outcome.point = {values(results[0]),

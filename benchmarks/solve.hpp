@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 #include "activeset/driver.hpp"
@@ -33,8 +34,8 @@ public:
 
     /// The solve alone; its results are destroyed.
     void operator()() const;
-    /// The solve, and what came out.
-    [[nodiscard]] Outcome outcome() const;
+    /// The solve, and what came out. `solved` is called between the two.
+    [[nodiscard]] Outcome outcome(const std::function<void()>& solved) const;
 
 private:
     using Results = std::array<vxArray*, 8>;

@@ -64,6 +64,16 @@ void countRelease(void* memory) noexcept {
 
 }  // namespace
 
+Work& Work::operator+=(const Work& other) {
+    calls += other.calls;
+    matrixFlops += other.matrixFlops;
+    vectorFlops += other.vectorFlops;
+    rotationFlops += other.rotationFlops;
+    requests += other.requests;
+    peakBytes = std::max(peakBytes, other.peakBytes);
+    return *this;
+}
+
 WorkCount::WorkCount() noexcept {
     counter = {true};
 }

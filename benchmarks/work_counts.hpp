@@ -19,6 +19,8 @@ struct Work {
     std::uint64_t requests = 0;  ///< for memory, from the C allocator and operator new
     std::int64_t peakBytes = 0;  ///< most that was held beside what was held before
 
+    /// Peaks do not add up: the higher one is kept.
+    Work& operator+=(const Work& other);
     [[nodiscard]] double flops() const { return matrixFlops + vectorFlops + rotationFlops; }
 };
 

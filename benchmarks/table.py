@@ -1,0 +1,196 @@
+#!/usr/bin/env python3
+"""Measures the families of problems and prints one table of ratios; scripts/bench builds and calls it.
+
+usage: table.py PROGRAM [--quick] [--without-peers] [--problems FOLDER]
+
+PROGRAM is activeset_measure, FOLDER one with problem files, by default that of the Maros-Meszaros set.
+Exits with 1 when the optima of two solvers differ: times of wrong answers are worth nothing.
+"""
+
+import argparse
+import json
+import os
+import pathlib
+import platform
+import shutil
+import subprocess
+import sys
+import tempfile
+
+HERE = pathlib.Path(__file__).resolve().parent
+PEERS = {
+    "quadprog": ["Rscript", str(HERE / "peers" / "quadprog.R")],
+    "cvxopt": ["/usr/bin/python3", str(HERE / "peers" / "cvxopt_qp.py")],
+}
+QUICK = [("random30", [10, 100, 500]), ("box", [10, 100, 500]), ("svm", [10, 100]),
+         ("portfolio", [10, 100]), ("mpc", [20, 60])]
+FULL = [("random10", [10, 100, 500, 1000]),
+        ("random30", [5, 10, 20, 50, 100, 200, 500, 1000, 2000]),
+        ("random60", [10, 100, 500, 1000]),
+        ("box", [10, 100, 500, 1000, 2000]),
+        ("svm", [10, 100, 500, 1000]),
+        ("portfolio", [10, 100, 500, 1000]),
+        ("mpc", [20, 60, 120])]
+QUICK_FILES = ["HS118", "DUAL1", "DUALC1", "CVXQP1_S"]
+LARGEST_PLAIN = 1000  # variables; beyond, the plain method takes tens of minutes
+AGREEMENT = 1e-5      # relative, of objectives; interior points end at 1e-6
+
+LEGEND = """
+passes      of phase one + main loop, mean over the problems of the row (8 up to n = 60, 20 of a chain)
+time        a solve from host arrays to host arrays, median, processor time of one thread
+warm        the same started at its own solution and working set, in an MPC chain at those of the problem before
+alloc       requests for memory in a cold solve, of the host's allocator, the C allocator and operator new
+memory      the most a cold solve holds beside its inputs, in n x n arrays of doubles
+GFLOP/s     counted operations over time; peak: their time at the rates of dgemm, dgemv and drot, over time
+dgemv       one product of an n x n matrix with a vector, beside the solves in the same process
+pass, 1st   a pass of the main loop, of phase one, in such products (first problem of the row)
+plain, quadprog, cvxopt   their time over ours: ZᵀHZ formed in every pass; a dual active-set method; an interior point
+"""
+
+
+def machine():
+    model, flags = platform.machine(), ""
+    with open("/proc/cpuinfo", encoding="utf-8") as file:
+        for line in file:
+            key, _, value = line.partition(":")
+            if key.strip() == "model name":
+                model = value.strip()
+            elif key.strip() == "flags":
+                flags = value.split()
+    return model, flags
+
+
+def peer_environment(flags):
+    """One thread of the same kind of BLAS as ours, with the kernels of this processor."""
+    environment = dict(os.environ, OPENBLAS_NUM_THREADS="1")
+    if "avx2" in flags:
+        environment["OPENBLAS_CORETYPE"] = "SKYLAKEX" if "avx512dq" in flags else "HASWELL"
+    folder = next(pathlib.Path("/usr/lib").glob("*/openblas-pthread/libblas.so.3"), None)
+    if folder is not None:
+        environment["LD_LIBRARY_PATH"] = str(folder.parent)
+    return environment
+
+
+class Disagreement(Exception):
+    pass
+
+
+def require_same(who, values, expected):
+    for value, ours in zip(values, expected, strict=True):
+        if not abs(value - ours) <= AGREEMENT * abs(ours) + 1e-9:
+            raise Disagreement(f"{who} ends at {value!r}, we at {ours!r}")
+
+
+def measure(options, arguments, environment):
+    """The measurements of one row, or the reason why there are none."""
+    seconds = "0.5" if options.quick else "2"
+    with tempfile.TemporaryDirectory() as folder:
+        run = subprocess.run([options.program, "--json", "--seconds", seconds, "--write", folder,
+                              *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                             text=True, check=False)
+        if run.returncode != 0:
+            return run.stderr.strip() or f"ended with {run.returncode}"
+        row = json.loads(run.stdout)
+        if "plain_value" in row:
+            require_same("the plain method", [row["plain_value"]], row["values"][:1])
+        for peer, command in ({} if options.without_peers else PEERS).items():
+            run = subprocess.run([*command, folder, seconds], env=environment, text=True,
+                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+            if run.returncode == 0:
+                numbers = [float(word) for word in run.stdout.split()]
+                require_same(peer, numbers[1:], row["values"])
+                row[peer] = numbers[0] / row["seconds"]
+    return row
+
+
+def time(seconds):
+    for unit, factor in (("s", 1.0), ("ms", 1e3)):
+        if seconds * factor >= 1.0:
+            return f"{seconds * factor:.3g} {unit}"
+    return f"{seconds * 1e6:.3g} us"
+
+
+def number(value, digits=3):
+    return f"{value:.{digits}g}" if value < 1000 else f"{value:.0f}"
+
+
+COLUMNS = [
+    ("family", 10, lambda r: r["family"]),
+    ("n", 5, lambda r: str(r["n"])),
+    ("ineq", 5, lambda r: str(r["inequalities"])),
+    ("eq", 4, lambda r: str(r["equalities"])),
+    ("active", 6, lambda r: number(r["active"])),
+    ("passes", 10, lambda r: f"{number(r['phase_one_passes'])}+{number(r['passes'])}"),
+    ("time", 8, lambda r: time(r["seconds"])),
+    ("warm", 8, lambda r: time(r["warm_seconds"])),
+    ("alloc", 6, lambda r: f"{r['allocations']:.0f}"),
+    ("memory", 6, lambda r: number(r["peak_bytes"] / (8 * r["n"] ** 2))),
+    ("GFLOP/s", 7, lambda r: number(1e-9 * r["flops"] / r["seconds"])),
+    ("peak", 5, lambda r: f"{100 * r['kernel_seconds'] / r['seconds']:.0f} %"),
+    ("dgemv", 8, lambda r: time(r["dgemv_seconds"])),
+    ("pass", 5, lambda r: number(r["main_pass_products"])),
+    ("1st", 5, lambda r: number(r["phase_one_pass_products"])),
+    ("plain", 6, lambda r: number(r["plain"])),
+    ("quadprog", 8, lambda r: number(r["quadprog"])),
+    ("cvxopt", 6, lambda r: number(r["cvxopt"])),
+]
+
+
+def print_row(cell):
+    print(*(cell(column).rjust(column[1]) if k else cell(column).ljust(column[1])
+            for k, column in enumerate(COLUMNS)), flush=True)
+
+
+def print_measured(row):
+    def cell(column):
+        try:
+            return column[2](row)
+        except KeyError:
+            return "-"
+    print_row(cell)
+
+
+def cases(options):
+    for family, sizes in QUICK if options.quick else FULL:
+        for n in sizes:
+            yield (["--plain"] if n <= LARGEST_PLAIN else []) + [family, str(n)]
+    folder = pathlib.Path(options.problems)
+    files = sorted(folder.glob("*.QPS"), key=lambda file: file.stat().st_size)
+    if not files:
+        print(f"(no problem files in {folder}: the Maros-Meszaros set is not measured)")
+    for file in files:
+        if not options.quick or file.stem in QUICK_FILES:
+            yield ["--plain", str(file)]
+
+
+def main():
+    parser = argparse.ArgumentParser(usage=__doc__.split("\n\n")[1])
+    parser.add_argument("program")
+    parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--without-peers", action="store_true")
+    parser.add_argument("--problems", default=HERE.parent.parent / "shared" / "problems" / "maros")
+    options = parser.parse_args()
+    model, flags = machine()
+    environment = peer_environment(flags)
+    print(model)
+    if not options.without_peers and not all(shutil.which(command[0]) for command in PEERS.values()):
+        print("(not all peers are installed)")
+    print_row(lambda column: column[0])
+    failures = []
+    for arguments in cases(options):
+        try:
+            row = measure(options, arguments, environment)
+        except Disagreement as disagreement:
+            failures.append(f"{' '.join(arguments)}: {disagreement}")
+            continue
+        if isinstance(row, str):
+            print(f"{pathlib.Path(arguments[-1]).stem}: {row}", flush=True)
+        else:
+            print_measured(row)
+    print(LEGEND)
+    print(*failures, sep="\n", end="\n" if failures else "")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
