@@ -1,0 +1,113 @@
+// How much is done in a solve: passes, requests for memory, bytes, operations. Unlike seconds these
+// are the same on every machine, but for the last places where rounding chooses a path.
+#include <gtest/gtest.h>
+
+#include <iomanip>
+#include <iostream>
+#include <string>
+
+#include "activeset/options_solution.hpp"
+#include "benchmarks/cases.hpp"
+#include "benchmarks/work_counts.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+/// Sums over the problems of a case; of bytes, the most.
+struct Counts {
+    double phaseOnePasses = 0.0;
+    double passes = 0.0;
+    double hostRequests = 0.0;
+    double bytes = 0.0;
+    double flops = 0.0;
+};
+
+/// What a case may cost, recorded when it was last right, so that a change by which a solve does
+/// more is noticed.
+struct Budget {
+    std::string family;
+    size_t n;
+    bool isWarm;
+    Counts counts;
+};
+
+// A failing test prints the line to put here, if the new costs are right.
+const Budget Budgets[] = {
+    {"random30", 10, false, {35, 66, 3549, 16304, 173861}},
+    {"random30", 10, true, {0, 8, 1428, 15152, 47225}},
+    {"random30", 50, false, {142, 306, 7441, 151840, 18580300}},
+    {"random60", 150, false, {85, 120, 2803, 1072050, 70337800}},
+    {"box", 50, false, {0, 258, 4216, 136336, 19155000}},
+    {"svm", 50, false, {0, 635, 7764, 138736, 23006900}},
+    {"portfolio", 50, false, {0, 349, 5516, 138688, 16271300}},
+    {"mpc", 20, false, {6, 482, 9611, 38176, 6454060}},
+    {"mpc", 20, true, {0, 97, 4558, 39352, 1650620}},
+};
+
+class WorkCounts : public FreshState, public ::testing::WithParamInterface<Budget> {};
+
+Counts countsOf(const bench::Case& which, bool isWarm) {
+    const CallScope scope;
+    Counts counts;
+    const auto count = [&](const bench::Call& call) {
+        const std::uint64_t before = allocationCount();
+        const bench::WorkCount counter;
+        return call.outcome([&] {
+            counts.hostRequests += static_cast<double>(allocationCount() - before);
+            counts.bytes = std::max(counts.bytes, static_cast<double>(counter.work().peakBytes));
+            counts.flops += counter.work().flops();
+            counts.passes += lastSolveReport().iterations;
+            counts.phaseOnePasses += lastSolveReport().phaseOneIterations;
+        });
+    };
+    std::vector<bench::Outcome> outcomes;
+    for (const bench::Problem& problem : which.problems) {
+        outcomes.push_back(count(bench::Call(problem)));
+    }
+    if (isWarm) {
+        counts = {};
+        const std::vector<bench::Start> starts = warmStarts(which, outcomes);
+        for (size_t k = 0; k < starts.size(); ++k) {
+            outcomes.push_back(count(bench::Call(which.problems[k], starts[k])));
+        }
+    }
+    for (const bench::Outcome& outcome : outcomes) {
+        EXPECT_EQ(outcome.state, ASQP::Optimal);
+    }
+    return counts;
+}
+
+TEST_P(WorkCounts, StayWithinTheirBudget) {
+    constexpr double Tolerance = 1.03;  // another BLAS repairs or rebuilds at other places
+    const Budget& budget = GetParam();
+    const Counts counts = countsOf(bench::makeCase(budget.family, budget.n), budget.isWarm);
+    const auto expect = [&](double Counts::*count, const char* name) {
+        EXPECT_LE(counts.*count, Tolerance * budget.counts.*count) << name;
+    };
+    expect(&Counts::phaseOnePasses, "passes of phase one");
+    expect(&Counts::passes, "passes of the main loop");
+    expect(&Counts::hostRequests, "requests for host memory");
+    expect(&Counts::bytes, "bytes held");
+    expect(&Counts::flops, "operations");
+    if (HasFailure()) {
+        std::cout << std::fixed << std::setprecision(0) << "    {\"" << budget.family << "\", "
+                  << budget.n << ", " << (budget.isWarm ? "true" : "false") << ", {"
+                  << counts.phaseOnePasses << ", " << counts.passes << ", " << counts.hostRequests
+                  << ", " << counts.bytes << ", " << counts.flops << "}},\n";
+    }
+}
+
+std::string nameOf(const ::testing::TestParamInfo<Budget>& test) {
+    return test.param.family + "_" + std::to_string(test.param.n) +
+           (test.param.isWarm ? "_warm" : "_cold");
+}
+
+void PrintTo(const Budget& budget, std::ostream* stream) {
+    *stream << budget.family << ' ' << budget.n << (budget.isWarm ? " warm" : " cold");
+}
+
+INSTANTIATE_TEST_SUITE_P(Families, WorkCounts, ::testing::ValuesIn(Budgets), nameOf);
+
+}  // namespace
+}  // namespace activeset::test
