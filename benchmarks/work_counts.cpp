@@ -86,7 +86,8 @@ Work WorkCount::work() const noexcept {
     return counter.work;
 }
 
-// The wrappers: __wrap_f is what the library's calls of f are bound to, __real_f is f.
+// The wrappers: __wrap_f is what the library's calls of f are bound to, __real_f is f. Weak,
+// because there need be no such call, nor an f.
 extern "C" {
 
 using Letter = const char*;
@@ -95,7 +96,7 @@ using In = const double*;
 using Out = double*;
 
 #define ACTIVESET_COUNTED(type, name, kind, flops, parameters, arguments) \
-    type __real_activeset_##name##_ parameters;                           \
+    [[gnu::weak]] type __real_activeset_##name##_ parameters;             \
     type __wrap_activeset_##name##_ parameters;                           \
     type __wrap_activeset_##name##_ parameters {                          \
         count(&Work::kind, flops);                                        \
@@ -109,7 +110,6 @@ ACTIVESET_COUNTED(double, dnrm2, vectorFlops, 2.0 * real(n),
     (Size n, In x, Size incx), (n, x, incx))
 ACTIVESET_COUNTED(void, daxpy, vectorFlops, 2.0 * real(n),
     (Size n, In alpha, In x, Size incx, Out y, Size incy), (n, alpha, x, incx, y, incy))
-ACTIVESET_COUNTED(void, drotg, rotationFlops, 0.0, (Out a, Out b, Out c, Out s), (a, b, c, s))
 ACTIVESET_COUNTED(void, drot, rotationFlops, 6.0 * real(n),
     (Size n, Out x, Size incx, Out y, Size incy, In c, In s), (n, x, incx, y, incy, c, s))
 ACTIVESET_COUNTED(void, dgemv, vectorFlops, 2.0 * real(m) * real(n),
