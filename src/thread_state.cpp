@@ -3,9 +3,12 @@
 
 namespace activeset {
 
-ThreadState& threadState() noexcept {
+constinit thread_local ThreadState* currentThreadState = nullptr;
+
+ThreadState& makeThreadState() noexcept {
     // One per thread by design: see the header.
     static thread_local ThreadState state;
+    currentThreadState = &state;
     return state;
 }
 

@@ -80,8 +80,17 @@ struct ThreadState {
     std::unique_ptr<MatrixPool, MatrixPoolDeleter> matrixPool;
 };
 
+/// Where the calling thread's state is; null until it is first asked for. Nothing but a pointer, so
+/// that it may stand in the thread's static block, where reading it costs no call even when the
+/// library was loaded late: a block that a process has little of.
+[[gnu::tls_model("initial-exec")]] extern constinit thread_local ThreadState* currentThreadState;
+
+[[nodiscard]] ThreadState& makeThreadState() noexcept;
+
 /// The calling thread's state.
-[[nodiscard]] ThreadState& threadState() noexcept;
+[[nodiscard]] inline ThreadState& threadState() noexcept {
+    return currentThreadState == nullptr ? makeThreadState() : *currentThreadState;
+}
 
 /// Puts the size and working-set counts back as they were, unless told that all went well.
 class CountsGuard {
