@@ -162,18 +162,24 @@ size_t numberOfElements(const vxArray& array) noexcept {
 
 void freeData(vxArray& array) noexcept {
     if (array.ownsData) {
-        vxFreeEx(array.real);
+        vxFreeEx(array.isDataBehind ? nullptr : array.real);
         vxFreeEx(array.imaginary);
     }
     vxFreeEx(array.rowIndices);
     vxFreeEx(array.columnStarts);
 }
 
+// Where a buffer behind the record begins, aligned as malloc aligns; and the largest one that is
+// put there. Small arrays come and go by the hundred in a small solve: one block each is enough.
+constexpr size_t RecordSize = (sizeof(vxArray) + 15) / 16 * 16;
+constexpr size_t LargestBehind = 1024;
+
 // Destroys an array that is still being made when memory runs out.
 class Draft {
 public:
-    Draft(size_t m, size_t n, vxClass elementClass, vxComplexity complexity)
-        : array_(::new (vxMallocExCheck(sizeof(vxArray))) vxArray) {
+    /// @param bytesBehind  room for a buffer behind the record, up to LargestBehind
+    Draft(size_t m, size_t n, vxClass elementClass, vxComplexity complexity, size_t bytesBehind = 0)
+        : array_(::new (vxMallocExCheck(RecordSize + bytesBehind)) vxArray) {
         array_->dimensions = {m, n};
         array_->elementClass = elementClass;
         array_->isComplex = complexity == vxComplexity::Complex;
@@ -186,6 +192,14 @@ public:
     Draft& operator=(Draft&&) = delete;
 
     vxArray* operator->() const noexcept { return array_; }
+
+    /// Takes the room behind the record for the elements.
+    void useRoomBehind(size_t capacity, size_t bytes) {
+        array_->capacity = capacity;
+        array_->isDataBehind = true;
+        array_->real = reinterpret_cast<char*>(array_) + RecordSize;
+        std::memset(array_->real, 0, bytes);
+    }
 
     void allocate(size_t capacity) {
         const size_t size = elementSize(array_->elementClass);
@@ -299,8 +313,15 @@ void requireShape(const vxArray& array, size_t m, size_t n) {
 }  // namespace
 
 vxArray* vxCreateNumericMatrix(size_t m, size_t n, vxClass elementClass, vxComplexity complexity) {
+    const size_t count = productOrTooMuch(m, n);
+    const size_t bytes = productOrTooMuch(count, elementSize(elementClass));
+    if (bytes != 0 && bytes <= LargestBehind && complexity == vxComplexity::Real) {
+        Draft draft(m, n, elementClass, complexity, bytes);
+        draft.useRoomBehind(count, bytes);
+        return draft.release();
+    }
     Draft draft(m, n, elementClass, complexity);
-    draft.allocate(productOrTooMuch(m, n));
+    draft.allocate(count);
     return draft.release();
 }
 

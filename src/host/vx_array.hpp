@@ -15,7 +15,8 @@ struct vxArray {
     bool isComplex = false;
     bool ownsData = true;
     bool isPersistent = false;
-    size_t capacity = 0;  // elements that the buffers have room for
+    bool isDataBehind = false;  // a small real buffer stands behind the record, in its block
+    size_t capacity = 0;        // elements that the buffers have room for
     void* real = nullptr;
     void* imaginary = nullptr;
     size_t* rowIndices = nullptr;    // sparse: `capacity` entries

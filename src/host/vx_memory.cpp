@@ -1,6 +1,7 @@
 // The allocator family, with faults on request and counts for tests.
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #include "activeset/host.hpp"
 #include "thread_state.hpp"
@@ -12,6 +13,10 @@ namespace {
 
 // No object can be larger. The C allocator would refuse as well, but a sanitizer's stops there.
 constexpr size_t LargestBlock = PTRDIFF_MAX;
+
+// Up to this size clearing costs less than what calloc does beyond malloc; above it, calloc may
+// get pages that are zero already.
+constexpr size_t SmallBlock = 1024;
 
 bool isRefused() noexcept {
     activeset::ThreadState& state = activeset::threadState();
@@ -58,7 +63,14 @@ void* vxCallocEx(size_t count, size_t size) noexcept {
     if (count == 0 || size == 0 || isRefused() || count > LargestBlock / size) {
         return nullptr;
     }
-    return counted(std::calloc(count, size));
+    if (count * size > SmallBlock) {
+        return counted(std::calloc(count, size));
+    }
+    void* memory = std::malloc(count * size);
+    if (memory != nullptr) {
+        std::memset(memory, 0, count * size);
+    }
+    return counted(memory);
 }
 
 // NOLINTEND(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
