@@ -14,7 +14,7 @@ set_property(CACHE ACTIVESET_BLAS PROPERTY STRINGS embedded reference)
 
 set(routines
     # BLAS
-    dgemv dgemm dtrsv dtrsm dtrmv ddot daxpy dscal dnrm2 dcopy drotg drot dsyrk dsymv dger idamax
+    dgemv dgemm dtrsv dtrsm dtrmv ddot daxpy dscal dnrm2 dcopy drot dsyrk dsymv dger idamax
     # LAPACK
     dgeqrf dgeqp3 dorgqr dormqr dpotrf dpotrs dpotri dtrtrs dgels dsytrf dsytrs dlange)
 list(TRANSFORM routines APPEND _)

@@ -5,6 +5,7 @@
 
 #include "activeset/host.hpp"
 #include "host/fortran.hpp"
+#include "host/small_kernels.hpp"
 
 namespace activeset::blas {
 
@@ -17,6 +18,14 @@ void gemv(Op op, double alpha, ConstMatrixView a, const double* x, double beta, 
         beta = 1.0;
     }
     if (a.isEmpty()) {
+        return;
+    }
+    if (a.rows * a.cols <= small::LargestProduct && beta == 1.0) {
+        if (op == Op::None) {
+            small::addProduct(alpha, a, x, y);
+        } else {
+            small::addTransposedProduct(alpha, a, x, y);
+        }
         return;
     }
     ACTIVESET_FORTRAN(dgemv)
@@ -37,6 +46,14 @@ void gemm(
 }
 
 void trsvLower(Op op, ConstMatrixView l, double* x) {
+    if (l.cols <= small::LargestSolve) {
+        if (op == Op::None) {
+            small::solveLower(l, x);
+        } else {
+            small::solveLowerTransposed(l, x);
+        }
+        return;
+    }
     const char trans = static_cast<char>(op);
     const Int one = 1;
     ACTIVESET_FORTRAN(dtrsv)("L", &trans, "N", &l.cols, l.data, &l.ld, x, &one, 1, 1, 1);
@@ -46,20 +63,27 @@ Rotation rotg(double a, double b) {
     constexpr double Largest = 0x1p400;
     constexpr double Smallest = 0x1p-400;
     const double magnitude = std::max(std::abs(a), std::abs(b));
-    const bool scale = magnitude > 0.0 && std::isfinite(magnitude) &&
-                       (magnitude < Smallest || magnitude > Largest);
-    const int exponent = scale ? std::ilogb(magnitude) : 0;
-    if (scale) {
-        a = std::scalbn(a, -exponent);
-        b = std::scalbn(b, -exponent);
+    int exponent = 0;
+    if (!(magnitude >= Smallest && magnitude <= Largest)) {  // NaN as well
+        if (a == 0.0 && b == 0.0) {
+            return {1.0, 0.0, 0.0};
+        }
+        if (std::isfinite(magnitude)) {
+            exponent = std::ilogb(magnitude);
+            a = std::scalbn(a, -exponent);
+            b = std::scalbn(b, -exponent);
+        }
     }
-    Rotation rotation{};
-    ACTIVESET_FORTRAN(drotg)(&a, &b, &rotation.c, &rotation.s);
-    rotation.r = scale ? std::scalbn(a, exponent) : a;
-    return rotation;
+    const double length = std::sqrt(a * a + b * b);
+    const double r = std::signbit(std::abs(a) > std::abs(b) ? a : b) ? -length : length;
+    return {a / r, b / r, exponent == 0 ? r : std::scalbn(r, exponent)};
 }
 
 void rot(size_t n, double* x, size_t strideX, double* y, size_t strideY, const Rotation& rotation) {
+    if (n <= small::LargestRotation) {
+        small::rotate(n, x, strideX, y, strideY, rotation);
+        return;
+    }
     const Int count = static_cast<Int>(n);
     const Int incX = static_cast<Int>(strideX);
     const Int incY = static_cast<Int>(strideY);

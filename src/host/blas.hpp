@@ -64,8 +64,8 @@ struct Rotation {
     double r;
 };
 
-/// The rotation for a pair. A pair outside [2⁻⁴⁰⁰, 2⁴⁰⁰] is scaled by a power of two first, which
-/// changes neither c nor s: the routine underneath returns Inf or NaN near 1e-162 and below.
+/// The rotation for a pair; r has the sign of the larger one, c = 1 and s = 0 for two zeros. A pair
+/// outside [2⁻⁴⁰⁰, 2⁴⁰⁰] is scaled by a power of two first, which changes neither c nor s.
 [[nodiscard]] Rotation rotg(double a, double b);
 /// Replaces each pair (x_i, y_i) by (c·x_i + s·y_i, c·y_i − s·x_i).
 void rot(size_t n, double* x, size_t strideX, double* y, size_t strideY, const Rotation& rotation);

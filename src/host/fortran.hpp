@@ -52,7 +52,6 @@ void ACTIVESET_FORTRAN(dtrsv)(const char* uplo,
                               size_t,
                               size_t,
                               size_t);
-void ACTIVESET_FORTRAN(drotg)(double* a, double* b, double* c, double* s);
 void ACTIVESET_FORTRAN(drot)(const Int* n,
                              double* x,
                              const Int* incx,
