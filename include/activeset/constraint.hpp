@@ -4,11 +4,18 @@
 #define ACTIVESET_CONSTRAINT_HPP
 
 #include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string>
 
 #include "activeset/export.hpp"
 #include "activeset/index_list.hpp"
 #include "activeset/matrix.hpp"
+
+namespace activeset {
+/// The kinds that can enter and leave a working set.
+enum class ConstraintKind : std::uint8_t { Inequality, LowerBound, UpperBound };
+}  // namespace activeset
 
 /// Five kinds of constraints, always stacked in this order: fixed variables, equalities,
 /// inequalities, lower bounds, upper bounds.
@@ -66,6 +73,18 @@ public:
     [[nodiscard]] virtual size_t* getindexFixed() const = 0;
 
     [[nodiscard]] std::string getProblemType() const { return problemType; }
+
+    /// The same products, residuals and rows for the solver's passes, written to `out`: as many
+    /// entries as `out` has, which must be there ("Index exceed number of row."); of a row nVar.
+    /// The library's own classes make no temporary for it; of a class derived from them, and of any
+    /// other, the functions above are asked.
+    virtual void productTo(activeset::ConstraintKind kind,
+                           std::span<const double> x,
+                           std::span<double> out);
+    virtual void residualTo(activeset::ConstraintKind kind,
+                            std::span<const double> x,
+                            std::span<double> out);
+    virtual void rowTo(activeset::ConstraintKind kind, size_t i, std::span<double> out);
 
 private:
     std::string problemType;
@@ -133,6 +152,14 @@ public:
     [[nodiscard]] size_t* getindexUB() const override { return indexUB.get(); }
     [[nodiscard]] size_t* getindexFixed() const override { return indexFixed.get(); }
 
+    void productTo(activeset::ConstraintKind kind,
+                   std::span<const double> x,
+                   std::span<double> out) override;
+    void residualTo(activeset::ConstraintKind kind,
+                    std::span<const double> x,
+                    std::span<double> out) override;
+    void rowTo(activeset::ConstraintKind kind, size_t i, std::span<double> out) override;
+
 private:
     friend struct TestAccess;
 
@@ -146,6 +173,9 @@ private:
     void _setindexUB(const size_t* source);
     void _setindexFixed(const size_t* source);
     void _createBoundAndFixedConstraints();
+    [[nodiscard]] bool _productPlain(activeset::ConstraintKind kind,
+                                     std::span<const double> x,
+                                     std::span<double> out) const;
 
     OPTMatrix<double> A, b;
     OPTMatrix<double> Aeq, beq;
@@ -209,9 +239,18 @@ public:
     [[nodiscard]] size_t* getindexUB() const override { return indexUB.get(); }
     [[nodiscard]] size_t* getindexFixed() const override;
 
+    void productTo(activeset::ConstraintKind kind,
+                   std::span<const double> y,
+                   std::span<double> out) override;
+    void residualTo(activeset::ConstraintKind kind,
+                    std::span<const double> y,
+                    std::span<double> out) override;
+    void rowTo(activeset::ConstraintKind kind, size_t i, std::span<double> out) override;
+
 private:
     friend struct TestAccess;
 
+    [[nodiscard]] bool _isPlain(std::span<const double> y) const;
     [[nodiscard]] static OPTMatrix<double> _addOneCol(const OPTMatrix<double>& row, double value);
     [[nodiscard]] static OPTMatrix<double> _addOneRow(const OPTMatrix<double>& column,
                                                       double value);

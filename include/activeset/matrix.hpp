@@ -43,7 +43,7 @@ public:
         size_t col;
     };
 
-    /// 0 × 0, own storage.
+    /// 0 × 0, no host array until it is given a shape.
     OPTMatrix();
     /// rows × cols. Own storage is zero; pooled storage keeps the values that it last held.
     OPTMatrix(size_t rows, size_t cols, bool pooled = false);
@@ -65,6 +65,8 @@ public:
     /// "Incompatible dimensions for matrix assignment".
     OPTMatrix& operator=(const OPTMatrix& other);
 
+    /// rows × cols zeros in storage of its own, whatever the matrix was. Raises as clear().
+    void reset(size_t rows, size_t cols);
     /// Gives the storage back and leaves a 0 × 0 matrix. Raises "Can not delete matrix that was
     /// created with vxArray" for one that wraps a host array of the caller.
     void clear();
@@ -77,6 +79,8 @@ public:
     [[nodiscard]] std::int64_t getId() const noexcept { return id; }
     [[nodiscard]] bool getIsCopy() const noexcept { return isCopy != 0; }
     [[nodiscard]] bool getIsSparse() const noexcept { return isSparse; }
+    /// Whether the host array holds compressed columns; getIsSparse() only reports.
+    [[nodiscard]] bool isStoredCompressed() const noexcept { return isCompressed; }
     [[nodiscard]] bool getIsPooled() const noexcept { return isPooled; }
     [[nodiscard]] bool getWrapsHostArray() const noexcept { return wrapsHostArray; }
     /// 0 own storage or pooled, 1 wraps a host array, 2 wraps a raw buffer.

@@ -2,10 +2,16 @@
 #ifndef ACTIVESET_OBJECTIVE_HPP
 #define ACTIVESET_OBJECTIVE_HPP
 
+#include <cstdint>
 #include <string>
 
 #include "activeset/export.hpp"
 #include "activeset/matrix.hpp"
+
+namespace activeset {
+/// What an objective's type word says to the solver.
+enum class ObjectiveKind : std::uint8_t { Quadratic, Linear, Other };
+}  // namespace activeset
 
 /// An objective: a value and a gradient at a point x, nVar × 1.
 class ACTIVESET_API IoptObjective {
@@ -22,11 +28,18 @@ public:
     [[nodiscard]] virtual OPTMatrix<double> grad(const OPTMatrix<double>& x) = 0;
 
     [[nodiscard]] std::string getObjectiveType() const { return objectiveType; }
-    /// The same without a copy.
-    [[nodiscard]] const std::string& objectiveTypeWord() const noexcept { return objectiveType; }
+    /// Quadratic for "QP", Linear for "LP".
+    [[nodiscard]] activeset::ObjectiveKind objectiveKind() const noexcept { return kind; }
+
+    /// The same value and gradient, for the solver's passes: fval(x)(0, 0), and grad(x) written to
+    /// g. The library's own classes make no temporary for it; of a class derived from them, and of
+    /// any other, the two functions above are asked.
+    [[nodiscard]] virtual double valueAt(const OPTMatrix<double>& x);
+    virtual void gradientTo(const OPTMatrix<double>& x, OPTMatrix<double>& g);
 
 private:
     std::string objectiveType;
+    activeset::ObjectiveKind kind;
 };
 
 /// ½xᵀHx + cᵀx, type "QP". H is used as it is: never symmetrised, not even tested.
@@ -44,6 +57,7 @@ public:
     [[nodiscard]] OPTMatrix<double> fval(const OPTMatrix<double>& x) override;
     /// H·x + c, also for an H that is not symmetric. Raises as fval.
     [[nodiscard]] OPTMatrix<double> grad(const OPTMatrix<double>& x) override;
+    void gradientTo(const OPTMatrix<double>& x, OPTMatrix<double>& g) override;
 
     /// Matrix assignment; raises when the shape differs.
     void setHessian(const OPTMatrix<double>& hessian) { H = hessian; }
@@ -69,6 +83,7 @@ public:
     [[nodiscard]] OPTMatrix<double> fval(const OPTMatrix<double>& x) override;
     /// A copy of c, whatever x is.
     [[nodiscard]] OPTMatrix<double> grad(const OPTMatrix<double>& x) override;
+    void gradientTo(const OPTMatrix<double>& x, OPTMatrix<double>& g) override;
 
     void setc(const OPTMatrix<double>& cost) { c = cost; }
     [[nodiscard]] OPTMatrix<double>& getc() noexcept { return c; }
@@ -91,6 +106,8 @@ public:
     [[nodiscard]] OPTMatrix<double> fval(const OPTMatrix<double>& y) override;
     /// A copy of c, whatever y is.
     [[nodiscard]] OPTMatrix<double> grad(const OPTMatrix<double>& y) override;
+    [[nodiscard]] double valueAt(const OPTMatrix<double>& y) override;
+    void gradientTo(const OPTMatrix<double>& y, OPTMatrix<double>& g) override;
 
     void setc(const OPTMatrix<double>& cost) { c = cost; }
     [[nodiscard]] OPTMatrix<double>& getLinearCoefficients() noexcept { return c; }

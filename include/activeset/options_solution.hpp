@@ -91,6 +91,11 @@ public:
     void setxstar(const OPTMatrix<double>& x);
     /// Value 1 × 1; ignored while the stored value is current.
     void setfstar(OPTMatrix<double> f);
+    /// The same with a number; the record holds a value from then on.
+    void setfstar(double f);
+    /// Point := point + alpha·p, p nVar × 1; marks the value as not current. Raises what the sum
+    /// of matrices does.
+    void step(const OPTMatrix<double>& p, double alpha);
     void setlambda(const OPTMatrix<double>& multipliers);
     void updateSolution(OPTMatrix<double>& x,
                         OPTMatrix<double>& f,

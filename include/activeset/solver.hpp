@@ -3,6 +3,7 @@
 #define ACTIVESET_SOLVER_HPP
 
 #include <cstddef>
+#include <span>
 #include <string>
 
 #include "activeset/active_set.hpp"
@@ -11,6 +12,7 @@
 #include "activeset/matrix.hpp"
 #include "activeset/objective.hpp"
 #include "activeset/options_solution.hpp"
+#include "activeset/pass_message.hpp"
 
 /// Base of the active-set solvers: problem, working set and its matrix, iteration loop, ratio
 /// test, working-set changes, stops and display. A derived class supplies the search direction
@@ -141,15 +143,28 @@ public:
 protected:
     friend struct TestAccess;
 
+    /// A constraint as the ratio test finds it.
+    struct Blocking {
+        bool isFound = false;     ///< it blocks the step; otherwise only alpha counts
+        bool isRecorded = false;  ///< it would block a step that is longer than allowed
+        activeset::ConstraintKind kind = activeset::ConstraintKind::Inequality;
+        size_t number = 0;     ///< its place among all constraints
+        size_t kindIndex = 0;  ///< its row, or its position in the list of bounds of its kind
+        double alpha = 0.0;    ///< the step
+    };
     /// Longest step along p, at most 1 for a quadratic objective, that keeps the constraints
-    /// outside the working set. Returns 1 and names the blocking constraint (number; row or
-    /// position in its bound list; kind "ineq", "lower" or "upper"), or −1.
+    /// outside the working set, and the first constraint that blocks it.
+    [[nodiscard]] Blocking _blockingConstraint(const OPTMatrix<double>& p);
+    /// The same with the kind as a word, "ineq", "lower" or "upper". Returns 1, or −1 when nothing
+    /// blocks.
     int _findBlockingConstraintAndAlpha(OPTMatrix<double>& p,
                                         size_t& constraintNumber,
                                         size_t& kindIndex,
                                         std::string& kind,
                                         double& alpha);
     /// Appends a constraint to the working set, its column to Aw, and says so in iterMessage.
+    void _append(const Blocking& blocking);
+    /// The same with the kind as a word; any other than "ineq" and "lower" is taken as "upper".
     void _addConstraint(size_t constraintNumber, size_t kindIndex, const std::string& kind);
     /// Column `to` of Aw := column `from`.
     void _moveConstraint(size_t to, size_t from);
@@ -199,6 +214,15 @@ protected:
         IoptOption* options_;
     };
 
+    struct RatioScan;
+    template <class IsActive, class Number>
+    void _scanKind(RatioScan& scan,
+                   activeset::ConstraintKind kind,
+                   size_t count,
+                   const OPTMatrix<double>& p,
+                   IsActive isActive,
+                   Number numberOf);
+    void _reservePassVectors();
     void _repairFeasibility();
     [[nodiscard]] double _largestViolation(const OPTMatrix<double>& at) const;
 
@@ -209,7 +233,7 @@ protected:
     OPTMatrix<double> lambda;
     size_t minLambdaIndex = activeset::NoIndex;
     double minLambda = 0.0;
-    std::string iterMessage;
+    activeset::PassMessage iterMessage;
     int currentIter = 0;
     int repairCount = 0;
     OPTMatrix<double> Aw;
@@ -217,6 +241,8 @@ protected:
     workingSetChange activesetChangeIndicator = NoIncrementalChange;
     ActiveSet activeSet;
     ASsolution solution;
+    OPTMatrix<double> rates;       // of one kind, as long as the longest; see _reservePassVectors
+    OPTMatrix<double> residuals;   // likewise
     bool computeDirection = true;  // the next pass computes a direction, not only multipliers
 };
 

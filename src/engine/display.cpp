@@ -44,5 +44,5 @@ void IsolverAS::_iterativeDisplay(Matrix& p, Matrix& gradient, double alpha) {
     } else {
         text << setw(9) << ActiveSet::getmaConstr();
     }
-    text << setw(14) << iterMessage << '\n';
+    text << setw(14) << iterMessage.text() << '\n';
 }

@@ -1,9 +1,14 @@
 // The primal active-set iteration: each pass moves along a direction and takes in the first
 // blocking constraint, or lets the constraint with the most negative multiplier go.
+#include <algorithm>
+
 #include "activeset/sizes.hpp"
 #include "activeset/solver.hpp"
 
+using activeset::ObjectiveKind;
+using activeset::PassMessage;
 using Matrix = OPTMatrix<double>;
+using Event = PassMessage::Event;
 
 void IsolverAS::ASiterations() {
     _requireProblem();
@@ -13,11 +18,11 @@ void IsolverAS::ASiterations() {
     }
     double alpha = 1.0;
     computeDirection = true;
-    iterMessage = "       Start ";
+    iterMessage = PassMessage(Event::Start);
     activesetChangeIndicator = NoIncrementalChange;
     Matrix p(OPTsizes::getnVar(), 1);
     Matrix g(OPTsizes::getnVar(), 1);
-    g = objective->grad(solution.xstarRef());
+    objective->gradientTo(solution.xstarRef(), g);
     _updateObjectiveValue();
     solution.setSolutionState(ASQP::Undecided);
     const utInterruptMode interruptMode(0);
@@ -27,7 +32,7 @@ void IsolverAS::ASiterations() {
         const bool isDirectionPass = _searchDirection(g, p);
         if (isDirectionPass) {
             _directionStep(p, alpha);
-            g = objective->grad(solution.xstarRef());
+            objective->gradientTo(solution.xstarRef(), g);
         } else {
             _multiplierPass(g);
         }
@@ -48,7 +53,7 @@ bool IsolverAS::_searchDirection(Matrix& g, Matrix& p) {
         p.fill(0.0);
         return false;
     }
-    iterMessage.clear();
+    iterMessage = {};
     getSearchDirection(g, p);
     return !(p.norm() < options->getTolX());
 }
@@ -56,38 +61,35 @@ bool IsolverAS::_searchDirection(Matrix& g, Matrix& p) {
 // Ratio test, change of the working set, step.
 void IsolverAS::_directionStep(Matrix& p, double& alpha) {
     computeDirection = true;
-    size_t constraintNumber = OPTsizes::getmConstr();
-    size_t kindIndex = OPTsizes::getmConstr();
-    std::string kind = "ineq";
-    if (_findBlockingConstraintAndAlpha(p, constraintNumber, kindIndex, kind, alpha) < 1) {
+    const Blocking blocking = _blockingConstraint(p);
+    alpha = blocking.alpha;
+    if (!blocking.isFound) {
         if (_unboundedOrIllPosed(p, alpha)) {
-            iterMessage = " Unbounded";
+            iterMessage = PassMessage(Event::Unbounded);
         }
         computeDirection = false;
         // After the test above: a linear objective with nothing active ends as optimal. Kept, the
         // outcome code of such problems depends on it.
         if (ActiveSet::getmaConstr() == 0) {
-            iterMessage = " Optimal solution found; No active constraints";
+            iterMessage = PassMessage(Event::OptimalWithoutConstraints);
             solution.setSolutionState(ASQP::Optimal);
         }
     } else {
-        iterMessage.clear();
-        _addConstraint(constraintNumber, kindIndex, kind);
+        _append(blocking);
     }
-    solution.setxstar(solution.xstarRef() + p * alpha);
+    solution.step(p, alpha);
 }
 
 void IsolverAS::_multiplierPass(Matrix& g) {
     computeLambda(g, lambda);
     _findMinLambda();
     if (minLambda < 0.0) {  // exact zero, no tolerance; NaN ends the iteration
-        iterMessage.clear();
         removeConstraint(minLambdaIndex);
         computeDirection = true;
         return;
     }
     minLambdaIndex = activeset::NoIndex;
-    iterMessage = " Optimal solution found";
+    iterMessage = PassMessage(Event::Optimal);
     solution.setSolutionState(ASQP::Optimal);
 }
 
@@ -134,11 +136,20 @@ bool IsolverAS::_unboundedOrIllPosed(Matrix& p, double& alpha) {
 }
 
 bool IsolverAS::_isLinear() const {
-    return objective->objectiveTypeWord() == "LP";
+    return objective->objectiveKind() == ObjectiveKind::Linear;
+}
+
+// Room for the rates and residuals of any one kind.
+void IsolverAS::_reservePassVectors() {
+    const size_t longest = std::max({OPTsizes::getmIneq(), OPTsizes::getmLB(), OPTsizes::getmUB()});
+    if (rates.size() < longest || residuals.size() < longest) {
+        rates.reset(longest, 1);
+        residuals.reset(longest, 1);
+    }
 }
 
 void IsolverAS::_updateObjectiveValue() {
     if (!solution.isFvalUpdated()) {
-        solution.setfstar(objective->fval(solution.xstarRef()));
+        solution.setfstar(objective->valueAt(solution.xstarRef()));
     }
 }

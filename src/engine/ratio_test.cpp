@@ -1,42 +1,42 @@
 // How far a direction may be followed, and which constraint stops it.
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "activeset/sizes.hpp"
 #include "activeset/solver.hpp"
+#include "matrix/views.hpp"
 
+using activeset::ConstraintKind;
+using activeset::ObjectiveKind;
+using activeset::vectorOf;
 using Matrix = OPTMatrix<double>;
 
-namespace {
-
-/// The nearest blocking constraint found so far.
-struct Blocking {
+/// The scan of all constraints outside the working set for the nearest one.
+struct IsolverAS::RatioScan {
     double threshold = 0.0;  // rates up to this do not approach a constraint
     double tolerance = 0.0;  // TolCon
-    double alpha = 1e30;
-    int code = -1;  // 1 once a constraint is recorded
+    Blocking nearest;
 
-    // Scans one kind in list order. isActive(i) and record(i) take the entry within the kind.
-    template <class IsActive, class Record>
-    void scan(const Matrix& rates,
-              const Matrix& residuals,
-              size_t count,
+    // One kind in list order. isActive(i) and numberOf(i) take the entry within the kind.
+    template <class IsActive, class Number>
+    void take(ConstraintKind kind,
+              std::span<const double> rates,
+              std::span<const double> residuals,
               IsActive isActive,
-              Record record) {
-        for (size_t i = 0; i < count; ++i) {
-            const double rate = rates(i, 0);
-            if (!(rate > threshold) || isActive(i)) {  // NaN approaches nothing
+              Number numberOf) {
+        for (size_t i = 0; i < rates.size(); ++i) {
+            const double rate = rates[i];
+            if (!(rate > threshold)) {  // NaN approaches nothing
                 continue;
             }
-            const double ratio = numerator(residuals(i, 0)) / rate;
-            if (alpha > ratio) {  // strict: ties keep the constraint found first
-                alpha = ratio;
-                code = 1;
-                record(i);
-            } else if (ratio == 1.0 && alpha == 1.0 && code < 0) {
-                // Never reached, since alpha only changes with code: part of the rule as given.
-                code = 1;
-                record(i);
+            const double ratio = numerator(residuals[i]) / rate;
+            // Strict: ties keep the constraint found first. The second case is never reached, since
+            // alpha only changes with a record: part of the rule as given.
+            const bool isNearer =
+                nearest.alpha > ratio || (ratio == 1.0 && nearest.alpha == 1.0 && !nearest.isFound);
+            if (isNearer && !isActive(i)) {
+                nearest = {true, true, kind, numberOf(i), i, ratio};
             }
         }
     }
@@ -51,72 +51,79 @@ struct Blocking {
     }
 };
 
+namespace {
+
 bool contains(const size_t* list, size_t count, size_t value) {
     return std::find(list, list + count, value) != list + count;
 }
 
 }  // namespace
 
-int IsolverAS::_findBlockingConstraintAndAlpha(
-    Matrix& p, size_t& constraintNumber, size_t& kindIndex, std::string& kind, double& alpha) {
-    constraintNumber = 0;
-    kindIndex = 0;
+template <class IsActive, class Number>
+void IsolverAS::_scanKind(RatioScan& scan,
+                          ConstraintKind kind,
+                          size_t count,
+                          const Matrix& p,
+                          IsActive isActive,
+                          Number numberOf) {
+    if (count == 0) {
+        return;
+    }
+    const std::span ofKind(vectorOf(rates, count), count);
+    const std::span slack(vectorOf(residuals, count), count);
     const Matrix& point = solution.xstarRef();
+    constraint->productTo(kind, std::span(vectorOf(p, p.size()), p.size()), ofKind);
+    constraint->residualTo(kind, std::span(vectorOf(point, point.size()), point.size()), slack);
+    // The lists are looked at behind the products, which are the constraint set's own code and may
+    // have done anything to the counts.
+    _requireWorkingSet();
+    scan.take(kind, ofKind, slack, isActive, numberOf);
+}
+
+IsolverAS::Blocking IsolverAS::_blockingConstraint(const Matrix& p) {
     const size_t firstIneq = OPTsizes::getmFixed() + OPTsizes::getmEq();
     const size_t firstLower = firstIneq + OPTsizes::getmIneq();
     const size_t firstUpper = firstLower + OPTsizes::getnVar();
-    Blocking blocking{TolDegeneracy * p.norm(), options->getTolCon()};
-    // Inequalities, lower bounds, upper bounds: among equal ratios the first one scanned wins.
-    const auto recordAs = [&](const char* word, size_t number, size_t entry) {
-        constraintNumber = number;
-        kindIndex = entry;
-        kind = word;
-    };
-    // The lists are looked at behind the products, which are the constraint set's own code and may
-    // have done anything to the counts.
-    if (OPTsizes::getmIneq() > 0) {
-        const Matrix rates = constraint->Ax(p);
-        const Matrix residuals = constraint->Aconstr(point);
-        _requireWorkingSet();
-        blocking.scan(
-            rates, residuals, OPTsizes::getmIneq(),
-            [&](size_t i) { return contains(activeSet.getWineq(), ActiveSet::getmaIneq(), i); },
-            [&](size_t i) { recordAs("ineq", firstIneq + i, i); });
-    }
-    if (OPTsizes::getmLB() > 0) {
-        const Matrix rates = constraint->Albx(p);
-        const Matrix residuals = constraint->Albconstr(point);
-        const size_t* variable = constraint->getindexLB();
-        _requireWorkingSet();
-        blocking.scan(
-            rates, residuals, OPTsizes::getmLB(),
-            [&](size_t j) {
-                return contains(activeSet.getWlower(), ActiveSet::getmaLB(), variable[j]);
-            },
-            [&](size_t j) { recordAs("lower", firstLower + variable[j], j); });
-    }
-    if (OPTsizes::getmUB() > 0) {
-        const Matrix rates = constraint->Aubx(p);
-        const Matrix residuals = constraint->Aubconstr(point);
-        const size_t* variable = constraint->getindexUB();
-        _requireWorkingSet();
-        blocking.scan(
-            rates, residuals, OPTsizes::getmUB(),
-            [&](size_t j) {
-                return contains(activeSet.getWupper(), ActiveSet::getmaUB(), variable[j]);
-            },
-            [&](size_t j) { recordAs("upper", firstUpper + variable[j], j); });
-    }
-    alpha = blocking.alpha;
-    const std::string& type = objective->objectiveTypeWord();
-    if (type != "QP" && type != "LP") {
-        return blocking.code;
+    const auto lower = [this](size_t j) { return constraint->getindexLB()[j]; };
+    const auto upper = [this](size_t j) { return constraint->getindexUB()[j]; };
+    _reservePassVectors();
+    RatioScan scan{TolDegeneracy * p.norm(), options->getTolCon(), {}};
+    scan.nearest.alpha = 1e30;
+    // Among equal ratios the first one scanned wins.
+    _scanKind(
+        scan, ConstraintKind::Inequality, OPTsizes::getmIneq(), p,
+        [&](size_t i) { return contains(activeSet.getWineq(), ActiveSet::getmaIneq(), i); },
+        [&](size_t i) { return firstIneq + i; });
+    _scanKind(
+        scan, ConstraintKind::LowerBound, OPTsizes::getmLB(), p,
+        [&](size_t j) { return contains(activeSet.getWlower(), ActiveSet::getmaLB(), lower(j)); },
+        [&](size_t j) { return firstLower + lower(j); });
+    _scanKind(
+        scan, ConstraintKind::UpperBound, OPTsizes::getmUB(), p,
+        [&](size_t j) { return contains(activeSet.getWupper(), ActiveSet::getmaUB(), upper(j)); },
+        [&](size_t j) { return firstUpper + upper(j); });
+    Blocking& nearest = scan.nearest;
+    const ObjectiveKind type = objective->objectiveKind();
+    if (type == ObjectiveKind::Other) {
+        return nearest;
     }
     // A constraint exactly at distance 1 blocks the full step of a quadratic objective.
-    const double cap = type == "QP" ? 1.0 : utGetRealMax();
-    if (blocking.code == 1 && alpha > cap) {
-        blocking.code = -1;
+    const double cap = type == ObjectiveKind::Quadratic ? 1.0 : utGetRealMax();
+    nearest.isFound = nearest.isFound && !(nearest.alpha > cap);
+    nearest.alpha = cap > nearest.alpha ? nearest.alpha : cap;
+    return nearest;
+}
+
+int IsolverAS::_findBlockingConstraintAndAlpha(
+    Matrix& p, size_t& constraintNumber, size_t& kindIndex, std::string& kind, double& alpha) {
+    const Blocking blocking = _blockingConstraint(p);
+    constraintNumber = blocking.number;
+    kindIndex = blocking.kindIndex;
+    alpha = blocking.alpha;
+    if (blocking.isRecorded) {
+        kind = blocking.kind == ConstraintKind::Inequality   ? "ineq"
+               : blocking.kind == ConstraintKind::LowerBound ? "lower"
+                                                             : "upper";
     }
-    alpha = cap > alpha ? alpha : cap;
-    return blocking.code;
+    return blocking.isFound ? 1 : -1;
 }

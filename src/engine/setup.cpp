@@ -57,6 +57,8 @@ IsolverAS& IsolverAS::operator=(const IsolverAS& other) {
     activesetChangeIndicator = other.activesetChangeIndicator;
     activeSet = other.activeSet;
     solution = other.solution;
+    rates = other.rates;
+    residuals = other.residuals;
     computeDirection = other.computeDirection;
     return *this;
 }
@@ -85,7 +87,7 @@ void IsolverAS::init(IoptObjective* newObjective,
     }
     constraint = newConstraint;
     options = newOptions;
-    iterMessage.clear();
+    iterMessage = {};
     currentIter = 0;
     repairCount = 0;
     activesetChangeIndicator = NoIncrementalChange;  // no factors follow into the new problem
@@ -94,14 +96,14 @@ void IsolverAS::init(IoptObjective* newObjective,
         raiseBadWorkingSet();
     }
     const size_t n = OPTsizes::getnVar();
-    replace(newActiveConstraint, Matrix(1, n));
-    replace(Aw, Matrix(n, n));
+    newActiveConstraint.reset(1, n);
+    Aw.reset(n, n);
     if (_createAw() < 0) {
         vxErrMsgIdAndTxt("optim:src:activesetqp:createWsetError",
                          "_createWset failed to initialize working-set constraint matrix.");
     }
-    replace(lambda, Matrix(OPTsizes::getnEq() + 2 * n + OPTsizes::getmIneq(), 1));
-    const Matrix f = objective->fval(x);
+    lambda.reset(OPTsizes::getnEq() + 2 * n + OPTsizes::getmIneq(), 1);
+    const double f = objective->valueAt(x);
     solution.resetSolution();
     solution.setxstar(x);
     solution.setfstar(f);
@@ -111,6 +113,8 @@ void IsolverAS::init(IoptObjective* newObjective,
 
 void IsolverAS::resetIsolverAS() {
     Aw.clear();
+    rates.clear();
+    residuals.clear();
     x.clear();
     lambda.clear();
     newActiveConstraint.clear();

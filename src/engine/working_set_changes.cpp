@@ -7,34 +7,43 @@
 #include "activeset/solver.hpp"
 #include "matrix/views.hpp"
 
+using activeset::ConstraintKind;
+using activeset::PassMessage;
 using Matrix = OPTMatrix<double>;
+using Event = PassMessage::Event;
 
 void IsolverAS::setnewActiveConstraint(Matrix row) {  // NOLINT(performance-unnecessary-value-param)
     newActiveConstraint = row;
 }
 
 void IsolverAS::_addConstraint(size_t constraintNumber, size_t kindIndex, const std::string& kind) {
-    const bool isIneq = kind == "ineq";
-    const bool isLower = kind == "lower";
-    setnewActiveConstraint(isIneq    ? constraint->ARow(kindIndex)
-                           : isLower ? constraint->AlbRow(kindIndex)
-                                     : constraint->AubRow(kindIndex));
+    Blocking named;
+    named.kind = kind == "ineq"    ? ConstraintKind::Inequality
+                 : kind == "lower" ? ConstraintKind::LowerBound
+                                   : ConstraintKind::UpperBound;
+    named.number = constraintNumber;
+    named.kindIndex = kindIndex;
+    _append(named);
+}
+
+void IsolverAS::_append(const Blocking& blocking) {
+    const std::span row(newActiveConstraint.getData(), newActiveConstraint.size());
+    constraint->rowTo(blocking.kind, blocking.kindIndex, row);
     // The column first: where there is none left, nothing has changed yet.
-    Aw.setColumn(ActiveSet::getmaConstr(),
-                 std::span(newActiveConstraint.getData(), newActiveConstraint.size()));
-    if (isIneq) {
-        activeSet.appendIneq(kindIndex);
-        iterMessage = " In  ineq: " + std::to_string(kindIndex + 1);
-    } else if (isLower) {
-        const size_t variable = constraint->getindexLB()[kindIndex];
+    Aw.setColumn(ActiveSet::getmaConstr(), row);
+    if (blocking.kind == ConstraintKind::Inequality) {
+        activeSet.appendIneq(blocking.kindIndex);
+        iterMessage = PassMessage(Event::InequalityIn, blocking.kindIndex);
+    } else if (blocking.kind == ConstraintKind::LowerBound) {
+        const size_t variable = constraint->getindexLB()[blocking.kindIndex];
         activeSet.appendLower(variable);
-        iterMessage = " In  lb: " + std::to_string(variable + 1);
+        iterMessage = PassMessage(Event::LowerBoundIn, variable);
     } else {
-        const size_t variable = constraint->getindexUB()[kindIndex];
+        const size_t variable = constraint->getindexUB()[blocking.kindIndex];
         activeSet.appendUpper(variable);
-        iterMessage = " In  ub: " + std::to_string(variable + 1);
+        iterMessage = PassMessage(Event::UpperBoundIn, variable);
     }
-    activeSet.appendToWset(constraintNumber);
+    activeSet.appendToWset(blocking.number);
     activesetChangeIndicator = ConstraintAdded;
 }
 
@@ -61,20 +70,20 @@ void IsolverAS::removeConstraint(size_t position) {
         take(activeSet.getWineq(), ActiveSet::getmaIneq(), row,
              "Expected inequality was not found in the active list.");
         ActiveSet::setmaIneq(ActiveSet::getmaIneq() - 1);
-        iterMessage = " Out ineq: " + std::to_string(row + 1);
+        iterMessage = PassMessage(Event::InequalityOut, row);
     } else if (ineqEnd <= number && number < lowerEnd) {
         const size_t variable = number - ineqEnd;
         take(activeSet.getWlower(), ActiveSet::getmaLB(), variable,
              "Expected lower bound was not found in the active list.");
         ActiveSet::setmaLB(ActiveSet::getmaLB() - 1);
-        iterMessage = " Out lb: " + std::to_string(variable + 1);
+        iterMessage = PassMessage(Event::LowerBoundOut, variable);
     } else {
         // Equalities and fixed variables come here too, are not found, and so can never leave.
         const size_t variable = number - lowerEnd;
         take(activeSet.getWupper(), ActiveSet::getmaUB(), variable,
              "Expected upper bound was not found in the active list.");
         ActiveSet::setmaUB(ActiveSet::getmaUB() - 1);
-        iterMessage = " Out ub: " + std::to_string(variable + 1);
+        iterMessage = PassMessage(Event::UpperBoundOut, variable);
     }
     _moveConstraint(position, count - 1);
     activeSet.replaceElementByLast(activeSet.getWset(), count, position);

@@ -19,16 +19,13 @@ void printAssignmentSizes(const OPTMatrix<double>& left, const OPTMatrix<double>
 
 }  // namespace activeset
 
+using activeset::isStoredFull;
 using activeset::raiseMatrixFault;
 
 namespace {
 
 using Matrix = OPTMatrix<double>;
 using Elementwise = void (*)(double*, size_t, const double*, size_t, const double*, size_t);
-
-bool isStoredFull(const Matrix& matrix) {
-    return matrix.getHostArray() == nullptr || !vxIsSparse(matrix.getHostArray());
-}
 
 // The elements of a sparse operand, spelled out.
 Matrix spelledOut(const Matrix& matrix) {

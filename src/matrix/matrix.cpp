@@ -24,7 +24,7 @@ std::int64_t nextId() noexcept {
 
 }  // namespace
 
-OPTMatrix<double>::OPTMatrix() : OPTMatrix(0, 0) {}
+OPTMatrix<double>::OPTMatrix() : id(nextId()) {}
 
 OPTMatrix<double>::OPTMatrix(size_t rowCount, size_t columnCount, bool pooled)
     : rows(rowCount), cols(columnCount), id(nextId()), isPooled(pooled) {
@@ -115,6 +115,19 @@ OPTMatrix<double>& OPTMatrix<double>::operator=(const OPTMatrix& other) {
     isSparse = other.isSparse;
     _copyElements(other);
     return *this;
+}
+
+void OPTMatrix<double>::reset(size_t rowCount, size_t columnCount) {
+    clear();
+    vxArray* created = vxCreateDoubleMatrix(rowCount, columnCount, vxComplexity::Real);
+    vxSetArrayScope(created, 0);
+    hostArray = created;
+    data = static_cast<double*>(created->real);
+    rows = rowCount;
+    cols = columnCount;
+    wrapsHostArray = false;
+    origin = 0;
+    isSparse = false;
 }
 
 void OPTMatrix<double>::clear() {
@@ -212,6 +225,10 @@ OPTMatrix<double> OPTMatrix<double>::diagonal() const {
 }
 
 void OPTMatrix<double>::copyColumn(size_t dst, size_t src) {
+    if (!isCompressed && dst != src && dst < cols && src < cols) {
+        std::copy_n(data + src * rows, rows, data + dst * rows);
+        return;
+    }
     for (size_t i = 0; i < rows; ++i) {
         const double value = (*this)(i, src);
         (*this)(i, dst) = value;
@@ -221,6 +238,10 @@ void OPTMatrix<double>::copyColumn(size_t dst, size_t src) {
 void OPTMatrix<double>::setColumn(size_t j, std::span<const double> buffer) {
     if (buffer.size() < rows) {
         raiseMatrixFault("Index exceed number of row.");
+    }
+    if (!isCompressed && j < cols) {
+        std::copy_n(buffer.data(), rows, data + j * rows);
+        return;
     }
     for (size_t i = 0; i < rows; ++i) {
         (*this)(i, j) = buffer[i];

@@ -8,9 +8,13 @@
 
 namespace activeset {
 
+[[nodiscard]] inline bool isStoredFull(const OPTMatrix<double>& matrix) noexcept {
+    return !matrix.isStoredCompressed();
+}
+
 /// Raises unless the matrix is stored full, which BLAS needs.
 inline void requireFull(const OPTMatrix<double>& matrix) {
-    if (matrix.getHostArray() != nullptr && vxIsSparse(matrix.getHostArray())) {
+    if (matrix.isStoredCompressed()) {
         raiseMatrixFault("Matrix must be stored full");
     }
 }

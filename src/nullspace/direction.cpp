@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <typeinfo>
 
 #include "activeset/null_space.hpp"
 #include "activeset/sizes.hpp"
@@ -69,81 +70,96 @@ int NullSpaceAS::_solveSubProblem(Matrix& g, Matrix& p) {
     }
     const size_t nz = n - m;
     const MatrixView Z = activeset::block(Q, m, nz, n);
-    Matrix reduced(nz, 1, true);
-    blas::gemv(Op::Transpose, 1.0, Z, vectorOf(g, n), 0.0, reduced.getData());
+    activeset::DirectionVectors& vectors = _workspace().vectors;
+    vectors.reserve(n);
+    double* reduced = vectors.reduced();
+    blas::gemv(Op::Transpose, 1.0, Z, vectorOf(g, n), 0.0, reduced);
     int result = 0;
-    if (objective->objectiveTypeWord() == "QP") {
-        auto* quadratic = dynamic_cast<QPobjective*>(objective);
+    if (objective->objectiveKind() == activeset::ObjectiveKind::Quadratic) {
+        QPobjective* quadratic = _quadraticObjective();
         if (quadratic == nullptr) {
             vxErrMsgIdAndTxt("optim:activesetqp:LinearSolveError", "QPobjective pointer is NULL.");
         }
         Matrix& H = quadratic->getHessian();
-        if (_followKeptFactor(H, reduced, p)) {
+        if (_followKeptFactor(H, nz, p)) {
             return 0;
         }
-        result = _solveReduced(H, reduced);
+        result = _solveReduced(H, nz);
     }
-    blas::gemv(Op::None, -1.0, Z, reduced.getData(), 0.0, vectorOf(p, n));
+    blas::gemv(Op::None, -1.0, Z, reduced, 0.0, vectorOf(p, n));
     return result;
+}
+
+// Null when the objective is none. The exact class is looked at first: that costs nothing.
+QPobjective* NullSpaceAS::_quadraticObjective() const {
+    if (objective != nullptr && typeid(*objective) == typeid(QPobjective)) {
+        return static_cast<QPobjective*>(objective);
+    }
+    return dynamic_cast<QPobjective*>(objective);
 }
 
 // p from the factor that was kept from the last pass. False when there is none, when ZᵀH·p misses
 // the reduced gradient by more than an update may lose beside LAPACK's own rounding, or when the
 // step is so long that the matrix may be singular: LAPACK decides then.
-bool NullSpaceAS::_followKeptFactor(Matrix& H, const Matrix& reduced, Matrix& p) {
+bool NullSpaceAS::_followKeptFactor(Matrix& H, size_t nz, Matrix& p) {
     constexpr double ResidualTolerance = 1e-12;
     constexpr double LargestCondition = 1e11;
     activeset::ReducedHessian& kept = _workspace().reducedHessian;
     const size_t n = OPTsizes::getnVar();
-    const size_t nz = reduced.getRows();
     if (!kept.isCurrent() || kept.order() != nz) {
         return false;
     }
     const MatrixView Z = activeset::block(Q, n - nz, nz, n);
-    Matrix solved(nz, 1, true);
-    solved = reduced;
-    kept.solve(solved.getData());
-    blas::gemv(Op::None, -1.0, Z, solved.getData(), 0.0, vectorOf(p, n));
-    Matrix curved(n, 1, true);
-    Matrix product(nz, 1, true);
-    blas::gemv(Op::None, 1.0, activeset::block(H, 0, n, n), p.getData(), 0.0, curved.getData());
-    blas::gemv(Op::Transpose, 1.0, Z, curved.getData(), 0.0, product.getData());
+    activeset::DirectionVectors& vectors = _workspace().vectors;
+    const double* reduced = vectors.reduced();
+    double* solved = vectors.solved();
+    double* curved = vectors.curved();
+    double* product = vectors.product();
+    std::copy_n(reduced, nz, solved);
+    kept.solve(solved);
+    blas::gemv(Op::None, -1.0, Z, solved, 0.0, vectorOf(p, n));
+    blas::gemv(Op::None, 1.0, activeset::block(H, 0, n, n), p.getData(), 0.0, curved);
+    blas::gemv(Op::Transpose, 1.0, Z, curved, 0.0, product);
     double error = 0.0;
     double length = 0.0;
     double size = 0.0;
     for (size_t k = 0; k < nz; ++k) {
-        error = std::max(error, std::abs(product(k, 0) + reduced(k, 0)));
-        length = std::max(length, std::abs(solved(k, 0)));
-        size = std::max(size, std::abs(reduced(k, 0)));
+        error = std::max(error, std::abs(product[k] + reduced[k]));
+        length = std::max(length, std::abs(solved[k]));
+        size = std::max(size, std::abs(reduced[k]));
     }
     return error <= ResidualTolerance * (kept.scale() * length + size) &&
            kept.scale() * length <= LargestCondition * size;
 }
 
-// reduced := (ZᵀHZ)⁻¹·reduced, ZᵀHZ formed afresh. Positive: not positive definite, as LAPACK says.
-int NullSpaceAS::_solveReduced(Matrix& H, Matrix& reduced) {
+// The reduced gradient := (ZᵀHZ)⁻¹·Zᵀg, ZᵀHZ formed afresh. Positive: not positive definite, as
+// LAPACK says.
+int NullSpaceAS::_solveReduced(Matrix& H, size_t nz) {
     const size_t n = OPTsizes::getnVar();
-    const size_t nz = reduced.getRows();
-    if (!_workspace().updatesAllowed || !isSymmetric(activeset::block(H, 0, n, n))) {
-        return _solveReducedPlainly(H, reduced);
+    activeset::NullSpaceWorkspace& own = _workspace();
+    if (!own.updatesAllowed || !isSymmetric(activeset::block(H, 0, n, n))) {
+        return _solveReducedPlainly(H, nz);
     }
-    const auto info = _workspace().reducedHessian.formAndSolve(
-        activeset::block(H, 0, n, n), activeset::block(Q, n - nz, nz, n), reduced.getData());
+    const auto info = own.reducedHessian.formAndSolve(
+        activeset::block(H, 0, n, n), activeset::block(Q, n - nz, nz, n), own.vectors.reduced());
     optimAssert(info >= 0, "Call to DPOTRF failed in NullSpaceAS::_symPosDefLinearSolve");
     return static_cast<int>(info);
 }
 
 // As the method is written down: form, factorise, solve.
-int NullSpaceAS::_solveReducedPlainly(Matrix& H, Matrix& reduced) {
+int NullSpaceAS::_solveReducedPlainly(Matrix& H, size_t nz) {
     const size_t n = OPTsizes::getnVar();
-    const size_t nz = reduced.getRows();
     const MatrixView Z = activeset::block(Q, n - nz, nz, n);
     Matrix ZtH(nz, n, true);
     blas::gemm(Op::Transpose, Op::None, 1.0, Z, activeset::block(H, 0, n, n), 0.0, viewOf(ZtH));
     Matrix ZtHZ(nz, nz, true);
     blas::gemm(Op::None, Op::None, 1.0, viewOf(ZtH), Z, 0.0, viewOf(ZtHZ));
+    Matrix reduced(nz, 1, true);
+    double* reducedGradient = _workspace().vectors.reduced();
+    std::copy_n(reducedGradient, nz, reduced.getData());
     double spare = 0.0;
     const int result = _symPosDefLinearSolve(ZtHZ, reduced, spare);
+    std::copy_n(reduced.getData(), nz, reducedGradient);
     if (result < 0) {
         vxErrMsgIdAndTxt("optim:activesetqp:LinearSolveError", "LinearSolver failed.");
     }
@@ -175,12 +191,15 @@ int NullSpaceAS::_symPosDefLinearSolve(Matrix& A, Matrix& B, double& /*spare*/) 
 void NullSpaceAS::_computeLambda(Matrix& g, Matrix& multipliers) {
     const size_t n = OPTsizes::getnVar();
     const size_t m = ActiveSet::getmaConstr();
-    Matrix u(m, 1, true);
-    blas::gemv(Op::Transpose, 1.0, activeset::block(Q, 0, m, n), vectorOf(g, n), 0.0, u.getData());
-    const auto info = lapack::trtrs(activeset::block(QRwset, 0, m, m), viewOf(u));
+    activeset::DirectionVectors& vectors = _workspace().vectors;
+    vectors.reserve(n);
+    double* u = vectors.solved();
+    blas::gemv(Op::Transpose, 1.0, activeset::block(Q, 0, m, n), vectorOf(g, n), 0.0, u);
+    const auto info = lapack::trtrs(activeset::block(QRwset, 0, m, m), MatrixView(u, m, 1));
     optimAssert(info == 0, "Error calling DTRTRS from NullSpaceAS::_computeLambda");
     multipliers.fill(0.0);
+    double* values = vectorOf(multipliers, m);
     for (size_t k = 0; k < m; ++k) {
-        multipliers(k, 0) = -u(k, 0);
+        values[k] = -u[k];
     }
 }

@@ -36,9 +36,9 @@ void NullSpaceAS::initializeFactorization() {
     if (initialized) {
         resetFactorization();
     }
-    QRwset = Matrix(n, std::min(n, constraints));
-    tau = Matrix(n, 1);
-    Q = Matrix(n, n);
+    QRwset.reset(n, std::min(n, constraints));
+    tau.reset(n, 1);
+    Q.reset(n, n);
     initialized = true;
 }
 

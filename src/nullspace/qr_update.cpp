@@ -85,8 +85,8 @@ void NullSpaceAS::_QRinsertColumn(Matrix& a) {
 void NullSpaceAS::_turnTrailingColumns(size_t n) {
     constexpr size_t BlockRows = 512;
     const activeset::RotationSweep& sweep = _workspace().sweep;
-    const double* cosines = sweep.cosines.getData();
-    const double* sines = sweep.sines.getData();
+    const double* cosines = sweep.cosines();
+    const double* sines = sweep.sines();
     for (size_t row = 0; row < n; row += BlockRows) {
         const size_t rows = std::min(BlockRows, n - row);
         double* right = Q.getData() + (n - 1) * n + row;
@@ -123,8 +123,11 @@ void NullSpaceAS::_QRdeleteColumn(size_t j) {
 // Column m of Q, the first behind the working set's, is now the first of Z.
 void NullSpaceAS::_followDeletion() {
     activeset::ReducedHessian& reduced = _workspace().reducedHessian;
-    auto* quadratic = dynamic_cast<QPobjective*>(objective);
-    if (!reduced.isCurrent() || quadratic == nullptr) {
+    if (!reduced.isCurrent()) {
+        return;
+    }
+    QPobjective* quadratic = _quadraticObjective();
+    if (quadratic == nullptr) {
         return;
     }
     const size_t n = OPTsizes::getnVar();

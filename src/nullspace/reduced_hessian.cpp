@@ -33,13 +33,6 @@ ConstMatrixView part(ConstMatrixView of, Int col, Int cols) {
     return of;
 }
 
-void replaceBy(OPTMatrix<double>& matrix, size_t rows, size_t cols) {
-    if (matrix.getRows() != rows || matrix.getCols() != cols) {
-        matrix.clear();
-        matrix = OPTMatrix<double>(rows, cols);
-    }
-}
-
 // The chain of row rotations down some columns of L at once: independent columns hide each
 // other's latency. `carry` is the entry that travels down.
 template <size_t Width>
@@ -66,22 +59,23 @@ void turnColumns(double* const* columns,
 }  // namespace
 
 void RotationSweep::reserve(size_t n) {
-    replaceBy(cosines, n, 1);
-    replaceBy(sines, n, 1);
+    if (pairs_.getRows() != n) {
+        pairs_.reset(n, 2);
+    }
     count = 0;
 }
 
 void RotationSweep::append(const blas::Rotation& rotation) {
-    cosines(count, 0) = rotation.c;
-    sines(count, 0) = rotation.s;
+    pairs_(count, 0) = rotation.c;
+    pairs_(count, 1) = rotation.s;
     ++count;
 }
 
 void ReducedHessian::reserve(size_t n) {
     if (triangles_.getCols() != n) {
-        replaceBy(triangles_, n + 1, n);
-        replaceBy(column_, n, 1);
-        replaceBy(panel_, std::min(n, PanelWidth), n);
+        triangles_.reset(n + 1, n);
+        column_.reset(n, 1);
+        panel_.reset(std::min(n, PanelWidth), n);
         isCurrent_ = false;
     }
 }
@@ -165,8 +159,8 @@ void ReducedHessian::followInsertion(const RotationSweep& sweep) {
 // Rotation r turns rows r and r + 1. Column j is zero above row j, so its part begins at r = j − 1
 // and fills the entry above the diagonal.
 void ReducedHessian::turnRows(const RotationSweep& sweep) {
-    const double* cosines = sweep.cosines.getData();
-    const double* sines = sweep.sines.getData();
+    const double* cosines = sweep.cosines();
+    const double* sines = sweep.sines();
     const MatrixView L = lower();
     const size_t last = order_ - 1;
     for (size_t j = 0; j < order_; j += Lanes) {

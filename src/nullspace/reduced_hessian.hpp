@@ -10,13 +10,17 @@
 namespace activeset {
 
 /// The rotations of one insertion sweep, in the order in which they were made.
-struct RotationSweep {
-    OPTMatrix<double> cosines;  // n × 1 each
-    OPTMatrix<double> sines;
+class RotationSweep {
+public:
     size_t count = 0;
 
     void reserve(size_t n);
     void append(const blas::Rotation& rotation);
+    [[nodiscard]] const double* cosines() const noexcept { return pairs_.getData(); }
+    [[nodiscard]] const double* sines() const noexcept { return cosines() + pairs_.getRows(); }
+
+private:
+    OPTMatrix<double> pairs_;  // n × 2
 };
 
 /// M̂ = ẐᵀHẐ = L·Lᵀ, where Ẑ are the columns of the null-space basis Z in reversed order.

@@ -9,7 +9,9 @@
 
 using activeset::BoundRows;
 using activeset::IndexList;
+using activeset::lowerRows;
 using activeset::NoIndex;
+using activeset::upperRows;
 
 IoptConstraint::IoptConstraint(std::string type) : problemType(std::move(type)) {}
 
@@ -112,28 +114,11 @@ void LinearConstraint::_createBoundAndFixedConstraints() {
     OPTsizes::setmFixed(0);  // a variable with lb = ub is two bounds, not a fixed variable
     blb = gatherBounds(indexLB.get(), n, lowerCount, lb, -1.0);
     bub = gatherBounds(indexUB.get(), n, upperCount, ub, 1.0);
-    bfixed = OPTMatrix<double>(0, 1);
-    Afixed = OPTMatrix<double>(0, n);
+    bfixed.reset(0, 1);
+    Afixed.reset(0, n);
 }
 
 namespace {
-
-// As many rows as right-hand sides, and never more than the list has entries: an assignment that
-// raised half-way may have changed one and not the other.
-BoundRows boundRows(double sign,
-                    const IndexList& index,
-                    const OPTMatrix<double>& rhs,
-                    size_t variables) {
-    return {sign, index.get(), std::min(rhs.getRows(), index.capacity()), variables};
-}
-
-BoundRows lowerRows(const IndexList& index, const OPTMatrix<double>& rhs, size_t variables) {
-    return boundRows(-1.0, index, rhs, variables);
-}
-
-BoundRows upperRows(const IndexList& index, const OPTMatrix<double>& rhs, size_t variables) {
-    return boundRows(1.0, index, rhs, variables);
-}
 
 // Bound rows are written out when first asked for, so that either side may lack them.
 void assignRows(OPTMatrix<double>& target,

@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "matrix/views.hpp"
+
 IoptOption::~IoptOption() = default;
 
 int IoptOption::getMaxIter() const {
@@ -67,6 +69,31 @@ void IoptSolution::setfstar(
         fstar = value;
         fvalUpdated = true;
     }
+}
+
+void IoptSolution::setfstar(double value) {
+    if (fvalUpdated) {
+        return;
+    }
+    if (fstar.size() != 1) {
+        fstar.reset(1, 1);
+    }
+    fstar(0, 0) = value;
+    fvalUpdated = true;
+}
+
+void IoptSolution::step(const OPTMatrix<double>& p, double alpha) {
+    if (!activeset::isStoredFull(p) || p.getRows() != xstar.getRows() ||
+        p.getCols() != xstar.getCols()) {
+        setxstar(xstar + p * alpha);
+        return;
+    }
+    double* point = xstar.getData();
+    const double* direction = p.getData();
+    for (size_t i = 0; i < xstar.size(); ++i) {
+        point[i] += direction[i] * alpha;
+    }
+    fvalUpdated = false;
 }
 
 void IoptSolution::setlambda(const OPTMatrix<double>& multipliers) {

@@ -1,5 +1,6 @@
 // The phase-one problem: minimise γ with every inequality and bound relaxed by γ.
 #include <algorithm>
+#include <typeinfo>
 
 #include "activeset/constraint.hpp"
 #include "activeset/objective.hpp"
@@ -35,6 +36,18 @@ Matrix PhaseOneObjective::grad(const Matrix& /*y*/) {
     Matrix result(c.getRows(), c.getCols(), true);
     result = c;
     return result;
+}
+
+double PhaseOneObjective::valueAt(const Matrix& y) {
+    return typeid(*this) == typeid(PhaseOneObjective) ? artificialOf(y) : IoptObjective::valueAt(y);
+}
+
+void PhaseOneObjective::gradientTo(const Matrix& y, Matrix& g) {
+    if (typeid(*this) == typeid(PhaseOneObjective)) {
+        g = c;
+    } else {
+        IoptObjective::gradientTo(y, g);
+    }
 }
 
 PhaseOneConstraint::PhaseOneConstraint(IoptConstraint* of)

@@ -6,6 +6,8 @@
 namespace activeset::test {
 namespace {
 
+using Event = PassMessage::Event;
+
 class Display : public FreshState {};
 
 /// What is shown of three moments of a solve of min x0 with x0 ≤ 1.
@@ -18,10 +20,10 @@ std::string shownAs(const std::string& word, ASQP::SolutionState lastState, bool
         int iteration;
         double x0;
         size_t active;
-        const char* message;
-    } moments[] = {{0, .5, 0, "       Start "},
-                   {7, -1234567.5, 2, " In  ub: 1"},
-                   {1000, 1.0 / 3, 2, " Optimal solution found"}};
+        PassMessage note;
+    } moments[] = {{0, .5, 0, PassMessage(Event::Start)},
+                   {7, -1234567.5, 2, PassMessage(Event::UpperBoundIn)},
+                   {1000, 1.0 / 3, 2, PassMessage(Event::Optimal)}};
     OPTMatrix<double> p = columnMatrix({3, 4});
     OPTMatrix<double> gradient = columnMatrix({5, -12});
     const CapturedOutput output;
@@ -31,7 +33,7 @@ std::string shownAs(const std::string& word, ASQP::SolutionState lastState, bool
         solver.getSolution().setSolutionState(moment.iteration == 1000 ? lastState
                                                                        : ASQP::Undecided);
         ActiveSet::setmaConstr(moment.active);
-        TestAccess::message(solver) = moment.message;
+        TestAccess::note(solver) = moment.note;
         TestAccess::display(solver, p, gradient, 1e30);
     }
     evaluated = solver.getSolution().isFvalUpdated();

@@ -44,7 +44,7 @@ TEST_F(SolverSetup, AnotherInitLeavesNothingOfAProblemOfAnotherSize) {
         EXPECT_EQ(values(solver.getSolution().getfstar()), (std::vector<double>{14 + 6}));
         EXPECT_EQ(solver.getLambda().getRows(), 8U);  // 1 + 1 + 2·3
         solver.getLambda().fill(9);
-        TestAccess::message(solver) = "stale";
+        TestAccess::note(solver) = activeset::PassMessage(activeset::PassMessage::Event::Start);
         solver._setCurrentIter(4);
     }
     Bench bench({.H = {{2, 0}, {0, 2}}, .c = {0, 0}});

@@ -33,7 +33,8 @@ struct TestAccess {
                         double alpha) {
         solver._iterativeDisplay(p, gradient, alpha);
     }
-    static std::string& message(IsolverAS& solver) { return solver.iterMessage; }
+    static activeset::PassMessage& note(IsolverAS& solver) { return solver.iterMessage; }
+    static std::string message(const IsolverAS& solver) { return solver.iterMessage.text(); }
 
     static activeset::ReducedHessian& reducedHessian(NullSpaceAS& solver) {
         return solver._workspace().reducedHessian;
