@@ -19,6 +19,7 @@ void solveCase(benchmark::State& state, const std::string& family, bool isWarm) 
     std::vector<Call> calls(which.problems.begin(), which.problems.end());
     const auto solveAll = [&calls] {
         std::vector<Outcome> outcomes;
+        outcomes.reserve(calls.size());
         for (const Call& call : calls) {
             outcomes.push_back(call.outcome([] {}));
         }
@@ -53,18 +54,14 @@ void solveCase(benchmark::State& state, const std::string& family, bool isWarm) 
         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-void registerAll() {
-    for (const std::string& family : familyNames()) {
-        for (const bool isWarm : {false, true}) {
-            auto* registered = benchmark::RegisterBenchmark(
-                (family + (isWarm ? "/warm" : "/cold")).c_str(),
-                [family, isWarm](benchmark::State& state) { solveCase(state, family, isWarm); });
-            for (const std::int64_t n : {10, 20, 60, 120, 500, 1000}) {
-                if (family != "mpc" || n <= 120) {
-                    registered->Arg(n);
-                }
-            }
-            registered->Unit(benchmark::kMicrosecond);
+void registerFamily(const std::string& family, bool isWarm) {
+    auto* registered = benchmark::RegisterBenchmark(
+        (family + (isWarm ? "/warm" : "/cold")).c_str(),
+        [family, isWarm](benchmark::State& state) { solveCase(state, family, isWarm); });
+    registered->Unit(benchmark::kMicrosecond);
+    for (const std::int64_t n : {10, 20, 60, 120, 500, 1000}) {
+        if (family != "mpc" || n <= 120) {
+            registered->Arg(n);
         }
     }
 }
@@ -77,7 +74,10 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return EXIT_FAILURE;
     }
-    activeset::bench::registerAll();
+    for (const std::string& family : activeset::bench::familyNames()) {
+        activeset::bench::registerFamily(family, false);
+        activeset::bench::registerFamily(family, true);
+    }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return EXIT_SUCCESS;

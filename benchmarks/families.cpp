@@ -281,56 +281,71 @@ struct Masspring {
     }
 };
 
-}  // namespace
+constexpr std::size_t Outputs = 2 * Masses;  // every position, from above and from below
+constexpr double LargestForce = 0.1;
 
-ControlChain controlChain(std::size_t horizon, std::size_t steps, std::uint64_t seed) {
-    constexpr double LargestForce = 0.1;
-    constexpr double ForceWeight = 0.1;
-    constexpr double LargestPosition = 1.0;
-    constexpr double Displacement = 1.0;
-    constexpr double Disturbance = 0.02;
-    const Masspring model;
-    const std::size_t n = Inputs * horizon;
-    const std::size_t rows = States * horizon;
-    // The states of all steps are free·state + forced·inputs.
-    Vector free(rows * States);
-    Vector forced(rows * n);
-    Vector power = model.F;
-    Vector response = model.G;
-    for (std::size_t k = 0; k < horizon; ++k) {
-        for (std::size_t j = 0; j < States; ++j) {
-            std::copy_n(&power[j * States], States, &free[j * rows + k * States]);
-        }
-        for (std::size_t step = k; step < horizon; ++step) {
-            for (std::size_t j = 0; j < Inputs; ++j) {
-                std::copy_n(&response[j * States], States,
-                            &forced[((step - k) * Inputs + j) * rows + step * States]);
+/// The states of all time steps of a horizon are free·state + forced·inputs.
+struct Prediction {
+    std::size_t rows;
+    Vector free;
+    Vector forced;
+
+    Prediction(const Masspring& model, std::size_t horizon)
+        : rows(States * horizon), free(rows * States), forced(rows * Inputs * horizon) {
+        Vector power = model.F;
+        Vector response = model.G;
+        for (std::size_t k = 0; k < horizon; ++k) {
+            for (std::size_t j = 0; j < States; ++j) {
+                std::copy_n(&power[j * States], States, &free[j * rows + k * States]);
             }
+            for (std::size_t j = 0; j < Inputs * (horizon - k); ++j) {
+                std::copy_n(&response[j % Inputs * States], States,
+                            &forced[j * rows + (j / Inputs + k) * States]);
+            }
+            power = product(model.F, power, States);
+            response = product(model.F, response, States);
         }
-        power = product(model.F, power, States);
-        response = product(model.F, response, States);
     }
+
+    /// The row of `states` that an inequality limits, with the sign that it has there.
+    [[nodiscard]] static double limited(const double* states, std::size_t inequality) {
+        const std::size_t output = inequality % Outputs;
+        const double position = states[inequality / Outputs * States + output % Masses];
+        return output < Masses ? position : -position;
+    }
+};
+
+/// Everything of a problem but c and b.
+Problem controlProblem(const Prediction& prediction, std::size_t horizon) {
+    constexpr double ForceWeight = 0.1;
+    const std::size_t n = Inputs * horizon;
+    const auto states = [&](std::size_t j) { return &prediction.forced[j * prediction.rows]; };
     Problem problem = withoutConstraints(n, Vector(n * n));
+    problem.mIneq = Outputs * horizon;
     for (std::size_t j = 0; j < n; ++j) {
         for (std::size_t i = 0; i < n; ++i) {
-            problem.H[j * n + i] =
-                std::inner_product(&forced[i * rows], &forced[i * rows] + rows, &forced[j * rows],
-                                   i == j ? ForceWeight : 0.0);
+            problem.H[j * n + i] = std::inner_product(states(i), states(i) + prediction.rows,
+                                                      states(j), i == j ? ForceWeight : 0.0);
+        }
+        for (std::size_t row = 0; row < problem.mIneq; ++row) {
+            problem.A.push_back(Prediction::limited(states(j), row));
         }
         problem.lb[j] = -LargestForce;
         problem.ub[j] = LargestForce;
     }
-    ControlChain chain{Inputs, 2 * Masses};
-    problem.mIneq = chain.outputs * horizon;
-    problem.A.resize(problem.mIneq * n);
-    for (std::size_t j = 0; j < n; ++j) {
-        for (std::size_t row = 0; row < problem.mIneq; ++row) {
-            const std::size_t output = row % chain.outputs;
-            const double entry = forced[j * rows + row / chain.outputs * States + output % Masses];
-            problem.A[j * problem.mIneq + row] = output < Masses ? entry : -entry;
-        }
-    }
+    return problem;
+}
 
+}  // namespace
+
+ControlChain controlChain(std::size_t horizon, std::size_t steps, std::uint64_t seed) {
+    constexpr double LargestPosition = 1.0;
+    constexpr double Displacement = 1.0;
+    constexpr double Disturbance = 0.02;
+    const Masspring model;
+    const Prediction prediction(model, horizon);
+    Problem problem = controlProblem(prediction, horizon);
+    ControlChain chain{Inputs, Outputs};
     Generator random(seed);
     Vector state(States);
     for (std::size_t k = 0; k < Masses; ++k) {
@@ -340,15 +355,13 @@ ControlChain controlChain(std::size_t horizon, std::size_t steps, std::uint64_t 
         for (std::size_t k = Masses; k < States; ++k) {
             state[k] += random(-Disturbance, Disturbance);
         }
-        Vector drift(rows);
-        addProduct(free, state, drift);
-        problem.c.assign(n, 0.0);
-        addTransposed(forced, drift, problem.c);
-        problem.b.resize(problem.mIneq);
+        Vector drift(prediction.rows);
+        addProduct(prediction.free, state, drift);
+        problem.c.assign(problem.n, 0.0);
+        addTransposed(prediction.forced, drift, problem.c);
+        problem.b.assign(problem.mIneq, LargestPosition);
         for (std::size_t row = 0; row < problem.mIneq; ++row) {
-            const std::size_t output = row % chain.outputs;
-            const double position = drift[row / chain.outputs * States + output % Masses];
-            problem.b[row] = LargestPosition - (output < Masses ? position : -position);
+            problem.b[row] -= Prediction::limited(drift.data(), row);
         }
         chain.problems.push_back(problem);
         // The plant follows the unconstrained optimum, clipped: no solver is needed to go on.

@@ -1,6 +1,6 @@
 #include "benchmarks/kernels.hpp"
 
-#include "host/blas.hpp"
+#include "host/fortran.hpp"
 
 namespace activeset::bench {
 
@@ -10,20 +10,34 @@ Kernels::Kernels(std::size_t n) : n_(n), M_(n * n), x_(n, 1.0), y_(n) {
     }
 }
 
+// The routines themselves: the library has loops of its own where those are faster.
+
 void Kernels::vectorProduct() {
-    blas::gemv(Op::None, 1.0, ConstMatrixView(M_.data(), n_, n_), x_.data(), 0.0, y_.data());
+    const Int n = static_cast<Int>(n_);
+    const Int step = 1;
+    const double one = 1.0;
+    const double zero = 0.0;
+    ACTIVESET_FORTRAN(dgemv)
+    ("N", &n, &n, &one, M_.data(), &n, x_.data(), &step, &zero, y_.data(), &step, 1);
 }
 
 void Kernels::rotationSweep() {
+    const Int n = static_cast<Int>(n_);
+    const Int step = 1;
+    const double c = 0.8;
+    const double s = 0.6;
     for (std::size_t j = 0; j + 1 < n_; ++j) {
-        blas::rot(n_, &M_[j * n_], 1, &M_[(j + 1) * n_], 1, {0.8, 0.6, 0.0});
+        ACTIVESET_FORTRAN(drot)(&n, &M_[j * n_], &step, &M_[(j + 1) * n_], &step, &c, &s);
     }
 }
 
 void Kernels::matrixProduct() {
     C_.resize(M_.size());
-    const ConstMatrixView M(M_.data(), n_, n_);
-    blas::gemm(Op::None, Op::None, 1.0, M, M, 0.0, MatrixView(C_.data(), n_, n_));
+    const Int n = static_cast<Int>(n_);
+    const double one = 1.0;
+    const double zero = 0.0;
+    ACTIVESET_FORTRAN(dgemm)
+    ("N", "N", &n, &n, &n, &one, M_.data(), &n, M_.data(), &n, &zero, C_.data(), &n, 1, 1);
 }
 
 }  // namespace activeset::bench

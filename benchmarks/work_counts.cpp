@@ -5,8 +5,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <type_traits>
 
-#include "host/fortran.hpp"
+#include "host/lapack.hpp"
 #include "nullspace/reduced_hessian.hpp"
 
 namespace activeset::bench {
@@ -19,6 +20,7 @@ struct Counter {
     std::int64_t bytes = 0;
 };
 
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): what the wrappers share
 constinit thread_local Counter counter;
 
 void count(double Work::*kind, double flops) noexcept {
@@ -28,23 +30,29 @@ void count(double Work::*kind, double flops) noexcept {
     }
 }
 
-double real(const Int* size) noexcept {
-    return static_cast<double>(*size);
+double size(Int count) noexcept {
+    return static_cast<double>(count);
 }
 
-// A QR factorisation of m × n; none when only the size of the workspace is asked for.
-double factorFlops(const Int* rows, const Int* cols, const Int* lwork) noexcept {
-    const double large = std::max(real(rows), real(cols));
-    const double small = std::min(real(rows), real(cols));
-    return *lwork < 0 ? 0.0 : 2.0 * small * small * (large - small / 3.0);
+double product(ConstMatrixView a) noexcept {
+    return 2.0 * size(a.rows) * size(a.cols);
 }
 
-// The first n columns of the product of k reflections.
-double columnFlops(const Int* rows, const Int* cols, const Int* reflections, const Int* lwork) {
-    const double m = real(rows);
-    const double n = real(cols);
-    const double k = real(reflections);
-    return *lwork < 0 ? 0.0 : 4.0 * m * n * k - 2.0 * (m + n) * k * k + 4.0 / 3.0 * k * k * k;
+// A QR factorisation by reflections, without terms of lower order; likewise below.
+double factorisation(ConstMatrixView a) noexcept {
+    const double large = size(std::max(a.rows, a.cols));
+    const double small = size(std::min(a.rows, a.cols));
+    return 2.0 * small * small * (large - small / 3.0);
+}
+
+// The whole orthogonal factor from k reflections.
+double orthogonalFactor(ConstMatrixView a, double k) noexcept {
+    const double m = size(a.rows);
+    return 4.0 * (m * m * k - m * k * k + k * k * k / 3.0);
+}
+
+double cholesky(ConstMatrixView a) noexcept {
+    return size(a.cols) * size(a.cols) * size(a.cols) / 3.0;
 }
 
 void* countBlock(void* memory) noexcept {
@@ -82,109 +90,76 @@ WorkCount::~WorkCount() {
     counter = {};
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): of this count, for the caller
 Work WorkCount::work() const noexcept {
     return counter.work;
 }
 
-// The wrappers: __wrap_f is what the library's calls of f are bound to, __real_f is f. Weak,
-// because there need be no such call, nor an f.
-extern "C" {
-
-using Letter = const char*;
-using Size = const Int*;
-using In = const double*;
-using Out = double*;
-
-#define ACTIVESET_COUNTED(type, name, kind, flops, parameters, arguments) \
-    [[gnu::weak]] type __real_activeset_##name##_ parameters;             \
-    type __wrap_activeset_##name##_ parameters;                           \
-    type __wrap_activeset_##name##_ parameters {                          \
-        count(&Work::kind, flops);                                        \
-        return __real_activeset_##name##_ arguments;                      \
+// What the library does its arithmetic with. The linker binds its calls of f to __wrap_f, and
+// __real_f is f then; CMakeLists.txt takes the names from here. A function whose parameters have
+// changed does not compile, one that is new has to be added.
+#define ACTIVESET_COUNTED(space, name, symbol, kind, flops, result, parameters, arguments) \
+    static_assert(std::is_same_v<decltype(space::name), result parameters>);               \
+    result real_##name parameters __asm__("__real_" #symbol);                              \
+    result wrap_##name parameters __asm__("__wrap_" #symbol);                              \
+    result wrap_##name parameters {                                                        \
+        count(&Work::kind, flops);                                                         \
+        return real_##name arguments;                                                      \
     }
 
 // clang-format off
-ACTIVESET_COUNTED(double, ddot, vectorFlops, 2.0 * real(n),
-    (Size n, In x, Size incx, In y, Size incy), (n, x, incx, y, incy))
-ACTIVESET_COUNTED(double, dnrm2, vectorFlops, 2.0 * real(n),
-    (Size n, In x, Size incx), (n, x, incx))
-ACTIVESET_COUNTED(void, daxpy, vectorFlops, 2.0 * real(n),
-    (Size n, In alpha, In x, Size incx, Out y, Size incy), (n, alpha, x, incx, y, incy))
-ACTIVESET_COUNTED(void, drot, rotationFlops, 6.0 * real(n),
-    (Size n, Out x, Size incx, Out y, Size incy, In c, In s), (n, x, incx, y, incy, c, s))
-ACTIVESET_COUNTED(void, dgemv, vectorFlops, 2.0 * real(m) * real(n),
-    (Letter trans, Size m, Size n, In alpha, In a, Size lda, In x, Size incx, In beta, Out y,
-     Size incy, size_t l),
-    (trans, m, n, alpha, a, lda, x, incx, beta, y, incy, l))
-ACTIVESET_COUNTED(void, dsymv, vectorFlops, 2.0 * real(n) * real(n),
-    (Letter uplo, Size n, In alpha, In a, Size lda, In x, Size incx, In beta, Out y, Size incy,
-     size_t l),
-    (uplo, n, alpha, a, lda, x, incx, beta, y, incy, l))
-ACTIVESET_COUNTED(void, dger, vectorFlops, 2.0 * real(m) * real(n),
-    (Size m, Size n, In alpha, In x, Size incx, In y, Size incy, Out a, Size lda),
-    (m, n, alpha, x, incx, y, incy, a, lda))
-ACTIVESET_COUNTED(void, dtrsv, vectorFlops, real(n) * real(n),
-    (Letter uplo, Letter trans, Letter diag, Size n, In a, Size lda, Out x, Size incx, size_t l1,
-     size_t l2, size_t l3),
-    (uplo, trans, diag, n, a, lda, x, incx, l1, l2, l3))
-ACTIVESET_COUNTED(void, dtrmv, vectorFlops, real(n) * real(n),
-    (Letter uplo, Letter trans, Letter diag, Size n, In a, Size lda, Out x, Size incx, size_t l1,
-     size_t l2, size_t l3),
-    (uplo, trans, diag, n, a, lda, x, incx, l1, l2, l3))
-ACTIVESET_COUNTED(void, dtrtrs, vectorFlops, real(n) * real(n) * real(nrhs),
-    (Letter uplo, Letter trans, Letter diag, Size n, Size nrhs, In a, Size lda, Out b, Size ldb,
-     Int* info, size_t l1, size_t l2, size_t l3),
-    (uplo, trans, diag, n, nrhs, a, lda, b, ldb, info, l1, l2, l3))
-ACTIVESET_COUNTED(void, dpotrs, vectorFlops, 2.0 * real(n) * real(n) * real(nrhs),
-    (Letter uplo, Size n, Size nrhs, In a, Size lda, Out b, Size ldb, Int* info, size_t l),
-    (uplo, n, nrhs, a, lda, b, ldb, info, l))
-ACTIVESET_COUNTED(void, dgemm, matrixFlops, 2.0 * real(m) * real(n) * real(k),
-    (Letter transa, Letter transb, Size m, Size n, Size k, In alpha, In a, Size lda, In b, Size ldb,
-     In beta, Out c, Size ldc, size_t l1, size_t l2),
-    (transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc, l1, l2))
-ACTIVESET_COUNTED(void, dsyrk, matrixFlops, real(n) * real(n) * real(k),
-    (Letter uplo, Letter trans, Size n, Size k, In alpha, In a, Size lda, In beta, Out c, Size ldc,
-     size_t l1, size_t l2),
-    (uplo, trans, n, k, alpha, a, lda, beta, c, ldc, l1, l2))
-ACTIVESET_COUNTED(void, dtrsm, matrixFlops, real(m) * real(n) * (*side == 'L' ? real(m) : real(n)),
-    (Letter side, Letter uplo, Letter trans, Letter diag, Size m, Size n, In alpha, In a, Size lda,
-     Out b, Size ldb, size_t l1, size_t l2, size_t l3, size_t l4),
-    (side, uplo, trans, diag, m, n, alpha, a, lda, b, ldb, l1, l2, l3, l4))
-ACTIVESET_COUNTED(void, dpotrf, matrixFlops, real(n) * real(n) * real(n) / 3.0,
-    (Letter uplo, Size n, Out a, Size lda, Int* info, size_t l), (uplo, n, a, lda, info, l))
-ACTIVESET_COUNTED(void, dgeqrf, matrixFlops, factorFlops(m, n, lwork),
-    (Size m, Size n, Out a, Size lda, Out tau, Out work, Size lwork, Int* info),
-    (m, n, a, lda, tau, work, lwork, info))
-ACTIVESET_COUNTED(void, dgeqp3, matrixFlops, factorFlops(m, n, lwork),
-    (Size m, Size n, Out a, Size lda, Int* jpvt, Out tau, Out work, Size lwork, Int* info),
-    (m, n, a, lda, jpvt, tau, work, lwork, info))
-ACTIVESET_COUNTED(void, dorgqr, matrixFlops, columnFlops(m, n, k, lwork),
-    (Size m, Size n, Size k, Out a, Size lda, In tau, Out work, Size lwork, Int* info),
-    (m, n, k, a, lda, tau, work, lwork, info))
-ACTIVESET_COUNTED(void, dormqr, matrixFlops, columnFlops(m, n, k, lwork),
-    (Letter side, Letter trans, Size m, Size n, Size k, In a, Size lda, In tau, Out c, Size ldc,
-     Out work, Size lwork, Int* info, size_t l1, size_t l2),
-    (side, trans, m, n, k, a, lda, tau, c, ldc, work, lwork, info, l1, l2))
-ACTIVESET_COUNTED(void, dgels, matrixFlops, factorFlops(m, n, lwork),
-    (Letter trans, Size m, Size n, Size nrhs, Out a, Size lda, Out b, Size ldb, Out work,
-     Size lwork, Int* info, size_t l),
-    (trans, m, n, nrhs, a, lda, b, ldb, work, lwork, info, l))
+ACTIVESET_COUNTED(blas, gemv, _ZN9activeset4blas4gemvENS_2OpEdNS_9BasicViewIKdEEPS3_dPd,
+    vectorFlops, product(a), void,
+    (Op op, double alpha, ConstMatrixView a, const double* x, double beta, double* y),
+    (op, alpha, a, x, beta, y))
+ACTIVESET_COUNTED(blas, gemm, _ZN9activeset4blas4gemmENS_2OpES1_dNS_9BasicViewIKdEES4_dNS2_IdEE,
+    matrixFlops, product(a) * size(opB == Op::None ? b.cols : b.rows), void,
+    (Op opA, Op opB, double alpha, ConstMatrixView a, ConstMatrixView b, double beta, MatrixView c),
+    (opA, opB, alpha, a, b, beta, c))
+ACTIVESET_COUNTED(blas, trsvLower, _ZN9activeset4blas9trsvLowerENS_2OpENS_9BasicViewIKdEEPd,
+    vectorFlops, 0.5 * product(l), void, (Op op, ConstMatrixView l, double* x), (op, l, x))
+ACTIVESET_COUNTED(blas, rot, _ZN9activeset4blas3rotEmPdmS1_mRKNS0_8RotationE,
+    rotationFlops, 6.0 * static_cast<double>(n), void,
+    (size_t n, double* x, size_t strideX, double* y, size_t strideY, const blas::Rotation& rotation),
+    (n, x, strideX, y, strideY, rotation))
+ACTIVESET_COUNTED(lapack, trtrs, _ZN9activeset6lapack5trtrsENS_9BasicViewIKdEENS1_IdEE,
+    vectorFlops, 0.5 * product(r) * size(b.cols), Int, (ConstMatrixView r, MatrixView b), (r, b))
+ACTIVESET_COUNTED(lapack, potrs, _ZN9activeset6lapack5potrsENS_9BasicViewIKdEENS1_IdEE,
+    vectorFlops, product(a) * size(b.cols), Int, (ConstMatrixView a, MatrixView b), (a, b))
+ACTIVESET_COUNTED(lapack, potrf, _ZN9activeset6lapack5potrfENS_9BasicViewIdEE,
+    matrixFlops, cholesky(a), Int, (MatrixView a), (a))
+ACTIVESET_COUNTED(lapack, potrfLower, _ZN9activeset6lapack10potrfLowerENS_9BasicViewIdEE,
+    matrixFlops, cholesky(a), Int, (MatrixView a), (a))
+ACTIVESET_COUNTED(lapack, geqrf, _ZN9activeset6lapack5geqrfENS_9BasicViewIdEEPd,
+    matrixFlops, factorisation(a), Int, (MatrixView a, double* tau), (a, tau))
+ACTIVESET_COUNTED(lapack, geqp3, _ZN9activeset6lapack5geqp3ENS_9BasicViewIdEEPlPd,
+    matrixFlops, factorisation(a), Int, (MatrixView a, Int* jpvt, double* tau), (a, jpvt, tau))
+ACTIVESET_COUNTED(lapack, orgqr, _ZN9activeset6lapack5orgqrENS_9BasicViewIdEElPKd,
+    matrixFlops, orthogonalFactor(a, size(k)), Int, (MatrixView a, Int k, const double* tau),
+    (a, k, tau))
+ACTIVESET_COUNTED(lapack, gelsTransposed, _ZN9activeset6lapack14gelsTransposedENS_9BasicViewIdEES2_,
+    matrixFlops, factorisation(a), Int, (MatrixView a, MatrixView b), (a, b))
 // clang-format on
 
-// What the library turns without BLAS: the rows of the reduced Hessian's factor.
+// The rows of the reduced Hessian's factor are turned without BLAS.
 using Sweep = RotationSweep;
-void __real__ZN9activeset14ReducedHessian15followInsertionERKNS_13RotationSweepE(
-    ReducedHessian* self, const Sweep& sweep);
-void __wrap__ZN9activeset14ReducedHessian15followInsertionERKNS_13RotationSweepE(
-    ReducedHessian* self, const Sweep& sweep);
-void __wrap__ZN9activeset14ReducedHessian15followInsertionERKNS_13RotationSweepE(
-    ReducedHessian* self, const Sweep& sweep) {
+static_assert(std::is_same_v<decltype(&ReducedHessian::followInsertion),
+                             void (ReducedHessian::*)(const Sweep&)>);
+void realFollowInsertion(ReducedHessian* self, const Sweep& sweep) __asm__(
+    "__real__ZN9activeset14ReducedHessian15followInsertionERKNS_13RotationSweepE");
+void wrapFollowInsertion(ReducedHessian* self, const Sweep& sweep) __asm__(
+    "__wrap__ZN9activeset14ReducedHessian15followInsertionERKNS_13RotationSweepE");
+void wrapFollowInsertion(ReducedHessian* self, const Sweep& sweep) {
     if (self->isCurrent()) {
         const auto order = static_cast<double>(self->order());
         count(&Work::rotationFlops, 3.0 * order * order);
     }
-    __real__ZN9activeset14ReducedHessian15followInsertionERKNS_13RotationSweepE(self, sweep);
+    realFollowInsertion(self, sweep);
 }
+
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the linker's
+// NOLINTBEGIN(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory): the allocator itself
+extern "C" {
 
 void* __real_malloc(size_t bytes);
 void* __real_calloc(size_t number, size_t bytes);
@@ -225,3 +200,6 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, size_t /*bytes*/) noexcept {
     std::free(memory);
 }
+
+// NOLINTEND(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)

@@ -12,7 +12,7 @@
 namespace activeset::bench {
 
 struct Work {
-    std::uint64_t calls = 0;     ///< of BLAS and LAPACK
+    std::uint64_t calls = 0;     ///< of the arithmetic that is counted
     double matrixFlops = 0.0;    ///< products of matrices and factorisations
     double vectorFlops = 0.0;    ///< products and solves with one vector
     double rotationFlops = 0.0;  ///< plane rotations
