@@ -16,7 +16,8 @@ namespace {
 class TimedSolver : public NullSpaceAS {
 public:
     void getSearchDirection(OPTMatrix<double>& g, OPTMatrix<double>& p) override {
-        double& first = getObjective()->objectiveTypeWord() == "LP" ? firstOfPhaseOne : firstOfMain;
+        double& first = getObjective()->objectiveKind() == ObjectiveKind::Linear ? firstOfPhaseOne
+                                                                                 : firstOfMain;
         if (first == 0.0) {
             first = processorTime();
         }

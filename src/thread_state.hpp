@@ -75,15 +75,16 @@ struct ThreadState {
     /// Set by utInterruptMode, put back when its guard ends.
     int interruptMode = -1;
     int interruptDepth = 0;
+    /// KeepPoolMemory objects alive; counted by themselves.
+    int poolKeepers = 0;
     /// The pool of temporaries; made on first use, destroyed by releaseMatrixPool(). Last, so that
     /// at the end of the thread it goes while the counts above still exist.
     std::unique_ptr<MatrixPool, MatrixPoolDeleter> matrixPool;
 };
 
-/// Where the calling thread's state is; null until it is first asked for. Nothing but a pointer, so
-/// that it may stand in the thread's static block, where reading it costs no call even when the
-/// library was loaded late: a block that a process has little of.
-[[gnu::tls_model("initial-exec")]] extern constinit thread_local ThreadState* currentThreadState;
+/// Where the calling thread's state is; null until it is first asked for. A pointer that needs no
+/// initialisation spares every look at the state the guard of one that does.
+extern constinit thread_local ThreadState* currentThreadState;
 
 [[nodiscard]] ThreadState& makeThreadState() noexcept;
 

@@ -57,6 +57,7 @@ public:
     [[nodiscard]] OPTMatrix<double> fval(const OPTMatrix<double>& x) override;
     /// H·x + c, also for an H that is not symmetric. Raises as fval.
     [[nodiscard]] OPTMatrix<double> grad(const OPTMatrix<double>& x) override;
+    [[nodiscard]] double valueAt(const OPTMatrix<double>& x) override;
     void gradientTo(const OPTMatrix<double>& x, OPTMatrix<double>& g) override;
 
     /// Matrix assignment; raises when the shape differs.
@@ -66,6 +67,8 @@ public:
     [[nodiscard]] OPTMatrix<double>& getc() noexcept { return c; }
 
 private:
+    [[nodiscard]] bool _isPlainAt(const OPTMatrix<double>& x) const;
+
     OPTMatrix<double> H;
     OPTMatrix<double> c;
 };

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "activeset/active_set.hpp"
+#include "activeset/carried_residuals.hpp"
 #include "activeset/constraint.hpp"
 #include "activeset/export.hpp"
 #include "activeset/matrix.hpp"
@@ -222,7 +223,9 @@ protected:
                    const OPTMatrix<double>& p,
                    IsActive isActive,
                    Number numberOf);
+    void _takeResiduals(activeset::ConstraintKind kind, std::span<double> out);
     void _reservePassVectors();
+    [[nodiscard]] bool _carriesResiduals() const;
     void _repairFeasibility();
     [[nodiscard]] double _largestViolation(const OPTMatrix<double>& at) const;
 
@@ -241,8 +244,11 @@ protected:
     workingSetChange activesetChangeIndicator = NoIncrementalChange;
     ActiveSet activeSet;
     ASsolution solution;
-    OPTMatrix<double> rates;       // of one kind, as long as the longest; see _reservePassVectors
-    OPTMatrix<double> residuals;   // likewise
+    OPTMatrix<double> rates;      // of one kind, as long as the longest; see _reservePassVectors
+    OPTMatrix<double> residuals;  // likewise
+    OPTMatrix<double> ineqRates;  // those of the inequalities, until the step is made
+    activeset::CarriedResiduals ineqResiduals;
+    size_t smallestCarried = activeset::CarriedResiduals::SmallestProduct;  // tests change it
     bool computeDirection = true;  // the next pass computes a direction, not only multipliers
 };
 

@@ -1,6 +1,7 @@
 // The primal active-set iteration: each pass moves along a direction and takes in the first
 // blocking constraint, or lets the constraint with the most negative multiplier go.
 #include <algorithm>
+#include <span>
 
 #include "activeset/sizes.hpp"
 #include "activeset/solver.hpp"
@@ -18,6 +19,7 @@ void IsolverAS::ASiterations() {
     }
     double alpha = 1.0;
     computeDirection = true;
+    ineqResiduals.forget();
     iterMessage = PassMessage(Event::Start);
     activesetChangeIndicator = NoIncrementalChange;
     Matrix p(OPTsizes::getnVar(), 1);
@@ -78,6 +80,11 @@ void IsolverAS::_directionStep(Matrix& p, double& alpha) {
         _append(blocking);
     }
     solution.step(p, alpha);
+    if (_carriesResiduals()) {
+        const Matrix& point = solution.xstarRef();
+        ineqResiduals.follow(alpha, std::span(ineqRates.getData(), ineqRates.size()),
+                             std::span(point.getData(), point.size()));
+    }
 }
 
 void IsolverAS::_multiplierPass(Matrix& g) {
@@ -145,6 +152,9 @@ void IsolverAS::_reservePassVectors() {
     if (rates.size() < longest || residuals.size() < longest) {
         rates.reset(longest, 1);
         residuals.reset(longest, 1);
+    }
+    if (ineqRates.size() != OPTsizes::getmIneq()) {
+        ineqRates.reset(OPTsizes::getmIneq(), 1);
     }
 }
 

@@ -69,15 +69,32 @@ void IsolverAS::_scanKind(RatioScan& scan,
     if (count == 0) {
         return;
     }
-    const std::span ofKind(vectorOf(rates, count), count);
+    const bool isIneq = kind == ConstraintKind::Inequality;
+    const std::span ofKind(vectorOf(isIneq ? ineqRates : rates, count), count);
     const std::span slack(vectorOf(residuals, count), count);
-    const Matrix& point = solution.xstarRef();
     constraint->productTo(kind, std::span(vectorOf(p, p.size()), p.size()), ofKind);
-    constraint->residualTo(kind, std::span(vectorOf(point, point.size()), point.size()), slack);
+    _takeResiduals(kind, slack);
     // The lists are looked at behind the products, which are the constraint set's own code and may
     // have done anything to the counts.
     _requireWorkingSet();
     scan.take(kind, ofKind, slack, isActive, numberOf);
+}
+
+void IsolverAS::_takeResiduals(ConstraintKind kind, std::span<double> out) {
+    const Matrix& point = solution.xstarRef();
+    const std::span<const double> at(vectorOf(point, point.size()), point.size());
+    const bool isCarried = kind == ConstraintKind::Inequality && _carriesResiduals();
+    if (isCarried && ineqResiduals.copyTo(at, out, options->getTolCon())) {
+        return;
+    }
+    constraint->residualTo(kind, at, out);
+    if (isCarried) {
+        ineqResiduals.take(at, out);
+    }
+}
+
+bool IsolverAS::_carriesResiduals() const {
+    return OPTsizes::getmIneq() * OPTsizes::getnVar() >= smallestCarried;
 }
 
 IsolverAS::Blocking IsolverAS::_blockingConstraint(const Matrix& p) {

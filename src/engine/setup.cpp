@@ -59,6 +59,8 @@ IsolverAS& IsolverAS::operator=(const IsolverAS& other) {
     solution = other.solution;
     rates = other.rates;
     residuals = other.residuals;
+    ineqRates = other.ineqRates;
+    smallestCarried = other.smallestCarried;
     computeDirection = other.computeDirection;
     return *this;
 }
@@ -115,6 +117,8 @@ void IsolverAS::resetIsolverAS() {
     Aw.clear();
     rates.clear();
     residuals.clear();
+    ineqRates.clear();
+    ineqResiduals.clear();
     x.clear();
     lambda.clear();
     newActiveConstraint.clear();

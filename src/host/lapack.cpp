@@ -14,11 +14,10 @@ namespace {
 class Workspace {
 public:
     Workspace(Int optimum, Int minimum)
-        : size_(std::max(optimum, minimum)),
-          data_(static_cast<double*>(vxCallocEx(static_cast<size_t>(size_), sizeof(double)))) {
+        : size_(std::max(optimum, minimum)), data_(static_cast<double*>(vxMallocEx(bytes()))) {
         if (data_ == nullptr) {
             size_ = minimum;
-            data_ = static_cast<double*>(vxCalloc(static_cast<size_t>(size_), sizeof(double)));
+            data_ = static_cast<double*>(vxMalloc(bytes()));
         }
     }
     ~Workspace() { vxFreeEx(data_); }
@@ -31,16 +30,23 @@ public:
     [[nodiscard]] const Int* size() const noexcept { return &size_; }
 
 private:
+    [[nodiscard]] size_t bytes() const noexcept {
+        return static_cast<size_t>(size_) * sizeof(double);
+    }
+
     Int size_;
     double* data_;
 };
 
+// Up to this order no routine works by blocks, and the minimal workspace is as good as any.
+constexpr Int LargestUnblocked = 32;
+
 // Asks the routine for its optimal workspace (not for an empty matrix, where the answer of some
 // routines is too small), then runs it. routine(work, lwork) returns info.
 template <class Routine>
-Int withWorkspace(Int minimum, bool isEmpty, Routine routine) {
+Int withWorkspace(Int minimum, ConstMatrixView a, Routine routine) {
     Int optimum = minimum;
-    if (!isEmpty) {
+    if (!a.isEmpty() && std::max(a.rows, a.cols) > LargestUnblocked) {
         double answer = 0.0;
         const Int query = -1;
         routine(&answer, &query);
@@ -54,7 +60,7 @@ Int withWorkspace(Int minimum, bool isEmpty, Routine routine) {
 
 Int geqrf(MatrixView a, double* tau) {
     const Int minimum = std::max(a.rows, a.cols) + 1;
-    return withWorkspace(minimum, a.isEmpty(), [&](double* work, const Int* lwork) {
+    return withWorkspace(minimum, a, [&](double* work, const Int* lwork) {
         Int info = 0;
         ACTIVESET_FORTRAN(dgeqrf)(&a.rows, &a.cols, a.data, &a.ld, tau, work, lwork, &info);
         return info;
@@ -62,7 +68,7 @@ Int geqrf(MatrixView a, double* tau) {
 }
 
 Int orgqr(MatrixView a, Int k, const double* tau) {
-    return withWorkspace(a.rows + 1, a.isEmpty(), [&](double* work, const Int* lwork) {
+    return withWorkspace(a.rows + 1, a, [&](double* work, const Int* lwork) {
         Int info = 0;
         ACTIVESET_FORTRAN(dorgqr)(&a.rows, &a.cols, &k, a.data, &a.ld, tau, work, lwork, &info);
         return info;
@@ -71,7 +77,7 @@ Int orgqr(MatrixView a, Int k, const double* tau) {
 
 Int geqp3(MatrixView a, Int* jpvt, double* tau) {
     const Int minimum = 3 * std::max(a.rows, a.cols) + 1;
-    return withWorkspace(minimum, a.isEmpty(), [&](double* work, const Int* lwork) {
+    return withWorkspace(minimum, a, [&](double* work, const Int* lwork) {
         Int info = 0;
         ACTIVESET_FORTRAN(dgeqp3)(&a.rows, &a.cols, a.data, &a.ld, jpvt, tau, work, lwork, &info);
         return info;
@@ -107,7 +113,7 @@ Int gelsTransposed(MatrixView a, MatrixView b) {
     // max(rows, cols) + 1 alone is less than the routine accepts when the matrix is nearly square.
     const Int smaller = std::min(a.rows, a.cols);
     const Int minimum = std::max(std::max(a.rows, a.cols) + 1, smaller + std::max(smaller, b.cols));
-    return withWorkspace(minimum, a.isEmpty(), [&](double* work, const Int* lwork) {
+    return withWorkspace(minimum, a, [&](double* work, const Int* lwork) {
         Int info = 0;
         ACTIVESET_FORTRAN(dgels)
         ("T", &a.rows, &a.cols, &b.cols, a.data, &a.ld, b.data, &b.ld, work, lwork, &info, 1);

@@ -1,6 +1,8 @@
 // The pool of temporaries.
 #include "matrix/matrix_pool.hpp"
 
+#include <algorithm>
+
 #include "thread_state.hpp"
 
 namespace activeset {
@@ -28,10 +30,45 @@ void PoolEntry::abandon(std::unique_ptr<PoolEntry> entry) noexcept {
     }
 }
 
+void PoolEntry::renew() noexcept {
+    reshape(matrix_.getRows(), matrix_.getCols());
+    matrix_.fill(0.0);
+}
+
 MatrixPool::~MatrixPool() {
     for (std::unique_ptr<PoolEntry>& entry : entries_) {
         PoolEntry::abandon(std::move(entry));
     }
+}
+
+// Large entries are not worth keeping: making one costs little beside what is done with it.
+void MatrixPool::release() noexcept {
+    constexpr size_t LargestSpare = 4096;
+    for (std::unique_ptr<PoolEntry>& entry : entries_) {
+        const bool isSmall = entry->firstRows() * entry->firstCols() <= LargestSpare;
+        if (isSmall && entry->borrowers() == 0 && spares_.size() < spares_.capacity()) {
+            spares_.push_back(std::move(entry));
+        } else {
+            PoolEntry::abandon(std::move(entry));
+        }
+    }
+    entries_.clear();
+    cursor_ = 0;
+}
+
+// A spare is as good as a new one of its first shape.
+std::unique_ptr<PoolEntry> MatrixPool::newEntry(size_t rows, size_t cols) {
+    const auto spare = std::find_if(spares_.begin(), spares_.end(), [&](const auto& entry) {
+        return entry->firstRows() == rows && entry->firstCols() == cols;
+    });
+    if (spare == spares_.end()) {
+        spares_.reserve(spares_.size() + entries_.size() + 1);  // so that a release can not fail
+        return std::make_unique<PoolEntry>(rows, cols);
+    }
+    std::unique_ptr<PoolEntry> entry = std::move(*spare);
+    spares_.erase(spare);
+    entry->renew();
+    return entry;
 }
 
 PoolEntry* MatrixPool::acquire(size_t rows, size_t cols) {
@@ -44,7 +81,7 @@ PoolEntry* MatrixPool::acquire(size_t rows, size_t cols) {
             return &entry;
         }
     }
-    entries_.push_back(std::make_unique<PoolEntry>(rows, cols));
+    entries_.push_back(newEntry(rows, cols));
     return entries_.back().get();
 }
 
@@ -62,7 +99,23 @@ void MatrixPoolDeleter::operator()(MatrixPool* pool) const noexcept {
 }
 
 void releaseMatrixPool() noexcept {
-    threadState().matrixPool.reset();
+    ThreadState& state = threadState();
+    if (state.poolKeepers == 0) {
+        state.matrixPool.reset();
+    } else if (state.matrixPool != nullptr) {
+        state.matrixPool->release();
+    }
+}
+
+KeepPoolMemory::KeepPoolMemory() noexcept {
+    ++threadState().poolKeepers;
+}
+
+KeepPoolMemory::~KeepPoolMemory() {
+    ThreadState& state = threadState();
+    if (--state.poolKeepers == 0 && state.matrixPool != nullptr) {
+        state.matrixPool->dropSpares();
+    }
 }
 
 size_t matrixPoolSize() noexcept {

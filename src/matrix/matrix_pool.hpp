@@ -23,6 +23,11 @@ public:
     }
     void reshape(size_t rows, size_t cols);
 
+    /// As if it had just been made in its first shape: zeros.
+    void renew() noexcept;
+    [[nodiscard]] size_t firstRows() const noexcept { return matrix_.getRows(); }
+    [[nodiscard]] size_t firstCols() const noexcept { return matrix_.getCols(); }
+
     void borrow() noexcept { ++borrowers_; }
     static void giveBack(PoolEntry* entry) noexcept;
     static void abandon(std::unique_ptr<PoolEntry> entry) noexcept;
@@ -43,6 +48,11 @@ public:
     MatrixPool& operator=(const MatrixPool&) = delete;
     MatrixPool& operator=(MatrixPool&&) = delete;
 
+    /// Everything goes: what is lent lives on with its borrowers, the rest is put by for entries to
+    /// come, if it is small, or destroyed.
+    void release() noexcept;
+    void dropSpares() noexcept { spares_.clear(); }
+
     /// A free entry in the shape rows × cols, not yet borrowed, with the values that it last held.
     [[nodiscard]] PoolEntry* acquire(size_t rows, size_t cols);
     [[nodiscard]] size_t count() const noexcept { return entries_.size(); }
@@ -51,8 +61,23 @@ public:
     [[nodiscard]] static MatrixPool& ofThread();
 
 private:
+    [[nodiscard]] std::unique_ptr<PoolEntry> newEntry(size_t rows, size_t cols);
+
     size_t cursor_ = 0;  // where the next search starts
     std::vector<std::unique_ptr<PoolEntry>> entries_;
+    std::vector<std::unique_ptr<PoolEntry>> spares_;
+};
+
+/// While one lives on a thread, the pool's memory is kept over its releases: every pass of a solve
+/// ends with one, and the next asks for the same shapes.
+class KeepPoolMemory {
+public:
+    KeepPoolMemory() noexcept;
+    ~KeepPoolMemory();
+    KeepPoolMemory(const KeepPoolMemory&) = delete;
+    KeepPoolMemory(KeepPoolMemory&&) = delete;
+    KeepPoolMemory& operator=(const KeepPoolMemory&) = delete;
+    KeepPoolMemory& operator=(KeepPoolMemory&&) = delete;
 };
 
 }  // namespace activeset

@@ -9,6 +9,7 @@
 #include "activeset/sizes.hpp"
 #include "host/lapack.hpp"
 #include "matrix/views.hpp"
+#include "nullspace/few_entries.hpp"
 #include "nullspace/workspace.hpp"
 
 using activeset::ConstMatrixView;
@@ -73,7 +74,7 @@ int NullSpaceAS::_solveSubProblem(Matrix& g, Matrix& p) {
     activeset::DirectionVectors& vectors = _workspace().vectors;
     vectors.reserve(n);
     double* reduced = vectors.reduced();
-    blas::gemv(Op::Transpose, 1.0, Z, vectorOf(g, n), 0.0, reduced);
+    activeset::multiplyTransposed(Z, vectorOf(g, n), reduced);
     int result = 0;
     if (objective->objectiveKind() == activeset::ObjectiveKind::Quadratic) {
         QPobjective* quadratic = _quadraticObjective();
@@ -194,7 +195,7 @@ void NullSpaceAS::_computeLambda(Matrix& g, Matrix& multipliers) {
     activeset::DirectionVectors& vectors = _workspace().vectors;
     vectors.reserve(n);
     double* u = vectors.solved();
-    blas::gemv(Op::Transpose, 1.0, activeset::block(Q, 0, m, n), vectorOf(g, n), 0.0, u);
+    activeset::multiplyTransposed(activeset::block(Q, 0, m, n), vectorOf(g, n), u);
     const auto info = lapack::trtrs(activeset::block(QRwset, 0, m, m), MatrixView(u, m, 1));
     optimAssert(info == 0, "Error calling DTRTRS from NullSpaceAS::_computeLambda");
     multipliers.fill(0.0);

@@ -10,6 +10,7 @@
 #include "activeset/sizes.hpp"
 #include "host/blas.hpp"
 #include "matrix/views.hpp"
+#include "nullspace/few_entries.hpp"
 #include "nullspace/workspace.hpp"
 
 using activeset::MatrixView;
@@ -23,21 +24,6 @@ MatrixView squareFactor(Matrix& Q) {
         activeset::raiseMatrixFault("Index exceed number of row.");
     }
     return activeset::viewOf(Q);
-}
-
-// w := Qᵀa. The row of a bound has a single entry, ±1: a row of Q then, with its sign.
-void multiplyTransposed(MatrixView q, const double* a, double* w) {
-    const double* end = a + q.rows;
-    const auto isNonZero = [](double value) { return value != 0.0; };
-    const double* only = std::find_if(a, end, isNonZero);
-    if (only == end || std::abs(*only) != 1.0 || std::find_if(only + 1, end, isNonZero) != end) {
-        activeset::blas::gemv(activeset::Op::Transpose, 1.0, q, a, 0.0, w);
-        return;
-    }
-    const double* row = q.data + (only - a);
-    for (activeset::Int j = 0; j < q.cols; ++j) {
-        w[j] = *only * row[j * q.ld];
-    }
 }
 
 }  // namespace
@@ -67,7 +53,7 @@ void NullSpaceAS::_QRinsertColumn(Matrix& a) {
     const size_t k = ActiveSet::getmaConstr();
     const MatrixView q = squareFactor(Q);
     double* last = activeset::block(QRwset, k - 1, 1, n).data;
-    multiplyTransposed(q, activeset::vectorOf(a, n), last);
+    activeset::multiplyTransposed(q, activeset::vectorOf(a, n), last);
     activeset::RotationSweep& sweep = _workspace().sweep;
     sweep.reserve(n);
     for (size_t i = n - 1; i >= k; --i) {

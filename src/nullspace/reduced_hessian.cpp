@@ -33,6 +33,20 @@ ConstMatrixView part(ConstMatrixView of, Int col, Int cols) {
     return of;
 }
 
+bool isIdentity(ConstMatrixView matrix) {
+    if (matrix.rows != matrix.cols) {
+        return false;
+    }
+    for (Int j = 0; j < matrix.cols; ++j) {
+        for (Int i = 0; i < matrix.rows; ++i) {
+            if (matrix.data[j * matrix.ld + i] != (i == j ? 1.0 : 0.0)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
 // The chain of row rotations down some columns of L at once: independent columns hide each
 // other's latency. `carry` is the entry that travels down.
 template <size_t Width>
@@ -102,7 +116,11 @@ Int ReducedHessian::formAndSolve(ConstMatrixView H, ConstMatrixView Z, double* b
     const MatrixView M = natural();
     // (ZᵀH)·Z in this order, as the plain computation: the verdict on a singular matrix hangs on
     // the rounding. A panel of rows at a time, from the diagonal to the right.
-    for (Int first = 0; first < Z.cols; first += static_cast<Int>(PanelWidth)) {
+    const bool nothingToTurn = isIdentity(Z);  // a start with an empty working set
+    for (Int j = 0; j < Z.cols && nothingToTurn; ++j) {
+        std::copy_n(H.data + j * H.ld, j + 1, M.data + j * M.ld);
+    }
+    for (Int first = 0; first < Z.cols && !nothingToTurn; first += static_cast<Int>(PanelWidth)) {
         const Int width = std::min(static_cast<Int>(PanelWidth), Z.cols - first);
         const MatrixView ZtH = part(viewOf(panel_), 0, 0, width, Z.rows);
         blas::gemm(Op::Transpose, Op::None, 1.0, part(Z, first, width), H, 0.0, ZtH);

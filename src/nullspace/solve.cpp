@@ -3,6 +3,7 @@
 #include "activeset/null_space.hpp"
 #include "activeset/sizes.hpp"
 #include "host/console_text.hpp"
+#include "matrix/matrix_pool.hpp"
 #include "nullspace/workspace.hpp"
 
 using Matrix = OPTMatrix<double>;
@@ -85,6 +86,7 @@ ASsolution NullSpaceAS::operator()(IoptObjective& problemObjective,
                                    const vxArray* Wlower,
                                    const vxArray* Wupper) {
     const activeset::CallScope temporaries;
+    const activeset::KeepPoolMemory poolMemory;
     // Nothing of an earlier solve, perhaps of another size, may be left.
     _restoreWorkingSetInfo();
     resetFactorization();

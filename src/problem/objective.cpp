@@ -7,7 +7,12 @@
 #include "activeset/sizes.hpp"
 #include "matrix/views.hpp"
 
+using activeset::MatrixView;
 using activeset::ObjectiveKind;
+using activeset::Op;
+using activeset::viewOf;
+
+namespace blas = activeset::blas;
 
 namespace {
 
@@ -56,19 +61,44 @@ OPTMatrix<double> QPobjective::grad(const OPTMatrix<double>& x) {
     return result;
 }
 
+// Of this very class, with shapes that fit: else the plain functions are asked, which know what to
+// say.
+bool QPobjective::_isPlainAt(const OPTMatrix<double>& x) const {
+    const size_t n = x.getRows();
+    return typeid(*this) == typeid(QPobjective) && activeset::isStoredFull(H) &&
+           activeset::isStoredFull(c) && activeset::isStoredFull(x) && x.getCols() == 1 &&
+           H.getRows() == n && H.getCols() == n && c.getRows() == n && c.getCols() == 1;
+}
+
+// As fval: (½xᵀH)·x + cᵀx.
+double QPobjective::valueAt(const OPTMatrix<double>& x) {
+    const size_t n = x.getRows();
+    if (n == 0 || !_isPlainAt(x)) {
+        return IoptObjective::valueAt(x);
+    }
+    OPTMatrix<double> halves(n, 2, true);
+    double* half = halves.getData();
+    double* halfXtH = half + n;
+    for (size_t i = 0; i < n; ++i) {
+        half[i] = x.getData()[i] * 0.5;
+    }
+    double linear = 0.0;
+    double quadratic = 0.0;
+    blas::gemv(Op::Transpose, 1.0, viewOf(c), x.getData(), 0.0, &linear);
+    blas::gemv(Op::Transpose, 1.0, viewOf(H), half, 0.0, halfXtH);
+    blas::gemv(Op::None, 1.0, MatrixView(halfXtH, 1, n), x.getData(), 0.0, &quadratic);
+    return linear + quadratic;
+}
+
 void QPobjective::gradientTo(const OPTMatrix<double>& x, OPTMatrix<double>& g) {
-    const bool isPlain = typeid(*this) == typeid(QPobjective) && activeset::isStoredFull(H) &&
-                         activeset::isStoredFull(c) && activeset::isStoredFull(x);
-    if (!isPlain || x.getCols() != 1 || H.getCols() != x.getRows() || H.getRows() != x.getRows() ||
-        c.size() < x.getRows() || g.getRows() != x.getRows() || g.getCols() != 1) {
+    const size_t n = x.getRows();
+    if (!_isPlainAt(x) || g.getRows() != n || g.getCols() != 1) {
         IoptObjective::gradientTo(x, g);
         return;
     }
-    double* target = g.getData();
-    const double* linear = c.getData();
-    activeset::blas::gemv(activeset::Op::None, 1.0, activeset::viewOf(H), x.getData(), 0.0, target);
-    for (size_t i = 0; i < g.getRows(); ++i) {
-        target[i] += linear[i];
+    blas::gemv(Op::None, 1.0, viewOf(H), x.getData(), 0.0, g.getData());
+    for (size_t i = 0; i < n; ++i) {
+        g.getData()[i] += c.getData()[i];
     }
 }
 

@@ -1,7 +1,10 @@
 // Residuals rows·x − rhs, kind by kind and stacked. Each goes through the virtual product, so that
 // a derived set which changes a product changes the residual too.
+#include <span>
+
 #include "activeset/constraint.hpp"
 #include "activeset/sizes.hpp"
+#include "matrix/views.hpp"
 
 OPTMatrix<double> LinearConstraint::Aconstr(const OPTMatrix<double>& x) {
     return Ax(x) - b;
@@ -27,21 +30,35 @@ OPTMatrix<double> LinearConstraint::constrViolation(const OPTMatrix<double>& x) 
     const size_t total = OPTsizes::getmConstr();
     OPTMatrix<double> stacked(total == 0 ? 1 : total, 1, true);
     stacked.fill(0.0);
-    size_t next = 0;
-    using Residual = OPTMatrix<double> (IoptConstraint::*)(const OPTMatrix<double>&);
-    const auto append = [&](size_t count, Residual residual) {
+    std::span<double> rest(stacked.getData(), stacked.size());
+    const auto take = [&](size_t count) {
+        if (count > rest.size()) {
+            activeset::raiseMatrixFault("Index exceed number of row.");  // not this set's counts
+        }
+        const std::span<double> own = rest.first(count);
+        rest = rest.subspan(count);
+        return own;
+    };
+    const auto append = [&](size_t count, auto residual) {
         if (count == 0) {
             return;
         }
-        const OPTMatrix<double> values = (this->*residual)(x);
+        const OPTMatrix<double> values = residual();
+        const std::span<double> own = take(count);
         for (size_t i = 0; i < count; ++i) {
-            stacked(next++, 0) = values(i, 0);
+            own[i] = values(i, 0);
         }
     };
-    append(OPTsizes::getmFixed(), &IoptConstraint::Afixedconstr);
-    append(OPTsizes::getmEq(), &IoptConstraint::Aeqconstr);
-    append(OPTsizes::getmIneq(), &IoptConstraint::Aconstr);
-    append(OPTsizes::getmLB(), &IoptConstraint::Albconstr);
-    append(OPTsizes::getmUB(), &IoptConstraint::Aubconstr);
+    const std::span<const double> point(activeset::vectorOf(x, x.size()), x.size());
+    append(OPTsizes::getmFixed(), [&] { return Afixedconstr(x); });
+    append(OPTsizes::getmEq(), [&] { return Aeqconstr(x); });
+    const auto appendKind = [&](size_t count, activeset::ConstraintKind kind) {
+        if (count != 0) {
+            residualTo(kind, point, take(count));
+        }
+    };
+    appendKind(OPTsizes::getmIneq(), activeset::ConstraintKind::Inequality);
+    appendKind(OPTsizes::getmLB(), activeset::ConstraintKind::LowerBound);
+    appendKind(OPTsizes::getmUB(), activeset::ConstraintKind::UpperBound);
     return stacked;
 }
