@@ -1,0 +1,279 @@
+// The front end: one call that solves a convex quadratic or linear program and proves its answer.
+//
+//     minimise ½xᵀHx + cᵀx + constant
+//     subject to  rowLower ≤ A·x ≤ rowUpper,  lower ≤ x ≤ upper
+//
+// A program describes its data as views, which copy nothing, and gets a result that owns what it
+// holds. Everything that a result claims has been recomputed from the data as they were given.
+#ifndef ACTIVESET_QP_HPP
+#define ACTIVESET_QP_HPP
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <initializer_list>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "activeset/export.hpp"
+
+namespace activeset {
+
+/// A side that is absent.
+inline constexpr double Infinity = std::numeric_limits<double>::infinity();
+
+/// The order in which a matrix is stored.
+enum class Order { ColumnMajor, RowMajor };
+
+/// A vector of the caller's. Empty where the problem has no such part.
+class VectorView {
+public:
+    constexpr VectorView() noexcept = default;
+    constexpr VectorView(const double* data, std::size_t size) noexcept
+        : data_(data), size_(size) {}
+    // Whatever is contiguous is a vector, without a word about it.
+    // NOLINTBEGIN(google-explicit-constructor,hicpp-explicit-conversions)
+    constexpr VectorView(std::span<const double> values) noexcept
+        : VectorView(values.data(), values.size()) {}
+    constexpr VectorView(std::span<double> values) noexcept
+        : VectorView(values.data(), values.size()) {}
+    VectorView(const std::vector<double>& values) noexcept
+        : VectorView(values.data(), values.size()) {}
+    template <std::size_t Size>
+    constexpr VectorView(const std::array<double, Size>& values) noexcept
+        : VectorView(values.data(), Size) {}
+    template <std::size_t Size>
+    constexpr VectorView(const double (&values)[Size]) noexcept : VectorView(values, Size) {}
+    // NOLINTEND(google-explicit-constructor,hicpp-explicit-conversions)
+
+    [[nodiscard]] constexpr const double* data() const noexcept { return data_; }
+    [[nodiscard]] constexpr std::size_t size() const noexcept { return size_; }
+    [[nodiscard]] constexpr bool empty() const noexcept { return size_ == 0; }
+    [[nodiscard]] constexpr double operator[](std::size_t i) const noexcept { return data_[i]; }
+
+private:
+    const double* data_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+/// A matrix of the caller's, dense, in columns unless it says otherwise. Empty where the problem
+/// has no such part.
+class MatrixView {
+public:
+    constexpr MatrixView() noexcept = default;
+    /// `leading` is the distance between neighbouring columns (rows, for Order::RowMajor); 0 stands
+    /// for no gaps.
+    constexpr MatrixView(const double* data,
+                         std::size_t rows,
+                         std::size_t cols,
+                         std::size_t leading = 0,
+                         Order order = Order::ColumnMajor) noexcept
+        : data_(data),
+          rows_(rows),
+          cols_(cols),
+          leading_(leading != 0 ? leading : (order == Order::ColumnMajor ? rows : cols)),
+          order_(order) {}
+    /// A view of fewer elements than it needs is found by the checks of a solve.
+    constexpr MatrixView(VectorView values,
+                         std::size_t rows,
+                         std::size_t cols,
+                         Order order = Order::ColumnMajor) noexcept
+        : MatrixView(values.data(), rows, cols, 0, order) {
+        available_ = values.size();
+    }
+
+    [[nodiscard]] constexpr const double* data() const noexcept { return data_; }
+    [[nodiscard]] constexpr std::size_t rows() const noexcept { return rows_; }
+    [[nodiscard]] constexpr std::size_t cols() const noexcept { return cols_; }
+    [[nodiscard]] constexpr std::size_t leading() const noexcept { return leading_; }
+    [[nodiscard]] constexpr Order order() const noexcept { return order_; }
+    [[nodiscard]] constexpr bool empty() const noexcept { return rows_ == 0 || cols_ == 0; }
+    /// How many elements the memory is known to hold; the largest number where nobody said.
+    [[nodiscard]] constexpr std::size_t available() const noexcept { return available_; }
+    [[nodiscard]] constexpr double operator()(std::size_t row, std::size_t col) const noexcept {
+        return order_ == Order::ColumnMajor ? data_[col * leading_ + row]
+                                            : data_[row * leading_ + col];
+    }
+
+private:
+    const double* data_ = nullptr;
+    std::size_t rows_ = 0;
+    std::size_t cols_ = 0;
+    std::size_t leading_ = 0;
+    std::size_t available_ = std::numeric_limits<std::size_t>::max();
+    Order order_ = Order::ColumnMajor;
+};
+
+/// Constraints that hold with equality, by kind; 0-based, ascending.
+struct WorkingSet {
+    std::vector<std::size_t> equalities{};  ///< rows whose sides are equal
+    std::vector<std::size_t> rowsAtLower{};
+    std::vector<std::size_t> rowsAtUpper{};
+    std::vector<std::size_t> atLower{};  ///< variables
+    std::vector<std::size_t> atUpper{};
+    std::vector<std::size_t> fixed{};  ///< variables whose bounds are equal
+
+    [[nodiscard]] std::size_t size() const noexcept {
+        return equalities.size() + rowsAtLower.size() + rowsAtUpper.size() + atLower.size() +
+               atUpper.size() + fixed.size();
+    }
+    friend bool operator==(const WorkingSet&, const WorkingSet&) = default;
+};
+
+/// Where a solve of a similar problem may begin. Entries that make no sense for that problem are
+/// left out; nothing has to fit exactly.
+struct WarmStart {
+    std::vector<double> x{};
+    WorkingSet workingSet{};
+};
+
+/// The data of one problem, all of it the caller's. n is the length of c, or, without c, that of
+/// H. What is empty is absent: no H is a linear program, no c is zero, no side or bound is
+/// infinite, no start is zero.
+struct Problem {
+    MatrixView H{};         ///< n × n, symmetric, positive semidefinite
+    VectorView c{};         ///< n
+    MatrixView A{};         ///< m × n
+    VectorView rowLower{};  ///< m
+    VectorView rowUpper{};  ///< m
+    VectorView lower{};     ///< n
+    VectorView upper{};     ///< n
+    double constant = 0.0;
+    VectorView start{};                    ///< n; need not be feasible
+    const WarmStart* warmStart = nullptr;  ///< goes before `start`
+};
+
+/// One mistake in the data of a problem.
+struct Fault {
+    std::string name{};  ///< the part, as the member of Problem is called
+    std::size_t row = 0;
+    std::size_t col = 0;  ///< 0 for vectors
+    double value = 0.0;
+    std::string text{};  ///< one line with all of the above, no full stop
+};
+
+/// All mistakes in a problem, none for one that can be solved.
+[[nodiscard]] ACTIVESET_API std::vector<Fault> faultsOf(const Problem& problem);
+
+/// How a solve ended.
+enum class Status {
+    Optimal,         ///< proved, to the tolerance
+    Infeasible,      ///< proved by Result::farkas, unless that is absent
+    Unbounded,       ///< proved by Result::direction, unless that is empty
+    NotConvex,       ///< proved by Result::direction: the curvature along it is negative
+    IterationLimit,  ///< the point reached so far
+    TimeLimit,
+    Interrupted,  ///< by the stop token, the callback or the interrupt flag
+    Inaccurate,   ///< the best point found, with the residuals that it has
+    Invalid,      ///< nothing was solved: Result::faults says why
+    Failed        ///< nothing was solved: an exception of which Result::message tells (solveMany)
+};
+
+/// "optimal", "infeasible", …
+[[nodiscard]] ACTIVESET_API const char* textOf(Status status) noexcept;
+
+/// What a callback is told after every pass.
+struct Progress {
+    std::size_t iteration = 0;  ///< passes so far, over all phases
+    bool phaseOne = false;      ///< looking for a feasible point
+    double objective = 0.0;     ///< at the present point, constant included
+    double violation = 0.0;     ///< largest violation there, absolute
+    std::size_t active = 0;     ///< members of the working set
+    double step = 0.0;          ///< Euclidean norm of the last step, in scaled variables
+};
+
+struct Settings {
+    /// Relative size up to which residuals support `Status::Optimal`.
+    double tolerance = 1e-9;
+    /// Most passes over all phases; 0 stands for a limit that no sound problem meets.
+    std::size_t maxIterations = 0;
+    std::chrono::duration<double> timeLimit = std::chrono::duration<double>::max();
+    std::stop_token stop{};
+    /// Called after every pass; false ends the solve. It must not start another solve itself.
+    std::function<bool(const Progress&)> onPass{};
+};
+
+/// A residual as it is, and in proportion to the terms that it is the sum of.
+struct Residual {
+    double absolute = 0.0;
+    double relative = 0.0;
+};
+
+/// What a point and its multipliers are worth, from the caller's data alone, in extended
+/// precision.
+struct Certificate {
+    Residual primal{};  ///< largest violation of a row or bound
+    Residual dual{};    ///< largest entry of gradient + Aᵀy + z, y and z projected on their signs
+    Residual gap{};     ///< primal minus dual objective
+
+    [[nodiscard]] bool holds(double tolerance) const noexcept {
+        return primal.relative <= tolerance && dual.relative <= tolerance &&
+               gap.relative <= tolerance;
+    }
+};
+
+/// Multipliers which show that no point satisfies the constraints: Aᵀy + z = 0, yet y and z weigh
+/// the sides that they stand for to less than 0. Signs as in Result.
+struct Farkas {
+    std::vector<double> y{};
+    std::vector<double> z{};
+    Residual residual{};  ///< of Aᵀy + z = 0
+    double value = 0.0;  ///< Σ y⁺·rowUpper − y⁻·rowLower + z⁺·upper − z⁻·lower, negative
+};
+
+struct Iterations {
+    std::size_t phaseOne = 0;
+    std::size_t main = 0;
+    std::size_t proximal = 0;    ///< subproblems of the proximal-point loop
+    std::size_t refinement = 0;  ///< corrections in extended precision
+};
+
+/// Seconds.
+struct Times {
+    double setup = 0.0;   ///< checks, copies, scaling
+    double solve = 0.0;   ///< active-set iterations
+    double polish = 0.0;  ///< refinement and certificates
+    double total = 0.0;
+};
+
+/// gradient + Aᵀy + z = 0, with y (per row) and z (per variable) positive at an upper side,
+/// negative at a lower one, of any sign at an equality. For A·x ≤ b alone, y ≥ 0. To first order
+/// the optimal value changes by −y_i when the active side of row i grows by one.
+struct Result {
+    Status status = Status::Failed;
+    int exitCode = -5;  ///< of the last run of the core, see docs/states.md
+    std::vector<double> x{};
+    double objective = 0.0;  ///< constant included
+    std::vector<double> y{};
+    std::vector<double> z{};
+    WorkingSet workingSet{};
+    Certificate certificate{};
+    std::optional<Farkas> farkas{};   ///< for Infeasible, absent where no proof was found
+    std::vector<double> direction{};  ///< for Unbounded and NotConvex, else empty
+    /// For Unbounded what H·d and the sides along d miss; for NotConvex the curvature dᵀHd.
+    Residual directionResidual{};
+    std::vector<Fault> faults{};  ///< for Invalid
+    std::string message{};        ///< for Failed and Invalid, one line a fault
+    Iterations iterations{};
+    Times times{};
+
+    /// For the next, similar problem.
+    [[nodiscard]] WarmStart warmStart() const { return {x, workingSet}; }
+    explicit operator bool() const noexcept { return status == Status::Optimal; }
+};
+
+/// Solves one problem. Mistakes in the data are a status, not an exception.
+///
+/// @raises HostError when there is no memory; std::logic_error inside a callback of another solve;
+///         what the callback raises
+[[nodiscard]] ACTIVESET_API Result solve(const Problem& problem, const Settings& settings = {});
+
+}  // namespace activeset
+
+#endif

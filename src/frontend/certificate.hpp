@@ -1,0 +1,63 @@
+// What points, multipliers, Farkas vectors and directions are worth, computed from the problem's
+// data in extended precision. Nothing that the solver believes enters.
+#ifndef ACTIVESET_SRC_FRONTEND_CERTIFICATE_HPP
+#define ACTIVESET_SRC_FRONTEND_CERTIFICATE_HPP
+
+#include "frontend/data.hpp"
+#include "frontend/dense.hpp"
+
+namespace activeset::frontend {
+
+/// A sum, and the sum of the magnitudes of its terms.
+struct Sum {
+    Extended value = 0;
+    double scale = 0.0;
+
+    void add(Extended term) {
+        value += term;
+        scale += static_cast<double>(term < 0 ? -term : term);
+    }
+};
+
+/// A·x, m sums.
+[[nodiscard]] std::vector<Sum> rowValues(const Data& data, const Vector& x);
+/// H·x + c + Aᵀy, n sums; without H for an empty x, with c or without.
+enum class Linear { Included, Omitted };
+[[nodiscard]] std::vector<Sum> gradientSums(const Data& data,
+                                            const Vector& x,
+                                            const Vector& y,
+                                            Linear linear = Linear::Included);
+
+/// Multipliers become zero where the side that they would stand for is absent.
+void project(const Data& data, Point& point);
+
+struct Judgement {
+    Certificate certificate;
+    double objective = 0.0;  ///< constant included
+};
+
+/// Of the point as project() would leave it.
+[[nodiscard]] Judgement judge(const Data& data, const Point& point);
+
+/// The largest violation of a row or bound.
+[[nodiscard]] Residual violation(const Data& data, const Vector& x);
+
+/// Σ y⁺·rowUpper − … with the residual of Aᵀy + z; holds when `holds` says so.
+[[nodiscard]] Farkas judgeFarkas(const Data& data, Vector y, Vector z);
+[[nodiscard]] bool holds(const Farkas& farkas, double tolerance);
+
+/// A direction along which the problem is unbounded: H·d = 0, no side is ever reached, cᵀd < 0.
+struct Ray {
+    Residual residual;   ///< the largest miss of the first two
+    double slope = 0.0;  ///< cᵀd
+    double scale = 0.0;  ///< Σ |c_j·d_j|
+};
+[[nodiscard]] Ray judgeRay(const Data& data, const Vector& direction);
+[[nodiscard]] bool holds(const Ray& ray, double tolerance);
+
+/// dᵀHd, in proportion to Σ |d_i·H_ij·d_j|.
+[[nodiscard]] Residual curvature(const Data& data, const Vector& direction);
+
+}  // namespace activeset::frontend
+
+#endif

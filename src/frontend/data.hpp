@@ -1,0 +1,48 @@
+// The front end's own copy of a problem, complete and contiguous, and a point with its multipliers.
+#ifndef ACTIVESET_SRC_FRONTEND_DATA_HPP
+#define ACTIVESET_SRC_FRONTEND_DATA_HPP
+
+#include <cstddef>
+#include <vector>
+
+#include "activeset/qp.hpp"
+
+namespace activeset::frontend {
+
+using Vector = std::vector<double>;
+
+/// min ½xᵀHx + cᵀx + constant subject to rowLower ≤ A·x ≤ rowUpper, lower ≤ x ≤ upper. What the
+/// caller left out is written out: zeros, infinities. Matrices are column-major without gaps.
+struct Data {
+    std::size_t n = 0;
+    std::size_t m = 0;
+    bool quadratic = false;  ///< H has an entry that is not zero; H is empty otherwise
+    Vector H;                ///< n × n, symmetric to the last bit
+    Vector c;
+    Vector A;  ///< m × n
+    Vector rowLower;
+    Vector rowUpper;
+    Vector lower;
+    Vector upper;
+    double constant = 0.0;
+
+    [[nodiscard]] const double* columnOfH(std::size_t j) const { return H.data() + j * n; }
+    [[nodiscard]] const double* columnOfA(std::size_t j) const { return A.data() + j * m; }
+};
+
+/// A point and multipliers, signs as in Result.
+struct Point {
+    Vector x;
+    Vector y;
+    Vector z;
+};
+
+/// Copies what the views show. The problem has no faults.
+[[nodiscard]] Data copyOf(const Problem& problem);
+
+/// The number of variables that the views speak of.
+[[nodiscard]] std::size_t variablesOf(const Problem& problem);
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,96 @@
+// The dense linear algebra that the front end does by itself: small factorisations that reveal
+// rank, and sums in extended precision.
+#ifndef ACTIVESET_SRC_FRONTEND_DENSE_HPP
+#define ACTIVESET_SRC_FRONTEND_DENSE_HPP
+
+#include <cstddef>
+#include <vector>
+
+#include "frontend/data.hpp"
+
+namespace activeset::frontend {
+
+/// The type of sums whose rounding must not show in a double.
+using Extended = long double;
+
+/// Column-major, without gaps.
+struct Dense {
+    Dense() = default;
+    Dense(std::size_t rowCount, std::size_t colCount)
+        : rows(rowCount), cols(colCount), values(rowCount * colCount, 0.0) {}
+
+    [[nodiscard]] double* column(std::size_t j) { return values.data() + j * rows; }
+    [[nodiscard]] const double* column(std::size_t j) const { return values.data() + j * rows; }
+    [[nodiscard]] double& operator()(std::size_t i, std::size_t j) { return column(j)[i]; }
+    [[nodiscard]] double operator()(std::size_t i, std::size_t j) const { return column(j)[i]; }
+
+    std::size_t rows = 0;
+    std::size_t cols = 0;
+    Vector values;
+};
+
+[[nodiscard]] double dot(const double* a, const double* b, std::size_t count);
+/// y += factor·x
+void axpy(double factor, const double* x, double* y, std::size_t count);
+/// a·b and aᵀ·b.
+[[nodiscard]] Dense product(const Dense& a, const Dense& b);
+[[nodiscard]] Dense transposedProduct(const Dense& a, const Dense& b);
+[[nodiscard]] double largestMagnitude(const Vector& values);
+
+/// B = Q·R·Pᵀ, rows × cols, Householder with column pivoting. Columns that depend on those before
+/// them are behind `rank`.
+class PivotedQr {
+public:
+    explicit PivotedQr(Dense matrix);
+
+    [[nodiscard]] std::size_t rank() const { return rank_; }
+    /// The column of B in place k.
+    [[nodiscard]] std::size_t pivot(std::size_t k) const { return pivots_[k]; }
+    /// v := Qᵀv, v := Q·v; `rows` entries.
+    void applyTransposed(double* v) const;
+    void apply(double* v) const;
+    /// The first `rank` entries of v := R⁻¹v or R⁻ᵀv, R without its dependent columns.
+    void solve(double* v) const;
+    void solveTransposed(double* v) const;
+    /// An orthonormal basis of what is orthogonal to all columns, rows × (rows − rank).
+    [[nodiscard]] Dense nullSpace() const;
+
+private:
+    void reflect(std::size_t k, double* v) const;
+
+    Dense packed_;
+    Vector scales_;
+    std::vector<std::size_t> pivots_;
+    std::size_t rank_ = 0;
+};
+
+/// M = P·L·Lᵀ·Pᵀ with pivoting on the diagonal, as far as M is positive: `rank` columns.
+class PivotedCholesky {
+public:
+    /// M symmetric, both halves; pivots up to `tolerance` times the largest diagonal entry are
+    /// zeros.
+    PivotedCholesky(Dense matrix, double tolerance);
+
+    [[nodiscard]] std::size_t rank() const { return rank_; }
+    [[nodiscard]] bool isPositiveDefinite() const { return rank_ == factor_.rows; }
+    /// v := a solution of M·v = r for an r in the range of M; entries behind the rank become 0.
+    void solve(double* v) const;
+    /// Where M has a negative eigenvalue as far as the factor tells: a v with vᵀMv < 0, largest
+    /// entry 1; else empty.
+    [[nodiscard]] const Vector& negativeDirection() const { return negative_; }
+
+private:
+    void exchange(std::size_t k, std::size_t other);
+    void solveFactorTransposed(double* v) const;
+    void findNegative(double tolerance);
+    void setNegative(std::size_t i, double ofI, std::size_t j, double ofJ);
+
+    Dense factor_;
+    std::vector<std::size_t> pivots_;
+    std::size_t rank_ = 0;
+    Vector negative_;
+};
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,310 @@
+// The proximal-point loop. Where H is singular, the core is given ½xᵀHx + cᵀx + ½ρ‖x − xₖ‖²,
+// whose minimum is the next xₖ; the limit is a minimum of the problem itself (Rockafellar 1976).
+// As soon as a working set is the right one, refinement without the proximal term shows it.
+#include "frontend/engine.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <utility>
+
+#include "frontend/auxiliary.hpp"
+#include "frontend/proofs.hpp"
+#include "frontend/refinement.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr std::size_t MostCorrections = 20;
+constexpr std::size_t MostProximalSteps = 200;
+constexpr int MostTroubles = 6;
+
+double firstWeight(const Data& data) {
+    constexpr double OfCurvature = 1e-6;
+    constexpr double OfLinear = 1e-4;
+    return data.quadratic ? OfCurvature * largestMagnitude(data.H) : OfLinear;
+}
+
+double distance(const Vector& a, const Vector& b) {
+    double largest = 0.0;
+    for (std::size_t j = 0; j < a.size(); ++j) {
+        largest = std::max(largest, std::abs(a[j] - b[j]));
+    }
+    return largest;
+}
+
+double errorOf(const Certificate& certificate) {
+    double largest = 0.0;
+    for (const Residual& residual : {certificate.primal, certificate.dual, certificate.gap}) {
+        if (!(residual.relative <= largest)) {  // NaN stays, and is never better than anything
+            largest = residual.relative;
+        }
+    }
+    return largest;
+}
+
+}  // namespace
+
+Prepared::Prepared(Data problem)
+    : user(std::move(problem)),
+      scaling(Scaling::of(user)),
+      scaled(scaling.apply(user)),
+      lowering(scaled) {}
+
+Engine::Engine(Prepared& problem, const Settings& settings, Control& control, Depth depth)
+    : problem_(problem), settings_(settings), control_(control), depth_(depth) {}
+
+Answer Engine::solve(Vector x, WorkingSet set) {
+    const Data& data = problem_.scaled;
+    centre_ = std::move(x);
+    set_ = std::move(set);
+    const Convexity convexity = convexityOf(problem_);
+    if (convexity.kind == Convexity::None) {
+        answer_.status = Status::NotConvex;
+        answer_.direction = convexity.direction;
+        answer_.directionResidual = curvature(problem_.user, convexity.direction);
+        consider({centre_, Vector(data.m, 0.0), Vector(data.n, 0.0)}, set_);
+        return std::move(answer_);
+    }
+    rho_ = convexity.kind == Convexity::Strict ? 0.0 : firstWeight(data);
+    for (;;) {
+        Run result = run();
+        answer_.exitCode = result.exitCode;
+        if (follow(result) == Next::Done) {
+            if (answer_.status == Status::Inaccurate && findsRay()) {
+                answer_.status = Status::Unbounded;
+            }
+            return std::move(answer_);
+        }
+    }
+}
+
+Run Engine::run() {
+    const Data& data = problem_.scaled;
+    Vector H = data.H;
+    Vector c = data.c;
+    if (rho_ > 0.0) {
+        H.resize(data.n * data.n, 0.0);
+        for (std::size_t j = 0; j < data.n; ++j) {
+            H[j * data.n + j] += rho_;
+            c[j] -= rho_ * centre_[j];
+        }
+        ++answer_.proximal;
+    }
+    // What rounding makes of a point far out is no violation.
+    Precision precision = precision_;
+    precision.violation = std::max(precision.violation, 1e-14 * largestMagnitude(centre_));
+    return runCore(problem_.lowering, H, c, centre_, problem_.lowering.toCore(set_), precision,
+                   control_, [this](const double* x) { return progressAt(x); });
+}
+
+Engine::Next Engine::follow(Run& run) {
+    switch (run.end) {
+        case RunEnd::Optimal:
+            return followPoint(run);
+        case RunEnd::Infeasible:
+            return followInfeasible(run);
+        case RunEnd::Stopped:
+            if (!run.x.empty()) {
+                static_cast<void>(followPoint(run));
+            }
+            if (answer_.point.x.empty()) {
+                consider({centre_, Vector(problem_.scaled.m), Vector(problem_.scaled.n)}, set_);
+            }
+            if (answer_.status == Status::Inaccurate) {
+                answer_.status = *control_.end();
+            }
+            return Next::Done;
+        default:
+            return followTrouble(run);
+    }
+}
+
+// A minimum of the subproblem: is it one of the problem?
+Engine::Next Engine::followPoint(Run& run) {
+    Point point;
+    problem_.lowering.multipliers(run.lambda.data(), point.y, point.z);
+    point.x = run.x;
+    const WorkingSet set = problem_.lowering.fromCore(run.set, run.droppedEqualities);
+    polish(std::move(point), set);
+    if (isProved()) {
+        answer_.status = Status::Optimal;
+        return Next::Done;
+    }
+    set_ = set;
+    if (unperturbed_) {
+        problem_.lowering = std::move(*unperturbed_);
+        unperturbed_.reset();
+        centre_ = run.x;
+        return Next::Again;
+    }
+    return recentre(run.x);
+}
+
+// The next subproblem: nearer to the point, with less weight on staying there, or more exact.
+Engine::Next Engine::recentre(const Vector& x) {
+    const double step = distance(x, centre_);
+    const double pull = rho_ * step;
+    if (rho_ > 0.0 && step > 0.0 && isUnbounded(x, pull)) {
+        answer_.status = Status::Unbounded;
+        return Next::Done;
+    }
+    centre_ = x;
+    const bool hasConverged = rho_ == 0.0 || step <= 1e-13 * std::max(1.0, largestMagnitude(x));
+    if (hasConverged || answer_.proximal > MostProximalSteps) {
+        if (++troubles_ > MostTroubles) {
+            return Next::Done;
+        }
+        precision_.violation = std::max(1e-14, 0.1 * precision_.violation);
+        precision_.step = std::max(1e-15, 0.1 * precision_.step);
+        precision_.multiplier = 0.1 * precision_.multiplier;
+        rho_ = rho_ > 0.0 ? rho_ : firstWeight(problem_.scaled);
+        return Next::Again;
+    }
+    if (!(pull < 0.1 * lastPull_)) {
+        rho_ = std::max(0.1 * rho_, 1e-10 * firstWeight(problem_.scaled));
+        ++unchecked_;
+    }
+    lastPull_ = pull;
+    return Next::Again;
+}
+
+// Steps that do not get smaller may be the beginning of a ray.
+bool Engine::isUnbounded(const Vector& x, double pull) {
+    Vector direction = x;
+    axpy(-1.0, centre_.data(), direction.data(), direction.size());
+    if (pull > 0.1 * lastPull_ && provesUnboundedness(problem_, direction, answer_)) {
+        return true;
+    }
+    return unchecked_ >= 3 && findsRay();
+}
+
+bool Engine::findsRay() {
+    if (depth_ == Depth::Auxiliary || hasSoughtRay_ || control_.mustEnd()) {
+        return false;
+    }
+    hasSoughtRay_ = true;
+    const Vector ray = steepestRay(problem_.scaled, settings_, control_);
+    return !ray.empty() && provesUnboundedness(problem_, ray, answer_);
+}
+
+Engine::Next Engine::followInfeasible(const Run& run) {
+    Vector y;
+    Vector z;
+    if (!run.phaseOneLambda.empty()) {
+        problem_.lowering.multipliers(run.phaseOneLambda.data(), y, z);
+        if (!run.x.empty()) {
+            consider({run.x, Vector(y.size()), Vector(z.size())}, {});
+        }
+        if (provesInfeasibility(problem_, std::move(y), std::move(z), answer_)) {
+            answer_.status = Status::Infeasible;
+            return Next::Done;
+        }
+    }
+    if (depth_ == Depth::Auxiliary || ++troubles_ > MostTroubles) {
+        return Next::Done;
+    }
+    Relaxation relaxation = relax(problem_.scaled, centre_, settings_, control_);
+    consider({relaxation.x, Vector(problem_.scaled.m), Vector(problem_.scaled.n)}, {});
+    if (provesInfeasibility(problem_, relaxation.y, relaxation.z, answer_) ||
+        (relaxation.isSolved && relaxation.violation > 1e-6)) {
+        answer_.status = Status::Infeasible;
+        return Next::Done;
+    }
+    // Feasible after all, and the core was misled by equalities that nearly depend on one another.
+    problem_.lowering = Lowering(withoutDependentEqualities(problem_.scaled));
+    centre_ = std::move(relaxation.x);
+    set_ = {};
+    return Next::Again;
+}
+
+Engine::Next Engine::followTrouble(const Run& run) {
+    if (++troubles_ > MostTroubles) {
+        return Next::Done;
+    }
+    if (run.end == RunEnd::NotDefinite) {
+        rho_ = rho_ > 0.0 ? 100.0 * rho_ : firstWeight(problem_.scaled);
+    } else {
+        perturb();
+    }
+    if (!run.x.empty()) {
+        centre_ = run.x;
+        set_ = problem_.lowering.fromCore(run.set, run.droppedEqualities);
+    }
+    return Next::Again;
+}
+
+void Engine::perturb() {
+    Lowering& lowering = problem_.lowering;
+    if (!unperturbed_) {
+        unperturbed_ = lowering;
+    }
+    std::uint64_t state = 0x2545F4914F6CDD1DU + static_cast<std::uint64_t>(troubles_);
+    const auto random = [&state] {  // between 1 and 2, the same in every run
+        state = state * 6364136223846793005U + 1442695040888963407U;
+        return 1.0 + static_cast<double>(state >> 11U) * 0x1p-53;
+    };
+    const double size = 1e-7 * std::pow(4.0, troubles_);
+    for (double& side : lowering.b) {
+        side += size * random() * std::max(1.0, std::abs(side));
+    }
+    for (std::size_t j = 0; j < lowering.variables(); ++j) {
+        lowering.lb[j] -= size * random() * std::max(1.0, std::abs(lowering.lb[j]));
+        lowering.ub[j] += size * random() * std::max(1.0, std::abs(lowering.ub[j]));
+    }
+}
+
+void Engine::polish(Point point, const WorkingSet& set) {
+    const double begin = control_.seconds();
+    consider(point, set);
+    if (!isProved() || errorOf(answer_.judgement.certificate) > 1e-15) {
+        const Refinement refinement(problem_.scaled, set);
+        answer_.refinement += refinement.apply(point, MostCorrections);
+        consider(std::move(point), set);
+    }
+    answer_.polishSeconds += control_.seconds() - begin;
+}
+
+// Keeps the better point.
+void Engine::consider(Point point, const WorkingSet& set) {
+    const Judgement judgement = judge(problem_.user, problem_.scaling.unscaled(point));
+    const double error = errorOf(judgement.certificate);
+    if (error < bestError_ || answer_.point.x.empty()) {
+        bestError_ = error;
+        answer_.point = std::move(point);
+        answer_.set = set;
+        answer_.judgement = judgement;
+    }
+}
+
+bool Engine::isProved() const {
+    return answer_.judgement.certificate.holds(settings_.tolerance);
+}
+
+Progress Engine::progressAt(const double* x) const {
+    const Data& data = problem_.scaled;
+    Vector rows(data.m, 0.0);
+    double value = data.constant;
+    Progress progress;
+    const auto miss = [&progress](double value_, double lower, double upper, double factor) {
+        progress.violation =
+            std::max({progress.violation, (lower - value_) * factor, (value_ - upper) * factor});
+    };
+    for (std::size_t j = 0; j < data.n; ++j) {
+        double slope = data.c[j];
+        if (data.quadratic) {
+            slope += 0.5 * dot(data.columnOfH(j), x, data.n);
+        }
+        value += slope * x[j];
+        axpy(x[j], data.columnOfA(j), rows.data(), data.m);
+        miss(x[j], data.lower[j], data.upper[j], problem_.scaling.column[j]);
+    }
+    for (std::size_t i = 0; i < data.m; ++i) {
+        miss(rows[i], data.rowLower[i], data.rowUpper[i], 1.0 / problem_.scaling.row[i]);
+    }
+    progress.objective = value / problem_.scaling.objective;
+    return progress;
+}
+
+}  // namespace activeset::frontend

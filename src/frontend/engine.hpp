@@ -1,0 +1,87 @@
+// From a scaled problem to an answer with its proof: runs of the core, the proximal-point loop
+// around them, refinement, and what to do when a run does not end as it should.
+#ifndef ACTIVESET_SRC_FRONTEND_ENGINE_HPP
+#define ACTIVESET_SRC_FRONTEND_ENGINE_HPP
+
+#include <optional>
+
+#include "frontend/certificate.hpp"
+#include "frontend/control.hpp"
+#include "frontend/core_run.hpp"
+#include "frontend/lowering.hpp"
+#include "frontend/scaling.hpp"
+
+namespace activeset::frontend {
+
+/// A problem in all the forms that a solve needs.
+struct Prepared {
+    explicit Prepared(Data problem);
+
+    Data user;
+    Scaling scaling;
+    Data scaled;
+    Lowering lowering;
+};
+
+/// What the engine has found, in scaled variables but for the proofs, which are the caller's.
+struct Answer {
+    Status status = Status::Inaccurate;
+    int exitCode = -5;
+    Point point;
+    WorkingSet set;
+    Judgement judgement;
+    std::optional<Farkas> farkas;
+    Vector direction;
+    Residual directionResidual;
+    std::size_t proximal = 0;
+    std::size_t refinement = 0;
+    double polishSeconds = 0.0;
+};
+
+/// How much an engine may call upon others like it.
+enum class Depth { Whole, Auxiliary };
+
+class Engine {
+public:
+    Engine(Prepared& problem, const Settings& settings, Control& control, Depth depth);
+
+    /// Solves from a point and a working set in scaled variables.
+    [[nodiscard]] Answer solve(Vector x, WorkingSet set);
+
+private:
+    enum class Next { Again, Done };
+
+    [[nodiscard]] Run run();
+    [[nodiscard]] Next follow(Run& run);
+    [[nodiscard]] Next followPoint(Run& run);
+    [[nodiscard]] Next followInfeasible(const Run& run);
+    [[nodiscard]] Next followTrouble(const Run& run);
+    [[nodiscard]] Next recentre(const Vector& x);
+    [[nodiscard]] bool isUnbounded(const Vector& x, double pull);
+    [[nodiscard]] bool findsRay();
+    void consider(Point point, const WorkingSet& set);
+    void polish(Point point, const WorkingSet& set);
+    [[nodiscard]] bool isProved() const;
+    void perturb();
+    [[nodiscard]] Progress progressAt(const double* x) const;
+
+    Prepared& problem_;
+    const Settings& settings_;
+    Control& control_;
+    Depth depth_;
+    Precision precision_;
+    double rho_ = 0.0;  ///< weight of the proximal term; 0 for the problem itself
+    Vector centre_;
+    WorkingSet set_;
+    double lastPull_ = Infinity;  ///< ρ·‖step‖ of the last proximal step
+    int troubles_ = 0;
+    int unchecked_ = 0;  ///< proximal steps that pulled no less than the one before
+    bool hasSoughtRay_ = false;
+    std::optional<Lowering> unperturbed_;  ///< while the core's copy is perturbed
+    double bestError_ = Infinity;
+    Answer answer_;
+};
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,199 @@
+// Iterative refinement of a null-space solution. See Higham, Accuracy and Stability of Numerical
+// Algorithms, on fixed and extended precision refinement.
+#include "frontend/refinement.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr double FlatCurvature = 1e-11;  // of the largest, in the reduced Hessian
+
+std::vector<std::size_t> freeVariables(const std::vector<bool>& isFixed) {
+    std::vector<std::size_t> result;
+    for (std::size_t j = 0; j < isFixed.size(); ++j) {
+        if (!isFixed[j]) {
+            result.push_back(j);
+        }
+    }
+    return result;
+}
+
+std::vector<bool> fixedVariables(const Data& data, const WorkingSet& set) {
+    std::vector<bool> result(data.n, false);
+    for (const auto* list : {&set.atLower, &set.atUpper, &set.fixed}) {
+        for (const std::size_t j : *list) {
+            result[j] = true;
+        }
+    }
+    return result;
+}
+
+std::vector<std::size_t> rowsOf(const WorkingSet& set) {
+    std::vector<std::size_t> rows = set.equalities;
+    rows.insert(rows.end(), set.rowsAtLower.begin(), set.rowsAtLower.end());
+    rows.insert(rows.end(), set.rowsAtUpper.begin(), set.rowsAtUpper.end());
+    return rows;
+}
+
+Dense hessianOf(const Data& data, const std::vector<std::size_t>& variables) {
+    if (!data.quadratic) {
+        return {};
+    }
+    Dense result(variables.size(), variables.size());
+    for (std::size_t j = 0; j < variables.size(); ++j) {
+        for (std::size_t i = 0; i < variables.size(); ++i) {
+            result(i, j) = data.columnOfH(variables[j])[variables[i]];
+        }
+    }
+    return result;
+}
+
+}  // namespace
+
+Refinement::Refinement(const Data& data, const WorkingSet& set)
+    : data_(data),
+      rows_(rowsOf(set)),
+      isFixed_(fixedVariables(data, set)),
+      free_(freeVariables(isFixed_)),
+      freeH_(hessianOf(data, free_)),
+      qr_(rowsOfFreeVariables()),
+      basis_(data.quadratic ? qr_.nullSpace() : Dense()),
+      cholesky_(reducedHessian(), FlatCurvature) {
+    const auto addSides = [&](const std::vector<std::size_t>& members, const Vector& sides) {
+        for (const std::size_t i : members) {
+            sides_.push_back(sides[i]);
+        }
+    };
+    addSides(set.equalities, data.rowLower);
+    addSides(set.rowsAtLower, data.rowLower);
+    addSides(set.rowsAtUpper, data.rowUpper);
+    bounds_.assign(data.n, 0.0);
+    const auto setBounds = [&](const std::vector<std::size_t>& members, const Vector& bounds) {
+        for (const std::size_t j : members) {
+            bounds_[j] = bounds[j];
+        }
+    };
+    setBounds(set.atLower, data.lower);
+    setBounds(set.fixed, data.lower);
+    setBounds(set.atUpper, data.upper);
+}
+
+Dense Refinement::rowsOfFreeVariables() const {
+    Dense result(free_.size(), rows_.size());
+    for (std::size_t k = 0; k < free_.size(); ++k) {
+        const double* column = data_.columnOfA(free_[k]);
+        for (std::size_t i = 0; i < rows_.size(); ++i) {
+            result(k, i) = column[rows_[i]];
+        }
+    }
+    return result;
+}
+
+Dense Refinement::reducedHessian() const {
+    return data_.quadratic ? transposedProduct(basis_, product(freeH_, basis_)) : Dense();
+}
+
+Refinement::Residuals Refinement::residualsAt(const Point& point) const {
+    Residuals result;
+    const std::vector<Sum> gradient = gradientSums(data_, point.x, point.y);
+    for (const std::size_t j : free_) {
+        result.stationarity.push_back(-gradient[j].value);
+        result.size = std::max(result.size, std::abs(static_cast<double>(gradient[j].value)));
+    }
+    const std::vector<Sum> values = rowValues(data_, point.x);
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+        result.rows.push_back(sides_[i] - values[rows_[i]].value);
+        result.size = std::max(result.size, std::abs(static_cast<double>(result.rows.back())));
+    }
+    return result;
+}
+
+void Refinement::correct(Point& point, const Residuals& residuals) const {
+    const std::size_t count = free_.size();
+    const std::size_t rank = qr_.rank();
+    // The part of the step that the rows ask for.
+    Vector step(std::max(count, rows_.size()), 0.0);
+    for (std::size_t k = 0; k < rank; ++k) {
+        step[k] = static_cast<double>(residuals.rows[qr_.pivot(k)]);
+    }
+    qr_.solveTransposed(step.data());
+    qr_.apply(step.data());
+    Vector force(count);
+    for (std::size_t k = 0; k < count; ++k) {
+        force[k] = static_cast<double>(residuals.stationarity[k]);
+    }
+    if (data_.quadratic) {
+        const auto takeOff = [&](const Vector& moved) {
+            for (std::size_t k = 0; k < count; ++k) {
+                axpy(-moved[k], freeH_.column(k), force.data(), count);
+            }
+        };
+        takeOff(step);
+        Vector reduced(basis_.cols);
+        for (std::size_t k = 0; k < basis_.cols; ++k) {
+            reduced[k] = dot(basis_.column(k), force.data(), count);
+        }
+        cholesky_.solve(reduced.data());
+        Vector along(count, 0.0);
+        for (std::size_t k = 0; k < basis_.cols; ++k) {
+            axpy(reduced[k], basis_.column(k), along.data(), count);
+        }
+        takeOff(along);
+        axpy(1.0, along.data(), step.data(), count);
+    }
+    for (std::size_t k = 0; k < count; ++k) {
+        point.x[free_[k]] += step[k];
+    }
+    qr_.applyTransposed(force.data());
+    qr_.solve(force.data());
+    for (std::size_t k = 0; k < rank; ++k) {
+        point.y[rows_[qr_.pivot(k)]] += force[k];
+    }
+}
+
+void Refinement::setBoundMultipliers(Point& point) const {
+    const std::vector<Sum> gradient = gradientSums(data_, point.x, point.y);
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        point.z[j] = isFixed_[j] ? -static_cast<double>(gradient[j].value) : 0.0;
+    }
+}
+
+std::size_t Refinement::apply(Point& point, std::size_t most) const {
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        if (isFixed_[j]) {
+            point.x[j] = bounds_[j];
+        }
+    }
+    Vector y(data_.m, 0.0);
+    for (std::size_t k = 0; k < qr_.rank(); ++k) {
+        const std::size_t row = rows_[qr_.pivot(k)];
+        y[row] = point.y[row];
+    }
+    point.y = std::move(y);
+    point.z.assign(data_.n, 0.0);
+
+    std::size_t corrections = 0;
+    Residuals residuals = residualsAt(point);
+    while (corrections < most && residuals.size > 0.0) {
+        Point trial = point;
+        correct(trial, residuals);
+        Residuals left = residualsAt(trial);
+        if (!(left.size < residuals.size)) {
+            break;
+        }
+        const bool isSlow = left.size > 0.5 * residuals.size;
+        point = std::move(trial);
+        residuals = std::move(left);
+        ++corrections;
+        if (isSlow) {
+            break;
+        }
+    }
+    setBoundMultipliers(point);
+    return corrections;
+}
+
+}  // namespace activeset::frontend

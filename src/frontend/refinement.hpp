@@ -1,0 +1,53 @@
+// The exact solution for a given working set: its equations are solved again and again for what is
+// left of their residuals, which are formed in extended precision.
+#ifndef ACTIVESET_SRC_FRONTEND_REFINEMENT_HPP
+#define ACTIVESET_SRC_FRONTEND_REFINEMENT_HPP
+
+#include "frontend/certificate.hpp"
+#include "frontend/data.hpp"
+#include "frontend/dense.hpp"
+
+namespace activeset::frontend {
+
+/// The equations
+///
+///     H·x + c + Aᵀy + z = 0,   rows and bounds of the working set hold with equality
+///
+/// in which y and z are zero outside the set. Variables at bounds are taken out; of the rest, QR
+/// of the rows and Cholesky of the reduced Hessian are formed once. Where that Hessian is
+/// singular, x moves in the other directions only.
+class Refinement {
+public:
+    Refinement(const Data& data, const WorkingSet& set);
+
+    /// Moves x, y and z to the solution, as far as doubles can. The number of corrections made.
+    std::size_t apply(Point& point, std::size_t most) const;
+
+private:
+    struct Residuals {
+        std::vector<Extended> stationarity;  ///< of free variables: −(H·x + c + Aᵀy)
+        std::vector<Extended> rows;          ///< of rows of the set: side − row·x
+        double size = 0.0;
+    };
+
+    [[nodiscard]] Dense rowsOfFreeVariables() const;
+    [[nodiscard]] Dense reducedHessian() const;
+    [[nodiscard]] Residuals residualsAt(const Point& point) const;
+    void correct(Point& point, const Residuals& residuals) const;
+    void setBoundMultipliers(Point& point) const;
+
+    const Data& data_;
+    std::vector<std::size_t> rows_;
+    Vector sides_;
+    std::vector<bool> isFixed_;
+    Vector bounds_;
+    std::vector<std::size_t> free_;
+    Dense freeH_;
+    PivotedQr qr_;
+    Dense basis_;
+    PivotedCholesky cholesky_;
+};
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,138 @@
+// Equilibration of the matrix [H Aᵀ; A 0], after Ruiz: each sweep divides a row and column by the
+// square root of its largest entry. The factors are rounded to powers of two.
+#include "frontend/scaling.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr int Sweeps = 8;
+constexpr int LargestExponent = 60;  // products of three factors stay far from overflow
+
+double powerOfTwoNear(double value) {
+    const double exponent = std::round(std::log2(value));
+    return std::exp2(std::clamp(exponent, -static_cast<double>(LargestExponent),
+                                static_cast<double>(LargestExponent)));
+}
+
+// One sweep: the largest scaled entries of columns and rows, and their square roots taken off.
+void sweep(const Data& data, Scaling& scaling) {
+    Vector column(data.n, 0.0);
+    Vector row(data.m, 0.0);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        if (data.quadratic) {
+            const double* H = data.columnOfH(j);
+            for (std::size_t i = 0; i < data.n; ++i) {
+                column[j] = std::max(column[j], std::abs(H[i]) * scaling.column[i]);
+            }
+        }
+        const double* A = data.columnOfA(j);
+        for (std::size_t i = 0; i < data.m; ++i) {
+            const double entry = std::abs(A[i]) * scaling.row[i];
+            column[j] = std::max(column[j], entry);
+            row[i] = std::max(row[i], entry * scaling.column[j]);
+        }
+        column[j] *= scaling.column[j];
+    }
+    const auto divide = [](Vector& factors, const Vector& largest) {
+        for (std::size_t k = 0; k < factors.size(); ++k) {
+            if (largest[k] > 0.0 && std::isfinite(largest[k])) {
+                factors[k] /= std::sqrt(largest[k]);
+            }
+        }
+    };
+    divide(scaling.column, column);
+    divide(scaling.row, row);
+}
+
+double largestEntry(const Vector& values) {
+    double largest = 0.0;
+    for (const double value : values) {
+        largest = std::max(largest, std::abs(value));
+    }
+    return largest;
+}
+
+void multiply(Vector& values, const Vector& factors) {
+    for (std::size_t k = 0; k < values.size(); ++k) {
+        values[k] *= factors[k];
+    }
+}
+
+void divide(Vector& values, const Vector& factors) {
+    for (std::size_t k = 0; k < values.size(); ++k) {
+        values[k] /= factors[k];
+    }
+}
+
+}  // namespace
+
+Scaling Scaling::of(const Data& data) {
+    Scaling scaling{Vector(data.n, 1.0), Vector(data.m, 1.0), 1.0};
+    for (int k = 0; k < Sweeps; ++k) {
+        sweep(data, scaling);
+    }
+    std::transform(scaling.column.begin(), scaling.column.end(), scaling.column.begin(),
+                   powerOfTwoNear);
+    std::transform(scaling.row.begin(), scaling.row.end(), scaling.row.begin(), powerOfTwoNear);
+    Vector gradient = data.c;
+    multiply(gradient, scaling.column);
+    double size = largestEntry(gradient);
+    for (std::size_t j = 0; data.quadratic && j < data.n; ++j) {
+        size = std::max(size, data.columnOfH(j)[j] * scaling.column[j] * scaling.column[j]);
+    }
+    scaling.objective = size > 0.0 ? 1.0 / powerOfTwoNear(size) : 1.0;
+    return scaling;
+}
+
+Data Scaling::apply(const Data& data) const {
+    Data result = data;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        if (data.quadratic) {
+            double* H = result.H.data() + j * data.n;
+            for (std::size_t i = 0; i < data.n; ++i) {
+                H[i] *= column[i] * column[j] * objective;
+            }
+        }
+        double* A = result.A.data() + j * data.m;
+        for (std::size_t i = 0; i < data.m; ++i) {
+            A[i] *= row[i] * column[j];
+        }
+        result.c[j] *= column[j] * objective;
+    }
+    multiply(result.rowLower, row);
+    multiply(result.rowUpper, row);
+    divide(result.lower, column);
+    divide(result.upper, column);
+    result.constant *= objective;
+    return result;
+}
+
+Point Scaling::unscaled(Point point) const {
+    multiply(point.x, column);
+    multiply(point.y, row);
+    divide(point.z, column);
+    for (Vector* values : {&point.y, &point.z}) {
+        for (double& value : *values) {
+            value /= objective;
+        }
+    }
+    return point;
+}
+
+Point Scaling::scaled(Point point) const {
+    divide(point.x, column);
+    divide(point.y, row);
+    multiply(point.z, column);
+    for (Vector* values : {&point.y, &point.z}) {
+        for (double& value : *values) {
+            value *= objective;
+        }
+    }
+    return point;
+}
+
+}  // namespace activeset::frontend

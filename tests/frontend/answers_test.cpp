@@ -1,0 +1,168 @@
+// Every answer comes with its proof: optimum, Farkas vector, ray, negative curvature. No two of
+// them can hold for the same problem, so that an answer with a good proof is the right one.
+#include "frontend/generator.hpp"
+#include "io/qps_reader.hpp"
+#include "support/fixture.hpp"
+#include "support/shared.hpp"
+
+namespace activeset::test {
+namespace {
+
+class FrontEndAnswers : public FreshState {};
+
+void expectProof(const Sample& sample, const Result& result) {
+    const Oracle oracle(sample);
+    switch (result.status) {
+        case Status::Optimal:
+            return oracle.expectOptimum(result, 1e-8);
+        case Status::Infeasible:
+            return oracle.expectNoFeasiblePoint(result);
+        case Status::Unbounded:
+            return oracle.expectUnbounded(result);
+        case Status::NotConvex:
+            return oracle.expectNegativeCurvature(result);
+        default:
+            ADD_FAILURE() << textOf(result.status);
+    }
+}
+
+TEST_F(FrontEndAnswers, AreProvedWhateverTheProblem) {
+    std::map<Status, int> met;
+    for (unsigned seed = 0; seed < 1500; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const Sample sample = randomSample(seed, seed % 10 == 0 ? 30 : 8, true);
+        const Result result = solve(sample.view());
+        expectProof(sample, result);
+        ++met[result.status];
+        if (HasFailure()) {
+            return;
+        }
+    }
+    for (const Status status :
+         {Status::Optimal, Status::Infeasible, Status::Unbounded, Status::NotConvex}) {
+        EXPECT_GT(met[status], 10) << textOf(status);
+    }
+}
+
+// min ½(x₁² + x₂²) over x₁ + x₂ with two sides: the multiplier is minus the common value of x₁ = x₂
+// at the side that holds them.
+TEST_F(FrontEndAnswers, HaveMultipliersPositiveAtUpperAndNegativeAtLowerSides) {
+    const double H[] = {1.0, 0.0, 0.0, 1.0};
+    const double A[] = {1.0, 1.0};
+    const auto multiplierOf = [&](double lower, double upper) {
+        const Result r = solve({.H = {H, 2, 2},
+                                .c = Numbers{0.0, 0.0},
+                                .A = {A, 1, 2},
+                                .rowLower = Numbers{lower},
+                                .rowUpper = Numbers{upper}});
+        EXPECT_EQ(r.status, Status::Optimal);
+        EXPECT_EQ(r.workingSet.rowsAtUpper.size(), upper < 0.0 && lower < upper ? 1U : 0U);
+        EXPECT_EQ(r.workingSet.rowsAtLower.size(), lower > 0.0 && lower < upper ? 1U : 0U);
+        EXPECT_EQ(r.workingSet.equalities.size(), lower == upper ? 1U : 0U);
+        return r.y[0];
+    };
+    EXPECT_NEAR(multiplierOf(2.0, 4.0), -1.0, 1e-14);
+    EXPECT_NEAR(multiplierOf(-4.0, -2.0), 1.0, 1e-14);
+    EXPECT_NEAR(multiplierOf(-Infinity, -6.0), 3.0, 1e-14);
+    EXPECT_NEAR(multiplierOf(2.0, 2.0), -1.0, 1e-14);
+    EXPECT_EQ(multiplierOf(-1.0, 1.0), 0.0);
+    // Bounds: x = 3 at its lower bound and −2 at its upper one, 5 where they are equal.
+    const Result r = solve({.H = {Numbers{1, 0, 0, 0, 1, 0, 0, 0, 1}, 3, 3},
+                            .c = Numbers{0.0, 0.0, 0.0},
+                            .lower = Numbers{3.0, -9.0, 5.0},
+                            .upper = Numbers{9.0, -2.0, 5.0},
+                            .constant = 1.0});
+    EXPECT_EQ(r.z, (Numbers{-3.0, 2.0, -5.0}));
+    EXPECT_EQ(r.objective, 0.5 * (9.0 + 4.0 + 25.0) + 1.0);
+    EXPECT_EQ(r.workingSet.atLower, std::vector<std::size_t>{0});
+    EXPECT_EQ(r.workingSet.atUpper, std::vector<std::size_t>{1});
+    EXPECT_EQ(r.workingSet.fixed, std::vector<std::size_t>{2});
+}
+
+// The views tell rows from columns and skip what lies between columns.
+TEST_F(FrontEndAnswers, DoNotDependOnHowTheMatricesAreStored) {
+    const Sample s = randomSample(5, 8, false);
+    const Result expected = solve(s.view());
+    const double Gap = std::numeric_limits<double>::quiet_NaN();
+    const auto stored = [&](const Numbers& columns, std::size_t rows, Order order) {
+        const std::size_t inner = order == Order::ColumnMajor ? rows : s.n;
+        const std::size_t outer = order == Order::ColumnMajor ? s.n : rows;
+        Numbers values;
+        for (std::size_t k = 0; k < outer; ++k) {
+            for (std::size_t l = 0; l < inner; ++l) {
+                values.push_back(order == Order::ColumnMajor ? columns[k * rows + l]
+                                                             : columns[l * rows + k]);
+            }
+            values.insert(values.end(), 3, Gap);
+        }
+        return values;
+    };
+    for (const Order order : {Order::ColumnMajor, Order::RowMajor}) {
+        const bool byColumns = order == Order::ColumnMajor;
+        const Numbers H = stored(s.H, s.n, order);
+        const Numbers A = stored(s.A, s.m, order);
+        Problem problem = s.view();
+        problem.H = MatrixView(H.data(), s.n, s.n, s.n + 3, order);
+        problem.A = MatrixView(A.data(), s.m, s.n, (byColumns ? s.m : s.n) + 3, order);
+        const Result result = solve(problem);
+        EXPECT_EQ(result.x, expected.x);
+        EXPECT_EQ(result.y, expected.y);
+    }
+}
+
+TEST_F(FrontEndAnswers, AreTheSameBitForBit) {
+    for (unsigned seed = 0; seed < 50; ++seed) {
+        const Sample sample = randomSample(seed, 20, true);
+        const Result a = solve(sample.view());
+        const Result b = solve(sample.view());
+        EXPECT_EQ(a.x, b.x);
+        EXPECT_EQ(a.y, b.y);
+        EXPECT_EQ(a.iterations.main, b.iterations.main);
+    }
+}
+
+Sample sampleOf(const io::Problem& file) {
+    Sample s{file.n,  file.mEq + file.mIneq, file.H, file.c, {}, file.beq, file.beq, file.lb,
+             file.ub, Numbers(file.n)};
+    s.rowLower.resize(s.m, -Infinity);
+    s.rowUpper.insert(s.rowUpper.end(), file.b.begin(), file.b.end());
+    for (std::size_t j = 0; j < s.n; ++j) {
+        const auto append = [&](const Numbers& rows, std::size_t count) {
+            const auto first = rows.begin() + static_cast<std::ptrdiff_t>(j * count);
+            s.A.insert(s.A.end(), first, first + static_cast<std::ptrdiff_t>(count));
+        };
+        append(file.Aeq, file.mEq);
+        append(file.A, file.mIneq);
+    }
+    return s;
+}
+
+// Real problems, most of them with a singular H, to the last digits that doubles have.
+TEST_F(FrontEndAnswers, OfRealProblemsAreOptimal) {
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(ACTIVESET_EXAMPLES_DIR "/problems")) {
+        if (entry.path().extension() == ".qps") {
+            files.push_back(entry.path());
+        }
+    }
+    EXPECT_GE(files.size(), 9U);
+    for (const char* const name :
+         {"DUALC1", "QADLITTL", "QAFIRO", "QBEACONF", "QSC205", "QSCAGR7", "QSHARE2B", "TAME"}) {
+        const auto file = shared(std::string("problems/maros/") + name + ".QPS");
+        if (!file.empty()) {
+            files.push_back(file);
+        }
+    }
+    for (const auto& file : files) {
+        SCOPED_TRACE(file.string());
+        const Sample sample = sampleOf(io::readProblem(file.string()));
+        const Result result = solve(sample.view());
+        EXPECT_EQ(result.status, Status::Optimal);
+        EXPECT_TRUE(result.certificate.holds(1e-11));
+        Oracle(sample).expectOptimum(result, 1e-9);
+    }
+}
+
+}  // namespace
+}  // namespace activeset::test

@@ -1,0 +1,101 @@
+// A certificate that is wrong in one number does not hold.
+#include "frontend/certificate.hpp"
+
+#include "frontend/generator.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+using frontend::Data;
+
+class Certificates : public FreshState {};
+
+Data dataOf(const Sample& sample) {
+    return frontend::copyOf(sample.view());
+}
+
+// With H positive definite, no point but one is optimal, and with rows that are not zero each
+// multiplier shows in the gradient.
+TEST_F(Certificates, OfOptimaAreUndoneByAnyWrongNumber) {
+    constexpr double Tolerance = 1e-9;
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        const Sample sample = randomSample(seed, 6, false);
+        const Result r = solve(sample.view());
+        ASSERT_EQ(r.status, Status::Optimal) << "seed " << seed;
+        const Data data = dataOf(sample);
+        const frontend::Point right{r.x, r.y, r.z};
+        EXPECT_TRUE(judge(data, right).certificate.holds(Tolerance));
+        for (auto part : {&frontend::Point::x, &frontend::Point::y, &frontend::Point::z}) {
+            for (std::size_t k = 0; k < (right.*part).size(); ++k) {
+                for (const double error : {1e-5, -1e-5, std::nan("")}) {
+                    frontend::Point wrong = right;
+                    (wrong.*part)[k] += error;
+                    const bool isZeroRow =
+                        part == &frontend::Point::y &&
+                        std::all_of(sample.A.begin(), sample.A.end(), [&](const double& entry) {
+                            const auto at = static_cast<std::size_t>(&entry - sample.A.data());
+                            return at % sample.m != k || entry == 0.0;
+                        });
+                    // A multiplier of a side that is absent counts as zero.
+                    const bool isAbsent = part != &frontend::Point::x &&
+                                          judge(data, wrong).certificate.dual.absolute < 1e-12;
+                    EXPECT_TRUE(isZeroRow || isAbsent ||
+                                !judge(data, wrong).certificate.holds(Tolerance))
+                        << "seed " << seed << ", entry " << k << ", error " << error;
+                    EXPECT_TRUE(!isAbsent || (right.*part)[k] == 0.0);
+                }
+            }
+        }
+    }
+}
+
+// x ≥ 1 and x ≤ 0 as two rows, then as row and bound.
+TEST_F(Certificates, OfInfeasibilityAreUndoneByWrongWeightsSignsAndSides) {
+    const Sample s{1, 2, {}, {0.0}, {1.0, 1.0}, {1.0, -Infinity}, {Infinity, 0.0}, {}, {}, {}};
+    const Data data = dataOf(s);
+    const auto isProof = [&](Numbers y, Numbers z) {
+        return frontend::holds(frontend::judgeFarkas(data, std::move(y), std::move(z)), 1e-9);
+    };
+    EXPECT_TRUE(isProof({-1.0, 1.0}, {0.0}));
+    EXPECT_TRUE(isProof({-7.0, 7.0}, {0.0}));
+    EXPECT_FALSE(isProof({1.0, -1.0}, {0.0}));  // sides that are absent
+    EXPECT_FALSE(isProof({-1.0, 1.1}, {0.0}));  // Aᵀy is not zero
+    EXPECT_FALSE(isProof({-1.0, 0.0}, {1.0}));  // there is no upper bound
+    EXPECT_FALSE(isProof({0.0, 0.0}, {0.0}));
+    const Sample feasible{1,  2,  {}, {0.0}, {1.0, 1.0}, {1.0, -Infinity}, {Infinity, 1.0},
+                          {}, {}, {}};
+    EXPECT_FALSE(
+        frontend::holds(frontend::judgeFarkas(dataOf(feasible), {-1.0, 1.0}, {0.0}), 1e-9));
+}
+
+// ½x₁² − x₂ with x₁ + x₂ ≥ 0: (0, 1) is a ray.
+TEST_F(Certificates, OfUnboundednessAreUndoneByCurvatureSidesAndAscent) {
+    Sample s{2, 1, {1, 0, 0, 0}, {0.0, -1.0}, {1, 1}, {0.0}, {Infinity}, {}, {}, {}};
+    const auto isProof = [&](const Numbers& d) {
+        return frontend::holds(frontend::judgeRay(dataOf(s), d), 1e-9);
+    };
+    EXPECT_TRUE(isProof({0.0, 1.0}));
+    EXPECT_FALSE(isProof({0.1, 1.0}));
+    EXPECT_FALSE(isProof({0.0, -1.0}));
+    EXPECT_FALSE(isProof({0.0, 0.0}));
+    s.upper = {Infinity, 1e9};
+    EXPECT_FALSE(isProof({0.0, 1.0}));
+    s.upper.clear();
+    s.rowUpper = {1e9};
+    EXPECT_FALSE(isProof({0.0, 1.0}));
+}
+
+TEST_F(Certificates, MeasureTheGapOfAPointThatIsFeasibleButNotOptimal) {
+    // min x, x ≥ 1: at x = 3 with multiplier −1 the dual value is 1.
+    const Sample s{1, 0, {}, {1.0}, {}, {}, {}, {1.0}, {Infinity}, {}};
+    const Certificate at3 = judge(dataOf(s), {{3.0}, {}, {-1.0}}).certificate;
+    EXPECT_EQ(at3.primal.absolute, 0.0);
+    EXPECT_EQ(at3.dual.absolute, 0.0);
+    EXPECT_EQ(at3.gap.absolute, 2.0);
+    const Certificate at0 = judge(dataOf(s), {{0.0}, {}, {-1.0}}).certificate;
+    EXPECT_EQ(at0.primal.absolute, 1.0);
+}
+
+}  // namespace
+}  // namespace activeset::test

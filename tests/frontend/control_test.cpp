@@ -1,0 +1,141 @@
+// Data that cannot be solved, and solves that are ended from outside.
+#include <limits>
+
+#include "frontend/generator.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+class FrontEndChecks : public FreshState {};
+class FrontEndControl : public FreshState {};
+
+TEST_F(FrontEndChecks, NameEveryFaultAtOnce) {
+    const double NaN = std::numeric_limits<double>::quiet_NaN();
+    const Numbers H{1.0, 0.5, 0.0, 1.0};
+    const Numbers A{1.0, NaN, Infinity, 1.0};
+    const Numbers c{1.0, -Infinity};
+    const Numbers rowLower{2.0, Infinity};
+    const Numbers rowUpper{1.0, 0.0};
+    const Numbers lower{0.0, 0.0, 0.0};
+    const Numbers upper{NaN, -Infinity};
+    const Problem problem{.H = {H, 2, 2},
+                          .c = c,
+                          .A = {A, 2, 2},
+                          .rowLower = rowLower,
+                          .rowUpper = rowUpper,
+                          .lower = lower,
+                          .upper = upper,
+                          .constant = NaN};
+    std::vector<std::tuple<std::string, std::size_t, std::size_t>> found;
+    for (const Fault& fault : faultsOf(problem)) {
+        found.emplace_back(fault.name, fault.row, fault.col);
+        EXPECT_NE(fault.text.find(fault.name), std::string::npos);
+    }
+    std::ranges::sort(found);
+    const decltype(found) expected{{"A", 0, 1},        {"A", 1, 0},        {"H", 0, 1},
+                                   {"c", 1, 0},        {"constant", 0, 0}, {"lower", 3, 0},
+                                   {"rowLower", 0, 0}, {"rowLower", 1, 0}, {"upper", 0, 0},
+                                   {"upper", 1, 0}};
+    EXPECT_EQ(found, expected);
+    const Result result = solve(problem);
+    EXPECT_EQ(result.status, Status::Invalid);
+    EXPECT_EQ(result.faults.size(), expected.size());
+}
+
+TEST_F(FrontEndChecks, FindShapesThatDoNotFitBeforeReadingThem) {
+    const Numbers two{1.0, 1.0};
+    const auto isRefused = [](const Problem& problem) {
+        return solve(problem).status == Status::Invalid;
+    };
+    EXPECT_TRUE(isRefused({}));
+    EXPECT_TRUE(isRefused({.H = {two, 2, 2}, .c = two}));  // too short for its shape
+    EXPECT_TRUE(isRefused({.H = {two, 1, 2}, .c = two}));
+    EXPECT_TRUE(isRefused({.c = two, .A = {two, 2, 1}}));
+    EXPECT_TRUE(isRefused({.c = two, .A = {nullptr, 3, 2}}));
+    EXPECT_TRUE(isRefused({.c = two, .A = {two.data(), 2, 2, 1}}));  // columns that overlap
+    EXPECT_TRUE(isRefused({.c = two, .A = {two, std::size_t{1} << 63U, 2}}));
+    EXPECT_TRUE(isRefused({.c = two, .rowUpper = two}));
+    EXPECT_TRUE(isRefused({.c = two, .start = Numbers{1.0}}));
+    // A difference that rounding leaves is none.
+    const Numbers H{2.0, 1.0, 1.0 + 1e-13, 2.0};
+    EXPECT_EQ(solve({.H = {H, 2, 2}, .c = two}).status, Status::Optimal);
+}
+
+/// A problem with some dozens of passes.
+Sample longSample() {
+    return randomSample(3, 40, false);
+}
+
+TEST_F(FrontEndControl, EndsASolveAndSaysWhy) {
+    const Sample sample = longSample();
+    const std::size_t passes = [&] {
+        const Result r = solve(sample.view());
+        return r.iterations.phaseOne + r.iterations.main;
+    }();
+    ASSERT_GT(passes, 10U);
+    // Where the last pass of phase one is the last one allowed, a pass of the main loop follows;
+    // and what turns out to be proved is not given away.
+    const auto expectEnd = [&](const Settings& settings, std::size_t pass, Status expected) {
+        const Result r = solve(sample.view(), settings);
+        const std::size_t made = r.iterations.phaseOne + r.iterations.main;
+        EXPECT_EQ(r.x.size(), sample.n);
+        EXPECT_TRUE(made == pass || (made == pass + 1 && r.iterations.phaseOne == pass));
+        EXPECT_EQ(r.status, r.certificate.holds(1e-9) ? Status::Optimal : expected);
+        return r.status == expected;
+    };
+    int ended = 0;
+    for (std::size_t limit = 1; limit < passes; ++limit) {
+        ended += expectEnd({.maxIterations = limit}, limit, Status::IterationLimit) ? 1 : 0;
+        std::size_t calls = 0;
+        const auto onPass = [&](const Progress& progress) {
+            EXPECT_EQ(progress.iteration, ++calls);
+            return calls < limit;
+        };
+        ended += expectEnd({.onPass = onPass}, limit, Status::Interrupted) ? 1 : 0;
+    }
+    EXPECT_GT(ended, static_cast<int>(passes));
+    EXPECT_TRUE(expectEnd({.timeLimit = std::chrono::seconds(0)}, 1, Status::TimeLimit));
+    std::stop_source source;
+    source.request_stop();
+    EXPECT_TRUE(expectEnd({.stop = source.get_token()}, 1, Status::Interrupted));
+    utInterruptState::flags_pending = 1;
+    EXPECT_TRUE(expectEnd({}, 1, Status::Interrupted));
+    utInterruptState::flags_pending = 0;
+}
+
+TEST_F(FrontEndControl, TellsTheCallbackHowFarItIs) {
+    const Sample sample = longSample();
+    Progress last;
+    double before = Infinity;
+    const Result r = solve(sample.view(), {.onPass = [&](const Progress& progress) {
+                               if (!progress.phaseOne && !last.phaseOne && last.iteration > 0) {
+                                   EXPECT_LE(progress.objective, before + 1e-9 * std::abs(before));
+                               }
+                               before = progress.objective;
+                               last = progress;
+                               return true;
+                           }});
+    EXPECT_EQ(last.iteration, r.iterations.phaseOne + r.iterations.main);
+    EXPECT_NEAR(last.objective, r.objective, 1e-9 * std::max(1.0, std::abs(r.objective)));
+    EXPECT_NEAR(last.violation, 0.0, 1e-9);
+    EXPECT_EQ(last.active, r.workingSet.size());
+}
+
+TEST_F(FrontEndControl, LetsErrorsOfTheCallbackThroughAndRefusesSolvesInsideIt) {
+    const Sample sample = longSample();
+    EXPECT_THROW(static_cast<void>(solve(sample.view(), {.onPass = [](const Progress&) -> bool {
+                                             throw std::domain_error("enough");
+                                         }})),
+                 std::domain_error);
+    EXPECT_THROW(static_cast<void>(solve(
+                     sample.view(), {.onPass =
+                                         [&](const Progress&) {
+                                             return solve(sample.view()).status == Status::Optimal;
+                                         }})),
+                 std::logic_error);
+    EXPECT_EQ(solve(sample.view()).status, Status::Optimal);
+}
+
+}  // namespace
+}  // namespace activeset::test
