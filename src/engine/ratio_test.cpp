@@ -21,16 +21,16 @@ struct IsolverAS::RatioScan {
     // One kind in list order. isActive(i) and numberOf(i) take the entry within the kind.
     template <class IsActive, class Number>
     void take(ConstraintKind kind,
-              std::span<const double> rates,
-              std::span<const double> residuals,
+              std::span<const double> ratesOfKind,
+              std::span<const double> residualsOfKind,
               IsActive isActive,
               Number numberOf) {
-        for (size_t i = 0; i < rates.size(); ++i) {
-            const double rate = rates[i];
+        for (size_t i = 0; i < ratesOfKind.size(); ++i) {
+            const double rate = ratesOfKind[i];
             if (!(rate > threshold)) {  // NaN approaches nothing
                 continue;
             }
-            const double ratio = numerator(residuals[i]) / rate;
+            const double ratio = numerator(residualsOfKind[i]) / rate;
             // Strict: ties keep the constraint found first. The second case is never reached, since
             // alpha only changes with a record: part of the rule as given.
             const bool isNearer =
