@@ -237,22 +237,23 @@ void ActiveSet::addToBottom(size_t* list, size_t n, size_t value) const {
 }
 
 void ActiveSet::printWindex(const size_t* list, size_t n) const {
-    activeset::ConsoleText text;
-    for (size_t i = 0; i < n; ++i) {
-        text << list[i] << '\t';
-    }
-    text << '\n';
+    activeset::printToConsole([&](std::ostream& text) {
+        for (size_t i = 0; i < n; ++i) {
+            text << list[i] << '\t';
+        }
+        text << '\n';
+    });
 }
 // NOLINTEND(readability-convert-member-functions-to-static)
 
 void ActiveSet::printActiveSetInfo() {
     const activeset::WorkingSetCounts& counts = threadState().workingSet;
-    activeset::ConsoleText() << "Active Constraints:\n"
-                             << "   #Fixed constr: " << counts.maFixed << '\n'
-                             << "   #Equal constr: " << counts.maEq << '\n'
-                             << "   #Ineq  constr: " << counts.maIneq << '\n'
-                             << "   #Lower constr: " << counts.maLB << '\n'
-                             << "   #Upper constr: " << counts.maUB << '\n';
+    activeset::printValues("Active Constraints:\n",                     //
+                           "   #Fixed constr: ", counts.maFixed, '\n',  //
+                           "   #Equal constr: ", counts.maEq, '\n',     //
+                           "   #Ineq  constr: ", counts.maIneq, '\n',   //
+                           "   #Lower constr: ", counts.maLB, '\n',     //
+                           "   #Upper constr: ", counts.maUB, '\n');
 }
 
 bool ActiveSet::holdsWhatIsCounted() const {

@@ -18,31 +18,31 @@ void IsolverAS::_iterativeDisplay(Matrix& p, Matrix& gradient, double alpha) {
     const double fstar = solution.fstarRef()(0, 0);
     if (isFinal) {
         if (solution.getSolutoinState() != ASQP::Undecided) {
-            activeset::ConsoleText()
-                << " fstar: " << fstar << " Active: " << ActiveSet::getmaConstr()
-                << " Iterations: " << currentIter << '\n';
+            activeset::printValues(" fstar: ", fstar, " Active: ", ActiveSet::getmaConstr(),
+                                   " Iterations: ", currentIter, '\n');
         }
         return;
     }
-    activeset::ConsoleText text;
-    using std::setw;
-    if (currentIter == 0) {
-        text << setw(1) << "Iter" << setw(9) << "fstar";
-        if (isTesting) {
-            text << setw(14) << "constr" << setw(14) << "#Active" << setw(14) << "norm(sVec) "
-                 << setw(14) << "alpha " << setw(14) << " norm(grad)";
-        } else {
-            text << setw(14) << "#Active";
+    activeset::printToConsole([&](std::ostream& text) {
+        using std::setw;
+        if (currentIter == 0) {
+            text << setw(1) << "Iter" << setw(9) << "fstar";
+            if (isTesting) {
+                text << setw(14) << "constr" << setw(14) << "#Active" << setw(14) << "norm(sVec) "
+                     << setw(14) << "alpha " << setw(14) << " norm(grad)";
+            } else {
+                text << setw(14) << "#Active";
+            }
+            text << setw(14) << "message" << '\n';
         }
-        text << setw(14) << "message" << '\n';
-    }
-    text << setw(1) << currentIter << setw(14) << fstar;
-    if (isTesting) {
-        text << setw(14) << _largestViolation(solution.xstarRef()) << setw(9)
-             << ActiveSet::getmaConstr() << setw(14) << p.norm() << setw(14) << alpha << setw(14)
-             << gradient.norm();
-    } else {
-        text << setw(9) << ActiveSet::getmaConstr();
-    }
-    text << setw(14) << iterMessage.text() << '\n';
+        text << setw(1) << currentIter << setw(14) << fstar;
+        if (isTesting) {
+            text << setw(14) << _largestViolation(solution.xstarRef()) << setw(9)
+                 << ActiveSet::getmaConstr() << setw(14) << p.norm() << setw(14) << alpha
+                 << setw(14) << gradient.norm();
+        } else {
+            text << setw(9) << ActiveSet::getmaConstr();
+        }
+        text << setw(14) << iterMessage.text() << '\n';
+    });
 }

@@ -1,4 +1,5 @@
-// Text for standard output in the default formatting.
+// Text for standard output in the default formatting: numbers have six significant digits and a
+// decimal point, whatever standard output and the program's locale are set to.
 #ifndef ACTIVESET_SRC_HOST_CONSOLE_TEXT_HPP
 #define ACTIVESET_SRC_HOST_CONSOLE_TEXT_HPP
 
@@ -8,26 +9,22 @@
 
 namespace activeset {
 
-/// Collects text and prints it, flushing, when it goes. Numbers have six significant digits and a
-/// decimal point, whatever standard output and the program's locale are set to.
-class ConsoleText {
-public:
-    ConsoleText() { text_.imbue(std::locale::classic()); }
-    ~ConsoleText() { std::cout << text_.str() << std::flush; }
-    ConsoleText(const ConsoleText&) = delete;
-    ConsoleText(ConsoleText&&) = delete;
-    ConsoleText& operator=(const ConsoleText&) = delete;
-    ConsoleText& operator=(ConsoleText&&) = delete;
+/// Prints, flushing, what `write` puts into the stream that it is given, in one piece.
+///
+/// @raises what standard output throws, if the program has asked it to throw when it fails
+template <class Write>
+void printToConsole(Write write) {
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    write(text);
+    std::cout << text.str() << std::flush;
+}
 
-    template <class Value>
-    ConsoleText& operator<<(const Value& value) {
-        text_ << value;
-        return *this;
-    }
-
-private:
-    std::ostringstream text_;
-};
+/// The same for a row of values.
+template <class... Values>
+void printValues(const Values&... values) {
+    printToConsole([&](std::ostream& text) { (text << ... << values); });
+}
 
 }  // namespace activeset
 

@@ -12,9 +12,8 @@ void raiseMatrixFault(const char* text) {
 }
 
 void printAssignmentSizes(const OPTMatrix<double>& left, const OPTMatrix<double>& right) {
-    activeset::ConsoleText() << "LHS Size: " << left.getRows() << "-by-" << left.getCols() << '\n'
-                             << "RHS Size: " << right.getRows() << "-by-" << right.getCols()
-                             << '\n';
+    activeset::printValues("LHS Size: ", left.getRows(), "-by-", left.getCols(), '\n',  //
+                           "RHS Size: ", right.getRows(), "-by-", right.getCols(), '\n');
 }
 
 }  // namespace activeset

@@ -57,11 +57,11 @@ size_t OPTsizes::getnVar() {
 
 void OPTsizes::printConstrInfo() {
     const activeset::SizeCounts& sizes = threadState().sizes;
-    activeset::ConsoleText() << "Total constraints: " << sizes.mConstr << '\n'
-                             << "# equalities: " << sizes.mEq << '\n'
-                             << "# inequalities: " << sizes.mIneq << '\n'
-                             << "# lower bounds: " << sizes.mLB << '\n'
-                             << "# upper bounds: " << sizes.mUB << '\n'
-                             << "# Fixed variables: " << sizes.mFixed << '\n'
-                             << "Number of variables: " << sizes.nVar << '\n';
+    activeset::printValues("Total constraints: ", sizes.mConstr, '\n',  //
+                           "# equalities: ", sizes.mEq, '\n',           //
+                           "# inequalities: ", sizes.mIneq, '\n',       //
+                           "# lower bounds: ", sizes.mLB, '\n',         //
+                           "# upper bounds: ", sizes.mUB, '\n',         //
+                           "# Fixed variables: ", sizes.mFixed, '\n',   //
+                           "Number of variables: ", sizes.nVar, '\n');
 }

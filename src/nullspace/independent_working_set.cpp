@@ -50,18 +50,17 @@ void NullSpaceAS::_removeDependentIneq(size_t* list, size_t n) {
 
 // A diagnostic for developers; the solver does not call it.
 int NullSpaceAS::_isWorkingSetFullRank() {
-    activeset::ConsoleText() << "In the function NullSpaceAS::_isWorkingSetFullRank\n";
+    activeset::printValues("In the function NullSpaceAS::_isWorkingSetFullRank\n");
     const size_t m = ActiveSet::getmaConstr();
     const activeset::HostBuffer<std::int64_t> jpvt(m);
     _pivotWorkingSet(jpvt.data());
-    activeset::ConsoleText() << "Print the vector jpvt after removing the dependent inequalities\n";
+    activeset::printValues("Print the vector jpvt after removing the dependent inequalities\n");
     const double tolerance = activeset::rankTolerance();
     for (size_t i = m; i > 0 && std::abs(QRwset(i - 1, i - 1)) < tolerance; --i) {
-        activeset::ConsoleText() << "k,k: " << jpvt[i - 1] << "  val: " << QRwset(i - 1, i - 1)
-                                 << '\n';
+        activeset::printValues("k,k: ", jpvt[i - 1], "  val: ", QRwset(i - 1, i - 1), '\n');
     }
-    activeset::ConsoleText()
-        << "Done with NullSpaceAS::_isWorkingSetFullRank; Checked for dependent constraints "
-           "in the working set\n";
+    activeset::printValues(
+        "Done with NullSpaceAS::_isWorkingSetFullRank; Checked for dependent constraints in the "
+        "working set\n");
     return 1;
 }

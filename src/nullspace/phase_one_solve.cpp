@@ -64,7 +64,7 @@ void NullSpaceAS::_phaseOneSolve(IoptConstraint* constraints,
                                  double& maxViolation,
                                  Matrix& point) {
     if (solveOptions->getDisplay() == "testing") {
-        activeset::ConsoleText() << " Phase-One iterations\n";
+        activeset::printValues(" Phase-One iterations\n");
     }
     resetFactorization();
     resetIsolverAS();

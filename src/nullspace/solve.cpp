@@ -73,9 +73,9 @@ NullSpaceAS::~NullSpaceAS() {
 // The two spellings of the label are the interface's own; output is compared character by
 // character.
 void NullSpaceAS::PrintSizes() {
-    activeset::ConsoleText() << "Qrwset, rows " << QRwset.getRows() << '\n'
-                             << "QRwset, col " << QRwset.getCols() << '\n'
-                             << "initialized " << static_cast<int>(initialized) << '\n';
+    activeset::printValues("Qrwset, rows ", QRwset.getRows(), '\n',  //
+                           "QRwset, col ", QRwset.getCols(), '\n',   //
+                           "initialized ", static_cast<int>(initialized), '\n');
 }
 
 ASsolution NullSpaceAS::operator()(IoptObjective& problemObjective,

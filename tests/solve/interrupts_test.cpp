@@ -4,7 +4,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <iostream>
 #include <random>
+#include <stdexcept>
+#include <streambuf>
 #include <thread>
 
 #include "solve/examples.hpp"
@@ -157,36 +160,76 @@ TEST_F(Interrupts, OnlyTheLowestBitOfTheFlagCounts) {
     EXPECT_EQ(utInterruptState::flags_pending, 0xFE);
 }
 
+/// A console that breaks: throws at one line.
+class BreakingConsole : public std::streambuf {
+public:
+    explicit BreakingConsole(size_t at) : left_(at), previous_(std::cout.rdbuf(this)) {
+        std::cout.exceptions(std::ios::badbit);
+    }
+    ~BreakingConsole() override {
+        std::cout.exceptions(std::ios::goodbit);
+        std::cout.rdbuf(previous_);  // clears badbit
+    }
+    BreakingConsole(const BreakingConsole&) = delete;
+    BreakingConsole(BreakingConsole&&) = delete;
+    BreakingConsole& operator=(const BreakingConsole&) = delete;
+    BreakingConsole& operator=(BreakingConsole&&) = delete;
+
+protected:
+    std::streamsize xsputn(const char* /*text*/, std::streamsize length) override {
+        if (left_-- == 0) {
+            throw std::runtime_error("broken console");
+        }
+        return length;
+    }
+
+private:
+    size_t left_;
+    std::streambuf* previous_;
+};
+
 TEST_F(Interrupts, AnErrorInMidLoopLeavesTheModeAndNothingBehind) {
     const Problem problem = triangleFromOutside();
     const Result expected = solve(problem);
-    const auto arrays = liveArrayCount();
-    // The option record raises at one row in turn.
-    const auto raisesAt = [&](size_t row) {
+    Inputs in = inputsOf(problem);
+    in[Input::Display] = vxCreateCharArray("testing");
+    size_t raised = 0;
+    // The error comes from the option record at one row in turn, then from the console.
+    const auto raisesAt = [&](size_t row, bool isConsole) {
         const CallScope scope;
-        size_t rows = 0;
-        RowOptions options([&] {
-            if (rows++ == row) {
-                vxErrMsgIdAndTxt("test:row", "stop");
-            }
-        });
-        Bench bench(problem);
+        Outputs out{};
         try {
-            bench.solver(*bench.objective, bench.constraint, column(problem.start()), options,
-                         nullptr, nullptr, nullptr);
-        } catch (const HostError&) {
+            if (isConsole) {
+                const BreakingConsole console(row);
+                invoke(in, out);
+            } else {
+                size_t rows = 0;
+                RowOptions options([&] {
+                    if (rows++ == row) {
+                        vxErrMsgIdAndTxt("test:row", "stop");
+                    }
+                });
+                Bench bench(problem);
+                bench.solver(*bench.objective, bench.constraint, column(problem.start()), options,
+                             nullptr, nullptr, nullptr);
+            }
+        } catch (const std::exception&) {
+            ++raised;
+            EXPECT_EQ(out, Outputs{});
             return true;
         }
         return false;
     };
-    size_t row = 0;
-    for (; raisesAt(row); ++row) {
-        EXPECT_EQ(utInterruptMode::depth(), 0);
-        EXPECT_EQ(utInterruptMode::current(), -1);
-        EXPECT_EQ(solve(problem), expected);  // releases the pool, too
-        EXPECT_EQ(liveArrayCount(), arrays);
+    const auto arrays = liveArrayCount();
+    for (const bool isConsole : {false, true}) {
+        for (size_t row = 0; raisesAt(row, isConsole); ++row) {
+            EXPECT_EQ(utInterruptMode::depth(), 0);
+            EXPECT_EQ(utInterruptMode::current(), -1);
+            EXPECT_EQ(solve(problem), expected);  // releases the pool, too
+            EXPECT_EQ(liveArrayCount(), arrays);
+        }
     }
-    EXPECT_GT(row, 5U);
+    EXPECT_GT(raised, 12U);
 }
 
 }  // namespace
