@@ -94,8 +94,8 @@ public:
     /// Returns 1 (and no departing constraint) when it is at least 0, else, also for NaN, 0.
     int _isLambdaNonNeg();
     /// For a linear objective: sets the state to Unbounded (norm of p above getErrorNorm()) or
-    /// IllPosed and returns true; otherwise false. Changes alpha only if the objective's type does
-    /// between two looks at it. Raises problemNullPointer without a bound problem.
+    /// IllPosed and returns true; otherwise false. alpha stays as it is. Raises problemNullPointer
+    /// without a bound problem.
     bool _unboundedOrIllPosed(OPTMatrix<double>& p, double& alpha);
 
     [[nodiscard]] IoptObjective* getObjective() const noexcept { return objective; }

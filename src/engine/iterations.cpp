@@ -124,18 +124,13 @@ int IsolverAS::_isLambdaNonNeg() {
     return 0;
 }
 
-bool IsolverAS::_unboundedOrIllPosed(Matrix& p, double& alpha) {
+bool IsolverAS::_unboundedOrIllPosed(Matrix& p, double& /*alpha*/) {
     _requireProblem();
     if (!_isLinear()) {
         return false;
     }
     if (p.norm() > getErrorNorm()) {
         solution.setSolutionState(ASQP::Unbounded);
-        // Never true: the type was just tested. Kept as the interface defines it; nothing but an
-        // objective whose type changes between two calls can see it.
-        if (!_isLinear()) {
-            alpha = utGetRealMax();
-        }
     } else {
         solution.setSolutionState(ASQP::IllPosed);
     }

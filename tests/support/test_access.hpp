@@ -36,6 +36,13 @@ struct TestAccess {
     static activeset::PassMessage& note(IsolverAS& solver) { return solver.iterMessage; }
     static std::string message(const IsolverAS& solver) { return solver.iterMessage.text(); }
 
+    /// The residuals of inequalities with at least so many matrix elements are carried.
+    static void carryResidualsFrom(IsolverAS& solver, size_t elements) {
+        solver.smallestCarried = elements;
+    }
+    static const activeset::CarriedResiduals& carriedResiduals(const IsolverAS& solver) {
+        return solver.ineqResiduals;
+    }
     static activeset::ReducedHessian& reducedHessian(NullSpaceAS& solver) {
         return solver._workspace().reducedHessian;
     }

@@ -34,15 +34,15 @@ struct Budget {
 
 // A failing test prints the line to put here, if the new costs are right.
 const Budget Budgets[] = {
-    {"random30", 10, false, {35, 66, 3549, 16304, 173861}},
-    {"random30", 10, true, {0, 8, 1428, 15152, 47225}},
-    {"random30", 50, false, {142, 306, 7441, 151840, 18580300}},
-    {"random60", 150, false, {85, 120, 2803, 1072050, 70337800}},
-    {"box", 50, false, {0, 258, 4216, 136336, 19155000}},
-    {"svm", 50, false, {0, 635, 7764, 138736, 23006900}},
-    {"portfolio", 50, false, {0, 349, 5516, 138688, 16271300}},
-    {"mpc", 20, false, {6, 482, 9611, 38176, 6454060}},
-    {"mpc", 20, true, {0, 97, 4558, 39352, 1650620}},
+    {"random30", 10, false, {35, 66, 1000, 15168, 165215}},
+    {"random30", 10, true, {0, 8, 592, 12784, 47225}},
+    {"random30", 50, false, {142, 306, 1216, 137336, 17853852}},
+    {"random60", 150, false, {85, 120, 214, 1003896, 58631897}},
+    {"box", 50, false, {0, 258, 536, 129088, 15155000}},
+    {"svm", 50, false, {0, 635, 640, 121048, 23006886}},
+    {"portfolio", 50, false, {0, 349, 632, 120920, 16271277}},
+    {"mpc", 20, false, {6, 482, 1542, 34168, 5904897}},
+    {"mpc", 20, true, {0, 97, 1556, 35120, 1650617}},
 };
 
 class WorkCounts : public FreshState, public ::testing::WithParamInterface<Budget> {};
