@@ -10,7 +10,7 @@
 #include "activeset/options_solution.hpp"
 #include "entry_call.hpp"
 #include "judge.hpp"
-#include "support/enumerate_qp.hpp"
+#include "support/plain_problem.hpp"
 #include "thread_state.hpp"
 
 namespace activeset::fuzz {

@@ -12,7 +12,7 @@
 
 #include "solve/examples.hpp"
 #include "solve/recorder.hpp"
-#include "support/enumerate_qp.hpp"
+#include "support/plain_problem.hpp"
 #include "support/fixture.hpp"
 
 namespace activeset::test {

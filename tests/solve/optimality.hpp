@@ -9,7 +9,7 @@
 #include <cmath>
 #include <vector>
 
-#include "support/enumerate_qp.hpp"
+#include "support/plain_problem.hpp"
 
 namespace activeset::test {
 

@@ -2,6 +2,8 @@
 #ifndef ACTIVESET_TESTS_SOLVE_RECORDER_HPP
 #define ACTIVESET_TESTS_SOLVE_RECORDER_HPP
 
+#include <algorithm>
+#include <cmath>
 #include <functional>
 #include <ostream>
 #include <string>
@@ -65,11 +67,16 @@ struct RecordedSolve {
 
     Bench bench;
     std::vector<Row> rows;
+    double reach = 0.0;  // the largest entry of any point on the way, of phase one's γ included
     RowOptions options{[this] {
         NullSpaceAS& solver = bench.solver;
         const bool isPhaseOne = solver.getConstraint()->getProblemType() == "PhaseI";
         rows.push_back({isPhaseOne ? 1 : 2, solver._getCurrentIter(), ActiveSet::getmaConstr(),
                         TestAccess::message(solver), solver.getSolution().getSolutoinState()});
+        const OPTMatrix<double>& x = solver.getSolution().xstarRef();
+        for (size_t i = 0; i < x.getRows(); ++i) {
+            reach = std::max(reach, std::abs(x(i, 0)));
+        }
     }};
     Result result;
 };

@@ -1,0 +1,265 @@
+// What a call promises of strictly convex problems, over all the shapes that the generator knows.
+// RC_PARAMS sets another seed or number of problems, such as "seed=5 max_success=100000".
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "solve/examples.hpp"
+#include "solve/recorder.hpp"
+#include "support/any_problem.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+double largest(const Numbers& numbers) {
+    double result = 0.0;
+    for (const double number : numbers) {
+        result = std::max(result, std::abs(number));
+    }
+    return result;
+}
+
+bool isZero(const Numbers& numbers) {
+    return std::ranges::all_of(numbers, [](double number) { return number == 0.0; });
+}
+
+/// How one call ended, and what it breaks.
+class Judge {
+public:
+    Judge(const AnyProblem& any, const Limits& limits)
+        : any_(any), limits_(limits), all_(constraintsOf(problem_)) {
+        for (const RowConstraint& constraint : all_) {
+            largestRow_ = std::max(largestRow_, largest(constraint.row));
+        }
+    }
+
+    /// Empty when the result keeps all promises.
+    std::string faultsOf(const RecordedSolve& solved) {
+        result_ = solved.result;
+        passes_ = static_cast<double>(solved.rows.size());
+        hasPhaseOneRun_ = solved.bench.solver.getPhaseOneOutcome().hasRun;
+        reach_ = std::max({1.0, solved.reach, largest(problem_.start())});
+        // Equalities that do not bind x can only be missed by the start, which is returned then.
+        const bool isStartsValue = result_.state == ASQP::Infeasible && !hasPhaseOneRun_;
+        const Numbers& point = isStartsValue ? problem_.x0 : result_.x;
+        double terms = 1.0;
+        for (size_t i = 0; i < problem_.n(); ++i) {
+            terms += std::abs(problem_.c[i] * reach_);
+            for (size_t j = 0; j < problem_.n(); ++j) {
+                terms += std::abs(problem_.H[i][j] * reach_ * reach_);
+            }
+        }
+        require(std::abs(result_.f - objectiveAt(problem_, point)) <= rounding() * terms, "value");
+        const bool isWithoutLists = result_.lists == std::array<Numbers, 4>{};
+        if (result_.state == ASQP::DependentConstraints && !isWithoutLists) {
+            require(canHoldDependentRows(), "least-squares solve failed");
+            return faults_;
+        }
+        require(any_.isContradictory == (result_.state == ASQP::DependentConstraints),
+                "contradiction of equalities");
+        if (result_.state == ASQP::Optimal) {
+            judgeOptimum();
+        } else if (result_.state == ASQP::Infeasible) {
+            judgeInfeasible();
+        } else if (result_.state == ASQP::MaxIterReached) {
+            require(canHoldDependentRows(), "cycles");
+            for (const RowConstraint& constraint : all_) {
+                const double residual = dot(constraint.row, result_.x) - constraint.rhs;
+                require(residual <= limits_.tolCon + rounding(constraint), "violated");
+            }
+        } else {
+            require(result_.state == ASQP::DependentConstraints, "state");
+            require(result_.x == problem_.x0 && isZero(result_.lambda),
+                    "something happened before the contradiction was found");
+        }
+        return faults_;
+    }
+
+    /// The text of the error that the initial lists must raise, if any: they are cut to n in all,
+    /// the equalities included, from the end, before their lengths are tested.
+    [[nodiscard]] std::string expectedError() const {
+        size_t room = problem_.n() - std::min(any_.rank, problem_.n());
+        std::array<size_t, 3> exist{problem_.A.size(), 0, 0};
+        for (size_t i = 0; i < problem_.n(); ++i) {
+            exist[1] += problem_.lb[i] > -Inf ? 1U : 0U;
+            exist[2] += problem_.ub[i] < Inf ? 1U : 0U;
+        }
+        const std::array<const char*, 3> kinds{"inequality", "lower bound", "upper bound"};
+        const std::array<const Numbers*, 3> lists{&problem_.Wineq, &problem_.Wlower,
+                                                  &problem_.Wupper};
+        for (size_t kind = 0; kind < 3 && !any_.isContradictory; ++kind) {
+            const size_t used = std::min(room, lists.at(kind)->size());
+            room -= used;
+            if (used > exist.at(kind)) {
+                return std::string("Length of active ") + kinds.at(kind) +
+                       " vector must be less than " + kinds.at(kind) + " vector.";
+            }
+        }
+        return {};
+    }
+
+    /// Rounding of a row this large exceeds the rate from which on it counts as approached: one
+    /// that depends on the working set can enter it. Then R is singular, to rounding, and
+    /// multipliers have no meaning, so that passes can go in a circle; or it is singular exactly.
+    /// Repeated in an initial list it stays: the rank test is absolute, too.
+    [[nodiscard]] bool canHoldDependentRows() const {
+        return largestRow_ * static_cast<double>(problem_.n()) > 1000.0;
+    }
+
+private:
+    void require(bool isTrue, const std::string& what) {
+        if (!isTrue) {
+            faults_ += what + " (state " + std::to_string(result_.state) + "); ";
+        }
+    }
+    [[nodiscard]] double rounding() const { return 16.0 * static_cast<double>(problem_.n()) * Eps; }
+    /// Of a row's product with any point on the way.
+    [[nodiscard]] double rounding(const RowConstraint& constraint) const {
+        const auto n = static_cast<double>(problem_.n());
+        return rounding() * (n * largest(constraint.row) * reach_ + std::abs(constraint.rhs));
+    }
+    [[nodiscard]] bool isInWorkingSet(const RowConstraint& constraint) const {
+        const size_t m = problem_.A.size();
+        const size_t n = problem_.n();
+        const size_t place = constraint.number - problem_.Aeq.size();
+        const size_t kind = constraint.isEquality ? 0 : place < m ? 1 : place < m + n ? 2 : 3;
+        const size_t index = kind == 0 ? constraint.number : kind == 1 ? place : (place - m) % n;
+        return std::ranges::count(result_.lists.at(kind), static_cast<double>(index + 1)) > 0;
+    }
+
+    // Strict convexity makes these conditions a proof.
+    void judgeOptimum() {
+        const size_t n = problem_.n();
+        // A start beyond a constraint, or moved there by its lists, may stay so by TolCon.
+        bool isStartFeasible = problem_.Wineq.empty() && problem_.Wlower.empty() &&
+                               problem_.Wupper.empty() && !hasPhaseOneRun_;
+        for (const RowConstraint& constraint : all_) {
+            const double residual = dot(constraint.row, problem_.x0) - constraint.rhs;
+            isStartFeasible &= constraint.isEquality || residual <= 0.0;
+        }
+        Numbers gradient = problem_.c;
+        double terms = largest(gradient);
+        double curvature = 0.0;
+        for (size_t i = 0; i < n; ++i) {
+            gradient[i] += dot(problem_.H[i], result_.x);
+            curvature += largest(problem_.H[i]);
+        }
+        size_t active = 0;
+        for (const RowConstraint& constraint : all_) {
+            const double residual = dot(constraint.row, result_.x) - constraint.rhs;
+            const double multiplier = result_.lambda.at(constraint.number);
+            for (size_t j = 0; j < n; ++j) {
+                gradient[j] += multiplier * constraint.row[j];
+            }
+            terms += largest(constraint.row) * std::abs(multiplier);
+            const double tolerance = rounding(constraint);
+            if (constraint.isEquality) {
+                require(std::abs(residual) <= tolerance, "equality missed");
+            } else {
+                require(residual <= limits_.tolCon + tolerance, "violated");
+                require(multiplier >= 0.0, "negative multiplier");
+            }
+            if (isInWorkingSet(constraint)) {
+                ++active;
+                require(std::abs(residual) <=
+                            (isStartFeasible ? 0.0 : limits_.tolCon) + passes_ * tolerance,
+                        "in the working set, but not active");
+            } else {
+                require(multiplier == 0.0, "multiplier outside the working set");
+            }
+        }
+        size_t listed = 0;
+        for (const Numbers& list : result_.lists) {
+            listed += list.size();
+        }
+        require(listed <= n, "more active than variables");
+        require(listed == active || canHoldDependentRows(), "active twice, or does not exist");
+        require(result_.lists[0].size() == any_.rank, "number of equalities kept");
+        // A direction shorter than TolX is not followed.
+        require(largest(gradient) <=
+                    rounding() * (terms + curvature * reach_) + curvature * limits_.tolX,
+                "gradient not balanced");
+    }
+
+    // Infeasible to TolCon, which contradictory multipliers must prove: but for rows so large, or
+    // points on the way so far away, that rounding alone violates the rows by TolCon.
+    void judgeInfeasible() {
+        double largestRounding = 0.0;
+        double violation = 0.0;
+        for (const RowConstraint& constraint : all_) {
+            const double residual = dot(constraint.row, result_.x) - constraint.rhs;
+            largestRounding = std::max(largestRounding, rounding(constraint));
+            violation = std::max(violation, constraint.isEquality ? 0.0 : residual);
+            require(!constraint.isEquality || std::abs(residual) <= rounding(constraint),
+                    "equality missed");
+        }
+        require(isZero(result_.lambda), "multipliers");
+        if (largestRounding < limits_.tolCon) {
+            const double proven = provenViolation(problem_);
+            require(!any_.isFeasible && proven > limits_.tolCon, "feasible");
+            // Phase one follows no direction shorter than 1.5e-10.
+            require(violation <= proven * (1.0 + 1e-6) + 1e-7, "not the least violation");
+            require(violation > limits_.tolCon, "the point is feasible");
+        }
+    }
+
+    const AnyProblem& any_;
+    const Problem& problem_ = any_.problem;
+    Limits limits_;
+    std::vector<RowConstraint> all_;
+    double largestRow_ = 0.0;
+    Result result_;
+    bool hasPhaseOneRun_ = false;
+    double reach_ = 0.0;
+    double passes_ = 0.0;
+    std::string faults_;
+};
+
+class Properties : public FreshState {
+protected:
+    static void SetUpTestSuite() { setenv("RC_PARAMS", "seed=1 max_success=4000", 0); }
+
+    /// Solves and judges; nothing may be left behind, nor change what the next call does.
+    static std::string faultsOf(const AnyProblem& any, const Limits& limits) {
+        const auto arrays = liveArrayCount();
+        const auto blocks = liveBlockCount();
+        Judge judge(any, limits);
+        std::string faults;
+        std::string error;
+        try {
+            const CallScope scope;
+            const RecordedSolve solved(any.problem, limits);
+            // A bound that does not exist takes part as a constraint that does not exist, either.
+            if (!any.namesAbsentBounds) {
+                faults = judge.faultsOf(solved);
+            }
+            faults += solve(any.problem, limits) == solved.result ? "" : "two results";
+        } catch (const HostError& raised) {
+            error = raised.what();
+        }
+        const bool isOfDependentRows =
+            judge.canHoldDependentRows() &&
+            (error == "Error calling DTRTRS from NullSpaceAS::_computeLambda" ||
+             error == "Index exceed number of columns.");
+        if (error != judge.expectedError() && !isOfDependentRows) {
+            faults += "raised: " + error;
+        }
+        releaseMatrixPool();
+        faults += liveArrayCount() == arrays && liveBlockCount() == blocks ? "" : "leak";
+        return faults;
+    }
+};
+
+TEST_F(Properties, EveryOutcomeIsTrue) {
+    const Result expected = solve(box(3));
+    EXPECT_TRUE(rc::check([&] {
+        const AnyProblem any = *anyProblem();
+        const Limits limits = Pick::oneIn(2) ? Limits{1000, 1e-6, 1e-8} : Limits{1000, 1e-9, 0.0};
+        RC_ASSERT(faultsOf(any, limits) == "");
+        RC_ASSERT(solve(box(3)) == expected);
+    }));
+}
+
+}  // namespace
+}  // namespace activeset::test

@@ -1,0 +1,291 @@
+// One generator of strictly convex programs of every shape, for rapidcheck: seeded, and shrinking
+// towards few variables, no constraints and zeros.
+#ifndef ACTIVESET_TESTS_SUPPORT_ANY_PROBLEM_HPP
+#define ACTIVESET_TESTS_SUPPORT_ANY_PROBLEM_HPP
+
+#include <rapidcheck.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <numeric>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/plain_problem.hpp"
+
+namespace activeset::test {
+
+/// A problem, and what is known about it because it was built that way.
+struct AnyProblem {
+    Problem problem;
+    bool isFeasible = true;        // whatever else: a known point satisfies everything
+    bool isContradictory = false;  // the equalities contradict each other
+    size_t rank = 0;               // of the equalities
+    size_t tooLong = 0;            // 1, 2, 3: Wineq, Wlower, Wupper has more entries than its kind
+    bool namesAbsentBounds = false;
+};
+
+/// What the generator may do.
+struct Shapes {
+    size_t smallest = 1;
+    size_t largest = 9;
+    bool hasInterior = false;  // feasible, and the inequalities and bounds have room at some point
+};
+
+using Numbers = std::vector<double>;
+
+/// Picks that shrink towards zero, false, the first choice.
+struct Pick {
+    static size_t upTo(size_t last) { return *rc::gen::inRange<size_t>(0, last + 1); }
+    static bool oneIn(size_t count) { return upTo(count - 1) == count - 1; }
+    static Numbers integers(size_t count, int reach) {
+        Numbers result;
+        for (const int pick : *rc::gen::container<std::vector<int>>(
+                 count, rc::gen::inRange(0, 2 * reach + 1))) {  // 0, 1, −1, 2, −2, …
+            result.push_back(pick % 2 == 1 ? (pick + 1) / 2 : -pick / 2);
+        }
+        return result;
+    }
+    static double powerOfTwo(int reach) { return std::exp2(integers(1, reach).front()); }
+    /// So many of the candidates, perhaps one several times.
+    static Numbers outOf(const Numbers& candidates, size_t count) {
+        Numbers result;
+        for (size_t k = 0; k < count && !candidates.empty(); ++k) {
+            result.push_back(candidates[upTo(candidates.size() - 1)]);
+        }
+        return result;
+    }
+};
+
+/// All data are small integers times powers of two, so that what is exact here is exact in floating
+/// point: ties are ties, duplicates agree, a vertex is a vertex.
+class ProblemBuilder {
+public:
+    explicit ProblemBuilder(const Shapes& shapes)
+        : hasInterior_(shapes.hasInterior),
+          n_(shapes.smallest + Pick::upTo(shapes.largest - shapes.smallest)),
+          inside_(Pick::integers(n_, 2)),
+          vertex_(Pick::integers(n_, 2)) {
+        addObjective();
+        isWild_ = !hasInterior_ && Pick::oneIn(6);
+        addInequalities();
+        addEqualities();
+        addBounds();
+        if (!hasInterior_ && Pick::oneIn(8)) {
+            addOpposites();
+        }
+        any_.isFeasible = any_.isFeasible && !isWild_ && !any_.isContradictory;
+        Numbers starts[] = {Numbers(n_, 0.0), inside_, vertex_, Pick::integers(n_, 6)};
+        problem_.x0 = starts[Pick::upTo(3)];
+        if (Pick::oneIn(8)) {
+            scale(problem_.x0, 1000.0);
+        }
+        addLists();
+    }
+    [[nodiscard]] const AnyProblem& result() const { return any_; }
+
+private:
+    static void scale(Numbers& row, double factor) {
+        std::ranges::transform(row, row.begin(), [&](double entry) { return factor * entry; });
+    }
+    /// Room between a row and the point inside.
+    [[nodiscard]] double room() const {
+        return static_cast<double>(Pick::upTo(2)) + (hasInterior_ ? 1.0 : 0.0);
+    }
+
+    // H = MᵀM + I
+    void addObjective() {
+        Rows M;
+        for (size_t i = 0; i < n_; ++i) {
+            M.push_back(Pick::integers(n_, 2));
+        }
+        problem_.H = Rows(n_, Numbers(n_, 0.0));
+        for (size_t i = 0; i < n_; ++i) {
+            problem_.H[i][i] = 1.0;
+            for (size_t j = 0; j < n_; ++j) {
+                for (size_t k = 0; k < n_; ++k) {
+                    problem_.H[i][j] += M[k][i] * M[k][j];
+                }
+            }
+        }
+        problem_.c = Pick::integers(n_, 9);
+    }
+
+    void addInequalities() {
+        const size_t count = Pick::upTo(n_ + 4);
+        const bool isScaled = Pick::oneIn(3);
+        for (size_t k = 0; k < count; ++k) {
+            const size_t earlier = Pick::upTo(k);
+            const size_t kind = earlier == k ? Pick::upTo(1) : 2 + Pick::upTo(isScaled ? 1 : 2);
+            Numbers row = kind < 2 ? Pick::integers(n_, 3) : problem_.A[earlier];
+            double rhs = kind < 2 ? dot(row, inside_) + room() : problem_.b[earlier];
+            if (kind == 1) {  // through the common vertex
+                if (dot(row, inside_) > dot(row, vertex_)) {
+                    scale(row, -1.0);
+                }
+                rhs = dot(row, vertex_);
+                rhs += hasInterior_ && dot(row, inside_) == rhs ? 1.0 : 0.0;
+            } else if (kind == 4) {  // nearly parallel to an earlier one, as far from inside
+                const size_t j = Pick::upTo(n_ - 1);
+                const double change = std::exp2(-6.0 - static_cast<double>(Pick::upTo(6)));
+                row[j] += change;
+                rhs += change * inside_[j];
+            } else if (kind == 3) {  // the other side of an earlier one
+                scale(row, -1.0);
+                rhs = dot(row, inside_) + room();
+            }
+            problem_.A.push_back(row);
+            problem_.b.push_back(isWild_ ? Pick::integers(1, 5).front() : rhs);
+        }
+        for (size_t k = 0; k < count && isScaled; ++k) {
+            const double factor = Pick::powerOfTwo(20);
+            scale(problem_.A[k], factor);
+            problem_.b[k] *= factor;
+        }
+    }
+
+    // Independent ones are [L, L·B], L being the identity and ones below its diagonal.
+    void addEqualities() {
+        any_.rank = Pick::oneIn(2) ? Pick::upTo(n_) : 0;
+        const size_t copies = any_.rank > 0 && Pick::oneIn(3) ? 1 + Pick::upTo(2) : 0;
+        for (size_t k = 0; k < any_.rank; ++k) {
+            Numbers row(n_, 0.0);
+            const Numbers tail = Pick::integers(n_ - any_.rank, 2);
+            std::ranges::copy(tail, row.begin() + static_cast<std::ptrdiff_t>(any_.rank));
+            row[k] = 1.0;
+            for (size_t j = 0; j < n_ && k > 0; ++j) {
+                row[j] += problem_.Aeq.back()[j] * (j + 1 < k ? 0.0 : 1.0);
+            }
+            problem_.Aeq.push_back(row);
+            problem_.beq.push_back(isWild_ ? Pick::integers(1, 5).front() : dot(row, inside_));
+        }
+        for (size_t k = 0; k < copies; ++k) {
+            const double factor = Numbers{1.0, -2.0, 0.0}[Pick::upTo(2)];
+            Numbers row = problem_.Aeq[0];
+            double rhs = problem_.beq[0];
+            for (size_t i = 1; i < any_.rank && Pick::oneIn(2); ++i) {
+                std::ranges::transform(row, problem_.Aeq[i], row.begin(), std::plus<>());
+                rhs += problem_.beq[i];
+            }
+            scale(row, factor);
+            problem_.Aeq.push_back(row);
+            problem_.beq.push_back(factor * rhs);
+        }
+        if (copies > 0) {
+            any_.isContradictory = !hasInterior_ && Pick::oneIn(3);
+            problem_.beq.back() += any_.isContradictory ? 1.0 : 0.0;
+        }
+        for (size_t k = 0; k < any_.rank && copies == 0 && Pick::oneIn(2); ++k) {
+            const double factor = Pick::powerOfTwo(20);
+            scale(problem_.Aeq[k], factor);
+            problem_.beq[k] *= factor;
+        }
+    }
+
+    void addBounds() {
+        problem_.lb.assign(n_, -Inf);
+        problem_.ub.assign(n_, Inf);
+        for (size_t i = 0; i < n_; ++i) {
+            const size_t kind = Pick::upTo(hasInterior_ ? 4 : 5);  // 2, 4: lower; 3, 4: upper
+            if (kind == 2 || kind == 4) {
+                problem_.lb[i] = isWild_ ? Pick::integers(1, 4).front() : inside_[i] - room();
+            }
+            if (kind == 3 || kind == 4) {
+                problem_.ub[i] = isWild_ ? Pick::integers(1, 4).front() : inside_[i] + room();
+            }
+            if (kind == 5) {
+                problem_.lb[i] = problem_.ub[i] = inside_[i];
+            }
+        }
+    }
+
+    void addOpposites() {
+        any_.isFeasible = false;
+        Numbers row = Pick::integers(n_, 3);
+        const double limit = Pick::integers(1, 3).front();
+        problem_.A.push_back(row);
+        problem_.b.push_back(limit);
+        scale(row, -1.0);
+        problem_.A.push_back(row);
+        problem_.b.push_back(-limit - 1.0 - room());
+    }
+
+    // Nothing, what is active at the start, anything that exists, more than exists, or what was
+    // left by a problem with other bounds.
+    void addLists() {
+        Numbers all[] = {{}, {}, {}};
+        Numbers active[] = {{}, {}, {}};
+        for (const RowConstraint& constraint : constraintsOf(problem_)) {
+            const size_t place = constraint.number - problem_.Aeq.size();
+            const size_t m = problem_.A.size();
+            if (!constraint.isEquality) {
+                const size_t kind = place < m ? 0 : place < m + n_ ? 1 : 2;
+                all[kind].push_back(
+                    static_cast<double>(1 + (kind == 0 ? place : (place - m) % n_)));
+                if (dot(constraint.row, problem_.x0) == constraint.rhs) {
+                    active[kind].push_back(all[kind].back());
+                }
+            }
+        }
+        const size_t mode = Pick::upTo(4);
+        if (mode == 3) {
+            any_.tooLong = 1 + Pick::upTo(2);
+        }
+        Numbers* const lists[] = {&problem_.Wineq, &problem_.Wlower, &problem_.Wupper};
+        for (size_t kind = 0; kind < 3 && mode > 0; ++kind) {
+            Numbers candidates = mode == 1 ? active[kind] : all[kind];
+            if (mode == 4 && kind > 0) {
+                candidates.resize(n_);
+                std::iota(candidates.begin(), candidates.end(), 1.0);
+            }
+            *lists[kind] = Pick::outOf(candidates, Pick::upTo(all[kind].size()));
+            if (any_.tooLong == kind + 1) {
+                lists[kind]->resize(all[kind].size() + 1, 1.0);
+            }
+            any_.namesAbsentBounds |= std::ranges::any_of(*lists[kind], [&](double index) {
+                return std::ranges::find(all[kind], index) == all[kind].end();
+            });
+        }
+    }
+
+    bool hasInterior_;
+    bool isWild_ = false;
+    size_t n_;
+    Numbers inside_;
+    Numbers vertex_;
+    AnyProblem any_;
+    Problem& problem_ = any_.problem;
+};
+
+inline rc::Gen<AnyProblem> anyProblem(const Shapes& shapes = {}) {
+    return rc::gen::resize(rc::kNominalSize,
+                           rc::gen::exec([=] { return ProblemBuilder(shapes).result(); }));
+}
+
+/// For counterexamples.
+inline void showValue(const AnyProblem& any, std::ostream& stream) {
+    const Problem& p = any.problem;
+    stream << "feasible " << any.isFeasible << ", contradictory " << any.isContradictory
+           << ", rank " << any.rank << ", too long " << any.tooLong << ", absent "
+           << any.namesAbsentBounds;
+    const auto show = [&](const char* name, const auto& value) {
+        stream << "\n" << name << " = ";
+        rc::show(value, stream);
+    };
+    show("H", p.H);
+    show("A", p.A);
+    show("Aeq", p.Aeq);
+    const std::pair<const char*, const Numbers&> columns[] = {
+        {"c", p.c},   {"b", p.b},     {"beq", p.beq},       {"lb", p.lb},        {"ub", p.ub},
+        {"x0", p.x0}, {"W", p.Wineq}, {"Wlower", p.Wlower}, {"Wupper", p.Wupper}};
+    for (const auto& [name, value] : columns) {
+        show(name, value);
+    }
+}
+
+}  // namespace activeset::test
+
+#endif
