@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Measures the families of problems and prints one table of ratios; scripts/bench builds and calls it.
 
-usage: table.py PROGRAM [--quick] [--without-peers] [--problems FOLDER]
+usage: table.py PROGRAM [--quick] [--without-peers] [--problems FOLDER] [FAMILY N...]
 
 PROGRAM is activeset_measure, FOLDER one with problem files, by default that of the Maros-Meszaros set.
-Exits with 1 when the optima of two solvers differ: times of wrong answers are worth nothing.
+With a family and sizes only these are measured. Exits with 1 when the optima of two solvers differ: times of wrong answers are worth nothing.
 """
 
 import argparse
@@ -151,9 +151,14 @@ def print_measured(row):
 
 
 def cases(options):
-    for family, sizes in QUICK if options.quick else FULL:
+    families = QUICK if options.quick else FULL
+    if options.selection:
+        families = [(options.selection[0], [int(n) for n in options.selection[1:]])]
+    for family, sizes in families:
         for n in sizes:
             yield (["--plain"] if n <= LARGEST_PLAIN else []) + [family, str(n)]
+    if options.selection:
+        return
     folder = pathlib.Path(options.problems)
     files = sorted(folder.glob("*.QPS"), key=lambda file: file.stat().st_size)
     if not files:
@@ -169,6 +174,7 @@ def main():
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--without-peers", action="store_true")
     parser.add_argument("--problems", default=HERE.parent.parent / "shared" / "problems" / "maros")
+    parser.add_argument("selection", nargs="*")
     options = parser.parse_args()
     model, flags = machine()
     environment = peer_environment(flags)
