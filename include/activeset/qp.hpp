@@ -247,7 +247,7 @@ struct Times {
 /// the optimal value changes by −y_i when the active side of row i grows by one.
 struct Result {
     Status status = Status::Failed;
-    int exitCode = -5;  ///< of the last run of the core, see docs/states.md
+    int exitCode = -5;  ///< of the last run of the core, see docs/states.md; −5 without one
     std::vector<double> x{};
     double objective = 0.0;  ///< constant included
     std::vector<double> y{};
@@ -273,6 +273,41 @@ struct Result {
 /// @raises HostError when there is no memory; std::logic_error inside a callback of another solve;
 ///         what the callback raises
 [[nodiscard]] ACTIVESET_API Result solve(const Problem& problem, const Settings& settings = {});
+
+/// A sequence of related problems: the same sizes, other numbers. Holds copies of all data. Each
+/// solve starts from the last optimum and its working set; scaling, factors and tests of convexity
+/// are kept while the matrices stay, and where the working set stays, too, one correction with the
+/// factors at hand is the whole solve.
+///
+/// Mistakes in a part that is set show in the results of solves until the part is set again. For
+/// one thread at a time.
+class ACTIVESET_API Solver {
+public:
+    /// Faults in the problem show when it is solved.
+    explicit Solver(const Problem& problem, Settings settings = {});
+    Solver(Solver&&) noexcept;
+    Solver& operator=(Solver&&) noexcept;
+    Solver(const Solver&) = delete;
+    Solver& operator=(const Solver&) = delete;
+    ~Solver();
+
+    void setHessian(const MatrixView& H);
+    void setLinear(const VectorView& c, double constant = 0.0);
+    void setRows(const MatrixView& A);
+    void setRowSides(const VectorView& lower, const VectorView& upper);
+    void setBounds(const VectorView& lower, const VectorView& upper);
+    /// Where the next solve starts, instead of at the last optimum; by default from zero.
+    void restartFrom(WarmStart start = {});
+    /// For the solves to come.
+    [[nodiscard]] Settings& settings() noexcept;
+
+    /// @raises as activeset::solve
+    [[nodiscard]] Result solve();
+
+private:
+    class Sequence;
+    std::unique_ptr<Sequence> sequence_;
+};
 
 }  // namespace activeset
 

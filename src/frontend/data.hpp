@@ -2,6 +2,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_DATA_HPP
 #define ACTIVESET_SRC_FRONTEND_DATA_HPP
 
+#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -37,11 +38,26 @@ struct Point {
     Vector z;
 };
 
-/// Copies what the views show. The problem has no faults.
-[[nodiscard]] Data copyOf(const Problem& problem);
+/// The parts of a problem that change and are checked one by one.
+enum class Part { Hessian, Linear, Rows, RowSides, Bounds, Start };
+inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
+                                     Part::RowSides, Part::Bounds, Part::Start};
 
 /// The number of variables that the views speak of.
 [[nodiscard]] std::size_t variablesOf(const Problem& problem);
+
+/// What is wrong with one part of a problem with n variables and m rows.
+[[nodiscard]] std::vector<Fault> faultsIn(const Problem& problem,
+                                          std::size_t n,
+                                          std::size_t m,
+                                          Part part);
+
+/// A problem with n variables and m rows of which every part is absent.
+[[nodiscard]] Data emptyData(std::size_t n, std::size_t m);
+/// Copies one part of a problem, which has no faults there. A start is not part of the data.
+void copyPart(const Problem& problem, Part part, Data& data);
+/// Copies all of a problem without faults.
+[[nodiscard]] Data copyOf(const Problem& problem);
 
 }  // namespace activeset::frontend
 

@@ -10,7 +10,6 @@
 
 #include "frontend/auxiliary.hpp"
 #include "frontend/proofs.hpp"
-#include "frontend/refinement.hpp"
 
 namespace activeset::frontend {
 
@@ -46,12 +45,6 @@ double errorOf(const Certificate& certificate) {
 
 }  // namespace
 
-Prepared::Prepared(Data problem)
-    : user(std::move(problem)),
-      scaling(Scaling::of(user)),
-      scaled(scaling.apply(user)),
-      lowering(scaled) {}
-
 Engine::Engine(Prepared& problem, const Settings& settings, Control& control, Depth depth)
     : problem_(problem), settings_(settings), control_(control), depth_(depth) {}
 
@@ -59,7 +52,7 @@ Answer Engine::solve(Vector x, WorkingSet set) {
     const Data& data = problem_.scaled;
     centre_ = std::move(x);
     set_ = std::move(set);
-    const Convexity convexity = convexityOf(problem_);
+    const Convexity& convexity = problem_.convexity();
     if (convexity.kind == Convexity::None) {
         answer_.status = Status::NotConvex;
         answer_.direction = convexity.direction;
@@ -68,35 +61,51 @@ Answer Engine::solve(Vector x, WorkingSet set) {
         return std::move(answer_);
     }
     rho_ = convexity.kind == Convexity::Strict ? 0.0 : firstWeight(data);
-    for (;;) {
+    if (provesWorkingSet()) {
+        answer_.status = Status::Optimal;
+        return std::move(answer_);
+    }
+    Next next = Next::Again;
+    while (next == Next::Again) {
         Run result = run();
         answer_.exitCode = result.exitCode;
-        if (follow(result) == Next::Done) {
-            if (answer_.status == Status::Inaccurate && findsRay()) {
-                answer_.status = Status::Unbounded;
-            }
-            return std::move(answer_);
-        }
+        next = follow(result);
     }
+    if (unperturbed_) {
+        problem_.lowering = std::move(*unperturbed_);
+    }
+    if (answer_.status == Status::Inaccurate && findsRay()) {
+        answer_.status = Status::Unbounded;
+    }
+    return std::move(answer_);
+}
+
+// The working set of a similar problem may still be the right one, and then its equations are all
+// that has to be solved.
+bool Engine::provesWorkingSet() {
+    if (set_.size() == 0) {
+        return false;
+    }
+    set_ = problem_.lowering.fromCore(problem_.lowering.toCore(set_), {});
+    const double begin = control_.seconds();
+    Point point{centre_, Vector(problem_.scaled.m, 0.0), Vector(problem_.scaled.n, 0.0)};
+    answer_.refinement += problem_.refinementOf(set_).apply(point, MostCorrections);
+    consider(std::move(point), set_);
+    answer_.polishSeconds += control_.seconds() - begin;
+    return isProved();
 }
 
 Run Engine::run() {
     const Data& data = problem_.scaled;
-    Vector H = data.H;
     Vector c = data.c;
-    if (rho_ > 0.0) {
-        H.resize(data.n * data.n, 0.0);
-        for (std::size_t j = 0; j < data.n; ++j) {
-            H[j * data.n + j] += rho_;
-            c[j] -= rho_ * centre_[j];
-        }
-        ++answer_.proximal;
-    }
+    axpy(-rho_, centre_.data(), c.data(), data.n);
+    answer_.proximal += rho_ > 0.0 ? 1 : 0;
     // What rounding makes of a point far out is no violation.
     Precision precision = precision_;
     precision.violation = std::max(precision.violation, 1e-14 * largestMagnitude(centre_));
-    return runCore(problem_.lowering, H, c, centre_, problem_.lowering.toCore(set_), precision,
-                   control_, [this](const double* x) { return progressAt(x); });
+    return runCore(problem_.lowering, problem_.hessianPlus(rho_), c, centre_,
+                   problem_.lowering.toCore(set_), precision, control_,
+                   [this](const double* x) { return problem_.progressAt(x); });
 }
 
 Engine::Next Engine::follow(Run& run) {
@@ -259,8 +268,7 @@ void Engine::polish(Point point, const WorkingSet& set) {
     const double begin = control_.seconds();
     consider(point, set);
     if (!isProved() || errorOf(answer_.judgement.certificate) > 1e-15) {
-        const Refinement refinement(problem_.scaled, set);
-        answer_.refinement += refinement.apply(point, MostCorrections);
+        answer_.refinement += problem_.refinementOf(set).apply(point, MostCorrections);
         consider(std::move(point), set);
     }
     answer_.polishSeconds += control_.seconds() - begin;
@@ -280,31 +288,6 @@ void Engine::consider(Point point, const WorkingSet& set) {
 
 bool Engine::isProved() const {
     return answer_.judgement.certificate.holds(settings_.tolerance);
-}
-
-Progress Engine::progressAt(const double* x) const {
-    const Data& data = problem_.scaled;
-    Vector rows(data.m, 0.0);
-    double value = data.constant;
-    Progress progress;
-    const auto miss = [&progress](double value_, double lower, double upper, double factor) {
-        progress.violation =
-            std::max({progress.violation, (lower - value_) * factor, (value_ - upper) * factor});
-    };
-    for (std::size_t j = 0; j < data.n; ++j) {
-        double slope = data.c[j];
-        if (data.quadratic) {
-            slope += 0.5 * dot(data.columnOfH(j), x, data.n);
-        }
-        value += slope * x[j];
-        axpy(x[j], data.columnOfA(j), rows.data(), data.m);
-        miss(x[j], data.lower[j], data.upper[j], problem_.scaling.column[j]);
-    }
-    for (std::size_t i = 0; i < data.m; ++i) {
-        miss(rows[i], data.rowLower[i], data.rowUpper[i], 1.0 / problem_.scaling.row[i]);
-    }
-    progress.objective = value / problem_.scaling.objective;
-    return progress;
 }
 
 }  // namespace activeset::frontend

@@ -8,20 +8,9 @@
 #include "frontend/certificate.hpp"
 #include "frontend/control.hpp"
 #include "frontend/core_run.hpp"
-#include "frontend/lowering.hpp"
-#include "frontend/scaling.hpp"
+#include "frontend/prepared.hpp"
 
 namespace activeset::frontend {
-
-/// A problem in all the forms that a solve needs.
-struct Prepared {
-    explicit Prepared(Data problem);
-
-    Data user;
-    Scaling scaling;
-    Data scaled;
-    Lowering lowering;
-};
 
 /// What the engine has found, in scaled variables but for the proofs, which are the caller's.
 struct Answer {
@@ -51,6 +40,7 @@ public:
 private:
     enum class Next { Again, Done };
 
+    [[nodiscard]] bool provesWorkingSet();
     [[nodiscard]] Run run();
     [[nodiscard]] Next follow(Run& run);
     [[nodiscard]] Next followPoint(Run& run);
@@ -63,7 +53,6 @@ private:
     void polish(Point point, const WorkingSet& set);
     [[nodiscard]] bool isProved() const;
     void perturb();
-    [[nodiscard]] Progress progressAt(const double* x) const;
 
     Prepared& problem_;
     const Settings& settings_;

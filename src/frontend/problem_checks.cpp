@@ -11,6 +11,8 @@ namespace activeset {
 
 namespace {
 
+using frontend::Part;
+
 /// Rounding in a matrix that was computed, not typed, leaves its halves apart by less than this
 /// times its largest entry.
 constexpr double SymmetryTolerance = 1e-10;
@@ -27,24 +29,29 @@ std::string shape(std::size_t rows, std::size_t cols) {
 
 class Inspection {
 public:
-    explicit Inspection(const Problem& problem)
-        : problem_(problem), n_(frontend::variablesOf(problem)), m_(problem.A.rows()) {}
+    Inspection(const Problem& problem, std::size_t n, std::size_t m)
+        : problem_(problem), n_(n), m_(m) {}
 
-    std::vector<Fault> faults() {
-        if (n_ == 0) {
-            add("c", 0, 0, 0.0, "the problem has no variables");
-        }
-        inspectHessian();
-        inspectVector("c", problem_.c, n_);
-        inspectMatrix("A", problem_.A, m_, n_);
-        if (problem_.A.empty() && problem_.A.rows() == 0) {
-            m_ = 0;
-        }
-        inspectSides("rowLower", problem_.rowLower, "rowUpper", problem_.rowUpper, m_);
-        inspectSides("lower", problem_.lower, "upper", problem_.upper, n_);
-        inspectVector("start", problem_.start, n_);
-        if (!std::isfinite(problem_.constant)) {
-            add("constant", 0, 0, problem_.constant, "constant = " + printed(problem_.constant));
+    std::vector<Fault> faults(Part part) {
+        switch (part) {
+            case Part::Hessian:
+                inspectHessian();
+                break;
+            case Part::Linear:
+                inspectLinear();
+                break;
+            case Part::Rows:
+                inspectMatrix("A", problem_.A, m_, n_);
+                break;
+            case Part::RowSides:
+                inspectSides("rowLower", problem_.rowLower, "rowUpper", problem_.rowUpper, m_);
+                break;
+            case Part::Bounds:
+                inspectSides("lower", problem_.lower, "upper", problem_.upper, n_);
+                break;
+            case Part::Start:
+                inspectVector("start", problem_.start, n_);
+                break;
         }
         return std::move(faults_);
     }
@@ -100,6 +107,16 @@ private:
             }
         }
         return isFinite;
+    }
+
+    void inspectLinear() {
+        if (n_ == 0) {
+            add("c", 0, 0, 0.0, "the problem has no variables");
+        }
+        inspectVector("c", problem_.c, n_);
+        if (!std::isfinite(problem_.constant)) {
+            add("constant", 0, 0, problem_.constant, "constant = " + printed(problem_.constant));
+        }
     }
 
     void inspectHessian() {
@@ -179,62 +196,24 @@ private:
     std::vector<Fault> faults_;
 };
 
-frontend::Vector expanded(const VectorView& vector, std::size_t size, double absent) {
-    return vector.empty() ? frontend::Vector(size, absent)
-                          : frontend::Vector(vector.data(), vector.data() + vector.size());
-}
-
 }  // namespace
-
-std::vector<Fault> faultsOf(const Problem& problem) {
-    return Inspection(problem).faults();
-}
 
 namespace frontend {
 
-std::size_t variablesOf(const Problem& problem) {
-    return !problem.c.empty() ? problem.c.size() : problem.H.cols();
-}
-
-Data copyOf(const Problem& problem) {
-    Data data;
-    data.n = variablesOf(problem);
-    data.m = problem.A.rows();
-    const auto copy = [](const MatrixView& matrix) {
-        Vector values(matrix.rows() * matrix.cols());
-        auto next = values.begin();
-        for (std::size_t j = 0; j < matrix.cols(); ++j) {
-            for (std::size_t i = 0; i < matrix.rows(); ++i) {
-                *next++ = matrix(i, j);
-            }
-        }
-        return values;
-    };
-    data.H = copy(problem.H);
-    for (std::size_t j = 0; !data.H.empty() && j < data.n; ++j) {
-        for (std::size_t i = 0; i < j; ++i) {
-            double& above = data.H[j * data.n + i];
-            double& below = data.H[i * data.n + j];
-            if (above != below) {
-                above = below = 0.5 * above + 0.5 * below;
-            }
-        }
-    }
-    data.quadratic =
-        std::any_of(data.H.begin(), data.H.end(), [](double entry) { return entry != 0.0; });
-    if (!data.quadratic) {
-        data.H.clear();
-    }
-    data.c = expanded(problem.c, data.n, 0.0);
-    data.A = copy(problem.A);
-    data.rowLower = expanded(problem.rowLower, data.m, -Infinity);
-    data.rowUpper = expanded(problem.rowUpper, data.m, Infinity);
-    data.lower = expanded(problem.lower, data.n, -Infinity);
-    data.upper = expanded(problem.upper, data.n, Infinity);
-    data.constant = problem.constant;
-    return data;
+std::vector<Fault> faultsIn(const Problem& problem, std::size_t n, std::size_t m, Part part) {
+    return Inspection(problem, n, m).faults(part);
 }
 
 }  // namespace frontend
+
+std::vector<Fault> faultsOf(const Problem& problem) {
+    std::vector<Fault> faults;
+    for (const frontend::Part part : frontend::AllParts) {
+        auto found =
+            frontend::faultsIn(problem, frontend::variablesOf(problem), problem.A.rows(), part);
+        faults.insert(faults.end(), found.begin(), found.end());
+    }
+    return faults;
+}
 
 }  // namespace activeset

@@ -6,16 +6,6 @@
 
 namespace activeset::frontend {
 
-/// H on the directions that the equalities leave.
-struct Convexity {
-    enum Kind {
-        None,          ///< not convex: a direction of negative curvature was found
-        Semidefinite,  ///< as far as rounding tells; singular or nearly so
-        Strict         ///< H itself is positive definite
-    };
-    Kind kind = Strict;
-    Vector direction;  ///< in the caller's variables
-};
 [[nodiscard]] Convexity convexityOf(const Prepared& problem);
 
 /// Whether scaled multipliers, made to fit by what bounds can take, prove that there is no feasible

@@ -55,30 +55,39 @@ Dense hessianOf(const Data& data, const std::vector<std::size_t>& variables) {
 
 Refinement::Refinement(const Data& data, const WorkingSet& set)
     : data_(data),
+      set_(set),
       rows_(rowsOf(set)),
       isFixed_(fixedVariables(data, set)),
       free_(freeVariables(isFixed_)),
       freeH_(hessianOf(data, free_)),
       qr_(rowsOfFreeVariables()),
       basis_(data.quadratic ? qr_.nullSpace() : Dense()),
-      cholesky_(reducedHessian(), FlatCurvature) {
-    const auto addSides = [&](const std::vector<std::size_t>& members, const Vector& sides) {
+      cholesky_(reducedHessian(), FlatCurvature) {}
+
+// The values that the members of the set are to have; they may have changed since the factors were
+// formed.
+Vector Refinement::sides() const {
+    Vector result;
+    const auto add = [&](const std::vector<std::size_t>& members, const Vector& sides) {
         for (const std::size_t i : members) {
-            sides_.push_back(sides[i]);
+            result.push_back(sides[i]);
         }
     };
-    addSides(set.equalities, data.rowLower);
-    addSides(set.rowsAtLower, data.rowLower);
-    addSides(set.rowsAtUpper, data.rowUpper);
-    bounds_.assign(data.n, 0.0);
-    const auto setBounds = [&](const std::vector<std::size_t>& members, const Vector& bounds) {
+    add(set_.equalities, data_.rowLower);
+    add(set_.rowsAtLower, data_.rowLower);
+    add(set_.rowsAtUpper, data_.rowUpper);
+    return result;
+}
+
+void Refinement::moveToBounds(Vector& x) const {
+    const auto move = [&](const std::vector<std::size_t>& members, const Vector& bounds) {
         for (const std::size_t j : members) {
-            bounds_[j] = bounds[j];
+            x[j] = bounds[j];
         }
     };
-    setBounds(set.atLower, data.lower);
-    setBounds(set.fixed, data.lower);
-    setBounds(set.atUpper, data.upper);
+    move(set_.atLower, data_.lower);
+    move(set_.fixed, data_.lower);
+    move(set_.atUpper, data_.upper);
 }
 
 Dense Refinement::rowsOfFreeVariables() const {
@@ -96,7 +105,7 @@ Dense Refinement::reducedHessian() const {
     return data_.quadratic ? transposedProduct(basis_, product(freeH_, basis_)) : Dense();
 }
 
-Refinement::Residuals Refinement::residualsAt(const Point& point) const {
+Refinement::Residuals Refinement::residualsAt(const Point& point, const Vector& sides) const {
     Residuals result;
     const std::vector<Sum> gradient = gradientSums(data_, point.x, point.y);
     for (const std::size_t j : free_) {
@@ -105,7 +114,7 @@ Refinement::Residuals Refinement::residualsAt(const Point& point) const {
     }
     const std::vector<Sum> values = rowValues(data_, point.x);
     for (std::size_t i = 0; i < rows_.size(); ++i) {
-        result.rows.push_back(sides_[i] - values[rows_[i]].value);
+        result.rows.push_back(sides[i] - values[rows_[i]].value);
         result.size = std::max(result.size, std::abs(static_cast<double>(result.rows.back())));
     }
     return result;
@@ -162,11 +171,8 @@ void Refinement::setBoundMultipliers(Point& point) const {
 }
 
 std::size_t Refinement::apply(Point& point, std::size_t most) const {
-    for (std::size_t j = 0; j < data_.n; ++j) {
-        if (isFixed_[j]) {
-            point.x[j] = bounds_[j];
-        }
-    }
+    const Vector values = sides();
+    moveToBounds(point.x);
     Vector y(data_.m, 0.0);
     for (std::size_t k = 0; k < qr_.rank(); ++k) {
         const std::size_t row = rows_[qr_.pivot(k)];
@@ -176,11 +182,11 @@ std::size_t Refinement::apply(Point& point, std::size_t most) const {
     point.z.assign(data_.n, 0.0);
 
     std::size_t corrections = 0;
-    Residuals residuals = residualsAt(point);
+    Residuals residuals = residualsAt(point, values);
     while (corrections < most && residuals.size > 0.0) {
         Point trial = point;
         correct(trial, residuals);
-        Residuals left = residualsAt(trial);
+        Residuals left = residualsAt(trial, values);
         if (!(left.size < residuals.size)) {
             break;
         }

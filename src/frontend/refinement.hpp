@@ -18,6 +18,8 @@ namespace activeset::frontend {
 /// singular, x moves in the other directions only.
 class Refinement {
 public:
+    /// Keeps a reference to the data. Their vectors may change between two corrections, the sides
+    /// of the set staying finite; their matrices may not.
     Refinement(const Data& data, const WorkingSet& set);
 
     /// Moves x, y and z to the solution, as far as doubles can. The number of corrections made.
@@ -32,15 +34,16 @@ private:
 
     [[nodiscard]] Dense rowsOfFreeVariables() const;
     [[nodiscard]] Dense reducedHessian() const;
-    [[nodiscard]] Residuals residualsAt(const Point& point) const;
+    [[nodiscard]] Vector sides() const;
+    void moveToBounds(Vector& x) const;
+    [[nodiscard]] Residuals residualsAt(const Point& point, const Vector& sides) const;
     void correct(Point& point, const Residuals& residuals) const;
     void setBoundMultipliers(Point& point) const;
 
     const Data& data_;
+    WorkingSet set_;
     std::vector<std::size_t> rows_;
-    Vector sides_;
     std::vector<bool> isFixed_;
-    Vector bounds_;
     std::vector<std::size_t> free_;
     Dense freeH_;
     PivotedQr qr_;

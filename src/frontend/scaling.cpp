@@ -101,14 +101,26 @@ Data Scaling::apply(const Data& data) const {
         for (std::size_t i = 0; i < data.m; ++i) {
             A[i] *= row[i] * column[j];
         }
-        result.c[j] *= column[j] * objective;
+    }
+    applyToVectors(data, result);
+    return result;
+}
+
+void Scaling::applyToVectors(const Data& data, Data& result) const {
+    result.c = data.c;
+    result.rowLower = data.rowLower;
+    result.rowUpper = data.rowUpper;
+    result.lower = data.lower;
+    result.upper = data.upper;
+    result.constant = data.constant * objective;
+    multiply(result.c, column);
+    for (double& entry : result.c) {
+        entry *= objective;
     }
     multiply(result.rowLower, row);
     multiply(result.rowUpper, row);
     divide(result.lower, column);
     divide(result.upper, column);
-    result.constant *= objective;
-    return result;
 }
 
 Point Scaling::unscaled(Point point) const {

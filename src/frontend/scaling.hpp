@@ -17,6 +17,8 @@ struct Scaling {
     [[nodiscard]] static Scaling of(const Data& data);
 
     [[nodiscard]] Data apply(const Data& data) const;
+    /// The same for all but the matrices.
+    void applyToVectors(const Data& data, Data& result) const;
     /// A point of the scaled problem as one of the caller's, and the other way round.
     [[nodiscard]] Point unscaled(Point point) const;
     [[nodiscard]] Point scaled(Point point) const;

@@ -6,6 +6,7 @@
 
 #include "activeset/host.hpp"
 #include "frontend/engine.hpp"
+#include "frontend/session.hpp"
 
 namespace activeset {
 
@@ -37,11 +38,26 @@ const char* textOf(Status status) noexcept {
 
 namespace {
 
-using frontend::Answer;
-using frontend::Control;
-using frontend::Point;
-using frontend::Prepared;
-using frontend::Vector;
+// Where the solve begins, in scaled variables: inside the bounds.
+frontend::Vector startOf(const frontend::Prepared& problem, frontend::Vector x) {
+    const frontend::Data& data = problem.user;
+    x.resize(data.n, 0.0);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        x[j] = std::isfinite(x[j]) ? x[j] : 0.0;
+        x[j] = std::min(std::max(x[j], data.lower[j]), data.upper[j]);
+    }
+    return problem.scaling.scaled({std::move(x), {}, {}}).x;
+}
+
+}  // namespace
+
+namespace frontend {
+
+void requireNoSolve() {
+    if (utInterruptMode::depth() > 0) {
+        throw std::logic_error("activeset: a solve was started inside another one of its thread");
+    }
+}
 
 Result invalid(std::vector<Fault> faults) {
     Result result;
@@ -53,44 +69,22 @@ Result invalid(std::vector<Fault> faults) {
     return result;
 }
 
-// Where the solve begins, in scaled variables: inside the bounds.
-Vector startOf(const Problem& problem, const Prepared& prepared) {
-    const std::size_t n = prepared.user.n;
-    Vector x(n, 0.0);
-    if (problem.warmStart != nullptr && problem.warmStart->x.size() == n) {
-        x = problem.warmStart->x;
-    } else if (!problem.start.empty()) {
-        x.assign(problem.start.data(), problem.start.data() + n);
-    }
-    for (std::size_t j = 0; j < n; ++j) {
-        x[j] = std::isfinite(x[j]) ? x[j] : 0.0;
-        x[j] = std::min(std::max(x[j], prepared.user.lower[j]), prepared.user.upper[j]);
-    }
-    return prepared.scaling.scaled({std::move(x), {}, {}}).x;
+std::size_t automaticLimit(std::size_t n, std::size_t m) {
+    return 100000 + 100 * (n + m);
 }
 
-}  // namespace
-
-Result solve(const Problem& problem, const Settings& settings) {
-    if (utInterruptMode::depth() > 0) {
-        throw std::logic_error("activeset::solve was called inside another solve of its thread");
-    }
-    std::vector<Fault> faults = faultsOf(problem);
-    if (!faults.empty()) {
-        return invalid(std::move(faults));
-    }
-    const std::size_t size = frontend::variablesOf(problem) + problem.A.rows();
-    Control control(settings, 100000 + 100 * size);
-    Prepared prepared(frontend::copyOf(problem));
+Result solvePrepared(Prepared& problem,
+                     Vector x,
+                     const WorkingSet& set,
+                     const Settings& settings,
+                     Control& control) {
     Result result;
     result.times.setup = control.seconds();
-    frontend::Engine engine(prepared, settings, control, frontend::Depth::Whole);
     Answer answer =
-        engine.solve(startOf(problem, prepared),
-                     problem.warmStart != nullptr ? problem.warmStart->workingSet : WorkingSet());
+        Engine(problem, settings, control, Depth::Whole).solve(startOf(problem, std::move(x)), set);
     control.rethrow();
-    Point point = prepared.scaling.unscaled(std::move(answer.point));
-    project(prepared.user, point);
+    Point point = problem.scaling.unscaled(std::move(answer.point));
+    project(problem.user, point);
     result.status = answer.status;
     result.exitCode = answer.exitCode;
     result.x = std::move(point.x);
@@ -108,6 +102,27 @@ Result solve(const Problem& problem, const Settings& settings) {
     result.times.total = control.seconds();
     result.times.solve = result.times.total - result.times.setup - result.times.polish;
     return result;
+}
+
+}  // namespace frontend
+
+Result solve(const Problem& problem, const Settings& settings) {
+    frontend::requireNoSolve();
+    frontend::Control control(
+        settings, frontend::automaticLimit(frontend::variablesOf(problem), problem.A.rows()));
+    std::vector<Fault> faults = faultsOf(problem);
+    if (!faults.empty()) {
+        return frontend::invalid(std::move(faults));
+    }
+    frontend::Prepared prepared(frontend::copyOf(problem));
+    const WarmStart* warm = problem.warmStart;
+    frontend::Vector start = warm != nullptr ? warm->x : frontend::Vector();
+    if (warm == nullptr && !problem.start.empty()) {
+        start.assign(problem.start.data(), problem.start.data() + problem.start.size());
+    }
+    return frontend::solvePrepared(prepared, std::move(start),
+                                   warm != nullptr ? warm->workingSet : WorkingSet(), settings,
+                                   control);
 }
 
 }  // namespace activeset

@@ -1,0 +1,101 @@
+// From views to a copy that is complete.
+#include "frontend/data.hpp"
+
+#include <algorithm>
+
+namespace activeset::frontend {
+
+namespace {
+
+void copyMatrix(const MatrixView& matrix, Vector& target, std::size_t size) {
+    target.assign(size, 0.0);
+    auto next = target.begin();
+    for (std::size_t j = 0; j < matrix.cols() && !matrix.empty(); ++j) {
+        for (std::size_t i = 0; i < matrix.rows(); ++i) {
+            *next++ = matrix(i, j);
+        }
+    }
+}
+
+void copyVector(const VectorView& vector, Vector& target, std::size_t size, double absent) {
+    if (vector.empty()) {
+        target.assign(size, absent);
+    } else {
+        target.assign(vector.data(), vector.data() + vector.size());
+    }
+}
+
+// Halves that differ by rounding become their mean.
+void copyHessian(const MatrixView& matrix, Data& data) {
+    copyMatrix(matrix, data.H, data.n * data.n);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        for (std::size_t i = 0; i < j; ++i) {
+            double& above = data.H[j * data.n + i];
+            double& below = data.H[i * data.n + j];
+            if (above != below) {
+                above = below = 0.5 * above + 0.5 * below;
+            }
+        }
+    }
+    data.quadratic =
+        std::any_of(data.H.begin(), data.H.end(), [](double entry) { return entry != 0.0; });
+    if (!data.quadratic) {
+        data.H.clear();
+    }
+}
+
+}  // namespace
+
+std::size_t variablesOf(const Problem& problem) {
+    return !problem.c.empty() ? problem.c.size() : problem.H.cols();
+}
+
+Data emptyData(std::size_t n, std::size_t m) {
+    Data data;
+    data.n = n;
+    data.m = m;
+    data.c.assign(n, 0.0);
+    data.A.assign(m * n, 0.0);
+    data.rowLower.assign(m, -Infinity);
+    data.rowUpper.assign(m, Infinity);
+    data.lower.assign(n, -Infinity);
+    data.upper.assign(n, Infinity);
+    return data;
+}
+
+void copyPart(const Problem& problem, Part part, Data& data) {
+    switch (part) {
+        case Part::Hessian:
+            copyHessian(problem.H, data);
+            break;
+        case Part::Linear:
+            copyVector(problem.c, data.c, data.n, 0.0);
+            data.constant = problem.constant;
+            break;
+        case Part::Rows:
+            copyMatrix(problem.A, data.A, data.m * data.n);
+            break;
+        case Part::RowSides:
+            copyVector(problem.rowLower, data.rowLower, data.m, -Infinity);
+            copyVector(problem.rowUpper, data.rowUpper, data.m, Infinity);
+            break;
+        case Part::Bounds:
+            copyVector(problem.lower, data.lower, data.n, -Infinity);
+            copyVector(problem.upper, data.upper, data.n, Infinity);
+            break;
+        case Part::Start:
+            break;
+    }
+}
+
+Data copyOf(const Problem& problem) {
+    Data data;
+    data.n = variablesOf(problem);
+    data.m = problem.A.rows();
+    for (const Part part : AllParts) {
+        copyPart(problem, part, data);
+    }
+    return data;
+}
+
+}  // namespace activeset::frontend

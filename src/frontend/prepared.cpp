@@ -1,0 +1,85 @@
+// What is kept of a problem, and what of it a change of its vectors leaves valid.
+#include "frontend/prepared.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "frontend/proofs.hpp"
+
+namespace activeset::frontend {
+
+Prepared::Prepared(Data problem)
+    : user(std::move(problem)),
+      scaling(Scaling::of(user)),
+      scaled(scaling.apply(user)),
+      lowering(scaled),
+      hessian_(scaled.H) {}
+
+void Prepared::updateVectors(const Data& problem) {
+    user.c = problem.c;
+    user.rowLower = problem.rowLower;
+    user.rowUpper = problem.rowUpper;
+    user.lower = problem.lower;
+    user.upper = problem.upper;
+    user.constant = problem.constant;
+    scaling.applyToVectors(user, scaled);
+    if (!lowering.updateSides(scaled)) {
+        lowering = Lowering(scaled);
+        if (convexity_ && convexity_->kind != Convexity::Strict) {
+            convexity_.reset();  // other equalities leave other directions
+        }
+    }
+}
+
+const Convexity& Prepared::convexity() {
+    if (!convexity_) {
+        convexity_ = convexityOf(*this);
+    }
+    return *convexity_;
+}
+
+const Refinement& Prepared::refinementOf(const WorkingSet& set) {
+    if (!refinement_ || !(refinementSet_ == set)) {
+        refinement_.emplace(scaled, set);
+        refinementSet_ = set;
+    }
+    return *refinement_;
+}
+
+Vector& Prepared::hessianPlus(double rho) {
+    const std::size_t n = scaled.n;
+    if (rho != hessianRho_) {
+        hessian_.resize(n * n, 0.0);
+        for (std::size_t j = 0; j < n; ++j) {
+            hessian_[j * n + j] = (scaled.quadratic ? scaled.columnOfH(j)[j] : 0.0) + rho;
+        }
+        hessianRho_ = rho;
+    }
+    return hessian_;
+}
+
+Progress Prepared::progressAt(const double* x) const {
+    Vector rows(scaled.m, 0.0);
+    double value = scaled.constant;
+    Progress progress;
+    const auto miss = [&progress](double at, double lower, double upper, double unit) {
+        progress.violation =
+            std::max({progress.violation, (lower - at) * unit, (at - upper) * unit});
+    };
+    for (std::size_t j = 0; j < scaled.n; ++j) {
+        double slope = scaled.c[j];
+        if (scaled.quadratic) {
+            slope += 0.5 * dot(scaled.columnOfH(j), x, scaled.n);
+        }
+        value += slope * x[j];
+        axpy(x[j], scaled.columnOfA(j), rows.data(), scaled.m);
+        miss(x[j], scaled.lower[j], scaled.upper[j], scaling.column[j]);
+    }
+    for (std::size_t i = 0; i < scaled.m; ++i) {
+        miss(rows[i], scaled.rowLower[i], scaled.rowUpper[i], 1.0 / scaling.row[i]);
+    }
+    progress.objective = value / scaling.objective;
+    return progress;
+}
+
+}  // namespace activeset::frontend

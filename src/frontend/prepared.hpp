@@ -1,0 +1,58 @@
+// A problem in all the forms that a solve needs, and what has been found out about it. It outlives
+// a solve where a sequence of problems shares the matrices.
+#ifndef ACTIVESET_SRC_FRONTEND_PREPARED_HPP
+#define ACTIVESET_SRC_FRONTEND_PREPARED_HPP
+
+#include <optional>
+
+#include "frontend/lowering.hpp"
+#include "frontend/refinement.hpp"
+#include "frontend/scaling.hpp"
+
+namespace activeset::frontend {
+
+/// H on the directions that the equalities leave.
+struct Convexity {
+    enum Kind {
+        None,          ///< not convex: a direction of negative curvature was found
+        Semidefinite,  ///< as far as rounding tells; singular or nearly so
+        Strict         ///< H itself is positive definite
+    };
+    Kind kind = Strict;
+    Vector direction;  ///< in the caller's variables
+};
+
+class Prepared {
+public:
+    explicit Prepared(Data problem);
+    Prepared(const Prepared&) = delete;
+    Prepared& operator=(const Prepared&) = delete;
+    ~Prepared() = default;
+
+    /// Takes over c, sides and bounds of a problem with the same matrices.
+    void updateVectors(const Data& problem);
+
+    [[nodiscard]] const Convexity& convexity();
+    /// The equations of a working set, factorised; the last ones are kept.
+    [[nodiscard]] const Refinement& refinementOf(const WorkingSet& set);
+    /// H + ρI, n × n, for the core; empty when both are zero.
+    [[nodiscard]] Vector& hessianPlus(double rho);
+    /// How far a point in scaled variables has come.
+    [[nodiscard]] Progress progressAt(const double* x) const;
+
+    Data user;
+    Scaling scaling;
+    Data scaled;
+    Lowering lowering;
+
+private:
+    std::optional<Convexity> convexity_;
+    std::optional<Refinement> refinement_;
+    WorkingSet refinementSet_;
+    Vector hessian_;
+    double hessianRho_ = 0.0;
+};
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,25 @@
+// What solve() and Solver share: one run of the engine and its answer as a result.
+#ifndef ACTIVESET_SRC_FRONTEND_SESSION_HPP
+#define ACTIVESET_SRC_FRONTEND_SESSION_HPP
+
+#include "frontend/control.hpp"
+#include "frontend/prepared.hpp"
+
+namespace activeset::frontend {
+
+/// std::logic_error inside a solve of the same thread.
+void requireNoSolve();
+
+/// The result of data that cannot be solved.
+[[nodiscard]] Result invalid(std::vector<Fault> faults);
+
+/// Enough passes for any sound problem of this size.
+[[nodiscard]] std::size_t automaticLimit(std::size_t n, std::size_t m);
+
+/// @param x  in the caller's variables; of any length and with any entries, what is missing is 0
+[[nodiscard]] Result solvePrepared(
+    Prepared& problem, Vector x, const WorkingSet& set, const Settings& settings, Control& control);
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,119 @@
+// Solves that begin where another one ended give the answers of solves that do not.
+#include "frontend/generator.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+class Sequences : public FreshState {};
+
+void expectSameAnswer(const Sample& sample, const Result& warm) {
+    const Result cold = solve(sample.view());
+    ASSERT_EQ(warm.status, cold.status);
+    if (cold.status == Status::Optimal) {
+        Oracle(sample).expectOptimum(warm, 1e-8);
+        EXPECT_NEAR(warm.objective, cold.objective, 1e-8 * std::max(1.0, std::abs(cold.objective)));
+    }
+}
+
+// Takes parts of one problem over into another of the same shape, one after the other: sides come
+// and go, equalities become inequalities, problems become infeasible, unbounded and solvable again.
+TEST_F(Sequences, OfChangesGiveTheAnswersOfColdSolves) {
+    std::map<Status, int> met;
+    for (unsigned seed = 0; seed < 80; ++seed) {
+        Sample sample = randomSample(seed, 10, true);
+        Solver solver(sample.view());
+        std::mt19937_64 bits(seed);
+        for (unsigned step = 0; step < 12; ++step) {
+            SCOPED_TRACE("seed " + std::to_string(seed) + ", step " + std::to_string(step));
+            const auto randomised = [&](Numbers values, double size) {
+                std::normal_distribution<double> normal(0.0, size);
+                for (double& value : values) {
+                    value += normal(bits);
+                }
+                return values;
+            };
+            if (step % 4 == 1) {
+                sample.c = randomised(sample.c, step < 6 ? 0.01 : 3.0);
+                solver.setLinear(sample.c);
+            } else if (step % 4 == 2) {
+                for (Numbers* sides : {&sample.rowLower, &sample.lower}) {
+                    for (double& side : *sides) {
+                        side = bits() % 8 == 0 ? -Infinity : side - 0.1;
+                    }
+                }
+                solver.setRowSides(sample.rowLower, sample.rowUpper);
+                solver.setBounds(sample.lower, sample.upper);
+            } else if (step == 7) {
+                sample.A = randomised(sample.A, 0.1);
+                solver.setRows(MatrixView(sample.A, sample.m, sample.m == 0 ? 0 : sample.n));
+            } else if (step == 11) {
+                for (std::size_t j = 0; j < sample.n; ++j) {
+                    sample.H[j * (sample.n + 1)] += 2.0;
+                }
+                solver.setHessian({sample.H, sample.n, sample.n});
+            }
+            const Result result = solver.solve();
+            expectSameAnswer(sample, result);
+            ++met[result.status];
+            if (HasFailure()) {
+                return;
+            }
+        }
+    }
+    EXPECT_GT(met[Status::Optimal], 100);
+    EXPECT_GT(met[Status::Infeasible] + met[Status::Unbounded], 20);
+}
+
+TEST_F(Sequences, NeedNoPassWhereTheWorkingSetStays) {
+    Sample sample = randomSample(7, 30, false);
+    Solver solver(sample.view());
+    ASSERT_TRUE(solver.solve());
+    for (double& entry : sample.c) {
+        entry += 1e-9;
+    }
+    solver.setLinear(sample.c);
+    const Result again = solver.solve();
+    EXPECT_EQ(again.iterations.phaseOne + again.iterations.main, 0U);
+    expectSameAnswer(sample, again);
+    // From zero it takes the passes of the first solve.
+    solver.restartFrom();
+    EXPECT_GT(solver.solve().iterations.main, 0U);
+}
+
+TEST_F(Sequences, SurviveWarmStartsThatMakeNoSense) {
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        const Sample sample = randomSample(seed, 10, true);
+        std::mt19937_64 bits(seed);
+        WarmStart warm{Numbers(bits() % 20, seed % 3 == 0 ? std::nan("") : 1e3), {}};
+        for (auto* list : {&warm.workingSet.equalities, &warm.workingSet.rowsAtLower,
+                           &warm.workingSet.rowsAtUpper, &warm.workingSet.atLower,
+                           &warm.workingSet.atUpper, &warm.workingSet.fixed}) {
+            for (std::size_t k = bits() % 12; k > 0; --k) {
+                list->push_back(bits() % 4 == 0 ? ~std::size_t{0} : bits() % 12);
+            }
+        }
+        Problem problem = sample.view();
+        problem.warmStart = &warm;
+        expectSameAnswer(sample, solve(problem));
+    }
+}
+
+TEST_F(Sequences, ReportAFaultUntilThePartIsSetAgain) {
+    const Sample sample = randomSample(7, 30, false);
+    Solver solver(sample.view());
+    solver.setBounds(Numbers(sample.n, Infinity), {});
+    solver.setLinear(Numbers(sample.n + 1, 0.0));
+    EXPECT_EQ(solver.solve().faults.size(), sample.n + 1);
+    solver.setBounds(sample.lower, sample.upper);
+    EXPECT_EQ(solver.solve().faults.size(), 1U);
+    solver.setLinear(sample.c);
+    expectSameAnswer(sample, solver.solve());
+    // Its settings hold for the solves to come.
+    solver.restartFrom();
+    solver.settings().maxIterations = 1;
+    EXPECT_EQ(solver.solve().status, Status::IterationLimit);
+}
+
+}  // namespace
+}  // namespace activeset::test
