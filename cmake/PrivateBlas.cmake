@@ -16,7 +16,7 @@ set(routines
     # BLAS
     dgemv dgemm dtrsv dtrsm dtrmv ddot daxpy dscal dnrm2 dcopy drot dsyrk dsymv dger idamax
     # LAPACK
-    dgeqrf dgeqp3 dorgqr dormqr dpotrf dpotrs dpotri dtrtrs dgels dsytrf dsytrs dlange)
+    dgeqrf dgeqp3 dorgqr dormqr dpotrf dpstrf dpotrs dpotri dtrtrs dgels dsytrf dsytrs dlange)
 list(TRANSFORM routines APPEND _)
 
 find_package(Threads REQUIRED)

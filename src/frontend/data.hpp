@@ -7,10 +7,9 @@
 #include <vector>
 
 #include "activeset/qp.hpp"
+#include "frontend/vector.hpp"
 
 namespace activeset::frontend {
-
-using Vector = std::vector<double>;
 
 /// min ½xᵀHx + cᵀx + constant subject to rowLower ≤ A·x ≤ rowUpper, lower ≤ x ≤ upper. What the
 /// caller left out is written out: zeros, infinities. Matrices are column-major without gaps.

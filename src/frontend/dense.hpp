@@ -1,12 +1,13 @@
-// The dense linear algebra that the front end does by itself: small factorisations that reveal
-// rank, and sums in extended precision.
+// The front end's dense linear algebra: BLAS and LAPACK behind factorisations that reveal rank, and
+// the type of sums in extended precision.
 #ifndef ACTIVESET_SRC_FRONTEND_DENSE_HPP
 #define ACTIVESET_SRC_FRONTEND_DENSE_HPP
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
-#include "frontend/data.hpp"
+#include "frontend/vector.hpp"
 
 namespace activeset::frontend {
 
@@ -45,7 +46,9 @@ public:
 
     [[nodiscard]] std::size_t rank() const { return rank_; }
     /// The column of B in place k.
-    [[nodiscard]] std::size_t pivot(std::size_t k) const { return pivots_[k]; }
+    [[nodiscard]] std::size_t pivot(std::size_t k) const {
+        return static_cast<std::size_t>(pivots_[k] - 1);
+    }
     /// v := Qᵀv, v := Q·v; `rows` entries.
     void applyTransposed(double* v) const;
     void apply(double* v) const;
@@ -56,11 +59,9 @@ public:
     [[nodiscard]] Dense nullSpace() const;
 
 private:
-    void reflect(std::size_t k, double* v) const;
-
     Dense packed_;
     Vector scales_;
-    std::vector<std::size_t> pivots_;
+    std::vector<std::int64_t> pivots_;  // 1-based
     std::size_t rank_ = 0;
 };
 
@@ -80,13 +81,15 @@ public:
     [[nodiscard]] const Vector& negativeDirection() const { return negative_; }
 
 private:
-    void exchange(std::size_t k, std::size_t other);
-    void solveFactorTransposed(double* v) const;
-    void findNegative(double tolerance);
+    [[nodiscard]] std::size_t pivot(std::size_t k) const {
+        return static_cast<std::size_t>(pivots_[k] - 1);
+    }
+    [[nodiscard]] Dense schurComplement(const Dense& matrix) const;
+    void findNegative(const Dense& rest, double tolerance);
     void setNegative(std::size_t i, double ofI, std::size_t j, double ofJ);
 
     Dense factor_;
-    std::vector<std::size_t> pivots_;
+    std::vector<std::int64_t> pivots_;  // 1-based
     std::size_t rank_ = 0;
     Vector negative_;
 };

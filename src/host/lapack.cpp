@@ -109,6 +109,32 @@ Int trtrs(ConstMatrixView r, MatrixView b) {
     return info;
 }
 
+Int trtrsTransposed(ConstMatrixView r, MatrixView b) {
+    Int info = 0;
+    ACTIVESET_FORTRAN(dtrtrs)
+    ("U", "T", "N", &r.cols, &b.cols, r.data, &r.ld, b.data, &b.ld, &info, 1, 1, 1);
+    return info;
+}
+
+Int ormqr(Op op, ConstMatrixView a, const double* tau, MatrixView b) {
+    const char trans = static_cast<char>(op);
+    return withWorkspace(b.cols + 1, a, [&](double* work, const Int* lwork) {
+        Int info = 0;
+        ACTIVESET_FORTRAN(dormqr)
+        ("L", &trans, &b.rows, &b.cols, &a.cols, a.data, &a.ld, tau, b.data, &b.ld, work, lwork,
+         &info, 1, 1);
+        return info;
+    });
+}
+
+Int pstrf(MatrixView a, Int* jpvt, Int* rank, double tolerance) {
+    const Workspace work(2 * a.cols + 1, 2 * a.cols + 1);
+    Int info = 0;
+    ACTIVESET_FORTRAN(dpstrf)
+    ("L", &a.cols, a.data, &a.ld, jpvt, rank, &tolerance, work.data(), &info, 1);
+    return info;
+}
+
 Int gelsTransposed(MatrixView a, MatrixView b) {
     // max(rows, cols) + 1 alone is less than the routine accepts when the matrix is nearly square.
     const Int smaller = std::min(a.rows, a.cols);

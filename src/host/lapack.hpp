@@ -1,4 +1,4 @@
-// The LAPACK routines that the null-space method calls. Each returns LAPACK's info; the caller
+// The LAPACK routines that the library calls. Each returns LAPACK's info; the caller
 // judges it. Workspaces come from the host and are back with it before info is returned.
 #ifndef ACTIVESET_SRC_HOST_LAPACK_HPP
 #define ACTIVESET_SRC_HOST_LAPACK_HPP
@@ -22,6 +22,14 @@ Int potrfLower(MatrixView a);
 Int potrs(ConstMatrixView a, MatrixView b);
 /// b := r⁻¹·b, r upper triangular; info > 0: that diagonal entry is zero.
 Int trtrs(ConstMatrixView r, MatrixView b);
+/// b := r⁻ᵀ·b, likewise.
+Int trtrsTransposed(ConstMatrixView r, MatrixView b);
+/// b := op(Q)·b, Q from the packed columns of a and their scalars.
+Int ormqr(Op op, ConstMatrixView a, const double* tau, MatrixView b);
+/// a := lower Cholesky factor with pivoting on the diagonal, PᵀaP = L·Lᵀ, from and into its lower
+/// triangle, as far as pivots are greater than `tolerance`: `rank` columns, complete down to the
+/// last row. jpvt (order entries): 1-based permutation. info > 0: the rank is not full.
+Int pstrf(MatrixView a, Int* jpvt, Int* rank, double tolerance);
 /// Minimum-norm solutions of aᵀ·x = b for each column of b (max(rows, cols) rows); a is destroyed.
 Int gelsTransposed(MatrixView a, MatrixView b);
 
