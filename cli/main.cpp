@@ -3,10 +3,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <iostream>
 #include <limits>
 #include <new>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -14,6 +16,7 @@
 #include "activeset/driver.hpp"
 #include "activeset/host.hpp"
 #include "cli/interrupt.hpp"
+#include "cli/prove_problem.hpp"
 #include "cli/report.hpp"
 #include "cli/solve_problem.hpp"
 #include "cli/verdict.hpp"
@@ -30,12 +33,15 @@ constexpr int UnreadableOrUsage = 2;
 
 const char* const Footer =
     "Exit status: 0 when every file was solved to optimality, 1 when some file ended in\n"
-    "another outcome or the residuals do not support it, 2 when some file could not be\n"
-    "read or the command line was wrong.\n"
+    "another outcome or its residuals do not support an optimum, 2 when some file could\n"
+    "not be read or the command line was wrong.\n"
     "Ctrl-C stops at the point reached and reports it; a second Ctrl-C ends the process.";
 
 struct SolveCommand {
-    SolverSettings settings;
+    SolverSettings settings;  ///< of the entry function
+    double tolerance = Settings().tolerance;
+    std::optional<double> timeLimit;  ///< seconds
+    bool strict = false;              ///< the entry function alone
     std::vector<std::string> files;
     bool solution = false;
     bool json = false;
@@ -52,13 +58,8 @@ void printNotes(const io::Problem& problem, const std::string& file) {
     }
 }
 
-void solveReadable(io::Problem& problem,
-                   const std::string& file,
-                   const SolveCommand& command,
-                   int& status) {
-    if (!command.json) {
-        std::cout << headingText(problem, file);
-    }
+/// Whether the entry function, left to itself, ends with an optimum that the residuals support.
+bool solveStrictly(io::Problem& problem, const std::string& file, const SolveCommand& command) {
     const SolveResult result = solveProblem(problem, command.settings);
     const Verdict verdict = judge(problem, result, command.settings);
     if (command.json) {
@@ -69,7 +70,37 @@ void solveReadable(io::Problem& problem,
             std::cout << solutionText(problem, result);
         }
     }
-    const bool optimal = result.code == 1 && verdict.supports();
+    return result.code == 1 && verdict.supports();
+}
+
+bool prove(const io::Problem& problem, const std::string& file, const SolveCommand& command) {
+    Settings settings;
+    settings.tolerance = command.tolerance;
+    settings.maxIterations = static_cast<std::size_t>(command.settings.maxIter.value_or(0));
+    if (command.timeLimit) {
+        settings.timeLimit = std::chrono::duration<double>(*command.timeLimit);
+    }
+    const ProvedResult proved = proveProblem(problem, settings);
+    if (command.json) {
+        std::cout << jsonText(problem, file, proved, command.solution);
+    } else {
+        std::cout << summaryText(problem, proved);
+        if (command.solution) {
+            std::cout << solutionText(problem, proved.solution);
+        }
+    }
+    return proved.result.status == Status::Optimal;
+}
+
+void solveReadable(io::Problem& problem,
+                   const std::string& file,
+                   const SolveCommand& command,
+                   int& status) {
+    if (!command.json) {
+        std::cout << headingText(problem, file);
+    }
+    const bool optimal =
+        command.strict ? solveStrictly(problem, file, command) : prove(problem, file, command);
     status = std::max(status, optimal ? AllOptimal : OtherOutcome);
 }
 
@@ -142,18 +173,30 @@ void describe(CLI::App& app, SolveCommand& command) {
     const auto add = [&](const char* name, auto& target, const char* values, const char* text) {
         return solve.add_option(name, target, text)->option_text(values);
     };
+    add("--tolerance", command.tolerance, "NUMBER [1e-9]",
+        "Relative size of residuals that proves an optimum")
+        ->check(checkNumber<double>);
+    add("--time-limit", command.timeLimit, "SECONDS", "Longest time for a file")
+        ->check(checkNumber<double>);
     add("--max-iter", settings.maxIter, "COUNT",
-        "Most passes of a phase; default 10 * (variables + rows), at least 200")
+        "Most passes; 0 or none: more than sound problems need. With --strict of each phase, "
+        "default 10 * (variables + rows), at least 200")
         ->check(checkNumber<int>);
+    CLI::Option* const strict = solve.add_flag("--strict", command.strict,
+                                               "Call the bare entry function and report its code");
     add("--tol-con", settings.tolCon, "NUMBER [1e-6]", "Feasibility tolerance, absolute")
-        ->check(checkNumber<double>);
+        ->check(checkNumber<double>)
+        ->needs(strict);
     add("--tol-fun", settings.tolFun, "NUMBER [1e-6]", "Stored; no test uses it")
-        ->check(checkNumber<double>);
+        ->check(checkNumber<double>)
+        ->needs(strict);
     add("--tol-x", settings.tolX, "NUMBER [1e-6]", "Norm below which a direction counts as zero")
-        ->check(checkNumber<double>);
+        ->check(checkNumber<double>)
+        ->needs(strict);
     CLI::Option* const display = add("--display", settings.display, "WORD [iter]",
                                      "Iteration table: off, final, iter or testing")
-                                     ->check(CLI::IsMember({"off", "final", "iter", "testing"}));
+                                     ->check(CLI::IsMember({"off", "final", "iter", "testing"}))
+                                     ->needs(strict);
     solve.add_flag("--solution", command.solution, "Print the point and the multipliers by name");
     solve.add_flag("--json", command.json, "Print one JSON object a file instead of text")
         ->excludes(display)

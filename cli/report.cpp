@@ -7,6 +7,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <string_view>
+#include <utility>
 
 namespace activeset::cli {
 
@@ -67,6 +68,58 @@ std::string lineOf(const nlohmann::ordered_json& object) {
     return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
+void addSolution(nlohmann::ordered_json& object,
+                 const io::Problem& problem,
+                 const SolveResult& result) {
+    object["x"] = nlohmann::ordered_json::array();
+    for (std::size_t j = 0; j < problem.n; ++j) {
+        object["x"].push_back({{"variable", problem.variableNames[j]}, {"value", result.x[j]}});
+    }
+    object["multipliers"] = nlohmann::ordered_json::array();
+    visitMultipliers(problem, result,
+                     [&](const char* kind, const std::string& name, double multiplier) {
+                         object["multipliers"].push_back(
+                             {{"kind", kind}, {"name", name}, {"value", multiplier}});
+                     });
+}
+
+nlohmann::ordered_json activeOf(const SolveResult& result) {
+    return {{"equalities", result.activeEqualities},
+            {"inequalities", result.activeInequalities},
+            {"lower_bounds", result.activeLower},
+            {"upper_bounds", result.activeUpper}};
+}
+
+void addActive(std::string& text, const SolveResult& result) {
+    fmt::format_to(std::back_inserter(text), "active           {}, {}, {}, {}\n",
+                   counted(result.activeEqualities, "equality", "equalities"),
+                   counted(result.activeInequalities, "inequality", "inequalities"),
+                   counted(result.activeLower, "lower bound", "lower bounds"),
+                   counted(result.activeUpper, "upper bound", "upper bounds"));
+}
+
+double objectiveOf(const io::Problem& problem, const Result& result) {
+    return problem.maximise ? 0.0 - result.objective : result.objective;
+}
+
+/// What stands behind an outcome that is no optimum.
+std::string proofText(const Result& result) {
+    switch (result.status) {
+        case Status::Infeasible:
+            return result.farkas ? fmt::format(", proved by multipliers with residual {:.1e}",
+                                               result.farkas->residual.relative)
+                                 : ", without a proof";
+        case Status::Unbounded:
+            return fmt::format(", proved by a ray with residual {:.1e}",
+                               result.directionResidual.relative);
+        case Status::NotConvex:
+            return fmt::format(", proved by a direction with curvature {:.1e}",
+                               result.directionResidual.absolute);
+        default:
+            return "";
+    }
+}
+
 }  // namespace
 
 std::string outcomeText(const SolveResult& result) {
@@ -101,16 +154,40 @@ std::string summaryText(const io::Problem& problem,
     if (result.phaseOneRan) {
         fmt::format_to(out, ", after {} of phase one", result.phaseOneIterations);
     }
-    fmt::format_to(out, "\nactive           {}, {}, {}, {}\n",
-                   counted(result.activeEqualities, "equality", "equalities"),
-                   counted(result.activeInequalities, "inequality", "inequalities"),
-                   counted(result.activeLower, "lower bound", "lower bounds"),
-                   counted(result.activeUpper, "upper bound", "upper bounds"));
+    text += "\n";
+    addActive(text, result);
     fmt::format_to(out, "primal residual  {:.1e}{}\n", verdict.primal.value, mark(verdict.primal));
     fmt::format_to(out, "dual residual    {:.1e}{}\n", verdict.dual.value, mark(verdict.dual));
     fmt::format_to(out, "complementarity  {:.1e}{}\n\n", verdict.complementarity.value,
                    mark(verdict.complementarity));
     return text;
+}
+
+std::string summaryText(const io::Problem& problem, const ProvedResult& proved) {
+    const Result& result = proved.result;
+    std::string text;
+    const auto out = std::back_inserter(text);
+    fmt::format_to(out, "outcome          {}{}\n", textOf(result.status), proofText(result));
+    fmt::format_to(out, "objective        {:.10g}{}\n", objectiveOf(problem, result),
+                   problem.maximise ? ", a maximum" : "");
+    fmt::format_to(out, "iterations       {}", result.iterations.main);
+    if (result.iterations.phaseOne > 0) {
+        fmt::format_to(out, ", after {} of phase one", result.iterations.phaseOne);
+    }
+    if (result.iterations.proximal > 0) {
+        fmt::format_to(out, ", in {}",
+                       counted(result.iterations.proximal, "proximal step", "proximal steps"));
+    }
+    text += "\n";
+    addActive(text, proved.solution);
+    const Certificate& certificate = result.certificate;
+    for (const auto& [name, residual] : {std::pair("primal residual", certificate.primal),
+                                         std::pair("dual residual", certificate.dual),
+                                         std::pair("duality gap", certificate.gap)}) {
+        fmt::format_to(out, "{:<16} {:.1e}, relative {:.1e}\n", name, residual.absolute,
+                       residual.relative);
+    }
+    return text + "\n";
 }
 
 std::string solutionText(const io::Problem& problem, const SolveResult& result) {
@@ -146,25 +223,44 @@ std::string jsonText(const io::Problem& problem,
                                   {"objective", verdict.objective.value},
                                   {"iterations", result.iterations},
                                   {"phase_one_iterations", result.phaseOneIterations},
-                                  {"active",
-                                   {{"equalities", result.activeEqualities},
-                                    {"inequalities", result.activeInequalities},
-                                    {"lower_bounds", result.activeLower},
-                                    {"upper_bounds", result.activeUpper}}},
+                                  {"active", activeOf(result)},
                                   {"primal_residual", verdict.primal.value},
                                   {"dual_residual", verdict.dual.value},
                                   {"complementarity", verdict.complementarity.value}};
     if (withSolution) {
-        object["x"] = nlohmann::ordered_json::array();
-        for (std::size_t j = 0; j < problem.n; ++j) {
-            object["x"].push_back({{"variable", problem.variableNames[j]}, {"value", result.x[j]}});
-        }
-        object["multipliers"] = nlohmann::ordered_json::array();
-        visitMultipliers(problem, result,
-                         [&](const char* kind, const std::string& name, double multiplier) {
-                             object["multipliers"].push_back(
-                                 {{"kind", kind}, {"name", name}, {"value", multiplier}});
-                         });
+        addSolution(object, problem, result);
+    }
+    return lineOf(object);
+}
+
+std::string jsonText(const io::Problem& problem,
+                     const std::string& file,
+                     const ProvedResult& proved,
+                     bool withSolution) {
+    const Result& result = proved.result;
+    const Certificate& certificate = result.certificate;
+    nlohmann::ordered_json object{{"file", file},
+                                  {"name", problem.name},
+                                  {"variables", problem.n},
+                                  {"inequalities", problem.mIneq},
+                                  {"equalities", problem.mEq},
+                                  {"code", result.exitCode},
+                                  {"outcome", textOf(result.status)},
+                                  {"objective", objectiveOf(problem, result)},
+                                  {"iterations", result.iterations.main},
+                                  {"phase_one_iterations", result.iterations.phaseOne},
+                                  {"proximal_steps", result.iterations.proximal},
+                                  {"corrections", result.iterations.refinement},
+                                  {"seconds", result.times.total},
+                                  {"active", activeOf(proved.solution)},
+                                  {"primal_residual", certificate.primal.absolute},
+                                  {"dual_residual", certificate.dual.absolute},
+                                  {"duality_gap", certificate.gap.absolute},
+                                  {"relative_primal_residual", certificate.primal.relative},
+                                  {"relative_dual_residual", certificate.dual.relative},
+                                  {"relative_duality_gap", certificate.gap.relative}};
+    if (withSolution) {
+        addSolution(object, problem, proved.solution);
     }
     return lineOf(object);
 }

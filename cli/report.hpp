@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "cli/prove_problem.hpp"
 #include "cli/solve_problem.hpp"
 #include "cli/verdict.hpp"
 #include "io/problem.hpp"
@@ -21,6 +22,9 @@ namespace activeset::cli {
                                       const SolveResult& result,
                                       const Verdict& verdict);
 
+/// The lines for a solve by the front end, a blank line at the end.
+[[nodiscard]] std::string summaryText(const io::Problem& problem, const ProvedResult& proved);
+
 /// Point and multipliers by name, one a line, a blank line at the end.
 [[nodiscard]] std::string solutionText(const io::Problem& problem, const SolveResult& result);
 
@@ -29,6 +33,11 @@ namespace activeset::cli {
                                    const std::string& file,
                                    const SolveResult& result,
                                    const Verdict& verdict,
+                                   bool withSolution);
+
+[[nodiscard]] std::string jsonText(const io::Problem& problem,
+                                   const std::string& file,
+                                   const ProvedResult& proved,
                                    bool withSolution);
 
 /// The same for a file without a result.

@@ -34,7 +34,7 @@ protected:
         std::array<int, 2> ends{};
         EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
         EXPECT_EQ(fcntl(ends[1], F_SETPIPE_SZ, Room), Room);
-        const pid_t child = start("solve long.qps long.qps", ends[1]);
+        const pid_t child = start("solve --strict long.qps long.qps", ends[1]);
         close(ends[1]);
         readEnd_ = ends[0];
         // A row does not fit any more once less than this is left.

@@ -28,7 +28,7 @@ class Solving : public CommandLine {};
 
 TEST_F(Solving, PrintsTheTableAndTheSummary) {
     write("p.qps", TwoSteps);
-    const Outcome outcome = run("solve p.qps --solution");
+    const Outcome outcome = run("solve --strict p.qps --solution");
 
     EXPECT_EQ(outcome.out, contents(ACTIVESET_GOLDEN_DIR "/cli_two_steps.txt"));
     EXPECT_EQ(outcome.err, "");
@@ -48,27 +48,39 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
     // max x without any bound above: the solver takes the step from an empty working set for the
     // last one and reports an optimum, but the gradient is as long as before.
     write("unbounded", "ROWS\n N o\nCOLUMNS\n x o -1\nENDATA\n");
+    write("saddle", "ROWS\n N o\nCOLUMNS\n x o 0\nBOUNDS\n FR b x\nQUADOBJ\n x x -2\nENDATA\n");
+    const std::string longer = "'" + (Examples / "hs118.qps").string() + "'";
     struct Case {
-        const char* arguments;
+        std::string arguments;
         const char* line;
         int status;
     };
     const std::vector<Case> cases{
-        {"two --display final", " fstar: -6.5 Active: 1 Iterations: 3", 0},
-        {"two --max-iter 1", "outcome          iteration limit reached (0)", 1},
-        {"two --tol-x 10", "objective        8.5", 0},  // the start counts as optimal
+        {"two", "outcome          optimal", 0},
+        {longer + " --max-iter 9", "outcome          iteration limit", 1},
+        {longer + " --time-limit 0", "outcome          time limit", 1},
         {"away", "objective        0.5", 0},
-        {"away --tol-con 1", "objective        0", 0},
-        {"empty", "outcome          infeasible (-2)", 1},
-        {"empty", "primal residual  5.0e-01", 1},  // halfway between 1 and 2
-        {"empty --max-iter 1",
+        {"empty", "outcome          infeasible, proved by multipliers with residual 0.0e+00", 1},
+        {"equal", "outcome          infeasible, proved by multipliers with residual 0.0e+00", 1},
+        {"unbounded", "outcome          unbounded, proved by a ray with residual 0.0e+00", 1},
+        {"saddle", "outcome          not convex, proved by a direction with curvature -2.0e+00", 1},
+        {"maximum", "objective        5, a maximum", 0},
+        {"two --display final --strict", " fstar: -6.5 Active: 1 Iterations: 3", 0},
+        {"two --max-iter 1 --strict", "outcome          iteration limit reached (0)", 1},
+        {"two --tol-x 10 --strict", "objective        8.5", 0},  // the start counts as optimal
+        {"away --strict", "objective        0.5", 0},
+        {"away --tol-con 1 --strict", "objective        0", 0},
+        {"empty --strict", "outcome          infeasible (-2)", 1},
+        {"empty --strict", "primal residual  5.0e-01", 1},  // halfway between 1 and 2
+        {"empty --max-iter 1 --strict",
          "outcome          iteration limit reached before a feasible point was found (-2)", 1},
-        {"equal", "outcome          equality constraints dependent and inconsistent (-3)", 1},
-        {"unbounded", "outcome          optimal (1)", 1},
-        {"unbounded", "dual residual    1.0e+00  (does not support the outcome)", 1},
-        {"maximum", "objective        5, a maximum", 0}};
+        {"equal --strict", "outcome          equality constraints dependent and inconsistent (-3)",
+         1},
+        {"unbounded --strict", "outcome          optimal (1)", 1},
+        {"unbounded --strict", "dual residual    1.0e+00  (does not support the outcome)", 1},
+        {"maximum --strict", "objective        5, a maximum", 0}};
     for (const Case& example : cases) {
-        const Outcome outcome = run(std::string("solve ") + example.arguments);
+        const Outcome outcome = run("solve " + example.arguments);
         EXPECT_THAT(outcome.out, ::testing::HasSubstr(std::string("\n") + example.line + "\n"));
         EXPECT_EQ(outcome.status, example.status) << example.line;
     }
