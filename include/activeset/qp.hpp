@@ -188,9 +188,17 @@ struct Progress {
     double step = 0.0;          ///< Euclidean norm of the last step, in scaled variables
 };
 
+/// Where a solve without a warm start begins.
+enum class Start {
+    Automatic,  ///< Predict
+    Predict,  ///< a strictly convex problem at a prediction of its working set, where one is found
+    Cold      ///< at Problem::start
+};
+
 struct Settings {
     /// Relative size up to which residuals support `Status::Optimal`.
     double tolerance = 1e-9;
+    Start start = Start::Automatic;
     /// Most passes over all phases; 0 stands for a limit that no sound problem meets.
     std::size_t maxIterations = 0;
     std::chrono::duration<double> timeLimit = std::chrono::duration<double>::max();
@@ -230,6 +238,7 @@ struct Farkas {
 struct Iterations {
     std::size_t phaseOne = 0;
     std::size_t main = 0;
+    std::size_t prediction = 0;  ///< rounds of the prediction
     std::size_t proximal = 0;    ///< subproblems of the proximal-point loop
     std::size_t refinement = 0;  ///< corrections in extended precision
 };
@@ -260,6 +269,8 @@ struct Result {
     Residual directionResidual{};
     std::vector<Fault> faults{};  ///< for Invalid
     std::string message{};        ///< for Failed and Invalid, one line a fault
+    /// The start was predicted; with no iterations of the core the prediction was the solution.
+    bool wasPredicted = false;
     Iterations iterations{};
     Times times{};
 

@@ -70,6 +70,43 @@ Dense transposedProduct(const Dense& a, const Dense& b) {
     return multiply(Op::Transpose, a, b);
 }
 
+Vector transposedProduct(const Dense& a, const Vector& x) {
+    Vector result(a.cols, 0.0);
+    blas::gemv(Op::Transpose, 1.0, viewOf(a), x.data(), 0.0, result.data());
+    return result;
+}
+
+void addProduct(const Dense& a, const Vector& x, Vector& y) {
+    blas::gemv(Op::None, 1.0, viewOf(a), x.data(), 1.0, y.data());
+}
+
+bool factoriseUpper(Dense& a, double tolerance) {
+    double largest = 0.0;
+    for (std::size_t k = 0; k < a.rows; ++k) {
+        largest = std::max(largest, a(k, k));
+    }
+    if (a.rows == 0) {
+        return true;
+    }
+    if (lapack::potrf(viewOf(a)) != 0) {
+        return false;
+    }
+    for (std::size_t k = 0; k < a.rows; ++k) {
+        if (!(a(k, k) * a(k, k) > tolerance * largest)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void solveUpper(const Dense& a, double* b, std::size_t count) {
+    lapack::trtrs(triangle(a, a.rows), {b, a.rows, count});
+}
+
+void solveUpperTransposed(const Dense& a, double* b, std::size_t count) {
+    lapack::trtrsTransposed(triangle(a, a.rows), {b, a.rows, count});
+}
+
 double largestMagnitude(const Vector& values) {
     double largest = 0.0;
     for (const double value : values) {

@@ -36,6 +36,17 @@ void axpy(double factor, const double* x, double* y, std::size_t count);
 /// a·b and aᵀ·b.
 [[nodiscard]] Dense product(const Dense& a, const Dense& b);
 [[nodiscard]] Dense transposedProduct(const Dense& a, const Dense& b);
+[[nodiscard]] Vector transposedProduct(const Dense& a, const Vector& x);
+/// y += a·x
+void addProduct(const Dense& a, const Vector& x, Vector& y);
+
+/// a := its upper Cholesky factor; false, a destroyed, unless every pivot is greater than
+/// `tolerance` times the largest diagonal entry.
+[[nodiscard]] bool factoriseUpper(Dense& a, double tolerance);
+/// The `count` columns of b := U⁻¹·b and U⁻ᵀ·b, U the upper triangle of a.
+void solveUpper(const Dense& a, double* b, std::size_t count);
+void solveUpperTransposed(const Dense& a, double* b, std::size_t count);
+
 [[nodiscard]] double largestMagnitude(const Vector& values);
 
 /// B = Q·R·Pᵀ, rows × cols, Householder with column pivoting. Columns that depend on those before

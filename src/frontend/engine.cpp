@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "frontend/auxiliary.hpp"
+#include "frontend/predictor.hpp"
 #include "frontend/proofs.hpp"
 
 namespace activeset::frontend {
@@ -61,7 +62,7 @@ Answer Engine::solve(Vector x, WorkingSet set) {
         return std::move(answer_);
     }
     rho_ = convexity.kind == Convexity::Strict ? 0.0 : firstWeight(data);
-    if (provesWorkingSet()) {
+    if (provesWorkingSet() || provesPrediction()) {
         answer_.status = Status::Optimal;
         return std::move(answer_);
     }
@@ -92,6 +93,25 @@ bool Engine::provesWorkingSet() {
     answer_.refinement += problem_.refinementOf(set_).apply(point, MostCorrections);
     consider(std::move(point), set_);
     answer_.polishSeconds += control_.seconds() - begin;
+    return isProved();
+}
+
+// Without a working set to begin with, one is predicted. Where the prediction is not proved as it
+// stands, the core begins with it.
+bool Engine::provesPrediction() {
+    const Dense* factor = problem_.factorOfHessian();
+    if (settings_.start == Start::Cold || rho_ != 0.0 || set_.size() != 0 || factor == nullptr) {
+        return false;
+    }
+    Prediction prediction = predict(problem_.scaled, *factor, control_);
+    answer_.prediction = prediction.iterations;
+    answer_.wasPredicted = prediction.hasConverged;
+    if (!prediction.hasConverged) {
+        return false;
+    }
+    centre_ = prediction.point.x;
+    set_ = prediction.set;
+    consider(std::move(prediction.point), set_);
     return isProved();
 }
 

@@ -22,6 +22,8 @@ struct Answer {
     std::optional<Farkas> farkas;
     Vector direction;
     Residual directionResidual;
+    bool wasPredicted = false;
+    std::size_t prediction = 0;
     std::size_t proximal = 0;
     std::size_t refinement = 0;
     double polishSeconds = 0.0;
@@ -41,6 +43,7 @@ private:
     enum class Next { Again, Done };
 
     [[nodiscard]] bool provesWorkingSet();
+    [[nodiscard]] bool provesPrediction();
     [[nodiscard]] Run run();
     [[nodiscard]] Next follow(Run& run);
     [[nodiscard]] Next followPoint(Run& run);

@@ -31,6 +31,19 @@ void Prepared::updateVectors(const Data& problem) {
     }
 }
 
+const Dense* Prepared::factorOfHessian() {
+    if (!hasTriedFactor_ && scaled.quadratic) {
+        const double tolerance = 1e-15 * static_cast<double>(scaled.n);
+        factor_.emplace(scaled.n, scaled.n);
+        factor_->values = scaled.H;
+        if (!factoriseUpper(*factor_, tolerance)) {
+            factor_.reset();
+        }
+    }
+    hasTriedFactor_ = true;
+    return factor_ ? &*factor_ : nullptr;
+}
+
 const Convexity& Prepared::convexity() {
     if (!convexity_) {
         convexity_ = convexityOf(*this);

@@ -33,6 +33,8 @@ public:
     void updateVectors(const Data& problem);
 
     [[nodiscard]] const Convexity& convexity();
+    /// The upper Cholesky factor of H; null unless H is safely positive definite.
+    [[nodiscard]] const Dense* factorOfHessian();
     /// The equations of a working set, factorised; the last ones are kept.
     [[nodiscard]] const Refinement& refinementOf(const WorkingSet& set);
     /// H + ρI, n × n, for the core; empty when both are zero.
@@ -47,6 +49,8 @@ public:
 
 private:
     std::optional<Convexity> convexity_;
+    std::optional<Dense> factor_;
+    bool hasTriedFactor_ = false;
     std::optional<Refinement> refinement_;
     WorkingSet refinementSet_;
     Vector hessian_;

@@ -59,10 +59,13 @@ bool bendsDown(const Prepared& problem, const Vector& direction) {
 
 }  // namespace
 
-Convexity convexityOf(const Prepared& problem) {
+Convexity convexityOf(Prepared& problem) {
     const Data& data = problem.scaled;
     if (!data.quadratic) {
         return {Convexity::Semidefinite, {}};
+    }
+    if (problem.factorOfHessian() != nullptr) {
+        return {Convexity::Strict, {}};
     }
     const double tolerance = 1e-15 * static_cast<double>(data.n);
     const PivotedCholesky whole(matrixOf(data), tolerance);

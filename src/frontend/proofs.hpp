@@ -6,7 +6,7 @@
 
 namespace activeset::frontend {
 
-[[nodiscard]] Convexity convexityOf(const Prepared& problem);
+[[nodiscard]] Convexity convexityOf(Prepared& problem);
 
 /// Whether scaled multipliers, made to fit by what bounds can take, prove that there is no feasible
 /// point; the answer has them then.

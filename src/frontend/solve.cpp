@@ -96,8 +96,9 @@ Result solvePrepared(Prepared& problem,
     result.farkas = std::move(answer.farkas);
     result.direction = std::move(answer.direction);
     result.directionResidual = answer.directionResidual;
-    result.iterations = {control.phaseOnePasses(), control.mainPasses(), answer.proximal,
-                         answer.refinement};
+    result.wasPredicted = answer.wasPredicted;
+    result.iterations = {control.phaseOnePasses(), control.mainPasses(), answer.prediction,
+                         answer.proximal, answer.refinement};
     result.times.polish = answer.polishSeconds;
     result.times.total = control.seconds();
     result.times.solve = result.times.total - result.times.setup - result.times.polish;

@@ -1,0 +1,29 @@
+// A guess at the active constraints of a strictly convex problem.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICTOR_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICTOR_HPP
+
+#include "frontend/control.hpp"
+#include "frontend/data.hpp"
+#include "frontend/dense.hpp"
+
+namespace activeset::frontend {
+
+struct Prediction {
+    /// The guess explains itself: its point violates nothing, its multipliers have their signs.
+    bool hasConverged = false;
+    Point point;  ///< only then
+    WorkingSet set;
+    std::size_t iterations = 0;
+};
+
+/// Primal-dual active sets, which is Newton's method for the optimality conditions (Hintermüller,
+/// Ito and Kunisch 2002; Kunisch and Rendl 2003): the equations of the guessed set are solved, then
+/// members whose multipliers have the wrong sign go, and what is violated comes, all at once. That
+/// ends after a few rounds or goes round in circles; then the prediction is worth nothing.
+///
+/// @param factor  the upper Cholesky factor of H
+[[nodiscard]] Prediction predict(const Data& data, const Dense& factor, Control& control);
+
+}  // namespace activeset::frontend
+
+#endif

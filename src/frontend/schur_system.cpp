@@ -1,0 +1,101 @@
+// Columns, inner products and the Schur complement of a guessed set.
+#include "frontend/schur_system.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace activeset::frontend {
+
+SchurSystem::SchurSystem(const Data& data, const Dense& factor)
+    : data_(data), factor_(factor), place_(data.m + data.n, None), columns_(data.n, 0) {}
+
+void SchurSystem::setMembers(std::vector<std::size_t> members) {
+    members_ = std::move(members);
+    formColumns();
+    factorise();
+}
+
+// The columns of members that have none yet, all at once.
+void SchurSystem::formColumns() {
+    const std::size_t before = columns_.cols;
+    for (const std::size_t member : members_) {
+        if (place_[member] == None) {
+            place_[member] = columns_.cols++;
+        }
+    }
+    if (columns_.cols == before) {
+        return;
+    }
+    columns_.values.resize(columns_.rows * columns_.cols, 0.0);
+    for (const std::size_t member : members_) {
+        if (place_[member] < before) {
+            continue;
+        }
+        double* column = columns_.column(place_[member]);
+        if (member >= data_.m) {
+            column[member - data_.m] = 1.0;
+            continue;
+        }
+        for (std::size_t j = 0; j < data_.n; ++j) {
+            column[j] = data_.columnOfA(j)[member];
+        }
+    }
+    solveUpperTransposed(factor_, columns_.column(before), columns_.cols - before);
+    growInnerProducts(before);
+}
+
+void SchurSystem::growInnerProducts(std::size_t before) {
+    Dense grown(columns_.cols, columns_.cols);
+    for (std::size_t j = 0; j < before; ++j) {
+        std::copy_n(inner_.column(j), before, grown.column(j));
+    }
+    Dense added(columns_.rows, columns_.cols - before);
+    std::copy_n(columns_.column(before), added.values.size(), added.values.begin());
+    const Dense products = transposedProduct(columns_, added);
+    for (std::size_t j = before; j < grown.cols; ++j) {
+        for (std::size_t i = 0; i < grown.rows; ++i) {
+            grown(i, j) = products(i, j - before);
+            grown(j, i) = grown(i, j);
+        }
+    }
+    inner_ = std::move(grown);
+}
+
+void SchurSystem::factorise() {
+    constexpr double Dependent = 1e-13;  // of the largest diagonal entry
+    const std::size_t count = members_.size();
+    Dense complement(count, count);
+    for (std::size_t j = 0; j < count; ++j) {
+        const double* column = inner_.column(place_[members_[j]]);
+        for (std::size_t i = 0; i < count; ++i) {
+            complement(i, j) = column[place_[members_[i]]];
+        }
+    }
+    dependent_.reset();
+    schur_ = complement;
+    if (!factoriseUpper(schur_, Dependent)) {
+        dependent_.emplace(std::move(complement), Dependent);
+    }
+}
+
+void SchurSystem::solve(Vector& rx, Vector& rc) const {
+    solveUpperTransposed(factor_, rx.data(), 1);
+    const Vector products = transposedProduct(columns_, rx);
+    for (std::size_t k = 0; k < members_.size(); ++k) {
+        rc[k] = products[place_[members_[k]]] - rc[k];
+    }
+    if (dependent_) {
+        dependent_->solve(rc.data());
+    } else {
+        solveUpperTransposed(schur_, rc.data(), 1);
+        solveUpper(schur_, rc.data(), 1);
+    }
+    Vector factors(columns_.cols, 0.0);
+    for (std::size_t k = 0; k < members_.size(); ++k) {
+        factors[place_[members_[k]]] = -rc[k];
+    }
+    addProduct(columns_, factors, rx);
+    solveUpper(factor_, rx.data(), 1);
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,89 @@
+// Predicted starts: they change the way, never the answer.
+#include <map>
+
+#include "benchmarks/families.hpp"
+#include "frontend/generator.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+class Predictions : public FreshState {};
+
+Settings startingFrom(Start start) {
+    Settings settings;
+    settings.start = start;
+    return settings;
+}
+
+void expectSameAnswer(const Result& predicted, const Result& cold) {
+    ASSERT_EQ(predicted.status, cold.status);
+    if (cold.status != Status::Optimal) {
+        return;
+    }
+    EXPECT_NEAR(predicted.objective, cold.objective, 1e-8 * (1.0 + std::abs(cold.objective)));
+    EXPECT_TRUE(predicted.certificate.holds(1e-9));
+}
+
+/// Small integers make constraints tie and depend on one another; some problems contradict
+/// themselves, some are not convex.
+TEST_F(Predictions, ChangeNoAnswer) {
+    std::map<bool, int> met;
+    for (unsigned seed = 0; seed < 600; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const Sample sample = randomSample(seed, 12, seed % 2 == 0);
+        const Result cold = solve(sample.view(), startingFrom(Start::Cold));
+        EXPECT_FALSE(cold.wasPredicted);
+        EXPECT_EQ(cold.iterations.prediction, 0U);
+        const Result predicted = solve(sample.view(), startingFrom(Start::Predict));
+        expectSameAnswer(predicted, cold);
+        ++met[predicted.wasPredicted];
+        if (predicted.wasPredicted && predicted.status == Status::Optimal) {
+            Oracle(sample).expectOptimum(predicted, 1e-8);
+        }
+    }
+    EXPECT_GT(met[true], 100);
+}
+
+/// Families at sizes where a prediction pays: it is found, and is the whole solve.
+TEST_F(Predictions, AreTheWholeSolveOfWellBehavedFamilies) {
+    struct Named {
+        const char* name;
+        bench::Problem problem;
+    };
+    for (const std::uint64_t seed : {1U, 2U, 3U}) {
+        for (const Named& named : {Named{"a tenth active", bench::randomProblem(60, 0.1, seed)},
+                                   Named{"a third active", bench::randomProblem(60, 0.3, seed)},
+                                   Named{"box", bench::boxProblem(80, seed)}}) {
+            SCOPED_TRACE(named.name);
+            const bench::Problem& p = named.problem;
+            Numbers A(p.n * (p.mIneq + p.mEq));
+            Numbers lower(p.mIneq, -Infinity);
+            Numbers upper = p.b;
+            lower.insert(lower.end(), p.beq.begin(), p.beq.end());
+            upper.insert(upper.end(), p.beq.begin(), p.beq.end());
+            const std::size_t m = upper.size();
+            for (std::size_t j = 0; j < p.n; ++j) {
+                std::copy_n(p.A.data() + j * p.mIneq, p.mIneq, A.data() + j * m);
+                std::copy_n(p.Aeq.data() + j * p.mEq, p.mEq, A.data() + j * m + p.mIneq);
+            }
+            activeset::Problem problem{.H = {p.H, p.n, p.n},
+                                       .c = p.c,
+                                       .A = {A, m, m == 0 ? 0 : p.n},
+                                       .rowLower = lower,
+                                       .rowUpper = upper,
+                                       .lower = p.lb,
+                                       .upper = p.ub};
+            const Result cold = solve(problem, startingFrom(Start::Cold));
+            const Result predicted = solve(problem);
+            expectSameAnswer(predicted, cold);
+            EXPECT_TRUE(predicted.wasPredicted);
+            EXPECT_LE(predicted.iterations.prediction, 15U);
+            EXPECT_EQ(predicted.iterations.main + predicted.iterations.phaseOne, 0U);
+            EXPECT_EQ(predicted.workingSet, cold.workingSet);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace activeset::test
