@@ -18,11 +18,14 @@
 
 namespace activeset::test {
 
+using Numbers = std::vector<double>;
+
 /// A problem, and what is known about it because it was built that way.
 struct AnyProblem {
     Problem problem;
     bool isFeasible = true;        // whatever else: a known point satisfies everything
     bool isContradictory = false;  // the equalities contradict each other
+    Numbers inside{};              // a point that satisfies everything, if isFeasible
     size_t rank = 0;               // of the equalities
     size_t tooLong = 0;            // 1, 2, 3: Wineq, Wlower, Wupper has more entries than its kind
     bool namesAbsentBounds = false;
@@ -34,8 +37,6 @@ struct Shapes {
     size_t largest = 9;
     bool hasInterior = false;  // feasible, and the inequalities and bounds have room at some point
 };
-
-using Numbers = std::vector<double>;
 
 /// Picks that shrink towards zero, false, the first choice.
 struct Pick {
@@ -69,6 +70,7 @@ public:
           n_(shapes.smallest + Pick::upTo(shapes.largest - shapes.smallest)),
           inside_(Pick::integers(n_, 2)),
           vertex_(Pick::integers(n_, 2)) {
+        any_.inside = inside_;
         addObjective();
         isWild_ = !hasInterior_ && Pick::oneIn(6);
         addInequalities();
@@ -116,7 +118,7 @@ private:
 
     void addInequalities() {
         const size_t count = Pick::upTo(n_ + 4);
-        const bool isScaled = Pick::oneIn(3);
+        const bool isScaled = !hasInterior_ && Pick::oneIn(3);
         for (size_t k = 0; k < count; ++k) {
             const size_t earlier = Pick::upTo(k);
             const size_t kind = earlier == k ? Pick::upTo(1) : 2 + Pick::upTo(isScaled ? 1 : 2);

@@ -1,0 +1,97 @@
+// A few hundred generated problems, larger than elsewhere, against an independent solver of another
+// kind: the interior-point method of python3-cvxopt.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "solve/call.hpp"
+#include "support/any_problem.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+using nlohmann::json;
+
+/// Without dependent equalities, which the peer does not take, and with rows of length one.
+json forPeer(const AnyProblem& any) {
+    json result{{"H", any.problem.H}, {"c", any.problem.c}, {"G", Rows()},
+                {"h", Numbers()},     {"E", Rows()},        {"e", Numbers()}};
+    for (const RowConstraint& constraint : constraintsOf(any.problem)) {
+        const double length = std::sqrt(dot(constraint.row, constraint.row));
+        if (length > 0.0 && (!constraint.isEquality || constraint.number < any.rank)) {
+            Numbers row = constraint.row;
+            std::ranges::transform(row, row.begin(), [&](double x) { return x / length; });
+            result[constraint.isEquality ? "E" : "G"].push_back(row);
+            result[constraint.isEquality ? "e" : "h"].push_back(constraint.rhs / length);
+        }
+    }
+    return result;
+}
+
+class SlowPeer : public FreshState {};
+
+TEST_F(SlowPeer, AnInteriorPointMethodFindsTheSameOptimum) {
+    constexpr std::uint64_t Seed = 20;
+    std::vector<AnyProblem> problems;
+    rc::Random random(Seed);
+    for (const Shapes& shapes : {Shapes{1, 12, true}, Shapes{12, 50, true}}) {
+        for (int k = 0; k < 150; ++k) {
+            problems.push_back(anyProblem(shapes)(random.split(), rc::kNominalSize).value());
+        }
+    }
+    const std::string base = ::testing::TempDir() + "activeset_peer_" + std::to_string(getpid());
+    std::ofstream asked(base + ".in");
+    for (const AnyProblem& any : problems) {
+        asked << forPeer(any) << '\n';
+    }
+    asked.close();
+    const std::string command = "/usr/bin/python3 " ACTIVESET_GOLDEN_DIR "/../solve/peer.py '" +
+                                base + ".in' '" + base + ".out'";
+    const int status = std::system(command.c_str());
+    std::remove((base + ".in").c_str());
+    std::ifstream answers(base + ".out");
+    std::remove((base + ".out").c_str());
+    if (WEXITSTATUS(status) == 77 || WEXITSTATUS(status) == 127) {
+        GTEST_SKIP() << "python3-cvxopt is not installed";
+    }
+    ASSERT_EQ(status, 0);
+    size_t certain = 0;
+    for (size_t k = 0; k < problems.size(); ++k) {
+        SCOPED_TRACE("problem " + std::to_string(k) + " of seed " + std::to_string(Seed));
+        std::string line;
+        ASSERT_TRUE(std::getline(answers, line));
+        const json answer = json::parse(line);
+        Problem problem = problems[k].problem;
+        problem.Wineq = problem.Wlower = problem.Wupper = {};
+        if (k % 2 == 0) {
+            problem.x0 = problems[k].inside;
+        }
+        const Limits limits{2000, k % 2 == 0 ? 1e-9 : 1e-6, 1e-10};
+        const Result result = solve(problem, limits);
+        ASSERT_EQ(result.state, ASQP::Optimal);
+        // An interior-point method leaves a gap, a violation earns its multiplier; H ≥ I turns both
+        // into a distance.
+        const bool isCertain = answer.at("status") == "optimal";
+        certain += isCertain ? 1 : 0;
+        const double f = answer.at("f");
+        double gap = (isCertain ? 1e-9 : 1e-6) * (1.0 + std::abs(f));
+        for (const double multiplier : result.lambda) {
+            gap += limits.tolCon * std::abs(multiplier);
+        }
+        EXPECT_NEAR(result.f, f, gap);
+        const Numbers x = answer.at("x");
+        for (size_t i = 0; i < x.size(); ++i) {
+            EXPECT_NEAR(result.x[i], x[i], std::sqrt(2.0 * gap));
+        }
+    }
+    EXPECT_GT(certain, problems.size() * 9 / 10);
+}
+
+}  // namespace
+}  // namespace activeset::test
