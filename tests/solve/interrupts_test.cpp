@@ -12,8 +12,8 @@
 
 #include "solve/examples.hpp"
 #include "solve/recorder.hpp"
-#include "support/plain_problem.hpp"
 #include "support/fixture.hpp"
+#include "support/plain_problem.hpp"
 
 namespace activeset::test {
 namespace {
