@@ -6,6 +6,8 @@
 #include <cmath>
 #include <utility>
 
+#include "frontend/dense.hpp"
+
 namespace activeset::frontend {
 
 namespace {
@@ -75,41 +77,6 @@ Residual violationOf(const Data& data, const Vector& x, const std::vector<Sum>& 
 }
 
 }  // namespace
-
-std::vector<Sum> rowValues(const Data& data, const Vector& x) {
-    std::vector<Sum> rows(data.m);
-    for (std::size_t j = 0; j < data.n; ++j) {
-        if (x[j] == 0.0) {
-            continue;
-        }
-        const double* column = data.columnOfA(j);
-        for (std::size_t i = 0; i < data.m; ++i) {
-            rows[i].add(static_cast<Extended>(column[i]) * x[j]);
-        }
-    }
-    return rows;
-}
-
-std::vector<Sum> gradientSums(const Data& data, const Vector& x, const Vector& y, Linear linear) {
-    std::vector<Sum> sums(data.n);
-    for (std::size_t j = 0; j < data.n; ++j) {
-        Sum& sum = sums[j];
-        if (data.quadratic && !x.empty()) {
-            const double* column = data.columnOfH(j);
-            for (std::size_t i = 0; i < data.n; ++i) {
-                sum.add(static_cast<Extended>(column[i]) * x[i]);
-            }
-        }
-        if (linear == Linear::Included) {
-            sum.add(data.c[j]);
-        }
-        const double* column = data.columnOfA(j);
-        for (std::size_t i = 0; i < data.m; ++i) {
-            sum.add(static_cast<Extended>(column[i]) * y[i]);
-        }
-    }
-    return sums;
-}
 
 Residual violation(const Data& data, const Vector& x) {
     return violationOf(data, x, rowValues(data, x));

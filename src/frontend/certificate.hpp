@@ -4,29 +4,9 @@
 #define ACTIVESET_SRC_FRONTEND_CERTIFICATE_HPP
 
 #include "frontend/data.hpp"
-#include "frontend/dense.hpp"
+#include "frontend/sums.hpp"
 
 namespace activeset::frontend {
-
-/// A sum, and the sum of the magnitudes of its terms.
-struct Sum {
-    Extended value = 0;
-    double scale = 0.0;
-
-    void add(Extended term) {
-        value += term;
-        scale += static_cast<double>(term < 0 ? -term : term);
-    }
-};
-
-/// A·x, m sums.
-[[nodiscard]] std::vector<Sum> rowValues(const Data& data, const Vector& x);
-/// H·x + c + Aᵀy, n sums; without H for an empty x, with c or without.
-enum class Linear { Included, Omitted };
-[[nodiscard]] std::vector<Sum> gradientSums(const Data& data,
-                                            const Vector& x,
-                                            const Vector& y,
-                                            Linear linear = Linear::Included);
 
 /// Multipliers become zero where the side that they would stand for is absent.
 void project(const Data& data, Point& point);

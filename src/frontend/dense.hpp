@@ -1,5 +1,4 @@
-// The front end's dense linear algebra: BLAS and LAPACK behind factorisations that reveal rank, and
-// the type of sums in extended precision.
+// The front end's dense linear algebra: BLAS and LAPACK, behind factorisations that reveal rank.
 #ifndef ACTIVESET_SRC_FRONTEND_DENSE_HPP
 #define ACTIVESET_SRC_FRONTEND_DENSE_HPP
 
@@ -10,9 +9,6 @@
 #include "frontend/vector.hpp"
 
 namespace activeset::frontend {
-
-/// The type of sums whose rounding must not show in a double.
-using Extended = long double;
 
 /// Column-major, without gaps.
 struct Dense {

@@ -1,0 +1,85 @@
+// Four sums at a time: one alone would wait for its own last addition, and a sum that goes back to
+// memory after each term costs more than the term.
+#include "frontend/sums.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr std::size_t Width = 4;
+
+struct Block {
+    std::array<Extended, Width> values{};
+    std::array<double, Width> scales{};
+
+    void add(std::size_t k, double a, double b) {
+        values[k] += static_cast<Extended>(a) * b;
+        scales[k] += std::abs(a * b);
+    }
+};
+
+// sum += Σ a_i·b_i
+void addProducts(Sum& sum, const double* a, const double* b, std::size_t count) {
+    Block block;
+    std::size_t i = 0;
+    for (; i + Width <= count; i += Width) {
+        for (std::size_t k = 0; k < Width; ++k) {
+            block.add(k, a[i + k], b[i + k]);
+        }
+    }
+    for (; i < count; ++i) {
+        block.add(0, a[i], b[i]);
+    }
+    for (std::size_t k = 0; k < Width; ++k) {
+        sum.value += block.values[k];
+        sum.scale += block.scales[k];
+    }
+}
+
+}  // namespace
+
+std::vector<Sum> rowValues(const Data& data, const Vector& x) {
+    std::vector<Sum> rows(data.m);
+    for (std::size_t first = 0; first < data.m; first += Width) {
+        Block block;
+        const std::size_t width = std::min(Width, data.m - first);
+        const double* entry = data.A.data() + first;
+        if (width == Width) {
+            for (std::size_t j = 0; j < data.n; ++j, entry += data.m) {
+                for (std::size_t k = 0; k < Width; ++k) {
+                    block.add(k, entry[k], x[j]);
+                }
+            }
+        } else {
+            for (std::size_t j = 0; j < data.n; ++j, entry += data.m) {
+                for (std::size_t k = 0; k < width; ++k) {
+                    block.add(k, entry[k], x[j]);
+                }
+            }
+        }
+        for (std::size_t k = 0; k < width; ++k) {
+            rows[first + k] = {block.values[k], block.scales[k]};
+        }
+    }
+    return rows;
+}
+
+std::vector<Sum> gradientSums(const Data& data, const Vector& x, const Vector& y, Linear linear) {
+    std::vector<Sum> sums(data.n);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        if (data.quadratic && !x.empty()) {
+            addProducts(sums[j], data.columnOfH(j), x.data(), data.n);
+        }
+        if (linear == Linear::Included) {
+            sums[j].add(data.c[j]);
+        }
+        addProducts(sums[j], data.columnOfA(j), y.data(), data.m);
+    }
+    return sums;
+}
+
+}  // namespace activeset::frontend
