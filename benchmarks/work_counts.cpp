@@ -124,6 +124,9 @@ ACTIVESET_COUNTED(blas, rot, _ZN9activeset4blas3rotEmPdmS1_mRKNS0_8RotationE,
     (n, x, strideX, y, strideY, rotation))
 ACTIVESET_COUNTED(lapack, trtrs, _ZN9activeset6lapack5trtrsENS_9BasicViewIKdEENS1_IdEE,
     vectorFlops, 0.5 * product(r) * size(b.cols), Int, (ConstMatrixView r, MatrixView b), (r, b))
+ACTIVESET_COUNTED(lapack, trtrsTransposed,
+    _ZN9activeset6lapack15trtrsTransposedENS_9BasicViewIKdEENS1_IdEE,
+    vectorFlops, 0.5 * product(r) * size(b.cols), Int, (ConstMatrixView r, MatrixView b), (r, b))
 ACTIVESET_COUNTED(lapack, potrs, _ZN9activeset6lapack5potrsENS_9BasicViewIKdEENS1_IdEE,
     vectorFlops, product(a) * size(b.cols), Int, (ConstMatrixView a, MatrixView b), (a, b))
 ACTIVESET_COUNTED(lapack, potrf, _ZN9activeset6lapack5potrfENS_9BasicViewIdEE,
@@ -137,6 +140,12 @@ ACTIVESET_COUNTED(lapack, geqp3, _ZN9activeset6lapack5geqp3ENS_9BasicViewIdEEPlP
 ACTIVESET_COUNTED(lapack, orgqr, _ZN9activeset6lapack5orgqrENS_9BasicViewIdEElPKd,
     matrixFlops, orthogonalFactor(a, size(k)), Int, (MatrixView a, Int k, const double* tau),
     (a, k, tau))
+ACTIVESET_COUNTED(lapack, ormqr, _ZN9activeset6lapack5ormqrENS_2OpENS_9BasicViewIKdEEPS3_NS2_IdEE,
+    matrixFlops, (2.0 * product(a) - 2.0 * size(a.cols) * size(a.cols)) * size(b.cols), Int,
+    (Op op, ConstMatrixView a, const double* tau, MatrixView b), (op, a, tau, b))
+ACTIVESET_COUNTED(lapack, pstrf, _ZN9activeset6lapack5pstrfENS_9BasicViewIdEEPlS3_d,
+    matrixFlops, cholesky(a), Int, (MatrixView a, Int* jpvt, Int* rank, double tolerance),
+    (a, jpvt, rank, tolerance))
 ACTIVESET_COUNTED(lapack, gelsTransposed, _ZN9activeset6lapack14gelsTransposedENS_9BasicViewIdEES2_,
     matrixFlops, factorisation(a), Int, (MatrixView a, MatrixView b), (a, b))
 // clang-format on
