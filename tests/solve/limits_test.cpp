@@ -33,6 +33,15 @@ TEST_F(OutcomeLimits, OptimalIsSaidOfPointsThatAreNot) {
         {"a small row", {{{1}}, {0}, {{-1e-9}}, {-1e-7}}, {0}},
         // The direction is shorter than TolX although the gradient is not zero.
         {"a small gradient", {{{1}}, {-5e-9}}, {0}},
+        // The upper bound of x1 is taken for a lower one, with right-hand side 0.
+        {"a list with a bound that does not exist",
+         {.H = {{1, 0}, {0, 1}},
+          .c = {-3, 0},
+          .lb = {-Inf, 0},
+          .ub = {1, Inf},
+          .Wlower = {1},
+          .Wupper = {1}},
+         {0, 0}},
     };
     for (const FalseOptimum& example : examples) {
         SCOPED_TRACE(example.name);
@@ -67,6 +76,14 @@ TEST_F(OutcomeLimits, AStopInsidePhaseOneIsReportedAsInfeasible) {
     EXPECT_EQ(proven.solve().getSolutoinState(), ASQP::Infeasible);
     EXPECT_EQ(proven.solver.getPhaseOneOutcome().state, ASQP::Optimal);
     EXPECT_NEAR(proven.solver.getPhaseOneOutcome().violation, 0.5, 1e-12);
+}
+
+// x ≥ 1e5. On the row, γ falls by 1e-10 with a step of length one.
+TEST_F(OutcomeLimits, ARowSoSmallThatPhaseOneTakesNoStepIsReportedAsInfeasible) {
+    Bench bench(Problem{{{1.0}}, {0.0}, {{-1e-10}}, {-1e-5}});
+    EXPECT_EQ(bench.solve().getSolutoinState(), ASQP::Infeasible);
+    EXPECT_EQ(bench.solver.getPhaseOneOutcome().state, ASQP::Optimal);
+    EXPECT_NEAR(bench.solver.getPhaseOneOutcome().violation, 1e-5, 1e-12);
 }
 
 TEST_F(OutcomeLimits, EqualitiesThatAgreeToRoundingCanCountAsInconsistent) {
