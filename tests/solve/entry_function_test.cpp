@@ -47,13 +47,6 @@ TEST_F(EntryFunction, ResultsAreThoseFoundByHand) {
     EXPECT_NEAR(withEqualities.lambda.at(3), 1.0, 1e-14);  // behind the equalities and x1's
 }
 
-TEST_F(EntryFunction, MultipliersOfAnInfeasibleProblemAreZero) {
-    const Result result = solve(infeasible());
-    EXPECT_EQ(result.lambda, Numbers(2 + 2 * 2, 0.0));
-    // Both rows are violated by the same amount where the largest violation is smallest.
-    EXPECT_NEAR(result.x.at(0) + result.x.at(1), 2.5, 1e-9);
-}
-
 /// A call that must raise, as a change to the triangle's call.
 struct Mistake {
     std::string name;
