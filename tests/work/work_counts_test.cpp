@@ -79,16 +79,18 @@ Counts countsOf(const bench::Case& which, bool isWarm) {
 }
 
 TEST_P(WorkCounts, StayWithinTheirBudget) {
-    constexpr double More = 1.03;  // another BLAS repairs or rebuilds at other places
-    constexpr double Less = 0.5;   // the budget guards nothing any more, or the counts fail
+    // Another BLAS repairs or rebuilds at other places, or needs a pass more at a solution.
+    constexpr double More = 1.05;
+    constexpr double PassesMore = 1.0;
+    constexpr double Less = 0.5;  // the budget guards nothing any more, or the counts fail
     const Budget& budget = GetParam();
     const Counts counts = countsOf(bench::makeCase(budget.family, budget.n), budget.isWarm);
-    const auto expect = [&](double Counts::*count, const char* name) {
-        EXPECT_LE(counts.*count, More * budget.counts.*count) << name;
+    const auto expect = [&](double Counts::*count, const char* name, double slack = 0.0) {
+        EXPECT_LE(counts.*count, More * budget.counts.*count + slack) << name;
         EXPECT_GE(counts.*count, Less * budget.counts.*count) << name << ": lower the budget";
     };
-    expect(&Counts::phaseOnePasses, "passes of phase one");
-    expect(&Counts::passes, "passes of the main loop");
+    expect(&Counts::phaseOnePasses, "passes of phase one", PassesMore);
+    expect(&Counts::passes, "passes of the main loop", PassesMore);
     expect(&Counts::hostRequests, "requests for host memory");
     expect(&Counts::bytes, "bytes held");
     expect(&Counts::flops, "operations");
