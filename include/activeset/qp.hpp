@@ -190,9 +190,9 @@ struct Progress {
 
 /// Where a solve without a warm start begins.
 enum class Start {
-    Automatic,  ///< Predict
-    Predict,  ///< a strictly convex problem at a prediction of its working set, where one is found
-    Cold      ///< at Problem::start
+    Automatic,  ///< Predict, unless a callback or a limit asks for the passes of the core
+    Predict,    ///< a strictly convex problem at a prediction of its working set
+    Cold        ///< at Problem::start
 };
 
 struct Settings {
@@ -238,7 +238,8 @@ struct Farkas {
 struct Iterations {
     std::size_t phaseOne = 0;
     std::size_t main = 0;
-    std::size_t prediction = 0;  ///< rounds of the prediction
+    std::size_t prediction = 0;  ///< rounds of guessing the working set
+    std::size_t dual = 0;        ///< steps of the dual method, where guessing did not end
     std::size_t proximal = 0;    ///< subproblems of the proximal-point loop
     std::size_t refinement = 0;  ///< corrections in extended precision
 };

@@ -62,8 +62,11 @@ Answer Engine::solve(Vector x, WorkingSet set) {
         return std::move(answer_);
     }
     rho_ = convexity.kind == Convexity::Strict ? 0.0 : firstWeight(data);
-    if (provesWorkingSet() || provesPrediction()) {
+    if (provesWorkingSet()) {
         answer_.status = Status::Optimal;
+        return std::move(answer_);
+    }
+    if (provesPrediction()) {
         return std::move(answer_);
     }
     Next next = Next::Again;
@@ -96,23 +99,52 @@ bool Engine::provesWorkingSet() {
     return isProved();
 }
 
+bool Engine::mayPredict() const {
+    const bool isWatched = settings_.onPass || settings_.maxIterations != 0;
+    return rho_ == 0.0 && set_.size() == 0 &&
+           (settings_.start == Start::Predict ||
+            (settings_.start == Start::Automatic && !isWatched));
+}
+
 // Without a working set to begin with, one is predicted. Where the prediction is not proved as it
 // stands, the core begins with it.
 bool Engine::provesPrediction() {
-    const Dense* factor = problem_.factorOfHessian();
-    if (settings_.start == Start::Cold || rho_ != 0.0 || set_.size() != 0 || factor == nullptr) {
+    const Dense* factor = mayPredict() ? problem_.factorOfHessian() : nullptr;
+    if (factor == nullptr) {
         return false;
     }
     Prediction prediction = predict(problem_.scaled, *factor, control_);
-    answer_.prediction = prediction.iterations;
-    answer_.wasPredicted = prediction.hasConverged;
-    if (!prediction.hasConverged) {
+    answer_.prediction = prediction.rounds;
+    answer_.dual = prediction.steps;
+    if (prediction.isInfeasible) {
+        return provesContradiction(std::move(prediction.point));
+    }
+    if (!prediction.isSettled) {
         return false;
     }
+    answer_.wasPredicted = true;
     centre_ = prediction.point.x;
     set_ = prediction.set;
     consider(std::move(prediction.point), set_);
+    answer_.status = isProved() ? Status::Optimal : answer_.status;
     return isProved();
+}
+
+// A predicted contradiction has to be a proof for points of any size that matters: the equations
+// that it comes from may be nearly singular.
+bool Engine::provesContradiction(Point multipliers) {
+    constexpr double LargestResidual = 1e-9;
+    if (!provesInfeasibility(problem_, std::move(multipliers.y), std::move(multipliers.z),
+                             answer_)) {
+        return false;
+    }
+    if (!(answer_.farkas->residual.absolute <= LargestResidual)) {
+        answer_.farkas.reset();
+        return false;
+    }
+    consider({centre_, Vector(problem_.scaled.m, 0.0), Vector(problem_.scaled.n, 0.0)}, set_);
+    answer_.status = Status::Infeasible;
+    return true;
 }
 
 Run Engine::run() {

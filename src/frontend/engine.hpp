@@ -24,6 +24,7 @@ struct Answer {
     Residual directionResidual;
     bool wasPredicted = false;
     std::size_t prediction = 0;
+    std::size_t dual = 0;
     std::size_t proximal = 0;
     std::size_t refinement = 0;
     double polishSeconds = 0.0;
@@ -43,7 +44,9 @@ private:
     enum class Next { Again, Done };
 
     [[nodiscard]] bool provesWorkingSet();
+    [[nodiscard]] bool mayPredict() const;
     [[nodiscard]] bool provesPrediction();
+    [[nodiscard]] bool provesContradiction(Point multipliers);
     [[nodiscard]] Run run();
     [[nodiscard]] Next follow(Run& run);
     [[nodiscard]] Next followPoint(Run& run);

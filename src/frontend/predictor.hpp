@@ -10,16 +10,20 @@ namespace activeset::frontend {
 
 struct Prediction {
     /// The guess explains itself: its point violates nothing, its multipliers have their signs.
-    bool hasConverged = false;
-    Point point;  ///< only then
+    bool isSettled = false;
+    /// Instead: y and z of the point are multipliers by which the constraints contradict each
+    /// other.
+    bool isInfeasible = false;
+    Point point;
     WorkingSet set;
-    std::size_t iterations = 0;
+    std::size_t rounds = 0;  ///< of guessing
+    std::size_t steps = 0;   ///< of the dual method, where guessing went round in circles
 };
 
 /// Primal-dual active sets, which is Newton's method for the optimality conditions (Hintermüller,
 /// Ito and Kunisch 2002; Kunisch and Rendl 2003): the equations of the guessed set are solved, then
 /// members whose multipliers have the wrong sign go, and what is violated comes, all at once. That
-/// ends after a few rounds or goes round in circles; then the prediction is worth nothing.
+/// ends after a few rounds or goes round in circles; then the dual method takes over.
 ///
 /// @param factor  the upper Cholesky factor of H
 [[nodiscard]] Prediction predict(const Data& data, const Dense& factor, Control& control);

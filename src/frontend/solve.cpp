@@ -97,8 +97,9 @@ Result solvePrepared(Prepared& problem,
     result.direction = std::move(answer.direction);
     result.directionResidual = answer.directionResidual;
     result.wasPredicted = answer.wasPredicted;
-    result.iterations = {control.phaseOnePasses(), control.mainPasses(), answer.prediction,
-                         answer.proximal, answer.refinement};
+    result.iterations = {control.phaseOnePasses(), control.mainPasses(),
+                         answer.prediction,        answer.dual,
+                         answer.proximal,          answer.refinement};
     result.times.polish = answer.polishSeconds;
     result.times.total = control.seconds();
     result.times.solve = result.times.total - result.times.setup - result.times.polish;

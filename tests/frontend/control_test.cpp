@@ -70,7 +70,7 @@ Sample longSample() {
 TEST_F(FrontEndControl, EndsASolveAndSaysWhy) {
     const Sample sample = longSample();
     const std::size_t passes = [&] {
-        const Result r = solve(sample.view());
+        const Result r = solve(sample.view(), {.start = Start::Cold});
         return r.iterations.phaseOne + r.iterations.main;
     }();
     ASSERT_GT(passes, 10U);

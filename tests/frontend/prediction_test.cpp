@@ -2,6 +2,7 @@
 #include <map>
 
 #include "benchmarks/families.hpp"
+#include "frontend/dual_active_set.hpp"
 #include "frontend/generator.hpp"
 #include "support/fixture.hpp"
 
@@ -43,6 +44,42 @@ TEST_F(Predictions, ChangeNoAnswer) {
         }
     }
     EXPECT_GT(met[true], 100);
+}
+
+/// Alone, from nothing: an optimum with its multipliers, or a contradiction.
+TEST_F(Predictions, AreMadeByTheDualMethodAlone) {
+    std::map<Status, int> met;
+    for (unsigned seed = 0; seed < 1000; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const Sample sample = randomSample(seed, 12, seed % 2 == 0);
+        const frontend::Data data = frontend::copyOf(sample.view());
+        frontend::Dense factor(data.n, data.n);
+        factor.values = data.H;
+        if (!data.quadratic || !frontend::factoriseUpper(factor, 1e-8)) {
+            continue;
+        }
+        const Settings settings = startingFrom(Start::Cold);
+        const Result cold = solve(sample.view(), settings);
+        frontend::Control control(settings, 1000);
+        frontend::SchurSystem system(data, factor);
+        const frontend::DualOutcome outcome =
+            solveDual(data, system, frontend::Sides(data), control);
+        ++met[cold.status];
+        if (cold.status == Status::Infeasible) {
+            EXPECT_EQ(outcome.end, frontend::DualOutcome::Infeasible);
+            continue;
+        }
+        ASSERT_EQ(cold.status, Status::Optimal);
+        ASSERT_EQ(outcome.end, frontend::DualOutcome::Optimal);
+        for (std::size_t j = 0; j < data.n; ++j) {
+            EXPECT_NEAR(outcome.x[j], cold.x[j], 1e-7 * (1.0 + std::abs(cold.x[j])));
+        }
+        for (std::size_t k = 0; k < system.members().size(); ++k) {
+            EXPECT_GE(outcome.sides.sign(system.members()[k]) * outcome.multipliers[k], 0.0);
+        }
+    }
+    EXPECT_GT(met[Status::Optimal], 100);
+    EXPECT_GT(met[Status::Infeasible], 5);
 }
 
 /// Families at sizes where a prediction pays: it is found, and is the whole solve.
