@@ -26,7 +26,7 @@ public:
         while (steps_ < mostSteps && !control_.mustEnd()) {
             const std::size_t worst = mostViolated();
             if (worst == None) {
-                end = DualOutcome::Optimal;
+                end = holdsMembers() ? DualOutcome::Optimal : DualOutcome::Stopped;
                 break;
             }
             if (!pull(worst)) {
@@ -86,6 +86,18 @@ private:
             }
         }
         return worst;
+    }
+
+    // Equalities that depend on others have no multiplier, and may contradict them.
+    [[nodiscard]] bool holdsMembers() const {
+        constexpr double Contradiction = 1e-6;
+        const Vector values = sides_.values(x_);
+        const std::vector<std::size_t>& members = system_.members();
+        return std::none_of(members.begin(), members.end(), [&](std::size_t member) {
+            const double target = sides_.target(member);
+            return std::abs(values[member] - target) >
+                   Contradiction * std::max(1.0, std::abs(target));
+        });
     }
 
     // The gradient of a constraint in the direction in which it is violated.
