@@ -49,7 +49,14 @@ private:
 
 /// One solve, bound to arrays of the open scope.
 struct RecordedSolve {
-    explicit RecordedSolve(const Problem& problem, const Limits& limits = {}) : bench(problem) {
+    /// @param carriesResiduals the residuals follow from step to step even in the smallest problem
+    explicit RecordedSolve(const Problem& problem,
+                           const Limits& limits = {},
+                           bool carriesResiduals = false)
+        : bench(problem) {
+        if (carriesResiduals) {
+            TestAccess::carryResidualsFrom(bench.solver, 0);
+        }
         options.setMaxIter(limits.maxIter);
         options.setTolCon(limits.tolCon);
         options.setTolX(limits.tolX);
