@@ -175,7 +175,7 @@ def main():
     parser.add_argument("--without-peers", action="store_true")
     parser.add_argument("--problems", default=HERE.parent.parent / "shared" / "problems" / "maros")
     parser.add_argument("selection", nargs="*")
-    options = parser.parse_args()
+    options = parser.parse_intermixed_args()
     model, flags = machine()
     environment = peer_environment(flags)
     print(model)
