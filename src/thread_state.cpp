@@ -3,6 +3,7 @@
 
 namespace activeset {
 
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): see the header
 constinit thread_local ThreadState* currentThreadState = nullptr;
 
 ThreadState& makeThreadState() noexcept {

@@ -2,7 +2,6 @@
 // memory after each term costs more than the term.
 #include "frontend/sums.hpp"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -44,25 +43,21 @@ void addProducts(Sum& sum, const double* a, const double* b, std::size_t count) 
 
 std::vector<Sum> rowValues(const Data& data, const Vector& x) {
     std::vector<Sum> rows(data.m);
-    for (std::size_t first = 0; first < data.m; first += Width) {
+    std::size_t i = 0;
+    for (; i + Width <= data.m; i += Width) {
         Block block;
-        const std::size_t width = std::min(Width, data.m - first);
-        const double* entry = data.A.data() + first;
-        if (width == Width) {
-            for (std::size_t j = 0; j < data.n; ++j, entry += data.m) {
-                for (std::size_t k = 0; k < Width; ++k) {
-                    block.add(k, entry[k], x[j]);
-                }
-            }
-        } else {
-            for (std::size_t j = 0; j < data.n; ++j, entry += data.m) {
-                for (std::size_t k = 0; k < width; ++k) {
-                    block.add(k, entry[k], x[j]);
-                }
+        for (std::size_t j = 0; j < data.n; ++j) {
+            for (std::size_t k = 0; k < Width; ++k) {
+                block.add(k, data.columnOfA(j)[i + k], x[j]);
             }
         }
-        for (std::size_t k = 0; k < width; ++k) {
-            rows[first + k] = {block.values[k], block.scales[k]};
+        for (std::size_t k = 0; k < Width; ++k) {
+            rows[i + k] = {block.values[k], block.scales[k]};
+        }
+    }
+    for (; i < data.m; ++i) {
+        for (std::size_t j = 0; j < data.n; ++j) {
+            rows[i].add(static_cast<Extended>(data.columnOfA(j)[i]) * x[j]);
         }
     }
     return rows;
