@@ -15,6 +15,7 @@
 
 #include "activeset/options_solution.hpp"
 #include "benchmarks/cases.hpp"
+#include "benchmarks/front_end.hpp"
 #include "benchmarks/kernels.hpp"
 #include "benchmarks/solve.hpp"
 #include "benchmarks/split_solve.hpp"
@@ -164,6 +165,49 @@ void writeProblem(const Problem& problem, const std::filesystem::path& path) {
     }
 }
 
+/// The front end's times from predicted and from cold starts, and what the predictions took.
+void addFrontEnd(const std::vector<Problem>& problems,
+                 const std::vector<Outcome>& outcomes,
+                 double seconds,
+                 Json& line) {
+    constexpr int Most = 15;
+    const std::vector<FrontProblem> all(problems.begin(), problems.end());
+    double rounds = 0.0;
+    double steps = 0.0;
+    double predicted = 0.0;
+    double corePasses = 0.0;
+    for (size_t k = 0; k < all.size(); ++k) {
+        const activeset::Result result = all[k].solve(activeset::Start::Automatic);
+        if (std::abs(result.objective - outcomes[k].value) >
+            1e-6 * (1.0 + std::abs(outcomes[k].value))) {
+            throw std::runtime_error("the front end's objective differs");
+        }
+        rounds += static_cast<double>(result.iterations.prediction);
+        steps += static_cast<double>(result.iterations.dual);
+        predicted += result.wasPredicted ? 1.0 : 0.0;
+        corePasses += static_cast<double>(result.iterations.phaseOne + result.iterations.main);
+    }
+    const auto solveAll = [&all](activeset::Start start) {
+        return [&all, start] {
+            std::ranges::for_each(all, [start](const FrontProblem& p) { p.solve(start); });
+        };
+    };
+    Stopwatch predictedTime;
+    Stopwatch coldTime;
+    const double begin = processorTime();
+    int round = 0;
+    do {
+        predictedTime.sample(solveAll(activeset::Start::Automatic));
+        coldTime.sample(solveAll(activeset::Start::Cold));
+    } while (++round < Most && processorTime() - begin < seconds);
+    line["front_seconds"] = over(predictedTime.seconds(), all.size());
+    line["front_cold_seconds"] = over(coldTime.seconds(), all.size());
+    line["front_rounds"] = over(rounds, all.size());
+    line["front_dual_steps"] = over(steps, all.size());
+    line["front_core_passes"] = over(corePasses, all.size());
+    line["front_predicted"] = over(predicted, all.size());
+}
+
 /// Solves every problem once, counted, and judges what came out.
 std::vector<Outcome> countedOutcomes(const std::vector<Call>& calls,
                                      const std::vector<Problem>& problems,
@@ -253,6 +297,7 @@ Json measure(const Case& which, const Settings& settings) {
     if (settings.split) {
         addSplit(settings, first, product, line);
     }
+    addFrontEnd(which.problems, outcomes, settings.seconds, line);
     if (!settings.folder.empty()) {
         std::filesystem::create_directories(settings.folder);
         for (size_t k = 0; k < which.problems.size(); ++k) {

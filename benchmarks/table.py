@@ -45,6 +45,9 @@ GFLOP/s     counted operations over time; peak: their time at the rates of dgemm
 dgemv       one product of an n x n matrix with a vector, beside the solves in the same process
 pass, 1st   a pass of the main loop, of phase one, in such products (first problem of the row)
 plain, quadprog, cvxopt   their time over ours: ZᵀHZ formed in every pass; a dual active-set method; an interior point
+predicted   share of the problems whose start was predicted, in so many rounds of guessing and steps of the dual method;
+            passes: those of the core afterwards
+cold, entry the front end's time from a cold start, the entry function's time, over the front end's
 """
 
 
@@ -100,6 +103,7 @@ def measure(options, arguments, environment):
                 numbers = [float(word) for word in run.stdout.split()]
                 require_same(peer, numbers[1:], row["values"])
                 row[peer] = numbers[0] / row["seconds"]
+                row["front_" + peer] = numbers[0] / row["front_seconds"]
     return row
 
 
@@ -135,19 +139,34 @@ COLUMNS = [
     ("cvxopt", 6, lambda r: number(r["cvxopt"])),
 ]
 
+# The front end, in a table of its own.
+FRONT_COLUMNS = [
+    ("family", 10, lambda r: r["family"]),
+    ("n", 5, lambda r: str(r["n"])),
+    ("time", 8, lambda r: time(r["front_seconds"])),
+    ("predicted", 9, lambda r: f"{100 * r['front_predicted']:.0f} %"),
+    ("rounds", 6, lambda r: number(r["front_rounds"])),
+    ("dual", 6, lambda r: number(r["front_dual_steps"])),
+    ("passes", 6, lambda r: number(r["front_core_passes"])),
+    ("cold", 6, lambda r: number(r["front_cold_seconds"] / r["front_seconds"])),
+    ("entry", 6, lambda r: number(r["seconds"] / r["front_seconds"])),
+    ("quadprog", 8, lambda r: number(r["front_quadprog"])),
+    ("cvxopt", 6, lambda r: number(r["front_cvxopt"])),
+]
 
-def print_row(cell):
+
+def print_row(cell, columns=COLUMNS):
     print(*(cell(column).rjust(column[1]) if k else cell(column).ljust(column[1])
-            for k, column in enumerate(COLUMNS)), flush=True)
+            for k, column in enumerate(columns)), flush=True)
 
 
-def print_measured(row):
+def print_measured(row, columns=COLUMNS):
     def cell(column):
         try:
             return column[2](row)
         except KeyError:
             return "-"
-    print_row(cell)
+    print_row(cell, columns)
 
 
 def cases(options):
@@ -183,6 +202,7 @@ def main():
         print("(not all peers are installed)")
     print_row(lambda column: column[0])
     failures = []
+    rows = []
     for arguments in cases(options):
         try:
             row = measure(options, arguments, environment)
@@ -193,6 +213,11 @@ def main():
             print(f"{pathlib.Path(arguments[-1]).stem}: {row}", flush=True)
         else:
             print_measured(row)
+            rows.append(row)
+    print("\nThe same problems through the C++ front end, proofs included:")
+    print_row(lambda column: column[0], FRONT_COLUMNS)
+    for row in rows:
+        print_measured(row, FRONT_COLUMNS)
     print(LEGEND)
     print(*failures, sep="\n", end="\n" if failures else "")
     return 1 if failures else 0
