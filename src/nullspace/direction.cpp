@@ -193,7 +193,7 @@ void NullSpaceAS::_computeLambda(Matrix& g, Matrix& multipliers) {
     const size_t n = OPTsizes::getnVar();
     const size_t m = ActiveSet::getmaConstr();
     activeset::DirectionVectors& vectors = _workspace().vectors;
-    vectors.reserve(n);
+    vectors.reserve(std::max(n, m));  // phase one may have more constraints than variables
     double* u = vectors.solved();
     activeset::multiplyTransposed(activeset::block(Q, 0, m, n), vectorOf(g, n), u);
     const auto info = lapack::trtrs(activeset::block(QRwset, 0, m, m), MatrixView(u, m, 1));

@@ -11,7 +11,7 @@ namespace activeset {
 class DirectionVectors {
 public:
     void reserve(size_t n) {
-        if (columns_.getRows() != n) {
+        if (columns_.getRows() < n) {
             columns_.reset(n, 4);
         }
     }
