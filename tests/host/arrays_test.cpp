@@ -42,6 +42,15 @@ TEST_F(ArrayStorage, EveryClassIsZeroFilledColumnMajorAndCopiedDeeply) {
     }
 }
 
+TEST_F(ArrayStorage, DescriptionsTellShapeClassStorageAndElements) {
+    vxArray* whole = vxCreateNumericMatrix(1, 2, vxClass::Int32, vxComplexity::Real);
+    static_cast<std::int32_t*>(vxGetData(whole))[1] = -7;
+    EXPECT_EQ(vxDescribe(whole), "1-by-2 int32\n0 -7\n");
+    EXPECT_EQ(vxDescribe(sparse({{0, 1.5}, {2, 0}})), "2-by-2 double sparse\n0 1.5\n2 0\n");
+    EXPECT_EQ(vxDescribe(vxCreateNumericMatrix(0, 3, vxClass::Logical, vxComplexity::Complex)),
+              "0-by-3 logical complex\n");
+}
+
 TEST_F(ArrayStorage, BuffersAreUsedInPlaceCopiedOnlyByADeepCopyAndBoundLaterShapes) {
     std::vector<double> buffer{1, 2, 3, 4, 5, 6};
     const vxArray* wrapped = vxWrapDoubleMatrix(buffer.data(), 2, 3);

@@ -36,6 +36,18 @@ protected:
     std::unique_ptr<PhaseOneConstraint> relaxed;
 };
 
+TEST_F(RelaxedConstraints, WhatIsNotRelaxedIsThatOfTheSetBeneath) {
+    EXPECT_EQ(&relaxed->getb(), &main->getb());
+    EXPECT_EQ(&relaxed->getbeq(), &main->getbeq());
+    EXPECT_EQ(&relaxed->getblb(), &main->getblb());
+    EXPECT_EQ(&relaxed->getlb(), &main->getlb());
+    EXPECT_EQ(&relaxed->getub(), &main->getub());
+    EXPECT_EQ(&relaxed->getbfixed(), &main->getbfixed());
+    EXPECT_EQ(relaxed->getindexLB(), main->getindexLB());
+    EXPECT_EQ(relaxed->getindexFixed(), main->getindexFixed());
+    EXPECT_EQ(relaxed->getAfixed().getRows(), 0U);
+}
+
 TEST_F(RelaxedConstraints, OneBoundMoreIsRegisteredOnTheArtificialVariable) {
     expectCounts(5, 2);
     EXPECT_EQ(OPTsizes::getmLB(), 1U);

@@ -2,6 +2,10 @@
 #ifndef ACTIVESET_TESTS_SOLVE_EXAMPLES_HPP
 #define ACTIVESET_TESTS_SOLVE_EXAMPLES_HPP
 
+#include <algorithm>
+#include <cstdint>
+#include <numeric>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -64,6 +68,32 @@ inline Problem dependent() {
 inline Problem flat() {
     Problem problem = triangle();
     problem.H = {{0, 0}, {0, 0}};
+    return problem;
+}
+
+/// Many passes in both phases: rows that (1, …, 1) satisfies, from a start that violates most of
+/// them.
+inline Problem longWay(std::uint32_t seed, size_t n, size_t rows) {
+    std::mt19937 generator(seed);
+    std::normal_distribution<double> normal;
+    const auto row = [&] {
+        Numbers result(n);
+        std::generate(result.begin(), result.end(), [&] { return normal(generator); });
+        return result;
+    };
+    Problem problem{.H = {}, .c = row(), .lb = Numbers(n, -2.0), .x0 = row()};
+    for (size_t i = 0; i < n; ++i) {
+        problem.H.emplace_back(n, 0.0)[i] = 1.0;
+        problem.c[i] *= 50.0;
+        problem.x0[i] *= 50.0;
+    }
+    for (size_t i = 0; i < rows + 3; ++i) {
+        const bool isEquality = i < 3;
+        (isEquality ? problem.Aeq : problem.A).push_back(row());
+        const Numbers& added = (isEquality ? problem.Aeq : problem.A).back();
+        const double sum = std::accumulate(added.begin(), added.end(), 0.0);
+        (isEquality ? problem.beq : problem.b).push_back(isEquality ? sum : sum + 0.1);
+    }
     return problem;
 }
 

@@ -54,6 +54,24 @@ TEST_F(OutcomeLimits, OptimalIsSaidOfPointsThatAreNot) {
     }
 }
 
+// A rate counts from 1000·ε·‖p‖ on. Here ‖p‖ is 2⁵⁰, and x₂ approaches its bound at a rate of 1.
+TEST_F(OutcomeLimits, AVeryLongDirectionGoesThroughTheConstraints) {
+    Problem problem{.H = {{0x1p-50, 0}, {0, 1}}, .c = {-1, -1}, .ub = {Inf, 0.5}};
+    const Result alone = solve(problem);
+    EXPECT_EQ(alone.state, ASQP::Optimal);
+    EXPECT_EQ(alone.x, (Numbers{0x1p50, 1.0}));
+
+    // Two more at their bounds; the multipliers let the one go that has no curvature.
+    problem.H = {{0x1p-50, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 1}};
+    problem.c = {-1, -1, -1, 1};
+    problem.lb = {-Inf, -Inf, 0, 0};
+    problem.ub = {Inf, 0.5, Inf, Inf};
+    problem.Wlower = {3, 4};
+    const Result later = solve(problem);
+    EXPECT_EQ(later.state, ASQP::HessianNotPositiveDefinite);
+    EXPECT_EQ(later.x, (Numbers{0x1p50, 1.0, 1.0, 0.0}));
+}
+
 TEST_F(OutcomeLimits, ALinearObjectiveWithNothingActiveIsCalledOptimalAtInfinity) {
     Bench bench(Problem{{}, {1.0}});
     const ASsolution solution = bench.solve();

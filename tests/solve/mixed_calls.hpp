@@ -78,8 +78,9 @@ inline std::vector<MixedCall> mixedCalls(size_t count, std::uint32_t seed) {
                                            .interrupt = example.isInterrupted});
     }
     calls.emplace_back(fuzz::EntryCall{.problem = box(40)});
+    calls.emplace_back(fuzz::EntryCall{.problem = longWay(seed, 40, 420)});
     std::mt19937 generator(seed);
-    while (calls.size() < count + examples().size() + 1) {
+    while (calls.size() < count + examples().size() + 2) {
         std::vector<std::uint8_t> random(2000);
         std::generate(random.begin(), random.end(),
                       [&] { return static_cast<std::uint8_t>(generator()); });

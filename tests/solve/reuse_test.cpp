@@ -38,6 +38,27 @@ TEST_F(Reuse, ASolverServesAgainAfterAnError) {
     EXPECT_EQ(bits(values(bench.solve().xstarRef())), bits(values(expected)));
 }
 
+TEST_F(Reuse, AnAssignedSolverHasAllThatItsSourceHadAndServesLikeIt) {
+    const Problem problem = box(8);
+    Bench bench(problem);
+    bench.options.setMaxIter(3);
+    NullSpaceAS assigned;
+    static_cast<void>(bench.solve());
+    assigned = bench.solver;
+    EXPECT_EQ(assigned.getSolution().getSolutoinState(), ASQP::MaxIterReached);
+    EXPECT_EQ(assigned._getCurrentIter(), bench.solver._getCurrentIter());
+    EXPECT_EQ(values(assigned.getSolution().xstarRef()),
+              values(bench.solver.getSolution().xstarRef()));
+    EXPECT_EQ(rowsOf(assigned.getAw()), rowsOf(bench.solver.getAw()));
+    EXPECT_EQ(assigned.getActiveSet().getWset()[0], bench.solver.getActiveSet().getWset()[0]);
+    bench.options.setMaxIter(1000);
+    const Numbers expected = values(bench.solve().xstarRef());
+    const ASsolution solution =
+        assigned(*bench.objective, bench.constraint, column(problem.start()), bench.options,
+                 nullptr, nullptr, nullptr);
+    EXPECT_EQ(values(solution.xstarRef()), expected);
+}
+
 TEST_F(Reuse, FromItsOwnResultASolveTakesAtMostThreePasses) {
     for (const Problem& problem : {box(12), triangleFromOutside(), dependent()}) {
         const Result cold = solve(problem);
