@@ -112,7 +112,8 @@ Judgement judge(const Data& data, const Point& point) {
     addSides(sides, z, data.lower, data.upper);
     judgement.certificate.dual = dual.result();
     Largest gap;
-    gap.add(magnitude(quadratic.value + linear.value + sides.value),
+    judgement.signedGap = static_cast<double>(quadratic.value + linear.value + sides.value);
+    gap.add(std::abs(judgement.signedGap),
             std::max({magnitude(quadratic.value), linear.scale, sides.scale}));
     judgement.certificate.gap = gap.result();
     judgement.objective = static_cast<double>(quadratic.value / 2 + linear.value + data.constant);

@@ -14,6 +14,7 @@ void project(const Data& data, Point& point);
 struct Judgement {
     Certificate certificate;
     double objective = 0.0;  ///< constant included
+    double signedGap = 0.0;  ///< primal minus dual objective
 };
 
 /// Of the point as project() would leave it.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "activeset/host.hpp"
+#include "frontend/balance.hpp"
 #include "frontend/engine.hpp"
 #include "frontend/session.hpp"
 
@@ -37,6 +38,8 @@ const char* textOf(Status status) noexcept {
 }
 
 namespace {
+
+constexpr double WorthIt = 1e-10;  // an absolute gap above this is made smaller if it can be
 
 // Where the solve begins, in scaled variables: inside the bounds.
 frontend::Vector startOf(const frontend::Prepared& problem, frontend::Vector x) {
@@ -85,6 +88,9 @@ Result solvePrepared(Prepared& problem,
     control.rethrow();
     Point point = problem.scaling.unscaled(std::move(answer.point));
     project(problem.user, point);
+    if (answer.status == Status::Optimal && answer.judgement.certificate.gap.absolute > WorthIt) {
+        balance(problem.user, answer.set, point, answer.judgement);
+    }
     result.status = answer.status;
     result.exitCode = answer.exitCode;
     result.x = std::move(point.x);

@@ -1,6 +1,7 @@
 // A certificate that is wrong in one number does not hold.
 #include "frontend/certificate.hpp"
 
+#include "frontend/balance.hpp"
 #include "frontend/generator.hpp"
 #include "support/fixture.hpp"
 
@@ -95,6 +96,25 @@ TEST_F(Certificates, MeasureTheGapOfAPointThatIsFeasibleButNotOptimal) {
     EXPECT_EQ(at3.gap.absolute, 2.0);
     const Certificate at0 = judge(dataOf(s), {{0.0}, {}, {-1.0}}).certificate;
     EXPECT_EQ(at0.primal.absolute, 1.0);
+}
+
+// min x₁ + x₂ with x₁ ≥ 1e9 and x₂ ≥ 1: one unit in the last place of the first multiplier is a gap
+// of 2e-7, which the second can take up at the price of a dual residual of that size, but no other
+// change may make anything worse.
+TEST_F(Certificates, AreBalancedOnlyWhereTheLargestResidualFalls) {
+    const Sample s{2, 0, {}, {1.0, 1.0}, {}, {}, {}, {1e9, 1e3}, {Infinity, Infinity}, {}};
+    const Data data = dataOf(s);
+    WorkingSet set;
+    set.atLower = {0, 1};
+    frontend::Point point{{1e9, 1e3}, {}, {std::nextafter(-1.0, 0.0), -1.0}};
+    frontend::Judgement judgement = judge(data, point);
+    EXPECT_NEAR(judgement.certificate.gap.absolute, 1.1e-7, 1e-8);
+    balance(data, set, point, judgement);
+    EXPECT_LT(judgement.certificate.gap.absolute, 1e-12);
+    EXPECT_LT(judgement.certificate.dual.absolute, 1e-9);
+    const frontend::Point before = point;
+    balance(data, set, point, judgement);
+    EXPECT_EQ(point.z, before.z);
 }
 
 }  // namespace
