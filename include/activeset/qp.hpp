@@ -321,6 +321,49 @@ private:
     std::unique_ptr<Sequence> sequence_;
 };
 
+struct ManySettings {
+    /// Of every solve. Its callback is called from several threads at the same time.
+    Settings each{};
+    /// 0 stands for as many as there are processors.
+    unsigned threads = 0;
+    /// So many neighbours form a chain, in which each problem without a warm start of its own
+    /// begins where the last optimum of its size was found. 0 and 1 stand for no chains. Threads
+    /// share the chains out between them; results do not depend on how many there are.
+    std::size_t chain = 0;
+    /// Called after every problem, one call at a time. What it raises ends the remaining solves and
+    /// leaves solveMany.
+    std::function<void(std::size_t done, std::size_t of)> onDone{};
+};
+
+/// Solves problems that have nothing to do with one another, or chains of similar ones. Result k is
+/// that of problem k; one that raises has the status Failed and spoils no other.
+///
+/// @raises std::logic_error inside a callback of another solve; what `onDone` raises
+[[nodiscard]] ACTIVESET_API std::vector<Result> solveMany(std::span<const Problem> problems,
+                                                          const ManySettings& settings = {});
+
+/// Sides of rows and bounds that contradict one another; 0-based, ascending.
+struct Conflict {
+    bool isFound = false;    ///< no point satisfies all of them
+    bool isMinimal = false;  ///< left without any one of them, the others have a common point
+    std::vector<std::size_t> rowsAtLower{};
+    std::vector<std::size_t> rowsAtUpper{};
+    std::vector<std::size_t> atLower{};
+    std::vector<std::size_t> atUpper{};
+
+    [[nodiscard]] std::size_t size() const noexcept {
+        return rowsAtLower.size() + rowsAtUpper.size() + atLower.size() + atUpper.size();
+    }
+};
+
+/// Why a problem is infeasible; nothing is found for one that is not, or is not proved to be. The
+/// limits in the settings hold for the whole explanation; where one ends it, the conflict is what
+/// had been found by then.
+///
+/// @raises as solve
+[[nodiscard]] ACTIVESET_API Conflict explainInfeasibility(const Problem& problem,
+                                                          const Settings& settings = {});
+
 }  // namespace activeset
 
 #endif
