@@ -297,8 +297,8 @@ class ACTIVESET_API Solver {
 public:
     /// Faults in the problem show when it is solved.
     explicit Solver(const Problem& problem, Settings settings = {});
-    Solver(Solver&&) noexcept;
-    Solver& operator=(Solver&&) noexcept;
+    Solver(Solver&& other) noexcept;
+    Solver& operator=(Solver&& other) noexcept;
     Solver(const Solver&) = delete;
     Solver& operator=(const Solver&) = delete;
     ~Solver();
