@@ -44,6 +44,36 @@ TEST_F(FrontEndAnswers, AreProvedWhateverTheProblem) {
     }
 }
 
+// Cones with their tip at the start: many more constraints than variables meet there, so that steps
+// of length zero follow each other, for linear and semidefinite objectives alike.
+TEST_F(FrontEndAnswers, AreFoundAtTheTipsOfConesWithoutTurningInCircles) {
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937_64 bits(seed);
+        const auto digit = [&] { return static_cast<double>(bits() % 3) - 1.0; };
+        Sample s;
+        s.n = 2 + bits() % 20;
+        s.m = s.n * (1 + bits() % 5);
+        s.A.resize(s.m * s.n);
+        s.c.resize(s.n);
+        std::ranges::generate(s.A, digit);
+        std::ranges::generate(s.c, digit);
+        Numbers root(s.n);
+        std::ranges::generate(root, digit);
+        for (std::size_t k = 0; k < s.n * s.n && seed % 2 == 0; ++k) {
+            s.H.push_back(root[k / s.n] * root[k % s.n]);
+        }
+        s.rowLower.assign(s.m, -Infinity);
+        s.rowUpper.assign(s.m, 0.0);
+        s.lower.assign(s.n, -1.0);
+        s.upper.assign(s.n, 1.0);
+        const Result result = solve(s.view(), {.start = Start::Cold});
+        ASSERT_EQ(result.status, Status::Optimal);
+        Oracle(s).expectOptimum(result, 1e-8);
+        EXPECT_LT(result.iterations.main, 100 * s.n);
+    }
+}
+
 // min ½(x₁² + x₂²) over x₁ + x₂ with two sides: the multiplier is minus the common value of x₁ = x₂
 // at the side that holds them.
 TEST_F(FrontEndAnswers, HaveMultipliersPositiveAtUpperAndNegativeAtLowerSides) {
