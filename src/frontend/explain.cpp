@@ -2,6 +2,7 @@
 // each is left out in turn, and stays out if the others still do (deletion filter; Chinneck 2008).
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "frontend/engine.hpp"
 #include "frontend/session.hpp"
@@ -40,8 +41,8 @@ private:
 
 class Explanation {
 public:
-    Explanation(const Problem& problem, const Settings& settings)
-        : settings_(settings),
+    Explanation(const Problem& problem, Settings settings)
+        : settings_(std::move(settings)),
           control_(settings_,
                    frontend::automaticLimit(frontend::variablesOf(problem), problem.A.rows())),
           data_(frontend::copyOf(problem)) {

@@ -22,7 +22,8 @@ public:
           results_(problems.size()) {}
 
     std::vector<Result> solveAll() {
-        const std::size_t chains = problems_.size() / chain_ + (problems_.size() % chain_ != 0);
+        const std::size_t chains =
+            problems_.size() / chain_ + (problems_.size() % chain_ != 0 ? 1 : 0);
         const std::size_t wanted =
             settings_.threads != 0 ? settings_.threads
                                    : std::max<std::size_t>(std::thread::hardware_concurrency(), 1);
@@ -67,7 +68,7 @@ private:
         }
     }
 
-    Result solveOne(const Problem& problem) const {
+    [[nodiscard]] Result solveOne(const Problem& problem) const {
         Result failed;
         try {
             return solve(problem, settings_.each);
