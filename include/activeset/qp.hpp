@@ -327,12 +327,16 @@ struct ManySettings {
     /// 0 stands for as many as there are processors.
     unsigned threads = 0;
     /// So many neighbours form a chain, in which each problem without a warm start of its own
-    /// begins where the last optimum of its size was found. 0 and 1 stand for no chains. Threads
-    /// share the chains out between them; results do not depend on how many there are.
+    /// begins where the last optimum of its size was found; neighbours with views of the same H and
+    /// A share what a Solver keeps. 0 and 1 stand for no chains. Threads share the chains out
+    /// between them; results do not depend on how many there are.
     std::size_t chain = 0;
     /// Called after every problem, one call at a time. What it raises ends the remaining solves and
     /// leaves solveMany.
     std::function<void(std::size_t done, std::size_t of)> onDone{};
+    /// For all solves together. After it, a stop or an interrupt the problems that were not begun
+    /// have that status and no point.
+    std::chrono::duration<double> timeLimit = std::chrono::duration<double>::max();
 };
 
 /// Solves problems that have nothing to do with one another, or chains of similar ones. Result k is

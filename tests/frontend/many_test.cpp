@@ -1,6 +1,6 @@
-// Many solves on several threads, and what contradicts what.
+// Many solves on several threads, each as if it were the only one, and what contradicts what.
 #include <atomic>
-#include <thread>
+#include <map>
 
 #include "frontend/generator.hpp"
 #include "support/fixture.hpp"
@@ -11,78 +11,206 @@ namespace {
 class ManyThreads : public FreshState {};
 class Conflicts : public FreshState {};
 
-TEST_F(ManyThreads, GiveTheResultsOfSolvesOneByOne) {
+void expectSameBits(const Result& result, const Result& expected) {
+    ASSERT_EQ(result.status, expected.status);
+    EXPECT_EQ(result.message, expected.message);
+    EXPECT_EQ(result.x, expected.x);
+    EXPECT_EQ(result.y, expected.y);
+    EXPECT_EQ(result.z, expected.z);
+    EXPECT_EQ(result.objective, expected.objective);
+    EXPECT_EQ(result.iterations.main, expected.iterations.main);
+    EXPECT_EQ(result.workingSet, expected.workingSet);
+}
+
+struct Samples {
     std::vector<Sample> samples;
-    for (unsigned seed = 0; seed < 60; ++seed) {
-        samples.push_back(randomSample(seed, 12, true));
-    }
     std::vector<Problem> problems;
-    for (const Sample& sample : samples) {
-        problems.push_back(sample.view());
-    }
-    problems[7].c = {};  // shapes that do not fit
-    problems[7].H = {};
-    for (const std::size_t chain : {0U, 4U}) {
-        std::vector<Result> alone;
-        for (const unsigned threads : {1U, 3U}) {
-            std::size_t calls = 0;
-            const std::vector<Result> results = solveMany(
-                problems, {.threads = threads, .chain = chain, .onDone = [&](auto done, auto of) {
-                               EXPECT_EQ(done, ++calls);
-                               EXPECT_EQ(of, problems.size());
-                           }});
-            EXPECT_EQ(calls, problems.size());
-            ASSERT_EQ(results.size(), problems.size());
-            EXPECT_EQ(results[7].status, Status::Invalid);
-            for (std::size_t k = 0; k < problems.size(); ++k) {
-                EXPECT_EQ(results[k].status, solve(problems[k]).status);
-                EXPECT_EQ(results[k].x, threads == 1 ? results[k].x : alone[k].x);
-            }
-            alone = results;
+
+    void add(Sample sample) { samples.push_back(std::move(sample)); }
+    void view() {
+        for (const Sample& sample : samples) {
+            problems.push_back(sample.view());
         }
+    }
+};
+
+/// Every seventh has a fault, and of every ninth the callback below raises an error.
+constexpr double Marked = 1e12;
+Samples mixture(unsigned count) {
+    Samples all;
+    for (unsigned seed = 0; seed < count; ++seed) {
+        all.add(randomSample(seed, 8, true));
+        all.samples.back().c[0] = seed % 7 == 3 ? std::nan("") : all.samples.back().c[0];
+    }
+    all.view();
+    for (unsigned seed = 4; seed < count; seed += 9) {
+        all.problems[seed].constant = Marked;
+    }
+    return all;
+}
+
+const Settings RaisesForMarked{.start = Start::Cold, .onPass = [](const Progress& progress) {
+                                   if (progress.objective > 0.5 * Marked) {
+                                       throw std::domain_error("marked");
+                                   }
+                                   return true;
+                               }};
+
+Result serial(const Problem& problem) {
+    try {
+        return solve(problem, RaisesForMarked);
+    } catch (const std::domain_error& error) {
+        Result failed;
+        failed.message = error.what();
+        return failed;
+    }
+}
+
+TEST_F(ManyThreads, GiveTheBitsOfSerialSolvesWhateverFailsBesides) {
+    const Samples all = mixture(300);
+    std::vector<Result> expected;
+    std::map<Status, int> met;
+    for (const Problem& problem : all.problems) {
+        expected.push_back(serial(problem));
+        ++met[expected.back().status];
+    }
+    EXPECT_GT(met[Status::Invalid], 30);
+    EXPECT_GT(met[Status::Failed], 20);
+    for (const unsigned threads : {0U, 1U, 2U, 8U}) {
+        std::size_t told = 0;
+        const auto onDone = [&](std::size_t done, std::size_t of) {
+            EXPECT_EQ(done, ++told);
+            EXPECT_EQ(of, expected.size());
+        };
+        const std::vector<Result> results = solveMany(
+            all.problems, {.each = RaisesForMarked, .threads = threads, .onDone = onDone});
+        ASSERT_EQ(results.size(), expected.size());
+        EXPECT_EQ(told, expected.size());
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            SCOPED_TRACE("problem " + std::to_string(i));
+            expectSameBits(results[i], expected[i]);
+        }
+    }
+}
+
+// Chains over the same matrices, then of everything with faults in between.
+TEST_F(ManyThreads, SolveChainsAsASolverDoes) {
+    constexpr std::size_t Length = 8;
+    Samples all;
+    for (unsigned k = 0; k < 52; ++k) {
+        Sample next = k % Length == 0 ? randomSample(k, 15, false) : all.samples.back();
+        std::mt19937_64 bits(k);
+        for (double& entry : next.c) {
+            entry += std::normal_distribution<double>(0.0, 0.1)(bits);
+        }
+        all.add(std::move(next));
+    }
+    all.view();
+    std::vector<Result> expected;
+    for (std::size_t first = 0; first < all.problems.size(); first += Length) {
+        Solver solver(all.problems[first]);
+        for (std::size_t i = first; i < std::min(first + Length, all.problems.size()); ++i) {
+            solver.setLinear(all.problems[i].c);
+            expected.push_back(solver.solve());
+            all.problems[i].H = all.problems[first].H;
+            all.problems[i].A = all.problems[first].A;
+        }
+    }
+    Samples faulty = mixture(100);
+    std::vector<Result> first;
+    for (const unsigned threads : {1U, 2U, 8U}) {
+        const std::vector<Result> results =
+            solveMany(all.problems, {.threads = threads, .chain = Length});
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            expectSameBits(results[i], expected[i]);
+        }
+        const std::vector<Result> others = solveMany(
+            faulty.problems, {.each = RaisesForMarked, .threads = threads, .chain = Length});
+        first = first.empty() ? others : first;
+        for (std::size_t i = 0; i < others.size(); ++i) {
+            SCOPED_TRACE("problem " + std::to_string(i));
+            expectSameBits(others[i], first[i]);
+            // A start that is the solution makes no pass, so that nothing raises.
+            EXPECT_TRUE(others[i].status == solve(faulty.problems[i]).status ||
+                        (i % 9 == 4 && others[i].status == Status::Failed));
+        }
+    }
+    // A start of the wrong length is the fault of one problem, also where the matrices are shared.
+    std::vector<Problem> shared(5, all.problems[0]);
+    const Numbers tooLong(all.samples[0].n + 1, 0.0);
+    for (const std::size_t wrong : {0U, 3U}) {
+        shared[wrong].start = tooLong;
+    }
+    const auto results = solveMany(shared, {.threads = 2, .chain = 5});
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        EXPECT_EQ(results[i].status, i % 3 == 0 ? Status::Invalid : Status::Optimal);
+    }
+}
+
+TEST_F(ManyThreads, LoseOnlyTheProblemThatGetsNoMemory) {
+    const Samples all = mixture(12);
+    const ManySettings one{.each = {.start = Start::Cold}, .threads = 1};
+    const std::vector<Result> expected = solveMany(all.problems, one);
+    std::size_t failures = 0;
+    for (std::uint64_t request = 1; request < 400; request += 7) {
+        std::vector<Result> results;
+        {
+            const AllocationFaults faults(request);
+            results = solveMany(all.problems, one);
+        }
+        std::size_t different = 0;
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            if (results[i].status == Status::Failed) {
+                EXPECT_FALSE(results[i].message.empty());
+                ++different;
+            } else if (results[i].x != expected[i].x) {
+                ++different;  // a request that has a fallback
+            }
+        }
+        EXPECT_LE(different, 1U) << "request " << request;
+        failures += different;
+    }
+    EXPECT_GT(failures, 20U);
+}
+
+TEST_F(ManyThreads, EndWhenTheyAreToldTo) {
+    const Samples all = mixture(100);
+    const auto count = [](const std::vector<Result>& results, Status status) {
+        return std::count_if(results.begin(), results.end(),
+                             [&](const Result& result) { return result.status == status; });
+    };
+    for (const unsigned threads : {1U, 4U}) {
+        std::stop_source source;
+        std::size_t told = 0;
+        const auto stopsAtTen = [&](std::size_t done, std::size_t) {
+            if (done == 10) {
+                source.request_stop();
+            }
+            told = done;
+        };
+        auto results = solveMany(
+            all.problems,
+            {.each = {.stop = source.get_token()}, .threads = threads, .onDone = stopsAtTen});
+        EXPECT_GE(count(results, Status::Interrupted), 100 - 9 - static_cast<long>(threads));
+        EXPECT_EQ(told, 100U);
+        results =
+            solveMany(all.problems, {.threads = threads, .timeLimit = std::chrono::seconds(0)});
+        EXPECT_EQ(count(results, Status::TimeLimit), 100);
+        std::atomic<int> raised = 0;
+        const auto raises = [&](std::size_t, std::size_t) {
+            ++raised;
+            throw std::domain_error("enough");
+        };
+        EXPECT_THROW(
+            static_cast<void>(solveMany(all.problems, {.threads = threads, .onDone = raises})),
+            std::domain_error);
+        EXPECT_EQ(raised, 1);
     }
     EXPECT_TRUE(solveMany({}).empty());
-}
-
-TEST_F(ManyThreads, KeepWhatOneProblemRaisesFromTheOthers) {
-    const Sample sample = randomSample(3, 20, false);
-    const std::vector<Problem> problems(8, sample.view());
-    std::atomic<int> passes = 0;
-    ManySettings settings{.threads = 2};
-    settings.each.onPass = [&](const Progress& progress) -> bool {
-        if (progress.iteration == 1 && ++passes == 3) {
-            throw std::runtime_error("the third");
-        }
-        return true;
-    };
-    const std::vector<Result> results = solveMany(problems, settings);
-    EXPECT_EQ(std::ranges::count(results, Status::Failed, &Result::status), 1);
-    EXPECT_EQ(std::ranges::count(results, Status::Optimal, &Result::status), 7);
-    EXPECT_EQ(std::ranges::count(results, "the third", &Result::message), 1);
-
-    ManySettings ended{.threads = 2, .onDone = [](std::size_t, std::size_t) {
-                           throw std::domain_error("enough");
-                       }};
-    EXPECT_THROW(static_cast<void>(solveMany(problems, ended)), std::domain_error);
-}
-
-TEST_F(ManyThreads, SolveChainsWithFewerPasses) {
-    std::vector<Sample> samples(12, randomSample(3, 30, false));
-    std::vector<Problem> problems;
-    for (std::size_t k = 0; k < samples.size(); ++k) {
-        samples[k].c[0] += 0.01 * static_cast<double>(k);
-        problems.push_back(samples[k].view());
-    }
-    const auto passes = [&](std::size_t chain) {
-        std::size_t total = 0;
-        for (const Result& result :
-             solveMany(problems, {.each = {.start = Start::Cold}, .threads = 2, .chain = chain})) {
-            EXPECT_TRUE(result);
-            total += result.iterations.phaseOne + result.iterations.main;
-        }
-        return total;
-    };
-    EXPECT_LT(2 * passes(6), passes(1));
+    const auto nested = [&](const Progress&) { return solveMany(all.problems).empty(); };
+    const Sample plain = randomSample(3, 40, false);
+    EXPECT_THROW(static_cast<void>(solve(plain.view(), {.start = Start::Cold, .onPass = nested})),
+                 std::logic_error);
 }
 
 /// The sample with the sides of the conflict only, but for one if `left` is among them.
