@@ -1,7 +1,7 @@
 // Model predictive control of a cart: position and speed from forces of at most 1, with steps of
-// 0.1 s. In every step the forces of the next 30 steps are chosen, minimising the sum of
-// ½(position²
-// + 0.1·speed² + 0.01·force²), and the first one is applied. Matrices stay, c follows the state.
+// 0.1 s. In every step the forces of the next 30 steps are chosen, and the first one is applied.
+// They minimise the sum of ½(position² + 0.1·speed² + 0.01·force²). Matrices stay, c follows the
+// state.
 //
 // From position 2 at rest the first force is −1, its bound; the cart comes to rest at 0.
 #include <activeset/qp.hpp>
