@@ -13,11 +13,11 @@ namespace activeset {
 /// After a step of length α along p the residuals are r + α·(A·p), and the ratio test has computed
 /// A·p: so the product with the new point, one of the largest of a pass, is not needed.
 ///
-/// Each step adds rounding errors of at most ε·(max|r| + 2·max|α·A·p|), which are added up; when
-/// their sum reaches a ten-thousandth of TolCon, or after RefreshAfter steps, or when the point is
-/// not the one that the residuals were carried to, they are computed afresh. Small products are
-/// not worth it: they are always computed, so that ties between constraints are those of the plain
-/// computation.
+/// Beside the errors of the products themselves, which computing afresh has as well, each step adds
+/// rounding errors of at most ε·(max|r| + 2·max|α·A·p|). These are added up; when their sum reaches
+/// a ten-thousandth of TolCon, or after RefreshAfter steps, or when the point is not the one that
+/// the residuals were carried to, they are computed afresh. Small products are not worth it: they
+/// are always computed, so that ties between constraints are those of the plain computation.
 class ACTIVESET_API CarriedResiduals {
 public:
     /// Products of at least this many matrix elements are carried.

@@ -116,12 +116,12 @@ Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, 
     Answer answer = solveAuxiliary(problem, start, settings, control);
     Relaxation result;
     result.isSolved = answer.status == Status::Optimal;
+    result.y.assign(scaled.m, 0.0);
     result.x = std::move(answer.point.x);
     result.violation = result.x.back();
     result.x.pop_back();
     result.z = std::move(answer.point.z);
     result.z.pop_back();
-    result.y.assign(scaled.m, 0.0);
     for (std::size_t k = 0; k < sides.size(); ++k) {
         result.y[sides[k].row] += answer.point.y[k];
     }

@@ -76,6 +76,12 @@ Vector transposedProduct(const Dense& a, const Vector& x) {
     return result;
 }
 
+Vector product(const Vector& a, std::size_t rows, const Vector& x) {
+    Vector result(rows, 0.0);
+    blas::gemv(Op::None, 1.0, Constant(a.data(), rows, x.size()), x.data(), 0.0, result.data());
+    return result;
+}
+
 void addProduct(const Dense& a, const Vector& x, Vector& y) {
     blas::gemv(Op::None, 1.0, viewOf(a), x.data(), 1.0, y.data());
 }

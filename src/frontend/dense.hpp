@@ -33,6 +33,8 @@ void axpy(double factor, const double* x, double* y, std::size_t count);
 [[nodiscard]] Dense product(const Dense& a, const Dense& b);
 [[nodiscard]] Dense transposedProduct(const Dense& a, const Dense& b);
 [[nodiscard]] Vector transposedProduct(const Dense& a, const Vector& x);
+/// a·x, a with so many rows, column-major without gaps.
+[[nodiscard]] Vector product(const Vector& a, std::size_t rows, const Vector& x);
 /// y += a·x
 void addProduct(const Dense& a, const Vector& x, Vector& y);
 

@@ -20,7 +20,8 @@ public:
         : data_(data), system_(system), sides_(std::move(guess)), control_(control) {}
 
     DualOutcome run() {
-        const std::size_t mostSteps = 1000 + 20 * sides_.count();
+        // Beyond, the core is faster.
+        const std::size_t mostSteps = 50 + data_.n;
         makeDualFeasible();
         DualOutcome::End end = DualOutcome::Stopped;
         while (steps_ < mostSteps && !control_.mustEnd()) {
@@ -120,7 +121,7 @@ private:
         const double sign = side == Side::Upper ? 1.0 : -1.0;
         const double target = side == Side::Upper ? sides_.upper(entering) : sides_.lower(entering);
         const Vector row = outward(entering, sign);
-        double multiplier = 0.0;  // of the entering constraint, its sign taken off
+        const double negligible = Negligible * system_.mobility(row);
         for (;;) {
             ++steps_;
             Vector step = row;
@@ -131,8 +132,9 @@ private:
             system_.solve(step, change);
             const double approach = -dot(row.data(), step.data(), data_.n);
             const double distance = sign * (valueOf(entering) - target);
+            // A row that hardly moves depends on the members: what is left is rounding.
             const double toSide =
-                approach > Negligible ? std::max(0.0, distance) / approach : Infinity;
+                approach > negligible ? std::max(0.0, distance) / approach : Infinity;
             const auto [toChange, leaving] = firstSignChange(change);
             const double length = std::min(toSide, toChange);
             if (length == Infinity) {
@@ -144,10 +146,9 @@ private:
                 axpy(length, step.data(), x_.data(), data_.n);
             }
             axpy(length, change.data(), multipliers_.data(), change.size());
-            multiplier += length;
             if (toSide <= toChange) {
-                enter(entering, side, sign * multiplier);
-                minimise();  // what rounding has added up goes
+                sides_.hold(entering, side);
+                minimise();  // so that no rounding adds up
                 return true;
             }
             leave(leaving);
@@ -198,8 +199,8 @@ private:
         system_.setMembers(std::move(members));
     }
 
-    // A constraint that moves less than this per unit of its multiplier depends on the members.
-    static constexpr double Negligible = 1e-12;
+    // Of what a row moves without members.
+    static constexpr double Negligible = 1e-10;
 
     const Data& data_;
     SchurSystem& system_;

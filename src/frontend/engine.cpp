@@ -37,9 +37,10 @@ double distance(const Vector& a, const Vector& b) {
 double errorOf(const Certificate& certificate) {
     double largest = 0.0;
     for (const Residual& residual : {certificate.primal, certificate.dual, certificate.gap}) {
-        if (!(residual.relative <= largest)) {  // NaN stays, and is never better than anything
-            largest = residual.relative;
+        if (std::isnan(residual.relative)) {
+            return Infinity;  // never better than anything
         }
+        largest = std::max(largest, residual.relative);
     }
     return largest;
 }
@@ -48,6 +49,10 @@ double errorOf(const Certificate& certificate) {
 
 Engine::Engine(Prepared& problem, const Settings& settings, Control& control, Depth depth)
     : problem_(problem), settings_(settings), control_(control), depth_(depth) {}
+
+Engine::~Engine() {
+    restoreLowering();
+}
 
 Answer Engine::solve(Vector x, WorkingSet set) {
     const Data& data = problem_.scaled;
@@ -75,13 +80,21 @@ Answer Engine::solve(Vector x, WorkingSet set) {
         answer_.exitCode = result.exitCode;
         next = follow(result);
     }
-    if (unperturbed_) {
-        problem_.lowering = std::move(*unperturbed_);
+    restoreLowering();
+    if (answer_.point.x.empty()) {  // no run has come to a point
+        consider({centre_, Vector(data.m, 0.0), Vector(data.n, 0.0)}, {});
     }
     if (answer_.status == Status::Inaccurate && findsRay()) {
         answer_.status = Status::Unbounded;
     }
     return std::move(answer_);
+}
+
+void Engine::restoreLowering() noexcept {
+    if (unperturbed_) {
+        problem_.lowering = std::move(*unperturbed_);
+        unperturbed_.reset();
+    }
 }
 
 // The working set of a similar problem may still be the right one, and then its equations are all
@@ -101,19 +114,19 @@ bool Engine::provesWorkingSet() {
 
 bool Engine::mayPredict() const {
     const bool isWatched = settings_.onPass || settings_.maxIterations != 0;
-    return rho_ == 0.0 && set_.size() == 0 &&
-           (settings_.start == Start::Predict ||
-            (settings_.start == Start::Automatic && !isWatched));
+    return rho_ == 0.0 && (settings_.start == Start::Predict ||
+                           (settings_.start == Start::Automatic && !isWatched));
 }
 
-// Without a working set to begin with, one is predicted. Where the prediction is not proved as it
-// stands, the core begins with it.
+// Predicts the working set, from the one that there is to begin with. Where the prediction is not
+// proved as it stands, the core begins with it.
 bool Engine::provesPrediction() {
+    control_.poll();
     const Dense* factor = mayPredict() ? problem_.factorOfHessian() : nullptr;
-    if (factor == nullptr) {
+    if (factor == nullptr || control_.mustEnd()) {
         return false;
     }
-    Prediction prediction = predict(problem_.scaled, *factor, control_);
+    Prediction prediction = predict(problem_.scaled, *factor, set_, control_);
     answer_.prediction = prediction.rounds;
     answer_.dual = prediction.steps;
     if (prediction.isInfeasible) {
@@ -133,7 +146,7 @@ bool Engine::provesPrediction() {
 // A predicted contradiction has to be a proof for points of any size that matters: the equations
 // that it comes from may be nearly singular.
 bool Engine::provesContradiction(Point multipliers) {
-    constexpr double LargestResidual = 1e-9;
+    constexpr double LargestResidual = 1e-12;
     if (!provesInfeasibility(problem_, std::move(multipliers.y), std::move(multipliers.z),
                              answer_)) {
         return false;
@@ -195,8 +208,7 @@ Engine::Next Engine::followPoint(Run& run) {
     }
     set_ = set;
     if (unperturbed_) {
-        problem_.lowering = std::move(*unperturbed_);
-        unperturbed_.reset();
+        restoreLowering();
         centre_ = run.x;
         return Next::Again;
     }

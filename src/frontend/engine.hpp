@@ -36,6 +36,11 @@ enum class Depth { Whole, Auxiliary };
 class Engine {
 public:
     Engine(Prepared& problem, const Settings& settings, Control& control, Depth depth);
+    Engine(const Engine&) = delete;
+    Engine(Engine&&) = delete;
+    Engine& operator=(const Engine&) = delete;
+    Engine& operator=(Engine&&) = delete;
+    ~Engine();
 
     /// Solves from a point and a working set in scaled variables.
     [[nodiscard]] Answer solve(Vector x, WorkingSet set);
@@ -59,6 +64,7 @@ private:
     void polish(Point point, const WorkingSet& set);
     [[nodiscard]] bool isProved() const;
     void perturb();
+    void restoreLowering() noexcept;
 
     Prepared& problem_;
     const Settings& settings_;

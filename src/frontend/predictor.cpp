@@ -2,6 +2,7 @@
 // correction of the result.
 #include "frontend/predictor.hpp"
 
+#include <cmath>
 #include <set>
 #include <utility>
 
@@ -16,8 +17,23 @@ namespace {
 
 class Guess {
 public:
-    Guess(const Data& data, const Dense& factor)
-        : data_(data), system_(data, factor), sides_(data) {}
+    Guess(const Data& data, const Dense& factor, const WorkingSet& first)
+        : data_(data), system_(data, factor), sides_(data) {
+        const auto hold = [this](const std::vector<std::size_t>& indices, std::size_t offset,
+                                 Side side) {
+            for (const std::size_t index : indices) {
+                const std::size_t k = offset + index;
+                const double target = side == Side::Lower ? sides_.lower(k) : sides_.upper(k);
+                if (sides_[k] == Side::None && std::isfinite(target)) {
+                    sides_.hold(k, side);
+                }
+            }
+        };
+        hold(first.rowsAtLower, 0, Side::Lower);
+        hold(first.rowsAtUpper, 0, Side::Upper);
+        hold(first.atLower, data.m, Side::Lower);
+        hold(first.atUpper, data.m, Side::Upper);
+    }
 
     /// One round; false when the guess stays as it is.
     bool improve() {
@@ -32,6 +48,9 @@ public:
     }
 
     DualOutcome::End solveDual(Control& control, std::size_t& steps) {
+        if (size() > data_.n) {
+            sides_ = Sides(data_);
+        }
         DualOutcome outcome = frontend::solveDual(data_, system_, std::move(sides_), control);
         sides_ = std::move(outcome.sides);
         x_ = std::move(outcome.x);
@@ -41,6 +60,7 @@ public:
     }
 
     [[nodiscard]] const std::vector<Side>& sides() const { return sides_.all(); }
+    [[nodiscard]] std::size_t size() const { return sides_.members().size(); }
 
     /// The equations again, for what is left of their residuals in extended precision.
     void correct() {
@@ -136,17 +156,21 @@ private:
 
 }  // namespace
 
-Prediction predict(const Data& data, const Dense& factor, Control& control) {
-    constexpr std::size_t MostRounds = 40;
+Prediction predict(const Data& data,
+                   const Dense& factor,
+                   const WorkingSet& first,
+                   Control& control) {
+    constexpr std::size_t MostRounds = 30;
     Prediction prediction;
-    Guess guess(data, factor);
+    Guess guess(data, factor, first);
     std::set<std::vector<Side>> seen;
     bool isSettled = false;
     bool isRepeated = false;
     while (!isSettled && !isRepeated && prediction.rounds < MostRounds && !control.mustEnd()) {
         ++prediction.rounds;
         isSettled = !guess.improve();
-        isRepeated = !isSettled && !seen.insert(guess.sides()).second;
+        // Far more members than variables: such a guess only costs memory.
+        isRepeated = !isSettled && (guess.size() > data.n || !seen.insert(guess.sides()).second);
         control.poll();
     }
     if (!isSettled && !control.mustEnd()) {

@@ -26,7 +26,11 @@ struct Prediction {
 /// ends after a few rounds or goes round in circles; then the dual method takes over.
 ///
 /// @param factor  the upper Cholesky factor of H
-[[nodiscard]] Prediction predict(const Data& data, const Dense& factor, Control& control);
+/// @param first   the first guess
+[[nodiscard]] Prediction predict(const Data& data,
+                                 const Dense& factor,
+                                 const WorkingSet& first,
+                                 Control& control);
 
 }  // namespace activeset::frontend
 

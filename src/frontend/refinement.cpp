@@ -110,12 +110,12 @@ Refinement::Residuals Refinement::residualsAt(const Point& point, const Vector& 
     const std::vector<Sum> gradient = gradientSums(data_, point.x, point.y);
     for (const std::size_t j : free_) {
         result.stationarity.push_back(-gradient[j].value);
-        result.size = std::max(result.size, std::abs(static_cast<double>(gradient[j].value)));
+        result.take(gradient[j].value);
     }
     const std::vector<Sum> values = rowValues(data_, point.x);
     for (std::size_t i = 0; i < rows_.size(); ++i) {
         result.rows.push_back(sides[i] - values[rows_[i]].value);
-        result.size = std::max(result.size, std::abs(static_cast<double>(result.rows.back())));
+        result.take(result.rows.back());
     }
     return result;
 }

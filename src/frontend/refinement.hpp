@@ -30,6 +30,13 @@ private:
         std::vector<Extended> stationarity;  ///< of free variables: −(H·x + c + Aᵀy)
         std::vector<Extended> rows;          ///< of rows of the set: side − row·x
         double size = 0.0;
+
+        void take(Extended residual) {
+            const auto magnitude = static_cast<double>(residual < 0 ? -residual : residual);
+            if (!(magnitude <= size)) {  // NaN stays
+                size = magnitude;
+            }
+        }
     };
 
     [[nodiscard]] Dense rowsOfFreeVariables() const;

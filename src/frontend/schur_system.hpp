@@ -26,6 +26,8 @@ public:
 
     void setMembers(std::vector<std::size_t> members);
     [[nodiscard]] const std::vector<std::size_t>& members() const { return members_; }
+    /// row·H⁻¹·rowᵀ: how far a row moves per unit of its multiplier when nothing is held.
+    [[nodiscard]] double mobility(Vector row) const;
     /// rx becomes dx, rc (an entry a member) becomes dl. Members that depend on others get dl = 0.
     void solve(Vector& rx, Vector& rc) const;
 

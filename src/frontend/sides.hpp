@@ -57,10 +57,7 @@ public:
     }
     /// What all constraints make of a point.
     [[nodiscard]] Vector values(const Vector& x) const {
-        Vector result(data_->m, 0.0);
-        for (std::size_t j = 0; j < data_->n; ++j) {
-            axpy(x[j], data_->columnOfA(j), result.data(), data_->m);
-        }
+        Vector result = product(data_->A, data_->m, x);
         result.insert(result.end(), x.begin(), x.end());
         return result;
     }

@@ -92,7 +92,7 @@ double QPobjective::valueAt(const OPTMatrix<double>& x) {
 
 void QPobjective::gradientTo(const OPTMatrix<double>& x, OPTMatrix<double>& g) {
     const size_t n = x.getRows();
-    if (!_isPlainAt(x) || g.getRows() != n || g.getCols() != 1) {
+    if (!_isPlainAt(x) || !activeset::isStoredFull(g) || g.getRows() != n || g.getCols() != 1) {
         IoptObjective::gradientTo(x, g);
         return;
     }

@@ -49,12 +49,17 @@ OPTMatrix<double> LinearConstraint::constrViolation(const OPTMatrix<double>& x) 
             own[i] = values(i, 0);
         }
     };
-    const std::span<const double> point(activeset::vectorOf(x, x.size()), x.size());
     append(OPTsizes::getmFixed(), [&] { return Afixedconstr(x); });
     append(OPTsizes::getmEq(), [&] { return Aeqconstr(x); });
+    if (x.getCols() != 1 || !activeset::isStoredFull(x)) {
+        append(OPTsizes::getmIneq(), [&] { return Aconstr(x); });
+        append(OPTsizes::getmLB(), [&] { return Albconstr(x); });
+        append(OPTsizes::getmUB(), [&] { return Aubconstr(x); });
+        return stacked;
+    }
     const auto appendKind = [&](size_t count, activeset::ConstraintKind kind) {
         if (count != 0) {
-            residualTo(kind, point, take(count));
+            residualTo(kind, std::span(x.getData(), x.size()), take(count));
         }
     };
     appendKind(OPTsizes::getmIneq(), activeset::ConstraintKind::Inequality);
