@@ -157,7 +157,10 @@ Farkas judgeFarkas(const Data& data, Vector y, Vector z) {
 }
 
 bool holds(const Farkas& farkas, double tolerance) {
-    return farkas.value < 0.0 && farkas.residual.relative <= tolerance;
+    // Absolute as well: r leaves room for a feasible x with Σ|x_j| ≥ 1/r.
+    constexpr double LargestResidual = 1e-6;
+    return farkas.value < 0.0 && farkas.residual.relative <= tolerance &&
+           farkas.residual.absolute <= LargestResidual;
 }
 
 Ray judgeRay(const Data& data, const Vector& direction) {
@@ -171,22 +174,15 @@ Ray judgeRay(const Data& data, const Vector& direction) {
     };
     const double length = largestMagnitude(direction);
     const std::vector<Sum> rows = rowValues(data, direction);
-    Vector largest(data.m, 0.0);
-    for (std::size_t j = 0; j < data.n; ++j) {
-        for (std::size_t i = 0; i < data.m; ++i) {
-            largest[i] = std::max(largest[i], std::abs(data.columnOfA(j)[i]));
-        }
-    }
     for (std::size_t i = 0; i < data.m; ++i) {
-        missSides(static_cast<double>(rows[i].value), largest[i] * length, data.rowLower[i],
+        missSides(static_cast<double>(rows[i].value), rows[i].scale, data.rowLower[i],
                   data.rowUpper[i]);
     }
     const std::vector<Sum> curved =
         gradientSums(data, direction, Vector(data.m, 0.0), Linear::Omitted);
-    const double largestH = largestMagnitude(data.H);
     for (std::size_t j = 0; j < data.n; ++j) {
         missSides(direction[j], length, data.lower[j], data.upper[j]);
-        miss(magnitude(curved[j].value), largestH * length);
+        miss(magnitude(curved[j].value), curved[j].scale);
         ray.slope += data.c[j] * direction[j];
         ray.scale += std::abs(data.c[j] * direction[j]);
     }
@@ -199,20 +195,16 @@ bool holds(const Ray& ray, double tolerance) {
 }
 
 Residual curvature(const Data& data, const Vector& direction) {
-    Sum sum;
-    for (std::size_t j = 0; data.quadratic && j < data.n; ++j) {
-        Extended entry = 0;
-        for (std::size_t i = 0; i < data.n; ++i) {
-            entry += static_cast<Extended>(data.columnOfH(j)[i]) * direction[i];
-        }
-        sum.add(entry * direction[j]);
-    }
+    const std::vector<Sum> curved =
+        gradientSums(data, direction, Vector(data.m, 0.0), Linear::Omitted);
+    Extended sum = 0;
     double size = 0.0;
-    for (const double entry : direction) {
-        size += entry * entry;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        sum += curved[j].value * direction[j];
+        size += curved[j].scale * std::abs(direction[j]);
     }
-    const auto value = static_cast<double>(sum.value);
-    return {value, ratio(value, size * largestMagnitude(data.H))};
+    const auto value = static_cast<double>(sum);
+    return {value, ratio(value, size)};
 }
 
 }  // namespace activeset::frontend

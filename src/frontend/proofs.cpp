@@ -11,6 +11,7 @@ namespace activeset::frontend {
 namespace {
 
 constexpr double Negligible = 1e-12;     // curvature, in proportion to H
+constexpr double Nothing = 1e-12;        // entries of a ray, the largest being 1
 constexpr double ProofTolerance = 1e-9;  // of Farkas vectors and rays, relative
 
 struct Equalities {
@@ -121,6 +122,7 @@ bool provesUnboundedness(const Prepared& problem, const Vector& direction, Answe
     }
     for (double& entry : users) {
         entry /= length;
+        entry = std::abs(entry) < Nothing ? 0.0 : entry;
     }
     const Ray ray = judgeRay(problem.user, users);
     if (!holds(ray, ProofTolerance)) {
