@@ -171,6 +171,14 @@ std::string summaryText(const io::Problem& problem, const ProvedResult& proved) 
     fmt::format_to(out, "objective        {:.10g}{}\n", objectiveOf(problem, result),
                    problem.maximise ? ", a maximum" : "");
     fmt::format_to(out, "iterations       {}", result.iterations.main);
+    if (result.wasPredicted) {
+        fmt::format_to(out, ", from a prediction of {}",
+                       counted(result.iterations.prediction, "round", "rounds"));
+        if (result.iterations.dual > 0) {
+            fmt::format_to(out, " and {}",
+                           counted(result.iterations.dual, "dual step", "dual steps"));
+        }
+    }
     if (result.iterations.phaseOne > 0) {
         fmt::format_to(out, ", after {} of phase one", result.iterations.phaseOne);
     }
@@ -249,6 +257,9 @@ std::string jsonText(const io::Problem& problem,
                                   {"objective", objectiveOf(problem, result)},
                                   {"iterations", result.iterations.main},
                                   {"phase_one_iterations", result.iterations.phaseOne},
+                                  {"predicted", result.wasPredicted},
+                                  {"prediction_rounds", result.iterations.prediction},
+                                  {"dual_steps", result.iterations.dual},
                                   {"proximal_steps", result.iterations.proximal},
                                   {"corrections", result.iterations.refinement},
                                   {"seconds", result.times.total},

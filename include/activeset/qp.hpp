@@ -216,9 +216,11 @@ struct Residual {
 /// What a point and its multipliers are worth, from the caller's data alone, in extended
 /// precision.
 struct Certificate {
-    Residual primal{};  ///< largest violation of a row or bound
-    Residual dual{};    ///< largest entry of gradient + Aᵀy + z, y and z projected on their signs
-    Residual gap{};     ///< primal minus dual objective
+    Residual primal{Infinity, Infinity};  ///< largest violation of a row or bound
+    Residual dual{
+        Infinity,
+        Infinity};  ///< largest entry of gradient + Aᵀy + z, y and z projected on their signs
+    Residual gap{Infinity, Infinity};  ///< primal minus dual objective
 
     [[nodiscard]] bool holds(double tolerance) const noexcept {
         return primal.relative <= tolerance && dual.relative <= tolerance &&
