@@ -77,17 +77,18 @@ protected:
                      {ConstraintKind::UpperBound, &IoptConstraint::Aubx, &IoptConstraint::Aubconstr,
                       &IoptConstraint::AubRow}};
         const OPTMatrix<double> x = columnMatrix(point);
-        for (const auto& [kind, product, residual, row] : kinds) {
-            const OPTMatrix<double> products = (set.*product)(x);
+        for (const auto& each : kinds) {
+            const ConstraintKind kind = each.kind;
+            const OPTMatrix<double> products = (set.*each.product)(x);
             std::vector<double> out(products.size());
             set.productTo(kind, point, out);
             EXPECT_EQ(bitsOf(out), bitsOf(products));
             set.residualTo(kind, point, out);
-            EXPECT_EQ(bitsOf(out), bitsOf((set.*residual)(x)));
+            EXPECT_EQ(bitsOf(out), bitsOf((set.*each.residual)(x)));
             std::vector<double> written(point.size());
             for (size_t i = 0; i < products.size(); ++i) {
                 set.rowTo(kind, i, written);
-                EXPECT_EQ(bitsOf(written), bitsOf((set.*row)(i)));
+                EXPECT_EQ(bitsOf(written), bitsOf((set.*each.row)(i)));
             }
             expectRaises("optim:optimHstError:unhandledError", "Index exceed number of row.",
                          [&] { set.rowTo(kind, products.size(), written); });
