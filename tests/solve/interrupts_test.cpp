@@ -32,7 +32,8 @@ protected:
         constexpr int Wanted = 40;
         SCOPED_TRACE("seed " + std::to_string(Seed));
         std::mt19937 generator(Seed);
-        const Problem problem = longWay(Seed, 40, 22);
+        // Milliseconds, so that a thread that is woken finds it still going.
+        const Problem problem = longWay(Seed, 120, 70);
         const auto start = steady_clock::now();
         const std::vector<std::uint64_t> undisturbed = bits(solve(problem).x);
         const auto longest = std::chrono::duration_cast<microseconds>(steady_clock::now() - start);
@@ -66,6 +67,8 @@ private:
             const bool isPhaseOne = bench.solver.getConstraint()->getProblemType() == "PhaseI";
             pending_.at(isPhaseOne ? 1 : 0) += utInterruptState::flags_pending & 1U;
         });
+        options.setMaxIter(Limits{}.maxIter);
+        options.setTolX(Limits{}.tolX);
         return bench.solver(*bench.objective, bench.constraint, column(problem.start()), options,
                             nullptr, nullptr, nullptr);
     }
