@@ -19,6 +19,14 @@ using Matrix = OPTMatrix<double>;
 
 namespace {
 
+template <class T>
+T ofKind(ConstraintKind kind, T inequality, T lower, T upper) {
+    if (kind == ConstraintKind::Inequality) {
+        return inequality;
+    }
+    return kind == ConstraintKind::LowerBound ? lower : upper;
+}
+
 Matrix columnOf(std::span<const double> values) {
     Matrix column(values.size(), 1, true);
     std::copy(values.begin(), values.end(), column.getData());
@@ -56,27 +64,24 @@ void IoptConstraint::productTo(ConstraintKind kind,
                                std::span<const double> x,
                                std::span<double> out) {
     const Matrix point = columnOf(x);
-    copyFirst(kind == ConstraintKind::Inequality   ? Ax(point)
-              : kind == ConstraintKind::LowerBound ? Albx(point)
-                                                   : Aubx(point),
-              out);
+    const auto plain =
+        ofKind(kind, &IoptConstraint::Ax, &IoptConstraint::Albx, &IoptConstraint::Aubx);
+    copyFirst((this->*plain)(point), out);
 }
 
 void IoptConstraint::residualTo(ConstraintKind kind,
                                 std::span<const double> x,
                                 std::span<double> out) {
     const Matrix point = columnOf(x);
-    copyFirst(kind == ConstraintKind::Inequality   ? Aconstr(point)
-              : kind == ConstraintKind::LowerBound ? Albconstr(point)
-                                                   : Aubconstr(point),
-              out);
+    const auto plain = ofKind(kind, &IoptConstraint::Aconstr, &IoptConstraint::Albconstr,
+                              &IoptConstraint::Aubconstr);
+    copyFirst((this->*plain)(point), out);
 }
 
 void IoptConstraint::rowTo(ConstraintKind kind, size_t i, std::span<double> out) {
-    copyFirst(kind == ConstraintKind::Inequality   ? ARow(i)
-              : kind == ConstraintKind::LowerBound ? AlbRow(i)
-                                                   : AubRow(i),
-              out);
+    const auto plain =
+        ofKind(kind, &IoptConstraint::ARow, &IoptConstraint::AlbRow, &IoptConstraint::AubRow);
+    copyFirst((this->*plain)(i), out);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -114,9 +119,7 @@ void LinearConstraint::productTo(ConstraintKind kind,
 void LinearConstraint::residualTo(ConstraintKind kind,
                                   std::span<const double> x,
                                   std::span<double> out) {
-    const Matrix& rhs = kind == ConstraintKind::Inequality   ? b
-                        : kind == ConstraintKind::LowerBound ? blb
-                                                             : bub;
+    const Matrix& rhs = *ofKind(kind, &b, &blb, &bub);
     if (rhs.size() == out.size() && activeset::isStoredFull(rhs) && _productPlain(kind, x, out)) {
         subtract(out, rhs);
     } else {
@@ -172,9 +175,7 @@ void PhaseOneConstraint::productTo(ConstraintKind kind,
 void PhaseOneConstraint::residualTo(ConstraintKind kind,
                                     std::span<const double> y,
                                     std::span<double> out) {
-    const Matrix& rhs = kind == ConstraintKind::Inequality   ? underlying->getb()
-                        : kind == ConstraintKind::LowerBound ? underlying->getblb()
-                                                             : bub;
+    const Matrix& rhs = *ofKind(kind, &underlying->getb(), &underlying->getblb(), &bub);
     if (!_isPlain(y) || rhs.size() != out.size() || !activeset::isStoredFull(rhs)) {
         IoptConstraint::residualTo(kind, y, out);
         return;
