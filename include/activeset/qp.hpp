@@ -188,7 +188,7 @@ struct Progress {
     double step = 0.0;          ///< Euclidean norm of the last step, in scaled variables
 };
 
-/// Where a solve without a warm start begins.
+/// Where a solve begins whose warm start, if there is one, is not the solution yet.
 enum class Start {
     Automatic,  ///< Predict, unless a callback or a limit asks for the passes of the core
     Predict,    ///< a strictly convex problem at a prediction of its working set
