@@ -40,20 +40,7 @@ public:
     }
 
 private:
-    // Minimum and multipliers of the present members.
-    void minimise() {
-        const std::vector<std::size_t> members = sides_.members();
-        multipliers_.clear();
-        for (const std::size_t member : members) {
-            multipliers_.push_back(sides_.target(member));
-        }
-        x_ = data_.c;
-        for (double& entry : x_) {
-            entry = -entry;
-        }
-        system_.setMembers(members);
-        system_.solve(x_, multipliers_);
-    }
+    void minimise() { system_.minimise(sides_, x_, multipliers_); }
 
     // Members whose multipliers have the wrong sign, or none because they depend on others, go.
     void makeDualFeasible() {

@@ -37,13 +37,7 @@ public:
 
     /// One round; false when the guess stays as it is.
     bool improve() {
-        system_.setMembers(sides_.members());
-        multipliers_ = targets();
-        x_ = data_.c;
-        for (double& entry : x_) {
-            entry = -entry;
-        }
-        system_.solve(x_, multipliers_);
+        system_.minimise(sides_, x_, multipliers_);
         return revise();
     }
 
@@ -67,7 +61,7 @@ public:
         const Point at = point();
         const std::vector<Sum> gradient = gradientSums(data_, at.x, at.y);
         const std::vector<Sum> rows = rowValues(data_, at.x);
-        const Vector wanted = targets();
+        const Vector wanted = sides_.targets();
         Vector step(data_.n);
         for (std::size_t j = 0; j < data_.n; ++j) {
             step[j] = -static_cast<double>(gradient[j].value + at.z[j]);
@@ -118,14 +112,6 @@ public:
     }
 
 private:
-    [[nodiscard]] Vector targets() const {
-        Vector result;
-        for (const std::size_t member : system_.members()) {
-            result.push_back(sides_.target(member));
-        }
-        return result;
-    }
-
     bool revise() {
         bool hasChanged = false;
         const auto put = [&](std::size_t k, Side side) {

@@ -78,6 +78,16 @@ void SchurSystem::factorise() {
     }
 }
 
+void SchurSystem::minimise(const Sides& sides, Vector& x, Vector& multipliers) {
+    setMembers(sides.members());
+    multipliers = sides.targets();
+    x = data_.c;
+    for (double& entry : x) {
+        entry = -entry;
+    }
+    solve(x, multipliers);
+}
+
 double SchurSystem::mobility(Vector row) const {
     solveUpperTransposed(factor_, row.data(), 1);
     return dot(row.data(), row.data(), row.size());

@@ -55,6 +55,14 @@ public:
         }
         return result;
     }
+    /// Their values.
+    [[nodiscard]] Vector targets() const {
+        Vector result;
+        for (const std::size_t member : members()) {
+            result.push_back(target(member));
+        }
+        return result;
+    }
     /// What all constraints make of a point.
     [[nodiscard]] Vector values(const Vector& x) const {
         Vector result = product(data_->A, data_->m, x);
