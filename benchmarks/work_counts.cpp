@@ -34,24 +34,24 @@ double size(Int count) noexcept {
     return static_cast<double>(count);
 }
 
-double product(ConstMatrixView a) noexcept {
+double product(ConstBlock a) noexcept {
     return 2.0 * size(a.rows) * size(a.cols);
 }
 
 // A QR factorisation by reflections, without terms of lower order; likewise below.
-double factorisation(ConstMatrixView a) noexcept {
+double factorisation(ConstBlock a) noexcept {
     const double large = size(std::max(a.rows, a.cols));
     const double small = size(std::min(a.rows, a.cols));
     return 2.0 * small * small * (large - small / 3.0);
 }
 
 // The whole orthogonal factor from k reflections.
-double orthogonalFactor(ConstMatrixView a, double k) noexcept {
+double orthogonalFactor(ConstBlock a, double k) noexcept {
     const double m = size(a.rows);
     return 4.0 * (m * m * k - m * k * k + k * k * k / 3.0);
 }
 
-double cholesky(ConstMatrixView a) noexcept {
+double cholesky(ConstBlock a) noexcept {
     return size(a.cols) * size(a.cols) * size(a.cols) / 3.0;
 }
 
@@ -108,46 +108,46 @@ Work WorkCount::work() const noexcept {
     }
 
 // clang-format off
-ACTIVESET_COUNTED(blas, gemv, _ZN9activeset4blas4gemvENS_2OpEdNS_9BasicViewIKdEEPS3_dPd,
+ACTIVESET_COUNTED(blas, gemv, _ZN9activeset4blas4gemvENS_2OpEdNS_10BasicBlockIKdEEPS3_dPd,
     vectorFlops, product(a), void,
-    (Op op, double alpha, ConstMatrixView a, const double* x, double beta, double* y),
+    (Op op, double alpha, ConstBlock a, const double* x, double beta, double* y),
     (op, alpha, a, x, beta, y))
-ACTIVESET_COUNTED(blas, gemm, _ZN9activeset4blas4gemmENS_2OpES1_dNS_9BasicViewIKdEES4_dNS2_IdEE,
+ACTIVESET_COUNTED(blas, gemm, _ZN9activeset4blas4gemmENS_2OpES1_dNS_10BasicBlockIKdEES4_dNS2_IdEE,
     matrixFlops, product(a) * size(opB == Op::None ? b.cols : b.rows), void,
-    (Op opA, Op opB, double alpha, ConstMatrixView a, ConstMatrixView b, double beta, MatrixView c),
+    (Op opA, Op opB, double alpha, ConstBlock a, ConstBlock b, double beta, Block c),
     (opA, opB, alpha, a, b, beta, c))
-ACTIVESET_COUNTED(blas, trsvLower, _ZN9activeset4blas9trsvLowerENS_2OpENS_9BasicViewIKdEEPd,
-    vectorFlops, 0.5 * product(l), void, (Op op, ConstMatrixView l, double* x), (op, l, x))
+ACTIVESET_COUNTED(blas, trsvLower, _ZN9activeset4blas9trsvLowerENS_2OpENS_10BasicBlockIKdEEPd,
+    vectorFlops, 0.5 * product(l), void, (Op op, ConstBlock l, double* x), (op, l, x))
 ACTIVESET_COUNTED(blas, rot, _ZN9activeset4blas3rotEmPdmS1_mRKNS0_8RotationE,
     rotationFlops, 6.0 * static_cast<double>(n), void,
     (size_t n, double* x, size_t strideX, double* y, size_t strideY, const blas::Rotation& rotation),
     (n, x, strideX, y, strideY, rotation))
-ACTIVESET_COUNTED(lapack, trtrs, _ZN9activeset6lapack5trtrsENS_9BasicViewIKdEENS1_IdEE,
-    vectorFlops, 0.5 * product(r) * size(b.cols), Int, (ConstMatrixView r, MatrixView b), (r, b))
+ACTIVESET_COUNTED(lapack, trtrs, _ZN9activeset6lapack5trtrsENS_10BasicBlockIKdEENS1_IdEE,
+    vectorFlops, 0.5 * product(r) * size(b.cols), Int, (ConstBlock r, Block b), (r, b))
 ACTIVESET_COUNTED(lapack, trtrsTransposed,
-    _ZN9activeset6lapack15trtrsTransposedENS_9BasicViewIKdEENS1_IdEE,
-    vectorFlops, 0.5 * product(r) * size(b.cols), Int, (ConstMatrixView r, MatrixView b), (r, b))
-ACTIVESET_COUNTED(lapack, potrs, _ZN9activeset6lapack5potrsENS_9BasicViewIKdEENS1_IdEE,
-    vectorFlops, product(a) * size(b.cols), Int, (ConstMatrixView a, MatrixView b), (a, b))
-ACTIVESET_COUNTED(lapack, potrf, _ZN9activeset6lapack5potrfENS_9BasicViewIdEE,
-    matrixFlops, cholesky(a), Int, (MatrixView a), (a))
-ACTIVESET_COUNTED(lapack, potrfLower, _ZN9activeset6lapack10potrfLowerENS_9BasicViewIdEE,
-    matrixFlops, cholesky(a), Int, (MatrixView a), (a))
-ACTIVESET_COUNTED(lapack, geqrf, _ZN9activeset6lapack5geqrfENS_9BasicViewIdEEPd,
-    matrixFlops, factorisation(a), Int, (MatrixView a, double* tau), (a, tau))
-ACTIVESET_COUNTED(lapack, geqp3, _ZN9activeset6lapack5geqp3ENS_9BasicViewIdEEPlPd,
-    matrixFlops, factorisation(a), Int, (MatrixView a, Int* jpvt, double* tau), (a, jpvt, tau))
-ACTIVESET_COUNTED(lapack, orgqr, _ZN9activeset6lapack5orgqrENS_9BasicViewIdEElPKd,
-    matrixFlops, orthogonalFactor(a, size(k)), Int, (MatrixView a, Int k, const double* tau),
+    _ZN9activeset6lapack15trtrsTransposedENS_10BasicBlockIKdEENS1_IdEE,
+    vectorFlops, 0.5 * product(r) * size(b.cols), Int, (ConstBlock r, Block b), (r, b))
+ACTIVESET_COUNTED(lapack, potrs, _ZN9activeset6lapack5potrsENS_10BasicBlockIKdEENS1_IdEE,
+    vectorFlops, product(a) * size(b.cols), Int, (ConstBlock a, Block b), (a, b))
+ACTIVESET_COUNTED(lapack, potrf, _ZN9activeset6lapack5potrfENS_10BasicBlockIdEE,
+    matrixFlops, cholesky(a), Int, (Block a), (a))
+ACTIVESET_COUNTED(lapack, potrfLower, _ZN9activeset6lapack10potrfLowerENS_10BasicBlockIdEE,
+    matrixFlops, cholesky(a), Int, (Block a), (a))
+ACTIVESET_COUNTED(lapack, geqrf, _ZN9activeset6lapack5geqrfENS_10BasicBlockIdEEPd,
+    matrixFlops, factorisation(a), Int, (Block a, double* tau), (a, tau))
+ACTIVESET_COUNTED(lapack, geqp3, _ZN9activeset6lapack5geqp3ENS_10BasicBlockIdEEPlPd,
+    matrixFlops, factorisation(a), Int, (Block a, Int* jpvt, double* tau), (a, jpvt, tau))
+ACTIVESET_COUNTED(lapack, orgqr, _ZN9activeset6lapack5orgqrENS_10BasicBlockIdEElPKd,
+    matrixFlops, orthogonalFactor(a, size(k)), Int, (Block a, Int k, const double* tau),
     (a, k, tau))
-ACTIVESET_COUNTED(lapack, ormqr, _ZN9activeset6lapack5ormqrENS_2OpENS_9BasicViewIKdEEPS3_NS2_IdEE,
+ACTIVESET_COUNTED(lapack, ormqr, _ZN9activeset6lapack5ormqrENS_2OpENS_10BasicBlockIKdEEPS3_NS2_IdEE,
     matrixFlops, (2.0 * product(a) - 2.0 * size(a.cols) * size(a.cols)) * size(b.cols), Int,
-    (Op op, ConstMatrixView a, const double* tau, MatrixView b), (op, a, tau, b))
-ACTIVESET_COUNTED(lapack, pstrf, _ZN9activeset6lapack5pstrfENS_9BasicViewIdEEPlS3_d,
-    matrixFlops, cholesky(a), Int, (MatrixView a, Int* jpvt, Int* rank, double tolerance),
+    (Op op, ConstBlock a, const double* tau, Block b), (op, a, tau, b))
+ACTIVESET_COUNTED(lapack, pstrf, _ZN9activeset6lapack5pstrfENS_10BasicBlockIdEEPlS3_d,
+    matrixFlops, cholesky(a), Int, (Block a, Int* jpvt, Int* rank, double tolerance),
     (a, jpvt, rank, tolerance))
-ACTIVESET_COUNTED(lapack, gelsTransposed, _ZN9activeset6lapack14gelsTransposedENS_9BasicViewIdEES2_,
-    matrixFlops, factorisation(a), Int, (MatrixView a, MatrixView b), (a, b))
+ACTIVESET_COUNTED(lapack, gelsTransposed, _ZN9activeset6lapack14gelsTransposedENS_10BasicBlockIdEES2_,
+    matrixFlops, factorisation(a), Int, (Block a, Block b), (a, b))
 // clang-format on
 
 // The rows of the reduced Hessian's factor are turned without BLAS.

@@ -12,8 +12,8 @@ namespace activeset::frontend {
 
 namespace {
 
-using Mutable = BasicView<double>;
-using Constant = BasicView<const double>;
+using Mutable = BasicBlock<double>;
+using Constant = BasicBlock<const double>;
 
 Mutable viewOf(Dense& matrix) {
     return {matrix.values.data(), matrix.rows, matrix.cols};

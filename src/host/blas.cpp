@@ -9,7 +9,7 @@
 
 namespace activeset::blas {
 
-void gemv(Op op, double alpha, ConstMatrixView a, const double* x, double beta, double* y) {
+void gemv(Op op, double alpha, ConstBlock a, const double* x, double beta, double* y) {
     const char trans = static_cast<char>(op);
     const Int one = 1;
     const Int length = op == Op::None ? a.rows : a.cols;
@@ -32,8 +32,7 @@ void gemv(Op op, double alpha, ConstMatrixView a, const double* x, double beta, 
     (&trans, &a.rows, &a.cols, &alpha, a.data, &a.ld, x, &one, &beta, y, &one, 1);
 }
 
-void gemm(
-    Op opA, Op opB, double alpha, ConstMatrixView a, ConstMatrixView b, double beta, MatrixView c) {
+void gemm(Op opA, Op opB, double alpha, ConstBlock a, ConstBlock b, double beta, Block c) {
     const char transA = static_cast<char>(opA);
     const char transB = static_cast<char>(opB);
     const Int inner = opA == Op::None ? a.cols : a.rows;
@@ -45,7 +44,7 @@ void gemm(
      c.data, &c.ld, 1, 1);
 }
 
-void trsvLower(Op op, ConstMatrixView l, double* x) {
+void trsvLower(Op op, ConstBlock l, double* x) {
     if (l.cols <= small::LargestSolve) {
         if (op == Op::None) {
             small::solveLower(l, x);

@@ -13,16 +13,16 @@ using Int = std::int64_t;
 
 /// rows × cols doubles, element (i, j) at data[j·ld + i]; ld is at least 1, as LAPACK demands.
 template <class T>
-struct BasicView {
+struct BasicBlock {
     T* data = nullptr;
     Int rows = 0;
     Int cols = 0;
     Int ld = 1;
 
-    BasicView() = default;
-    BasicView(T* values, size_t rowCount, size_t columnCount)
-        : BasicView(values, rowCount, columnCount, rowCount) {}
-    BasicView(T* values, size_t rowCount, size_t columnCount, size_t leading)
+    BasicBlock() = default;
+    BasicBlock(T* values, size_t rowCount, size_t columnCount)
+        : BasicBlock(values, rowCount, columnCount, rowCount) {}
+    BasicBlock(T* values, size_t rowCount, size_t columnCount, size_t leading)
         : data(values),
           rows(static_cast<Int>(rowCount)),
           cols(static_cast<Int>(columnCount)),
@@ -31,8 +31,8 @@ struct BasicView {
     [[nodiscard]] bool isEmpty() const noexcept { return rows == 0 || cols == 0; }
     // A view of mutable elements serves where constant ones are read.
     // NOLINTNEXTLINE(google-explicit-constructor,hicpp-explicit-conversions)
-    operator BasicView<const T>() const noexcept {
-        BasicView<const T> view;
+    operator BasicBlock<const T>() const noexcept {
+        BasicBlock<const T> view;
         view.data = data;
         view.rows = rows;
         view.cols = cols;
@@ -41,21 +41,20 @@ struct BasicView {
     }
 };
 
-using MatrixView = BasicView<double>;
-using ConstMatrixView = BasicView<const double>;
+using Block = BasicBlock<double>;
+using ConstBlock = BasicBlock<const double>;
 
 enum class Op : char { None = 'N', Transpose = 'T' };
 
 namespace blas {
 
 /// y := alpha·op(a)·x + beta·y; with beta = 0 what y held before does not matter.
-void gemv(Op op, double alpha, ConstMatrixView a, const double* x, double beta, double* y);
+void gemv(Op op, double alpha, ConstBlock a, const double* x, double beta, double* y);
 /// c := alpha·op(a)·op(b) + beta·c.
-void gemm(
-    Op opA, Op opB, double alpha, ConstMatrixView a, ConstMatrixView b, double beta, MatrixView c);
+void gemm(Op opA, Op opB, double alpha, ConstBlock a, ConstBlock b, double beta, Block c);
 
 /// x := op(l)⁻¹·x, l lower triangular and square.
-void trsvLower(Op op, ConstMatrixView l, double* x);
+void trsvLower(Op op, ConstBlock l, double* x);
 
 /// A plane rotation [c s; −s c] that turns (a, b) into (r, 0).
 struct Rotation {

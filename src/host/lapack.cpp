@@ -44,7 +44,7 @@ constexpr Int LargestUnblocked = 32;
 // Asks the routine for its optimal workspace (not for an empty matrix, where the answer of some
 // routines is too small), then runs it. routine(work, lwork) returns info.
 template <class Routine>
-Int withWorkspace(Int minimum, ConstMatrixView a, Routine routine) {
+Int withWorkspace(Int minimum, ConstBlock a, Routine routine) {
     Int optimum = minimum;
     if (!a.isEmpty() && std::max(a.rows, a.cols) > LargestUnblocked) {
         double answer = 0.0;
@@ -58,7 +58,7 @@ Int withWorkspace(Int minimum, ConstMatrixView a, Routine routine) {
 
 }  // namespace
 
-Int geqrf(MatrixView a, double* tau) {
+Int geqrf(Block a, double* tau) {
     const Int minimum = std::max(a.rows, a.cols) + 1;
     return withWorkspace(minimum, a, [&](double* work, const Int* lwork) {
         Int info = 0;
@@ -67,7 +67,7 @@ Int geqrf(MatrixView a, double* tau) {
     });
 }
 
-Int orgqr(MatrixView a, Int k, const double* tau) {
+Int orgqr(Block a, Int k, const double* tau) {
     return withWorkspace(a.rows + 1, a, [&](double* work, const Int* lwork) {
         Int info = 0;
         ACTIVESET_FORTRAN(dorgqr)(&a.rows, &a.cols, &k, a.data, &a.ld, tau, work, lwork, &info);
@@ -75,7 +75,7 @@ Int orgqr(MatrixView a, Int k, const double* tau) {
     });
 }
 
-Int geqp3(MatrixView a, Int* jpvt, double* tau) {
+Int geqp3(Block a, Int* jpvt, double* tau) {
     const Int minimum = 3 * std::max(a.rows, a.cols) + 1;
     return withWorkspace(minimum, a, [&](double* work, const Int* lwork) {
         Int info = 0;
@@ -84,39 +84,39 @@ Int geqp3(MatrixView a, Int* jpvt, double* tau) {
     });
 }
 
-Int potrf(MatrixView a) {
+Int potrf(Block a) {
     Int info = 0;
     ACTIVESET_FORTRAN(dpotrf)("U", &a.cols, a.data, &a.ld, &info, 1);
     return info;
 }
 
-Int potrfLower(MatrixView a) {
+Int potrfLower(Block a) {
     Int info = 0;
     ACTIVESET_FORTRAN(dpotrf)("L", &a.cols, a.data, &a.ld, &info, 1);
     return info;
 }
 
-Int potrs(ConstMatrixView a, MatrixView b) {
+Int potrs(ConstBlock a, Block b) {
     Int info = 0;
     ACTIVESET_FORTRAN(dpotrs)("U", &a.cols, &b.cols, a.data, &a.ld, b.data, &b.ld, &info, 1);
     return info;
 }
 
-Int trtrs(ConstMatrixView r, MatrixView b) {
+Int trtrs(ConstBlock r, Block b) {
     Int info = 0;
     ACTIVESET_FORTRAN(dtrtrs)
     ("U", "N", "N", &r.cols, &b.cols, r.data, &r.ld, b.data, &b.ld, &info, 1, 1, 1);
     return info;
 }
 
-Int trtrsTransposed(ConstMatrixView r, MatrixView b) {
+Int trtrsTransposed(ConstBlock r, Block b) {
     Int info = 0;
     ACTIVESET_FORTRAN(dtrtrs)
     ("U", "T", "N", &r.cols, &b.cols, r.data, &r.ld, b.data, &b.ld, &info, 1, 1, 1);
     return info;
 }
 
-Int ormqr(Op op, ConstMatrixView a, const double* tau, MatrixView b) {
+Int ormqr(Op op, ConstBlock a, const double* tau, Block b) {
     const char trans = static_cast<char>(op);
     return withWorkspace(b.cols + 1, a, [&](double* work, const Int* lwork) {
         Int info = 0;
@@ -127,7 +127,7 @@ Int ormqr(Op op, ConstMatrixView a, const double* tau, MatrixView b) {
     });
 }
 
-Int pstrf(MatrixView a, Int* jpvt, Int* rank, double tolerance) {
+Int pstrf(Block a, Int* jpvt, Int* rank, double tolerance) {
     const Workspace work(2 * a.cols + 1, 2 * a.cols + 1);
     Int info = 0;
     ACTIVESET_FORTRAN(dpstrf)
@@ -135,7 +135,7 @@ Int pstrf(MatrixView a, Int* jpvt, Int* rank, double tolerance) {
     return info;
 }
 
-Int gelsTransposed(MatrixView a, MatrixView b) {
+Int gelsTransposed(Block a, Block b) {
     // max(rows, cols) + 1 alone is less than the routine accepts when the matrix is nearly square.
     const Int smaller = std::min(a.rows, a.cols);
     const Int minimum = std::max(std::max(a.rows, a.cols) + 1, smaller + std::max(smaller, b.cols));

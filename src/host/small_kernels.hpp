@@ -12,7 +12,7 @@ constexpr Int LargestSolve = 16;     // order of the triangle
 constexpr size_t LargestRotation = 16;
 
 /// y += alpha·a·x.
-inline void addProduct(double alpha, ConstMatrixView a, const double* x, double* y) {
+inline void addProduct(double alpha, ConstBlock a, const double* x, double* y) {
     const double* column = a.data;
     for (Int j = 0; j < a.cols; ++j, column += a.ld) {
         const double factor = alpha * x[j];
@@ -23,7 +23,7 @@ inline void addProduct(double alpha, ConstMatrixView a, const double* x, double*
 }
 
 /// y += alpha·aᵀ·x; four columns at a time, whose sums do not wait for each other.
-inline void addTransposedProduct(double alpha, ConstMatrixView a, const double* x, double* y) {
+inline void addTransposedProduct(double alpha, ConstBlock a, const double* x, double* y) {
     const double* column = a.data;
     Int j = 0;
     for (; j + 4 <= a.cols; j += 4, column += 4 * a.ld) {
@@ -52,7 +52,7 @@ inline void addTransposedProduct(double alpha, ConstMatrixView a, const double* 
 }
 
 /// x := l⁻¹·x.
-inline void solveLower(ConstMatrixView l, double* x) {
+inline void solveLower(ConstBlock l, double* x) {
     const double* column = l.data;
     for (Int j = 0; j < l.cols; ++j, column += l.ld) {
         x[j] /= column[j];
@@ -63,7 +63,7 @@ inline void solveLower(ConstMatrixView l, double* x) {
 }
 
 /// x := l⁻ᵀ·x.
-inline void solveLowerTransposed(ConstMatrixView l, double* x) {
+inline void solveLowerTransposed(ConstBlock l, double* x) {
     for (Int j = l.cols - 1; j >= 0; --j) {
         const double* column = l.data + j * l.ld;
         double rest = x[j];

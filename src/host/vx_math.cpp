@@ -104,14 +104,14 @@ void vxMatrixMultiply(vxArray* product, const vxArray* a, const vxArray* b) {
         return;
     }
     const auto view = [](const vxArray* array) {
-        return activeset::ConstMatrixView(static_cast<const double*>(array->real),
-                                          array->dimensions[0], array->dimensions[1]);
+        return activeset::ConstBlock(static_cast<const double*>(array->real), array->dimensions[0],
+                                     array->dimensions[1]);
     };
     if (n == 1) {
         activeset::blas::gemv(activeset::Op::None, 1.0, view(a),
                               static_cast<const double*>(b->real), 0.0, result);
     } else {
         activeset::blas::gemm(activeset::Op::None, activeset::Op::None, 1.0, view(a), view(b), 0.0,
-                              activeset::MatrixView(result, m, n));
+                              activeset::Block(result, m, n));
     }
 }

@@ -19,22 +19,22 @@ inline void requireFull(const OPTMatrix<double>& matrix) {
     }
 }
 
-[[nodiscard]] inline MatrixView viewOf(OPTMatrix<double>& matrix) {
+[[nodiscard]] inline Block viewOf(OPTMatrix<double>& matrix) {
     requireFull(matrix);
     return {matrix.getData(), matrix.getRows(), matrix.getCols()};
 }
 
-[[nodiscard]] inline ConstMatrixView viewOf(const OPTMatrix<double>& matrix) {
+[[nodiscard]] inline ConstBlock viewOf(const OPTMatrix<double>& matrix) {
     requireFull(matrix);
     return {matrix.getData(), matrix.getRows(), matrix.getCols()};
 }
 
 /// The first `rowCount` rows of `count` columns from column `first`. Raises the fault of an
 /// element access when the matrix does not have them.
-[[nodiscard]] inline MatrixView block(OPTMatrix<double>& matrix,
-                                      size_t first,
-                                      size_t count,
-                                      size_t rowCount) {
+[[nodiscard]] inline Block block(OPTMatrix<double>& matrix,
+                                 size_t first,
+                                 size_t count,
+                                 size_t rowCount) {
     requireFull(matrix);
     if (rowCount > matrix.getRows()) {
         raiseMatrixFault("Index exceed number of row.");
@@ -46,7 +46,7 @@ inline void requireFull(const OPTMatrix<double>& matrix) {
     return {matrix.getData() + first * rows, rowCount, count, rows};
 }
 
-[[nodiscard]] inline MatrixView columns(OPTMatrix<double>& matrix, size_t first, size_t count) {
+[[nodiscard]] inline Block columns(OPTMatrix<double>& matrix, size_t first, size_t count) {
     return block(matrix, first, count, matrix.getRows());
 }
 

@@ -12,8 +12,8 @@
 #include "nullspace/few_entries.hpp"
 #include "nullspace/workspace.hpp"
 
-using activeset::ConstMatrixView;
-using activeset::MatrixView;
+using activeset::Block;
+using activeset::ConstBlock;
 using activeset::Op;
 using activeset::vectorOf;
 using activeset::viewOf;
@@ -25,7 +25,7 @@ namespace lapack = activeset::lapack;
 namespace {
 
 // To rounding: the updates work on a symmetric matrix, while LAPACK sees one triangle only.
-bool isSymmetric(ConstMatrixView H) {
+bool isSymmetric(ConstBlock H) {
     constexpr double SymmetryTolerance = 16.0 * std::numeric_limits<double>::epsilon();
     for (activeset::Int j = 0; j < H.cols; ++j) {
         for (activeset::Int i = 0; i < j; ++i) {
@@ -70,7 +70,7 @@ int NullSpaceAS::_solveSubProblem(Matrix& g, Matrix& p) {
         return 0;
     }
     const size_t nz = n - m;
-    const MatrixView Z = activeset::block(Q, m, nz, n);
+    const Block Z = activeset::block(Q, m, nz, n);
     activeset::DirectionVectors& vectors = _workspace().vectors;
     vectors.reserve(n);
     double* reduced = vectors.reduced();
@@ -110,7 +110,7 @@ bool NullSpaceAS::_followKeptFactor(Matrix& H, size_t nz, Matrix& p) {
     if (!kept.isCurrent() || kept.order() != nz) {
         return false;
     }
-    const MatrixView Z = activeset::block(Q, n - nz, nz, n);
+    const Block Z = activeset::block(Q, n - nz, nz, n);
     activeset::DirectionVectors& vectors = _workspace().vectors;
     const double* reduced = vectors.reduced();
     double* solved = vectors.solved();
@@ -150,7 +150,7 @@ int NullSpaceAS::_solveReduced(Matrix& H, size_t nz) {
 // As the method is written down: form, factorise, solve.
 int NullSpaceAS::_solveReducedPlainly(Matrix& H, size_t nz) {
     const size_t n = OPTsizes::getnVar();
-    const MatrixView Z = activeset::block(Q, n - nz, nz, n);
+    const Block Z = activeset::block(Q, n - nz, nz, n);
     Matrix ZtH(nz, n, true);
     blas::gemm(Op::Transpose, Op::None, 1.0, Z, activeset::block(H, 0, n, n), 0.0, viewOf(ZtH));
     Matrix ZtHZ(nz, nz, true);
@@ -196,7 +196,7 @@ void NullSpaceAS::_computeLambda(Matrix& g, Matrix& multipliers) {
     vectors.reserve(std::max(n, m));  // phase one may have more constraints than variables
     double* u = vectors.solved();
     activeset::multiplyTransposed(activeset::block(Q, 0, m, n), vectorOf(g, n), u);
-    const auto info = lapack::trtrs(activeset::block(QRwset, 0, m, m), MatrixView(u, m, 1));
+    const auto info = lapack::trtrs(activeset::block(QRwset, 0, m, m), Block(u, m, 1));
     optimAssert(info == 0, "Error calling DTRTRS from NullSpaceAS::_computeLambda");
     multipliers.fill(0.0);
     double* values = vectorOf(multipliers, m);

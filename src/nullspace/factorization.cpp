@@ -8,14 +8,14 @@
 #include "nullspace/workspace.hpp"
 
 using activeset::block;
-using activeset::MatrixView;
+using activeset::Block;
 using activeset::vectorOf;
 using Matrix = OPTMatrix<double>;
 
 namespace {
 
 // target := the entries of packed strictly below the diagonal, which become zero in packed.
-void moveBelowDiagonal(MatrixView packed, MatrixView target) {
+void moveBelowDiagonal(Block packed, Block target) {
     for (activeset::Int j = 0; j < std::min(packed.cols, packed.rows); ++j) {
         double* from = packed.data + j * packed.ld;
         std::copy(from + j + 1, from + packed.rows, target.data + j * target.ld + j + 1);
@@ -66,7 +66,7 @@ void NullSpaceAS::_copyAw(Matrix& target) const {
 
 void NullSpaceAS::_getQR() {
     _copyAw(QRwset);
-    const MatrixView packed = activeset::columns(QRwset, 0, ActiveSet::getmaConstr());
+    const Block packed = activeset::columns(QRwset, 0, ActiveSet::getmaConstr());
     const auto info = activeset::lapack::geqrf(packed, vectorOf(tau, OPTsizes::getnVar()));
     optimAssert(info == 0, "Error calling DGEQRF from NullSpaceAS::_getQR");
 }
@@ -74,7 +74,7 @@ void NullSpaceAS::_getQR() {
 void NullSpaceAS::_getNull() {
     const size_t n = OPTsizes::getnVar();
     const size_t m = ActiveSet::getmaConstr();
-    const MatrixView q = block(Q, 0, n, n);
+    const Block q = block(Q, 0, n, n);
     moveBelowDiagonal(block(QRwset, 0, m, n), q);
     const auto info =
         activeset::lapack::orgqr(q, static_cast<activeset::Int>(std::min(n, m)), vectorOf(tau, n));
@@ -91,7 +91,7 @@ void NullSpaceAS::_newQR() {
 // is not wanted, stays packed). The call sites prepare jpvt.
 void NullSpaceAS::_getQRE(
     Matrix& A, Matrix& Qout, Matrix& tauOut, std::int64_t* jpvt, size_t m, size_t n, bool wantQ) {
-    const MatrixView packed = block(A, 0, n, m);
+    const Block packed = block(A, 0, n, m);
     double* scalars = vectorOf(tauOut, std::min(m, n));
     const auto pivotInfo = activeset::lapack::geqp3(packed, jpvt, scalars);
     activeset::Int factorInfo = 0;
@@ -102,7 +102,7 @@ void NullSpaceAS::_getQRE(
             }
         }
         if (wantQ) {
-            const MatrixView q = block(Qout, 0, m, m);
+            const Block q = block(Qout, 0, m, m);
             moveBelowDiagonal(packed, q);
             factorInfo =
                 activeset::lapack::orgqr(q, static_cast<activeset::Int>(std::min(m, n)), scalars);

@@ -12,7 +12,7 @@ namespace activeset {
 ///
 /// The row of a bound has one entry, in phase one two, and phase one's gradient has one: then a few
 /// rows of q are all that is read. With entries ±1 the result has the same bits as the product.
-inline void multiplyTransposed(ConstMatrixView q, const double* a, double* w) {
+inline void multiplyTransposed(ConstBlock q, const double* a, double* w) {
     constexpr size_t Few = 2;
     std::array<Int, Few> rows{};
     size_t count = 0;

@@ -13,13 +13,13 @@
 #include "nullspace/few_entries.hpp"
 #include "nullspace/workspace.hpp"
 
-using activeset::MatrixView;
+using activeset::Block;
 using Matrix = OPTMatrix<double>;
 
 namespace {
 
 // Q as the rotations walk through it, with n for the leading dimension.
-MatrixView squareFactor(Matrix& Q) {
+Block squareFactor(Matrix& Q) {
     if (Q.getRows() != OPTsizes::getnVar() || Q.getCols() != OPTsizes::getnVar()) {
         activeset::raiseMatrixFault("Index exceed number of row.");
     }
@@ -51,7 +51,7 @@ void NullSpaceAS::_rotateRowsAndQ(size_t row, size_t pivotColumn, size_t columns
 void NullSpaceAS::_QRinsertColumn(Matrix& a) {
     const size_t n = OPTsizes::getnVar();
     const size_t k = ActiveSet::getmaConstr();
-    const MatrixView q = squareFactor(Q);
+    const Block q = squareFactor(Q);
     double* last = activeset::block(QRwset, k - 1, 1, n).data;
     activeset::multiplyTransposed(q, activeset::vectorOf(a, n), last);
     activeset::RotationSweep& sweep = _workspace().sweep;

@@ -20,20 +20,20 @@ constexpr size_t Lanes = 8;
 // an update, n·ε, and far below what a well-posed problem shows.
 constexpr double SafePivotRatio = 1e-10;
 
-MatrixView part(MatrixView of, Int row, Int col, Int rows, Int cols) {
+Block part(Block of, Int row, Int col, Int rows, Int cols) {
     of.data += col * of.ld + row;
     of.rows = rows;
     of.cols = cols;
     return of;
 }
 
-ConstMatrixView part(ConstMatrixView of, Int col, Int cols) {
+ConstBlock part(ConstBlock of, Int col, Int cols) {
     of.data += col * of.ld;
     of.cols = cols;
     return of;
 }
 
-bool isIdentity(ConstMatrixView matrix) {
+bool isIdentity(ConstBlock matrix) {
     if (matrix.rows != matrix.cols) {
         return false;
     }
@@ -94,26 +94,26 @@ void ReducedHessian::reserve(size_t n) {
     }
 }
 
-MatrixView ReducedHessian::natural() {
-    MatrixView view = viewOf(triangles_);
+Block ReducedHessian::natural() {
+    Block view = viewOf(triangles_);
     view.rows = static_cast<Int>(order_);
     view.cols = static_cast<Int>(order_);
     return view;
 }
 
-MatrixView ReducedHessian::lower() {
-    MatrixView view = natural();
+Block ReducedHessian::lower() {
+    Block view = natural();
     view.data += 1;
     return view;
 }
 
-Int ReducedHessian::formAndSolve(ConstMatrixView H, ConstMatrixView Z, double* b) {
+Int ReducedHessian::formAndSolve(ConstBlock H, ConstBlock Z, double* b) {
     reserve(static_cast<size_t>(Z.rows));
     isCurrent_ = false;
     order_ = static_cast<size_t>(Z.cols);
     updates_ = 0;
     scale_ = 0.0;
-    const MatrixView M = natural();
+    const Block M = natural();
     // (ZᵀH)·Z in this order, as the plain computation: the verdict on a singular matrix hangs on
     // the rounding. A panel of rows at a time, from the diagonal to the right.
     const bool nothingToTurn = isIdentity(Z);  // a start with an empty working set
@@ -122,13 +122,13 @@ Int ReducedHessian::formAndSolve(ConstMatrixView H, ConstMatrixView Z, double* b
     }
     for (Int first = 0; first < Z.cols && !nothingToTurn; first += static_cast<Int>(PanelWidth)) {
         const Int width = std::min(static_cast<Int>(PanelWidth), Z.cols - first);
-        const MatrixView ZtH = part(viewOf(panel_), 0, 0, width, Z.rows);
+        const Block ZtH = part(viewOf(panel_), 0, 0, width, Z.rows);
         blas::gemm(Op::Transpose, Op::None, 1.0, part(Z, first, width), H, 0.0, ZtH);
         blas::gemm(Op::None, Op::None, 1.0, ZtH, part(Z, first, Z.cols - first), 0.0,
                    part(M, first, first, width, Z.cols - first));
     }
     // L's place gets the same matrix with rows and columns in reversed order.
-    const MatrixView L = lower();
+    const Block L = lower();
     const Int last = M.cols - 1;
     for (Int j = 0; j <= last; ++j) {
         scale_ = std::max(scale_, std::abs(M.data[j * M.ld + j]));
@@ -140,7 +140,7 @@ Int ReducedHessian::formAndSolve(ConstMatrixView H, ConstMatrixView Z, double* b
     if (info != 0) {
         return info;
     }
-    lapack::potrs(M, MatrixView(b, order_, 1));
+    lapack::potrs(M, Block(b, order_, 1));
     isCurrent_ = lapack::potrfLower(L) == 0;
     for (Int j = 0; j <= last; ++j) {
         const double pivot = L.data[j * L.ld + j];
@@ -179,7 +179,7 @@ void ReducedHessian::followInsertion(const RotationSweep& sweep) {
 void ReducedHessian::turnRows(const RotationSweep& sweep) {
     const double* cosines = sweep.cosines();
     const double* sines = sweep.sines();
-    const MatrixView L = lower();
+    const Block L = lower();
     const size_t last = order_ - 1;
     for (size_t j = 0; j < order_; j += Lanes) {
         const size_t width = std::min(Lanes, order_ - j);
@@ -213,7 +213,7 @@ void ReducedHessian::turnRows(const RotationSweep& sweep) {
 
 // Rotations of neighbouring columns restore the triangle; the last row is about to be dropped.
 void ReducedHessian::clearSuperdiagonal() {
-    const MatrixView L = lower();
+    const Block L = lower();
     for (size_t r = 0; r + 1 < order_; ++r) {
         double* left = L.data + static_cast<Int>(r) * L.ld + r;
         double* right = left + L.ld;
@@ -225,7 +225,7 @@ void ReducedHessian::clearSuperdiagonal() {
     }
 }
 
-void ReducedHessian::followDeletion(ConstMatrixView H, ConstMatrixView Z) {
+void ReducedHessian::followDeletion(ConstBlock H, ConstBlock Z) {
     if (!isCurrent_) {
         return;
     }
@@ -253,7 +253,7 @@ void ReducedHessian::followDeletion(ConstMatrixView H, ConstMatrixView Z) {
     const size_t added = order_;
     ++order_;
     ++updates_;
-    const MatrixView L = lower();
+    const Block L = lower();
     const auto stride = static_cast<size_t>(L.ld);
     for (size_t k = 0; k < added; ++k) {
         L.data[k * stride + added] = u[k];

@@ -46,22 +46,22 @@ public:
     /// Forms ZᵀHZ for symmetric H, has LAPACK factorise it, and on success (0) solves
     /// ZᵀHZ·u = b in place (b in the order of Z's columns) and prepares the factor that the
     /// updates work on. Returns LAPACK's info; positive: not positive definite, b untouched.
-    Int formAndSolve(ConstMatrixView H, ConstMatrixView Z, double* b);
+    Int formAndSolve(ConstBlock H, ConstBlock Z, double* b);
     /// The same solve with the current factor, without forming anything.
     void solve(double* b);
 
     /// A constraint has entered: the sweep that was applied to the columns of Z, last pair first.
     void followInsertion(const RotationSweep& sweep);
     /// A constraint has left: Z is the new basis, its first column the new one.
-    void followDeletion(ConstMatrixView H, ConstMatrixView Z);
+    void followDeletion(ConstBlock H, ConstBlock Z);
 
     /// The largest diagonal entry that M̂ is known to have had; an estimate of its size.
     [[nodiscard]] double scale() const noexcept { return scale_; }
 
 private:
     void reserve(size_t n);
-    [[nodiscard]] MatrixView natural();
-    [[nodiscard]] MatrixView lower();
+    [[nodiscard]] Block natural();
+    [[nodiscard]] Block lower();
     void turnRows(const RotationSweep& sweep);
     void clearSuperdiagonal();
     [[nodiscard]] bool isSafe(double squaredPivot) const;

@@ -86,7 +86,7 @@ bool NullSpaceAS::feasibleWorkingSetX0(Matrix& point, IoptConstraint& constraint
     // set must survive a repair in mid-loop.
     Matrix scratch(n, m, true);
     _copyAw(scratch);
-    const activeset::MatrixView A = activeset::viewOf(scratch);
+    const activeset::Block A = activeset::viewOf(scratch);
     const size_t rows = std::max(n, m);
     Matrix B(rows, 2);
     double* residual = B.getData();

@@ -7,7 +7,7 @@
 #include "activeset/sizes.hpp"
 #include "matrix/views.hpp"
 
-using activeset::MatrixView;
+using activeset::Block;
 using activeset::ObjectiveKind;
 using activeset::Op;
 using activeset::viewOf;
@@ -86,7 +86,7 @@ double QPobjective::valueAt(const OPTMatrix<double>& x) {
     double quadratic = 0.0;
     blas::gemv(Op::Transpose, 1.0, viewOf(c), x.getData(), 0.0, &linear);
     blas::gemv(Op::Transpose, 1.0, viewOf(H), half, 0.0, halfXtH);
-    blas::gemv(Op::None, 1.0, MatrixView(halfXtH, 1, n), x.getData(), 0.0, &quadratic);
+    blas::gemv(Op::None, 1.0, Block(halfXtH, 1, n), x.getData(), 0.0, &quadratic);
     return linear + quadratic;
 }
 

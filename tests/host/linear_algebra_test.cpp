@@ -179,7 +179,7 @@ TEST_F(LapackCalls, InfoIsPassedThroughAndIntegersAre64Bit) {
     EXPECT_EQ(rowsOf(c), (Rows{{1}, {2}}));
 
     // An order of 2³² + 1 reads as 1 in 32 bits, where the leading dimension would be enough.
-    MatrixView huge = viewOf(upper);
+    Block huge = viewOf(upper);
     huge.rows = huge.cols = (Int{1} << 32U) + 1;
     EXPECT_EQ(lapack::potrf(huge), -4);
 }
