@@ -107,7 +107,6 @@ private:
     void _QRdeleteColumn(size_t j);
     [[nodiscard]] static double _planerot(double a, double b, OPTMatrix<double>& G);
     void _rotateRowsAndQ(size_t row, size_t pivotColumn, size_t columns);
-    void _turnTrailingColumns(size_t n);
     void _followDeletion();
     [[nodiscard]] activeset::NullSpaceWorkspace& _workspace();
 

@@ -1,6 +1,4 @@
-// The steps of the dual method. See Goldfarb and Idnani, A numerically stable dual method for
-// solving strictly convex quadratic programs, Mathematical Programming 27 (1983); the Schur
-// complement takes the place of their factors.
+// One constraint at a time, the dual objective rising.
 #include "frontend/dual_active_set.hpp"
 
 #include <algorithm>
@@ -8,156 +6,157 @@
 #include <limits>
 #include <utility>
 
+#include "frontend/dual_factors.hpp"
+
 namespace activeset::frontend {
 
 namespace {
 
 constexpr std::size_t None = std::numeric_limits<std::size_t>::max();
 
+// A row that moves by less than this part of what it would move without members depends on them.
+constexpr double Dependent = 1e-18;
+// Such a row violated by less, in proportion, is where the members put it, but for rounding.
+constexpr double Negligible = 1e-8;
+// Steps after which x and the multipliers are computed anew, so that no rounding adds up.
+constexpr std::size_t StepsBetweenMinimisations = 32;
+
+/// The constraint that is being pulled to its side.
+struct Entering {
+    std::size_t constraint = None;
+    Side side = Side::None;
+    double sign = 0.0;  ///< 1 at the upper side, −1 at the lower one
+    double target = 0.0;
+    Vector outward;           ///< its gradient in the direction in which it is violated
+    double multiplier = 0.0;  ///< of the gradient
+    double violation = 0.0;   ///< when it was chosen
+};
+
 class DualMethod {
 public:
-    DualMethod(const Data& data, SchurSystem& system, Sides guess, Control& control)
-        : data_(data), system_(system), sides_(std::move(guess)), control_(control) {}
+    DualMethod(const Data& data, const Dense& factor, Sides guess, Control& control)
+        : data_(data),
+          sides_(std::move(guess)),
+          control_(control),
+          factors_(factor, sides_),
+          isIgnored_(sides_.count(), false) {}
 
     DualOutcome run() {
-        // Beyond, the core is faster.
-        const std::size_t mostSteps = 50 + data_.n;
+        const std::size_t mostSteps = 100 + 20 * (data_.n + sides_.count());
+        holdMembersOnly();
         makeDualFeasible();
         DualOutcome::End end = DualOutcome::Stopped;
-        while (steps_ < mostSteps && !control_.mustEnd()) {
-            const std::size_t worst = mostViolated();
-            if (worst == None) {
-                end = holdsMembers() ? DualOutcome::Optimal : DualOutcome::Stopped;
-                break;
-            }
-            if (!pull(worst)) {
+        while (end == DualOutcome::Stopped && steps_ < mostSteps && !control_.mustEnd()) {
+            Entering entering = mostViolated();
+            if (entering.constraint == None && sinceMinimisation_ != 0) {
+                minimise();
+            } else if (entering.constraint == None) {
+                end = DualOutcome::Optimal;
+            } else if (!pull(entering)) {
                 end = DualOutcome::Infeasible;
-                break;
             }
             control_.poll();
         }
-        return {end, std::move(sides_), std::move(x_), std::move(multipliers_), steps_};
+        return {end, std::move(sides_), point(), steps_};
     }
 
 private:
-    void minimise() { system_.minimise(sides_, x_, multipliers_); }
+    // The factors may have left out members of the guess.
+    void holdMembersOnly() {
+        std::vector<Side> held(sides_.count(), Side::None);
+        for (const std::size_t member : factors_.members()) {
+            held[member] = sides_[member];
+        }
+        for (std::size_t k = 0; k < held.size(); ++k) {
+            sides_.hold(k, held[k]);
+        }
+    }
 
-    // Members whose multipliers have the wrong sign, or none because they depend on others, go.
+    void minimise() {
+        Vector targets;
+        for (const std::size_t member : factors_.members()) {
+            targets.push_back(sides_.target(member));
+        }
+        factors_.minimise(data_.c, std::move(targets), x_, multipliers_);
+        sinceMinimisation_ = 0;
+    }
+
+    // Members whose multipliers have the wrong sign go.
     void makeDualFeasible() {
         bool isFeasible = false;
         while (!isFeasible) {
             minimise();
             isFeasible = true;
-            for (std::size_t k = 0; k < multipliers_.size(); ++k) {
-                const std::size_t member = system_.members()[k];
-                if (sides_.sign(member) != 0.0 && !(sides_.sign(member) * multipliers_[k] > 0.0)) {
-                    sides_.hold(member, Side::None);
+            for (std::size_t k = multipliers_.size(); k-- > 0;) {
+                const double sign = sides_.sign(factors_.members()[k]);
+                if (sign != 0.0 && !(sign * multipliers_[k] > 0.0)) {
+                    leave(k);
                     isFeasible = false;
                 }
             }
         }
     }
 
-    [[nodiscard]] std::size_t mostViolated() const {
+    // Equalities that depend on others are no members, and may yet contradict them.
+    [[nodiscard]] Entering mostViolated() const {
         const Vector values = sides_.values(x_);
-        std::size_t worst = None;
-        double largest = 0.0;
-        for (std::size_t k = 0; k < sides_.count(); ++k) {
-            if (sides_[k] != Side::None || sides_.beyond(k, values[k]) == Side::None) {
+        Entering worst;
+        for (std::size_t k = 0; k < values.size(); ++k) {
+            const Side side = sides_[k] == Side::None ? sides_.beyond(k, values[k]) : Side::None;
+            if (side == Side::None || isIgnored_[k]) {
                 continue;
             }
-            const double violation =
-                std::max(values[k] - sides_.upper(k), sides_.lower(k) - values[k]);
-            if (violation > largest) {
-                largest = violation;
-                worst = k;
+            const double target = side == Side::Upper ? sides_.upper(k) : sides_.lower(k);
+            const double violation = std::abs(values[k] - target);
+            if (violation > worst.violation) {
+                worst = {k, side, side == Side::Upper ? 1.0 : -1.0, target, {}, 0.0, violation};
             }
         }
         return worst;
     }
 
-    // Equalities that depend on others have no multiplier, and may contradict them.
-    [[nodiscard]] bool holdsMembers() const {
-        constexpr double Contradiction = 1e-6;
-        const Vector values = sides_.values(x_);
-        const std::vector<std::size_t>& members = system_.members();
-        return std::none_of(members.begin(), members.end(), [&](std::size_t member) {
-            const double target = sides_.target(member);
-            return std::abs(values[member] - target) >
-                   Contradiction * std::max(1.0, std::abs(target));
-        });
-    }
-
-    // The gradient of a constraint in the direction in which it is violated.
-    [[nodiscard]] Vector outward(std::size_t k, double sign) const {
-        Vector row(data_.n, 0.0);
-        if (!sides_.isRow(k)) {
-            row[k - data_.m] = sign;
-            return row;
+    // Brings a constraint to its side. False when nothing can: the multipliers then prove it.
+    bool pull(Entering& entering) {
+        entering.outward = sides_.row(entering.constraint);
+        for (double& entry : entering.outward) {
+            entry *= entering.sign;
         }
-        for (std::size_t j = 0; j < data_.n; ++j) {
-            row[j] = sign * data_.columnOfA(j)[k];
-        }
-        return row;
-    }
-
-    // Brings one constraint to its side. False when nothing can: the multipliers then prove it.
-    bool pull(std::size_t entering) {
-        const double value = valueOf(entering);
-        const Side side = value > sides_.upper(entering) ? Side::Upper : Side::Lower;
-        const double sign = side == Side::Upper ? 1.0 : -1.0;
-        const double target = side == Side::Upper ? sides_.upper(entering) : sides_.lower(entering);
-        const Vector row = outward(entering, sign);
-        const double negligible = Negligible * system_.mobility(row);
+        image_ = factors_.image(entering.outward);
+        const double negligible = Dependent * dot(image_.data(), image_.data(), data_.n);
         for (;;) {
             ++steps_;
-            Vector step = row;
-            for (double& entry : step) {
-                entry = -entry;
-            }
-            Vector change(multipliers_.size(), 0.0);
-            system_.solve(step, change);
-            const double approach = -dot(row.data(), step.data(), data_.n);
-            const double distance = sign * (valueOf(entering) - target);
-            // A row that hardly moves depends on the members: what is left is rounding.
-            const double toSide =
-                approach > negligible ? std::max(0.0, distance) / approach : Infinity;
+            const Vector change = factors_.change(image_);
+            const double mobility = factors_.mobility(image_);
+            const bool isMobile = mobility > negligible;
+            const double toSide = isMobile ? distanceOf(entering) / mobility : Infinity;
             const auto [toChange, leaving] = firstSignChange(change);
             const double length = std::min(toSide, toChange);
             if (length == Infinity) {
-                multipliers_ = std::move(change);
-                enter(entering, side, sign);
-                return false;
+                return ignore(entering) || contradict(entering, change);
             }
-            if (toSide < Infinity) {
-                axpy(length, step.data(), x_.data(), data_.n);
+            if (isMobile) {
+                axpy(length, factors_.step(image_).data(), x_.data(), data_.n);
             }
             axpy(length, change.data(), multipliers_.data(), change.size());
+            entering.multiplier += length;
             if (toSide <= toChange) {
-                sides_.hold(entering, side);
-                minimise();  // so that no rounding adds up
+                enter(entering);
                 return true;
             }
             leave(leaving);
         }
     }
 
-    [[nodiscard]] double valueOf(std::size_t k) const {
-        if (!sides_.isRow(k)) {
-            return x_[k - data_.m];
-        }
-        double sum = 0.0;
-        for (std::size_t j = 0; j < data_.n; ++j) {
-            sum += data_.columnOfA(j)[k] * x_[j];
-        }
-        return sum;
+    [[nodiscard]] double distanceOf(const Entering& entering) const {
+        const double value = dot(entering.outward.data(), x_.data(), data_.n);
+        return std::max(0.0, value - entering.sign * entering.target);
     }
 
     // How far the multipliers may change, and which one becomes zero then.
     [[nodiscard]] std::pair<double, std::size_t> firstSignChange(const Vector& change) const {
         std::pair<double, std::size_t> first{Infinity, None};
         for (std::size_t k = 0; k < change.size(); ++k) {
-            const double sign = sides_.sign(system_.members()[k]);
+            const double sign = sides_.sign(factors_.members()[k]);
             if (sign * change[k] < 0.0) {
                 const double length = std::max(0.0, -multipliers_[k] / change[k]);
                 if (length < first.first) {
@@ -168,40 +167,76 @@ private:
         return first;
     }
 
-    // Members are ascending: the multiplier takes the same place as the constraint.
-    void enter(std::size_t constraint, Side side, double multiplier) {
-        sides_.hold(constraint, side);
-        std::vector<std::size_t> members = system_.members();
-        const auto place = std::lower_bound(members.begin(), members.end(), constraint);
-        multipliers_.insert(multipliers_.begin() + (place - members.begin()), multiplier);
-        members.insert(place, constraint);
-        system_.setMembers(std::move(members));
+    void enter(const Entering& entering) {
+        const bool isEquality =
+            sides_.lower(entering.constraint) == sides_.upper(entering.constraint);
+        sides_.hold(entering.constraint, isEquality ? Side::Both : entering.side);
+        for (double& entry : image_) {
+            entry *= entering.sign;
+        }
+        factors_.insert(entering.constraint, image_);
+        multipliers_.push_back(entering.sign * entering.multiplier);
+        if (++sinceMinimisation_ >= StepsBetweenMinimisations) {
+            minimise();
+        }
     }
 
     void leave(std::size_t k) {
-        std::vector<std::size_t> members = system_.members();
-        sides_.hold(members[k], Side::None);
-        members.erase(members.begin() + static_cast<std::ptrdiff_t>(k));
+        sides_.hold(factors_.members()[k], Side::None);
+        factors_.remove(k, image_);
         multipliers_.erase(multipliers_.begin() + static_cast<std::ptrdiff_t>(k));
-        system_.setMembers(std::move(members));
     }
 
-    // Of what a row moves without members.
-    static constexpr double Negligible = 1e-10;
+    // A violation by rounding is none. What the pull has done to the multipliers is undone.
+    bool ignore(const Entering& entering) {
+        if (entering.violation > Negligible * std::max(1.0, std::abs(entering.target))) {
+            return false;
+        }
+        isIgnored_[entering.constraint] = true;
+        makeDualFeasible();
+        return true;
+    }
+
+    // outward + Wᵀ·change = 0 while no multiplier gets the wrong sign.
+    bool contradict(const Entering& entering, const Vector& change) {
+        multipliers_ = change;
+        contradicted_ = entering.constraint;
+        contradiction_ = entering.sign;
+        return false;
+    }
+
+    [[nodiscard]] Point point() const {
+        Point result{x_, Vector(data_.m, 0.0), Vector(data_.n, 0.0)};
+        const auto put = [&](std::size_t k, double multiplier) {
+            (sides_.isRow(k) ? result.y[k] : result.z[k - data_.m]) = multiplier;
+        };
+        for (std::size_t k = 0; k < multipliers_.size(); ++k) {
+            put(factors_.members()[k], multipliers_[k]);
+        }
+        if (contradicted_ != None) {
+            put(contradicted_, contradiction_);
+        }
+        return result;
+    }
 
     const Data& data_;
-    SchurSystem& system_;
     Sides sides_;
     Control& control_;
+    DualFactors factors_;
+    std::vector<bool> isIgnored_;
     Vector x_;
     Vector multipliers_;  // of the members
+    Vector image_;        // of the entering constraint
     std::size_t steps_ = 0;
+    std::size_t sinceMinimisation_ = 0;
+    std::size_t contradicted_ = None;
+    double contradiction_ = 0.0;
 };
 
 }  // namespace
 
-DualOutcome solveDual(const Data& data, SchurSystem& system, Sides guess, Control& control) {
-    return DualMethod(data, system, std::move(guess), control).run();
+DualOutcome solveDual(const Data& data, const Dense& factor, Sides guess, Control& control) {
+    return DualMethod(data, factor, std::move(guess), control).run();
 }
 
 }  // namespace activeset::frontend

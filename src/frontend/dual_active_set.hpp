@@ -4,16 +4,18 @@
 #define ACTIVESET_SRC_FRONTEND_DUAL_ACTIVE_SET_HPP
 
 #include "frontend/control.hpp"
-#include "frontend/schur_system.hpp"
 #include "frontend/sides.hpp"
 
 namespace activeset::frontend {
 
 struct DualOutcome {
-    enum End { Optimal, Infeasible, Stopped } end = Stopped;
+    enum End {
+        Optimal,
+        Infeasible,  ///< Aᵀy + z = 0, and the sides that y and z stand for contradict one another
+        Stopped      ///< by the control, or by rounding
+    } end = Stopped;
     Sides sides;
-    Vector x;            ///< for Optimal
-    Vector multipliers;  ///< of the members of `sides`; for Infeasible with Wᵀ·multipliers = 0
+    Point point;
     std::size_t steps = 0;
 };
 
@@ -21,8 +23,10 @@ struct DualOutcome {
 /// signs. In each step the most violated constraint is pulled to its side; its multiplier grows,
 /// and a member whose multiplier would change its sign on the way has to go first. The dual
 /// objective rises with every constraint that arrives, so that no set comes twice.
+///
+/// @param factor  the upper Cholesky factor of H
 [[nodiscard]] DualOutcome solveDual(const Data& data,
-                                    SchurSystem& system,
+                                    const Dense& factor,
                                     Sides guess,
                                     Control& control);
 

@@ -18,7 +18,7 @@ namespace {
 class Guess {
 public:
     Guess(const Data& data, const Dense& factor, const WorkingSet& first)
-        : data_(data), system_(data, factor), sides_(data) {
+        : data_(data), factor_(factor), system_(data, factor), sides_(data) {
         const auto hold = [this](const std::vector<std::size_t>& indices, std::size_t offset,
                                  Side side) {
             for (const std::size_t index : indices) {
@@ -41,15 +41,20 @@ public:
         return revise();
     }
 
-    DualOutcome::End solveDual(Control& control, std::size_t& steps) {
+    /// The dual method from there. Its set is taken over where it ends with an optimum; the
+    /// multipliers of a contradiction are in the point then.
+    DualOutcome::End solveDual(Control& control, Prediction& prediction) {
         if (size() > data_.n) {
             sides_ = Sides(data_);
         }
-        DualOutcome outcome = frontend::solveDual(data_, system_, std::move(sides_), control);
+        DualOutcome outcome = frontend::solveDual(data_, factor_, std::move(sides_), control);
         sides_ = std::move(outcome.sides);
-        x_ = std::move(outcome.x);
-        multipliers_ = std::move(outcome.multipliers);
-        steps += outcome.steps;
+        prediction.steps += outcome.steps;
+        if (outcome.end == DualOutcome::Optimal) {
+            system_.minimise(sides_, x_, multipliers_);
+        } else {
+            prediction.point = std::move(outcome.point);
+        }
         return outcome.end;
     }
 
@@ -134,6 +139,7 @@ private:
     }
 
     const Data& data_;
+    const Dense& factor_;
     SchurSystem system_;
     Sides sides_;
     Vector x_;
@@ -160,15 +166,13 @@ Prediction predict(const Data& data,
         control.poll();
     }
     if (!isSettled && !control.mustEnd()) {
-        const DualOutcome::End end = guess.solveDual(control, prediction.steps);
+        const DualOutcome::End end = guess.solveDual(control, prediction);
         isSettled = end == DualOutcome::Optimal;
         prediction.isInfeasible = end == DualOutcome::Infeasible;
     }
+    prediction.isSettled = isSettled;
     if (isSettled) {
         guess.correct();
-    }
-    prediction.isSettled = isSettled;
-    if (isSettled || prediction.isInfeasible) {
         prediction.point = guess.point();
         prediction.set = guess.workingSet();
     }

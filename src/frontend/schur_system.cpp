@@ -88,11 +88,6 @@ void SchurSystem::minimise(const Sides& sides, Vector& x, Vector& multipliers) {
     solve(x, multipliers);
 }
 
-double SchurSystem::mobility(Vector row) const {
-    solveUpperTransposed(factor_, row.data(), 1);
-    return dot(row.data(), row.data(), row.size());
-}
-
 void SchurSystem::solve(Vector& rx, Vector& rc) const {
     solveUpperTransposed(factor_, rx.data(), 1);
     const Vector products = transposedProduct(columns_, rx);

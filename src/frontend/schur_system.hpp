@@ -30,8 +30,6 @@ public:
     /// Takes the constraints that are held for members, and solves for the minimum of
     /// ½xᵀHx + cᵀx on them: x and the multipliers, one a member.
     void minimise(const Sides& sides, Vector& x, Vector& multipliers);
-    /// row·H⁻¹·rowᵀ: how far a row moves per unit of its multiplier when nothing is held.
-    [[nodiscard]] double mobility(Vector row) const;
     /// rx becomes dx, rc (an entry a member) becomes dl. Members that depend on others get dl = 0.
     void solve(Vector& rx, Vector& rc) const;
 

@@ -63,6 +63,18 @@ public:
         }
         return result;
     }
+    /// The gradient of a constraint.
+    [[nodiscard]] Vector row(std::size_t k) const {
+        Vector result(data_->n, 0.0);
+        if (!isRow(k)) {
+            result[k - data_->m] = 1.0;
+            return result;
+        }
+        for (std::size_t j = 0; j < data_->n; ++j) {
+            result[j] = data_->columnOfA(j)[k];
+        }
+        return result;
+    }
     /// What all constraints make of a point.
     [[nodiscard]] Vector values(const Vector& x) const {
         Vector result = product(data_->A, data_->m, x);

@@ -8,7 +8,7 @@
 
 #include "activeset/null_space.hpp"
 #include "activeset/sizes.hpp"
-#include "host/blas.hpp"
+#include "host/rotations.hpp"
 #include "matrix/views.hpp"
 #include "nullspace/few_entries.hpp"
 #include "nullspace/workspace.hpp"
@@ -62,24 +62,8 @@ void NullSpaceAS::_QRinsertColumn(Matrix& a) {
         last[i] = 0.0;
         sweep.append(rotation);
     }
-    _turnTrailingColumns(n);
+    activeset::turnColumnsFromLast(q, sweep.count, sweep.cosines(), sweep.sines());
     _workspace().reducedHessian.followInsertion(sweep);
-}
-
-// Applies the sweep to the trailing columns of Q, the last pair first. By blocks of rows, so that
-// the column which two rotations share is still in the cache: Q is read once.
-void NullSpaceAS::_turnTrailingColumns(size_t n) {
-    constexpr size_t BlockRows = 512;
-    const activeset::RotationSweep& sweep = _workspace().sweep;
-    const double* cosines = sweep.cosines();
-    const double* sines = sweep.sines();
-    for (size_t row = 0; row < n; row += BlockRows) {
-        const size_t rows = std::min(BlockRows, n - row);
-        double* right = Q.getData() + (n - 1) * n + row;
-        for (size_t r = 0; r < sweep.count; ++r, right -= n) {
-            activeset::blas::rot(rows, right - n, 1, right, 1, {cosines[r], sines[r], 0.0});
-        }
-    }
 }
 
 // The former last column moves into place j, where it reaches below the diagonal. A sweep from
