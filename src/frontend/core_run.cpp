@@ -75,7 +75,8 @@ public:
             }
             isMinimum = isMinimum && multiplier >= 0.0;
         }
-        if (!isMinimum && ++seen_[hashOfWorkingSet()] > AllowedReturns) {
+        const bool hasReturned = !isMinimum && ++seen_[hashOfWorkingSet()] > AllowedReturns;
+        if (hasReturned || (hasStalled() && !isMinimum)) {
             isCycling_ = true;
         }
         if (isMinimum && phaseOne) {
@@ -95,6 +96,25 @@ public:
 private:
     // Rounding may bring a set back once or twice at points that differ.
     static constexpr int AllowedReturns = 3;
+
+    // Whether this is one minimum too many at the same point. Where far more constraints than
+    // variables meet there are too many working sets to wait until one comes back.
+    [[nodiscard]] bool hasStalled() {
+        constexpr double Rounding = 1e-12;
+        const Matrix& point = solution.xstarRef();
+        const double* const at = point.getData();
+        const std::size_t size = point.size();
+        bool isSame = size == stalledAt_.size();
+        for (std::size_t j = 0; j < size && isSame; ++j) {
+            const double scale = std::max(1.0, std::abs(stalledAt_[j]));
+            isSame = std::abs(at[j] - stalledAt_[j]) <= Rounding * scale;
+        }
+        if (!isSame) {
+            stalledAt_.assign(at, at + size);
+            minima_ = 0;
+        }
+        return ++minima_ > 20 + 2 * size;
+    }
 
     [[nodiscard]] bool isPhaseOne() const {
         return dynamic_cast<PhaseOneObjective*>(objective) != nullptr;
@@ -152,6 +172,8 @@ private:
     bool wasPhaseOne_ = false;
     bool hasDirection_ = false;
     Vector last_;
+    Vector stalledAt_;
+    std::size_t minima_ = 0;  ///< met at `stalledAt_`
     Vector phaseOneMultipliers_;
 };
 

@@ -21,7 +21,7 @@ enum class RunEnd {
     Optimal,
     Infeasible,   ///< phase one ended by itself, or the equalities contradict each other
     NotDefinite,  ///< a reduced Hessian had no Cholesky factor
-    Cycling,      ///< a working set came back at which the objective had been minimised before
+    Cycling,      ///< working sets come back, or too many were minimised over at one point
     Stopped,      ///< by the control
     Broken        ///< an error of the core, or a stop that makes no sense
 };

@@ -45,14 +45,15 @@ TEST_F(FrontEndAnswers, AreProvedWhateverTheProblem) {
 }
 
 // Cones with their tip at the start: many more constraints than variables meet there, so that steps
-// of length zero follow each other, for linear and semidefinite objectives alike.
+// of length zero follow each other, for linear and semidefinite objectives alike. With 60 variables
+// hundreds of thousands of working sets may follow before one comes back.
 TEST_F(FrontEndAnswers, AreFoundAtTheTipsOfConesWithoutTurningInCircles) {
     for (unsigned seed = 0; seed < 200; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937_64 bits(seed);
         const auto digit = [&] { return static_cast<double>(bits() % 3) - 1.0; };
         Sample s;
-        s.n = 2 + bits() % 20;
+        s.n = seed < 190 ? 2 + bits() % 20 : 60;
         s.m = s.n * (1 + bits() % 5);
         s.A.resize(s.m * s.n);
         s.c.resize(s.n);
@@ -70,7 +71,7 @@ TEST_F(FrontEndAnswers, AreFoundAtTheTipsOfConesWithoutTurningInCircles) {
         const Result result = solve(s.view(), {.start = Start::Cold});
         ASSERT_EQ(result.status, Status::Optimal);
         Oracle(s).expectOptimum(result, 1e-8);
-        EXPECT_LT(result.iterations.main, 100 * s.n);
+        EXPECT_LT(result.iterations.main, 20 * s.n);
     }
 }
 
