@@ -151,14 +151,18 @@ struct Problem {
 
 /// One mistake in the data of a problem.
 struct Fault {
-    std::string name{};  ///< the part, as the member of Problem is called
+    std::string name{};  ///< as the member of Problem is called
+    /// 0-based position of the entry; of a shape that does not fit, what was given.
     std::size_t row = 0;
     std::size_t col = 0;  ///< 0 for vectors
     double value = 0.0;
-    std::string text{};  ///< one line with all of the above, no full stop
+    std::string text{};     ///< one line: what was given and what is expected, no full stop
+    std::size_t count = 1;  ///< that it stands for: the last one of a part with many
 };
 
-/// All mistakes in a problem, none for one that can be solved.
+/// All mistakes in a problem, none for one that can be solved. Of those in a part (H, c and
+/// constant, A, the sides of the rows, the bounds, the start) the first hundred are listed; one
+/// more Fault stands for the rest and says how many they are.
 [[nodiscard]] ACTIVESET_API std::vector<Fault> faultsOf(const Problem& problem);
 
 /// How a solve ended.
@@ -271,7 +275,9 @@ struct Result {
     /// For Unbounded what H·d and the sides along d miss; for NotConvex the curvature dᵀHd.
     Residual directionResidual{};
     std::vector<Fault> faults{};  ///< for Invalid
-    std::string message{};        ///< for Failed and Invalid, one line a fault
+    /// For Failed what the exception said. For Invalid the texts of the first ten faults, a line
+    /// each, and how many more there are; no line end behind the last line.
+    std::string message{};
     /// The start was predicted; with no iterations of the core the prediction was the solution.
     bool wasPredicted = false;
     Iterations iterations{};
@@ -362,9 +368,9 @@ struct Conflict {
     }
 };
 
-/// Why a problem is infeasible; nothing is found for one that is not, or is not proved to be. The
-/// limits in the settings hold for the whole explanation; where one ends it, the conflict is what
-/// had been found by then.
+/// Why a problem is infeasible; nothing is found for one that is not, or is not proved to be, nor
+/// where the data have faults. The limits in the settings hold for the whole
+/// explanation; where one ends it, the conflict is what had been found by then.
 ///
 /// @raises as solve
 [[nodiscard]] ACTIVESET_API Conflict explainInfeasibility(const Problem& problem,

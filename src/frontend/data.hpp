@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include "activeset/qp.hpp"
@@ -50,6 +51,9 @@ inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
                                           std::size_t n,
                                           std::size_t m,
                                           Part part);
+
+/// One line a fault, as far as they can be read; no line end behind the last one.
+[[nodiscard]] std::string messageOf(const std::vector<Fault>& faults);
 
 /// A problem with n variables and m rows of which every part is absent.
 [[nodiscard]] Data emptyData(std::size_t n, std::size_t m);

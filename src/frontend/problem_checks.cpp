@@ -1,7 +1,8 @@
 // What can be wrong with the data of a problem, all of it at once.
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -17,14 +18,53 @@ using frontend::Part;
 /// times its largest entry.
 constexpr double SymmetryTolerance = 1e-10;
 
+/// Of the faults of a part so many are told one by one; one more stands for the others.
+constexpr std::size_t MostTold = 100;
+
+/// Of all faults so many have a line in the message.
+constexpr std::size_t MostLines = 10;
+
+/// The fewest digits that are read as the same number again.
 std::string printed(double value) {
-    char text[32];  // NOLINT(modernize-avoid-c-arrays): snprintf's own
-    std::snprintf(text, sizeof text, "%.17g", value);
-    return text;
+    if (std::isnan(value)) {
+        return "nan";
+    }
+    std::array<char, 32> text{};
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
 
 std::string shape(std::size_t rows, std::size_t cols) {
     return std::to_string(rows) + " x " + std::to_string(cols);
+}
+
+std::string counted(std::size_t count, const char* one, const char* many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+std::string entry(const char* name, std::size_t i) {
+    return std::string(name) + "(" + std::to_string(i) + ")";
+}
+
+std::string entry(const char* name, std::size_t i, std::size_t j) {
+    return std::string(name) + "(" + std::to_string(i) + ", " + std::to_string(j) + ")";
+}
+
+const char* namesIn(Part part) {
+    switch (part) {
+        case Part::Hessian:
+            return "H";
+        case Part::Linear:
+            return "c and constant";
+        case Part::Rows:
+            return "A";
+        case Part::RowSides:
+            return "rowLower and rowUpper";
+        case Part::Bounds:
+            return "lower and upper";
+        case Part::Start:
+            break;
+    }
+    return "start";
 }
 
 class Inspection {
@@ -44,21 +84,34 @@ public:
                 inspectMatrix("A", problem_.A, m_, n_);
                 break;
             case Part::RowSides:
-                inspectSides("rowLower", problem_.rowLower, "rowUpper", problem_.rowUpper, m_);
+                inspectSides("rowLower", problem_.rowLower, "rowUpper", problem_.rowUpper, m_,
+                             "row of A");
                 break;
             case Part::Bounds:
-                inspectSides("lower", problem_.lower, "upper", problem_.upper, n_);
+                inspectSides("lower", problem_.lower, "upper", problem_.upper, n_, "variable");
                 break;
             case Part::Start:
                 inspectVector("start", problem_.start, n_);
                 break;
         }
+        if (faults_.size() > MostTold) {
+            Fault& rest = faults_.back();
+            rest.text = counted(rest.count, "more fault in ", "more faults in ") + namesIn(part);
+        }
         return std::move(faults_);
     }
 
 private:
-    void add(const char* name, std::size_t row, std::size_t col, double value, std::string text) {
-        faults_.push_back({name, row, col, value, std::move(text)});
+    /// Asks for the text only where somebody is going to read it.
+    template <class Text>
+    void add(const char* name, std::size_t row, std::size_t col, double value, Text text) {
+        if (faults_.size() < MostTold) {
+            faults_.push_back({name, row, col, value, text()});
+        } else if (faults_.size() == MostTold) {
+            faults_.push_back({name, row, col, value});
+        } else {
+            ++faults_.back().count;
+        }
     }
 
     // False where its entries must not be looked at.
@@ -67,24 +120,55 @@ private:
             return true;
         }
         if (matrix.rows() != rows || matrix.cols() != cols) {
-            add(name, matrix.rows(), matrix.cols(), 0.0,
-                std::string(name) + " is " + shape(matrix.rows(), matrix.cols()) +
-                    " and should be " + shape(rows, cols));
+            add(name, matrix.rows(), matrix.cols(), 0.0, [&] {
+                const bool isTransposed = matrix.rows() == n_ && matrix.cols() != n_;
+                return std::string(name) + " is " + shape(matrix.rows(), matrix.cols()) +
+                       ", expected " + shape(rows, cols) + " for " +
+                       counted(n_, "variable", "variables") +
+                       (isTransposed ? "; is it transposed? Data row by row need Order::RowMajor"
+                                     : "");
+            });
             return false;
         }
-        if (matrix.empty()) {
-            return true;
-        }
+        return matrix.empty() || hasMemory(name, matrix);
+    }
+
+    bool hasMemory(const char* name, const MatrixView& matrix) {
         const bool byColumns = matrix.order() == Order::ColumnMajor;
-        const std::size_t inner = byColumns ? rows : cols;
-        const std::size_t outer = byColumns ? cols : rows;
-        const bool isLong = matrix.data() != nullptr && matrix.leading() >= inner &&
-                            matrix.available() >= inner &&
-                            (outer - 1) <= (matrix.available() - inner) / matrix.leading();
-        if (!isLong) {
-            add(name, 0, 0, 0.0, std::string(name) + " has no memory for " + shape(rows, cols));
+        const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
+        const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
+        std::string why;
+        if (matrix.data() == nullptr) {
+            why = "points to no data";
+        } else if (matrix.leading() < inner) {
+            why = "has the leading dimension " + std::to_string(matrix.leading()) +
+                  ", expected at least " + std::to_string(inner) + ", the number of its " +
+                  (byColumns ? "rows" : "columns");
+        } else if (matrix.available() < inner ||
+                   (outer - 1) > (matrix.available() - inner) / matrix.leading()) {
+            why = "needs more than the " + std::to_string(matrix.available()) +
+                  " elements that it was given";
         }
-        return isLong;
+        if (!why.empty()) {
+            add(name, 0, 0, 0.0, [&] {
+                return std::string(name) + ", " + shape(matrix.rows(), matrix.cols()) + ", " + why;
+            });
+        }
+        return why.empty();
+    }
+
+    void addEntry(const char* name, std::size_t i, std::size_t j, double value) {
+        add(name, i, j, value, [&] {
+            return entry(name, i, j) + " = " + printed(value) + ", expected a finite number";
+        });
+    }
+
+    void addAsymmetry(std::size_t i, std::size_t j) {
+        const MatrixView& H = problem_.H;
+        add("H", i, j, H(i, j), [&] {
+            return "H is not symmetric: " + entry("H", i, j) + " = " + printed(H(i, j)) + ", " +
+                   entry("H", j, i) + " = " + printed(H(j, i)) + "; both triangles are needed";
+        });
     }
 
     bool inspectMatrix(const char* name,
@@ -100,9 +184,7 @@ private:
                 const double value = matrix(i, j);
                 if (!std::isfinite(value)) {
                     isFinite = false;
-                    add(name, i, j, value,
-                        std::string(name) + "(" + std::to_string(i) + ", " + std::to_string(j) +
-                            ") = " + printed(value));
+                    addEntry(name, i, j, value);
                 }
             }
         }
@@ -111,11 +193,13 @@ private:
 
     void inspectLinear() {
         if (n_ == 0) {
-            add("c", 0, 0, 0.0, "the problem has no variables");
+            add("c", 0, 0, 0.0, [] { return "the problem has no variables: c and H are empty"; });
         }
         inspectVector("c", problem_.c, n_);
         if (!std::isfinite(problem_.constant)) {
-            add("constant", 0, 0, problem_.constant, "constant = " + printed(problem_.constant));
+            add("constant", 0, 0, problem_.constant, [&] {
+                return "constant = " + printed(problem_.constant) + ", expected a finite number";
+            });
         }
     }
 
@@ -133,27 +217,34 @@ private:
         for (std::size_t j = 0; j < H.cols(); ++j) {
             for (std::size_t i = 0; i < j; ++i) {
                 if (std::abs(H(i, j) - H(j, i)) > SymmetryTolerance * largest) {
-                    add("H", i, j, H(i, j),
-                        "H is not symmetric: (" + std::to_string(i) + ", " + std::to_string(j) +
-                            ") = " + printed(H(i, j)) + ", transposed " + printed(H(j, i)));
+                    addAsymmetry(i, j);
                 }
             }
         }
     }
 
-    bool hasLength(const char* name, const VectorView& vector, std::size_t size) {
-        if (vector.empty() || (vector.size() == size && vector.data() != nullptr)) {
+    /// `unit` is what each entry stands for.
+    bool hasLength(const char* name,
+                   const VectorView& vector,
+                   std::size_t size,
+                   const char* unit = "variable") {
+        if (vector.empty()) {
             return true;
         }
-        add(name, vector.size(), 0, 0.0,
-            std::string(name) + " has " + std::to_string(vector.size()) +
-                " entries and should have " + std::to_string(size));
+        const bool isLong = vector.size() == size;
+        if (isLong && vector.data() != nullptr) {
+            return true;
+        }
+        add(name, vector.size(), 0, 0.0, [&] {
+            const std::string has = name + (" has " + counted(vector.size(), "entry", "entries"));
+            return has + (isLong ? " but points to no data"
+                                 : ", expected " + std::to_string(size) + ", one per " + unit);
+        });
         return false;
     }
 
     void addEntry(const char* name, std::size_t i, double value, const char* why) {
-        add(name, i, 0, value,
-            std::string(name) + "(" + std::to_string(i) + ") = " + printed(value) + why);
+        add(name, i, 0, value, [&] { return entry(name, i) + " = " + printed(value) + why; });
     }
 
     void inspectVector(const char* name, const VectorView& vector, std::size_t size) {
@@ -162,7 +253,7 @@ private:
         }
         for (std::size_t i = 0; i < vector.size(); ++i) {
             if (!std::isfinite(vector[i])) {
-                addEntry(name, i, vector[i], "");
+                addEntry(name, i, vector[i], ", expected a finite number");
             }
         }
     }
@@ -171,21 +262,24 @@ private:
                       const VectorView& lower,
                       const char* upperName,
                       const VectorView& upper,
-                      std::size_t size) {
-        const bool hasLower = hasLength(lowerName, lower, size) && !lower.empty();
-        const bool hasUpper = hasLength(upperName, upper, size) && !upper.empty();
+                      std::size_t size,
+                      const char* unit) {
+        const bool hasLower = hasLength(lowerName, lower, size, unit) && !lower.empty();
+        const bool hasUpper = hasLength(upperName, upper, size, unit) && !upper.empty();
         for (std::size_t i = 0; i < size && (hasLower || hasUpper); ++i) {
             const double low = hasLower ? lower[i] : -Infinity;
             const double high = hasUpper ? upper[i] : Infinity;
             if (std::isnan(low) || low == Infinity) {
-                addEntry(lowerName, i, low, "");
+                addEntry(lowerName, i, low, ", expected a number or -inf for no lower side");
             }
             if (std::isnan(high) || high == -Infinity) {
-                addEntry(upperName, i, high, "");
+                addEntry(upperName, i, high, ", expected a number or inf for no upper side");
             }
             if (low > high && low != Infinity && high != -Infinity) {
-                addEntry(lowerName, i, low,
-                         (std::string(" is above ") + upperName + " = " + printed(high)).c_str());
+                add(lowerName, i, 0, low, [&] {
+                    return entry(lowerName, i) + " = " + printed(low) + " is above " +
+                           entry(upperName, i) + " = " + printed(high);
+                });
             }
         }
     }
@@ -202,6 +296,19 @@ namespace frontend {
 
 std::vector<Fault> faultsIn(const Problem& problem, std::size_t n, std::size_t m, Part part) {
     return Inspection(problem, n, m).faults(part);
+}
+
+std::string messageOf(const std::vector<Fault>& faults) {
+    std::string message;
+    std::size_t left = 0;
+    for (std::size_t k = 0; k < faults.size(); ++k) {
+        if (k < MostLines) {
+            message += (k == 0 ? "" : "\n") + faults[k].text;
+        } else {
+            left += faults[k].count;
+        }
+    }
+    return left == 0 ? message : message + "\nand " + std::to_string(left) + " more";
 }
 
 }  // namespace frontend

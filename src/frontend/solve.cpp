@@ -65,9 +65,7 @@ void requireNoSolve() {
 Result invalid(std::vector<Fault> faults) {
     Result result;
     result.status = Status::Invalid;
-    for (const Fault& fault : faults) {
-        result.message += fault.text + "\n";
-    }
+    result.message = messageOf(faults);
     result.faults = std::move(faults);
     return result;
 }

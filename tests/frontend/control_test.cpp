@@ -43,20 +43,44 @@ TEST_F(FrontEndChecks, NameEveryFaultAtOnce) {
     EXPECT_EQ(result.faults.size(), expected.size());
 }
 
+TEST_F(FrontEndChecks, TellOfMillionsOfFaultsInFewWords) {
+    constexpr std::size_t N = 300;
+    const Numbers H(N * N, std::numeric_limits<double>::quiet_NaN());
+    const Numbers above(N, 1.0);
+    const Numbers below(N, 0.0);
+    const Result result = solve({.H = {H, N, N}, .lower = above, .upper = below});
+    ASSERT_EQ(result.faults.size(), 2 * 101U);
+    EXPECT_EQ(result.faults[100].count + 100, N * N);
+    EXPECT_EQ(result.faults[100].text, "89900 more faults in H");
+    EXPECT_EQ(result.faults[201].count + 100, N);
+    EXPECT_EQ(std::ranges::count(result.message, '\n'), 10);
+    EXPECT_TRUE(result.message.ends_with("\nand 90290 more"));
+}
+
 TEST_F(FrontEndChecks, FindShapesThatDoNotFitBeforeReadingThem) {
     const Numbers two{1.0, 1.0};
-    const auto isRefused = [](const Problem& problem) {
-        return solve(problem).status == Status::Invalid;
+    const auto refusalOf = [](const Problem& problem) {
+        const Result result = solve(problem);
+        return result.status == Status::Invalid ? result.message : "solved";
     };
-    EXPECT_TRUE(isRefused({}));
-    EXPECT_TRUE(isRefused({.H = {two, 2, 2}, .c = two}));  // too short for its shape
-    EXPECT_TRUE(isRefused({.H = {two, 1, 2}, .c = two}));
-    EXPECT_TRUE(isRefused({.c = two, .A = {two, 2, 1}}));
-    EXPECT_TRUE(isRefused({.c = two, .A = {nullptr, 3, 2}}));
-    EXPECT_TRUE(isRefused({.c = two, .A = {two.data(), 2, 2, 1}}));  // columns that overlap
-    EXPECT_TRUE(isRefused({.c = two, .A = {two, std::size_t{1} << 63U, 2}}));
-    EXPECT_TRUE(isRefused({.c = two, .rowUpper = two}));
-    EXPECT_TRUE(isRefused({.c = two, .start = Numbers{1.0}}));
+    const std::vector<std::pair<Problem, std::string>> cases{
+        {{}, "the problem has no variables: c and H are empty"},
+        {{.H = {two, 2, 2}, .c = two},
+         "H, 2 x 2, needs more than the 2 elements that it was given"},
+        {{.H = {two, 1, 2}, .c = two}, "H is 1 x 2, expected 2 x 2 for 2 variables"},
+        {{.c = two, .A = {two, 2, 1}},
+         "A is 2 x 1, expected 2 x 2 for 2 variables; is it transposed? Data row by row need "
+         "Order::RowMajor"},
+        {{.c = two, .A = {nullptr, 3, 2}}, "A, 3 x 2, points to no data"},
+        {{.c = two, .A = {two.data(), 2, 2, 1}},
+         "A, 2 x 2, has the leading dimension 1, expected at least 2, the number of its rows"},
+        {{.c = two, .A = {two, std::size_t{1} << 63U, 2}},
+         "A, 9223372036854775808 x 2, needs more than the 2 elements that it was given"},
+        {{.c = two, .rowUpper = two}, "rowUpper has 2 entries, expected 0, one per row of A"},
+        {{.c = two, .start = {two.data(), 1}}, "start has 1 entry, expected 2, one per variable"}};
+    for (const auto& [problem, text] : cases) {
+        EXPECT_EQ(refusalOf(problem), text);
+    }
     // A difference that rounding leaves is none.
     const Numbers H{2.0, 1.0, 1.0 + 1e-13, 2.0};
     EXPECT_EQ(solve({.H = {H, 2, 2}, .c = two}).status, Status::Optimal);
