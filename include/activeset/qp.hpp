@@ -149,9 +149,9 @@ struct Problem {
     const WarmStart* warmStart = nullptr;  ///< goes before `start`
 };
 
-/// One mistake in the data of a problem.
+/// One mistake in the data of a problem or in the settings of a solve.
 struct Fault {
-    std::string name{};  ///< as the member of Problem is called
+    std::string name{};  ///< as the member of Problem is called; "settings.tolerance", likewise
     /// 0-based position of the entry; of a shape that does not fit, what was given.
     std::size_t row = 0;
     std::size_t col = 0;  ///< 0 for vectors
@@ -200,11 +200,12 @@ enum class Start {
 };
 
 struct Settings {
-    /// Relative size up to which residuals support `Status::Optimal`.
+    /// Relative size up to which residuals support `Status::Optimal`; more than 0, at most 1.
     double tolerance = 1e-9;
     Start start = Start::Automatic;
     /// Most passes over all phases; 0 stands for a limit that no sound problem meets.
     std::size_t maxIterations = 0;
+    /// From 0 up.
     std::chrono::duration<double> timeLimit = std::chrono::duration<double>::max();
     std::stop_token stop{};
     /// Called after every pass; false ends the solve. It must not start another solve itself.
@@ -274,7 +275,7 @@ struct Result {
     std::vector<double> direction{};  ///< for Unbounded and NotConvex, else empty
     /// For Unbounded what H·d and the sides along d miss; for NotConvex the curvature dᵀHd.
     Residual directionResidual{};
-    std::vector<Fault> faults{};  ///< for Invalid
+    std::vector<Fault> faults{};  ///< for Invalid: those of the problem and of the settings
     /// For Failed what the exception said. For Invalid the texts of the first ten faults, a line
     /// each, and how many more there are; no line end behind the last line.
     std::string message{};
@@ -288,7 +289,7 @@ struct Result {
     explicit operator bool() const noexcept { return status == Status::Optimal; }
 };
 
-/// Solves one problem. Mistakes in the data are a status, not an exception.
+/// Solves one problem. Mistakes in the data or the settings are a status, not an exception.
 ///
 /// @raises HostError when there is no memory; std::logic_error inside a callback of another solve;
 ///         what the callback raises
@@ -342,8 +343,8 @@ struct ManySettings {
     /// Called after every problem, one call at a time. What it raises ends the remaining solves and
     /// leaves solveMany.
     std::function<void(std::size_t done, std::size_t of)> onDone{};
-    /// For all solves together. After it, a stop or an interrupt the problems that were not begun
-    /// have that status and no point.
+    /// From 0 up, for all solves together. After it, a stop or an interrupt the problems that were
+    /// not begun have that status and no point.
     std::chrono::duration<double> timeLimit = std::chrono::duration<double>::max();
 };
 
@@ -369,7 +370,7 @@ struct Conflict {
 };
 
 /// Why a problem is infeasible; nothing is found for one that is not, or is not proved to be, nor
-/// where the data have faults. The limits in the settings hold for the whole
+/// where the data or the settings have faults. The limits in the settings hold for the whole
 /// explanation; where one ends it, the conflict is what had been found by then.
 ///
 /// @raises as solve

@@ -51,6 +51,7 @@ inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
                                           std::size_t n,
                                           std::size_t m,
                                           Part part);
+[[nodiscard]] std::vector<Fault> faultsIn(const Settings& settings);
 
 /// One line a fault, as far as they can be read; no line end behind the last one.
 [[nodiscard]] std::string messageOf(const std::vector<Fault>& faults);

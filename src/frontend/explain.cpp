@@ -134,7 +134,7 @@ private:
 
 Conflict explainInfeasibility(const Problem& problem, const Settings& settings) {
     frontend::requireNoSolve();
-    if (!faultsOf(problem).empty()) {
+    if (!faultsOf(problem).empty() || !frontend::faultsIn(settings).empty()) {
         return {};
     }
     return Explanation(problem, settings).conflict();

@@ -117,7 +117,10 @@ private:
             }
             Settings each = settings_.each;
             each.stop = stop_.get_token();
-            each.timeLimit = std::min(each.timeLimit, timeLeft());
+            // One that is no limit goes on to the solve, which says so.
+            each.timeLimit = settings_.timeLimit.count() >= 0.0
+                                 ? std::min(each.timeLimit, std::max(timeLeft(), {}))
+                                 : settings_.timeLimit;
             result = chain_ > 1 ? chain.solve(problems_[index], each)
                                 : activeset::solve(problems_[index], each);
         } catch (const std::exception& error) {
@@ -145,7 +148,7 @@ private:
         if (stop_.stop_requested() || flagged) {
             return Status::Interrupted;
         }
-        if (timeLeft().count() <= 0.0) {
+        if (settings_.timeLimit.count() >= 0.0 && timeLeft().count() <= 0.0) {
             return Status::TimeLimit;
         }
         return std::nullopt;

@@ -298,6 +298,22 @@ std::vector<Fault> faultsIn(const Problem& problem, std::size_t n, std::size_t m
     return Inspection(problem, n, m).faults(part);
 }
 
+std::vector<Fault> faultsIn(const Settings& settings) {
+    std::vector<Fault> faults;
+    const auto check = [&](const char* name, double value, bool isGood, const char* expected) {
+        if (!isGood) {
+            faults.push_back(
+                {name, 0, 0, value,
+                 std::string(name) + " = " + printed(value) + ", expected " + expected});
+        }
+    };
+    check("settings.tolerance", settings.tolerance,
+          settings.tolerance > 0.0 && settings.tolerance <= 1.0, "more than 0 and at most 1");
+    const double seconds = settings.timeLimit.count();
+    check("settings.timeLimit", seconds, seconds >= 0.0, "a number of seconds from 0 up");
+    return faults;
+}
+
 std::string messageOf(const std::vector<Fault>& faults) {
     std::string message;
     std::size_t left = 0;

@@ -1,6 +1,7 @@
 // One solve from the caller's views to the caller's result.
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -117,6 +118,7 @@ Result solve(const Problem& problem, const Settings& settings) {
     frontend::Control control(
         settings, frontend::automaticLimit(frontend::variablesOf(problem), problem.A.rows()));
     std::vector<Fault> faults = faultsOf(problem);
+    std::ranges::move(frontend::faultsIn(settings), std::back_inserter(faults));
     if (!faults.empty()) {
         return frontend::invalid(std::move(faults));
     }

@@ -1,6 +1,8 @@
 // A sequence of problems: what did not change is not formed again.
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "frontend/session.hpp"
@@ -44,6 +46,7 @@ public:
         for (const auto& found : faults_) {
             faults.insert(faults.end(), found.begin(), found.end());
         }
+        std::ranges::move(frontend::faultsIn(settings), std::back_inserter(faults));
         if (!faults.empty()) {
             return frontend::invalid(std::move(faults));
         }

@@ -57,6 +57,43 @@ TEST_F(FrontEndChecks, TellOfMillionsOfFaultsInFewWords) {
     EXPECT_TRUE(result.message.ends_with("\nand 90290 more"));
 }
 
+void expectFault(const Result& result, const char* name) {
+    EXPECT_EQ(result.status, Status::Invalid);
+    ASSERT_EQ(result.faults.size(), 1U);
+    EXPECT_EQ(result.faults[0].name, name);
+    EXPECT_EQ(result.message, result.faults[0].text);
+}
+
+/// Wherever a solve begins.
+void expectRefusal(const Settings& settings, const char* name) {
+    const Numbers one{1.0};
+    const Numbers zero{0.0};
+    const Problem infeasible{.c = one, .A = {one, 1, 1}, .rowUpper = zero, .lower = one};
+    ASSERT_TRUE(explainInfeasibility(infeasible).isFound);
+    EXPECT_FALSE(explainInfeasibility(infeasible, settings).isFound);
+    expectFault(solve(infeasible, settings), name);
+    expectFault(Solver(infeasible, settings).solve(), name);
+    for (const std::size_t chain : {0U, 2U}) {
+        expectFault(solveMany({&infeasible, 1}, {.each = settings, .chain = chain})[0], name);
+    }
+}
+
+TEST_F(FrontEndChecks, RefuseSettingsThatMakeNoSense) {
+    const double NaN = std::numeric_limits<double>::quiet_NaN();
+    const auto seconds = [](double count) { return std::chrono::duration<double>(count); };
+    const Numbers zero{0.0};
+    const Problem problem{.c = zero};
+    for (const double tolerance : {0.0, -1.0, NaN, 1.5, Infinity}) {
+        expectRefusal({.tolerance = tolerance}, "settings.tolerance");
+    }
+    for (const double limit : {-1e-300, -Infinity, NaN}) {
+        expectRefusal({.timeLimit = seconds(limit)}, "settings.timeLimit");
+        const ManySettings all{.timeLimit = seconds(limit)};
+        expectFault(solveMany({&problem, 1}, all)[0], "settings.timeLimit");
+    }
+    EXPECT_TRUE(solve(problem, {.tolerance = 1.0, .timeLimit = seconds(Infinity)}));
+}
+
 TEST_F(FrontEndChecks, FindShapesThatDoNotFitBeforeReadingThem) {
     const Numbers two{1.0, 1.0};
     const auto refusalOf = [](const Problem& problem) {
