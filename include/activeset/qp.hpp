@@ -8,6 +8,10 @@
 #ifndef ACTIVESET_QP_HPP
 #define ACTIVESET_QP_HPP
 
+#if __cplusplus <= 201703L
+#error "activeset/qp.hpp needs C++20: compile with -std=c++20 or later"
+#else
+
 #include <array>
 #include <chrono>
 #include <cstddef>
@@ -291,8 +295,8 @@ struct Result {
 
 /// Solves one problem. Mistakes in the data or the settings are a status, not an exception.
 ///
-/// @raises HostError when there is no memory; std::logic_error inside a callback of another solve;
-///         what the callback raises
+/// @raises HostError when the core gets no memory, std::bad_alloc when anything else does;
+///         std::logic_error inside a callback of another solve; what the callback raises
 [[nodiscard]] ACTIVESET_API Result solve(const Problem& problem, const Settings& settings = {});
 
 /// A sequence of related problems: the same sizes, other numbers. Holds copies of all data. Each
@@ -351,7 +355,8 @@ struct ManySettings {
 /// Solves problems that have nothing to do with one another, or chains of similar ones. Result k is
 /// that of problem k; one that raises has the status Failed and spoils no other.
 ///
-/// @raises std::logic_error inside a callback of another solve; what `onDone` raises
+/// @raises std::bad_alloc when there is no memory for the results; std::logic_error inside a
+///         callback of another solve; what `onDone` raises
 [[nodiscard]] ACTIVESET_API std::vector<Result> solveMany(std::span<const Problem> problems,
                                                           const ManySettings& settings = {});
 
@@ -379,4 +384,5 @@ struct Conflict {
 
 }  // namespace activeset
 
+#endif  // C++20
 #endif
