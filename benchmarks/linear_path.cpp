@@ -1,0 +1,92 @@
+// Solves linear programs with the core's own linear path, one run with the scaling, the tolerances
+// and the guards of the front end but without its proximal loop: scripts/linear sets it beside the
+// front end, and the choice between the two stands on what it finds.
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "activeset/options_solution.hpp"
+#include "frontend/core_run.hpp"
+#include "frontend/prepared.hpp"
+#include "io/qps_reader.hpp"
+
+using namespace activeset::frontend;  // NOLINT(google-build-using-namespace): the program's own
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+Data dataOf(const activeset::io::Problem& file) {
+    Data data = emptyData(file.n, file.mEq + file.mIneq);
+    data.c = file.c;
+    data.constant = file.constant;
+    data.lower = file.lb;
+    data.upper = file.ub;
+    double* next = data.A.data();
+    for (std::size_t j = 0; j < file.n; ++j) {
+        next = std::copy_n(file.Aeq.data() + j * file.mEq, file.mEq, next);
+        next = std::copy_n(file.A.data() + j * file.mIneq, file.mIneq, next);
+    }
+    std::ranges::copy(file.beq, data.rowLower.begin());
+    std::ranges::copy(file.b, std::ranges::copy(file.beq, data.rowUpper.begin()).out);
+    return data;
+}
+
+const char* outcomeOf(const Run& run) {
+    switch (run.end) {
+        case RunEnd::Optimal:
+            return "optimal";
+        case RunEnd::Infeasible:
+            return "infeasible";
+        case RunEnd::Cycling:
+            return "cycling";
+        case RunEnd::Stopped:
+            return "time limit";
+        default:
+            return run.exitCode == ASQP::Unbounded ? "unbounded" : "broken";
+    }
+}
+
+Json solve(const std::string& name, double seconds) {
+    const Data data = dataOf(activeset::io::readProblem(name));
+    const activeset::Settings settings{.timeLimit = std::chrono::duration<double>(seconds)};
+    Control control(settings, std::numeric_limits<std::size_t>::max());
+    Prepared problem(data);
+    Vector start(data.n);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        start[j] = std::min(std::max(0.0, problem.scaled.lower[j]), problem.scaled.upper[j]);
+    }
+    Vector noHessian;
+    const auto progress = [&problem](const double* x) { return problem.progressAt(x); };
+    const Run run =
+        runCore(problem.lowering, noHessian, problem.scaled.c, start, {}, {}, control, progress);
+    const activeset::Progress end = progress(run.x.empty() ? start.data() : run.x.data());
+    return {{"outcome", outcomeOf(run)},
+            {"code", run.exitCode},
+            {"objective", end.objective},
+            {"violation", end.violation},
+            {"phase_one_iterations", control.phaseOnePasses()},
+            {"iterations", control.mainPasses()},
+            {"seconds", control.seconds()}};
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3) {
+        std::cerr << "usage: activeset_linear_path SECONDS FILE...\n";
+        return 2;
+    }
+    try {
+        for (int k = 2; k < argc; ++k) {
+            std::cout << solve(argv[k], std::strtod(argv[1], nullptr)) << std::endl;
+        }
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << '\n';
+        return 2;
+    }
+    return 0;
+}
