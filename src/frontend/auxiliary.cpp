@@ -25,13 +25,13 @@ private:
 };
 
 /// One finite side of a row.
-struct Side {
+struct RowSide {
     std::size_t row = 0;
     bool isUpper = true;
 };
 
-std::vector<Side> sidesOf(const Data& data) {
-    std::vector<Side> sides;
+std::vector<RowSide> sidesOf(const Data& data) {
+    std::vector<RowSide> sides;
     for (std::size_t i = 0; i < data.m; ++i) {
         if (data.rowUpper[i] < Infinity) {
             sides.push_back({i, true});
@@ -44,7 +44,7 @@ std::vector<Side> sidesOf(const Data& data) {
 }
 
 // min γ subject to row·x − γ ≤ upper, row·x + γ ≥ lower, γ ≥ 0 and the bounds.
-Data relaxed(const Data& data, const std::vector<Side>& sides) {
+Data relaxed(const Data& data, const std::vector<RowSide>& sides) {
     Data result;
     result.n = data.n + 1;
     result.m = sides.size();
@@ -56,11 +56,11 @@ Data relaxed(const Data& data, const std::vector<Side>& sides) {
     result.upper.push_back(Infinity);
     result.A.reserve(result.n * result.m);
     for (std::size_t j = 0; j < data.n; ++j) {
-        for (const Side& side : sides) {
+        for (const RowSide& side : sides) {
             result.A.push_back(data.columnOfA(j)[side.row]);
         }
     }
-    for (const Side& side : sides) {
+    for (const RowSide& side : sides) {
         result.A.push_back(side.isUpper ? -1.0 : 1.0);
         result.rowLower.push_back(side.isUpper ? -Infinity : data.rowLower[side.row]);
         result.rowUpper.push_back(side.isUpper ? data.rowUpper[side.row] : Infinity);
@@ -106,7 +106,7 @@ Answer solveAuxiliary(Prepared& problem,
 }  // namespace
 
 Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, Control& control) {
-    const std::vector<Side> sides = sidesOf(scaled);
+    const std::vector<RowSide> sides = sidesOf(scaled);
     Prepared problem(relaxed(scaled, sides));
     Vector start = x;
     for (std::size_t j = 0; j < scaled.n; ++j) {

@@ -123,6 +123,10 @@ private:
         }
         image_ = factors_.image(entering.outward);
         const double negligible = Dependent * dot(image_.data(), image_.data(), data_.n);
+        if (isRounding(entering) && !(factors_.mobility(image_) > negligible)) {
+            isIgnored_[entering.constraint] = true;
+            return true;
+        }
         for (;;) {
             ++steps_;
             const Vector change = factors_.change(image_);
@@ -132,7 +136,8 @@ private:
             const auto [toChange, leaving] = firstSignChange(change);
             const double length = std::min(toSide, toChange);
             if (length == Infinity) {
-                return ignore(entering) || contradict(entering, change);
+                contradict(entering, change);
+                return false;
             }
             if (isMobile) {
                 axpy(length, factors_.step(image_).data(), x_.data(), data_.n);
@@ -187,22 +192,20 @@ private:
         multipliers_.erase(multipliers_.begin() + static_cast<std::ptrdiff_t>(k));
     }
 
-    // A violation by rounding is none. What the pull has done to the multipliers is undone.
-    bool ignore(const Entering& entering) {
-        if (entering.violation > Negligible * std::max(1.0, std::abs(entering.target))) {
-            return false;
+    // Of a row that depends on the members, and is where they put it.
+    [[nodiscard]] bool isRounding(const Entering& entering) const {
+        double scale = std::max(1.0, std::abs(entering.target));
+        for (std::size_t j = 0; j < data_.n; ++j) {
+            scale += std::abs(entering.outward[j] * x_[j]);
         }
-        isIgnored_[entering.constraint] = true;
-        makeDualFeasible();
-        return true;
+        return entering.violation <= Negligible * scale;
     }
 
     // outward + Wᵀ·change = 0 while no multiplier gets the wrong sign.
-    bool contradict(const Entering& entering, const Vector& change) {
+    void contradict(const Entering& entering, const Vector& change) {
         multipliers_ = change;
         contradicted_ = entering.constraint;
         contradiction_ = entering.sign;
-        return false;
     }
 
     [[nodiscard]] Point point() const {

@@ -70,14 +70,11 @@ Answer Engine::solve(Vector x, WorkingSet set) {
         answer_.status = Status::Optimal;
         return std::move(answer_);
     }
-    if (provesPrediction()) {
-        return std::move(answer_);
-    }
     Next next = Next::Again;
     while (next == Next::Again) {
-        Run result = run();
-        answer_.exitCode = result.exitCode;
-        next = follow(result);
+        answer_.proximal += rho_ > 0.0 ? 1 : 0;
+        const std::optional<Next> predicted = followPrediction();
+        next = predicted ? *predicted : follow(run());
     }
     restoreLowering();
     if (answer_.point.x.empty()) {  // no run has come to a point
@@ -115,24 +112,25 @@ Run Engine::run() {
     const Data& data = problem_.scaled;
     Vector c = data.c;
     axpy(-rho_, centre_.data(), c.data(), data.n);
-    answer_.proximal += rho_ > 0.0 ? 1 : 0;
     // What rounding makes of a point far out is no violation.
     Precision precision = precision_;
     precision.violation = std::max(precision.violation, 1e-14 * largestMagnitude(centre_));
-    return runCore(problem_.lowering, problem_.hessianPlus(rho_), c, centre_,
-                   problem_.lowering.toCore(set_), precision, control_,
-                   [this](const double* x) { return problem_.progressAt(x); });
+    Run run = runCore(problem_.lowering, problem_.hessianPlus(rho_), c, centre_,
+                      problem_.lowering.toCore(set_), precision, control_,
+                      [this](const double* x) { return problem_.progressAt(x); });
+    answer_.exitCode = run.exitCode;
+    return run;
 }
 
-Engine::Next Engine::follow(Run& run) {
+Engine::Next Engine::follow(const Run& run) {
     switch (run.end) {
         case RunEnd::Optimal:
-            return followPoint(run);
+            return followRun(run);
         case RunEnd::Infeasible:
             return followInfeasible(run);
         case RunEnd::Stopped:
             if (!run.x.empty()) {
-                static_cast<void>(followPoint(run));
+                static_cast<void>(followRun(run));
             }
             if (answer_.point.x.empty()) {
                 consider({centre_, Vector(problem_.scaled.m), Vector(problem_.scaled.n)}, set_);
@@ -146,12 +144,17 @@ Engine::Next Engine::follow(Run& run) {
     }
 }
 
-// A minimum of the subproblem: is it one of the problem?
-Engine::Next Engine::followPoint(Run& run) {
+Engine::Next Engine::followRun(const Run& run) {
     Point point;
     problem_.lowering.multipliers(run.lambda.data(), point.y, point.z);
     point.x = run.x;
-    const WorkingSet set = problem_.lowering.fromCore(run.set, run.droppedEqualities);
+    return followMinimum(std::move(point),
+                         problem_.lowering.fromCore(run.set, run.droppedEqualities));
+}
+
+// A minimum of the subproblem: is it one of the problem?
+Engine::Next Engine::followMinimum(Point point, const WorkingSet& set) {
+    Vector x = point.x;
     polish(std::move(point), set);
     if (isProved()) {
         answer_.status = Status::Optimal;
@@ -160,10 +163,10 @@ Engine::Next Engine::followPoint(Run& run) {
     set_ = set;
     if (unperturbed_) {
         restoreLowering();
-        centre_ = run.x;
+        centre_ = std::move(x);
         return Next::Again;
     }
-    return recentre(run.x);
+    return recentre(x);
 }
 
 // The next subproblem: nearer to the point, with less weight on staying there, or more exact.
@@ -177,6 +180,7 @@ Engine::Next Engine::recentre(const Vector& x) {
     centre_ = x;
     const bool hasConverged = rho_ == 0.0 || step <= 1e-13 * std::max(1.0, largestMagnitude(x));
     if (hasConverged || answer_.proximal > MostProximalSteps) {
+        hasFailedToPredict_ = true;
         if (++troubles_ > MostTroubles) {
             return Next::Done;
         }

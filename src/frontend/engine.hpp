@@ -50,11 +50,12 @@ private:
 
     [[nodiscard]] bool provesWorkingSet();
     [[nodiscard]] bool mayPredict() const;
-    [[nodiscard]] bool provesPrediction();
+    [[nodiscard]] std::optional<Next> followPrediction();
     [[nodiscard]] bool provesContradiction(Point multipliers);
     [[nodiscard]] Run run();
-    [[nodiscard]] Next follow(Run& run);
-    [[nodiscard]] Next followPoint(Run& run);
+    [[nodiscard]] Next follow(const Run& run);
+    [[nodiscard]] Next followRun(const Run& run);
+    [[nodiscard]] Next followMinimum(Point point, const WorkingSet& set);
     [[nodiscard]] Next followInfeasible(const Run& run);
     [[nodiscard]] Next followTrouble(const Run& run);
     [[nodiscard]] Next recentre(const Vector& x);
@@ -78,6 +79,7 @@ private:
     int troubles_ = 0;
     int unchecked_ = 0;  ///< proximal steps that pulled no less than the one before
     bool hasSoughtRay_ = false;
+    bool hasFailedToPredict_ = false;
     std::optional<Lowering> unperturbed_;  ///< while the core's copy is perturbed
     double bestError_ = Infinity;
     Answer answer_;

@@ -9,33 +9,43 @@ namespace activeset::frontend {
 
 bool Engine::mayPredict() const {
     const bool isWatched = settings_.onPass || settings_.maxIterations != 0;
-    return rho_ == 0.0 && (settings_.start == Start::Predict ||
-                           (settings_.start == Start::Automatic && !isWatched));
+    const bool isWanted =
+        settings_.start == Start::Predict || (settings_.start == Start::Automatic && !isWatched);
+    return isWanted && !hasFailedToPredict_ && !unperturbed_;
 }
 
-// Predicts the working set, from the one that there is to begin with. Where the prediction is not
-// proved as it stands, the core begins with it.
-bool Engine::provesPrediction() {
+// Predicts the minimum of the subproblem, from the working set that there is to begin with. Without
+// an outcome the core has to find it, from the prediction if there is one.
+std::optional<Engine::Next> Engine::followPrediction() {
     control_.poll();
-    const Dense* factor = mayPredict() ? problem_.factorOfHessian() : nullptr;
-    if (factor == nullptr || control_.mustEnd()) {
-        return false;
+    Subproblem* subproblem = mayPredict() ? problem_.subproblem(rho_) : nullptr;
+    if (subproblem == nullptr || control_.mustEnd()) {
+        return std::nullopt;
     }
-    Prediction prediction = predict(problem_.scaled, *factor, set_, control_);
-    answer_.prediction = prediction.rounds;
-    answer_.dual = prediction.steps;
-    if (prediction.isInfeasible) {
-        return provesContradiction(std::move(prediction.point));
+    subproblem->setCentre(centre_);
+    Prediction prediction = predict(*subproblem, set_, control_);
+    answer_.prediction += prediction.rounds;
+    answer_.dual += prediction.steps;
+    if (prediction.isInfeasible && provesContradiction(std::move(prediction.point))) {
+        return Next::Done;
     }
+    hasFailedToPredict_ = !prediction.isSettled;
     if (!prediction.isSettled) {
-        return false;
+        return std::nullopt;
     }
     answer_.wasPredicted = true;
+    if (rho_ > 0.0) {
+        return followMinimum(std::move(prediction.point), prediction.set);
+    }
     centre_ = prediction.point.x;
     set_ = prediction.set;
     consider(std::move(prediction.point), set_);
-    answer_.status = isProved() ? Status::Optimal : answer_.status;
-    return isProved();
+    if (isProved()) {
+        answer_.status = Status::Optimal;
+        return Next::Done;
+    }
+    hasFailedToPredict_ = true;
+    return std::nullopt;
 }
 
 // A predicted contradiction has to be a proof for points of any size that matters: the equations

@@ -2,7 +2,9 @@
 // correction of the result.
 #include "frontend/predictor.hpp"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <set>
 #include <utility>
 
@@ -17,8 +19,12 @@ namespace {
 
 class Guess {
 public:
-    Guess(const Data& data, const Dense& factor, const WorkingSet& first)
-        : data_(data), factor_(factor), system_(data, factor), sides_(data) {
+    Guess(Subproblem& problem, const WorkingSet& first)
+        : data_(problem.data()),
+          factor_(problem.factor()),
+          system_(problem.system()),
+          sides_(data_),
+          first_(data_) {
         const auto hold = [this](const std::vector<std::size_t>& indices, std::size_t offset,
                                  Side side) {
             for (const std::size_t index : indices) {
@@ -31,12 +37,13 @@ public:
         };
         hold(first.rowsAtLower, 0, Side::Lower);
         hold(first.rowsAtUpper, 0, Side::Upper);
-        hold(first.atLower, data.m, Side::Lower);
-        hold(first.atUpper, data.m, Side::Upper);
+        hold(first.atLower, data_.m, Side::Lower);
+        hold(first.atUpper, data_.m, Side::Upper);
+        first_ = sides_;
     }
 
-    /// One round; false when the guess stays as it is.
-    bool improve() {
+    /// One round; the number of constraints that come, go or change sides.
+    std::size_t improve() {
         system_.minimise(sides_, x_, multipliers_);
         return revise();
     }
@@ -44,10 +51,9 @@ public:
     /// The dual method from there. Its set is taken over where it ends with an optimum; the
     /// multipliers of a contradiction are in the point then.
     DualOutcome::End solveDual(Control& control, Prediction& prediction) {
-        if (size() > data_.n) {
-            sides_ = Sides(data_);
-        }
-        DualOutcome outcome = frontend::solveDual(data_, factor_, std::move(sides_), control);
+        const bool isWarm = first_.members() != Sides(data_).members();
+        DualOutcome outcome = frontend::solveDual(
+            data_, factor_, isWarm || size() > data_.n ? first_ : sides_, control);
         sides_ = std::move(outcome.sides);
         prediction.steps += outcome.steps;
         if (outcome.end == DualOutcome::Optimal) {
@@ -56,6 +62,18 @@ public:
             prediction.point = std::move(outcome.point);
         }
         return outcome.end;
+    }
+
+    /// Those that depend on others have no multiplier, and may contradict them.
+    [[nodiscard]] bool holdsMembers() const {
+        constexpr double Contradiction = 1e-6;
+        const Vector values = sides_.values(x_);
+        const std::vector<std::size_t>& members = system_.members();
+        return std::none_of(members.begin(), members.end(), [&](std::size_t member) {
+            const double target = sides_.target(member);
+            return std::abs(values[member] - target) >
+                   Contradiction * std::max(1.0, std::abs(target));
+        });
     }
 
     [[nodiscard]] const std::vector<Side>& sides() const { return sides_.all(); }
@@ -117,10 +135,10 @@ public:
     }
 
 private:
-    bool revise() {
-        bool hasChanged = false;
+    std::size_t revise() {
+        std::size_t changes = 0;
         const auto put = [&](std::size_t k, Side side) {
-            hasChanged = hasChanged || sides_[k] != side;
+            changes += sides_[k] != side ? 1U : 0U;
             sides_.hold(k, side);
         };
         const Vector values = sides_.values(x_);
@@ -135,34 +153,41 @@ private:
                 put(k, Side::None);
             }
         }
-        return hasChanged;
+        return changes;
     }
 
     const Data& data_;
     const Dense& factor_;
-    SchurSystem system_;
+    SchurSystem& system_;
     Sides sides_;
+    Sides first_;
     Vector x_;
     Vector multipliers_;  // of the members
 };
 
 }  // namespace
 
-Prediction predict(const Data& data,
-                   const Dense& factor,
-                   const WorkingSet& first,
-                   Control& control) {
-    constexpr std::size_t MostRounds = 30;
+Prediction predict(Subproblem& problem, const WorkingSet& first, Control& control) {
+    constexpr std::size_t Patience = 5;  // rounds in which the changes get no fewer
     Prediction prediction;
-    Guess guess(data, factor, first);
+    const std::size_t n = problem.data().n;
+    Guess guess(problem, first);
     std::set<std::vector<Side>> seen;
+    std::size_t fewest = std::numeric_limits<std::size_t>::max();
+    std::size_t roundOfFewest = 0;
     bool isSettled = false;
-    bool isRepeated = false;
-    while (!isSettled && !isRepeated && prediction.rounds < MostRounds && !control.mustEnd()) {
+    bool isStuck = false;
+    while (!isSettled && !isStuck && !control.mustEnd()) {
         ++prediction.rounds;
-        isSettled = !guess.improve();
+        const std::size_t changes = guess.improve();
+        if (changes < fewest) {
+            fewest = changes;
+            roundOfFewest = prediction.rounds;
+        }
+        isSettled = changes == 0 && guess.holdsMembers();
         // Far more members than variables: such a guess only costs memory.
-        isRepeated = !isSettled && (guess.size() > data.n || !seen.insert(guess.sides()).second);
+        isStuck = !isSettled && (changes == 0 || prediction.rounds - roundOfFewest >= Patience ||
+                                 guess.size() > n || !seen.insert(guess.sides()).second);
         control.poll();
     }
     if (!isSettled && !control.mustEnd()) {

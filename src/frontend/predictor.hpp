@@ -4,7 +4,7 @@
 
 #include "frontend/control.hpp"
 #include "frontend/data.hpp"
-#include "frontend/dense.hpp"
+#include "frontend/subproblem.hpp"
 
 namespace activeset::frontend {
 
@@ -25,12 +25,8 @@ struct Prediction {
 /// members whose multipliers have the wrong sign go, and what is violated comes, all at once. That
 /// ends after a few rounds or goes round in circles; then the dual method takes over.
 ///
-/// @param factor  the upper Cholesky factor of H
-/// @param first   the first guess
-[[nodiscard]] Prediction predict(const Data& data,
-                                 const Dense& factor,
-                                 const WorkingSet& first,
-                                 Control& control);
+/// @param first  the first guess
+[[nodiscard]] Prediction predict(Subproblem& problem, const WorkingSet& first, Control& control);
 
 }  // namespace activeset::frontend
 

@@ -31,17 +31,12 @@ void Prepared::updateVectors(const Data& problem) {
     }
 }
 
-const Dense* Prepared::factorOfHessian() {
-    if (!hasTriedFactor_ && scaled.quadratic) {
-        const double tolerance = 1e-15 * static_cast<double>(scaled.n);
-        factor_.emplace(scaled.n, scaled.n);
-        factor_->values = scaled.H;
-        if (!factoriseUpper(*factor_, tolerance)) {
-            factor_.reset();
-        }
+Subproblem* Prepared::subproblem(double rho) {
+    std::optional<Subproblem>& kept = rho > 0.0 ? proximal_ : itself_;
+    if (!kept || kept->rho() != rho) {
+        kept.emplace(scaled, rho);
     }
-    hasTriedFactor_ = true;
-    return factor_ ? &*factor_ : nullptr;
+    return kept->isDefinite() ? &*kept : nullptr;
 }
 
 const Convexity& Prepared::convexity() {

@@ -8,6 +8,7 @@
 #include "frontend/lowering.hpp"
 #include "frontend/refinement.hpp"
 #include "frontend/scaling.hpp"
+#include "frontend/subproblem.hpp"
 
 namespace activeset::frontend {
 
@@ -33,8 +34,9 @@ public:
     void updateVectors(const Data& problem);
 
     [[nodiscard]] const Convexity& convexity();
-    /// The upper Cholesky factor of H; null unless H is safely positive definite.
-    [[nodiscard]] const Dense* factorOfHessian();
+    /// The problem with the proximal weight ρ, or, for ρ = 0, itself; null unless H + ρI is safely
+    /// positive definite. The last one with ρ > 0 is kept, and that with ρ = 0.
+    [[nodiscard]] Subproblem* subproblem(double rho);
     /// The equations of a working set, factorised; the last ones are kept.
     [[nodiscard]] const Refinement& refinementOf(const WorkingSet& set);
     /// H + ρI, n × n, for the core; empty when both are zero.
@@ -49,8 +51,8 @@ public:
 
 private:
     std::optional<Convexity> convexity_;
-    std::optional<Dense> factor_;
-    bool hasTriedFactor_ = false;
+    std::optional<Subproblem> itself_;
+    std::optional<Subproblem> proximal_;
     std::optional<Refinement> refinement_;
     WorkingSet refinementSet_;
     Vector hessian_;

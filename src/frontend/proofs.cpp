@@ -65,7 +65,7 @@ Convexity convexityOf(Prepared& problem) {
     if (!data.quadratic) {
         return {Convexity::Semidefinite, {}};
     }
-    if (problem.factorOfHessian() != nullptr) {
+    if (problem.subproblem(0.0) != nullptr) {
         return {Convexity::Strict, {}};
     }
     const double tolerance = 1e-15 * static_cast<double>(data.n);

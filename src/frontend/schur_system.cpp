@@ -15,8 +15,21 @@ void SchurSystem::setMembers(std::vector<std::size_t> members) {
     factorise();
 }
 
+// What was formed for constraints that are no members goes when it takes too much memory.
+void SchurSystem::makeRoom() {
+    const auto missing =
+        std::count_if(members_.begin(), members_.end(),
+                      [this](std::size_t member) { return place_[member] == None; });
+    if (columns_.cols + static_cast<std::size_t>(missing) > 2 * data_.n) {
+        std::fill(place_.begin(), place_.end(), None);
+        columns_ = Dense(data_.n, 0);
+        inner_ = Dense();
+    }
+}
+
 // The columns of members that have none yet, all at once.
 void SchurSystem::formColumns() {
+    makeRoom();
     const std::size_t before = columns_.cols;
     for (const std::size_t member : members_) {
         if (place_[member] == None) {

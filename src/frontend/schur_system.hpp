@@ -36,6 +36,7 @@ public:
 private:
     static constexpr std::size_t None = std::numeric_limits<std::size_t>::max();
 
+    void makeRoom();
     void formColumns();
     void growInnerProducts(std::size_t before);
     void factorise();
@@ -43,7 +44,7 @@ private:
     const Data& data_;
     const Dense& factor_;
     std::vector<std::size_t> place_;  // of each constraint among the columns, or None
-    Dense columns_;                   // G of everything that was ever guessed
+    Dense columns_;                   // G of what was guessed
     Dense inner_;                     // columns_ᵀ·columns_
     std::vector<std::size_t> members_;
     Dense schur_;                               // Cholesky factor, upper
