@@ -52,9 +52,18 @@ void printError(const std::string& line) {
     std::cerr << line << std::endl;
 }
 
+bool isStandardInput(const std::string& file) {
+    return file == "-";
+}
+
+/// The file as people read it; programs that read JSON get it as they gave it.
+std::string shown(const std::string& file) {
+    return isStandardInput(file) ? "standard input" : file;
+}
+
 void printNotes(const io::Problem& problem, const std::string& file) {
     for (const io::Note& note : problem.notes) {
-        printError(fmt::format("{}:{}: note: {}", file, note.line, note.text));
+        printError(fmt::format("{}:{}: note: {}", shown(file), note.line, note.text));
     }
 }
 
@@ -97,7 +106,7 @@ void solveReadable(io::Problem& problem,
                    const SolveCommand& command,
                    int& status) {
     if (!command.json) {
-        std::cout << headingText(problem, file);
+        std::cout << headingText(problem, shown(file));
     }
     const bool optimal =
         command.strict ? solveStrictly(problem, file, command) : prove(problem, file, command);
@@ -108,7 +117,8 @@ void solveReadable(io::Problem& problem,
 void solveFile(const std::string& file, const SolveCommand& command, int& status) {
     std::string error;
     try {
-        io::Problem problem = io::readProblem(file);
+        io::Problem problem =
+            isStandardInput(file) ? io::readStandardInput() : io::readProblem(file);
         printNotes(problem, file);
         solveReadable(problem, file, command, status);
         return;
@@ -116,10 +126,10 @@ void solveFile(const std::string& file, const SolveCommand& command, int& status
         error = readError.what();
         status = UnreadableOrUsage;
     } catch (const HostError& hostError) {
-        error = fmt::format("{}: {}: {}", file, hostError.identifier(), hostError.what());
+        error = fmt::format("{}: {}: {}", shown(file), hostError.identifier(), hostError.what());
         status = std::max(status, OtherOutcome);
     } catch (const std::bad_alloc&) {
-        error = fmt::format("{}: out of memory", file);
+        error = fmt::format("{}: out of memory", shown(file));
         status = std::max(status, OtherOutcome);
     }
     if (command.json) {
@@ -150,6 +160,12 @@ int solveFiles(const SolveCommand& command) {
     return status;
 }
 
+std::string checkTolerance(const std::string& text) {
+    double value = 0.0;
+    const bool good = CLI::detail::lexical_cast(text, value) && value > 0.0 && value <= 1.0;
+    return good ? "" : fmt::format("{} is not a number above 0 and at most 1", text);
+}
+
 /// Empty if `text` is a number from 0 up, else what is wrong with it.
 template <class Number>
 std::string checkNumber(const std::string& text) {
@@ -175,7 +191,7 @@ void describe(CLI::App& app, SolveCommand& command) {
     };
     add("--tolerance", command.tolerance, "NUMBER [1e-9]",
         "Relative size of residuals that proves an optimum")
-        ->check(checkNumber<double>);
+        ->check(checkTolerance);
     add("--time-limit", command.timeLimit, "SECONDS", "Longest time for a file")
         ->check(checkNumber<double>);
     add("--max-iter", settings.maxIter, "COUNT",
@@ -198,10 +214,13 @@ void describe(CLI::App& app, SolveCommand& command) {
                                      ->check(CLI::IsMember({"off", "final", "iter", "testing"}))
                                      ->needs(strict);
     solve.add_flag("--solution", command.solution, "Print the point and the multipliers by name");
-    solve.add_flag("--json", command.json, "Print one JSON object a file instead of text")
-        ->excludes(display)
-        ->option_text(" ");
-    add("FILE", command.files, "...", "Files to solve")->required();
+    solve.add_flag("--json", command.json, "Print one JSON object a file instead of text");
+    add("FILE", command.files, "...", "Files to solve; - is standard input")->required();
+    solve.callback([&command, display] {
+        if (command.json && display->count() > 0 && command.settings.display != "off") {
+            throw CLI::ValidationError("--json leaves no room for a table; use --display off");
+        }
+    });
 }
 
 /// What the parser reports is the answer to --help or --version, or one line on standard error.
@@ -210,9 +229,11 @@ int reportUsage(const CLI::App& app, const CLI::ParseError& error) {
         return app.exit(error);
     }
     const std::vector<std::string> rest = app.remaining();
-    std::string line = app.get_subcommands().empty() && !rest.empty()
-                           ? fmt::format("unknown command {}", rest.front())
-                           : error.what();
+    std::string line = error.what();
+    if (app.get_subcommands().empty()) {
+        line = rest.empty() ? "no command; try activeset solve FILE"
+                            : fmt::format("unknown command {}", rest.front());
+    }
     std::replace(line.begin(), line.end(), '\n', ' ');
     printError(fmt::format("activeset: {} (see activeset --help)", line));
     return UnreadableOrUsage;

@@ -1,6 +1,7 @@
 // Reading a whole file through zlib, which passes a file that is not compressed through unchanged.
 #include "io/file_text.hpp"
 
+#include <unistd.h>
 #include <zlib.h>
 
 #include <array>
@@ -37,11 +38,8 @@ void checkStream(gzFile stream, const std::string& path) {
     }
 }
 
-}  // namespace
-
-std::string readFileText(const std::string& path, std::size_t limit) {
-    errno = 0;
-    const GzipFile file(gzopen(path.c_str(), "rb"));
+/// All that is left of `file`, which is null where it could not be opened.
+std::string textOf(const GzipFile& file, const std::string& path, std::size_t limit) {
     if (file == nullptr) {
         throw ReadError(path, 0, "cannot be opened: " + systemText(errno != 0 ? errno : ENOMEM));
     }
@@ -60,6 +58,23 @@ std::string readFileText(const std::string& path, std::size_t limit) {
     }
     checkStream(file.get(), path);
     return text;
+}
+
+}  // namespace
+
+std::string readFileText(const std::string& path, std::size_t limit) {
+    errno = 0;
+    return textOf(GzipFile(gzopen(path.c_str(), "rb")), path, limit);
+}
+
+std::string readStandardInputText(std::size_t limit) {
+    errno = 0;
+    const int copy = dup(STDIN_FILENO);  // the stream closes what it reads
+    GzipFile file(copy < 0 ? nullptr : gzdopen(copy, "rb"));
+    if (file == nullptr && copy >= 0) {
+        close(copy);
+    }
+    return textOf(file, StandardInput, limit);
 }
 
 }  // namespace activeset::io

@@ -12,6 +12,12 @@ namespace activeset::io {
 ///         text is longer than `limit` bytes
 [[nodiscard]] std::string readFileText(const std::string& path, std::size_t limit);
 
+/// What errors call it.
+inline constexpr const char* StandardInput = "standard input";
+
+/// The same of standard input, to its end.
+[[nodiscard]] std::string readStandardInputText(std::size_t limit);
+
 }  // namespace activeset::io
 
 #endif

@@ -18,6 +18,14 @@ Problem readProblem(const std::string& path, const ReadLimits& limits) {
     }
 }
 
+Problem readStandardInput(const ReadLimits& limits) {
+    try {
+        return readProblemText(readStandardInputText(limits.textBytes), StandardInput, limits);
+    } catch (const std::bad_alloc&) {
+        throw ReadError(StandardInput, 0, "out of memory");
+    }
+}
+
 Problem readProblemText(std::string_view text, const std::string& file, const ReadLimits& limits) {
     ScannedFile scanned = scanFile(text, file);
     LinearPart linear = scanned.deck.read(file);

@@ -21,6 +21,10 @@ struct ReadLimits {
 /// @raises ReadError
 [[nodiscard]] Problem readProblem(const std::string& path, const ReadLimits& limits = {});
 
+/// The problem that standard input holds, to its end, plain or compressed with gzip.
+/// @raises ReadError, about the file "standard input"
+[[nodiscard]] Problem readStandardInput(const ReadLimits& limits = {});
+
 /// The problem in `text`; `file` is only used in messages.
 /// @raises ReadError
 [[nodiscard]] Problem readProblemText(std::string_view text,

@@ -21,7 +21,9 @@ void Scan::readCard(std::string_view line) {
         here_.fail("data before the first section");
     }
     if (section_ == Section::Columns && line.find("'MARKER'") != std::string_view::npos) {
-        here_.fail("integer variables cannot be read");
+        here_.fail(
+            "integer variables cannot be solved for; without the MARKER lines they are "
+            "continuous");
     }
     const Card card = splitCard(line, section_, format_, columnTable_, here_);
     switch (section_) {

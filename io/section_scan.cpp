@@ -73,7 +73,7 @@ void Scan::readLine(std::string_view line) {
                character != '\r';
     };
     if (std::any_of(line.begin(), line.end(), isControl)) {
-        here_.fail("a control character, which does not belong into a text file");
+        here_.fail("a control character, which does not belong in a text file");
     }
     if (trimmed(line).empty() || line.front() == '*') {
         return;
@@ -94,7 +94,9 @@ void Scan::readHeader(std::string_view line) {
         std::find_if(Keywords.begin(), Keywords.end(),
                      [&](const Keyword& candidate) { return candidate.word == word; });
     if (keyword == Keywords.end()) {
-        here_.fail("section " + quoted(word) + " cannot be read");
+        here_.fail("section " + quoted(word) +
+                   " cannot be read; a file has NAME, OBJSENSE, ROWS, " +
+                   "COLUMNS, RHS, RANGES, BOUNDS, QUADOBJ or QMATRIX, and ENDATA");
     }
     enter(keyword->section, std::string(word));
     const std::string_view rest = trimmed(line.substr(word.size()));

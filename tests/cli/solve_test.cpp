@@ -57,6 +57,7 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
     };
     const std::vector<Case> cases{
         {"two", "outcome          optimal", 0},
+        {"- < two", "outcome          optimal", 0},
         {longer + " --max-iter 9", "outcome          iteration limit", 1},
         {longer + " --time-limit 0", "outcome          time limit", 1},
         {"away", "objective        0.5", 0},
@@ -106,7 +107,7 @@ TEST_F(Solving, JsonHasTheSolutionByName) {
     EXPECT_EQ(multipliers[5].at("name"), "X3");
     EXPECT_NEAR(multipliers[5].at("value").get<double>(), 19.0 / 11, 1e-14);
     EXPECT_EQ(json::parse(out).at("error"),
-              "absent.qps:0: cannot be opened: No such file or directory");
+              "absent.qps: cannot be opened: No such file or directory");
 }
 
 TEST_F(Solving, ReachesTheKnownOptimumOfEveryExample) {

@@ -15,17 +15,18 @@ class UnreadableFiles : public CommandLine {};
 
 TEST_F(Usage, ErrorsAreOneLineAndStatusTwo) {
     const std::vector<std::pair<std::string, std::string>> cases{
-        {"", "subcommand"},
+        {"", "activeset solve FILE"},
         {"slove f", "unknown command slove"},
         {"solve", "FILE"},
         {"solve --fast f", "--fast"},
+        {"solve --tolerance 0 f", "0 is not a number above 0 and at most 1"},
         {"solve --max-iter -3 f", "-3 is not a whole number from 0 up"},
         {"solve --max-iter 3000000000 f", "3000000000"},
         {"solve --strict --tol-con -1e-6 f", "-1e-6 is not a number from 0 up"},
         {"solve --strict --tol-x nan f", "nan is not a number from 0 up"},
         {"solve --strict --display much f", "much"},
         {"solve --display iter f", "--strict"},
-        {"solve --strict --json --display iter f", "--json"}};
+        {"solve --strict --json --display iter f", "use --display off"}};
     for (const auto& [arguments, part] : cases) {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.status, 2);
@@ -50,8 +51,10 @@ TEST_F(UnreadableFiles, AreOneLineEachAndTheOthersAreSolvedWithTheirNotes) {
     write("bad.qps", "ROWS\n N o\nCOLUMNS\n x o 1\nSOS\n");
     const std::string note =
         "good.qps:6: note: column 'x' is binary; it may take every value from 0 to 1 here\n";
-    const std::string absent = "absent.qps:0: cannot be opened: No such file or directory\n";
-    const std::string bad = "bad.qps:5: section 'SOS' cannot be read\n";
+    const std::string absent = "absent.qps: cannot be opened: No such file or directory\n";
+    const std::string bad =
+        "bad.qps:5: section 'SOS' cannot be read; a file has NAME, OBJSENSE, ROWS, "
+        "COLUMNS, RHS, RANGES, BOUNDS, QUADOBJ or QMATRIX, and ENDATA\n";
 
     EXPECT_EQ(run("solve good.qps").status, 0);
     EXPECT_EQ(run("solve good.qps absent.qps").err, note + absent);

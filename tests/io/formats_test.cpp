@@ -91,10 +91,10 @@ TEST_F(Files, CompressedAndPlainOnesReadAlike) {
 }
 
 TEST_F(Files, ThatCannotBeReadSayWhy) {
-    EXPECT_EQ(error(), ":0: cannot be opened: No such file or directory");
+    EXPECT_EQ(error(), ": cannot be opened: No such file or directory");
 
     write(smallFile(std::string(1000000, '\n')));  // short when compressed
-    EXPECT_EQ(error({.textBytes = 999999}), ":0: the text is longer than the 999999 bytes allowed");
+    EXPECT_EQ(error({.textBytes = 999999}), ": the text is longer than the 999999 bytes allowed");
 
     // Behind what the reader reads, the text is only there to be damaged.
     std::string text = smallFile("");
@@ -104,9 +104,9 @@ TEST_F(Files, ThatCannotBeReadSayWhy) {
     write(text);
     ASSERT_EQ(readProblem(path_).n, 2U);
     std::filesystem::resize_file(path_, std::filesystem::file_size(path_) / 2);
-    EXPECT_EQ(error(), ":0: the compressed data are damaged or incomplete");
+    EXPECT_EQ(error(), ": the compressed data are damaged or incomplete");
 
-    EXPECT_EQ(errorFrom([] { return readProblem("/"); }), "/:0: cannot be read: Is a directory");
+    EXPECT_EQ(errorFrom([] { return readProblem("/"); }), "/: cannot be read: Is a directory");
 }
 
 }  // namespace

@@ -27,20 +27,22 @@ std::string bounds(const std::string& cards) {
 
 const std::vector<ErrorCase> Cases{
     // Sections.
-    {"", "0: the file is empty"},
+    {"", " the file is empty"},
     {"NAME t FREE\nROWS\n N o\n", "3: the file ends without ENDATA"},
     {"NAME t FREE\n x\n", "2: data before the first section"},
     {"NAME t FREE\nROWS\n N o\nENDATA\n", "4: section ENDATA comes before COLUMNS"},
     {smallFile("OBJSENSE\n MAX\n"), "8: section OBJSENSE comes too late"},
     {smallFile("QUADOBJ\nQMATRIX\n"), "9: section QMATRIX: the file has it on line 8 already"},
     {smallFile("RHS r 5\n"), "8: unexpected 'r 5' after the section name"},
-    {smallFile("SOS\n"), "8: section 'SOS' cannot be read"},
+    {smallFile("SOS\n"),
+     "8: section 'SOS' cannot be read; a file has NAME, OBJSENSE, ROWS, COLUMNS, RHS, RANGES, "
+     "BOUNDS, QUADOBJ or QMATRIX, and ENDATA"},
     {"OBJSENSE\nROWS\n", "2: OBJSENSE without MAX or MIN"},
     {"OBJSENSE\n BEST\n", "2: objective sense 'BEST' is neither MAX nor MIN"},
     {"OBJSENSE MAX\n MIN\n", "2: a second objective sense"},
     {replaced(3, " L o"), "2: no objective: ROWS has no N row"},
     {"NAME t FREE\nROWS\n N o\nCOLUMNS\nENDATA\n", "4: COLUMNS is empty"},
-    {replaced(6, " x o 1\x01"), "6: a control character, which does not belong into a text file"},
+    {replaced(6, " x o 1\x01"), "6: a control character, which does not belong in a text file"},
     // Rows and columns.
     {replaced(4, " X r"), "4: row type 'X' is none of N, E, L and G"},
     {replaced(4, " L o"), "4: a second row 'o'"},
@@ -51,7 +53,8 @@ const std::vector<ErrorCase> Cases{
     {replaced(6, " x o 1 o 2"), "6: a second entry for row 'o' in column 'x'"},
     {replaced(7, " x r 2"), "7: a second entry for row 'r' in column 'x'"},
     {replaced(7, " y o 1\n x r 2"), "8: column 'x' was met before; its lines must stand together"},
-    {replaced(6, " M1 'MARKER' 'INTORG'"), "6: integer variables cannot be read"},
+    {replaced(6, " M1 'MARKER' 'INTORG'"),
+     "6: integer variables cannot be solved for; without the MARKER lines they are continuous"},
     // Numbers.
     {replaced(6, " x o 1,5"), "6: '1,5' is not a number"},
     {replaced(6, " x o +-1"), "6: '+-1' is not a number"},
@@ -84,9 +87,10 @@ const std::vector<ErrorCase> Cases{
     // The quadratic part.
     {smallFile("QUADOBJ\n x q 5\n"), "9: unknown column 'q'"},
     {smallFile("QUADOBJ\n x x 1\n x y 1\n y x 2\n x x 5\n"),
-     "11: a second entry for the pair ('x', 'y')"},
+     "11: a second entry for the pair ('x', 'y'); QUADOBJ takes one triangle, QMATRIX both"},
     {smallFile("QMATRIX\n y x 1\n x y 1.5\n"),
-     "9: the entry for ('y', 'x') differs from the one across the diagonal"},
+     "9: the entry for ('y', 'x') differs from the one across the diagonal; QMATRIX takes both "
+     "triangles, QUADOBJ one"},
     // Without the mark the error is that of the reading which got further: only the columns split
     // "cost of" from the number, so it is they that lead to line 6.
     {"ROWS\n N  cost of\n L  row\nCOLUMNS\n    x         cost of            1.0\n"
@@ -107,7 +111,7 @@ TEST(ReadErrors, ProblemsTooLargeForDenseMatricesAreRefused) {
     // H takes 2·2 doubles and A 1·2: 48 bytes.
     EXPECT_EQ(read(smallFile(""), {.denseBytes = 48}).n, 2U);
     EXPECT_EQ(errorOf(smallFile(""), {.denseBytes = 47}),
-              "t.qps:0: out of memory: the dense matrices of 2 variables would take 1 MB, more "
+              "t.qps: out of memory: the dense matrices of 2 variables would take 1 MB, more "
               "than the 1 MB allowed");
 }
 
