@@ -95,7 +95,7 @@ bool prove(const io::Problem& problem, const std::string& file, const SolveComma
     } else {
         std::cout << summaryText(problem, proved);
         if (command.solution) {
-            std::cout << solutionText(problem, proved.solution);
+            std::cout << solutionText(problem, proved);
         }
     }
     return proved.result.status == Status::Optimal;

@@ -24,18 +24,23 @@ std::vector<double> stacked(const io::Problem& problem) {
     return rows;
 }
 
+std::vector<double> lambdaOf(const std::vector<double>& y, const std::vector<double>& z) {
+    std::vector<double> lambda = y;
+    for (const double multiplier : z) {
+        lambda.push_back(std::max(0.0, -multiplier));
+    }
+    for (const double multiplier : z) {
+        lambda.push_back(std::max(0.0, multiplier));
+    }
+    return lambda;
+}
+
 SolveResult inOrderOfTheFile(const io::Problem& problem, const Result& result) {
     SolveResult solution;
     solution.code = result.exitCode;
     solution.x = result.x;
     solution.objective = result.objective - problem.constant;
-    solution.lambda = result.y;
-    for (const double multiplier : result.z) {
-        solution.lambda.push_back(std::max(0.0, -multiplier));
-    }
-    for (const double multiplier : result.z) {
-        solution.lambda.push_back(std::max(0.0, multiplier));
-    }
+    solution.lambda = lambdaOf(result.y, result.z);
     solution.iterations = static_cast<int>(result.iterations.main);
     solution.phaseOneIterations = static_cast<int>(result.iterations.phaseOne);
     solution.phaseOneRan = result.iterations.phaseOne > 0;
@@ -48,6 +53,20 @@ SolveResult inOrderOfTheFile(const io::Problem& problem, const Result& result) {
 }
 
 }  // namespace
+
+bool ProvedResult::isProved() const {
+    switch (result.status) {
+        case Status::Optimal:
+            return true;
+        case Status::Infeasible:
+            return result.farkas.has_value();
+        case Status::Unbounded:
+        case Status::NotConvex:
+            return !result.direction.empty();
+        default:
+            return false;
+    }
+}
 
 ProvedResult proveProblem(const io::Problem& problem, const Settings& settings) {
     const std::size_t m = problem.mEq + problem.mIneq;
@@ -67,7 +86,11 @@ ProvedResult proveProblem(const io::Problem& problem, const Settings& settings) 
     views.constant = problem.constant;
     ProvedResult proved;
     proved.result = solve(views, settings);
+    proved.objective = problem.maximise ? 0.0 - proved.result.objective : proved.result.objective;
     proved.solution = inOrderOfTheFile(problem, proved.result);
+    if (proved.result.farkas) {
+        proved.farkas = lambdaOf(proved.result.farkas->y, proved.result.farkas->z);
+    }
     return proved;
 }
 

@@ -10,8 +10,15 @@ namespace activeset::cli {
 
 struct ProvedResult {
     Result result;
-    SolveResult
-        solution;  ///< the same point, multipliers and counts, as the entry function has them
+    double objective = 0.0;  ///< with the sign of the file
+    /// The same point, multipliers and counts, as the entry function has them.
+    SolveResult solution;
+    /// The Farkas vector in the order of SolveResult::lambda, empty without one. Times these the
+    /// equalities, inequalities and bounds add up to 0 ≤ Farkas::value, which is negative.
+    std::vector<double> farkas;
+
+    /// Whether numbers of the result show what its status says.
+    [[nodiscard]] bool isProved() const;
 };
 
 /// Solves from a start at zero.

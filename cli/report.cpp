@@ -1,13 +1,15 @@
-// Layout of the summary, of the solution by name and of the JSON objects.
+// Layout of the summary and of the solution by name.
 #include "cli/report.hpp"
 
 #include <fmt/core.h>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cmath>
 #include <iterator>
-#include <nlohmann/json.hpp>
-#include <string_view>
 #include <utility>
+
+#include "cli/named_sides.hpp"
 
 namespace activeset::cli {
 
@@ -46,50 +48,6 @@ std::string counted(std::size_t count, const char* one, const char* many) {
     return fmt::format("{} {}", count, count == 1 ? one : many);
 }
 
-/// Sides of the constraints in the order of the multipliers.
-template <class Visit>
-void visitMultipliers(const io::Problem& problem, const SolveResult& result, Visit visit) {
-    auto lambda = result.lambda.begin();
-    for (const std::string& name : problem.equalityNames) {
-        visit("equality", name, *lambda++);
-    }
-    for (const io::InequalityOrigin& origin : problem.inequalities) {
-        visit(origin.upper ? "upper side" : "lower side", origin.row, *lambda++);
-    }
-    for (const char* const kind : {"lower bound", "upper bound"}) {
-        for (const std::string& name : problem.variableNames) {
-            visit(kind, name, *lambda++);
-        }
-    }
-}
-
-/// Names in a file need not be UTF-8; what is not becomes the replacement character.
-std::string lineOf(const nlohmann::ordered_json& object) {
-    return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
-}
-
-void addSolution(nlohmann::ordered_json& object,
-                 const io::Problem& problem,
-                 const SolveResult& result) {
-    object["x"] = nlohmann::ordered_json::array();
-    for (std::size_t j = 0; j < problem.n; ++j) {
-        object["x"].push_back({{"variable", problem.variableNames[j]}, {"value", result.x[j]}});
-    }
-    object["multipliers"] = nlohmann::ordered_json::array();
-    visitMultipliers(problem, result,
-                     [&](const char* kind, const std::string& name, double multiplier) {
-                         object["multipliers"].push_back(
-                             {{"kind", kind}, {"name", name}, {"value", multiplier}});
-                     });
-}
-
-nlohmann::ordered_json activeOf(const SolveResult& result) {
-    return {{"equalities", result.activeEqualities},
-            {"inequalities", result.activeInequalities},
-            {"lower_bounds", result.activeLower},
-            {"upper_bounds", result.activeUpper}};
-}
-
 void addActive(std::string& text, const SolveResult& result) {
     fmt::format_to(std::back_inserter(text), "active           {}, {}, {}, {}\n",
                    counted(result.activeEqualities, "equality", "equalities"),
@@ -98,26 +56,74 @@ void addActive(std::string& text, const SolveResult& result) {
                    counted(result.activeUpper, "upper bound", "upper bounds"));
 }
 
-double objectiveOf(const io::Problem& problem, const Result& result) {
-    return problem.maximise ? 0.0 - result.objective : result.objective;
-}
-
 /// What stands behind an outcome that is no optimum.
-std::string proofText(const Result& result) {
+std::string proofText(const ProvedResult& proved) {
+    const Result& result = proved.result;
+    if (result.status == Status::Optimal || !proved.isProved()) {
+        const bool needsProof =
+            result.status == Status::Infeasible || result.status == Status::Unbounded;
+        return needsProof ? ", without a proof" : "";
+    }
     switch (result.status) {
         case Status::Infeasible:
-            return result.farkas ? fmt::format(", proved by multipliers with residual {:.1e}",
-                                               result.farkas->residual.relative)
-                                 : ", without a proof";
+            return fmt::format(", proved by multipliers with residual {:.1e}",
+                               result.farkas->residual.relative);
         case Status::Unbounded:
             return fmt::format(", proved by a ray with residual {:.1e}",
                                result.directionResidual.relative);
-        case Status::NotConvex:
+        default:
             return fmt::format(", proved by a direction with curvature {:.1e}",
                                result.directionResidual.absolute);
-        default:
-            return "";
     }
+}
+
+/// Rounding leaves this much of the largest entry where a proof has none. JSON has all of it.
+constexpr double Crumb = 1e-12;
+
+double largestOf(const std::vector<double>& values) {
+    double largest = 0.0;
+    for (const double value : values) {
+        largest = std::max(largest, std::abs(value));
+    }
+    return largest;
+}
+
+/// What shows that there is no optimum.
+void appendProof(std::string& text, const io::Problem& problem, const ProvedResult& proved) {
+    const Result& result = proved.result;
+    if (result.status == Status::Infeasible) {
+        fmt::format_to(std::back_inserter(text),
+                       "contradiction: times these the constraints add up to 0 <= {:.10g}\n",
+                       result.farkas->value);
+        const double crumb = Crumb * largestOf(proved.farkas);
+        visitMultipliers(problem, proved.farkas,
+                         [&](const char* kind, const std::string& name, double value) {
+                             if (std::abs(value) > crumb) {
+                                 fmt::format_to(std::back_inserter(text), "  {} {}  {:.10g}\n",
+                                                kind, name, value);
+                             }
+                         });
+        return;
+    }
+    const char* const endless =
+        problem.maximise ? "the objective grows without end" : "the objective falls without end";
+    fmt::format_to(std::back_inserter(text), "direction in which {}, entries other than 0\n",
+                   result.status == Status::NotConvex ? "the problem is not convex" : endless);
+    const double crumb = Crumb * largestOf(result.direction);
+    for (std::size_t j = 0; j < problem.n; ++j) {
+        if (std::abs(result.direction[j]) > crumb) {
+            fmt::format_to(std::back_inserter(text), "  {}  {:.10g}\n", problem.variableNames[j],
+                           result.direction[j]);
+        }
+    }
+}
+
+std::string pointText(const io::Problem& problem, const std::vector<double>& x) {
+    std::string text = "x\n";
+    for (std::size_t j = 0; j < x.size(); ++j) {
+        fmt::format_to(std::back_inserter(text), "  {}  {:.17g}\n", problem.variableNames[j], x[j]);
+    }
+    return text;
 }
 
 }  // namespace
@@ -167,8 +173,8 @@ std::string summaryText(const io::Problem& problem, const ProvedResult& proved) 
     const Result& result = proved.result;
     std::string text;
     const auto out = std::back_inserter(text);
-    fmt::format_to(out, "outcome          {}{}\n", textOf(result.status), proofText(result));
-    fmt::format_to(out, "objective        {:.10g}{}\n", objectiveOf(problem, result),
+    fmt::format_to(out, "outcome          {}{}\n", textOf(result.status), proofText(proved));
+    fmt::format_to(out, "objective        {:.10g}{}\n", proved.objective,
                    problem.maximise ? ", a maximum" : "");
     fmt::format_to(out, "iterations       {}", result.iterations.main);
     if (result.wasPredicted) {
@@ -199,85 +205,24 @@ std::string summaryText(const io::Problem& problem, const ProvedResult& proved) 
 }
 
 std::string solutionText(const io::Problem& problem, const SolveResult& result) {
-    std::string text = "x\n";
-    const auto out = std::back_inserter(text);
-    for (std::size_t j = 0; j < problem.n; ++j) {
-        fmt::format_to(out, "  {}  {:.17g}\n", problem.variableNames[j], result.x[j]);
-    }
-    text += "multipliers other than 0\n";
-    visitMultipliers(problem, result,
+    std::string text = pointText(problem, result.x) + "multipliers other than 0\n";
+    visitMultipliers(problem, result.lambda,
                      [&](const char* kind, const std::string& name, double multiplier) {
                          if (multiplier != 0.0) {
-                             fmt::format_to(out, "  {} {}  {:.17g}\n", kind, name, multiplier);
+                             fmt::format_to(std::back_inserter(text), "  {} {}  {:.17g}\n", kind,
+                                            name, multiplier);
                          }
                      });
-    text += "\n";
-    return text;
+    return text + "\n";
 }
 
-std::string jsonText(const io::Problem& problem,
-                     const std::string& file,
-                     const SolveResult& result,
-                     const Verdict& verdict,
-                     bool withSolution) {
-    nlohmann::ordered_json object{{"file", file},
-                                  {"name", problem.name},
-                                  {"variables", problem.n},
-                                  {"inequalities", problem.mIneq},
-                                  {"equalities", problem.mEq},
-                                  {"code", result.code},
-                                  {"outcome", outcomeText(result)},
-                                  {"supported", verdict.supports()},
-                                  {"objective", verdict.objective.value},
-                                  {"iterations", result.iterations},
-                                  {"phase_one_iterations", result.phaseOneIterations},
-                                  {"active", activeOf(result)},
-                                  {"primal_residual", verdict.primal.value},
-                                  {"dual_residual", verdict.dual.value},
-                                  {"complementarity", verdict.complementarity.value}};
-    if (withSolution) {
-        addSolution(object, problem, result);
+std::string solutionText(const io::Problem& problem, const ProvedResult& proved) {
+    if (proved.result.status == Status::Optimal || !proved.isProved()) {
+        return solutionText(problem, proved.solution);
     }
-    return lineOf(object);
-}
-
-std::string jsonText(const io::Problem& problem,
-                     const std::string& file,
-                     const ProvedResult& proved,
-                     bool withSolution) {
-    const Result& result = proved.result;
-    const Certificate& certificate = result.certificate;
-    nlohmann::ordered_json object{{"file", file},
-                                  {"name", problem.name},
-                                  {"variables", problem.n},
-                                  {"inequalities", problem.mIneq},
-                                  {"equalities", problem.mEq},
-                                  {"code", result.exitCode},
-                                  {"outcome", textOf(result.status)},
-                                  {"objective", objectiveOf(problem, result)},
-                                  {"iterations", result.iterations.main},
-                                  {"phase_one_iterations", result.iterations.phaseOne},
-                                  {"predicted", result.wasPredicted},
-                                  {"prediction_rounds", result.iterations.prediction},
-                                  {"dual_steps", result.iterations.dual},
-                                  {"proximal_steps", result.iterations.proximal},
-                                  {"corrections", result.iterations.refinement},
-                                  {"seconds", result.times.total},
-                                  {"active", activeOf(proved.solution)},
-                                  {"primal_residual", certificate.primal.absolute},
-                                  {"dual_residual", certificate.dual.absolute},
-                                  {"duality_gap", certificate.gap.absolute},
-                                  {"relative_primal_residual", certificate.primal.relative},
-                                  {"relative_dual_residual", certificate.dual.relative},
-                                  {"relative_duality_gap", certificate.gap.relative}};
-    if (withSolution) {
-        addSolution(object, problem, proved.solution);
-    }
-    return lineOf(object);
-}
-
-std::string jsonErrorText(const std::string& file, const std::string& message) {
-    return lineOf({{"file", file}, {"error", message}});
+    std::string text = pointText(problem, proved.solution.x);
+    appendProof(text, problem, proved);
+    return text + "\n";
 }
 
 }  // namespace activeset::cli

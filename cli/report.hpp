@@ -28,7 +28,10 @@ namespace activeset::cli {
 /// Point and multipliers by name, one a line, a blank line at the end.
 [[nodiscard]] std::string solutionText(const io::Problem& problem, const SolveResult& result);
 
-/// One JSON object in one line, line end included; x and the multipliers only if `withSolution`.
+/// Likewise; where there is no optimum what proves that takes the place of the multipliers.
+[[nodiscard]] std::string solutionText(const io::Problem& problem, const ProvedResult& proved);
+
+/// One JSON object in one line, line end included; vectors only if `withSolution`.
 [[nodiscard]] std::string jsonText(const io::Problem& problem,
                                    const std::string& file,
                                    const SolveResult& result,

@@ -24,6 +24,11 @@ const char* const TwoSteps =
     "QUADOBJ\n x x 1\n y y 1\n"
     "ENDATA\n";
 
+/// x = 1 and x = 2, or at most and at least, behind rows r and s of some type.
+const std::string TwoSides = "COLUMNS\n x o 1 r 1\n x s 1\nRHS\n b r 1 s 2\nENDATA\n";
+const char* const Saddle =
+    "ROWS\n N o\nCOLUMNS\n x o 0\nBOUNDS\n FR b x\nQUADOBJ\n x x -2\nENDATA\n";
+
 class Solving : public CommandLine {};
 
 TEST_F(Solving, PrintsTheTableAndTheSummary) {
@@ -39,16 +44,19 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
     write("two", TwoSteps);
     // min ½x² with x ≥ 1; no x, which must be at most 1 and at least 2; the same with equalities.
     write("away", "ROWS\n N o\nCOLUMNS\n x o 0\nBOUNDS\n LO b x 1\nQUADOBJ\n x x 1\nENDATA\n");
-    const std::string twoSides = "COLUMNS\n x o 1 r 1\n x s 1\nRHS\n b r 1 s 2\nENDATA\n";
-    write("empty", "NAME t FREE\nROWS\n N o\n L r\n G s\n" + twoSides);
-    write("equal", "NAME t FREE\nROWS\n N o\n E r\n E s\n" + twoSides);
+    write("empty", "NAME t FREE\nROWS\n N o\n L r\n G s\n" + TwoSides);
+    write("equal", "NAME t FREE\nROWS\n N o\n E r\n E s\n" + TwoSides);
     // max 4x − x² + 1: 5 at x = 2.
     write("maximum",
           "OBJSENSE MAX\nROWS\n N o\nCOLUMNS\n x o 4\nRHS\n b o -1\nQUADOBJ\n x x -2\nENDATA\n");
     // max x without any bound above: the solver takes the step from an empty working set for the
     // last one and reports an optimum, but the gradient is as long as before.
     write("unbounded", "ROWS\n N o\nCOLUMNS\n x o -1\nENDATA\n");
-    write("saddle", "ROWS\n N o\nCOLUMNS\n x o 0\nBOUNDS\n FR b x\nQUADOBJ\n x x -2\nENDATA\n");
+    write("saddle", Saddle);
+    // 6 + 2 at x = 2, y = 1: one more of r brings 3, one more of e 2.
+    write("prices",
+          "OBJSENSE MAX\nROWS\n N o\n L r\n E e\nCOLUMNS\n x o 3 r 1\n y o 2 e 1\n"
+          "RHS\n b r 2 e 1\nENDATA\n");
     const std::string longer = "'" + (Examples / "hs118.qps").string() + "'";
     struct Case {
         std::string arguments;
@@ -65,7 +73,19 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
         {"equal", "outcome          infeasible, proved by multipliers with residual 0.0e+00", 1},
         {"unbounded", "outcome          unbounded, proved by a ray with residual 0.0e+00", 1},
         {"saddle", "outcome          not convex, proved by a direction with curvature -2.0e+00", 1},
+        {"empty --solution",
+         "contradiction: times these the constraints add up to 0 <= -1\n  upper side r  1\n"
+         "  lower side s  1\n",
+         1},
+        {"equal --solution", "  equality r  1\n  equality s  -1\n", 1},
+        {"unbounded --solution",
+         "direction in which the objective falls without end, entries other than 0\n  x  1\n", 1},
+        {"saddle --solution",
+         "direction in which the problem is not convex, entries other than 0\n  x  1\n", 1},
         {"maximum", "objective        5, a maximum", 0},
+        {"prices", "objective        8, a maximum", 0},
+        {"prices --solution",
+         "  x  2\n  y  1\nmultipliers other than 0\n  equality e  2\n  upper side r  3\n", 0},
         {"two --display final --strict", " fstar: -6.5 Active: 1 Iterations: 3", 0},
         {"two --max-iter 1 --strict", "outcome          iteration limit reached (0)", 1},
         {"two --tol-x 10 --strict", "objective        8.5", 0},  // the start counts as optimal
@@ -94,6 +114,8 @@ TEST_F(Solving, JsonHasTheSolutionByName) {
     std::getline(out, line);
     const json result = json::parse(line);
 
+    EXPECT_TRUE(result.at("proved").get<bool>());
+    EXPECT_TRUE(result.at("core_exit_code").is_null());  // predicted
     EXPECT_EQ(result.at("active").at("inequalities"), 1);
     EXPECT_EQ(result.at("active").at("lower_bounds"), 1);
     EXPECT_EQ(result.at("x").at(1).at("variable"), "X2");
@@ -108,6 +130,29 @@ TEST_F(Solving, JsonHasTheSolutionByName) {
     EXPECT_NEAR(multipliers[5].at("value").get<double>(), 19.0 / 11, 1e-14);
     EXPECT_EQ(json::parse(out).at("error"),
               "absent.qps: cannot be opened: No such file or directory");
+}
+
+TEST_F(Solving, JsonHasTheProofThatThereIsNoOptimum) {
+    write("equal", "NAME t FREE\nROWS\n N o\n E r\n E s\n" + TwoSides);
+    write("saddle", Saddle);
+    std::istringstream out(run("solve --json --solution equal saddle").out);
+    json equal;
+    json saddle;
+    out >> equal >> saddle;
+
+    const json& farkas = equal.at("farkas");
+    EXPECT_EQ(farkas.at("value"), -1.0);
+    EXPECT_LE(farkas.at("residual"), 1e-15);
+    EXPECT_NEAR(farkas.at("multipliers")[0].at("value").get<double>(), 1.0, 1e-15);
+    EXPECT_NEAR(farkas.at("multipliers")[1].at("value").get<double>(), -1.0, 1e-15);
+    EXPECT_EQ(farkas.at("multipliers").size(), 4U);
+    EXPECT_EQ(saddle.at("direction"),
+              json::parse(R"({"curvature": -2.0, "entries": [{"variable": "x", "value": 1.0}]})"));
+    for (const json& object : {equal, saddle}) {
+        EXPECT_TRUE(object.at("proved").get<bool>());
+    }
+    const Outcome strict = run("solve --strict --json --display off equal");
+    EXPECT_EQ(json::parse(strict.out).at("core_exit_code"), -3);
 }
 
 TEST_F(Solving, ReachesTheKnownOptimumOfEveryExample) {
