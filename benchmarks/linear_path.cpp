@@ -62,7 +62,7 @@ Json solve(const std::string& name, double seconds) {
     Vector noHessian;
     const auto progress = [&problem](const double* x) { return problem.progressAt(x); };
     const Run run =
-        runCore(problem.lowering, noHessian, problem.scaled.c, start, {}, {}, control, progress);
+        runCore(problem.lowering(), noHessian, problem.scaled.c, start, {}, {}, control, progress);
     const activeset::Progress end = progress(run.x.empty() ? start.data() : run.x.data());
     return {{"outcome", outcomeOf(run)},
             {"code", run.exitCode},

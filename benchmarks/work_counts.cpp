@@ -116,6 +116,8 @@ ACTIVESET_COUNTED(blas, gemm, _ZN9activeset4blas4gemmENS_2OpES1_dNS_10BasicBlock
     matrixFlops, product(a) * size(opB == Op::None ? b.cols : b.rows), void,
     (Op opA, Op opB, double alpha, ConstBlock a, ConstBlock b, double beta, Block c),
     (opA, opB, alpha, a, b, beta, c))
+ACTIVESET_COUNTED(blas, gram, _ZN9activeset4blas4gramENS_10BasicBlockIKdEENS1_IdEE,
+    matrixFlops, 0.5 * product(a) * size(a.cols), void, (ConstBlock a, Block c), (a, c))
 ACTIVESET_COUNTED(blas, trsvLower, _ZN9activeset4blas9trsvLowerENS_2OpENS_10BasicBlockIKdEEPd,
     vectorFlops, 0.5 * product(l), void, (Op op, ConstBlock l, double* x), (op, l, x))
 ACTIVESET_COUNTED(blas, rot, _ZN9activeset4blas3rotEmPdmS1_mRKNS0_8RotationE,

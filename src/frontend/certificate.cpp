@@ -95,10 +95,10 @@ Judgement judge(const Data& data, const Point& point) {
     project(y, data.rowLower, data.rowUpper);
     project(z, data.lower, data.upper);
 
-    // xᵀ(H·x) comes out of the gradient without multipliers and without c.
-    const std::vector<Sum> curved =
-        gradientSums(data, point.x, Vector(data.m, 0.0), Linear::Omitted);
-    const std::vector<Sum> gradient = gradientSums(data, point.x, y);
+    const std::vector<Sum> curved = curvedSums(data, point.x);
+    std::vector<Sum> gradient = curved;
+    addLinear(gradient, data);
+    addTransposedProduct(gradient, data, y);
     Largest dual;
     Sum quadratic;
     Sum linear;
@@ -139,7 +139,7 @@ Farkas judgeFarkas(const Data& data, Vector y, Vector z) {
     // Only the direction counts: its value becomes −1 where it is negative beyond rounding.
     const double unit = weight < 0.0 ? -1.0 / weight : 1.0;
     farkas.value = weight < -1e-12 * value.scale ? weight * unit : 0.0;
-    const std::vector<Sum> sums = gradientSums(data, {}, y, Linear::Omitted);
+    const std::vector<Sum> sums = transposedSums(data, y);
     for (std::size_t j = 0; j < data.n; ++j) {
         farkas.residual.absolute =
             std::max(farkas.residual.absolute, unit * magnitude(sums[j].value + z[j]));
@@ -178,8 +178,7 @@ Ray judgeRay(const Data& data, const Vector& direction) {
         missSides(static_cast<double>(rows[i].value), rows[i].scale, data.rowLower[i],
                   data.rowUpper[i]);
     }
-    const std::vector<Sum> curved =
-        gradientSums(data, direction, Vector(data.m, 0.0), Linear::Omitted);
+    const std::vector<Sum> curved = curvedSums(data, direction);
     for (std::size_t j = 0; j < data.n; ++j) {
         missSides(direction[j], length, data.lower[j], data.upper[j]);
         miss(magnitude(curved[j].value), curved[j].scale);
@@ -195,8 +194,7 @@ bool holds(const Ray& ray, double tolerance) {
 }
 
 Residual curvature(const Data& data, const Vector& direction) {
-    const std::vector<Sum> curved =
-        gradientSums(data, direction, Vector(data.m, 0.0), Linear::Omitted);
+    const std::vector<Sum> curved = curvedSums(data, direction);
     Extended sum = 0;
     double size = 0.0;
     for (std::size_t j = 0; j < data.n; ++j) {

@@ -8,13 +8,19 @@ namespace activeset::frontend {
 namespace {
 
 void copyMatrix(const MatrixView& matrix, Vector& target, std::size_t size) {
-    target.assign(size, 0.0);
-    auto next = target.begin();
+    target.clear();
+    target.reserve(size);
     for (std::size_t j = 0; j < matrix.cols() && !matrix.empty(); ++j) {
+        if (matrix.order() == Order::ColumnMajor) {
+            const double* column = matrix.data() + j * matrix.leading();
+            target.insert(target.end(), column, column + matrix.rows());
+            continue;
+        }
         for (std::size_t i = 0; i < matrix.rows(); ++i) {
-            *next++ = matrix(i, j);
+            target.push_back(matrix(i, j));
         }
     }
+    target.resize(size, 0.0);
 }
 
 void copyVector(const VectorView& vector, Vector& target, std::size_t size, double absent) {
@@ -28,7 +34,8 @@ void copyVector(const VectorView& vector, Vector& target, std::size_t size, doub
 // Halves that differ by rounding become their mean.
 void copyHessian(const MatrixView& matrix, Data& data) {
     copyMatrix(matrix, data.H, data.n * data.n);
-    for (std::size_t j = 0; j < data.n; ++j) {
+    const bool isExact = isSymmetric(data.H.data(), data.n, data.n);
+    for (std::size_t j = 0; j < data.n && !isExact; ++j) {
         for (std::size_t i = 0; i < j; ++i) {
             double& above = data.H[j * data.n + i];
             double& below = data.H[i * data.n + j];
@@ -45,6 +52,23 @@ void copyHessian(const MatrixView& matrix, Data& data) {
 }
 
 }  // namespace
+
+// By square blocks, so that both stay in the cache.
+bool isSymmetric(const double* values, std::size_t n, std::size_t leading) {
+    constexpr std::size_t BlockSize = 16;
+    for (std::size_t right = 0; right < n; right += BlockSize) {
+        for (std::size_t top = 0; top <= right; top += BlockSize) {
+            for (std::size_t j = right; j < std::min(right + BlockSize, n); ++j) {
+                for (std::size_t i = top; i < std::min(top + BlockSize, j); ++i) {
+                    if (values[j * leading + i] != values[i * leading + j]) {
+                        return false;
+                    }
+                }
+            }
+        }
+    }
+    return true;
+}
 
 std::size_t variablesOf(const Problem& problem) {
     return !problem.c.empty() ? problem.c.size() : problem.H.cols();

@@ -56,6 +56,9 @@ inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
 /// One line a fault, as far as they can be read; no line end behind the last one.
 [[nodiscard]] std::string messageOf(const std::vector<Fault>& faults);
 
+/// Whether an n × n matrix is, to the last bit.
+[[nodiscard]] bool isSymmetric(const double* values, std::size_t n, std::size_t leading);
+
 /// A problem with n variables and m rows of which every part is absent.
 [[nodiscard]] Data emptyData(std::size_t n, std::size_t m);
 /// Copies one part of a problem, which has no faults there. A start is not part of the data.

@@ -4,6 +4,7 @@
 #define ACTIVESET_SRC_FRONTEND_DUAL_ACTIVE_SET_HPP
 
 #include "frontend/control.hpp"
+#include "frontend/dense.hpp"
 #include "frontend/sides.hpp"
 
 namespace activeset::frontend {

@@ -10,6 +10,7 @@
 
 #include "frontend/auxiliary.hpp"
 #include "frontend/proofs.hpp"
+#include "frontend/sides.hpp"
 
 namespace activeset::frontend {
 
@@ -88,7 +89,7 @@ Answer Engine::solve(Vector x, WorkingSet set) {
 
 void Engine::restoreLowering() noexcept {
     if (unperturbed_) {
-        problem_.lowering = std::move(*unperturbed_);
+        problem_.setLowering(std::move(*unperturbed_));
         unperturbed_.reset();
     }
 }
@@ -99,7 +100,7 @@ bool Engine::provesWorkingSet() {
     if (set_.size() == 0) {
         return false;
     }
-    set_ = problem_.lowering.fromCore(problem_.lowering.toCore(set_), {});
+    set_ = Sides(problem_.scaled, set_).workingSet();
     const double begin = control_.seconds();
     Point point{centre_, Vector(problem_.scaled.m, 0.0), Vector(problem_.scaled.n, 0.0)};
     answer_.refinement += problem_.refinementOf(set_).apply(point, MostCorrections);
@@ -115,8 +116,8 @@ Run Engine::run() {
     // What rounding makes of a point far out is no violation.
     Precision precision = precision_;
     precision.violation = std::max(precision.violation, 1e-14 * largestMagnitude(centre_));
-    Run run = runCore(problem_.lowering, problem_.hessianPlus(rho_), c, centre_,
-                      problem_.lowering.toCore(set_), precision, control_,
+    Run run = runCore(problem_.lowering(), problem_.hessianPlus(rho_), c, centre_,
+                      problem_.lowering().toCore(set_), precision, control_,
                       [this](const double* x) { return problem_.progressAt(x); });
     answer_.exitCode = run.exitCode;
     return run;
@@ -146,10 +147,10 @@ Engine::Next Engine::follow(const Run& run) {
 
 Engine::Next Engine::followRun(const Run& run) {
     Point point;
-    problem_.lowering.multipliers(run.lambda.data(), point.y, point.z);
+    problem_.lowering().multipliers(run.lambda.data(), point.y, point.z);
     point.x = run.x;
     return followMinimum(std::move(point),
-                         problem_.lowering.fromCore(run.set, run.droppedEqualities));
+                         problem_.lowering().fromCore(run.set, run.droppedEqualities));
 }
 
 // A minimum of the subproblem: is it one of the problem?
@@ -221,7 +222,7 @@ Engine::Next Engine::followInfeasible(const Run& run) {
     Vector y;
     Vector z;
     if (!run.phaseOneLambda.empty()) {
-        problem_.lowering.multipliers(run.phaseOneLambda.data(), y, z);
+        problem_.lowering().multipliers(run.phaseOneLambda.data(), y, z);
         if (!run.x.empty()) {
             consider({run.x, Vector(y.size()), Vector(z.size())}, {});
         }
@@ -241,7 +242,7 @@ Engine::Next Engine::followInfeasible(const Run& run) {
         return Next::Done;
     }
     // Feasible after all, and the core was misled by equalities that nearly depend on one another.
-    problem_.lowering = Lowering(withoutDependentEqualities(problem_.scaled));
+    problem_.setLowering(Lowering(withoutDependentEqualities(problem_.scaled)));
     centre_ = std::move(relaxation.x);
     set_ = {};
     return Next::Again;
@@ -258,13 +259,13 @@ Engine::Next Engine::followTrouble(const Run& run) {
     }
     if (!run.x.empty()) {
         centre_ = run.x;
-        set_ = problem_.lowering.fromCore(run.set, run.droppedEqualities);
+        set_ = problem_.lowering().fromCore(run.set, run.droppedEqualities);
     }
     return Next::Again;
 }
 
 void Engine::perturb() {
-    Lowering& lowering = problem_.lowering;
+    Lowering& lowering = problem_.lowering();
     if (!unperturbed_) {
         unperturbed_ = lowering;
     }

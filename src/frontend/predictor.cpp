@@ -23,24 +23,8 @@ public:
         : data_(problem.data()),
           factor_(problem.factor()),
           system_(problem.system()),
-          sides_(data_),
-          first_(data_) {
-        const auto hold = [this](const std::vector<std::size_t>& indices, std::size_t offset,
-                                 Side side) {
-            for (const std::size_t index : indices) {
-                const std::size_t k = offset + index;
-                const double target = side == Side::Lower ? sides_.lower(k) : sides_.upper(k);
-                if (sides_[k] == Side::None && std::isfinite(target)) {
-                    sides_.hold(k, side);
-                }
-            }
-        };
-        hold(first.rowsAtLower, 0, Side::Lower);
-        hold(first.rowsAtUpper, 0, Side::Upper);
-        hold(first.atLower, data_.m, Side::Lower);
-        hold(first.atUpper, data_.m, Side::Upper);
-        first_ = sides_;
-    }
+          sides_(data_, first),
+          first_(sides_) {}
 
     /// One round; the number of constraints that come, go or change sides.
     std::size_t improve() {
@@ -115,24 +99,7 @@ public:
         return result;
     }
 
-    [[nodiscard]] WorkingSet workingSet() const {
-        WorkingSet set;
-        for (const std::size_t member : system_.members()) {
-            const bool isRow = sides_.isRow(member);
-            const std::size_t index = isRow ? member : member - data_.m;
-            switch (sides_[member]) {
-                case Side::Lower:
-                    (isRow ? set.rowsAtLower : set.atLower).push_back(index);
-                    break;
-                case Side::Upper:
-                    (isRow ? set.rowsAtUpper : set.atUpper).push_back(index);
-                    break;
-                default:
-                    (isRow ? set.equalities : set.fixed).push_back(index);
-            }
-        }
-        return set;
-    }
+    [[nodiscard]] WorkingSet workingSet() const { return sides_.workingSet(); }
 
 private:
     std::size_t revise() {

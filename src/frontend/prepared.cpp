@@ -8,14 +8,30 @@
 
 namespace activeset::frontend {
 
+namespace {
+
+// The same rows and variables with equal sides.
+bool haveSameEqualities(const Data& a, const Data& b) {
+    for (std::size_t i = 0; i < a.m; ++i) {
+        if ((a.rowLower[i] == a.rowUpper[i]) != (b.rowLower[i] == b.rowUpper[i])) {
+            return false;
+        }
+    }
+    for (std::size_t j = 0; j < a.n; ++j) {
+        if ((a.lower[j] == a.upper[j]) != (b.lower[j] == b.upper[j])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
 Prepared::Prepared(Data problem)
-    : user(std::move(problem)),
-      scaling(Scaling::of(user)),
-      scaled(scaling.apply(user)),
-      lowering(scaled),
-      hessian_(scaled.H) {}
+    : user(std::move(problem)), scaling(Scaling::of(user)), scaled(scaling.apply(user)) {}
 
 void Prepared::updateVectors(const Data& problem) {
+    const bool haveEqualitiesChanged = !haveSameEqualities(user, problem);
     user.c = problem.c;
     user.rowLower = problem.rowLower;
     user.rowUpper = problem.rowUpper;
@@ -23,11 +39,11 @@ void Prepared::updateVectors(const Data& problem) {
     user.upper = problem.upper;
     user.constant = problem.constant;
     scaling.applyToVectors(user, scaled);
-    if (!lowering.updateSides(scaled)) {
-        lowering = Lowering(scaled);
-        if (convexity_ && convexity_->kind != Convexity::Strict) {
-            convexity_.reset();  // other equalities leave other directions
-        }
+    if (lowering_ && !lowering_->updateSides(scaled)) {
+        lowering_.reset();
+    }
+    if (convexity_ && convexity_->kind != Convexity::Strict && haveEqualitiesChanged) {
+        convexity_.reset();  // other equalities leave other directions
     }
 }
 
@@ -54,16 +70,26 @@ const Refinement& Prepared::refinementOf(const WorkingSet& set) {
     return *refinement_;
 }
 
+Lowering& Prepared::lowering() {
+    if (!lowering_) {
+        lowering_.emplace(scaled);
+    }
+    return *lowering_;
+}
+
 Vector& Prepared::hessianPlus(double rho) {
     const std::size_t n = scaled.n;
+    if (!hessian_) {
+        hessian_ = scaled.H;
+    }
     if (rho != hessianRho_) {
-        hessian_.resize(n * n, 0.0);
+        hessian_->resize(n * n, 0.0);
         for (std::size_t j = 0; j < n; ++j) {
-            hessian_[j * n + j] = (scaled.quadratic ? scaled.columnOfH(j)[j] : 0.0) + rho;
+            (*hessian_)[j * n + j] = (scaled.quadratic ? scaled.columnOfH(j)[j] : 0.0) + rho;
         }
         hessianRho_ = rho;
     }
-    return hessian_;
+    return *hessian_;
 }
 
 Progress Prepared::progressAt(const double* x) const {

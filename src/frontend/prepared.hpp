@@ -4,6 +4,7 @@
 #define ACTIVESET_SRC_FRONTEND_PREPARED_HPP
 
 #include <optional>
+#include <utility>
 
 #include "frontend/lowering.hpp"
 #include "frontend/refinement.hpp"
@@ -39,6 +40,9 @@ public:
     [[nodiscard]] Subproblem* subproblem(double rho);
     /// The equations of a working set, factorised; the last ones are kept.
     [[nodiscard]] const Refinement& refinementOf(const WorkingSet& set);
+    /// The constraints as the core takes them.
+    [[nodiscard]] Lowering& lowering();
+    void setLowering(Lowering lowering) { lowering_ = std::move(lowering); }
     /// H + ρI, n × n, for the core; empty when both are zero.
     [[nodiscard]] Vector& hessianPlus(double rho);
     /// How far a point in scaled variables has come.
@@ -47,15 +51,15 @@ public:
     Data user;
     Scaling scaling;
     Data scaled;
-    Lowering lowering;
 
 private:
+    std::optional<Lowering> lowering_;
     std::optional<Convexity> convexity_;
     std::optional<Subproblem> itself_;
     std::optional<Subproblem> proximal_;
     std::optional<Refinement> refinement_;
     WorkingSet refinementSet_;
-    Vector hessian_;
+    std::optional<Vector> hessian_;
     double hessianRho_ = 0.0;
 };
 

@@ -102,7 +102,7 @@ Convexity convexityOf(Prepared& problem) {
 bool provesInfeasibility(const Prepared& problem, Vector y, Vector z, Answer& answer) {
     Point point = problem.scaling.unscaled({Vector(), std::move(y), std::move(z)});
     // What Aᵀy leaves over, the bounds take where there are any.
-    const std::vector<Sum> sums = gradientSums(problem.user, {}, point.y, Linear::Omitted);
+    const std::vector<Sum> sums = transposedSums(problem.user, point.y);
     for (std::size_t j = 0; j < problem.user.n; ++j) {
         point.z[j] = -static_cast<double>(sums[j].value);
     }

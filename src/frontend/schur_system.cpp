@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/blas.hpp"
+
 namespace activeset::frontend {
 
 SchurSystem::SchurSystem(const Data& data, const Dense& factor)
@@ -62,12 +64,13 @@ void SchurSystem::growInnerProducts(std::size_t before) {
     for (std::size_t j = 0; j < before; ++j) {
         std::copy_n(inner_.column(j), before, grown.column(j));
     }
-    Dense added(columns_.rows, columns_.cols - before);
-    std::copy_n(columns_.column(before), added.values.size(), added.values.begin());
-    const Dense products = transposedProduct(columns_, added);
+    const std::size_t added = grown.cols - before;
+    const ConstBlock newColumns(columns_.column(before), columns_.rows, added);
+    blas::gram(newColumns, Block(grown.column(before) + before, added, added, grown.rows));
+    blas::gemm(Op::Transpose, Op::None, 1.0, ConstBlock(columns_.column(0), columns_.rows, before),
+               newColumns, 0.0, Block(grown.column(before), before, added, grown.rows));
     for (std::size_t j = before; j < grown.cols; ++j) {
-        for (std::size_t i = 0; i < grown.rows; ++i) {
-            grown(i, j) = products(i, j - before);
+        for (std::size_t i = 0; i < before; ++i) {
             grown(j, i) = grown(i, j);
         }
     }

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "frontend/data.hpp"
-#include "frontend/dense.hpp"
 
 namespace activeset::frontend {
 
@@ -17,13 +16,9 @@ enum class Side : std::uint8_t { None, Lower, Upper, Both };
 class Sides {
 public:
     /// Equalities and nothing else.
-    explicit Sides(const Data& data) : data_(&data), held_(data.m + data.n, Side::None) {
-        for (std::size_t k = 0; k < held_.size(); ++k) {
-            if (lower(k) == upper(k)) {
-                held_[k] = Side::Both;
-            }
-        }
-    }
+    explicit Sides(const Data& data);
+    /// Equalities, and of a working set what exists.
+    Sides(const Data& data, const WorkingSet& set);
 
     [[nodiscard]] std::size_t count() const { return held_.size(); }
     [[nodiscard]] Side operator[](std::size_t k) const { return held_[k]; }
@@ -46,41 +41,15 @@ public:
         return held_[k] == Side::Upper ? 1.0 : held_[k] == Side::Lower ? -1.0 : 0.0;
     }
     /// The constraints that are held, ascending.
-    [[nodiscard]] std::vector<std::size_t> members() const {
-        std::vector<std::size_t> result;
-        for (std::size_t k = 0; k < held_.size(); ++k) {
-            if (held_[k] != Side::None) {
-                result.push_back(k);
-            }
-        }
-        return result;
-    }
+    [[nodiscard]] std::vector<std::size_t> members() const;
     /// Their values.
-    [[nodiscard]] Vector targets() const {
-        Vector result;
-        for (const std::size_t member : members()) {
-            result.push_back(target(member));
-        }
-        return result;
-    }
+    [[nodiscard]] Vector targets() const;
+    /// They by kind.
+    [[nodiscard]] WorkingSet workingSet() const;
     /// The gradient of a constraint.
-    [[nodiscard]] Vector row(std::size_t k) const {
-        Vector result(data_->n, 0.0);
-        if (!isRow(k)) {
-            result[k - data_->m] = 1.0;
-            return result;
-        }
-        for (std::size_t j = 0; j < data_->n; ++j) {
-            result[j] = data_->columnOfA(j)[k];
-        }
-        return result;
-    }
+    [[nodiscard]] Vector row(std::size_t k) const;
     /// What all constraints make of a point.
-    [[nodiscard]] Vector values(const Vector& x) const {
-        Vector result = product(data_->A, data_->m, x);
-        result.insert(result.end(), x.begin(), x.end());
-        return result;
-    }
+    [[nodiscard]] Vector values(const Vector& x) const;
     /// The side that a value lies beyond, by more than rounding.
     [[nodiscard]] Side beyond(std::size_t k, double value) const {
         constexpr double Rounding = 1e-11;

@@ -63,17 +63,36 @@ std::vector<Sum> rowValues(const Data& data, const Vector& x) {
     return rows;
 }
 
-std::vector<Sum> gradientSums(const Data& data, const Vector& x, const Vector& y, Linear linear) {
+std::vector<Sum> curvedSums(const Data& data, const Vector& x) {
     std::vector<Sum> sums(data.n);
+    for (std::size_t j = 0; j < data.n && data.quadratic; ++j) {
+        addProducts(sums[j], data.columnOfH(j), x.data(), data.n);
+    }
+    return sums;
+}
+
+void addLinear(std::vector<Sum>& sums, const Data& data) {
     for (std::size_t j = 0; j < data.n; ++j) {
-        if (data.quadratic && !x.empty()) {
-            addProducts(sums[j], data.columnOfH(j), x.data(), data.n);
-        }
-        if (linear == Linear::Included) {
-            sums[j].add(data.c[j]);
-        }
+        sums[j].add(data.c[j]);
+    }
+}
+
+void addTransposedProduct(std::vector<Sum>& sums, const Data& data, const Vector& y) {
+    for (std::size_t j = 0; j < data.n; ++j) {
         addProducts(sums[j], data.columnOfA(j), y.data(), data.m);
     }
+}
+
+std::vector<Sum> gradientSums(const Data& data, const Vector& x, const Vector& y) {
+    std::vector<Sum> sums = curvedSums(data, x);
+    addLinear(sums, data);
+    addTransposedProduct(sums, data, y);
+    return sums;
+}
+
+std::vector<Sum> transposedSums(const Data& data, const Vector& y) {
+    std::vector<Sum> sums(data.n);
+    addTransposedProduct(sums, data, y);
     return sums;
 }
 

@@ -24,12 +24,15 @@ struct Sum {
 
 /// A·x, m sums.
 [[nodiscard]] std::vector<Sum> rowValues(const Data& data, const Vector& x);
-/// H·x + c + Aᵀy, n sums; without H for an empty x, with c or without.
-enum class Linear { Included, Omitted };
-[[nodiscard]] std::vector<Sum> gradientSums(const Data& data,
-                                            const Vector& x,
-                                            const Vector& y,
-                                            Linear linear = Linear::Included);
+/// H·x, n sums.
+[[nodiscard]] std::vector<Sum> curvedSums(const Data& data, const Vector& x);
+/// Adds c.
+void addLinear(std::vector<Sum>& sums, const Data& data);
+/// Adds Aᵀy.
+void addTransposedProduct(std::vector<Sum>& sums, const Data& data, const Vector& y);
+/// H·x + c + Aᵀy and Aᵀy, n sums.
+[[nodiscard]] std::vector<Sum> gradientSums(const Data& data, const Vector& x, const Vector& y);
+[[nodiscard]] std::vector<Sum> transposedSums(const Data& data, const Vector& y);
 
 }  // namespace activeset::frontend
 

@@ -44,6 +44,21 @@ void gemm(Op opA, Op opB, double alpha, ConstBlock a, ConstBlock b, double beta,
      c.data, &c.ld, 1, 1);
 }
 
+void gram(ConstBlock a, Block c) {
+    if (c.isEmpty()) {
+        return;
+    }
+    const double one = 1.0;
+    const double zero = 0.0;
+    ACTIVESET_FORTRAN(dsyrk)
+    ("U", "T", &c.cols, &a.rows, &one, a.data, &a.ld, &zero, c.data, &c.ld, 1, 1);
+    for (Int j = 0; j < c.cols; ++j) {
+        for (Int i = 0; i < j; ++i) {
+            c.data[i * c.ld + j] = c.data[j * c.ld + i];
+        }
+    }
+}
+
 void trsvLower(Op op, ConstBlock l, double* x) {
     if (l.cols <= small::LargestSolve) {
         if (op == Op::None) {

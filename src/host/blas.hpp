@@ -53,6 +53,9 @@ void gemv(Op op, double alpha, ConstBlock a, const double* x, double beta, doubl
 /// c := alpha·op(a)·op(b) + beta·c.
 void gemm(Op opA, Op opB, double alpha, ConstBlock a, ConstBlock b, double beta, Block c);
 
+/// c := aᵀ·a, both halves; a has as many columns as c.
+void gram(ConstBlock a, Block c);
+
 /// x := op(l)⁻¹·x, l lower triangular and square.
 void trsvLower(Op op, ConstBlock l, double* x);
 

@@ -1,0 +1,89 @@
+// Which constraints are held, in the front end's numbering and by kind.
+#include "frontend/sides.hpp"
+
+#include <cmath>
+
+#include "frontend/dense.hpp"
+
+namespace activeset::frontend {
+
+Sides::Sides(const Data& data) : data_(&data), held_(data.m + data.n, Side::None) {
+    for (std::size_t k = 0; k < held_.size(); ++k) {
+        if (lower(k) == upper(k)) {
+            held_[k] = Side::Both;
+        }
+    }
+}
+
+Sides::Sides(const Data& data, const WorkingSet& set) : Sides(data) {
+    const auto take = [this](const std::vector<std::size_t>& indices, std::size_t first,
+                             std::size_t count, Side side) {
+        for (const std::size_t index : indices) {
+            const std::size_t k = first + index;
+            if (index < count && held_[k] == Side::None &&
+                std::isfinite(side == Side::Lower ? lower(k) : upper(k))) {
+                held_[k] = side;
+            }
+        }
+    };
+    take(set.rowsAtLower, 0, data.m, Side::Lower);
+    take(set.rowsAtUpper, 0, data.m, Side::Upper);
+    take(set.atLower, data.m, data.n, Side::Lower);
+    take(set.atUpper, data.m, data.n, Side::Upper);
+}
+
+std::vector<std::size_t> Sides::members() const {
+    std::vector<std::size_t> result;
+    for (std::size_t k = 0; k < held_.size(); ++k) {
+        if (held_[k] != Side::None) {
+            result.push_back(k);
+        }
+    }
+    return result;
+}
+
+Vector Sides::targets() const {
+    Vector result;
+    for (const std::size_t member : members()) {
+        result.push_back(target(member));
+    }
+    return result;
+}
+
+WorkingSet Sides::workingSet() const {
+    WorkingSet set;
+    for (const std::size_t member : members()) {
+        const std::size_t index = isRow(member) ? member : member - data_->m;
+        switch (held_[member]) {
+            case Side::Lower:
+                (isRow(member) ? set.rowsAtLower : set.atLower).push_back(index);
+                break;
+            case Side::Upper:
+                (isRow(member) ? set.rowsAtUpper : set.atUpper).push_back(index);
+                break;
+            default:
+                (isRow(member) ? set.equalities : set.fixed).push_back(index);
+        }
+    }
+    return set;
+}
+
+Vector Sides::row(std::size_t k) const {
+    Vector result(data_->n, 0.0);
+    if (!isRow(k)) {
+        result[k - data_->m] = 1.0;
+        return result;
+    }
+    for (std::size_t j = 0; j < data_->n; ++j) {
+        result[j] = data_->columnOfA(j)[k];
+    }
+    return result;
+}
+
+Vector Sides::values(const Vector& x) const {
+    Vector result = product(data_->A, data_->m, x);
+    result.insert(result.end(), x.begin(), x.end());
+    return result;
+}
+
+}  // namespace activeset::frontend
