@@ -216,7 +216,10 @@ private:
 
     void inspectLinear() {
         if (n_ == 0) {
-            add("c", 0, 0, 0.0, [] { return "the problem has no variables: c and H are empty"; });
+            add("c", 0, 0, 0.0, [] {
+                return "the number of variables is unknown: c and H are empty; give c, if only "
+                       "zeros";
+            });
         }
         inspectVector("c", problem_.c, n_);
         if (!std::isfinite(problem_.constant)) {
@@ -261,7 +264,8 @@ private:
         add(name, vector.size(), 0, 0.0, [&] {
             const std::string has = name + (" has " + counted(vector.size(), "entry", "entries"));
             return has + (isLong ? " but points to no data"
-                                 : ", expected " + std::to_string(size) + ", one per " + unit);
+                                 : ", expected " + std::to_string(size) + ", one per " + unit +
+                                       (size == 0 ? ", of which there are none" : ""));
         });
         return false;
     }

@@ -101,7 +101,7 @@ TEST_F(FrontEndChecks, FindShapesThatDoNotFitBeforeReadingThem) {
         return result.status == Status::Invalid ? result.message : "solved";
     };
     const std::vector<std::pair<Problem, std::string>> cases{
-        {{}, "the problem has no variables: c and H are empty"},
+        {{}, "the number of variables is unknown: c and H are empty; give c, if only zeros"},
         {{.H = {two, 2, 2}, .c = two},
          "H, 2 x 2, needs more than the 2 elements that it was given"},
         {{.H = {two, 1, 2}, .c = two}, "H is 1 x 2, expected 2 x 2 for 2 variables"},
@@ -113,7 +113,8 @@ TEST_F(FrontEndChecks, FindShapesThatDoNotFitBeforeReadingThem) {
          "A, 2 x 2, has the leading dimension 1, expected at least 2, the number of its rows"},
         {{.c = two, .A = {two, std::size_t{1} << 63U, 2}},
          "A, 9223372036854775808 x 2, needs more than the 2 elements that it was given"},
-        {{.c = two, .rowUpper = two}, "rowUpper has 2 entries, expected 0, one per row of A"},
+        {{.c = two, .rowUpper = two},
+         "rowUpper has 2 entries, expected 0, one per row of A, of which there are none"},
         {{.c = two, .start = {two.data(), 1}}, "start has 1 entry, expected 2, one per variable"}};
     for (const auto& [problem, text] : cases) {
         EXPECT_EQ(refusalOf(problem), text);
