@@ -231,7 +231,8 @@ private:
 
     void inspectHessian() {
         const MatrixView& H = problem_.H;
-        if (!inspectMatrix("H", H, n_, n_) || frontend::isSymmetric(H.data(), n_, H.leading())) {
+        if (!inspectMatrix("H", H, n_, n_) || H.empty() ||
+            frontend::isSymmetric(H.data(), n_, H.leading())) {
             return;
         }
         double largest = 0.0;
