@@ -194,9 +194,10 @@ private:
 
     // Of a row that depends on the members, and is where they put it.
     [[nodiscard]] bool isRounding(const Entering& entering) const {
-        double scale = std::max(1.0, std::abs(entering.target));
-        for (std::size_t j = 0; j < data_.n; ++j) {
-            scale += std::abs(entering.outward[j] * x_[j]);
+        const double size = std::max(1.0, largestMagnitude(x_));
+        double scale = std::abs(entering.target);
+        for (const double entry : entering.outward) {
+            scale += std::abs(entry) * size;
         }
         return entering.violation <= Negligible * scale;
     }

@@ -232,7 +232,7 @@ private:
     void inspectHessian() {
         const MatrixView& H = problem_.H;
         if (!inspectMatrix("H", H, n_, n_) || H.empty() ||
-            frontend::isSymmetric(H.data(), n_, H.leading())) {
+            frontend::isSymmetric(H.data(), H.cols(), H.leading())) {
             return;
         }
         double largest = 0.0;
