@@ -172,8 +172,8 @@ struct Fault {
 /// How a solve ended.
 enum class Status {
     Optimal,         ///< proved, to the tolerance
-    Infeasible,      ///< proved by Result::farkas, unless that is absent
-    Unbounded,       ///< proved by Result::direction, unless that is empty
+    Infeasible,      ///< proved by Result::farkas
+    Unbounded,       ///< proved by Result::direction
     NotConvex,       ///< proved by Result::direction: the curvature along it is negative
     IterationLimit,  ///< the point reached so far
     TimeLimit,
@@ -216,7 +216,8 @@ struct Settings {
     std::function<bool(const Progress&)> onPass{};
 };
 
-/// A residual as it is, and in proportion to the terms that it is the sum of.
+/// A residual as it is, and in proportion to the terms that it is the sum of. Terms below 1 are
+/// measured by 1, or by the size that the data give such terms where that is smaller.
 struct Residual {
     double absolute = 0.0;
     double relative = 0.0;
@@ -275,7 +276,7 @@ struct Result {
     std::vector<double> z{};
     WorkingSet workingSet{};
     Certificate certificate{};
-    std::optional<Farkas> farkas{};   ///< for Infeasible, absent where no proof was found
+    std::optional<Farkas> farkas{};   ///< for Infeasible, else absent
     std::vector<double> direction{};  ///< for Unbounded and NotConvex, else empty
     /// For Unbounded what H·d and the sides along d miss; for NotConvex the curvature dᵀHd.
     Residual directionResidual{};

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "frontend/dense.hpp"
@@ -12,6 +13,10 @@ namespace activeset::frontend {
 
 namespace {
 
+double ratio(double value, double scale) {
+    return scale > 0.0 ? value / scale : 0.0;
+}
+
 double magnitude(Extended value) {
     return static_cast<double>(value < 0 ? -value : value);
 }
@@ -19,9 +24,13 @@ double magnitude(Extended value) {
 /// The largest of many residuals, and the largest in proportion. NaN is larger than anything.
 class Largest {
 public:
-    void add(double residual, double scale) {
+    /// @param scale  of the terms that the residual is the sum of
+    /// @param unit   what a term of such a sum is in general, for sums of very small terms
+    void add(double residual, double scale, double unit) {
         result_.absolute = larger(result_.absolute, residual);
-        result_.relative = larger(result_.relative, residual / std::max(1.0, scale));
+        const double size = std::max(std::min(1.0, unit), scale);
+        const double proportion = std::isfinite(size) ? residual / size : Infinity;
+        result_.relative = larger(result_.relative, residual == 0.0 ? 0.0 : proportion);
     }
     [[nodiscard]] Residual result() const { return result_; }
 
@@ -55,23 +64,67 @@ void addSides(Sum& sum, const Vector& multipliers, const Vector& lower, const Ve
     }
 }
 
-/// By how much a value misses its sides.
-void addViolation(Largest& largest, Extended value, double scale, double lower, double upper) {
-    if (lower > -Infinity) {
-        largest.add(std::max(0.0, static_cast<double>(lower - value)), std::abs(lower) + scale);
+double largestFinite(const Vector& values) {
+    double largest = 0.0;
+    for (const double value : values) {
+        largest = std::isfinite(value) ? std::max(largest, std::abs(value)) : largest;
     }
-    if (upper < Infinity) {
-        largest.add(std::max(0.0, static_cast<double>(value - upper)), std::abs(upper) + scale);
-    }
+    return largest;
 }
 
-Residual violationOf(const Data& data, const Vector& x, const std::vector<Sum>& rows) {
+/// The sizes that are natural for a variable and for an entry of the gradient: a residual is small
+/// in proportion to what the data are like, be they all tiny. 1 where the data do not tell.
+struct Units {
+    double variable = 1.0;
+    double gradient = 1.0;
+    double entry = 1.0;  ///< of A
+
+    Units(const Data& data, const Vector& x) {
+        const double H = largestMagnitude(data.H);
+        const double c = largestMagnitude(data.c);
+        entry = largestMagnitude(data.A);
+        const double told = std::max({largestFinite(data.lower), largestFinite(data.upper),
+                                      ratio(largestFinite(data.rowLower), entry),
+                                      ratio(largestFinite(data.rowUpper), entry), ratio(c, H)});
+        variable = told > 0.0 ? std::max(told, largestMagnitude(x)) : 1.0;
+        const double slope = std::max(c, H * variable);
+        gradient = slope > 0.0 ? slope : 1.0;
+    }
+
+    /// Of a row with small terms. Rows of zeros are judged like others.
+    [[nodiscard]] double ofRow(const Data& data, std::size_t i) const {
+        double largest = 0.0;
+        for (std::size_t j = 0; j < data.n; ++j) {
+            largest = std::max(largest, std::abs(data.columnOfA(j)[i]));
+        }
+        return (largest > 0.0 ? largest : entry) * variable;
+    }
+};
+
+/// By how much a value misses its sides: the larger of the two, and the size of that side.
+std::pair<double, double> missOf(Extended value, double lower, double upper) {
+    const double below = lower > -Infinity ? static_cast<double>(lower - value) : 0.0;
+    const double above = upper < Infinity ? static_cast<double>(value - upper) : 0.0;
+    if (std::isnan(below) || std::isnan(above)) {
+        return {std::numeric_limits<double>::quiet_NaN(), 0.0};
+    }
+    return below > above
+               ? std::pair(std::max(below, 0.0), std::abs(lower))
+               : std::pair(std::max(above, 0.0), upper < Infinity ? std::abs(upper) : 0.0);
+}
+
+Residual violation(const Data& data, const Vector& x, const Units& units) {
     Largest largest;
+    const std::vector<Sum> rows = rowValues(data, x);
     for (std::size_t i = 0; i < data.m; ++i) {
-        addViolation(largest, rows[i].value, rows[i].scale, data.rowLower[i], data.rowUpper[i]);
+        const auto [miss, side] = missOf(rows[i].value, data.rowLower[i], data.rowUpper[i]);
+        const double scale = rows[i].scale + side;
+        const bool needsUnit = miss != 0.0 && scale < 1.0;
+        largest.add(miss, scale, needsUnit ? units.ofRow(data, i) : 1.0);
     }
     for (std::size_t j = 0; j < data.n; ++j) {
-        addViolation(largest, x[j], std::abs(x[j]), data.lower[j], data.upper[j]);
+        const auto [miss, side] = missOf(x[j], data.lower[j], data.upper[j]);
+        largest.add(miss, std::abs(x[j]) + side, units.variable);
     }
     return largest.result();
 }
@@ -79,7 +132,7 @@ Residual violationOf(const Data& data, const Vector& x, const std::vector<Sum>& 
 }  // namespace
 
 Residual violation(const Data& data, const Vector& x) {
-    return violationOf(data, x, rowValues(data, x));
+    return violation(data, x, Units(data, x));
 }
 
 void project(const Data& data, Point& point) {
@@ -89,7 +142,8 @@ void project(const Data& data, Point& point) {
 
 Judgement judge(const Data& data, const Point& point) {
     Judgement judgement;
-    judgement.certificate.primal = violation(data, point.x);
+    const Units units(data, point.x);
+    judgement.certificate.primal = violation(data, point.x, units);
     Vector y = point.y;
     Vector z = point.z;
     project(y, data.rowLower, data.rowUpper);
@@ -103,7 +157,8 @@ Judgement judge(const Data& data, const Point& point) {
     Sum quadratic;
     Sum linear;
     for (std::size_t j = 0; j < data.n; ++j) {
-        dual.add(magnitude(gradient[j].value + z[j]), gradient[j].scale + std::abs(z[j]));
+        dual.add(magnitude(gradient[j].value + z[j]), gradient[j].scale + std::abs(z[j]),
+                 units.gradient);
         quadratic.add(curved[j].value * point.x[j]);
         linear.add(static_cast<Extended>(data.c[j]) * point.x[j]);
     }
@@ -114,19 +169,12 @@ Judgement judge(const Data& data, const Point& point) {
     Largest gap;
     judgement.signedGap = static_cast<double>(quadratic.value + linear.value + sides.value);
     gap.add(std::abs(judgement.signedGap),
-            std::max({magnitude(quadratic.value), linear.scale, sides.scale}));
+            std::max({magnitude(quadratic.value), linear.scale, sides.scale}),
+            units.gradient * units.variable);
     judgement.certificate.gap = gap.result();
     judgement.objective = static_cast<double>(quadratic.value / 2 + linear.value + data.constant);
     return judgement;
 }
-
-namespace {
-
-double ratio(double value, double scale) {
-    return scale > 0.0 ? value / scale : 0.0;
-}
-
-}  // namespace
 
 Farkas judgeFarkas(const Data& data, Vector y, Vector z) {
     project(y, data.rowLower, data.rowUpper);

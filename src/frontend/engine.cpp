@@ -81,7 +81,8 @@ Answer Engine::solve(Vector x, WorkingSet set) {
     if (answer_.point.x.empty()) {  // no run has come to a point
         consider({centre_, Vector(data.m, 0.0), Vector(data.n, 0.0)}, {});
     }
-    if (answer_.status == Status::Inaccurate && findsRay()) {
+    const bool isFeasible = answer_.judgement.certificate.primal.relative <= settings_.tolerance;
+    if (answer_.status == Status::Inaccurate && isFeasible && findsRay()) {
         answer_.status = Status::Unbounded;
     }
     return std::move(answer_);
@@ -236,10 +237,12 @@ Engine::Next Engine::followInfeasible(const Run& run) {
     }
     Relaxation relaxation = relax(problem_.scaled, centre_, settings_, control_);
     consider({relaxation.x, Vector(problem_.scaled.m), Vector(problem_.scaled.n)}, {});
-    if (provesInfeasibility(problem_, relaxation.y, relaxation.z, answer_) ||
-        (relaxation.isSolved && relaxation.violation > 1e-6)) {
+    if (provesInfeasibility(problem_, relaxation.y, relaxation.z, answer_)) {
         answer_.status = Status::Infeasible;
         return Next::Done;
+    }
+    if (relaxation.isSolved && relaxation.violation > 1e-6) {
+        return Next::Done;  // so it seems, but without a proof nothing is said
     }
     // Feasible after all, and the core was misled by equalities that nearly depend on one another.
     problem_.setLowering(Lowering(withoutDependentEqualities(problem_.scaled)));

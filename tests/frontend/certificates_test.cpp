@@ -16,12 +16,35 @@ Data dataOf(const Sample& sample) {
     return frontend::copyOf(sample.view());
 }
 
+struct Units {
+    double objective, variable, row;
+};
+
+Sample inUnits(Sample s, const Units& unit) {
+    const auto times = [](Numbers& values, double factor) {
+        for (double& value : values) {
+            value *= factor;
+        }
+    };
+    times(s.H, unit.objective / (unit.variable * unit.variable));
+    times(s.c, unit.objective / unit.variable);
+    times(s.A, unit.row / unit.variable);
+    times(s.rowLower, unit.row);
+    times(s.rowUpper, unit.row);
+    times(s.lower, unit.variable);
+    times(s.upper, unit.variable);
+    times(s.start, unit.variable);
+    return s;
+}
+
 // With H positive definite, no point but one is optimal, and with rows that are not zero each
-// multiplier shows in the gradient.
+// multiplier shows in the gradient; whatever the units are that the data are given in.
 TEST_F(Certificates, OfOptimaAreUndoneByAnyWrongNumber) {
     constexpr double Tolerance = 1e-9;
+    constexpr Units All[] = {{1, 1, 1}, {1e-13, 1, 1}, {1, 1e-12, 1}, {1e-11, 1e-11, 1e-11}};
     for (unsigned seed = 0; seed < 60; ++seed) {
-        const Sample sample = randomSample(seed, 6, false);
+        const Units& unit = All[seed % std::size(All)];
+        const Sample sample = inUnits(randomSample(seed, 6, false), unit);
         const Result r = solve(sample.view());
         ASSERT_EQ(r.status, Status::Optimal) << "seed " << seed;
         const Data data = dataOf(sample);
@@ -29,9 +52,12 @@ TEST_F(Certificates, OfOptimaAreUndoneByAnyWrongNumber) {
         EXPECT_TRUE(judge(data, right).certificate.holds(Tolerance));
         for (auto part : {&frontend::Point::x, &frontend::Point::y, &frontend::Point::z}) {
             for (std::size_t k = 0; k < (right.*part).size(); ++k) {
+                const double size = part == &frontend::Point::x   ? unit.variable
+                                    : part == &frontend::Point::y ? unit.objective / unit.row
+                                                                  : unit.objective / unit.variable;
                 for (const double error : {1e-5, -1e-5, std::nan("")}) {
                     frontend::Point wrong = right;
-                    (wrong.*part)[k] += error;
+                    (wrong.*part)[k] += error * size;
                     const bool isZeroRow =
                         part == &frontend::Point::y &&
                         std::all_of(sample.A.begin(), sample.A.end(), [&](const double& entry) {
@@ -40,7 +66,7 @@ TEST_F(Certificates, OfOptimaAreUndoneByAnyWrongNumber) {
                         });
                     // A multiplier of a side that is absent counts as zero.
                     const bool isAbsent = part != &frontend::Point::x &&
-                                          judge(data, wrong).certificate.dual.absolute < 1e-12;
+                                          judge(data, wrong).certificate.dual.relative < 1e-12;
                     EXPECT_TRUE(isZeroRow || isAbsent ||
                                 !judge(data, wrong).certificate.holds(Tolerance))
                         << "seed " << seed << ", entry " << k << ", error " << error;
