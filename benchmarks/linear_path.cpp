@@ -20,7 +20,12 @@ using Json = nlohmann::ordered_json;
 namespace {
 
 Data dataOf(const activeset::io::Problem& file) {
-    Data data = emptyData(file.n, file.mEq + file.mIneq);
+    Data data;
+    data.n = file.n;
+    data.m = file.mEq + file.mIneq;
+    data.A.resize(data.n * data.m);
+    data.rowLower.assign(data.m, -activeset::Infinity);
+    data.rowUpper.assign(data.m, activeset::Infinity);
     data.c = file.c;
     data.constant = file.constant;
     data.lower = file.lb;

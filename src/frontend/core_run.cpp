@@ -13,6 +13,7 @@
 #include "activeset/as_option.hpp"
 #include "activeset/null_space.hpp"
 #include "activeset/sizes.hpp"
+#include "thread_state.hpp"
 
 namespace activeset::frontend {
 
@@ -272,6 +273,7 @@ Run runCore(Lowering& lowering,
     const std::size_t n = lowering.variables();
     const CallScope scope;
     const PoolRelease pool;
+    const CountsGuard counts;  // whoever uses the classes finds theirs again
     WatchedSolver solver(control, precision, progress);
     WatchedOptions options(solver, precision);
     std::unique_ptr<IoptObjective> objective;

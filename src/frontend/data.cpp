@@ -74,19 +74,6 @@ std::size_t variablesOf(const Problem& problem) {
     return !problem.c.empty() ? problem.c.size() : problem.H.cols();
 }
 
-Data emptyData(std::size_t n, std::size_t m) {
-    Data data;
-    data.n = n;
-    data.m = m;
-    data.c.assign(n, 0.0);
-    data.A.assign(m * n, 0.0);
-    data.rowLower.assign(m, -Infinity);
-    data.rowUpper.assign(m, Infinity);
-    data.lower.assign(n, -Infinity);
-    data.upper.assign(n, Infinity);
-    return data;
-}
-
 void copyPart(const Problem& problem, Part part, Data& data) {
     switch (part) {
         case Part::Hessian:

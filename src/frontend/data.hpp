@@ -59,8 +59,6 @@ inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
 /// Whether an n × n matrix is, to the last bit.
 [[nodiscard]] bool isSymmetric(const double* values, std::size_t n, std::size_t leading);
 
-/// A problem with n variables and m rows of which every part is absent.
-[[nodiscard]] Data emptyData(std::size_t n, std::size_t m);
 /// Copies one part of a problem, which has no faults there. A start is not part of the data.
 void copyPart(const Problem& problem, Part part, Data& data);
 /// Copies all of a problem without faults.

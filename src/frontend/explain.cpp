@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "frontend/engine.hpp"
-#include "frontend/session.hpp"
+#include "frontend/solve.hpp"
 
 namespace activeset {
 

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "activeset/host.hpp"
-#include "frontend/session.hpp"
+#include "frontend/solve.hpp"
 
 namespace activeset {
 

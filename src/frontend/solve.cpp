@@ -8,7 +8,7 @@
 #include "activeset/host.hpp"
 #include "frontend/balance.hpp"
 #include "frontend/engine.hpp"
-#include "frontend/session.hpp"
+#include "frontend/solve.hpp"
 
 namespace activeset {
 

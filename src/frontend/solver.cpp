@@ -5,7 +5,7 @@
 #include <iterator>
 #include <utility>
 
-#include "frontend/session.hpp"
+#include "frontend/solve.hpp"
 
 namespace activeset {
 
@@ -14,10 +14,9 @@ using frontend::Part;
 
 class Solver::Sequence {
 public:
-    Sequence(const Problem& problem, Settings chosen)
-        : settings(std::move(chosen)),
-          data_(frontend::emptyData(frontend::variablesOf(problem),
-                                    problem.A.empty() ? 0 : problem.A.rows())) {
+    Sequence(const Problem& problem, Settings chosen) : settings(std::move(chosen)) {
+        data_.n = frontend::variablesOf(problem);
+        data_.m = problem.A.empty() ? 0 : problem.A.rows();
         for (const Part part : frontend::AllParts) {
             change(problem, part);
         }
@@ -28,7 +27,8 @@ public:
         }
     }
 
-    // A part with faults is not copied; they stay until it is replaced by one without.
+    // A part with faults is not copied, whatever sizes it speaks of; they stay until it is replaced
+    // by one without.
     void change(const Problem& problem, Part part) {
         faultsOf(part) = frontend::faultsIn(problem, data_.n, data_.m, part);
         if (!faultsOf(part).empty()) {

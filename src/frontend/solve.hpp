@@ -1,6 +1,6 @@
 // What solve() and Solver share: one run of the engine and its answer as a result.
-#ifndef ACTIVESET_SRC_FRONTEND_SESSION_HPP
-#define ACTIVESET_SRC_FRONTEND_SESSION_HPP
+#ifndef ACTIVESET_SRC_FRONTEND_SOLVE_HPP
+#define ACTIVESET_SRC_FRONTEND_SOLVE_HPP
 
 #include "frontend/control.hpp"
 #include "frontend/prepared.hpp"
