@@ -61,7 +61,7 @@ public:
     }
 
     [[nodiscard]] const std::vector<Side>& sides() const { return sides_.all(); }
-    [[nodiscard]] std::size_t size() const { return sides_.members().size(); }
+    [[nodiscard]] std::size_t size() const { return sides_.size(); }
 
     /// The equations again, for what is left of their residuals in extended precision.
     void correct() {

@@ -15,9 +15,10 @@ constexpr double Near = 2.0;         // a largest entry within [1/Near, Near] is
 constexpr int LargestExponent = 60;  // products of three factors stay far from overflow
 
 double powerOfTwoNear(double value) {
-    const double exponent = std::round(std::log2(value));
-    return std::exp2(std::clamp(exponent, -static_cast<double>(LargestExponent),
-                                static_cast<double>(LargestExponent)));
+    int exponent = 0;
+    const double mantissa = std::frexp(value, &exponent);  // in [½, 1)
+    exponent -= mantissa * mantissa < 0.5 ? 1 : 0;
+    return std::ldexp(1.0, std::clamp(exponent, -LargestExponent, LargestExponent));
 }
 
 // The largest |values_i|·factors_i. Four at a time, which do not wait for one another.

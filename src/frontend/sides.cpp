@@ -1,6 +1,7 @@
 // Which constraints are held, in the front end's numbering and by kind.
 #include "frontend/sides.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "frontend/dense.hpp"
@@ -32,8 +33,14 @@ Sides::Sides(const Data& data, const WorkingSet& set) : Sides(data) {
     take(set.atUpper, data.m, data.n, Side::Upper);
 }
 
+std::size_t Sides::size() const {
+    const auto none = std::count(held_.begin(), held_.end(), Side::None);
+    return held_.size() - static_cast<std::size_t>(none);
+}
+
 std::vector<std::size_t> Sides::members() const {
     std::vector<std::size_t> result;
+    result.reserve(size());
     for (std::size_t k = 0; k < held_.size(); ++k) {
         if (held_[k] != Side::None) {
             result.push_back(k);
@@ -44,8 +51,11 @@ std::vector<std::size_t> Sides::members() const {
 
 Vector Sides::targets() const {
     Vector result;
-    for (const std::size_t member : members()) {
-        result.push_back(target(member));
+    result.reserve(size());
+    for (std::size_t k = 0; k < held_.size(); ++k) {
+        if (held_[k] != Side::None) {
+            result.push_back(target(k));
+        }
     }
     return result;
 }

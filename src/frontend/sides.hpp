@@ -40,7 +40,8 @@ public:
     [[nodiscard]] double sign(std::size_t k) const {
         return held_[k] == Side::Upper ? 1.0 : held_[k] == Side::Lower ? -1.0 : 0.0;
     }
-    /// The constraints that are held, ascending.
+    /// The constraints that are held, ascending, and how many they are.
+    [[nodiscard]] std::size_t size() const;
     [[nodiscard]] std::vector<std::size_t> members() const;
     /// Their values.
     [[nodiscard]] Vector targets() const;
