@@ -83,8 +83,25 @@ void DualFactors::dropDependentMembers() {
     }
 }
 
+// Of a bound, or of a row with few entries, only few rows of J are read.
 Vector DualFactors::image(const Vector& row) const {
-    return transposedProduct(J_, row);
+    std::vector<std::size_t> entries;
+    for (std::size_t i = 0; i < n_; ++i) {
+        if (row[i] != 0.0) {
+            entries.push_back(i);
+        }
+    }
+    if (entries.size() > n_ / 16) {
+        return transposedProduct(J_, row);
+    }
+    Vector result(n_, 0.0);
+    for (std::size_t j = 0; j < n_; ++j) {
+        const double* column = J_.column(j);
+        for (const std::size_t i : entries) {
+            result[j] += row[i] * column[i];
+        }
+    }
+    return result;
 }
 
 double DualFactors::mobility(const Vector& image) const {
