@@ -67,7 +67,9 @@ Answer Engine::solve(Vector x, WorkingSet set) {
         return std::move(answer_);
     }
     rho_ = convexity.kind == Convexity::Strict ? 0.0 : firstWeight(data);
-    if (provesWorkingSet()) {
+    // A prediction begins with the working set that there is.
+    const bool isPredicted = rho_ == 0.0 && mayPredict();
+    if (!isPredicted && provesWorkingSet()) {
         answer_.status = Status::Optimal;
         return std::move(answer_);
     }

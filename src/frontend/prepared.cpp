@@ -63,9 +63,8 @@ const Convexity& Prepared::convexity() {
 }
 
 const Refinement& Prepared::refinementOf(const WorkingSet& set) {
-    if (!refinement_ || !(refinementSet_ == set)) {
+    if (!refinement_ || !(refinement_->set() == set)) {
         refinement_.emplace(scaled, set);
-        refinementSet_ = set;
     }
     return *refinement_;
 }

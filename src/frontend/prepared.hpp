@@ -58,7 +58,6 @@ private:
     std::optional<Subproblem> itself_;
     std::optional<Subproblem> proximal_;
     std::optional<Refinement> refinement_;
-    WorkingSet refinementSet_;
     std::optional<Vector> hessian_;
     double hessianRho_ = 0.0;
 };

@@ -22,6 +22,7 @@ public:
     /// of the set staying finite; their matrices may not.
     Refinement(const Data& data, const WorkingSet& set);
 
+    [[nodiscard]] const WorkingSet& set() const { return set_; }
     /// Moves x, y and z to the solution, as far as doubles can. The number of corrections made.
     std::size_t apply(Point& point, std::size_t most) const;
 

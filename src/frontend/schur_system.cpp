@@ -12,9 +12,23 @@ SchurSystem::SchurSystem(const Data& data, const Dense& factor)
     : data_(data), factor_(factor), place_(data.m + data.n, None), columns_(data.n, 0) {}
 
 void SchurSystem::setMembers(std::vector<std::size_t> members) {
+    if (isCurrent_ && members == members_) {
+        return;
+    }
+    if (!isCurrent_) {
+        forgetColumns();  // there was an error half way
+    }
+    isCurrent_ = false;
     members_ = std::move(members);
     formColumns();
     factorise();
+    isCurrent_ = true;
+}
+
+void SchurSystem::forgetColumns() {
+    std::fill(place_.begin(), place_.end(), None);
+    columns_ = Dense(data_.n, 0);
+    inner_ = Dense();
 }
 
 // What was formed for constraints that are no members goes when it takes too much memory.
@@ -23,9 +37,7 @@ void SchurSystem::makeRoom() {
         std::count_if(members_.begin(), members_.end(),
                       [this](std::size_t member) { return place_[member] == None; });
     if (columns_.cols + static_cast<std::size_t>(missing) > 2 * data_.n) {
-        std::fill(place_.begin(), place_.end(), None);
-        columns_ = Dense(data_.n, 0);
-        inner_ = Dense();
+        forgetColumns();
     }
 }
 

@@ -36,6 +36,7 @@ public:
 private:
     static constexpr std::size_t None = std::numeric_limits<std::size_t>::max();
 
+    void forgetColumns();
     void makeRoom();
     void formColumns();
     void growInnerProducts(std::size_t before);
@@ -47,6 +48,7 @@ private:
     Dense columns_;                   // G of what was guessed
     Dense inner_;                     // columns_ᵀ·columns_
     std::vector<std::size_t> members_;
+    bool isCurrent_ = true;                     // all of this belongs together
     Dense schur_;                               // Cholesky factor, upper
     std::optional<PivotedCholesky> dependent_;  // instead of it, where members are dependent
 };
