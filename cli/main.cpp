@@ -7,6 +7,7 @@
 #include <exception>
 #include <iostream>
 #include <limits>
+#include <map>
 #include <new>
 #include <optional>
 #include <string>
@@ -37,9 +38,13 @@ const char* const Footer =
     "not be read or the command line was wrong.\n"
     "Ctrl-C stops at the point reached and reports it; a second Ctrl-C ends the process.";
 
+const std::map<std::string, Start> Starts{
+    {"automatic", Start::Automatic}, {"cold", Start::Cold}, {"predict", Start::Predict}};
+
 struct SolveCommand {
     SolverSettings settings;  ///< of the entry function
     double tolerance = Settings().tolerance;
+    std::string start = "automatic";
     std::optional<double> timeLimit;  ///< seconds
     bool strict = false;              ///< the entry function alone
     std::vector<std::string> files;
@@ -85,6 +90,7 @@ bool solveStrictly(io::Problem& problem, const std::string& file, const SolveCom
 bool prove(const io::Problem& problem, const std::string& file, const SolveCommand& command) {
     Settings settings;
     settings.tolerance = command.tolerance;
+    settings.start = Starts.at(command.start);
     settings.maxIterations = static_cast<std::size_t>(command.settings.maxIter.value_or(0));
     if (command.timeLimit) {
         settings.timeLimit = std::chrono::duration<double>(*command.timeLimit);
@@ -192,6 +198,9 @@ void describe(CLI::App& app, SolveCommand& command) {
     add("--tolerance", command.tolerance, "NUMBER [1e-9]",
         "Relative size of residuals that proves an optimum")
         ->check(checkTolerance);
+    add("--start", command.start, "WORD [automatic]",
+        "Where a solve begins: automatic, predict or cold")
+        ->check(CLI::IsMember(Starts));
     add("--time-limit", command.timeLimit, "SECONDS", "Longest time for a file")
         ->check(checkNumber<double>);
     add("--max-iter", settings.maxIter, "COUNT",

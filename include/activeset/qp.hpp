@@ -199,7 +199,7 @@ struct Progress {
 /// Where a solve begins whose warm start, if there is one, is not the solution yet.
 enum class Start {
     Automatic,  ///< Predict, unless a callback or a limit asks for the passes of the core
-    Predict,    ///< a strictly convex problem at a prediction of its working set
+    Predict,    ///< at a prediction of the working set
     Cold        ///< at Problem::start
 };
 

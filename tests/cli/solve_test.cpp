@@ -121,6 +121,9 @@ TEST_F(Solving, JsonHasTheSolutionByName) {
 
     EXPECT_TRUE(result.at("proved").get<bool>());
     EXPECT_TRUE(result.at("core_exit_code").is_null());  // predicted
+    const std::string cold =
+        run("solve --json --start cold '" + (Examples / "hs76.qps").string() + "'").out;
+    EXPECT_EQ(json::parse(cold).at("core_exit_code"), 1);
     EXPECT_EQ(result.at("active").at("inequalities"), 1);
     EXPECT_EQ(result.at("active").at("lower_bounds"), 1);
     EXPECT_EQ(result.at("x").at(1).at("variable"), "X2");

@@ -20,6 +20,7 @@ TEST_F(Usage, ErrorsAreOneLineAndStatusTwo) {
         {"solve", "FILE"},
         {"solve --fast f", "--fast"},
         {"solve --tolerance 0 f", "0 is not a number above 0 and at most 1"},
+        {"solve --start warm f", "warm not in {automatic,cold,predict}"},
         {"solve --max-iter -3 f", "-3 is not a whole number from 0 up"},
         {"solve --max-iter 3000000000 f", "3000000000"},
         {"solve --strict --tol-con -1e-6 f", "-1e-6 is not a number from 0 up"},
