@@ -159,8 +159,11 @@ private:
     }
 
     void report() noexcept {
+        if (!settings_.onDone) {
+            return;
+        }
         const std::lock_guard guard(reporting_);
-        if (!settings_.onDone || raised_) {
+        if (raised_) {
             return;
         }
         try {

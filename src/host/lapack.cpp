@@ -5,6 +5,7 @@
 
 #include "activeset/host.hpp"
 #include "host/fortran.hpp"
+#include "host/small_kernels.hpp"
 
 namespace activeset::lapack {
 
@@ -56,6 +57,27 @@ Int withWorkspace(Int minimum, ConstBlock a, Routine routine) {
     return routine(work.data(), work.size());
 }
 
+Int solveTriangle(const char* op,
+                  void (*solveOne)(ConstBlock r, double* x),
+                  ConstBlock r,
+                  Block b) {
+    Int info = 0;
+    if (r.cols > small::LargestSolve) {
+        ACTIVESET_FORTRAN(dtrtrs)
+        ("U", op, "N", &r.cols, &b.cols, r.data, &r.ld, b.data, &b.ld, &info, 1, 1, 1);
+        return info;
+    }
+    for (Int k = 0; k < r.cols; ++k) {
+        if (r.data[k * (r.ld + 1)] == 0.0) {
+            return k + 1;
+        }
+    }
+    for (Int j = 0; j < b.cols; ++j) {
+        solveOne(r, b.data + j * b.ld);
+    }
+    return info;
+}
+
 }  // namespace
 
 Int geqrf(Block a, double* tau) {
@@ -85,6 +107,9 @@ Int geqp3(Block a, Int* jpvt, double* tau) {
 }
 
 Int potrf(Block a) {
+    if (a.cols <= small::LargestSolve) {
+        return small::factoriseUpper(a);
+    }
     Int info = 0;
     ACTIVESET_FORTRAN(dpotrf)("U", &a.cols, a.data, &a.ld, &info, 1);
     return info;
@@ -103,17 +128,11 @@ Int potrs(ConstBlock a, Block b) {
 }
 
 Int trtrs(ConstBlock r, Block b) {
-    Int info = 0;
-    ACTIVESET_FORTRAN(dtrtrs)
-    ("U", "N", "N", &r.cols, &b.cols, r.data, &r.ld, b.data, &b.ld, &info, 1, 1, 1);
-    return info;
+    return solveTriangle("N", small::solveUpper, r, b);
 }
 
 Int trtrsTransposed(ConstBlock r, Block b) {
-    Int info = 0;
-    ACTIVESET_FORTRAN(dtrtrs)
-    ("U", "T", "N", &r.cols, &b.cols, r.data, &r.ld, b.data, &b.ld, &info, 1, 1, 1);
-    return info;
+    return solveTriangle("T", small::solveUpperTransposed, r, b);
 }
 
 Int ormqr(Op op, ConstBlock a, const double* tau, Block b) {

@@ -1,14 +1,18 @@
-// The products, solves and rotations of very small problems as plain loops: there a BLAS call costs
-// more than its work. Up to about 16 × 16 the loops take half the time, from 24 × 24 on they lose.
+// The products, solves, factors and rotations of very small problems as plain loops. There a BLAS
+// call takes as long at best, and many take a buffer from a list behind a lock, for which other
+// threads with small problems wait.
 #ifndef ACTIVESET_SRC_HOST_SMALL_KERNELS_HPP
 #define ACTIVESET_SRC_HOST_SMALL_KERNELS_HPP
+
+#include <array>
+#include <cmath>
 
 #include "host/blas.hpp"
 
 namespace activeset::small {
 
 constexpr Int LargestProduct = 256;  // elements of the matrix
-constexpr Int LargestSolve = 16;     // order of the triangle
+constexpr Int LargestSolve = 24;     // order of the triangle
 constexpr size_t LargestRotation = 16;
 
 /// y += alpha·a·x.
@@ -72,6 +76,54 @@ inline void solveLowerTransposed(ConstBlock l, double* x) {
         }
         x[j] = rest / column[j];
     }
+}
+
+/// x := r⁻¹·x.
+inline void solveUpper(ConstBlock r, double* x) {
+    for (Int j = r.cols - 1; j >= 0; --j) {
+        const double* column = r.data + j * r.ld;
+        x[j] /= column[j];
+        for (Int i = 0; i < j; ++i) {
+            x[i] -= column[i] * x[j];
+        }
+    }
+}
+
+/// x := r⁻ᵀ·x.
+inline void solveUpperTransposed(ConstBlock r, double* x) {
+    const double* column = r.data;
+    for (Int j = 0; j < r.cols; ++j, column += r.ld) {
+        double rest = x[j];
+        for (Int i = 0; i < j; ++i) {
+            rest -= column[i] * x[i];
+        }
+        x[j] = rest / column[j];
+    }
+}
+
+/// a := its upper Cholesky factor, from and into the upper triangle, the order at most
+/// LargestSolve. Returns 0, or the order of the first minor that is not positive.
+inline Int factoriseUpper(Block a) {
+    std::array<double, LargestSolve> products{};
+    ConstBlock above = a;
+    for (Int k = 0; k < a.cols; ++k) {
+        double* const column = a.data + k * a.ld;
+        above.rows = k;
+        above.cols = a.cols - k;
+        above.data = column;
+        products.fill(0.0);
+        addTransposedProduct(1.0, above, column, products.data());
+        column[k] -= products[0];
+        if (column[k] <= 0.0) {
+            return k + 1;
+        }
+        column[k] = std::sqrt(column[k]);
+        for (Int j = 1; j < above.cols; ++j) {
+            double& entry = column[j * a.ld + k];
+            entry = (entry - products[static_cast<size_t>(j)]) / column[k];
+        }
+    }
+    return 0;
 }
 
 inline void rotate(size_t n,

@@ -1,5 +1,7 @@
 // The product of arrays, and BLAS and LAPACK behind their wrappers.
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 #include "host/lapack.hpp"
@@ -182,6 +184,50 @@ TEST_F(LapackCalls, InfoIsPassedThroughAndIntegersAre64Bit) {
     Block huge = viewOf(upper);
     huge.rows = huge.cols = (Int{1} << 32U) + 1;
     EXPECT_EQ(lapack::potrf(huge), -4);
+}
+
+// Small matrices are factorised and solved by loops, larger ones by LAPACK: the same factor of a
+// product of integers, the same solutions, neither reading below the diagonal.
+TEST_F(LapackCalls, CholeskyAndTriangularSolvesAgreeForSmallAndLargeMatrices) {
+    const double NaN = std::numeric_limits<double>::quiet_NaN();
+    for (const size_t n : {1U, 2U, 23U, 24U, 25U, 40U}) {
+        SCOPED_TRACE(n);
+        const auto factor = [n](size_t i, size_t j) {
+            return i == j ? 4.0 : i < j ? static_cast<double>((i + 2 * j) % 3) - 1.0 : 0.0;
+        };
+        const auto unknown = [](size_t i, size_t k) {
+            return static_cast<double>(i % 5 + k) - 2.0;
+        };
+        const size_t leading = n + 2;
+        std::vector<double> a(leading * n, NaN);
+        std::vector<double> b(2 * n, 0.0);
+        for (size_t i = 0; i < n; ++i) {
+            for (size_t j = 0; j < n; ++j) {
+                double entry = 0.0;
+                for (size_t k = 0; k <= std::min(i, j); ++k) {
+                    entry += factor(k, i) * factor(k, j);
+                }
+                a[j * leading + i] = i <= j ? entry : NaN;
+                b[i] += entry * unknown(j, 0);
+                b[n + i] += entry * unknown(j, 1);
+            }
+        }
+        const Block matrix(a.data(), n, n, leading);
+        const Block sides(b.data(), n, 2);
+        ASSERT_EQ(lapack::potrf(matrix), 0);
+        ASSERT_EQ(lapack::trtrsTransposed(matrix, sides), 0);
+        ASSERT_EQ(lapack::trtrs(matrix, sides), 0);
+        for (size_t i = 0; i < n; ++i) {
+            EXPECT_NEAR(a[(n - 1) * leading + i], factor(i, n - 1), 1e-13);
+            EXPECT_NEAR(b[i], unknown(i, 0), 1e-11);
+            EXPECT_NEAR(b[n + i], unknown(i, 1), 1e-11);
+        }
+        a[(n - 1) * leading + n - 1] = 0.0;
+        EXPECT_EQ(lapack::trtrs(matrix, sides), static_cast<Int>(n));
+        EXPECT_EQ(lapack::trtrsTransposed(matrix, sides), static_cast<Int>(n));
+        std::ranges::fill(a, 1.0);
+        EXPECT_EQ(lapack::potrf(matrix), n == 1 ? 0 : 2);
+    }
 }
 
 }  // namespace
