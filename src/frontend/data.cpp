@@ -56,14 +56,20 @@ void copyHessian(const MatrixView& matrix, Data& data) {
 // By square blocks, so that both stay in the cache.
 bool isSymmetric(const double* values, std::size_t n, std::size_t leading) {
     constexpr std::size_t BlockSize = 16;
+    const auto isBlockSymmetric = [&](std::size_t top, std::size_t right) {
+        for (std::size_t j = right; j < std::min(right + BlockSize, n); ++j) {
+            for (std::size_t i = top; i < std::min(top + BlockSize, j); ++i) {
+                if (values[j * leading + i] != values[i * leading + j]) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    };
     for (std::size_t right = 0; right < n; right += BlockSize) {
         for (std::size_t top = 0; top <= right; top += BlockSize) {
-            for (std::size_t j = right; j < std::min(right + BlockSize, n); ++j) {
-                for (std::size_t i = top; i < std::min(top + BlockSize, j); ++i) {
-                    if (values[j * leading + i] != values[i * leading + j]) {
-                        return false;
-                    }
-                }
+            if (!isBlockSymmetric(top, right)) {
+                return false;
             }
         }
     }

@@ -187,6 +187,7 @@ private:
     }
 
     void leave(std::size_t k) {
+        isIgnored_.assign(isIgnored_.size(), false);  // what depended on it may move now
         sides_.hold(factors_.members()[k], Side::None);
         factors_.remove(k, image_);
         multipliers_.erase(multipliers_.begin() + static_cast<std::ptrdiff_t>(k));
@@ -227,7 +228,7 @@ private:
     Sides sides_;
     Control& control_;
     DualFactors factors_;
-    std::vector<bool> isIgnored_;
+    std::vector<bool> isIgnored_;  // depends on the members, and is where they put it
     Vector x_;
     Vector multipliers_;  // of the members
     Vector image_;        // of the entering constraint
