@@ -20,9 +20,11 @@ constexpr std::size_t MostCorrections = 20;
 constexpr std::size_t MostProximalSteps = 200;
 constexpr int MostTroubles = 6;
 
+// With a small enough weight the first minimum is one of a linear program itself, and without an H
+// the size of ρ does not touch the condition of the subproblem.
 double firstWeight(const Data& data) {
     constexpr double OfCurvature = 1e-6;
-    constexpr double OfLinear = 1e-4;
+    constexpr double OfLinear = 1e-9;
     return data.quadratic ? OfCurvature * largestMagnitude(data.H) : OfLinear;
 }
 
