@@ -53,23 +53,16 @@ void copyHessian(const MatrixView& matrix, Data& data) {
 
 }  // namespace
 
-// By square blocks, so that both stay in the cache.
+// By bands of columns, of which the rows on the other side stay in the cache.
 bool isSymmetric(const double* values, std::size_t n, std::size_t leading) {
-    constexpr std::size_t BlockSize = 16;
-    const auto isBlockSymmetric = [&](std::size_t top, std::size_t right) {
-        for (std::size_t j = right; j < std::min(right + BlockSize, n); ++j) {
-            for (std::size_t i = top; i < std::min(top + BlockSize, j); ++i) {
+    constexpr std::size_t Band = 16;
+    for (std::size_t first = 0; first < n; first += Band) {
+        const std::size_t last = std::min(first + Band, n);
+        for (std::size_t i = 0; i < last; ++i) {
+            for (std::size_t j = std::max(first, i); j < last; ++j) {
                 if (values[j * leading + i] != values[i * leading + j]) {
                     return false;
                 }
-            }
-        }
-        return true;
-    };
-    for (std::size_t right = 0; right < n; right += BlockSize) {
-        for (std::size_t top = 0; top <= right; top += BlockSize) {
-            if (!isBlockSymmetric(top, right)) {
-                return false;
             }
         }
     }

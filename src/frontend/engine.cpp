@@ -19,6 +19,8 @@ namespace {
 constexpr std::size_t MostCorrections = 20;
 constexpr std::size_t MostProximalSteps = 200;
 constexpr int MostTroubles = 6;
+constexpr int MostInexactProofs = 2;
+constexpr double Exact = 1e-12;
 
 // With a small enough weight the first minimum is one of a linear program itself, and without an H
 // the size of ρ does not touch the condition of the subproblem.
@@ -84,6 +86,11 @@ Answer Engine::solve(Vector x, WorkingSet set) {
     restoreLowering();
     if (answer_.point.x.empty()) {  // no run has come to a point
         consider({centre_, Vector(data.m, 0.0), Vector(data.n, 0.0)}, {});
+    }
+    const bool isSettled =
+        answer_.status == Status::Infeasible || answer_.status == Status::Unbounded;
+    if (!isSettled && isProved()) {
+        answer_.status = Status::Optimal;
     }
     const bool isFeasible = answer_.judgement.certificate.primal.relative <= settings_.tolerance;
     if (answer_.status == Status::Inaccurate && isFeasible && findsRay()) {
@@ -163,8 +170,10 @@ Engine::Next Engine::followMinimum(Point point, const WorkingSet& set) {
     Vector x = point.x;
     polish(std::move(point), set);
     if (isProved()) {
-        answer_.status = Status::Optimal;
-        return Next::Done;
+        if (rho_ == 0.0 || bestError_ <= Exact || ++inexactProofs_ > MostInexactProofs) {
+            return Next::Done;
+        }
+        hasFailedToPredict_ = true;  // the core meets its constraints to the last digit
     }
     set_ = set;
     if (unperturbed_) {

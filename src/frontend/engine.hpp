@@ -77,7 +77,8 @@ private:
     WorkingSet set_;
     double lastPull_ = Infinity;  ///< ρ·‖step‖ of the last proximal step
     int troubles_ = 0;
-    int unchecked_ = 0;  ///< proximal steps that pulled no less than the one before
+    int inexactProofs_ = 0;  ///< within the tolerance, not within rounding
+    int unchecked_ = 0;      ///< proximal steps that pulled no less than the one before
     bool hasSoughtRay_ = false;
     bool hasFailedToPredict_ = false;
     std::optional<Lowering> unperturbed_;  ///< while the core's copy is perturbed
