@@ -56,13 +56,18 @@ void copyHessian(const MatrixView& matrix, Data& data) {
 // By bands of columns, of which the rows on the other side stay in the cache.
 bool isSymmetric(const double* values, std::size_t n, std::size_t leading) {
     constexpr std::size_t Band = 16;
+    const auto isMirrored = [&](std::size_t i, std::size_t first, std::size_t last) {
+        bool isSame = true;
+        for (std::size_t j = first; j < last; ++j) {
+            isSame = isSame && values[j * leading + i] == values[i * leading + j];
+        }
+        return isSame;
+    };
     for (std::size_t first = 0; first < n; first += Band) {
         const std::size_t last = std::min(first + Band, n);
         for (std::size_t i = 0; i < last; ++i) {
-            for (std::size_t j = std::max(first, i); j < last; ++j) {
-                if (values[j * leading + i] != values[i * leading + j]) {
-                    return false;
-                }
+            if (!isMirrored(i, std::max(first, i), last)) {
+                return false;
             }
         }
     }
