@@ -64,6 +64,14 @@ void addSides(Sum& sum, const Vector& multipliers, const Vector& lower, const Ve
     }
 }
 
+double largestEntryOfRow(const Data& data, std::size_t i) {
+    double largest = 0.0;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        largest = std::max(largest, std::abs(data.columnOfA(j)[i]));
+    }
+    return largest;
+}
+
 double largestFinite(const Vector& values) {
     double largest = 0.0;
     for (const double value : values) {
@@ -93,10 +101,7 @@ struct Units {
 
     /// Of a row with small terms. Rows of zeros are judged like others.
     [[nodiscard]] double ofRow(const Data& data, std::size_t i) const {
-        double largest = 0.0;
-        for (std::size_t j = 0; j < data.n; ++j) {
-            largest = std::max(largest, std::abs(data.columnOfA(j)[i]));
-        }
+        const double largest = largestEntryOfRow(data, i);
         return (largest > 0.0 ? largest : entry) * variable;
     }
 };
@@ -187,12 +192,25 @@ Farkas judgeFarkas(const Data& data, Vector y, Vector z) {
     // Only the direction counts: its value becomes −1 where it is negative beyond rounding.
     const double unit = weight < 0.0 ? -1.0 / weight : 1.0;
     farkas.value = weight < -1e-12 * value.scale ? weight * unit : 0.0;
+    const double roundingUnit = static_cast<double>(std::numeric_limits<Extended>::epsilon()) *
+                                static_cast<double>(data.m + 1);
     const std::vector<Sum> sums = transposedSums(data, y);
     for (std::size_t j = 0; j < data.n; ++j) {
+        // What rounding may have taken from the sum belongs to it: huge multipliers can cancel.
+        const double rounding = roundingUnit * sums[j].scale;
         farkas.residual.absolute =
-            std::max(farkas.residual.absolute, unit * magnitude(sums[j].value + z[j]));
+            std::max(farkas.residual.absolute, unit * (magnitude(sums[j].value + z[j]) + rounding));
     }
-    const double size = largestMagnitude(y) * largestMagnitude(data.A) + largestMagnitude(z);
+    // A row weighs as much as its entries, or as its side does among variables of natural size.
+    const double variable = Units(data, {}).variable;
+    double size = largestMagnitude(z);
+    for (std::size_t i = 0; i < data.m; ++i) {
+        if (y[i] != 0.0) {
+            const double side = std::abs(y[i] > 0.0 ? data.rowUpper[i] : data.rowLower[i]);
+            const double rowSize = std::max(largestEntryOfRow(data, i), side / variable);
+            size = std::max(size, std::abs(y[i]) * rowSize);
+        }
+    }
     farkas.residual.relative = ratio(farkas.residual.absolute, unit * size);
     for (Vector* multipliers : {&y, &z}) {
         for (double& entry : *multipliers) {

@@ -16,8 +16,8 @@ constexpr std::size_t None = std::numeric_limits<std::size_t>::max();
 
 // A row that moves by less than this part of what it would move without members depends on them.
 constexpr double Dependent = 1e-18;
-// Such a row violated by less, in proportion, is where the members put it, but for rounding.
-constexpr double Negligible = 1e-8;
+// Such a row is where the members put it if their values, so combined, are its own up to this part.
+constexpr double Consistent = 1e-9;
 // Steps after which x and the multipliers are computed anew, so that no rounding adds up.
 constexpr std::size_t StepsBetweenMinimisations = 32;
 
@@ -84,8 +84,9 @@ private:
     // Members whose multipliers have the wrong sign go.
     void makeDualFeasible() {
         bool isFeasible = false;
-        while (!isFeasible) {
+        while (!isFeasible && !control_.mustEnd()) {
             minimise();
+            control_.poll();
             isFeasible = true;
             for (std::size_t k = multipliers_.size(); k-- > 0;) {
                 const double sign = sides_.sign(factors_.members()[k]);
@@ -123,7 +124,7 @@ private:
         }
         image_ = factors_.image(entering.outward);
         const double negligible = Dependent * dot(image_.data(), image_.data(), data_.n);
-        if (isRounding(entering) && !(factors_.mobility(image_) > negligible)) {
+        if (!(factors_.mobility(image_) > negligible) && isImplied(entering)) {
             isIgnored_[entering.constraint] = true;
             return true;
         }
@@ -193,14 +194,18 @@ private:
         multipliers_.erase(multipliers_.begin() + static_cast<std::ptrdiff_t>(k));
     }
 
-    // Of a row that depends on the members, and is where they put it.
-    [[nodiscard]] bool isRounding(const Entering& entering) const {
-        const double size = std::max(1.0, largestMagnitude(x_));
+    // A row that depends on the members is −Wᵀ·change, and has the value that theirs combine to,
+    // wherever x is: what rounding makes of a point far out does not enter.
+    [[nodiscard]] bool isImplied(const Entering& entering) const {
+        const Vector change = factors_.change(image_);
+        double value = 0.0;
         double scale = std::abs(entering.target);
-        for (const double entry : entering.outward) {
-            scale += std::abs(entry) * size;
+        for (std::size_t k = 0; k < change.size(); ++k) {
+            const double term = change[k] * sides_.target(factors_.members()[k]);
+            value -= term;
+            scale += std::abs(term);
         }
-        return entering.violation <= Negligible * scale;
+        return value - entering.sign * entering.target <= Consistent * scale;
     }
 
     // outward + Wᵀ·change = 0 while no multiplier gets the wrong sign.

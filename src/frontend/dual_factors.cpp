@@ -27,14 +27,6 @@ ConstBlock triangle(const Dense& matrix, std::size_t order) {
     return {matrix.values.data(), order, order, matrix.rows};
 }
 
-Dense identity(std::size_t n) {
-    Dense result(n, n);
-    for (std::size_t j = 0; j < n; ++j) {
-        result(j, j) = 1.0;
-    }
-    return result;
-}
-
 // Those with equal sides first.
 std::vector<std::size_t> orderedMembers(const Sides& sides) {
     std::vector<std::size_t> members = sides.members();
@@ -44,10 +36,6 @@ std::vector<std::size_t> orderedMembers(const Sides& sides) {
 }
 
 }  // namespace
-
-DualFactors::DualFactors(const Dense& factor) : n_(factor.rows), J_(identity(n_)), R_(n_, n_) {
-    solveUpper(factor, J_.values.data(), n_);
-}
 
 DualFactors::DualFactors(const Dense& factor, const Sides& sides)
     : n_(factor.rows), R_(n_, n_), members_(orderedMembers(sides)) {

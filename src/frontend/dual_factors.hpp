@@ -15,12 +15,10 @@ namespace activeset::frontend {
 /// or goes turns columns of J and rows of R, O(n²).
 class DualFactors {
 public:
-    /// Without members.
+    /// The constraints that `sides` holds, equalities first, at most n; without those that depend
+    /// on others before them.
     ///
     /// @param factor  U of H = UᵀU, in the upper triangle
-    explicit DualFactors(const Dense& factor);
-    /// The constraints that `sides` holds, equalities first; without those that depend on others
-    /// before them.
     DualFactors(const Dense& factor, const Sides& sides);
 
     /// In the order of their arrival.

@@ -38,6 +38,11 @@ double distance(const Vector& a, const Vector& b) {
     return largest;
 }
 
+bool areFinite(const Vector& values) {
+    return std::all_of(values.begin(), values.end(),
+                       [](double value) { return std::isfinite(value); });
+}
+
 double errorOf(const Certificate& certificate) {
     double largest = 0.0;
     for (const Residual& residual : {certificate.primal, certificate.dual, certificate.gap}) {
@@ -58,25 +63,54 @@ Engine::~Engine() {
     restoreLowering();
 }
 
-Answer Engine::solve(Vector x, WorkingSet set) {
+Answer Engine::solve(Vector x, const WorkingSet& set) {
     const Data& data = problem_.scaled;
-    centre_ = std::move(x);
-    set_ = std::move(set);
+    start_ = std::move(x);
+    if (set.size() != 0) {
+        startSet_ = Sides(data, set).workingSet();
+    }
+    begin();
     const Convexity& convexity = problem_.convexity();
     if (convexity.kind == Convexity::None) {
         answer_.status = Status::NotConvex;
         answer_.direction = convexity.direction;
         answer_.directionResidual = curvature(problem_.user, convexity.direction);
-        consider({centre_, Vector(data.m, 0.0), Vector(data.n, 0.0)}, set_);
+        considerStart();
         return std::move(answer_);
     }
-    rho_ = convexity.kind == Convexity::Strict ? 0.0 : firstWeight(data);
     // A prediction begins with the working set that there is.
     const bool isPredicted = rho_ == 0.0 && mayPredict();
     if (!isPredicted && provesWorkingSet()) {
         answer_.status = Status::Optimal;
         return std::move(answer_);
     }
+    iterate();
+    if (answer_.status == Status::Inaccurate && answer_.prediction > 0 && !control_.mustEnd()) {
+        begin();  // predictions have led astray
+        hasFailedToPredict_ = true;
+        iterate();
+    }
+    if (answer_.status == Status::Inaccurate && findsRay()) {
+        answer_.status = Status::Unbounded;
+    } else if (answer_.status == Status::Inaccurate && answer_.farkas) {
+        answer_.status = Status::Infeasible;
+    }
+    return std::move(answer_);
+}
+
+// As if nothing had been done, but for the best point.
+void Engine::begin() {
+    centre_ = start_;
+    set_ = startSet_;
+    rho_ = problem_.convexity().kind == Convexity::Strict ? 0.0 : firstWeight(problem_.scaled);
+    precision_ = {};
+    lastPull_ = Infinity;
+    troubles_ = 0;
+    inexactProofs_ = 0;
+    unchecked_ = 0;
+}
+
+void Engine::iterate() {
     Next next = Next::Again;
     while (next == Next::Again) {
         answer_.proximal += rho_ > 0.0 ? 1 : 0;
@@ -85,18 +119,18 @@ Answer Engine::solve(Vector x, WorkingSet set) {
     }
     restoreLowering();
     if (answer_.point.x.empty()) {  // no run has come to a point
-        consider({centre_, Vector(data.m, 0.0), Vector(data.n, 0.0)}, {});
+        considerStart();
     }
     const bool isSettled =
         answer_.status == Status::Infeasible || answer_.status == Status::Unbounded;
     if (!isSettled && isProved()) {
         answer_.status = Status::Optimal;
     }
-    const bool isFeasible = answer_.judgement.certificate.primal.relative <= settings_.tolerance;
-    if (answer_.status == Status::Inaccurate && isFeasible && findsRay()) {
-        answer_.status = Status::Unbounded;
-    }
-    return std::move(answer_);
+}
+
+// A point without multipliers, so that there is one.
+void Engine::considerStart() {
+    consider({start_, Vector(problem_.scaled.m, 0.0), Vector(problem_.scaled.n, 0.0)}, startSet_);
 }
 
 void Engine::restoreLowering() noexcept {
@@ -112,7 +146,6 @@ bool Engine::provesWorkingSet() {
     if (set_.size() == 0) {
         return false;
     }
-    set_ = Sides(problem_.scaled, set_).workingSet();
     const double begin = control_.seconds();
     Point point{centre_, Vector(problem_.scaled.m, 0.0), Vector(problem_.scaled.n, 0.0)};
     answer_.refinement += problem_.refinementOf(set_).apply(point, MostCorrections);
@@ -145,16 +178,20 @@ Engine::Next Engine::follow(const Run& run) {
             if (!run.x.empty()) {
                 static_cast<void>(followRun(run));
             }
-            if (answer_.point.x.empty()) {
-                consider({centre_, Vector(problem_.scaled.m), Vector(problem_.scaled.n)}, set_);
-            }
-            if (answer_.status == Status::Inaccurate) {
-                answer_.status = *control_.end();
-            }
-            return Next::Done;
+            return stop();
         default:
             return followTrouble(run);
     }
+}
+
+Engine::Next Engine::stop() {
+    if (answer_.point.x.empty()) {
+        considerStart();
+    }
+    if (answer_.status == Status::Inaccurate) {
+        answer_.status = *control_.end();
+    }
+    return Next::Done;
 }
 
 Engine::Next Engine::followRun(const Run& run) {
@@ -192,6 +229,10 @@ Engine::Next Engine::recentre(const Vector& x) {
         answer_.status = Status::Unbounded;
         return Next::Done;
     }
+    if (answer_.farkas) {  // a ray was found, and no feasible point where it could begin
+        answer_.status = Status::Infeasible;
+        return Next::Done;
+    }
     centre_ = x;
     const bool hasConverged = rho_ == 0.0 || step <= 1e-13 * std::max(1.0, largestMagnitude(x));
     if (hasConverged || answer_.proximal > MostProximalSteps) {
@@ -217,7 +258,7 @@ Engine::Next Engine::recentre(const Vector& x) {
 bool Engine::isUnbounded(const Vector& x, double pull) {
     Vector direction = x;
     axpy(-1.0, centre_.data(), direction.data(), direction.size());
-    if (pull > 0.1 * lastPull_ && provesUnboundedness(problem_, direction, answer_)) {
+    if (pull > 0.1 * lastPull_ && provesRay(direction)) {
         return true;
     }
     return unchecked_ >= 3 && findsRay();
@@ -229,7 +270,28 @@ bool Engine::findsRay() {
     }
     hasSoughtRay_ = true;
     const Vector ray = steepestRay(problem_.scaled, settings_, control_);
-    return !ray.empty() && provesUnboundedness(problem_, ray, answer_);
+    return !ray.empty() && provesRay(ray);
+}
+
+// A ray has to begin at a feasible point; and at one near the start, as far out any point satisfies
+// all constraints in proportion.
+bool Engine::provesRay(const Vector& direction) {
+    if (depth_ == Depth::Auxiliary || !provesUnboundedness(problem_, direction, answer_)) {
+        return false;
+    }
+    if (!isFeasible_) {
+        const Relaxation relaxation = relax(problem_.scaled, start_, settings_, control_);
+        const Vector x = problem_.scaling.unscaled({relaxation.x, {}, {}}).x;
+        isFeasible_ = violation(problem_.user, x).relative <= settings_.tolerance;
+        if (!*isFeasible_) {
+            static_cast<void>(provesInfeasibility(problem_, relaxation.y, relaxation.z, answer_));
+        }
+    }
+    if (!*isFeasible_) {
+        answer_.direction.clear();
+        answer_.directionResidual = {};
+    }
+    return *isFeasible_;
 }
 
 Engine::Next Engine::followInfeasible(const Run& run) {
@@ -314,7 +376,8 @@ void Engine::polish(Point point, const WorkingSet& set) {
 void Engine::consider(Point point, const WorkingSet& set) {
     const Judgement judgement = judge(problem_.user, problem_.scaling.unscaled(point));
     const double error = errorOf(judgement.certificate);
-    if (error < bestError_ || answer_.point.x.empty()) {
+    const bool isFirst = answer_.point.x.empty();
+    if (isFirst || error < bestError_ || (!areFinite(answer_.point.x) && areFinite(point.x))) {
         bestError_ = error;
         answer_.point = std::move(point);
         answer_.set = set;

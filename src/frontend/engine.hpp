@@ -43,11 +43,15 @@ public:
     ~Engine();
 
     /// Solves from a point and a working set in scaled variables.
-    [[nodiscard]] Answer solve(Vector x, WorkingSet set);
+    [[nodiscard]] Answer solve(Vector x, const WorkingSet& set);
 
 private:
     enum class Next { Again, Done };
 
+    void begin();
+    void iterate();
+    void considerStart();
+    [[nodiscard]] Next stop();
     [[nodiscard]] bool provesWorkingSet();
     [[nodiscard]] bool mayPredict() const;
     [[nodiscard]] std::optional<Next> followPrediction();
@@ -61,6 +65,7 @@ private:
     [[nodiscard]] Next recentre(const Vector& x);
     [[nodiscard]] bool isUnbounded(const Vector& x, double pull);
     [[nodiscard]] bool findsRay();
+    [[nodiscard]] bool provesRay(const Vector& direction);
     void consider(Point point, const WorkingSet& set);
     void polish(Point point, const WorkingSet& set);
     [[nodiscard]] bool isProved() const;
@@ -73,12 +78,15 @@ private:
     Depth depth_;
     Precision precision_;
     double rho_ = 0.0;  ///< weight of the proximal term; 0 for the problem itself
+    Vector start_;
+    WorkingSet startSet_;
     Vector centre_;
     WorkingSet set_;
     double lastPull_ = Infinity;  ///< ρ·‖step‖ of the last proximal step
     int troubles_ = 0;
-    int inexactProofs_ = 0;  ///< within the tolerance, not within rounding
-    int unchecked_ = 0;      ///< proximal steps that pulled no less than the one before
+    int inexactProofs_ = 0;           ///< within the tolerance, not within rounding
+    int unchecked_ = 0;               ///< proximal steps that pulled no less than the one before
+    std::optional<bool> isFeasible_;  ///< the constraints, as far as that was looked at
     bool hasSoughtRay_ = false;
     bool hasFailedToPredict_ = false;
     std::optional<Lowering> unperturbed_;  ///< while the core's copy is perturbed

@@ -26,6 +26,9 @@ std::optional<Engine::Next> Engine::followPrediction() {
     Prediction prediction = predict(*subproblem, set_, control_);
     answer_.prediction += prediction.rounds;
     answer_.dual += prediction.steps;
+    if (control_.mustEnd()) {
+        return stop();
+    }
     if (prediction.isInfeasible && provesContradiction(std::move(prediction.point))) {
         return Next::Done;
     }
@@ -60,7 +63,7 @@ bool Engine::provesContradiction(Point multipliers) {
         answer_.farkas.reset();
         return false;
     }
-    consider({centre_, Vector(problem_.scaled.m, 0.0), Vector(problem_.scaled.n, 0.0)}, set_);
+    considerStart();
     answer_.status = Status::Infeasible;
     return true;
 }

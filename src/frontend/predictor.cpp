@@ -50,7 +50,7 @@ public:
 
     /// Those that depend on others have no multiplier, and may contradict them.
     [[nodiscard]] bool holdsMembers() const {
-        constexpr double Contradiction = 1e-6;
+        constexpr double Contradiction = 1e-9;
         const Vector values = sides_.values(x_);
         const std::vector<std::size_t>& members = system_.members();
         return std::none_of(members.begin(), members.end(), [&](std::size_t member) {
@@ -143,7 +143,7 @@ Prediction predict(Subproblem& problem, const WorkingSet& first, Control& contro
     std::size_t fewest = std::numeric_limits<std::size_t>::max();
     std::size_t roundOfFewest = 0;
     bool isSettled = false;
-    bool isStuck = false;
+    bool isStuck = guess.size() > n;  // the dual method picks out n of them
     while (!isSettled && !isStuck && !control.mustEnd()) {
         ++prediction.rounds;
         const std::size_t changes = guess.improve();

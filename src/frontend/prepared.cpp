@@ -31,7 +31,9 @@ Prepared::Prepared(Data problem)
     : user(std::move(problem)), scaling(Scaling::of(user)), scaled(scaling.apply(user)) {}
 
 void Prepared::updateVectors(const Data& problem) {
-    const bool haveEqualitiesChanged = !haveSameEqualities(user, problem);
+    if (convexity_ && convexity_->kind != Convexity::Strict && !haveSameEqualities(user, problem)) {
+        convexity_.reset();  // other equalities leave other directions
+    }
     user.c = problem.c;
     user.rowLower = problem.rowLower;
     user.rowUpper = problem.rowUpper;
@@ -41,9 +43,6 @@ void Prepared::updateVectors(const Data& problem) {
     scaling.applyToVectors(user, scaled);
     if (lowering_ && !lowering_->updateSides(scaled)) {
         lowering_.reset();
-    }
-    if (convexity_ && convexity_->kind != Convexity::Strict && haveEqualitiesChanged) {
-        convexity_.reset();  // other equalities leave other directions
     }
 }
 

@@ -99,6 +99,20 @@ Convexity convexityOf(Prepared& problem) {
     return {Convexity::None, std::move(users)};
 }
 
+// A residual r says that no x with Σ|x_j| < 1/r is feasible. It is no proof in view of an x that
+// is, and larger than that.
+static bool isRefuted(const Farkas& farkas, const Prepared& problem, const Answer& answer) {
+    if (answer.point.x.empty() ||
+        !(answer.judgement.certificate.primal.relative <= ProofTolerance)) {
+        return false;
+    }
+    double size = 0.0;
+    for (const double entry : problem.scaling.unscaled({answer.point.x, {}, {}}).x) {
+        size += std::abs(entry);
+    }
+    return farkas.residual.absolute * size >= 0.5;
+}
+
 bool provesInfeasibility(const Prepared& problem, Vector y, Vector z, Answer& answer) {
     Point point = problem.scaling.unscaled({Vector(), std::move(y), std::move(z)});
     // What Aᵀy leaves over, the bounds take where there are any.
@@ -107,7 +121,7 @@ bool provesInfeasibility(const Prepared& problem, Vector y, Vector z, Answer& an
         point.z[j] = -static_cast<double>(sums[j].value);
     }
     Farkas farkas = judgeFarkas(problem.user, std::move(point.y), std::move(point.z));
-    if (!holds(farkas, ProofTolerance)) {
+    if (!holds(farkas, ProofTolerance) || isRefuted(farkas, problem, answer)) {
         return false;
     }
     answer.farkas = std::move(farkas);
