@@ -34,10 +34,15 @@ struct Entering {
 
 class DualMethod {
 public:
-    DualMethod(const Data& data, const Dense& factor, Sides guess, Control& control)
+    DualMethod(const Data& data,
+               const Dense& factor,
+               Sides guess,
+               Control& control,
+               const std::function<bool()>& isFeasible)
         : data_(data),
           sides_(std::move(guess)),
           control_(control),
+          isFeasible_(isFeasible),
           factors_(factor, sides_),
           isIgnored_(sides_.count(), false) {}
 
@@ -46,7 +51,8 @@ public:
         holdMembersOnly();
         makeDualFeasible();
         DualOutcome::End end = DualOutcome::Stopped;
-        while (end == DualOutcome::Stopped && steps_ < mostSteps && !control_.mustEnd()) {
+        while (end == DualOutcome::Stopped && steps_ < mostSteps && !control_.mustEnd() &&
+               !isHopeless()) {
             Entering entering = mostViolated();
             if (entering.constraint == None && sinceMinimisation_ != 0) {
                 minimise();
@@ -61,6 +67,14 @@ public:
     }
 
 private:
+    [[nodiscard]] bool isHopeless() {
+        if (hasAsked_ || steps_ < 16 + data_.n / 16) {
+            return false;
+        }
+        hasAsked_ = true;
+        return !isFeasible_();
+    }
+
     // The factors may have left out members of the guess.
     void holdMembersOnly() {
         std::vector<Side> held(sides_.count(), Side::None);
@@ -232,6 +246,8 @@ private:
     const Data& data_;
     Sides sides_;
     Control& control_;
+    const std::function<bool()>& isFeasible_;
+    bool hasAsked_ = false;
     DualFactors factors_;
     std::vector<bool> isIgnored_;  // depends on the members, and is where they put it
     Vector x_;
@@ -245,8 +261,12 @@ private:
 
 }  // namespace
 
-DualOutcome solveDual(const Data& data, const Dense& factor, Sides guess, Control& control) {
-    return DualMethod(data, factor, std::move(guess), control).run();
+DualOutcome solveDual(const Data& data,
+                      const Dense& factor,
+                      Sides guess,
+                      Control& control,
+                      const std::function<bool()>& isFeasible) {
+    return DualMethod(data, factor, std::move(guess), control, isFeasible).run();
 }
 
 }  // namespace activeset::frontend

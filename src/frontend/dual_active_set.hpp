@@ -1,7 +1,9 @@
 // A dual active-set method for strictly convex problems: slower than a prediction that works out,
-// but sure to end.
+// but sure to end but for rounding.
 #ifndef ACTIVESET_SRC_FRONTEND_DUAL_ACTIVE_SET_HPP
 #define ACTIVESET_SRC_FRONTEND_DUAL_ACTIVE_SET_HPP
+
+#include <functional>
 
 #include "frontend/control.hpp"
 #include "frontend/dense.hpp"
@@ -13,7 +15,7 @@ struct DualOutcome {
     enum End {
         Optimal,
         Infeasible,  ///< Aᵀy + z = 0, and the sides that y and z stand for contradict one another
-        Stopped      ///< by the control, or by rounding
+        Stopped      ///< by the control, by rounding, or because there is no feasible point
     } end = Stopped;
     Sides sides;
     Point point;
@@ -25,11 +27,14 @@ struct DualOutcome {
 /// and a member whose multiplier would change its sign on the way has to go first. The dual
 /// objective rises with every constraint that arrives, so that no set comes twice.
 ///
-/// @param factor  the upper Cholesky factor of H
+/// @param factor       the upper Cholesky factor of H
+/// @param isFeasible   asked once, where the end is not near; false ends the method, which would
+///                     take long to find a contradiction that a first phase meets soon
 [[nodiscard]] DualOutcome solveDual(const Data& data,
                                     const Dense& factor,
                                     Sides guess,
-                                    Control& control);
+                                    Control& control,
+                                    const std::function<bool()>& isFeasible);
 
 }  // namespace activeset::frontend
 

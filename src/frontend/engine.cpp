@@ -115,7 +115,7 @@ void Engine::iterate() {
     while (next == Next::Again) {
         answer_.proximal += rho_ > 0.0 ? 1 : 0;
         const std::optional<Next> predicted = followPrediction();
-        next = predicted ? *predicted : follow(run());
+        next = predicted ? *predicted : follow(runSubproblem());
     }
     restoreLowering();
     if (answer_.point.x.empty()) {  // no run has come to a point
@@ -154,16 +154,26 @@ bool Engine::provesWorkingSet() {
     return isProved();
 }
 
-Run Engine::run() {
-    const Data& data = problem_.scaled;
-    Vector c = data.c;
-    axpy(-rho_, centre_.data(), c.data(), data.n);
+Run Engine::runSubproblem() {
+    Vector c = problem_.scaled.c;
+    axpy(-rho_, centre_.data(), c.data(), c.size());
+    return run(problem_.hessianPlus(rho_), c);
+}
+
+// Without an objective the core ends as soon as it has a feasible point.
+Run Engine::runPhaseOne() {
+    Vector H;
+    Vector c(problem_.scaled.n, 0.0);
+    return run(H, c);
+}
+
+Run Engine::run(Vector& H, Vector& c) {
     // What rounding makes of a point far out is no violation.
     Precision precision = precision_;
     precision.violation = std::max(precision.violation, 1e-14 * largestMagnitude(centre_));
-    Run run = runCore(problem_.lowering(), problem_.hessianPlus(rho_), c, centre_,
-                      problem_.lowering().toCore(set_), precision, control_,
-                      [this](const double* x) { return problem_.progressAt(x); });
+    Run run =
+        runCore(problem_.lowering(), H, c, centre_, problem_.lowering().toCore(set_), precision,
+                control_, [this](const double* x) { return problem_.progressAt(x); });
     answer_.exitCode = run.exitCode;
     return run;
 }
@@ -205,6 +215,7 @@ Engine::Next Engine::followRun(const Run& run) {
 // A minimum of the subproblem: is it one of the problem?
 Engine::Next Engine::followMinimum(Point point, const WorkingSet& set) {
     Vector x = point.x;
+    hasFeasiblePoint_ = true;
     polish(std::move(point), set);
     if (isProved()) {
         if (rho_ == 0.0 || bestError_ <= Exact || ++inexactProofs_ > MostInexactProofs) {

@@ -56,7 +56,9 @@ private:
     [[nodiscard]] bool mayPredict() const;
     [[nodiscard]] std::optional<Next> followPrediction();
     [[nodiscard]] bool provesContradiction(Point multipliers);
-    [[nodiscard]] Run run();
+    [[nodiscard]] Run runSubproblem();
+    [[nodiscard]] Run runPhaseOne();
+    [[nodiscard]] Run run(Vector& H, Vector& c);
     [[nodiscard]] Next follow(const Run& run);
     [[nodiscard]] Next followRun(const Run& run);
     [[nodiscard]] Next followMinimum(Point point, const WorkingSet& set);
@@ -87,6 +89,7 @@ private:
     int inexactProofs_ = 0;           ///< within the tolerance, not within rounding
     int unchecked_ = 0;               ///< proximal steps that pulled no less than the one before
     std::optional<bool> isFeasible_;  ///< the constraints, as far as that was looked at
+    bool hasFeasiblePoint_ = false;
     bool hasSoughtRay_ = false;
     bool hasFailedToPredict_ = false;
     std::optional<Lowering> unperturbed_;  ///< while the core's copy is perturbed

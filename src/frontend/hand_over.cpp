@@ -23,11 +23,27 @@ std::optional<Engine::Next> Engine::followPrediction() {
         return std::nullopt;
     }
     subproblem->setCentre(centre_);
-    Prediction prediction = predict(*subproblem, set_, control_);
+    std::optional<Run> contradiction;
+    const auto isFeasible = [&] {
+        if (!hasFeasiblePoint_) {
+            Run phaseOne = runPhaseOne();
+            if (phaseOne.end == RunEnd::Infeasible) {
+                contradiction = std::move(phaseOne);
+                return false;
+            }
+            hasFeasiblePoint_ = true;
+        }
+        return true;
+    };
+    Prediction prediction = predict(*subproblem, set_, control_, isFeasible);
     answer_.prediction += prediction.rounds;
     answer_.dual += prediction.steps;
     if (control_.mustEnd()) {
         return stop();
+    }
+    if (contradiction) {
+        hasFailedToPredict_ = true;
+        return followInfeasible(*contradiction);
     }
     if (prediction.isInfeasible && provesContradiction(std::move(prediction.point))) {
         return Next::Done;

@@ -34,10 +34,12 @@ public:
 
     /// The dual method from there. Its set is taken over where it ends with an optimum; the
     /// multipliers of a contradiction are in the point then.
-    DualOutcome::End solveDual(Control& control, Prediction& prediction) {
+    DualOutcome::End solveDual(Control& control,
+                               const std::function<bool()>& isFeasible,
+                               Prediction& prediction) {
         const bool isWarm = first_.members() != Sides(data_).members();
         DualOutcome outcome = frontend::solveDual(
-            data_, factor_, isWarm || size() > data_.n ? first_ : sides_, control);
+            data_, factor_, isWarm || size() > data_.n ? first_ : sides_, control, isFeasible);
         sides_ = std::move(outcome.sides);
         prediction.steps += outcome.steps;
         if (outcome.end == DualOutcome::Optimal) {
@@ -134,7 +136,10 @@ private:
 
 }  // namespace
 
-Prediction predict(Subproblem& problem, const WorkingSet& first, Control& control) {
+Prediction predict(Subproblem& problem,
+                   const WorkingSet& first,
+                   Control& control,
+                   const std::function<bool()>& isFeasible) {
     constexpr std::size_t Patience = 5;  // rounds in which the changes get no fewer
     Prediction prediction;
     const std::size_t n = problem.data().n;
@@ -158,7 +163,7 @@ Prediction predict(Subproblem& problem, const WorkingSet& first, Control& contro
         control.poll();
     }
     if (!isSettled && !control.mustEnd()) {
-        const DualOutcome::End end = guess.solveDual(control, prediction);
+        const DualOutcome::End end = guess.solveDual(control, isFeasible, prediction);
         isSettled = end == DualOutcome::Optimal;
         prediction.isInfeasible = end == DualOutcome::Infeasible;
     }

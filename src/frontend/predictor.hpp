@@ -2,6 +2,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICTOR_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICTOR_HPP
 
+#include <functional>
+
 #include "frontend/control.hpp"
 #include "frontend/data.hpp"
 #include "frontend/subproblem.hpp"
@@ -25,8 +27,13 @@ struct Prediction {
 /// members whose multipliers have the wrong sign go, and what is violated comes, all at once. That
 /// ends after a few rounds or goes round in circles; then the dual method takes over.
 ///
-/// @param first  the first guess
-[[nodiscard]] Prediction predict(Subproblem& problem, const WorkingSet& first, Control& control);
+/// @param first       the first guess
+/// @param isFeasible  asked at most once, where a contradiction would explain the time that it
+/// takes
+[[nodiscard]] Prediction predict(Subproblem& problem,
+                                 const WorkingSet& first,
+                                 Control& control,
+                                 const std::function<bool()>& isFeasible);
 
 }  // namespace activeset::frontend
 

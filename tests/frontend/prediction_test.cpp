@@ -65,7 +65,7 @@ TEST_F(Predictions, AreMadeByTheDualMethodAlone) {
         const Result cold = solve(sample.view(), settings);
         frontend::Control control(settings, 1000);
         const frontend::DualOutcome outcome =
-            solveDual(data, factor, frontend::Sides(data), control);
+            solveDual(data, factor, frontend::Sides(data), control, [] { return true; });
         ++met[cold.status];
         if (cold.status == Status::Infeasible) {
             EXPECT_NE(outcome.end, frontend::DualOutcome::Optimal);
