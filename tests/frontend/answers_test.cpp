@@ -77,6 +77,41 @@ TEST_F(FrontEndAnswers, AreFoundAtTheTipsOfConesWithoutTurningInCircles) {
 
 // min ½(x₁² + x₂²) over x₁ + x₂ with two sides: the multiplier is minus the common value of x₁ = x₂
 // at the side that holds them.
+// Two parallel equations. Where nothing else holds a linear program it goes far, and out there both
+// seem to hold, in proportion.
+TEST_F(FrontEndAnswers, FindContradictionsHoweverFarThePointsGo) {
+    for (unsigned seed = 0; seed < 600; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937_64 bits(seed);
+        std::normal_distribution<double> normal;
+        Sample s;
+        s.n = 2 + bits() % 3;
+        s.m = 2;
+        const double factor = -2.0 * std::pow(10.0, static_cast<double>(bits() % 7) - 3.0);
+        for (std::size_t j = 0; j < s.n; ++j) {
+            s.A.push_back(normal(bits));
+            s.A.push_back(factor * s.A.back());
+            s.c.push_back(normal(bits));
+        }
+        const double side = normal(bits);
+        const double apart = (seed % 3 == 0 ? 1e-4 : 0.3) * (0.1 + std::abs(normal(bits)));
+        s.rowLower = s.rowUpper = {side, factor * (side + apart)};
+        if (seed % 4 == 1) {
+            s.H.assign(s.n * s.n, 0.0);
+            s.H[0] = 1.0;
+        }
+        s.lower.assign(s.n, seed % 2 == 0 ? -Infinity : -1e6);
+        s.upper.assign(s.n, Infinity);
+        for (const Start start : {Start::Automatic, Start::Cold}) {
+            Settings settings;
+            settings.start = start;
+            const Result result = solve(s.view(), settings);
+            ASSERT_EQ(result.status, Status::Infeasible) << textOf(result.status);
+            Oracle(s).expectNoFeasiblePoint(result);
+        }
+    }
+}
+
 TEST_F(FrontEndAnswers, HaveMultipliersPositiveAtUpperAndNegativeAtLowerSides) {
     const double H[] = {1.0, 0.0, 0.0, 1.0};
     const double A[] = {1.0, 1.0};

@@ -95,7 +95,16 @@ TEST_F(Sequences, SurviveWarmStartsThatMakeNoSense) {
         }
         Problem problem = sample.view();
         problem.warmStart = &warm;
-        expectSameAnswer(sample, solve(problem));
+        const Result result = solve(problem);
+        expectSameAnswer(sample, result);
+        const WorkingSet& set = result.workingSet;
+        for (const auto* rows : {&set.equalities, &set.rowsAtLower, &set.rowsAtUpper}) {
+            EXPECT_TRUE(std::ranges::all_of(*rows, [&](std::size_t i) { return i < sample.m; }));
+        }
+        for (const auto* variables : {&set.atLower, &set.atUpper, &set.fixed}) {
+            EXPECT_TRUE(
+                std::ranges::all_of(*variables, [&](std::size_t j) { return j < sample.n; }));
+        }
     }
 }
 
