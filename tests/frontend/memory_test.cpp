@@ -40,12 +40,21 @@ TEST_F(WantOfMemory, LeavesNothingStaleInASolver) {
     std::size_t refusals = 0;
     for (unsigned seed = 0; seed < 60; ++seed) {
         Sample sample = randomSample(seed, 6, true);
-        if (seed % 3 == 0) {  // convex only while its row holds x₂
-            sample = {2, 1, {1, 0, 0, -1}, {1, 1}, {0, 1}, {0}, {0}, {-5, -5}, {5, 5}, {}};
+        if (seed % 3 == 0) {  // convex only while its second row holds x₂
+            sample = {3,
+                      2,
+                      {1, 0, 0, 0, -1, 0, 0, 0, 1},
+                      {1, 1, 1},
+                      {0, 0, 0, 1, 1, 0},
+                      {0, 0},
+                      {0, 0},
+                      {-5, -5, -5},
+                      {5, 5, 5},
+                      {}};
         }
         Sample opened = sample;
-        for (double& side : opened.rowLower) {
-            side -= 3.0;
+        for (std::size_t i = 1; i < opened.m; ++i) {
+            opened.rowLower[i] -= 3.0;
         }
         const Result expected = solve(opened.view());
         ++met[expected.status];
