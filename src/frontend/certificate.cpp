@@ -3,6 +3,7 @@
 #include "frontend/certificate.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -85,15 +86,20 @@ double largestFinite(const Vector& values) {
 struct Units {
     double variable = 1.0;
     double gradient = 1.0;
-    double entry = 1.0;  ///< of A
+    double entry = 1.0;          ///< of A
+    double smallest = Infinity;  ///< that any part of the data tells of a variable
 
     Units(const Data& data, const Vector& x) {
         const double H = largestMagnitude(data.H);
         const double c = largestMagnitude(data.c);
         entry = largestMagnitude(data.A);
-        const double told = std::max({largestFinite(data.lower), largestFinite(data.upper),
-                                      ratio(largestFinite(data.rowLower), entry),
-                                      ratio(largestFinite(data.rowUpper), entry), ratio(c, H)});
+        const std::array sizes{largestFinite(data.lower), largestFinite(data.upper),
+                               ratio(largestFinite(data.rowLower), entry),
+                               ratio(largestFinite(data.rowUpper), entry), ratio(c, H)};
+        const double told = *std::max_element(sizes.begin(), sizes.end());
+        for (const double size : sizes) {
+            smallest = size > 0.0 ? std::min(smallest, size) : smallest;
+        }
         variable = told > 0.0 ? std::max(told, largestMagnitude(x)) : 1.0;
         const double slope = std::max(c, H * variable);
         gradient = slope > 0.0 ? slope : 1.0;
@@ -222,11 +228,16 @@ Farkas judgeFarkas(const Data& data, Vector y, Vector z) {
     return farkas;
 }
 
-bool holds(const Farkas& farkas, double tolerance) {
-    // Absolute as well: r leaves room for a feasible x with Σ|x_j| ≥ 1/r.
+double leastSize(const Data& data) {
+    const double smallest = Units(data, {}).smallest;
+    return smallest < Infinity ? std::max(1.0, smallest) : 1.0;
+}
+
+bool holds(const Farkas& farkas, double tolerance, double variable) {
+    // A residual r leaves room for a feasible x with Σ|x_j| ≥ 1/r.
     constexpr double LargestResidual = 1e-6;
     return farkas.value < 0.0 && farkas.residual.relative <= tolerance &&
-           farkas.residual.absolute <= LargestResidual;
+           farkas.residual.absolute * variable <= LargestResidual;
 }
 
 Ray judgeRay(const Data& data, const Vector& direction) {

@@ -25,7 +25,10 @@ struct Judgement {
 
 /// Σ y⁺·rowUpper − … with the residual of Aᵀy + z; holds when `holds` says so.
 [[nodiscard]] Farkas judgeFarkas(const Data& data, Vector y, Vector z);
-[[nodiscard]] bool holds(const Farkas& farkas, double tolerance);
+/// @param variable  how large variables are
+[[nodiscard]] bool holds(const Farkas& farkas, double tolerance, double variable = 1.0);
+/// So large, at least, by what the data tell; never less than 1.
+[[nodiscard]] double leastSize(const Data& data);
 
 /// A direction along which the problem is unbounded: H·d = 0, no side is ever reached, cᵀd < 0.
 struct Ray {

@@ -75,7 +75,8 @@ bool Engine::provesContradiction(Point multipliers) {
                              answer_)) {
         return false;
     }
-    if (!(answer_.farkas->residual.absolute <= LargestResidual)) {
+    const double residual = answer_.farkas->residual.absolute * leastSize(problem_.user);
+    if (!(residual <= LargestResidual)) {
         answer_.farkas.reset();
         return false;
     }

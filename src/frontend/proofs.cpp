@@ -121,7 +121,8 @@ bool provesInfeasibility(const Prepared& problem, Vector y, Vector z, Answer& an
         point.z[j] = -static_cast<double>(sums[j].value);
     }
     Farkas farkas = judgeFarkas(problem.user, std::move(point.y), std::move(point.z));
-    if (!holds(farkas, ProofTolerance) || isRefuted(farkas, problem, answer)) {
+    if (!holds(farkas, ProofTolerance, leastSize(problem.user)) ||
+        isRefuted(farkas, problem, answer)) {
         return false;
     }
     answer.farkas = std::move(farkas);

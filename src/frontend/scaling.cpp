@@ -6,6 +6,8 @@
 #include <array>
 #include <cmath>
 
+#include "frontend/dense.hpp"
+
 namespace activeset::frontend {
 
 namespace {
@@ -75,14 +77,6 @@ bool sweep(const Data& data, Scaling& scaling) {
     return true;
 }
 
-double largestEntry(const Vector& values) {
-    double largest = 0.0;
-    for (const double value : values) {
-        largest = std::max(largest, std::abs(value));
-    }
-    return largest;
-}
-
 void multiply(Vector& values, const Vector& factors) {
     for (std::size_t k = 0; k < values.size(); ++k) {
         values[k] *= factors[k];
@@ -95,6 +89,55 @@ void divide(Vector& values, const Vector& factors) {
     }
 }
 
+/// The smallest and largest of some numbers, of those that are neither zero nor infinite.
+struct Extent {
+    double smallest = Infinity;
+    double largest = 0.0;
+
+    void add(double value) {
+        const double size = std::abs(value);
+        if (size > 0.0 && std::isfinite(size)) {
+            smallest = std::min(smallest, size);
+            largest = std::max(largest, size);
+        }
+    }
+};
+
+// The entries of the matrices do not tell how large the variables are. Where all that does tell,
+// sides, bounds and the minimum without them, says that they are far from 1, one factor for all of
+// them brings them there: the core's tolerances are absolute.
+void chooseUnit(const Data& data, Scaling& scaling) {
+    constexpr double Far = 1e3;
+    Extent extent;
+    for (std::size_t i = 0; i < data.m; ++i) {
+        extent.add(data.rowLower[i] * scaling.row[i]);
+        extent.add(data.rowUpper[i] * scaling.row[i]);
+    }
+    double slope = 0.0;
+    double bend = 0.0;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        extent.add(data.lower[j] / scaling.column[j]);
+        extent.add(data.upper[j] / scaling.column[j]);
+        slope = std::max(slope, std::abs(data.c[j]) * scaling.column[j]);
+        if (data.quadratic) {
+            bend = std::max(bend, data.columnOfH(j)[j] * scaling.column[j] * scaling.column[j]);
+        }
+    }
+    extent.add(bend > 0.0 ? slope / bend : 0.0);
+    double unit = 1.0;
+    if (extent.largest > 0.0 && extent.largest < 1.0 / Far) {
+        unit = powerOfTwoNear(extent.largest);
+    } else if (extent.largest > 0.0 && extent.smallest > Far) {
+        unit = powerOfTwoNear(extent.smallest);
+    }
+    for (double& factor : scaling.column) {
+        factor *= unit;
+    }
+    for (double& factor : scaling.row) {
+        factor /= unit;
+    }
+}
+
 }  // namespace
 
 Scaling Scaling::of(const Data& data) {
@@ -104,9 +147,10 @@ Scaling Scaling::of(const Data& data) {
     std::transform(scaling.column.begin(), scaling.column.end(), scaling.column.begin(),
                    powerOfTwoNear);
     std::transform(scaling.row.begin(), scaling.row.end(), scaling.row.begin(), powerOfTwoNear);
+    chooseUnit(data, scaling);
     Vector gradient = data.c;
     multiply(gradient, scaling.column);
-    double size = largestEntry(gradient);
+    double size = largestMagnitude(gradient);
     for (std::size_t j = 0; data.quadratic && j < data.n; ++j) {
         size = std::max(size, data.columnOfH(j)[j] * scaling.column[j] * scaling.column[j]);
     }
