@@ -197,15 +197,18 @@ Farkas judgeFarkas(const Data& data, Vector y, Vector z) {
     Farkas farkas;
     // Only the direction counts: its value becomes −1 where it is negative beyond rounding.
     const double unit = weight < 0.0 ? -1.0 / weight : 1.0;
-    farkas.value = weight < -1e-12 * value.scale ? weight * unit : 0.0;
+    constexpr double Insignificant = 1e-12;
+    farkas.value = weight < -Insignificant * value.scale ? weight * unit : 0.0;
     const double roundingUnit = static_cast<double>(std::numeric_limits<Extended>::epsilon()) *
                                 static_cast<double>(data.m + 1);
     const std::vector<Sum> sums = transposedSums(data, y);
     for (std::size_t j = 0; j < data.n; ++j) {
-        // What rounding may have taken from the sum belongs to it: huge multipliers can cancel.
-        const double rounding = roundingUnit * sums[j].scale;
-        farkas.residual.absolute =
-            std::max(farkas.residual.absolute, unit * (magnitude(sums[j].value + z[j]) + rounding));
+        // What rounding may have taken from the sum belongs to it where it is not too small to
+        // matter: huge multipliers can cancel.
+        const double rounding = unit * roundingUnit * sums[j].scale;
+        const double residual = unit * magnitude(sums[j].value + z[j]);
+        farkas.residual.absolute = std::max(farkas.residual.absolute,
+                                            residual + (rounding > Insignificant ? rounding : 0.0));
     }
     // A row weighs as much as its entries, or as its side does among variables of natural size.
     const double variable = Units(data, {}).variable;
