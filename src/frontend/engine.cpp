@@ -85,7 +85,8 @@ Answer Engine::solve(Vector x, const WorkingSet& set) {
         return std::move(answer_);
     }
     iterate();
-    if (answer_.status == Status::Inaccurate && answer_.prediction > 0 && !control_.mustEnd()) {
+    const bool hasPredicted = answer_.prediction + answer_.dual > 0;
+    if (answer_.status == Status::Inaccurate && hasPredicted && !control_.mustEnd()) {
         begin();  // predictions have led astray
         hasFailedToPredict_ = true;
         iterate();
