@@ -192,7 +192,7 @@ TEST_F(LapackCalls, CholeskyAndTriangularSolvesAgreeForSmallAndLargeMatrices) {
     const double NaN = std::numeric_limits<double>::quiet_NaN();
     for (const size_t n : {1U, 2U, 23U, 24U, 25U, 40U}) {
         SCOPED_TRACE(n);
-        const auto factor = [n](size_t i, size_t j) {
+        const auto factor = [](size_t i, size_t j) {
             return i == j ? 4.0 : i < j ? static_cast<double>((i + 2 * j) % 3) - 1.0 : 0.0;
         };
         const auto unknown = [](size_t i, size_t k) {
