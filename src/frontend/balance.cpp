@@ -11,6 +11,7 @@ namespace activeset::frontend {
 namespace {
 
 constexpr int MostChanges = 4;
+constexpr double Exact = 1e-11;  // in proportion, which stays so
 
 /// One member of the working set, and what changing its multiplier would cost.
 struct Member {
@@ -64,6 +65,11 @@ double largestAbsolute(const Certificate& certificate) {
         {certificate.primal.absolute, certificate.dual.absolute, certificate.gap.absolute});
 }
 
+double largestRelative(const Certificate& certificate) {
+    return std::max(
+        {certificate.primal.relative, certificate.dual.relative, certificate.gap.relative});
+}
+
 }  // namespace
 
 void balance(const Data& data, const WorkingSet& set, Point& point, Judgement& judgement) {
@@ -79,7 +85,9 @@ void balance(const Data& data, const WorkingSet& set, Point& point, Judgement& j
         }
         *cheapest->multiplier -= judgement.signedGap / cheapest->side;
         const Judgement after = judge(data, trial);
-        if (!(largestAbsolute(after.certificate) < largestAbsolute(judgement.certificate))) {
+        const bool isBetter =
+            largestAbsolute(after.certificate) < largestAbsolute(judgement.certificate);
+        if (!isBetter || !(largestRelative(after.certificate) <= Exact)) {
             return;
         }
         point = std::move(trial);

@@ -7,7 +7,8 @@
 namespace activeset::frontend {
 
 /// Changes multipliers of the working set by so little that the largest absolute residual, be it
-/// that of the gap, falls; leaves the point alone where it does not.
+/// that of the gap, falls, and all stay within 1e-11 in proportion; leaves the point alone where
+/// that cannot be.
 void balance(const Data& data, const WorkingSet& set, Point& point, Judgement& judgement);
 
 }  // namespace activeset::frontend

@@ -124,15 +124,15 @@ TEST_F(Certificates, MeasureTheGapOfAPointThatIsFeasibleButNotOptimal) {
     EXPECT_EQ(at0.primal.absolute, 1.0);
 }
 
-// min x₁ + x₂ with x₁ ≥ 1e9 and x₂ ≥ 1: one unit in the last place of the first multiplier is a gap
-// of 2e-7, which the second can take up at the price of a dual residual of that size, but no other
-// change may make anything worse.
+// min x₁ + x₂ with x₁ ≥ 1e9 and x₂ ≥ 1e5: one unit in the last place of the first multiplier is a
+// gap of 2e-7, which the second can take up at the price of a dual residual of that size, but no
+// other change may make anything worse.
 TEST_F(Certificates, AreBalancedOnlyWhereTheLargestResidualFalls) {
-    const Sample s{2, 0, {}, {1.0, 1.0}, {}, {}, {}, {1e9, 1e3}, {Infinity, Infinity}, {}};
+    const Sample s{2, 0, {}, {1.0, 1.0}, {}, {}, {}, {1e9, 1e5}, {Infinity, Infinity}, {}};
     const Data data = dataOf(s);
     WorkingSet set;
     set.atLower = {0, 1};
-    frontend::Point point{{1e9, 1e3}, {}, {std::nextafter(-1.0, 0.0), -1.0}};
+    frontend::Point point{{1e9, 1e5}, {}, {std::nextafter(-1.0, 0.0), -1.0}};
     frontend::Judgement judgement = judge(data, point);
     EXPECT_NEAR(judgement.certificate.gap.absolute, 1.1e-7, 1e-8);
     balance(data, set, point, judgement);
@@ -141,6 +141,14 @@ TEST_F(Certificates, AreBalancedOnlyWhereTheLargestResidualFalls) {
     const frontend::Point before = point;
     balance(data, set, point, judgement);
     EXPECT_EQ(point.z, before.z);
+
+    // With x₂ ≥ 1e3 it would take 1e-10, which is much for an entry of the gradient.
+    Sample near = s;
+    near.lower[1] = 1e3;
+    point = {{1e9, 1e3}, {}, {std::nextafter(-1.0, 0.0), -1.0}};
+    judgement = judge(dataOf(near), point);
+    balance(dataOf(near), set, point, judgement);
+    EXPECT_EQ(point.z[1], -1.0);
 }
 
 }  // namespace
