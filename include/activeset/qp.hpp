@@ -212,7 +212,8 @@ struct Settings {
     /// From 0 up.
     std::chrono::duration<double> timeLimit = std::chrono::duration<double>::max();
     std::stop_token stop{};
-    /// Called after every pass; false ends the solve. It must not start another solve itself.
+    /// Called after every pass of the core, so that Start::Automatic leaves predictions out; false
+    /// ends the solve. It must not start another solve itself.
     std::function<bool(const Progress&)> onPass{};
 };
 

@@ -80,7 +80,8 @@ Answer Engine::solve(Vector x, const WorkingSet& set) {
     }
     // A prediction begins with the working set that there is.
     const bool isPredicted = rho_ == 0.0 && mayPredict();
-    if (!isPredicted && provesWorkingSet()) {
+    control_.poll();
+    if (!isPredicted && !control_.mustEnd() && provesWorkingSet()) {
         answer_.status = Status::Optimal;
         return std::move(answer_);
     }
@@ -114,6 +115,11 @@ void Engine::begin() {
 void Engine::iterate() {
     Next next = Next::Again;
     while (next == Next::Again) {
+        control_.poll();
+        if (control_.mustEnd()) {
+            static_cast<void>(stop());
+            break;
+        }
         answer_.proximal += rho_ > 0.0 ? 1 : 0;
         const std::optional<Next> predicted = followPrediction();
         next = predicted ? *predicted : follow(runSubproblem());
@@ -127,6 +133,22 @@ void Engine::iterate() {
     if (!isSettled && isProved()) {
         answer_.status = Status::Optimal;
     }
+}
+
+// What a run has reached that was stopped: as it is, for the solution of its working set may lie
+// beyond other constraints. A feasible point is worth more than what was better in another way.
+void Engine::considerReached(const Run& run) {
+    if (run.x.empty() || isProved()) {
+        return;
+    }
+    Point point;
+    problem_.lowering().multipliers(run.lambda.data(), point.y, point.z);
+    point.x = run.x;
+    if (violation(problem_.user, problem_.scaling.unscaled({run.x, {}, {}}).x).relative <=
+        settings_.tolerance) {
+        answer_.point.x.clear();  // it comes first
+    }
+    consider(std::move(point), problem_.lowering().fromCore(run.set, run.droppedEqualities));
 }
 
 // A point without multipliers, so that there is one.
@@ -186,9 +208,7 @@ Engine::Next Engine::follow(const Run& run) {
         case RunEnd::Infeasible:
             return followInfeasible(run);
         case RunEnd::Stopped:
-            if (!run.x.empty()) {
-                static_cast<void>(followRun(run));
-            }
+            considerReached(run);
             return stop();
         default:
             return followTrouble(run);

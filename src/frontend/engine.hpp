@@ -50,9 +50,11 @@ private:
 
     void begin();
     void iterate();
+    void considerReached(const Run& run);
     void considerStart();
     [[nodiscard]] Next stop();
     [[nodiscard]] bool provesWorkingSet();
+    [[nodiscard]] bool isWatched() const;
     [[nodiscard]] bool mayPredict() const;
     [[nodiscard]] std::optional<Next> followPrediction();
     [[nodiscard]] bool provesContradiction(Point multipliers);

@@ -7,10 +7,14 @@
 
 namespace activeset::frontend {
 
+// Somebody counts the passes of the core, or listens to them.
+bool Engine::isWatched() const {
+    return settings_.onPass || settings_.maxIterations != 0;
+}
+
 bool Engine::mayPredict() const {
-    const bool isWatched = settings_.onPass || settings_.maxIterations != 0;
     const bool isWanted =
-        settings_.start == Start::Predict || (settings_.start == Start::Automatic && !isWatched);
+        settings_.start == Start::Predict || (settings_.start == Start::Automatic && !isWatched());
     return isWanted && !hasFailedToPredict_ && !unperturbed_;
 }
 
@@ -25,7 +29,7 @@ std::optional<Engine::Next> Engine::followPrediction() {
     subproblem->setCentre(centre_);
     std::optional<Run> contradiction;
     const auto isFeasible = [&] {
-        if (!hasFeasiblePoint_) {
+        if (!hasFeasiblePoint_ && !isWatched()) {
             Run phaseOne = runPhaseOne();
             if (phaseOne.end == RunEnd::Infeasible) {
                 contradiction = std::move(phaseOne);

@@ -132,7 +132,8 @@ private:
 
     // False where its entries must not be looked at.
     bool fits(const char* name, const MatrixView& matrix, std::size_t rows, std::size_t cols) {
-        if (matrix.rows() == 0 && matrix.cols() == 0) {
+        const bool isOptional = &matrix == &problem_.H || rows == 0;
+        if (isOptional && matrix.rows() == 0 && matrix.cols() == 0) {
             return true;
         }
         if (matrix.rows() != rows || matrix.cols() != cols) {

@@ -63,7 +63,8 @@ protected:
 
     const std::filesystem::path folder_ =
         ::testing::TempDir() + "activeset_cli_" +
-        ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        ::testing::UnitTest::GetInstance()->current_test_info()->name() + "_" +
+        std::to_string(getpid());
 };
 
 }  // namespace activeset::cli::tests

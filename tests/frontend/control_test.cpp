@@ -157,13 +157,34 @@ TEST_F(FrontEndControl, EndsASolveAndSaysWhy) {
         ended += expectEnd({.onPass = onPass}, limit, Status::Interrupted) ? 1 : 0;
     }
     EXPECT_GT(ended, static_cast<int>(passes));
-    EXPECT_TRUE(expectEnd({.timeLimit = std::chrono::seconds(0)}, 1, Status::TimeLimit));
+    EXPECT_TRUE(expectEnd({.timeLimit = std::chrono::seconds(0)}, 0, Status::TimeLimit));
     std::stop_source source;
     source.request_stop();
-    EXPECT_TRUE(expectEnd({.stop = source.get_token()}, 1, Status::Interrupted));
+    EXPECT_TRUE(expectEnd({.stop = source.get_token()}, 0, Status::Interrupted));
     utInterruptState::flags_pending = 1;
-    EXPECT_TRUE(expectEnd({}, 1, Status::Interrupted));
+    EXPECT_TRUE(expectEnd({}, 0, Status::Interrupted));
     utInterruptState::flags_pending = 0;
+}
+
+// Not the solution of its working set, which may lie beyond other constraints.
+TEST_F(FrontEndControl, EndsAtTheFeasiblePointOfTheLastPass) {
+    int ended = 0;
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const Sample sample = randomSample(seed, 20, seed % 2 == 0);
+        Progress last;
+        const Result r = solve(sample.view(), {.onPass = [&](const Progress& progress) {
+                                   last = progress;
+                                   return progress.violation > 1e-9;
+                               }});
+        if (r.status == Status::Interrupted) {
+            EXPECT_LE(r.certificate.primal.absolute, 1e-8);
+            // Behind the last pass of phase one another one follows.
+            EXPECT_LE(r.objective, last.objective + 1e-8 * (1.0 + std::abs(last.objective)));
+            ++ended;
+        }
+    }
+    EXPECT_GT(ended, 20);
 }
 
 TEST_F(FrontEndControl, TellsTheCallbackHowFarItIs) {
