@@ -117,6 +117,9 @@ TEST_F(Sequences, ReportAFaultUntilThePartIsSetAgain) {
     solver.setBounds(sample.lower, sample.upper);
     EXPECT_EQ(solver.solve().faults.size(), 1U);
     solver.setLinear(sample.c);
+    solver.setRows({});  // whose sides stay
+    EXPECT_EQ(solver.solve().faults.size(), 1U);
+    solver.setRows({sample.A, sample.m, sample.n});
     expectSameAnswer(sample, solver.solve());
     // Its settings hold for the solves to come.
     solver.restartFrom();
