@@ -68,7 +68,7 @@ public:
 
 private:
     [[nodiscard]] bool isHopeless() {
-        if (hasAsked_ || steps_ < 16 + data_.n / 16) {
+        if (hasAsked_ || steps_ < 32 + data_.n / 16) {
             return false;
         }
         hasAsked_ = true;
