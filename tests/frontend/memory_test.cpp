@@ -21,6 +21,15 @@ thread_local std::size_t requestsLeft = 0;
     return block != nullptr ? block : throw std::bad_alloc();
 }
 
+// The sanitizers have one of their own, whose blocks must not be freed here.
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 [[gnu::noinline]] void operator delete(void* block) noexcept {
     std::free(block);
 }
