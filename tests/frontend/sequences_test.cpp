@@ -108,6 +108,28 @@ TEST_F(Sequences, SurviveWarmStartsThatMakeNoSense) {
     }
 }
 
+/// Far more members than variables: work and memory must not grow with their square.
+TEST_F(Sequences, ThinOutWarmStartsThatNameEverything) {
+    constexpr std::size_t Rows = 20000;
+    Sample s{2, Rows, {1, 0, 0, 1}, {-3, -4}, {}, {}, {}, {}, {}, {}};
+    WarmStart warm;
+    for (std::size_t i = 0; i < Rows; ++i) {
+        s.rowUpper.push_back(1.0);
+        warm.workingSet.rowsAtUpper.push_back(i);
+    }
+    s.rowLower.assign(Rows, -Infinity);
+    for (std::size_t k = 0; k < 2 * Rows; ++k) {
+        const double angle = static_cast<double>(k % Rows) * 1e-4;
+        s.A.push_back(k < Rows ? std::cos(angle) : std::sin(angle));
+    }
+    Problem problem = s.view();
+    problem.warmStart = &warm;
+    const Result result = solve(problem);
+    EXPECT_EQ(result.status, Status::Optimal);
+    EXPECT_NEAR(std::hypot(result.x[0], result.x[1]), 1.0, 1e-8);
+    EXPECT_LE(result.workingSet.size(), 2U);
+}
+
 TEST_F(Sequences, ReportAFaultUntilThePartIsSetAgain) {
     const Sample sample = randomSample(7, 30, false);
     Solver solver(sample.view());
