@@ -55,16 +55,8 @@ void SchurSystem::formColumns() {
     }
     columns_.values.resize(columns_.rows * columns_.cols, 0.0);
     for (const std::size_t member : members_) {
-        if (place_[member] < before) {
-            continue;
-        }
-        double* column = columns_.column(place_[member]);
-        if (member >= data_.m) {
-            column[member - data_.m] = 1.0;
-            continue;
-        }
-        for (std::size_t j = 0; j < data_.n; ++j) {
-            column[j] = data_.columnOfA(j)[member];
+        if (place_[member] >= before) {
+            writeRow(data_, member, columns_.column(place_[member]));
         }
     }
     solveUpperTransposed(factor_, columns_.column(before), columns_.cols - before);

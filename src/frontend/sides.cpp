@@ -8,6 +8,17 @@
 
 namespace activeset::frontend {
 
+void writeRow(const Data& data, std::size_t k, double* target) {
+    if (k >= data.m) {
+        std::fill_n(target, data.n, 0.0);
+        target[k - data.m] = 1.0;
+        return;
+    }
+    for (std::size_t j = 0; j < data.n; ++j) {
+        target[j] = data.columnOfA(j)[k];
+    }
+}
+
 Sides::Sides(const Data& data) : data_(&data), held_(data.m + data.n, Side::None) {
     for (std::size_t k = 0; k < held_.size(); ++k) {
         if (lower(k) == upper(k)) {
@@ -79,14 +90,8 @@ WorkingSet Sides::workingSet() const {
 }
 
 Vector Sides::row(std::size_t k) const {
-    Vector result(data_->n, 0.0);
-    if (!isRow(k)) {
-        result[k - data_->m] = 1.0;
-        return result;
-    }
-    for (std::size_t j = 0; j < data_->n; ++j) {
-        result[j] = data_->columnOfA(j)[k];
-    }
+    Vector result(data_->n);
+    writeRow(*data_, k, result.data());
     return result;
 }
 

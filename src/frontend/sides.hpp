@@ -13,6 +13,9 @@ namespace activeset::frontend {
 /// Which side of a constraint holds with equality. Both, where they are equal.
 enum class Side : std::uint8_t { None, Lower, Upper, Both };
 
+/// Writes the gradient of constraint k, n entries.
+void writeRow(const Data& data, std::size_t k, double* target);
+
 class Sides {
 public:
     /// Equalities and nothing else.
