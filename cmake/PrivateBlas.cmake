@@ -5,6 +5,7 @@
 # their width. So the routines that the library uses are linked out of a static archive into one
 # relocatable object; there dgeqp3_ becomes activeset_dgeqp3_ and every other symbol becomes local.
 # Nothing is left that another library could capture, or that could capture another library's calls.
+# Nor is its clean-up at the end of the process left, which takes the buffers away from other threads.
 #
 # ACTIVESET_BLAS selects the archive:
 #   embedded   OpenBLAS, kernels for every processor, the one to ship
@@ -29,7 +30,7 @@ if(ACTIVESET_BLAS STREQUAL "embedded")
     find_library(ACTIVESET_OPENBLAS_ARCHIVE NAMES libopenblas64.a
                  PATH_SUFFIXES openblas64-pthread REQUIRED)
     set(archives ${ACTIVESET_OPENBLAS_ARCHIVE})
-    list(APPEND routines openblas_set_num_threads openblas_get_num_threads)
+    list(APPEND routines openblas_set_num_threads openblas_get_num_threads openblas_get_corename blas_thread_shutdown_)
 elseif(ACTIVESET_BLAS STREQUAL "reference")
     find_library(ACTIVESET_BLAS_ARCHIVE NAMES libblas64.a PATH_SUFFIXES blas64 REQUIRED)
     find_library(ACTIVESET_LAPACK_ARCHIVE NAMES liblapack64.a PATH_SUFFIXES lapack64 REQUIRED)
@@ -59,6 +60,39 @@ if(NOT ACTIVESET_BLAS_${ACTIVESET_BLAS}_HAS_64_BIT_INTEGERS)
     message(FATAL_ERROR "${archives}: no BLAS with 64-bit integers that links and runs")
 endif()
 
+# The embedded BLAS works in buffers that the library hands out (src/host/blas_buffer.cpp); how large it
+# takes them to be shows when it maps one itself.
+set(definitions "")
+if(ACTIVESET_BLAS STREQUAL "embedded")
+    if(NOT DEFINED ACTIVESET_BLAS_BUFFER_BYTES)
+        try_run(
+            buffer_ran buffer_compiled
+            SOURCE_FROM_CONTENT
+            buffer.cpp
+            "#include <cstdio>
+            #include <cstddef>
+            extern \"C\" void* blas_memory_alloc(int);
+            extern \"C\" void* __real_mmap(void*, std::size_t, int, int, int, long);
+            extern \"C\" void* __wrap_mmap(void* at, std::size_t size, int a, int b, int c, long d) {
+                std::printf(\"%zu;\", size);
+                return __real_mmap(at, size, a, b, c, d);
+            }
+            int main() { return blas_memory_alloc(0) == nullptr; }"
+            LINK_OPTIONS -Wl,--wrap=mmap
+            LINK_LIBRARIES ${archives} ${runtime}
+            RUN_OUTPUT_STDOUT_VARIABLE buffer_sizes)
+        list(POP_BACK buffer_sizes)
+        list(SORT buffer_sizes COMPARE NATURAL ORDER DESCENDING)
+        list(GET buffer_sizes 0 buffer_size)
+        if(NOT buffer_ran EQUAL 0 OR NOT buffer_size GREATER 0)
+            message(FATAL_ERROR "${archives}: does not say how large its buffers are")
+        endif()
+        set(ACTIVESET_BLAS_BUFFER_BYTES ${buffer_size} CACHE INTERNAL "What the BLAS maps at a time")
+    endif()
+    list(APPEND definitions ACTIVESET_EMBEDDED_BLAS
+         ACTIVESET_BLAS_BUFFER_BYTES=${ACTIVESET_BLAS_BUFFER_BYTES})
+endif()
+
 foreach(routine IN LISTS routines)
     list(APPEND wanted --require-defined=${routine})
     list(APPEND renamed --redefine-sym ${routine}=activeset_${routine}
@@ -75,6 +109,11 @@ if(ACTIVESET_BLAS STREQUAL "embedded")
     set(compile_environment COMMAND ${CMAKE_CXX_COMPILER} -std=c++20 -O2 -fPIC -c ${environment} -o
                             ${blas_dir}/environment.o)
     set(use_environment --wrap=getenv ${blas_dir}/environment.o)
+    foreach(service blas_memory_alloc blas_memory_free)
+        list(APPEND use_environment --wrap=${service})
+        list(APPEND renamed --redefine-sym __wrap_${service}=activeset_${service})
+    endforeach()
+    list(APPEND renamed --remove-section=.fini_array)
 endif()
 
 add_custom_command(
@@ -95,5 +134,4 @@ set_target_properties(
     activeset_blas
     PROPERTIES IMPORTED_LOCATION ${blas_archive}
                INTERFACE_LINK_LIBRARIES "${runtime}"
-               INTERFACE_COMPILE_DEFINITIONS
-               "$<$<STREQUAL:${ACTIVESET_BLAS},embedded>:ACTIVESET_HAS_BLAS_THREADS>")
+               INTERFACE_COMPILE_DEFINITIONS "${definitions}")

@@ -8,8 +8,10 @@
 //
 // On processors that came after this BLAS was released it would fall back to the kernels of the
 // very first 64-bit ones, an order of magnitude slower in matrix products. There the answer to
-// OPENBLAS_CORETYPE, unless the user has given one, names the best kernels whose instructions the
-// processor has.
+// OPENBLAS_CORETYPE names the best kernels whose instructions the processor has.
+//
+// The name of kernels that a user wants is in ACTIVESET_BLAS_KERNEL: OPENBLAS_CORETYPE is meant for
+// some other BLAS of the process, too.
 #include <string_view>
 
 #if defined(__x86_64__)
@@ -86,6 +88,9 @@ extern "C" char* __wrap_getenv(const char* name) {
     if (asked == "OPENBLAS_NUM_THREADS") {
         return one;
     }
-    char* given = __real_getenv(name);
-    return given == nullptr && asked == "OPENBLAS_CORETYPE" ? kernelsForNewProcessor() : given;
+    if (asked == "OPENBLAS_CORETYPE") {
+        char* const given = __real_getenv("ACTIVESET_BLAS_KERNEL");
+        return given != nullptr ? given : kernelsForNewProcessor();
+    }
+    return __real_getenv(name);
 }

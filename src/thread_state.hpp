@@ -51,6 +51,14 @@ struct SolveCounts {
     int iterations = 0;
     int phaseOneIterations = 0;
     bool phaseOneRan = false;
+    int skippedEntries = 0;
+};
+
+/// What a call of BLAS works in; set and cleared by BlasBuffer, read when BLAS asks for it.
+struct BlasCall {
+    void* buffer = nullptr;
+    bool isLent = false;     ///< BLAS has it
+    bool isCounted = false;  ///< among the calls that BLAS's own threads may be helping
 };
 
 struct MatrixPoolDeleter {
@@ -72,6 +80,7 @@ struct ThreadState {
     std::uint64_t allocations = 0;
     FaultPlan faults;
     SolveCounts lastSolve;
+    BlasCall blasCall;
     /// Set by utInterruptMode, put back when its guard ends.
     int interruptMode = -1;
     int interruptDepth = 0;

@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "activeset/host.hpp"
+#include "activeset/kernels.hpp"
+#include "host/floating_point.hpp"
 #include "host/fortran.hpp"
 #include "host/small_kernels.hpp"
 
@@ -28,7 +30,7 @@ void gemv(Op op, double alpha, ConstBlock a, const double* x, double beta, doubl
         }
         return;
     }
-    ACTIVESET_FORTRAN(dgemv)
+    ACTIVESET_CALL(dgemv)
     (&trans, &a.rows, &a.cols, &alpha, a.data, &a.ld, x, &one, &beta, y, &one, 1);
 }
 
@@ -39,7 +41,7 @@ void gemm(Op opA, Op opB, double alpha, ConstBlock a, ConstBlock b, double beta,
     if (c.isEmpty()) {
         return;
     }
-    ACTIVESET_FORTRAN(dgemm)
+    ACTIVESET_CALL(dgemm)
     (&transA, &transB, &c.rows, &c.cols, &inner, &alpha, a.data, &a.ld, b.data, &b.ld, &beta,
      c.data, &c.ld, 1, 1);
 }
@@ -50,13 +52,37 @@ void gram(ConstBlock a, Block c) {
     }
     const double one = 1.0;
     const double zero = 0.0;
-    ACTIVESET_FORTRAN(dsyrk)
+    ACTIVESET_CALL(dsyrk)
     ("U", "T", &c.cols, &a.rows, &one, a.data, &a.ld, &zero, c.data, &c.ld, 1, 1);
     for (Int j = 0; j < c.cols; ++j) {
         for (Int i = 0; i < j; ++i) {
             c.data[i * c.ld + j] = c.data[j * c.ld + i];
         }
     }
+}
+
+void subtractGram(ConstBlock a, Block c) {
+    if (c.isEmpty() || a.isEmpty()) {
+        return;
+    }
+    const double minusOne = -1.0;
+    const double one = 1.0;
+    ACTIVESET_CALL(dsyrk)
+    ("U", "T", &c.cols, &a.rows, &minusOne, a.data, &a.ld, &one, c.data, &c.ld, 1, 1);
+}
+
+void trsvUpper(Op op, ConstBlock r, double* x) {
+    if (r.cols <= small::LargestSolve) {
+        if (op == Op::None) {
+            small::solveUpper(r, x);
+        } else {
+            small::solveUpperTransposed(r, x);
+        }
+        return;
+    }
+    const char trans = static_cast<char>(op);
+    const Int one = 1;
+    ACTIVESET_CALL(dtrsv)("U", &trans, "N", &r.cols, r.data, &r.ld, x, &one, 1, 1, 1);
 }
 
 void trsvLower(Op op, ConstBlock l, double* x) {
@@ -70,7 +96,7 @@ void trsvLower(Op op, ConstBlock l, double* x) {
     }
     const char trans = static_cast<char>(op);
     const Int one = 1;
-    ACTIVESET_FORTRAN(dtrsv)("L", &trans, "N", &l.cols, l.data, &l.ld, x, &one, 1, 1, 1);
+    ACTIVESET_CALL(dtrsv)("L", &trans, "N", &l.cols, l.data, &l.ld, x, &one, 1, 1, 1);
 }
 
 Rotation rotg(double a, double b) {
@@ -108,15 +134,20 @@ void rot(size_t n, double* x, size_t strideX, double* y, size_t strideY, const R
 
 namespace activeset {
 
-// The private BLAS starts with one thread, whatever the environment says: it is built that way.
-#ifdef ACTIVESET_HAS_BLAS_THREADS
+// The embedded BLAS starts with one thread, whatever the environment says: it is built that way.
+#ifdef ACTIVESET_EMBEDDED_BLAS
 
 void setBlasThreads(int count) noexcept {
-    activeset_openblas_set_num_threads(std::max(count, 1));
+    const FloatingPointGuard environment;  // which the threads inherit
+    activeset_openblas_set_num_threads(1 + BlasBuffer::reserve(std::max(count, 1) - 1));
 }
 
 int blasThreads() noexcept {
     return activeset_openblas_get_num_threads();
+}
+
+const char* blasKernel() noexcept {
+    return activeset_openblas_get_corename();
 }
 
 #else
@@ -125,6 +156,10 @@ void setBlasThreads(int /*count*/) noexcept {}
 
 int blasThreads() noexcept {
     return 1;
+}
+
+const char* blasKernel() noexcept {
+    return "reference";
 }
 
 #endif

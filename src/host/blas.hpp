@@ -56,6 +56,11 @@ void gemm(Op opA, Op opB, double alpha, ConstBlock a, ConstBlock b, double beta,
 /// c := aᵀ·a, both halves; a has as many columns as c.
 void gram(ConstBlock a, Block c);
 
+/// c −= aᵀ·a, its upper half alone; a has as many columns as c.
+void subtractGram(ConstBlock a, Block c);
+
+/// x := op(r)⁻¹·x, r upper triangular and square.
+void trsvUpper(Op op, ConstBlock r, double* x);
 /// x := op(l)⁻¹·x, l lower triangular and square.
 void trsvLower(Op op, ConstBlock l, double* x);
 

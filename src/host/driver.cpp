@@ -1,12 +1,16 @@
 // The entry function: data check, objects, one solve, results.
 #include "activeset/driver.hpp"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <initializer_list>
 #include <utility>
 
 #include "activeset/as_option.hpp"
 #include "activeset/null_space.hpp"
+#include "activeset/sizes.hpp"
+#include "host/floating_point.hpp"
 #include "thread_state.hpp"
 
 using activeset::CallScope;
@@ -21,6 +25,20 @@ void requireRealDenseDoubles(std::initializer_list<const vxArray*> arrays) {
                              "continue.");
         }
     }
+}
+
+/// How many entries of an initial list name none of `count` bounds, given by 0-based variables.
+int skippedEntries(const vxArray* list, const size_t* variables, size_t count) {
+    int skipped = 0;
+    for (size_t i = 0; list != nullptr && !vxIsEmpty(list) && i < vxGetM(list); ++i) {
+        // Truncated as in the solve; NaN and the infinite are no variable.
+        const double variable = std::trunc(vxGetElement(list, i, 0) - 1.0);
+        const bool isNamed = std::any_of(variables, variables + count, [variable](size_t bound) {
+            return static_cast<double>(bound) == variable;
+        });
+        skipped += isNamed ? 0 : 1;
+    }
+    return skipped;
 }
 
 /// Empties the pool when a call ends, however it ends.
@@ -60,6 +78,7 @@ int NullSpaceASdriver(const vxArray* H,
                       vxArray** WlowerOut,
                       vxArray** WupperOut,
                       vxArray** exitflag) {
+    const activeset::FloatingPointGuard environment;
     activeset::threadState().lastSolve = {};
     activeset::CountsGuard counts;  // as they were, if this call raises
     CallScope scope;
@@ -69,6 +88,8 @@ int NullSpaceASdriver(const vxArray* H,
     LinearConstraint constraint(A, b, Aeq, beq, lb, ub);
     // No objective limit: only a value of −∞ could reach this one.
     ASoption options(MaxIter, TolCon, TolFun, TolX, Display, -utGetRealMax());
+    const int skipped = skippedEntries(Wlower, constraint.getindexLB(), OPTsizes::getmLB()) +
+                        skippedEntries(Wupper, constraint.getindexUB(), OPTsizes::getmUB());
     NullSpaceAS solver;
     const ASsolution solution = solver(objective, constraint, x0, options, Wineq, Wlower, Wupper);
     if (solution.getSolutoinState() != ASQP::Undecided) {
@@ -91,12 +112,12 @@ int NullSpaceASdriver(const vxArray* H,
     }
     const NullSpaceAS::PhaseOneOutcome& phaseOne = solver.getPhaseOneOutcome();
     activeset::threadState().lastSolve = {solver._getCurrentIter(), phaseOne.iterations,
-                                          phaseOne.hasRun};
+                                          phaseOne.hasRun, skipped};
     counts.commit();
     return 1;
 }
 
 activeset::SolveReport activeset::lastSolveReport() noexcept {
     const SolveCounts& last = threadState().lastSolve;
-    return {last.iterations, last.phaseOneIterations, last.phaseOneRan};
+    return {last.iterations, last.phaseOneIterations, last.phaseOneRan, last.skippedEntries};
 }

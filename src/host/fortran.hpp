@@ -7,9 +7,13 @@
 #include <cstddef>
 
 #include "host/blas.hpp"
+#include "host/blas_buffer.hpp"
 
 // NOLINTBEGIN(bugprone-macro-parentheses,readability-identifier-naming)
 #define ACTIVESET_FORTRAN(name) activeset_##name##_
+
+/// The routine to call; the buffer lives to the end of the call's expression.
+#define ACTIVESET_CALL(name) (static_cast<void>(activeset::BlasBuffer()), ACTIVESET_FORTRAN(name))
 
 extern "C" {
 using activeset::Int;
@@ -158,9 +162,10 @@ void ACTIVESET_FORTRAN(dgels)(const char* trans,
                               const Int* lwork,
                               Int* info,
                               size_t);
-#ifdef ACTIVESET_HAS_BLAS_THREADS
+#ifdef ACTIVESET_EMBEDDED_BLAS
 void activeset_openblas_set_num_threads(int count);
 int activeset_openblas_get_num_threads();
+const char* activeset_openblas_get_corename();
 #endif
 }
 // NOLINTEND(bugprone-macro-parentheses,readability-identifier-naming)

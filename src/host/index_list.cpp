@@ -1,5 +1,5 @@
 // Index lists in the host's memory.
-#include "activeset/index_list.hpp"
+#include "activeset/internal/index_list.hpp"
 
 #include <algorithm>
 

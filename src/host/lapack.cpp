@@ -63,7 +63,7 @@ Int solveTriangle(const char* op,
                   Block b) {
     Int info = 0;
     if (r.cols > small::LargestSolve) {
-        ACTIVESET_FORTRAN(dtrtrs)
+        ACTIVESET_CALL(dtrtrs)
         ("U", op, "N", &r.cols, &b.cols, r.data, &r.ld, b.data, &b.ld, &info, 1, 1, 1);
         return info;
     }
@@ -84,7 +84,7 @@ Int geqrf(Block a, double* tau) {
     const Int minimum = std::max(a.rows, a.cols) + 1;
     return withWorkspace(minimum, a, [&](double* work, const Int* lwork) {
         Int info = 0;
-        ACTIVESET_FORTRAN(dgeqrf)(&a.rows, &a.cols, a.data, &a.ld, tau, work, lwork, &info);
+        ACTIVESET_CALL(dgeqrf)(&a.rows, &a.cols, a.data, &a.ld, tau, work, lwork, &info);
         return info;
     });
 }
@@ -92,7 +92,7 @@ Int geqrf(Block a, double* tau) {
 Int orgqr(Block a, Int k, const double* tau) {
     return withWorkspace(a.rows + 1, a, [&](double* work, const Int* lwork) {
         Int info = 0;
-        ACTIVESET_FORTRAN(dorgqr)(&a.rows, &a.cols, &k, a.data, &a.ld, tau, work, lwork, &info);
+        ACTIVESET_CALL(dorgqr)(&a.rows, &a.cols, &k, a.data, &a.ld, tau, work, lwork, &info);
         return info;
     });
 }
@@ -101,7 +101,7 @@ Int geqp3(Block a, Int* jpvt, double* tau) {
     const Int minimum = 3 * std::max(a.rows, a.cols) + 1;
     return withWorkspace(minimum, a, [&](double* work, const Int* lwork) {
         Int info = 0;
-        ACTIVESET_FORTRAN(dgeqp3)(&a.rows, &a.cols, a.data, &a.ld, jpvt, tau, work, lwork, &info);
+        ACTIVESET_CALL(dgeqp3)(&a.rows, &a.cols, a.data, &a.ld, jpvt, tau, work, lwork, &info);
         return info;
     });
 }
@@ -111,19 +111,19 @@ Int potrf(Block a) {
         return small::factoriseUpper(a);
     }
     Int info = 0;
-    ACTIVESET_FORTRAN(dpotrf)("U", &a.cols, a.data, &a.ld, &info, 1);
+    ACTIVESET_CALL(dpotrf)("U", &a.cols, a.data, &a.ld, &info, 1);
     return info;
 }
 
 Int potrfLower(Block a) {
     Int info = 0;
-    ACTIVESET_FORTRAN(dpotrf)("L", &a.cols, a.data, &a.ld, &info, 1);
+    ACTIVESET_CALL(dpotrf)("L", &a.cols, a.data, &a.ld, &info, 1);
     return info;
 }
 
 Int potrs(ConstBlock a, Block b) {
     Int info = 0;
-    ACTIVESET_FORTRAN(dpotrs)("U", &a.cols, &b.cols, a.data, &a.ld, b.data, &b.ld, &info, 1);
+    ACTIVESET_CALL(dpotrs)("U", &a.cols, &b.cols, a.data, &a.ld, b.data, &b.ld, &info, 1);
     return info;
 }
 
@@ -139,7 +139,7 @@ Int ormqr(Op op, ConstBlock a, const double* tau, Block b) {
     const char trans = static_cast<char>(op);
     return withWorkspace(b.cols + 1, a, [&](double* work, const Int* lwork) {
         Int info = 0;
-        ACTIVESET_FORTRAN(dormqr)
+        ACTIVESET_CALL(dormqr)
         ("L", &trans, &b.rows, &b.cols, &a.cols, a.data, &a.ld, tau, b.data, &b.ld, work, lwork,
          &info, 1, 1);
         return info;
@@ -149,7 +149,7 @@ Int ormqr(Op op, ConstBlock a, const double* tau, Block b) {
 Int pstrf(Block a, Int* jpvt, Int* rank, double tolerance) {
     const Workspace work(2 * a.cols + 1, 2 * a.cols + 1);
     Int info = 0;
-    ACTIVESET_FORTRAN(dpstrf)
+    ACTIVESET_CALL(dpstrf)
     ("L", &a.cols, a.data, &a.ld, jpvt, rank, &tolerance, work.data(), &info, 1);
     return info;
 }
@@ -160,7 +160,7 @@ Int gelsTransposed(Block a, Block b) {
     const Int minimum = std::max(std::max(a.rows, a.cols) + 1, smaller + std::max(smaller, b.cols));
     return withWorkspace(minimum, a, [&](double* work, const Int* lwork) {
         Int info = 0;
-        ACTIVESET_FORTRAN(dgels)
+        ACTIVESET_CALL(dgels)
         ("T", &a.rows, &a.cols, &b.cols, a.data, &a.ld, b.data, &b.ld, work, lwork, &info, 1);
         return info;
     });

@@ -31,6 +31,28 @@ struct vxArray {
 
 namespace activeset {
 
+/// What the array functions may do to a scope's list.
+struct ScopeAccess {
+    /// Puts a new array into the innermost scope, if one is open.
+    static void link(vxArray* array) noexcept;
+    static void linkTo(CallScope* scope, vxArray* array) noexcept;
+    static void unlink(vxArray* array) noexcept;
+};
+
+/// Raises ArrayErrorIdentifier for a null handle.
+const vxArray& checkedArray(const vxArray* array);
+vxArray& checkedArray(vxArray* array);
+
+/// In bytes.
+[[nodiscard]] size_t elementSize(vxClass elementClass) noexcept;
+
+[[nodiscard]] inline size_t numberOfElements(const vxArray& array) noexcept {
+    return array.dimensions[0] * array.dimensions[1];
+}
+
+/// a·b; a product that cannot be represented becomes the largest size, which cannot be had either.
+[[nodiscard]] size_t productOrTooMuch(size_t a, size_t b) noexcept;
+
 /// A matrix begins to use an array that it made but leaves to the scope: the scope's end spares it.
 /// Where no scope is open, the array goes with its last holder.
 void holdArray(vxArray* array) noexcept;

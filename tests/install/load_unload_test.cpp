@@ -54,6 +54,7 @@ TEST(LoadAndUnload, AThousandTimesLeavesNothingInTheProcess) {
     for (int cycle = 0; cycle < 1000; ++cycle) {
         {
             const Module module;
+            ASSERT_EQ(threads(), 1U) << "started by the library when it was loaded";
             if (cycle % 2 == 0) {
                 const bool isLarge = cycle % 20 == 0;
                 std::thread([&] { module.solve(isLarge ? 150 : 3, isLarge ? 2 : 1); }).join();
