@@ -6,7 +6,7 @@
 
 #include "activeset/export.hpp"
 #include "activeset/host.hpp"
-#include "activeset/index_list.hpp"
+#include "activeset/internal/index_list.hpp"
 
 /// Which constraints are active: six lists of 0-based indices. How many entries of each are in
 /// use is counted per thread, like the sizes in OPTsizes, so one working set is live per thread.

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "activeset/export.hpp"
-#include "activeset/index_list.hpp"
+#include "activeset/internal/index_list.hpp"
 #include "activeset/matrix.hpp"
 
 namespace activeset {

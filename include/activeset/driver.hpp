@@ -19,6 +19,9 @@ struct SolveReport {
     int iterations = 0;          ///< passes of the main loop
     int phaseOneIterations = 0;  ///< passes of phase one, 0 when it did not run
     bool phaseOneRan = false;    ///< the start point violated the constraints
+    /// Entries of Wlower and Wupper that name no bound, and were skipped. With lists that count
+    /// from 0, or that belong to another problem, the outcome may be wrong (docs/limits.md).
+    int skippedEntries = 0;
 };
 
 /// The report of this thread's last call; all zero before the first and after one that raised.
@@ -39,7 +42,8 @@ struct SolveReport {
 ///                 being the largest finite double
 /// @param x0       start point, n × 1; need not be feasible
 /// @param Wineq    1-based rows of A that are active at the start, a column; may be empty or null
-/// @param Wlower   1-based variables at their lower bound at the start
+/// @param Wlower   1-based variables at their lower bound at the start; entries that name no bound
+///                 are skipped, and counted in SolveReport
 /// @param Wupper   1-based variables at their upper bound at the start
 /// @param MaxIter  limit for the passes of one phase, truncated to int (saturating; NaN is 0)
 /// @param TolCon   largest constraint violation that counts as feasible, absolute

@@ -113,9 +113,12 @@ private:
     // Direction and multipliers.
     int _solveSubProblem(OPTMatrix<double>& g, OPTMatrix<double>& p);
     [[nodiscard]] QPobjective* _quadraticObjective() const;
-    [[nodiscard]] bool _followKeptFactor(OPTMatrix<double>& H, size_t nz, OPTMatrix<double>& p);
-    int _solveReduced(OPTMatrix<double>& H, size_t nz);
-    int _solveReducedPlainly(OPTMatrix<double>& H, size_t nz);
+    [[nodiscard]] bool _followKeptFactor(OPTMatrix<double>& H,
+                                         size_t nz,
+                                         const double* reduced,
+                                         OPTMatrix<double>& p);
+    int _solveReduced(OPTMatrix<double>& H, size_t nz, double* reduced);
+    int _solveReducedPlainly(OPTMatrix<double>& H, size_t nz, double* reduced);
     int _symPosDefLinearSolve(OPTMatrix<double>& A, OPTMatrix<double>& B, double& spare);
     void _computeLambda(OPTMatrix<double>& g, OPTMatrix<double>& lambda);
 

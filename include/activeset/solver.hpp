@@ -7,13 +7,13 @@
 #include <string>
 
 #include "activeset/active_set.hpp"
-#include "activeset/carried_residuals.hpp"
 #include "activeset/constraint.hpp"
 #include "activeset/export.hpp"
+#include "activeset/internal/carried_residuals.hpp"
+#include "activeset/internal/pass_message.hpp"
 #include "activeset/matrix.hpp"
 #include "activeset/objective.hpp"
 #include "activeset/options_solution.hpp"
-#include "activeset/pass_message.hpp"
 
 /// Base of the active-set solvers: problem, working set and its matrix, iteration loop, ratio
 /// test, working-set changes, stops and display. A derived class supplies the search direction
@@ -174,6 +174,10 @@ protected:
     void _activesetUpdate(bool checkObjectiveLimit);
     /// Prints what the display option asks for.
     void _iterativeDisplay(OPTMatrix<double>& p, OPTMatrix<double>& gradient, double alpha);
+
+    /// Asked once a pass, when its step has been made and counted; false ends the loop with
+    /// MaxIterReached. For those who watch or limit a solve; the base returns true.
+    [[nodiscard]] virtual bool _mayGoOn();
 
     // The passes of the loop, and the steps that they share.
     [[nodiscard]] bool _searchDirection(OPTMatrix<double>& g, OPTMatrix<double>& p);

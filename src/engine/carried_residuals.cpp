@@ -1,5 +1,5 @@
 // Carrying the residuals of the inequalities from step to step.
-#include "activeset/carried_residuals.hpp"
+#include "activeset/internal/carried_residuals.hpp"
 
 #include <algorithm>
 #include <cmath>

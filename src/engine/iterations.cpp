@@ -6,7 +6,6 @@
 #include "activeset/sizes.hpp"
 #include "activeset/solver.hpp"
 
-using activeset::ObjectiveKind;
 using activeset::PassMessage;
 using Matrix = OPTMatrix<double>;
 using Event = PassMessage::Event;
@@ -124,23 +123,6 @@ int IsolverAS::_isLambdaNonNeg() {
     return 0;
 }
 
-bool IsolverAS::_unboundedOrIllPosed(Matrix& p, double& /*alpha*/) {
-    _requireProblem();
-    if (!_isLinear()) {
-        return false;
-    }
-    if (p.norm() > getErrorNorm()) {
-        solution.setSolutionState(ASQP::Unbounded);
-    } else {
-        solution.setSolutionState(ASQP::IllPosed);
-    }
-    return true;
-}
-
-bool IsolverAS::_isLinear() const {
-    return objective->objectiveKind() == ObjectiveKind::Linear;
-}
-
 // Room for the rates and residuals of any one kind.
 void IsolverAS::_reservePassVectors() {
     const size_t longest = std::max({OPTsizes::getmIneq(), OPTsizes::getmLB(), OPTsizes::getmUB()});
@@ -150,11 +132,5 @@ void IsolverAS::_reservePassVectors() {
     }
     if (ineqRates.size() != OPTsizes::getmIneq()) {
         ineqRates.reset(OPTsizes::getmIneq(), 1);
-    }
-}
-
-void IsolverAS::_updateObjectiveValue() {
-    if (!solution.isFvalUpdated()) {
-        solution.setfstar(objective->valueAt(solution.xstarRef()));
     }
 }

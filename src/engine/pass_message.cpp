@@ -1,5 +1,5 @@
 // The words of the iteration table. Their blanks are part of the printed text.
-#include "activeset/pass_message.hpp"
+#include "activeset/internal/pass_message.hpp"
 
 namespace activeset {
 

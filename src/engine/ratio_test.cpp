@@ -31,11 +31,8 @@ struct IsolverAS::RatioScan {
                 continue;
             }
             const double ratio = numerator(residualsOfKind[i]) / rate;
-            // Strict: ties keep the constraint found first. The second case is never reached, since
-            // alpha only changes with a record: part of the rule as given.
-            const bool isNearer =
-                nearest.alpha > ratio || (ratio == 1.0 && nearest.alpha == 1.0 && !nearest.isFound);
-            if (isNearer && !isActive(i)) {
+            // Strict: ties keep the constraint found first.
+            if (nearest.alpha > ratio && !isActive(i)) {
                 nearest = {true, true, kind, numberOf(i), i, ratio};
             }
         }

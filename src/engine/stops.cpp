@@ -1,8 +1,33 @@
-// The book-keeping at the end of every pass: iteration count and the stops other than optimality.
+// The stops other than optimality: those of a step without end, and those that are looked at when a
+// pass is over, with its book-keeping.
+#include <cmath>
+
 #include "activeset/sizes.hpp"
 #include "activeset/solver.hpp"
 
+using activeset::ObjectiveKind;
 using Matrix = OPTMatrix<double>;
+
+bool IsolverAS::_unboundedOrIllPosed(Matrix& p, double& /*alpha*/) {
+    _requireProblem();
+    if (!_isLinear()) {
+        return false;
+    }
+    if (p.norm() > getErrorNorm()) {
+        solution.setSolutionState(ASQP::Unbounded);
+    } else {
+        solution.setSolutionState(ASQP::IllPosed);
+    }
+    return true;
+}
+
+bool IsolverAS::_isLinear() const {
+    return objective->objectiveKind() == ObjectiveKind::Linear;
+}
+
+double IsolverAS::getErrorNorm() const {  // NOLINT(readability-convert-member-functions-to-static)
+    return static_cast<double>(100 * OPTsizes::getnVar()) * std::sqrt(activeset::machineEpsilon());
+}
 
 void IsolverAS::_activesetUpdate(bool checkObjectiveLimit) {
     // Later stops overwrite earlier ones: the objective limit wins over the iteration limit.
@@ -10,7 +35,7 @@ void IsolverAS::_activesetUpdate(bool checkObjectiveLimit) {
         solution.setSolutionState(ASQP::Interrupted);
     }
     _incrementCurrentIter();
-    if (currentIter > options->getMaxIter()) {
+    if (currentIter > options->getMaxIter() || !_mayGoOn()) {
         solution.setSolutionState(ASQP::MaxIterReached);
     }
     if (vxRemainder(currentIter, 50.0) == 0.0) {
@@ -22,6 +47,10 @@ void IsolverAS::_activesetUpdate(bool checkObjectiveLimit) {
             solution.setSolutionState(ASQP::ObjectiveLimitReached);
         }
     }
+}
+
+bool IsolverAS::_mayGoOn() {
+    return true;
 }
 
 // Rounding may have carried the point off the constraints: move it back onto the working set, and
@@ -41,8 +70,4 @@ void IsolverAS::_repairFeasibility() {
     if (before > _largestViolation(moved)) {
         solution.setxstar(moved);
     }
-}
-
-double IsolverAS::_largestViolation(const Matrix& at) const {
-    return constraint->constrViolation(at).maximum().value;
 }

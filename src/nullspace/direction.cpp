@@ -82,10 +82,10 @@ int NullSpaceAS::_solveSubProblem(Matrix& g, Matrix& p) {
             vxErrMsgIdAndTxt("optim:activesetqp:LinearSolveError", "QPobjective pointer is NULL.");
         }
         Matrix& H = quadratic->getHessian();
-        if (_followKeptFactor(H, nz, p)) {
+        if (_followKeptFactor(H, nz, reduced, p)) {
             return 0;
         }
-        result = _solveReduced(H, nz);
+        result = _solveReduced(H, nz, reduced);
     }
     blas::gemv(Op::None, -1.0, Z, reduced, 0.0, vectorOf(p, n));
     return result;
@@ -102,7 +102,7 @@ QPobjective* NullSpaceAS::_quadraticObjective() const {
 // p from the factor that was kept from the last pass. False when there is none, when ZᵀH·p misses
 // the reduced gradient by more than an update may lose beside LAPACK's own rounding, or when the
 // step is so long that the matrix may be singular: LAPACK decides then.
-bool NullSpaceAS::_followKeptFactor(Matrix& H, size_t nz, Matrix& p) {
+bool NullSpaceAS::_followKeptFactor(Matrix& H, size_t nz, const double* reduced, Matrix& p) {
     constexpr double ResidualTolerance = 1e-12;
     constexpr double LargestCondition = 1e11;
     activeset::ReducedHessian& kept = _workspace().reducedHessian;
@@ -112,7 +112,6 @@ bool NullSpaceAS::_followKeptFactor(Matrix& H, size_t nz, Matrix& p) {
     }
     const Block Z = activeset::block(Q, n - nz, nz, n);
     activeset::DirectionVectors& vectors = _workspace().vectors;
-    const double* reduced = vectors.reduced();
     double* solved = vectors.solved();
     double* curved = vectors.curved();
     double* product = vectors.product();
@@ -133,34 +132,33 @@ bool NullSpaceAS::_followKeptFactor(Matrix& H, size_t nz, Matrix& p) {
            kept.scale() * length <= LargestCondition * size;
 }
 
-// The reduced gradient := (ZᵀHZ)⁻¹·Zᵀg, ZᵀHZ formed afresh. Positive: not positive definite, as
-// LAPACK says.
-int NullSpaceAS::_solveReduced(Matrix& H, size_t nz) {
+// reduced := (ZᵀHZ)⁻¹·reduced, nz entries, ZᵀHZ formed afresh. Positive: not positive definite, as
+// LAPACK says; `reduced` stays as it was then.
+int NullSpaceAS::_solveReduced(Matrix& H, size_t nz, double* reduced) {
     const size_t n = OPTsizes::getnVar();
     activeset::NullSpaceWorkspace& own = _workspace();
     if (!own.updatesAllowed || !isSymmetric(activeset::block(H, 0, n, n))) {
-        return _solveReducedPlainly(H, nz);
+        return _solveReducedPlainly(H, nz, reduced);
     }
-    const auto info = own.reducedHessian.formAndSolve(
-        activeset::block(H, 0, n, n), activeset::block(Q, n - nz, nz, n), own.vectors.reduced());
+    const auto info = own.reducedHessian.formAndSolve(activeset::block(H, 0, n, n),
+                                                      activeset::block(Q, n - nz, nz, n), reduced);
     optimAssert(info >= 0, "Call to DPOTRF failed in NullSpaceAS::_symPosDefLinearSolve");
     return static_cast<int>(info);
 }
 
-// As the method is written down: form, factorise, solve.
-int NullSpaceAS::_solveReducedPlainly(Matrix& H, size_t nz) {
+// The same without kept factors: form, factorise, solve.
+int NullSpaceAS::_solveReducedPlainly(Matrix& H, size_t nz, double* reduced) {
     const size_t n = OPTsizes::getnVar();
     const Block Z = activeset::block(Q, n - nz, nz, n);
     Matrix ZtH(nz, n, true);
     blas::gemm(Op::Transpose, Op::None, 1.0, Z, activeset::block(H, 0, n, n), 0.0, viewOf(ZtH));
     Matrix ZtHZ(nz, nz, true);
     blas::gemm(Op::None, Op::None, 1.0, viewOf(ZtH), Z, 0.0, viewOf(ZtHZ));
-    Matrix reduced(nz, 1, true);
-    double* reducedGradient = _workspace().vectors.reduced();
-    std::copy_n(reducedGradient, nz, reduced.getData());
+    Matrix rightHandSide(nz, 1, true);
+    std::copy_n(reduced, nz, rightHandSide.getData());
     double spare = 0.0;
-    const int result = _symPosDefLinearSolve(ZtHZ, reduced, spare);
-    std::copy_n(reduced.getData(), nz, reducedGradient);
+    const int result = _symPosDefLinearSolve(ZtHZ, rightHandSide, spare);
+    std::copy_n(rightHandSide.getData(), nz, reduced);
     if (result < 0) {
         vxErrMsgIdAndTxt("optim:activesetqp:LinearSolveError", "LinearSolver failed.");
     }

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <span>
 
-#include "activeset/index_list.hpp"
+#include "activeset/internal/index_list.hpp"
 #include "activeset/matrix.hpp"
 
 namespace activeset {

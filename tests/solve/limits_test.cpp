@@ -17,6 +17,7 @@ struct FalseOptimum {
     const char* name;
     Problem problem;
     Numbers point;  // where the solve ends with state 1
+    int skipped = 0;
 };
 
 TEST_F(OutcomeLimits, OptimalIsSaidOfPointsThatAreNot) {
@@ -41,12 +42,19 @@ TEST_F(OutcomeLimits, OptimalIsSaidOfPointsThatAreNot) {
           .ub = {1, Inf},
           .Wlower = {1},
           .Wupper = {1}},
-         {0, 0}},
+         {0, 0},
+         1},
+        // The bound of x1 takes the column of the entry 0, and leaves the working set for it.
+        {"a list that counts from 0",
+         {.H = {{1, 0}, {0, 1}}, .c = {-3, -2}, .ub = {1, 1}, .Wupper = {0, 1}},
+         {0, 1},
+         1},
     };
     for (const FalseOptimum& example : examples) {
         SCOPED_TRACE(example.name);
         const Result result = solve(example.problem);
         EXPECT_EQ(result.state, ASQP::Optimal);
+        EXPECT_EQ(lastSolveReport().skippedEntries, example.skipped);
         ASSERT_EQ(result.x.size(), example.point.size());
         for (size_t i = 0; i < result.x.size(); ++i) {
             EXPECT_NEAR(result.x[i], example.point[i], 1e-12);

@@ -12,6 +12,7 @@
 #include "solve/call.hpp"
 #include "support/any_problem.hpp"
 #include "support/fixture.hpp"
+#include "support/folders.hpp"
 
 namespace activeset::test {
 namespace {
@@ -51,7 +52,7 @@ TEST_F(SlowPeer, AnInteriorPointMethodFindsTheSameOptimum) {
         asked << forPeer(any) << '\n';
     }
     asked.close();
-    const std::string command = "/usr/bin/python3 " ACTIVESET_GOLDEN_DIR "/../solve/peer.py '" +
+    const std::string command = "/usr/bin/python3 " + goldenFolder() + "/../solve/peer.py '" +
                                 base + ".in' '" + base + ".out'";
     const int status = std::system(command.c_str());
     std::remove((base + ".in").c_str());

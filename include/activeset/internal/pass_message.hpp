@@ -1,6 +1,6 @@
 // What a pass says about itself in the iteration table.
-#ifndef ACTIVESET_PASS_MESSAGE_HPP
-#define ACTIVESET_PASS_MESSAGE_HPP
+#ifndef ACTIVESET_INTERNAL_PASS_MESSAGE_HPP
+#define ACTIVESET_INTERNAL_PASS_MESSAGE_HPP
 
 #include <cstddef>
 #include <cstdint>

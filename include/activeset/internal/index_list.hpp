@@ -1,6 +1,6 @@
 // A list of 0-based indices in the host's memory, shared by its copies.
-#ifndef ACTIVESET_INDEX_LIST_HPP
-#define ACTIVESET_INDEX_LIST_HPP
+#ifndef ACTIVESET_INTERNAL_INDEX_LIST_HPP
+#define ACTIVESET_INTERNAL_INDEX_LIST_HPP
 
 #include <cstddef>
 #include <memory>

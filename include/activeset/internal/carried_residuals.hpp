@@ -1,6 +1,6 @@
 // The residuals A·x − b of the inequalities, carried along the steps.
-#ifndef ACTIVESET_CARRIED_RESIDUALS_HPP
-#define ACTIVESET_CARRIED_RESIDUALS_HPP
+#ifndef ACTIVESET_INTERNAL_CARRIED_RESIDUALS_HPP
+#define ACTIVESET_INTERNAL_CARRIED_RESIDUALS_HPP
 
 #include <cstddef>
 #include <span>
