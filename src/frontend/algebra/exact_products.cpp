@@ -1,0 +1,317 @@
+// A product and its error by FMA, sums by Knuth's two-sum with their errors summed beside them
+// (Ogita, Rump, Oishi 2005, Accurate sum and dot product, there Dot2), eight sums at a time.
+//
+// Each sum takes its terms one by one, in the order of the columns or rows, whatever the order in
+// which the matrix is read; so that order is free to suit the caches. Only the dot products of long
+// columns are sums of eight partial sums, joined by halves.
+#include "frontend/algebra/exact_products.hpp"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "frontend/algebra/exact_products.cpp"
+#include "frontend/algebra/each_set.hpp"
+#include "frontend/algebra/octet.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace activeset::frontend::HWY_NAMESPACE {
+namespace {
+
+/// Sums, of which `value` has the rounded part and `errors` what the roundings took off.
+template <std::size_t Count>
+struct Sums {
+    Lanes<Count> value;
+    Lanes<Count> errors;
+    Lanes<Count> scale;
+};
+using Eight = Sums<OctetLanes>;
+
+HWY_INLINE Eight noSums() {
+    return {octetOf(0.0), octetOf(0.0), octetOf(0.0)};
+}
+
+HWY_INLINE void addProduct(Eight& sums, const Octet& a, const Octet& b) {
+    for (std::size_t k = 0; k < Octet::Parts; ++k) {
+        const auto before = sums.value.parts[k];
+        const auto term = hn::Mul(a.parts[k], b.parts[k]);
+        const auto value = hn::Add(before, term);
+        const auto error =
+            sumByFma(errorOfSum(before, term, value), errorOfProduct(a.parts[k], b.parts[k], term));
+        sums.value.parts[k] = value;
+        sums.errors.parts[k] = hn::Add(sums.errors.parts[k], error);
+        sums.scale.parts[k] = sumByFma(hn::Abs(term), sums.scale.parts[k]);
+    }
+}
+
+HWY_INLINE Eight loadSums(const SumsView& sums, std::size_t k, std::size_t count) {
+    return {loadFirst(sums.value + k, count), loadFirst(sums.rest + k, count),
+            loadFirst(sums.scale + k, count)};
+}
+
+HWY_INLINE void storeSums(const Eight& from,
+                          const SumsView& sums,
+                          std::size_t k,
+                          std::size_t count) {
+    storeFirst(from.value, sums.value + k, count);
+    storeFirst(from.errors, sums.rest + k, count);
+    storeFirst(from.scale, sums.scale + k, count);
+}
+
+/// Stores value and rest of what has been summed. Whether the sums are in the range in which the
+/// bound of their errors holds.
+HWY_INLINE bool finish(Eight& sums, const SumsView& to, std::size_t k, std::size_t count) {
+    constexpr double Largest = 0x1p1000;
+    constexpr double Smallest = 0x1p-900;
+    for (std::size_t p = 0; p < Octet::Parts; ++p) {
+        const auto value = hn::Add(sums.value.parts[p], sums.errors.parts[p]);
+        sums.errors.parts[p] = errorOfSum(sums.value.parts[p], sums.errors.parts[p], value);
+        sums.value.parts[p] = value;
+    }
+    storeSums(sums, to, k, count);
+    return areZeroOrWithin(sums.scale, Smallest, Largest) &&
+           areWithin(sums.errors, -Largest, Largest);
+}
+
+/// The next entries of a vector that are not zero, 64 at most.
+struct Entries {
+    static constexpr std::size_t Most = 64;
+
+    std::size_t places[Most];
+    double values[Most];
+    std::size_t count;
+    bool areFirst;
+    bool areLast;
+};
+
+HWY_INLINE void takeNext(Entries& entries,
+                         const double* vector,
+                         std::size_t length,
+                         std::size_t most,
+                         std::size_t& next) {
+    entries.areFirst = next == 0;
+    entries.count = 0;
+    for (; next < length && entries.count < most; ++next) {
+        entries.places[entries.count] = next;
+        entries.values[entries.count] = vector[next];
+        entries.count += vector[next] != 0.0 ? 1U : 0U;
+    }
+    entries.areLast = next == length;
+}
+
+/// Adds to up to eight sums, at k, the terms of some entries: termsOf(e) has the other factors of
+/// entry e. False where a finished sum is out of range.
+template <class Terms>
+HWY_INLINE bool addTerms(const Entries& entries,
+                         const Terms& termsOf,
+                         const SumsView& sums,
+                         std::size_t k,
+                         std::size_t count) {
+    Eight eight = entries.areFirst ? noSums() : loadSums(sums, k, count);
+    for (std::size_t e = 0; e < entries.count; ++e) {
+        addProduct(eight, termsOf(e), octetOf(entries.values[e]));
+    }
+    if (entries.areLast) {
+        return finish(eight, sums, k, count);
+    }
+    storeSums(eight, sums, k, count);
+    return true;
+}
+
+/// sums += a·x, for columns of a that x names.
+HWY_INLINE bool addColumns(const ColumnMajor& a, const Entries& x, const SumsView& sums) {
+    bool isInRange = true;
+    std::size_t i = 0;
+    for (; i + OctetLanes <= a.rows; i += OctetLanes) {
+        const auto terms = [&](std::size_t e)
+                               HWY_ATTR { return load(a.data + i + x.places[e] * a.ld); };
+        isInRange = addTerms(x, terms, sums, i, OctetLanes) && isInRange;
+    }
+    if (const std::size_t rest = a.rows - i; rest != 0) {
+        const auto terms = [&](std::size_t e) HWY_ATTR {
+            return loadFirst(a.data + i + x.places[e] * a.ld, rest);
+        };
+        isInRange = addTerms(x, terms, sums, i, rest) && isInRange;
+    }
+    return isInRange;
+}
+
+bool product(const ColumnMajor& a, const double* x, const SumsView& sums) {
+    // As many columns at a time as stay in the cache nearest by, or as the processor reads ahead.
+    constexpr std::size_t NearbyEntries = 4096;
+    constexpr std::size_t ReadAhead = 8;
+    const std::size_t most = a.rows * Entries::Most <= NearbyEntries ? Entries::Most : ReadAhead;
+    Entries entries;  // NOLINT(cppcoreguidelines-pro-type-member-init): takeNext fills it
+    std::size_t next = 0;
+    bool isInRange = true;
+    do {
+        takeNext(entries, x, a.cols, most, next);
+        isInRange = addColumns(a, entries, sums) && isInRange;
+    } while (!entries.areLast);
+    return isInRange;
+}
+
+/// sums += aᵀ·y, for rows of a that y names. They are copied first, eight entries of each together.
+HWY_INLINE bool addRows(const ColumnMajor& a, const Entries& y, const SumsView& sums) {
+    HWY_ALIGN double rows[Entries::Most * OctetLanes];
+    const auto terms = [&](std::size_t e) HWY_ATTR { return load(rows + e * OctetLanes); };
+    bool isInRange = true;
+    for (std::size_t j = 0; j < a.cols; j += OctetLanes) {
+        const std::size_t count = a.cols - j < OctetLanes ? a.cols - j : OctetLanes;
+        const double* columns[OctetLanes];
+        for (std::size_t lane = 0; lane < OctetLanes; ++lane) {
+            // Lanes that do not count repeat the last one that does.
+            columns[lane] = a.data + (j + (lane < count ? lane : count - 1)) * a.ld;
+        }
+        for (std::size_t e = 0; e < y.count; ++e) {
+            for (std::size_t lane = 0; lane < OctetLanes; ++lane) {
+                rows[e * OctetLanes + lane] = columns[lane][y.places[e]];
+            }
+        }
+        isInRange = addTerms(y, terms, sums, j, count) && isInRange;
+    }
+    return isInRange;
+}
+
+/// The upper half of the lanes, or the lower one.
+template <std::size_t Count>
+HWY_INLINE Lanes<Count / 2> half(const Lanes<Count>& a, std::size_t which) {
+    HWY_ALIGN double lanes[Count];
+    store(a, lanes);
+    return load<Count / 2>(lanes + which * (Count / 2));
+}
+
+/// Adds the upper half of the sums to the lower one.
+template <std::size_t Count>
+HWY_INLINE Sums<Count / 2> joined(const Sums<Count>& sums) {
+    Sums<Count / 2> result{half(sums.value, 0), half(sums.errors, 0), half(sums.scale, 0)};
+    const Sums<Count / 2> upper{half(sums.value, 1), half(sums.errors, 1), half(sums.scale, 1)};
+    for (std::size_t k = 0; k < Lanes<Count / 2>::Parts; ++k) {
+        const auto a = result.value.parts[k];
+        const auto b = upper.value.parts[k];
+        const auto value = hn::Add(a, b);
+        result.value.parts[k] = value;
+        result.errors.parts[k] = hn::Add(hn::Add(result.errors.parts[k], upper.errors.parts[k]),
+                                         errorOfSum(a, b, value));
+        result.scale.parts[k] = hn::Add(result.scale.parts[k], upper.scale.parts[k]);
+    }
+    return result;
+}
+
+HWY_INLINE Eight dot(const double* a, const double* b, std::size_t count) {
+    Eight eight = noSums();
+    std::size_t i = 0;
+    for (; i + OctetLanes <= count; i += OctetLanes) {
+        addProduct(eight, load(a + i), load(b + i));
+    }
+    if (i < count) {
+        addProduct(eight, loadFirst(a + i, count - i), loadFirst(b + i, count - i));
+    }
+    return eight;
+}
+
+/// Eight columns at a time, each a sum of eight sums.
+HWY_INLINE bool columnByColumn(const ColumnMajor& a, const double* y, const SumsView& sums) {
+    bool isInRange = true;
+    for (std::size_t j = 0; j < a.cols; j += OctetLanes) {
+        const std::size_t count = a.cols - j < OctetLanes ? a.cols - j : OctetLanes;
+        for (std::size_t lane = j; lane < j + count; ++lane) {
+            const auto one = joined(joined(joined(dot(a.data + lane * a.ld, y, a.rows))));
+            store(one.value, sums.value + lane);
+            store(one.errors, sums.rest + lane);
+            store(one.scale, sums.scale + lane);
+        }
+        Eight eight = loadSums(sums, j, count);
+        isInRange = finish(eight, sums, j, count) && isInRange;
+    }
+    return isInRange;
+}
+
+bool transposed(const ColumnMajor& a, const double* y, const SumsView& sums) {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < a.rows; ++i) {
+        count += y[i] != 0.0 ? 1U : 0U;
+    }
+    // To copy a row costs twice what its sums cost, to join eight sums as much as four terms.
+    if (3 * count > a.rows + 30) {
+        return columnByColumn(a, y, sums);
+    }
+    Entries entries;  // NOLINT(cppcoreguidelines-pro-type-member-init): takeNext fills it
+    std::size_t next = 0;
+    bool isInRange = true;
+    do {
+        takeNext(entries, y, a.rows, Entries::Most, next);
+        isInRange = addRows(a, entries, sums) && isInRange;
+    } while (!entries.areLast);
+    return isInRange;
+}
+
+}  // namespace
+}  // namespace activeset::frontend::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+#include <cmath>
+
+namespace activeset::frontend {
+
+namespace {
+
+/// One of the sums again, with the exponents of a long double where it has more than a double.
+void sumWidely(const double* a,
+               std::size_t stride,
+               const double* b,
+               std::size_t count,
+               const SumsView& sums,
+               std::size_t k) {
+    using Wide = long double;
+    Wide value = 0;
+    Wide errors = 0;
+    Wide scale = 0;
+    const auto errorOf = [](Wide before, Wide term, Wide sum) {
+        const Wide ofTerm = sum - before;
+        return (before - (sum - ofTerm)) + (term - ofTerm);
+    };
+    for (std::size_t i = 0; i < count; ++i) {
+        if (b[i] != 0.0) {
+            const Wide term = static_cast<Wide>(a[i * stride]) * b[i];
+            const Wide sum = value + term;
+            errors += errorOf(value, term, sum) +
+                      std::fma(static_cast<Wide>(a[i * stride]), static_cast<Wide>(b[i]), -term);
+            value = sum;
+            scale += std::abs(term);
+        }
+    }
+    const Wide sum = value + errors;
+    sums.value[k] = static_cast<double>(sum);
+    sums.rest[k] = static_cast<double>((sum - sums.value[k]) + errorOf(value, errors, sum));
+    sums.scale[k] = static_cast<double>(scale);
+}
+
+const ExactProducts& chosenProducts() {
+    static const ExactProducts chosen = exactProducts(instructionSet());
+    return chosen;
+}
+
+}  // namespace
+
+ExactProducts exactProducts(InstructionSet set) {
+    return {ACTIVESET_CHOOSE(set, product), ACTIVESET_CHOOSE(set, transposed)};
+}
+
+void exactProduct(const ColumnMajor& a, const double* x, const SumsView& sums) {
+    if (!chosenProducts().product(a, x, sums)) {
+        for (std::size_t i = 0; i < a.rows; ++i) {
+            sumWidely(a.data + i, a.ld, x, a.cols, sums, i);
+        }
+    }
+}
+
+void exactTransposedProduct(const ColumnMajor& a, const double* y, const SumsView& sums) {
+    if (!chosenProducts().transposed(a, y, sums)) {
+        for (std::size_t j = 0; j < a.cols; ++j) {
+            sumWidely(a.data + j * a.ld, 1, y, a.rows, sums, j);
+        }
+    }
+}
+
+}  // namespace activeset::frontend
+#endif
