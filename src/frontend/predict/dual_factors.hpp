@@ -1,6 +1,6 @@
 // The factors that the dual method works on, and how they follow a member that comes or goes.
-#ifndef ACTIVESET_SRC_FRONTEND_DUAL_FACTORS_HPP
-#define ACTIVESET_SRC_FRONTEND_DUAL_FACTORS_HPP
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_DUAL_FACTORS_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_DUAL_FACTORS_HPP
 
 #include <cstddef>
 #include <vector>

@@ -1,12 +1,12 @@
 // One constraint at a time, the dual objective rising.
-#include "frontend/dual_active_set.hpp"
+#include "frontend/predict/dual_active_set.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
 
-#include "frontend/dual_factors.hpp"
+#include "frontend/predict/dual_factors.hpp"
 
 namespace activeset::frontend {
 
@@ -34,15 +34,10 @@ struct Entering {
 
 class DualMethod {
 public:
-    DualMethod(const Data& data,
-               const Dense& factor,
-               Sides guess,
-               Control& control,
-               const std::function<bool()>& isFeasible)
+    DualMethod(const Data& data, const Dense& factor, Sides guess, Control& control)
         : data_(data),
           sides_(std::move(guess)),
           control_(control),
-          isFeasible_(isFeasible),
           factors_(factor, sides_),
           isIgnored_(sides_.count(), false) {}
 
@@ -51,8 +46,7 @@ public:
         holdMembersOnly();
         makeDualFeasible();
         DualOutcome::End end = DualOutcome::Stopped;
-        while (end == DualOutcome::Stopped && steps_ < mostSteps && !control_.mustEnd() &&
-               !isHopeless()) {
+        while (end == DualOutcome::Stopped && steps_ < mostSteps && !control_.mustEnd()) {
             Entering entering = mostViolated();
             if (entering.constraint == None && sinceMinimisation_ != 0) {
                 minimise();
@@ -67,14 +61,6 @@ public:
     }
 
 private:
-    [[nodiscard]] bool isHopeless() {
-        if (hasAsked_ || steps_ < 32 + data_.n / 16) {
-            return false;
-        }
-        hasAsked_ = true;
-        return !isFeasible_();
-    }
-
     // The factors may have left out members of the guess.
     void holdMembersOnly() {
         std::vector<Side> held(sides_.count(), Side::None);
@@ -246,8 +232,6 @@ private:
     const Data& data_;
     Sides sides_;
     Control& control_;
-    const std::function<bool()>& isFeasible_;
-    bool hasAsked_ = false;
     DualFactors factors_;
     std::vector<bool> isIgnored_;  // depends on the members, and is where they put it
     Vector x_;
@@ -261,12 +245,8 @@ private:
 
 }  // namespace
 
-DualOutcome solveDual(const Data& data,
-                      const Dense& factor,
-                      Sides guess,
-                      Control& control,
-                      const std::function<bool()>& isFeasible) {
-    return DualMethod(data, factor, std::move(guess), control, isFeasible).run();
+DualOutcome solveDual(const Data& data, const Dense& factor, Sides guess, Control& control) {
+    return DualMethod(data, factor, std::move(guess), control).run();
 }
 
 }  // namespace activeset::frontend

@@ -1,5 +1,5 @@
 // Updates of J and R by plane rotations, which leave J·Jᵀ and the products with W as they are.
-#include "frontend/dual_factors.hpp"
+#include "frontend/predict/dual_factors.hpp"
 
 #include <algorithm>
 #include <cmath>

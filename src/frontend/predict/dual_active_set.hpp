@@ -1,0 +1,26 @@
+// A dual active-set method for strictly convex problems, one constraint a step, with orthogonal
+// factors: for degenerate and nearly singular problems, on which taking in blocks does not pay.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_DUAL_ACTIVE_SET_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_DUAL_ACTIVE_SET_HPP
+
+#include "frontend/control.hpp"
+#include "frontend/dense.hpp"
+#include "frontend/predict/dual_outcome.hpp"
+#include "frontend/sides.hpp"
+
+namespace activeset::frontend {
+
+/// After Goldfarb and Idnani (1983), from the members of a guess whose multipliers have the right
+/// signs. In each step the most violated constraint is pulled to its side; its multiplier grows,
+/// and a member whose multiplier would change its sign on the way has to go first. The dual
+/// objective rises with every constraint that arrives, so that no set comes twice.
+///
+/// @param factor  the upper Cholesky factor of H
+[[nodiscard]] DualOutcome solveDual(const Data& data,
+                                    const Dense& factor,
+                                    Sides guess,
+                                    Control& control);
+
+}  // namespace activeset::frontend
+
+#endif

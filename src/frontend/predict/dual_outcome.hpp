@@ -1,0 +1,23 @@
+// How a dual method ends.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_DUAL_OUTCOME_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_DUAL_OUTCOME_HPP
+
+#include "frontend/sides.hpp"
+
+namespace activeset::frontend {
+
+struct DualOutcome {
+    enum End {
+        Optimal,
+        Infeasible,  ///< Aᵀy + z = 0, and the sides that y and z stand for contradict one another
+        Slow,    ///< constraints come one by one now; the set has multipliers of the right signs
+        Stopped  ///< by the control, by the limit of steps or by rounding
+    } end = Stopped;
+    Sides sides;  ///< holds the working set
+    Point point;
+    std::size_t steps = 0;  ///< working sets that were tried
+};
+
+}  // namespace activeset::frontend
+
+#endif

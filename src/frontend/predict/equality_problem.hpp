@@ -1,0 +1,68 @@
+// The minimum of a strictly convex objective where the members of a working set hold with equality.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_EQUALITY_PROBLEM_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_EQUALITY_PROBLEM_HPP
+
+#include "frontend/sides.hpp"
+#include "frontend/subproblem.hpp"
+
+namespace activeset::frontend {
+
+/// H·x + c + Wᵀλ = 0, W·x = w, the rows of W those of the members of the subproblem's working
+/// factor. With H = L·Lᵀ, G = L⁻¹Wᵀ and t = −L⁻¹c,
+///
+///     S·λ = Gᵀt − w,   S = GᵀG,   x = L⁻ᵀ(t − Gλ).
+class EqualityProblem {
+public:
+    using List = NamedColumns::List;
+
+    /// Keeps a reference to the subproblem, whose vectors must not change meanwhile.
+    explicit EqualityProblem(Subproblem& problem);
+
+    [[nodiscard]] const List& members() const { return working_.members(); }
+    /// Makes members of the constraints in a list but for those that depend on others before them.
+    void setMembers(const List& wanted);
+    /// λ, an entry a member, of the values that `sides` holds them at.
+    void solve(const Sides& sides, Vector& multipliers) const;
+    /// x for these λ.
+    [[nodiscard]] Vector minimiser(const Sides& sides, const Vector& multipliers) const;
+    /// What constraints that were members make of the x for these λ.
+    [[nodiscard]] Vector valuesOf(const List& constraints, const Vector& multipliers) const;
+    /// Corrects both for what x misses of the members' sides, given the values of all constraints.
+    void moveToSides(const Sides& sides,
+                     const Vector& values,
+                     Vector& x,
+                     Vector& multipliers) const;
+    /// Corrects both for what is left of the equations in extended precision.
+    void refine(const Sides& sides, Vector& x, Vector& multipliers) const;
+
+    /// What constraint q has in common with the members.
+    struct Dependence {
+        Vector r;          ///< S⁻¹Gᵀg_q: if q depends on them, it is Wᵀr
+        double own = 0.0;  ///< what the members leave of ‖g_q‖², 0 where q depends on them
+    };
+    [[nodiscard]] Dependence dependenceOf(std::size_t q);
+    /// Corrects r for what is left of a_q − Wᵀr in extended precision.
+    void refineDependence(std::size_t q, Vector& r) const;
+
+private:
+    void setBounds(const Sides& sides, Vector& x) const;
+    void correct(Vector& x, Vector& multipliers, Vector gradient, const Vector& misses) const;
+    void takeProducts(const List& constraints);
+
+    const Data& data_;
+    const Dense& factor_;
+    NamedColumns& columns_;
+    WorkingFactor& working_;
+    Vector t_;
+    Vector products_;  // g_kᵀt of each constraint that was a member
+};
+
+/// y and z out of multipliers, one a constraint of the list.
+[[nodiscard]] Point pointOf(const Data& data,
+                            const NamedColumns::List& constraints,
+                            const Vector& multipliers,
+                            Vector x);
+
+}  // namespace activeset::frontend
+
+#endif

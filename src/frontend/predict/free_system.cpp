@@ -1,0 +1,100 @@
+// Factors of the free variables and of the rows among them.
+#include "frontend/predict/free_system.hpp"
+
+#include <utility>
+
+#include "host/lapack.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+ConstBlock viewOf(const Dense& matrix) {
+    return {matrix.values.data(), matrix.rows, matrix.cols};
+}
+
+}  // namespace
+
+bool FreeSystem::setSets(const List& F, const List& R) {
+    if (isFactorised_ && F == F_ && R == R_) {
+        return true;
+    }
+    const bool hasFactor = isFactorised_ && F == F_;
+    isFactorised_ = false;
+    F_ = F;
+    R_ = R;
+    isFactorised_ = (hasFactor || factoriseFree()) && factoriseRows();
+    return isFactorised_;
+}
+
+bool FreeSystem::factoriseFree() {
+    const std::size_t count = F_.size();
+    L_ = Dense(count, count);
+    for (std::size_t j = 0; j < count; ++j) {
+        const double* column = data_.columnOfH(F_[j]);
+        double* target = L_.column(j);
+        for (std::size_t i = 0; i <= j; ++i) {
+            target[i] = column[F_[i]];
+        }
+    }
+    return factoriseUpper(L_, 0.0);
+}
+
+bool FreeSystem::factoriseRows() {
+    constexpr double Dependent = 1e-13;  // of the largest diagonal entry
+    Q_ = Dense(F_.size(), R_.size());
+    for (std::size_t k = 0; k < F_.size(); ++k) {
+        const double* column = data_.columnOfA(F_[k]);
+        for (std::size_t i = 0; i < R_.size(); ++i) {
+            Q_(k, i) = column[R_[i]];
+        }
+    }
+    S_ = Dense(R_.size(), R_.size());
+    if (R_.empty()) {
+        return true;
+    }
+    if (F_.size() < R_.size()) {
+        return false;
+    }
+    solveUpperTransposed(L_, Q_.values.data(), R_.size());
+    blas::gram(viewOf(Q_), Block(S_.values.data(), R_.size(), R_.size()));
+    return factoriseUpper(S_, Dependent);
+}
+
+void FreeSystem::solve(Vector& f, Vector& r) const {
+    blas::trsvUpper(Op::Transpose, viewOf(L_), f.data());
+    if (!r.empty()) {
+        Vector y = transposedProduct(Q_, f);
+        axpy(-1.0, r.data(), y.data(), y.size());
+        blas::trsvUpper(Op::Transpose, viewOf(S_), y.data());
+        blas::trsvUpper(Op::None, viewOf(S_), y.data());
+        blas::gemv(Op::None, -1.0, viewOf(Q_), y.data(), 1.0, f.data());
+        r = std::move(y);
+    }
+    blas::trsvUpper(Op::None, viewOf(L_), f.data());
+}
+
+void addHessianColumns(const Data& data,
+                       const std::vector<std::size_t>& list,
+                       const double* x,
+                       double* v) {
+    std::size_t k = 0;
+    for (; k + 4 <= list.size(); k += 4) {
+        const double* a = data.columnOfH(list[k]);
+        const double* b = data.columnOfH(list[k + 1]);
+        const double* c = data.columnOfH(list[k + 2]);
+        const double* d = data.columnOfH(list[k + 3]);
+        const double xa = x[list[k]];
+        const double xb = x[list[k + 1]];
+        const double xc = x[list[k + 2]];
+        const double xd = x[list[k + 3]];
+        for (std::size_t i = 0; i < data.n; ++i) {
+            v[i] += (xa * a[i] + xb * b[i]) + (xc * c[i] + xd * d[i]);
+        }
+    }
+    for (; k < list.size(); ++k) {
+        axpy(x[list[k]], data.columnOfH(list[k]), v, data.n);
+    }
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,51 @@
+// The equations of the free variables with a few rows.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_FREE_SYSTEM_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_FREE_SYSTEM_HPP
+
+#include <cstddef>
+#include <vector>
+
+#include "frontend/data.hpp"
+#include "frontend/dense.hpp"
+
+namespace activeset::frontend {
+
+/// [H_FF A_RFᵀ; A_RF 0]·(p; y) = (f; r) for free variables F and rows R, by Cholesky of H_FF = L·Lᵀ
+/// and of the Schur complement QᵀQ, Q = L⁻¹A_RFᵀ. The factors depend on the matrices of a problem
+/// and on F and R alone, and are kept until these change.
+class FreeSystem {
+public:
+    using List = std::vector<std::size_t>;
+
+    /// Keeps a reference.
+    explicit FreeSystem(const Data& data) : data_(data) {}
+
+    /// False, and nothing may be solved, where rounding leaves one of the factors without a pivot.
+    [[nodiscard]] bool setSets(const List& F, const List& R);
+    [[nodiscard]] const List& free() const { return F_; }
+    [[nodiscard]] const List& rows() const { return R_; }
+    /// f becomes p and r becomes y.
+    void solve(Vector& f, Vector& r) const;
+
+private:
+    [[nodiscard]] bool factoriseFree();
+    [[nodiscard]] bool factoriseRows();
+
+    const Data& data_;
+    bool isFactorised_ = false;
+    List F_;
+    List R_;
+    Dense L_;  // Lᵀ, upper
+    Dense Q_;
+    Dense S_;  // the upper factor of QᵀQ
+};
+
+/// v += Σ x_j·H(:,j) over j in a list.
+void addHessianColumns(const Data& data,
+                       const std::vector<std::size_t>& list,
+                       const double* x,
+                       double* v);
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,67 @@
+// Which method predicts, and what follows where it fails.
+#include "frontend/predict/predictor.hpp"
+
+#include <utility>
+
+#include "frontend/predict/block_dual.hpp"
+#include "frontend/predict/dual_active_set.hpp"
+#include "frontend/predict/primal_dual_guess.hpp"
+#include "frontend/sides.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+// Bounds by the free variables, and few rows beside them.
+bool areRowsFew(const Data& data) {
+    constexpr std::size_t VariablesPerRow = 8;
+    return VariablesPerRow * data.m <= data.n;
+}
+
+// The point of the orthogonal factors, once more by the equations of its working set.
+void refine(Subproblem& problem, DualOutcome& outcome, Control& control) {
+    const Polishing polishing(control);
+    EqualityProblem equality(problem);
+    equality.setMembers(outcome.sides.members());
+    Vector multipliers;
+    equality.solve(outcome.sides, multipliers);
+    Vector x = equality.minimiser(outcome.sides, multipliers);
+    equality.refine(outcome.sides, x, multipliers);
+    outcome.point = pointOf(problem.data(), equality.members(), multipliers, std::move(x));
+}
+
+}  // namespace
+
+Prediction predict(Subproblem& problem, const WorkingSet& first, Control& control) {
+    const Data& data = problem.data();
+    const Sides start(data, first);
+    Prediction prediction;
+    if (areRowsFew(data)) {
+        PrimalDualGuess guess(problem, start, control);
+        prediction.isSettled = guess.run();
+        prediction.rounds = guess.rounds();
+        if (prediction.isSettled) {
+            prediction.set = guess.sides().workingSet();
+            prediction.point = std::move(guess).point();
+        }
+    }
+    if (!prediction.isSettled && !control.mustEnd()) {
+        DualOutcome outcome = BlockDual(problem, start, control).run();
+        const std::size_t before = outcome.steps;
+        if (outcome.end == DualOutcome::Slow) {
+            outcome = solveDual(data, problem.factor(), std::move(outcome.sides), control);
+            outcome.steps += before;
+            if (outcome.end == DualOutcome::Optimal) {
+                refine(problem, outcome, control);
+            }
+        }
+        prediction.isSettled = outcome.end == DualOutcome::Optimal;
+        prediction.isInfeasible = outcome.end == DualOutcome::Infeasible;
+        prediction.point = std::move(outcome.point);
+        prediction.set = outcome.sides.workingSet();
+        prediction.steps = outcome.steps;
+    }
+    return prediction;
+}
+
+}  // namespace activeset::frontend

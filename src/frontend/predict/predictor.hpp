@@ -1,0 +1,29 @@
+// A prediction of the active constraints of a strictly convex problem, and the point that goes with
+// them.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_PREDICTOR_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_PREDICTOR_HPP
+
+#include "frontend/control.hpp"
+#include "frontend/data.hpp"
+#include "frontend/subproblem.hpp"
+
+namespace activeset::frontend {
+
+struct Prediction {
+    /// The point violates nothing, its multipliers have their signs.
+    bool isSettled = false;
+    /// Instead: y and z of the point are multipliers by which the constraints contradict each
+    /// other.
+    bool isInfeasible = false;
+    Point point;
+    WorkingSet set;
+    std::size_t rounds = 0;  ///< of guessing
+    std::size_t steps = 0;   ///< of the block dual and the block primal method
+};
+
+/// @param first  where to begin; may be empty
+[[nodiscard]] Prediction predict(Subproblem& problem, const WorkingSet& first, Control& control);
+
+}  // namespace activeset::frontend
+
+#endif

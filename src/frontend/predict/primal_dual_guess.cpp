@@ -1,0 +1,226 @@
+// Rounds of the primal-dual active-set iteration.
+#include "frontend/predict/primal_dual_guess.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "frontend/sums.hpp"
+
+namespace activeset::frontend {
+
+PrimalDualGuess::PrimalDualGuess(Subproblem& problem, const Sides& first, Control& control)
+    : data_(problem.data()),
+      system_(problem.freeSystem()),
+      control_(control),
+      sides_(first),
+      isWarm_(first.all() != Sides(data_).all()),
+      point_{Vector(data_.n, 0.0), Vector(data_.m, 0.0), Vector(data_.n, 0.0)} {}
+
+bool PrimalDualGuess::run() {
+    constexpr std::size_t Settling = 2;  // rounds whose exchanges say little
+    constexpr std::size_t Patience = 4;  // rounds in which the exchanges get no fewer
+    if (!isWarm_) {
+        descend();
+    }
+    std::size_t fewest = std::numeric_limits<std::size_t>::max();
+    std::size_t roundOfFewest = Settling;
+    while (!control_.mustEnd()) {
+        ++rounds_;
+        if (!solve()) {
+            return false;
+        }
+        const std::size_t exchanges = exchange();
+        if (exchanges == 0) {
+            refine();
+            return true;
+        }
+        if (rounds_ > Settling && exchanges < fewest) {
+            fewest = exchanges;
+            roundOfFewest = rounds_;
+        }
+        if (rounds_ >= roundOfFewest + Patience) {
+            return false;
+        }
+        control_.poll();
+    }
+    return false;
+}
+
+// Minimises over one variable after the other, between its bounds, as if there were no rows.
+void PrimalDualGuess::descend() {
+    constexpr int Sweeps = 3;
+    Vector& x = point_.x;
+    Vector g = data_.c;
+    const auto clip = [this](std::size_t j, double value) {
+        return std::min(std::max(value, data_.lower[j]), data_.upper[j]);
+    };
+    std::vector<std::size_t> nonzero;
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        x[j] = clip(j, 0.0);
+        if (x[j] != 0.0) {
+            nonzero.push_back(j);
+        }
+    }
+    addHessianColumns(data_, nonzero, x.data(), g.data());
+    for (int sweep = 0; sweep < Sweeps; ++sweep) {
+        for (std::size_t j = 0; j < data_.n; ++j) {
+            const double* column = data_.columnOfH(j);
+            const double step = clip(j, x[j] - g[j] / column[j]) - x[j];
+            if (step != 0.0) {
+                x[j] += step;
+                axpy(step, column, g.data(), data_.n);
+            }
+        }
+        control_.poll();
+    }
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        if (sides_[data_.m + j] == Side::None) {
+            const bool isLower = x[j] == data_.lower[j] && g[j] > 0.0;
+            const bool isUpper = x[j] == data_.upper[j] && g[j] < 0.0;
+            sides_.hold(data_.m + j, isLower ? Side::Lower : isUpper ? Side::Upper : Side::None);
+        }
+    }
+}
+
+bool PrimalDualGuess::solve() {
+    Vector& x = point_.x;
+    std::vector<std::size_t> F;
+    std::vector<std::size_t> B;  // those at bounds other than 0
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        const std::size_t k = data_.m + j;
+        if (sides_[k] == Side::None) {
+            F.push_back(j);
+            continue;
+        }
+        x[j] = sides_.target(k);
+        if (x[j] != 0.0) {
+            B.push_back(j);
+        }
+    }
+    std::vector<std::size_t> R;
+    for (std::size_t i = 0; i < data_.m; ++i) {
+        if (sides_[i] != Side::None) {
+            R.push_back(i);
+        }
+    }
+    if (!system_.setSets(F, R)) {
+        return false;
+    }
+    gradient_ = data_.c;
+    addHessianColumns(data_, B, x.data(), gradient_.data());
+    Vector f(F.size());
+    Vector r(R.size());
+    for (std::size_t k = 0; k < F.size(); ++k) {
+        f[k] = -gradient_[F[k]];
+    }
+    for (std::size_t k = 0; k < R.size(); ++k) {
+        r[k] = sides_.target(R[k]);
+        for (const std::size_t j : B) {
+            r[k] -= data_.columnOfA(j)[R[k]] * x[j];
+        }
+    }
+    system_.solve(f, r);
+    for (std::size_t k = 0; k < F.size(); ++k) {
+        x[F[k]] = f[k];
+    }
+    std::fill(point_.y.begin(), point_.y.end(), 0.0);
+    for (std::size_t k = 0; k < R.size(); ++k) {
+        point_.y[R[k]] = r[k];
+    }
+    addHessianColumns(data_, F, x.data(), gradient_.data());
+    for (std::size_t j = 0; j < data_.n && !R.empty(); ++j) {
+        const double* column = data_.columnOfA(j);
+        for (std::size_t k = 0; k < R.size(); ++k) {
+            gradient_[j] += column[R[k]] * r[k];
+        }
+    }
+    return true;
+}
+
+// The number of constraints that come, go or change sides.
+std::size_t PrimalDualGuess::exchange() {
+    std::size_t changes = exchangeRows();
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        const std::size_t k = data_.m + j;
+        const Side side = sides_[k];
+        Side next = side;
+        if (side == Side::None) {
+            next = sides_.beyond(k, point_.x[j]);
+        } else if ((side == Side::Lower && gradient_[j] < 0.0) ||
+                   (side == Side::Upper && gradient_[j] > 0.0)) {
+            next = Side::None;
+        }
+        changes += next != side ? 1U : 0U;
+        sides_.hold(k, next);
+    }
+    return changes;
+}
+
+std::size_t PrimalDualGuess::exchangeRows() {
+    std::size_t changes = 0;
+    const Vector values = product(data_.A, data_.m, point_.x);
+    for (std::size_t i = 0; i < data_.m; ++i) {
+        const Side side = sides_[i];
+        Side next = side;
+        if (side == Side::None) {
+            next = sides_.beyond(i, values[i]);
+        } else if (sides_.sign(i) != 0.0 && !(sides_.sign(i) * point_.y[i] > 0.0)) {
+            next = Side::None;
+        }
+        changes += next != side ? 1U : 0U;
+        sides_.hold(i, next);
+    }
+    return changes;
+}
+
+// The equations again, for what is left of their residuals in extended precision.
+void PrimalDualGuess::refine() {
+    constexpr int MostCorrections = 4;
+    constexpr double Small = 1e-11;  // a correction of such residuals leaves rounding
+    const Polishing polishing(control_);
+    const std::vector<std::size_t>& F = system_.free();
+    const std::vector<std::size_t>& R = system_.rows();
+    double size = Infinity;
+    for (int k = 0; k < MostCorrections && size > Small; ++k) {
+        const std::vector<Sum> gradient = gradientSums(data_, point_.x, point_.y);
+        const std::vector<Sum> rows = R.empty() ? std::vector<Sum>() : rowValues(data_, point_.x);
+        Vector f(F.size());
+        Vector r(R.size());
+        size = 0.0;
+        for (std::size_t i = 0; i < F.size(); ++i) {
+            f[i] = -static_cast<double>(gradient[F[i]].value);
+            size = std::max(size, std::abs(f[i]) / std::max(1.0, gradient[F[i]].scale));
+        }
+        for (std::size_t i = 0; i < R.size(); ++i) {
+            r[i] = static_cast<double>(sides_.target(R[i]) - rows[R[i]].value);
+            size = std::max(size, std::abs(r[i]) / std::max(1.0, rows[R[i]].scale));
+        }
+        system_.solve(f, r);
+        Vector step(data_.n, 0.0);
+        for (std::size_t i = 0; i < F.size(); ++i) {
+            step[F[i]] = f[i];
+        }
+        axpy(1.0, step.data(), point_.x.data(), data_.n);
+        for (std::size_t i = 0; i < R.size(); ++i) {
+            point_.y[R[i]] += r[i];
+        }
+        // What the step adds to the gradient is small; double precision does.
+        Vector change(data_.n, 0.0);
+        addHessianColumns(data_, F, step.data(), change.data());
+        for (std::size_t j = 0; j < data_.n; ++j) {
+            for (std::size_t i = 0; i < R.size(); ++i) {
+                change[j] += data_.columnOfA(j)[R[i]] * r[i];
+            }
+            const bool isFree = sides_[data_.m + j] == Side::None;
+            point_.z[j] = isFree ? 0.0 : -static_cast<double>(gradient[j].value + change[j]);
+        }
+    }
+}
+
+Point PrimalDualGuess::point() && {
+    return std::move(point_);
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,50 @@
+// A guess at the active bounds and a few active rows, exchanged all at once.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_PRIMAL_DUAL_GUESS_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_PRIMAL_DUAL_GUESS_HPP
+
+#include "frontend/control.hpp"
+#include "frontend/sides.hpp"
+#include "frontend/subproblem.hpp"
+
+namespace activeset::frontend {
+
+/// Primal-dual active sets, Newton's method for the optimality conditions (Hintermüller, Ito and
+/// Kunisch 2002), in the free variables F, with the rows that are held, R:
+///
+///     H_FF·x_F + A_RFᵀy = −c_F − H_FB·x_B,   A_RF·x_F = b_R − A_RB·x_B.
+///
+/// Then free variables beyond a bound go to it, those at a bound whose multiplier has the wrong
+/// sign become free, rows come and go likewise. That ends after a few rounds or not at all.
+class PrimalDualGuess {
+public:
+    /// @param first  where to begin; with equalities alone a few sweeps of coordinate descent on
+    ///               the bounds choose the start
+    PrimalDualGuess(Subproblem& problem, const Sides& first, Control& control);
+
+    /// Whether a round has changed nothing, so that the point is the minimum.
+    [[nodiscard]] bool run();
+    [[nodiscard]] std::size_t rounds() const { return rounds_; }
+    /// After a success.
+    [[nodiscard]] const Sides& sides() const { return sides_; }
+    [[nodiscard]] Point point() &&;
+
+private:
+    void descend();
+    [[nodiscard]] bool solve();
+    [[nodiscard]] std::size_t exchange();
+    [[nodiscard]] std::size_t exchangeRows();
+    void refine();
+
+    const Data& data_;
+    FreeSystem& system_;
+    Control& control_;
+    Sides sides_;
+    bool isWarm_;
+    std::size_t rounds_ = 0;
+    Point point_;
+    Vector gradient_;  // H·x + c + Aᵀy
+};
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,203 @@
+// What is unusual in any way is left to the general road, which says what is wrong, or scales.
+#include "frontend/predict/small_data.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace activeset::frontend {
+
+namespace {
+
+// Sums of products of three factors stay far from overflow, and their errors from underflow.
+constexpr double Smallest = 1e-60;
+constexpr double Largest = 1e60;
+constexpr double SmallestPivot = 1e-12;  // in proportion to the diagonal entry
+constexpr double SmallestNorm = 1e-100;
+constexpr double SymmetryTolerance = 1e-10;  // as where faults are looked for
+constexpr double SideTolerance = 1e-13;      // what rounding may take from a side
+
+bool hasMemory(const MatrixView& matrix) {
+    const bool byColumns = matrix.order() == Order::ColumnMajor;
+    const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
+    const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
+    return matrix.data() != nullptr && matrix.leading() >= inner && matrix.available() >= inner &&
+           outer - 1 <= (matrix.available() - inner) / matrix.leading();
+}
+
+bool hasLength(const VectorView& vector, std::size_t size) {
+    return vector.empty() || (vector.size() == size && vector.data() != nullptr);
+}
+
+bool areFinite(const VectorView& vector) {
+    double zeros = 0.0;
+    for (std::size_t i = 0; i < vector.size(); ++i) {
+        zeros += 0.0 * vector[i];
+    }
+    return zeros == 0.0;
+}
+
+// Halves that differ by rounding become their mean.
+// NOLINTNEXTLINE(readability-non-const-parameter): written through references
+bool makeSymmetric(double* H, std::size_t n, std::size_t leading, double largest) {
+    bool isSame = true;
+    for (std::size_t j = 0; j < n; ++j) {
+        for (std::size_t i = 0; i < j; ++i) {
+            isSame = (H[j * leading + i] == H[i * leading + j]) && isSame;
+        }
+    }
+    for (std::size_t j = 0; j < n && !isSame; ++j) {
+        for (std::size_t i = 0; i < j; ++i) {
+            double& above = H[j * leading + i];
+            double& below = H[i * leading + j];
+            if (std::abs(above - below) > SymmetryTolerance * largest) {
+                return false;
+            }
+            above = below = 0.5 * above + 0.5 * below;
+        }
+    }
+    return true;
+}
+
+bool loadHessian(const MatrixView& H, SmallMemory& memory, double& largest) {
+    const SmallShape& shape = memory.shape;
+    const SmallKernels& kernels = smallKernels();
+    const std::size_t leading = shape.height();
+    bool isSound = true;
+    largest = 0.0;
+    for (std::size_t j = 0; j < shape.n; ++j) {
+        const double found = kernels.copy(H.data() + j * H.leading(), shape.n,
+                                          memory.data + j * leading, shape.head());
+        isSound = isSound && found <= Largest;  // so NaN is not
+        largest = std::max(largest, found);
+    }
+    for (std::size_t j = shape.n; j < shape.cols(); ++j) {
+        std::fill_n(memory.data + j * leading, shape.head(), 0.0);
+        memory.data[j * leading + j] = 1.0;
+    }
+    return isSound && largest >= Smallest && makeSymmetric(memory.data, shape.n, leading, largest);
+}
+
+bool loadRows(const MatrixView& A, SmallMemory& memory, double& largest) {
+    const SmallShape& shape = memory.shape;
+    const SmallKernels& kernels = smallKernels();
+    bool isSound = true;
+    largest = 0.0;
+    for (std::size_t j = 0; j < shape.cols(); ++j) {
+        double* const column = memory.data + j * shape.height() + shape.head();
+        const bool isThere = j < shape.n && shape.m > 0;
+        double found = 0.0;
+        if (!isThere || A.order() == Order::ColumnMajor) {
+            found = kernels.copy(isThere ? A.data() + j * A.leading() : nullptr,
+                                 isThere ? shape.m : 0, column, shape.rows());
+        } else {
+            for (std::size_t i = 0; i < shape.m; ++i) {
+                column[i] = A.data()[i * A.leading() + j];
+            }
+            found = kernels.copy(column, shape.m, column, shape.rows());
+        }
+        isSound = isSound && found <= Largest;  // so NaN is not
+        largest = std::max(largest, found);
+        column[shape.m] = memory.c[j];
+    }
+    return isSound;
+}
+
+bool loadSides(const VectorView& lower,
+               const VectorView& upper,
+               std::size_t count,
+               std::size_t first,
+               std::size_t padded,
+               SmallMemory& memory,
+               double& largest) {
+    bool isSound = true;
+    largest = 0.0;
+    for (std::size_t k = 0; k < count; ++k) {
+        const double givenLow = lower.empty() ? -Infinity : lower[k];
+        const double givenHigh = upper.empty() ? Infinity : upper[k];
+        const bool hasLow = !(givenLow <= -AbsentSide);  // NaN stays
+        const double low = hasLow ? givenLow : -Infinity;
+        // The checks see a conversion where there is none.
+        // NOLINTNEXTLINE(bugprone-narrowing-conversions,cppcoreguidelines-narrowing-conversions)
+        const double high = givenHigh >= AbsentSide ? Infinity : givenHigh;
+        const double lowSize = hasLow ? std::abs(low) : 0.0;
+        const double highSize = high < Infinity ? std::abs(high) : 0.0;
+        isSound = isSound && low <= high && low < AbsentSide && high > -AbsentSide;
+        largest = std::max({largest, lowSize, highSize});
+        memory.lower[first + k] = low;
+        memory.upper[first + k] = high;
+        memory.lowest[first + k] = low - SideTolerance * lowSize;
+        memory.highest[first + k] = high + SideTolerance * highSize;
+    }
+    for (std::size_t k = first + count; k < first + padded; ++k) {
+        memory.lower[k] = memory.lowest[k] = -Infinity;
+        memory.upper[k] = memory.highest[k] = Infinity;
+    }
+    return isSound && largest <= Largest;
+}
+
+SmallMatrix imagesOf(const SmallMemory& memory) {
+    const SmallShape& shape = memory.shape;
+    return {memory.images + shape.head(), shape.constraints(), shape.cols(),
+            shape.height() + shape.head(), shape.rows()};
+}
+
+}  // namespace
+
+bool isSmall(const Problem& problem) {
+    const std::size_t n = variablesOf(problem);
+    const std::size_t m = problem.A.rows();
+    return SmallMemory::fits({n, m}) && problem.H.rows() == n && problem.H.cols() == n &&
+           hasMemory(problem.H) &&
+           (m == 0 ? problem.A.cols() == 0 || problem.A.cols() == n
+                   : problem.A.cols() == n && hasMemory(problem.A)) &&
+           hasLength(problem.c, n) && hasLength(problem.rowLower, m) &&
+           hasLength(problem.rowUpper, m) && hasLength(problem.lower, n) &&
+           hasLength(problem.upper, n) && hasLength(problem.start, n) && areFinite(problem.start);
+}
+
+bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& extent) {
+    const SmallShape& shape = memory.shape;
+    const SmallKernels& kernels = smallKernels();
+    if (!loadHessian(problem.H, memory, extent.H) || !loadRows(problem.A, memory, extent.A) ||
+        !kernels.factorise({memory.data, memory.images, shape.head(), shape.rows(), shape.cols()},
+                           SmallestPivot)) {
+        return false;
+    }
+    const SmallMatrix images = imagesOf(memory);
+    kernels.squaredNorms(images, memory.inverseNorm);
+    for (std::size_t i = 0; i < shape.constraints(); ++i) {
+        const double norm = std::sqrt(memory.inverseNorm[i]);
+        memory.inverseNorm[i] = norm > SmallestNorm ? 1.0 / norm : 0.0;
+    }
+    memory.inverseNorm[shape.m] = 0.0;  // the row of c
+    for (std::size_t j = 0; j < shape.cols(); ++j) {
+        memory.w[j] = images.data[j * images.leading + shape.m];
+    }
+    std::fill(memory.w + shape.cols(), memory.w + shape.head(), 0.0);
+    return true;
+}
+
+bool loadVectors(const Problem& problem, SmallMemory& memory, SmallExtent& extent) {
+    const SmallShape& shape = memory.shape;
+    extent.c = smallKernels().copy(problem.c.data(), problem.c.size(), memory.c, shape.head());
+    return extent.c <= Largest && std::isfinite(problem.constant) &&
+           loadSides(problem.rowLower, problem.rowUpper, shape.m, 0, shape.rows(), memory,
+                     extent.rowSides) &&
+           loadSides(problem.lower, problem.upper, shape.n, shape.rows(), shape.head(), memory,
+                     extent.bounds);
+}
+
+void transformLinear(SmallMemory& memory) {
+    const SmallShape& shape = memory.shape;
+    for (std::size_t j = 0; j < shape.cols(); ++j) {
+        memory.data[j * shape.height() + shape.head() + shape.m] = memory.c[j];
+    }
+    SmallMatrix inverse = imagesOf(memory);
+    inverse.data += shape.rows();
+    inverse.rows = shape.head();
+    inverse.triangle = 0;
+    smallKernels().multiplyTransposed(inverse, memory.c, memory.w);
+    std::fill(memory.w + shape.cols(), memory.w + shape.head(), 0.0);
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,37 @@
+// A problem from the caller's views into the memory of the small road, checked on the way.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DATA_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DATA_HPP
+
+#include "frontend/data.hpp"
+#include "frontend/predict/small_memory.hpp"
+
+namespace activeset::frontend {
+
+/// The largest entries of the parts of a problem; of sides, of those that are finite.
+struct SmallExtent {
+    double H = 0.0;
+    double c = 0.0;
+    double A = 0.0;
+    double rowSides = 0.0;
+    double bounds = 0.0;
+};
+
+/// Whether shapes and memory of all parts are as they have to be, the start has no faults, and the
+/// problem is small enough, with an H.
+[[nodiscard]] bool isSmall(const Problem& problem);
+
+/// Copies H and A of a problem that is small, and forms the images. False where an entry is not
+/// finite or of an extraordinary size, H is not symmetric or not safely positive definite; the
+/// memory is not to be used then.
+[[nodiscard]] bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& extent);
+
+/// Copies c, sides and bounds. False where one is not a number, of an extraordinary size, or sides
+/// cross. Before the matrices; behind them, `transformLinear` has to follow.
+[[nodiscard]] bool loadVectors(const Problem& problem, SmallMemory& memory, SmallExtent& extent);
+
+/// w = L⁻¹c by the images of the bounds.
+void transformLinear(SmallMemory& memory);
+
+}  // namespace activeset::frontend
+
+#endif

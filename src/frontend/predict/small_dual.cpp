@@ -1,0 +1,221 @@
+// Goldfarb and Idnani's method in least-distance form (Arnström, Bemporad and Axehill 2022). The
+// constraint that is farthest away in terms of its image is pulled to its side; members whose
+// multipliers reach zero on the way leave.
+#include "frontend/predict/small_dual.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr double Rounding = 1e-13;   // of a value, in proportion to the norms of image and z
+constexpr double Dependent = 1e-10;  // ‖u‖ of a row that members combine to, its image being 1
+constexpr double TooClose = 1e-7;    // below it the point depends on the last digits of sides
+constexpr double NoMultiplier = 1e-13;  // a change of this size is one of rounding
+constexpr std::size_t StepsBetweenPolls = 8;
+
+}  // namespace
+
+SmallMatrix SmallDual::images() const {
+    const SmallShape& shape = m_.shape;
+    return {m_.images + shape.head(), shape.constraints(), shape.cols(),
+            shape.height() + shape.head(), shape.rows()};
+}
+
+// memory.g := the image of a constraint, its norm 1.
+void SmallDual::gather(std::size_t i, double sign) {
+    const SmallMatrix all = images();
+    const double factor = sign * m_.inverseNorm[i];
+    const std::size_t first = i < all.triangle ? 0 : (i - all.triangle) / 8 * 8;
+    std::fill_n(m_.g, first, 0.0);
+    for (std::size_t j = first; j < all.cols; ++j) {
+        m_.g[j] = factor * all.data[j * all.leading + i];
+    }
+}
+
+void SmallDual::join(std::size_t i, double sign, double squaredNorm, double multiplier) {
+    const std::size_t k = factor_.size();
+    factor_.append(squaredNorm);
+    m_.member[k] = static_cast<double>(i);
+    m_.sign[k] = sign;
+    m_.isEquality[k] = isEquality(i) ? 1.0 : 0.0;
+    m_.target[k] = sign * m_.inverseNorm[i] * (sign > 0.0 ? m_.upper[i] : m_.lower[i]);
+    m_.lambda[k] = multiplier;
+}
+
+void SmallDual::joinUnlessDependent(std::size_t i, double sign) {
+    if (factor_.size() < m_.shape.n && m_.inverseNorm[i] > 0.0) {
+        gather(i, sign);
+        const double squaredNorm = factor_.project();
+        if (squaredNorm > TooClose * TooClose) {
+            join(i, sign, squaredNorm, 0.0);
+        }
+    }
+}
+
+void SmallDual::leave(std::size_t k) {
+    const std::size_t size = factor_.size();
+    factor_.remove(k);
+    for (double* array : {m_.member, m_.sign, m_.isEquality, m_.target, m_.lambda}) {
+        std::copy(array + k + 1, array + size, array + k);
+    }
+}
+
+// z and the multipliers of the minimum on which all members hold: with t = Tᵀ·target + Qᵀw,
+// z = Q·t − w and lambda = −T·t.
+void SmallDual::solve() {
+    const std::size_t head = m_.shape.head();
+    const std::size_t size = factor_.size();
+    std::transform(m_.w, m_.w + head, m_.z, std::negate<>());
+    if (size == 0) {
+        return;
+    }
+    std::fill(m_.target + size, m_.target + SmallShape::upTo(size, 8), 0.0);
+    kernels_.multiplyTransposed(factor_.orthogonal(), m_.w, m_.r);
+    kernels_.multiplyTransposed(factor_.inverse(), m_.target, m_.s);
+    std::transform(m_.s, m_.s + size, m_.r, m_.r, std::plus<>());
+    kernels_.multiplyAdd(factor_.orthogonal(), m_.r, m_.z, m_.z);
+    kernels_.multiplyAdd(factor_.inverse(), m_.r, nullptr, m_.lambda);
+    std::transform(m_.lambda, m_.lambda + size, m_.lambda, std::negate<>());
+}
+
+void SmallDual::dropWrongSigns() {
+    solve();
+    for (bool hasDropped = true; hasDropped;) {
+        hasDropped = false;
+        for (std::size_t k = factor_.size(); k-- > 0;) {
+            if (m_.isEquality[k] == 0.0 && m_.lambda[k] < 0.0) {
+                leave(k);
+                hasDropped = true;
+            }
+        }
+        if (hasDropped) {
+            solve();
+        }
+    }
+}
+
+void SmallDual::begin(const WorkingSet& set) {
+    const SmallShape& shape = m_.shape;
+    factor_.clear();
+    for (std::size_t i = 0; i < shape.constraints(); ++i) {
+        if (isEquality(i)) {
+            joinUnlessDependent(i, 1.0);
+        }
+    }
+    const auto take = [&](const std::vector<std::size_t>& indices, std::size_t first,
+                          std::size_t count, double sign) {
+        for (const std::size_t index : indices) {
+            const std::size_t i = first + index;
+            if (index < count && !isEquality(i) &&
+                std::isfinite(sign > 0.0 ? m_.upper[i] : m_.lower[i])) {
+                joinUnlessDependent(i, sign);
+            }
+        }
+    };
+    take(set.rowsAtLower, 0, shape.m, -1.0);
+    take(set.rowsAtUpper, 0, shape.m, 1.0);
+    take(set.atLower, shape.rows(), shape.n, -1.0);
+    take(set.atUpper, shape.rows(), shape.n, 1.0);
+    dropWrongSigns();
+}
+
+bool SmallDual::beginAgain() {
+    std::size_t equalities = 0;
+    for (std::size_t i = 0; i < m_.shape.constraints(); ++i) {
+        equalities += isEquality(i) ? 1U : 0U;
+    }
+    for (std::size_t k = factor_.size(); k-- > 0;) {
+        const std::size_t i = constraintOf(k);
+        const double side = m_.sign[k] > 0.0 ? m_.upper[i] : m_.lower[i];
+        if ((m_.isEquality[k] != 0.0) != isEquality(i)) {
+            return false;
+        }
+        equalities -= isEquality(i) ? 1U : 0U;
+        m_.target[k] = m_.sign[k] * m_.inverseNorm[i] * side;
+        if (!std::isfinite(side)) {
+            leave(k);
+        }
+    }
+    if (equalities == 0) {
+        dropWrongSigns();
+    }
+    return equalities == 0;
+}
+
+// Whether what is farthest away is so by rounding only.
+bool SmallDual::isSettled(const SmallViolation& worst) {
+    constexpr double Clearly = 1e-6;
+    if (worst.amount > Clearly * size_ && size_ > 0.0) {
+        return false;
+    }
+    size_ = std::max(size_, std::sqrt(kernels_.dot(m_.z, m_.z, m_.shape.head())));
+    return !(worst.amount > Rounding * size_);
+}
+
+SmallDual::End SmallDual::pull(std::size_t i) {
+    const double sign = m_.values[i] > m_.upper[i] ? 1.0 : -1.0;
+    double distance =
+        std::max(m_.lower[i] - m_.values[i], m_.values[i] - m_.upper[i]) * m_.inverseNorm[i];
+    double multiplier = 0.0;
+    const std::size_t most = 3 * m_.shape.n + m_.shape.m / 8;
+    gather(i, sign);
+    while (steps_++ < most) {
+        const double squaredNorm = factor_.project();
+        const bool isDependent =
+            !(squaredNorm > Dependent * Dependent) || factor_.size() == m_.shape.n;
+        if (!isDependent && squaredNorm < TooClose * TooClose) {
+            return End::GivenUp;
+        }
+        const double whole = isDependent ? Infinity : distance / squaredNorm;
+        double step = whole;
+        std::size_t blocking = factor_.size();
+        for (std::size_t k = 0; k < factor_.size(); ++k) {
+            if (m_.isEquality[k] == 0.0 && m_.p[k] > NoMultiplier &&
+                m_.lambda[k] < step * m_.p[k]) {
+                step = m_.lambda[k] / m_.p[k];
+                blocking = k;
+            }
+        }
+        if (step == Infinity) {
+            newcomer_ = i;
+            newcomersSign_ = sign;
+            return End::Contradiction;
+        }
+        multiplier += step;
+        kernels_.addScaled(-step, m_.p, m_.lambda, SmallShape::upTo(factor_.size(), 8));
+        if (!isDependent) {
+            kernels_.addScaled(-step, m_.u, m_.z, m_.shape.head());
+            distance -= step * squaredNorm;
+        }
+        if (blocking == factor_.size()) {
+            join(i, sign, squaredNorm, multiplier);
+            return End::Optimal;
+        }
+        leave(blocking);
+    }
+    return End::GivenUp;
+}
+
+SmallDual::End SmallDual::minimise(Control& control) {
+    const SmallMatrix all = images();
+    End end = End::Optimal;
+    steps_ = 0;
+    size_ = std::sqrt(kernels_.dot(m_.w, m_.w, m_.shape.head()));
+    for (std::size_t round = 1; end == End::Optimal; ++round) {
+        const SmallViolation worst =
+            kernels_.price(all, m_.z, m_.lowest, m_.highest, m_.inverseNorm, m_.values);
+        if (isSettled(worst)) {
+            return End::Optimal;
+        }
+        if (round % StepsBetweenPolls == 0) {
+            control.poll();
+        }
+        end = control.mustEnd() ? End::GivenUp : pull(worst.index);
+    }
+    return end;
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,63 @@
+// The dual active-set method of the small road, in the space where the objective is a distance.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DUAL_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DUAL_HPP
+
+#include "frontend/control.hpp"
+#include "frontend/predict/small_factor.hpp"
+
+namespace activeset::frontend {
+
+/// With z = Lᵀx and w = L⁻¹c: min ½‖z + w‖² subject to sides of m_iᵀz, m_i the images of the
+/// constraints. Leaves in the memory z, the members of the working set with their multipliers, in
+/// proportion to the norms of the images, and the values of all constraints.
+class SmallDual {
+public:
+    enum class End {
+        Optimal,
+        Contradiction,  ///< memory.p: what takes the place of lambda; the newcomer's is 1
+        GivenUp
+    };
+
+    explicit SmallDual(SmallMemory& memory)
+        : m_(memory), kernels_(smallKernels()), factor_(memory) {}
+
+    /// Begins with the equalities and what of a working set makes sense beside them.
+    void begin(const WorkingSet& set);
+    /// Begins with the members that it ended with, as far as they still have sides. False where
+    /// the equalities are others.
+    [[nodiscard]] bool beginAgain();
+    [[nodiscard]] End minimise(Control& control);
+
+    [[nodiscard]] std::size_t steps() const { return steps_; }
+    [[nodiscard]] const SmallFactor& factor() const { return factor_; }
+    [[nodiscard]] std::size_t constraintOf(std::size_t k) const {
+        return static_cast<std::size_t>(m_.member[k]);
+    }
+    /// The constraint that members contradict, and its sign.
+    [[nodiscard]] std::size_t newcomer() const { return newcomer_; }
+    [[nodiscard]] double newcomersSign() const { return newcomersSign_; }
+
+private:
+    [[nodiscard]] bool isEquality(std::size_t i) const { return m_.lower[i] == m_.upper[i]; }
+    [[nodiscard]] SmallMatrix images() const;
+    void gather(std::size_t i, double sign);
+    void join(std::size_t i, double sign, double squaredNorm, double multiplier);
+    void joinUnlessDependent(std::size_t i, double sign);
+    void leave(std::size_t k);
+    void solve();
+    void dropWrongSigns();
+    [[nodiscard]] bool isSettled(const SmallViolation& worst);
+    [[nodiscard]] End pull(std::size_t i);
+
+    SmallMemory& m_;
+    const SmallKernels& kernels_;
+    SmallFactor factor_;
+    std::size_t steps_ = 0;
+    std::size_t newcomer_ = 0;
+    double newcomersSign_ = 1.0;
+    double size_ = 0.0;  ///< of z, at least
+};
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,144 @@
+// Cholesky of H and the images of all constraints in one sweep: [H; A; cᵀ; I]·L⁻ᵀ. A block of four
+// columns is brought up to date by the columns before it, for eight rows at a time, and finished by
+// its own 4 × 4 triangle. That is factorised as LDLᵀ, so that no square root waits for another.
+#include "frontend/predict/small_kernels.hpp"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "frontend/predict/small_images.cpp"
+#include "frontend/algebra/each_set.hpp"
+#include "frontend/predict/small_lanes.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace activeset::frontend::HWY_NAMESPACE {
+namespace {
+
+constexpr std::size_t Width = 4;  // columns of a block
+
+/// L of LDLᵀ of a 4 × 4 block, and 1/√D.
+struct Triangle {
+    double below[Width][Width];
+    double scale[Width];
+};
+
+/// Eight rows of a block of columns.
+struct Panel {
+    Octet columns[Width];
+};
+
+struct Sweep {
+    const SmallStack& stack;
+    std::size_t leading;  ///< of the images
+    std::size_t first;    ///< column of the block
+
+    HWY_INLINE double* at(std::size_t row, std::size_t col) const {
+        return stack.images + col * leading + row;
+    }
+
+    HWY_INLINE Panel dataAt(std::size_t row) const {
+        Panel panel;
+        for (std::size_t c = 0; c < Width; ++c) {
+            panel.columns[c] = load(stack.data + (first + c) * (stack.head + stack.rows) + row);
+        }
+        return panel;
+    }
+
+    /// Rows of I, of which `row` is the first one.
+    HWY_INLINE Panel identityAt(std::size_t row) const {
+        Panel panel;
+        for (std::size_t c = 0; c < Width; ++c) {
+            double unit[OctetLanes] = {};
+            if (first + c >= row && first + c < row + OctetLanes) {
+                unit[first + c - row] = 1.0;
+            }
+            panel.columns[c] = load(unit);
+        }
+        return panel;
+    }
+
+    /// Takes off what the columns `from` to `first` contribute.
+    HWY_INLINE void update(Panel& panel, std::size_t row, std::size_t from) const {
+        for (std::size_t k = from; k < first; ++k) {
+            const Octet column = load(at(row, k));
+            const double* const factors = at(first, k);
+            for (std::size_t c = 0; c < Width; ++c) {
+                takeFrom(panel.columns[c], column, spread(factors[c]));
+            }
+        }
+    }
+
+    HWY_INLINE void finish(Panel& panel, const Triangle& triangle, std::size_t row) const {
+        for (std::size_t c = 0; c < Width; ++c) {
+            for (std::size_t k = 0; k < c; ++k) {
+                takeFrom(panel.columns[c], panel.columns[k], spread(triangle.below[c][k]));
+            }
+        }
+        for (std::size_t c = 0; c < Width; ++c) {
+            store(times(panel.columns[c], octetOf(triangle.scale[c])), at(row, first + c));
+        }
+    }
+
+    HWY_INLINE bool factorise(const Panel& panel, Triangle& triangle, double tolerance) const {
+        double a[Width][OctetLanes];
+        for (std::size_t c = 0; c < Width; ++c) {
+            store(panel.columns[c], a[c]);
+        }
+        const std::size_t top = first % OctetLanes;
+        bool isPositive = true;
+        for (std::size_t c = 0; c < Width; ++c) {
+            const double pivot = a[c][top + c];
+            const double diagonal = stack.data[(first + c) * (stack.head + stack.rows) + first + c];
+            isPositive = isPositive && pivot > tolerance * diagonal;
+            const double inverse = 1.0 / pivot;
+            for (std::size_t r = c + 1; r < Width; ++r) {
+                const double factor = a[c][top + r] * inverse;
+                triangle.below[r][c] = factor;
+                for (std::size_t s = r; s < Width; ++s) {
+                    a[r][top + s] -= a[c][top + s] * factor;
+                }
+            }
+            triangle.scale[c] =
+                1.0 / hn::GetLane(hn::Sqrt(hn::Set(hn::CappedTag<double, 1>(), pivot)));
+        }
+        return isPositive;
+    }
+};
+
+bool factorise(const SmallStack& stack, double tolerance) {
+    const std::size_t height = stack.head + stack.rows;
+    Sweep sweep{stack, height + stack.head, 0};
+    for (; sweep.first < stack.cols; sweep.first += Width) {
+        const std::size_t diagonal = sweep.first / OctetLanes * OctetLanes;
+        Triangle triangle;  // NOLINT(cppcoreguidelines-pro-type-member-init): written next
+        Panel panel = sweep.dataAt(diagonal);
+        sweep.update(panel, diagonal, 0);
+        if (!sweep.factorise(panel, triangle, tolerance)) {
+            return false;
+        }
+        sweep.finish(panel, triangle, diagonal);
+        for (std::size_t row = diagonal + OctetLanes; row < height; row += OctetLanes) {
+            panel = sweep.dataAt(row);
+            sweep.update(panel, row, 0);
+            sweep.finish(panel, triangle, row);
+        }
+        for (std::size_t row = 0; row <= diagonal; row += OctetLanes) {
+            panel = sweep.identityAt(row);
+            sweep.update(panel, height + row, row);
+            sweep.finish(panel, triangle, height + row);
+        }
+    }
+    return true;
+}
+
+}  // namespace
+}  // namespace activeset::frontend::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace activeset::frontend {
+
+void chooseImages(InstructionSet set, SmallKernels& kernels) {
+    kernels.factorise = ACTIVESET_CHOOSE(set, factorise);
+}
+
+}  // namespace activeset::frontend
+#endif

@@ -1,0 +1,92 @@
+// The memory of the small road: one block, cut into the arrays that a problem needs.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_MEMORY_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_MEMORY_HPP
+
+#include <cstddef>
+#include <memory>
+
+#include "frontend/predict/small_kernels.hpp"
+
+namespace activeset::frontend {
+
+/// n variables and m rows as they lie in memory. Constraint i is row i of A, constraint rows + j
+/// the bounds of variable j. What fills up is a row of zeros without sides, or a variable that no
+/// other one knows, with curvature 1 and no slope.
+struct SmallShape {
+    std::size_t n = 0;
+    std::size_t m = 0;
+
+    static constexpr std::size_t upTo(std::size_t count, std::size_t unit) {
+        return (count + unit - 1) / unit * unit;
+    }
+    [[nodiscard]] std::size_t head() const { return upTo(n, 8); }
+    [[nodiscard]] std::size_t rows() const { return upTo(m + 1, 8); }  ///< of A, and c
+    [[nodiscard]] std::size_t cols() const { return upTo(n, 4); }
+    [[nodiscard]] std::size_t height() const { return head() + rows(); }
+    [[nodiscard]] std::size_t constraints() const { return rows() + head(); }
+    friend bool operator==(const SmallShape&, const SmallShape&) = default;
+};
+
+class SmallMemory {
+public:
+    /// Whether a problem is small enough: so that its block stays below a mebibyte, and its numbers
+    /// in the caches.
+    [[nodiscard]] static bool fits(const SmallShape& shape);
+
+    /// Makes room for a problem that fits. All arrays have what they had where the shape is as
+    /// before, else zeros.
+    /// @raises std::bad_alloc, with no shape and no arrays
+    void reshape(const SmallShape& shape);
+
+    SmallShape shape;
+
+    // head + rows × cols: [H; A; cᵀ]; 2·head + rows × cols: the images
+    double* data = nullptr;
+    double* images = nullptr;
+    // one for each constraint
+    double* lower = nullptr;
+    double* upper = nullptr;
+    double* lowest = nullptr;  ///< `lower` and what rounding may take from it
+    double* highest = nullptr;
+    double* inverseNorm = nullptr;  ///< of its image; 0 for a row of zeros
+    double* values = nullptr;
+    double* multipliers = nullptr;  ///< y, z
+    // head entries
+    double* c = nullptr;
+    double* x = nullptr;
+    double* w = nullptr;  ///< L⁻¹c
+    double* z = nullptr;  ///< Lᵀx
+    double* g = nullptr;
+    double* u = nullptr;
+    double* step = nullptr;
+    double* residual = nullptr;
+    // head × cols each: orthonormal Q and upper triangular T = R⁻¹ with Q·R the members' images
+    double* Q = nullptr;
+    double* T = nullptr;
+    // one for each member
+    double* target = nullptr;
+    double* sign = nullptr;  ///< 1 at an upper side, −1 at a lower one
+    double* lambda = nullptr;
+    double* r = nullptr;
+    double* p = nullptr;
+    double* s = nullptr;
+    double* member = nullptr;  ///< the constraint's number
+    double* isEquality = nullptr;
+    // sums in twice the precision: [H; A; cᵀ]·x, Aᵀy
+    SmallSums products;
+    SmallSums pull;
+
+private:
+    struct Free {
+        void operator()(double* block) const noexcept;
+    };
+
+    [[nodiscard]] static std::size_t sizeFor(const SmallShape& shape);
+
+    std::unique_ptr<double[], Free> block_;
+    std::size_t size_ = 0;
+};
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,37 @@
+// The point of a working set as exact as doubles are: one correction for the residuals, which are
+// formed in twice the precision, and those that it leaves.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_REFINEMENT_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_REFINEMENT_HPP
+
+#include "frontend/predict/small_dual.hpp"
+
+namespace activeset::frontend {
+
+class SmallRefinement {
+public:
+    SmallRefinement(SmallMemory& memory, const SmallDual& dual)
+        : m_(memory), dual_(dual), kernels_(smallKernels()) {}
+
+    /// memory.x, memory.multipliers and their sums, from where the dual method has ended.
+    void begin();
+    /// Moves them by one correction, and the sums with them.
+    void correct();
+
+private:
+    [[nodiscard]] bool isRow(std::size_t i) const { return i < m_.shape.rows(); }
+    [[nodiscard]] SmallMatrix data() const;
+    void setMultipliers();
+    void moveToBounds();
+    void formSums();
+    void gatherRow(std::size_t i);
+    void formResiduals();
+    void findStep();
+
+    SmallMemory& m_;
+    const SmallDual& dual_;
+    const SmallKernels& kernels_;
+};
+
+}  // namespace activeset::frontend
+
+#endif

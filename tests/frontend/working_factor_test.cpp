@@ -1,0 +1,105 @@
+// The factor of a Schur complement as its set changes, beside one that is formed afresh.
+#include "frontend/predict/working_factor.hpp"
+#include "frontend/generator.hpp"
+#include "frontend/sides.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+using frontend::NamedColumns;
+using frontend::WorkingFactor;
+
+class WorkingFactors : public FreshState {};
+
+/// n = 40 with 60 rows; of each second row from 40 on a copy, of each odd one a near copy.
+struct Rows {
+    frontend::Data data;
+    frontend::Dense factor;
+
+    explicit Rows(unsigned seed) {
+        std::mt19937_64 bits(seed);
+        std::normal_distribution<double> normal;
+        data.n = 40;
+        data.m = 60;
+        data.A.resize(data.n * data.m);
+        std::ranges::generate(data.A, [&] { return normal(bits); });
+        for (std::size_t i = 40; i < data.m; ++i) {
+            for (std::size_t j = 0; j < data.n; ++j) {
+                data.A[j * data.m + i] =
+                    data.A[j * data.m + i - 40] + (i % 2 == 0 ? 0.0 : 1e-6 * normal(bits));
+            }
+        }
+        factor = frontend::Dense(data.n, data.n);
+        for (std::size_t j = 0; j < data.n; ++j) {
+            factor(j, j) = 1.0 + 0.1 * static_cast<double>(j);
+            for (std::size_t i = 0; i < j; ++i) {
+                factor(i, j) = 0.1 * normal(bits);
+            }
+        }
+    }
+};
+
+/// Members come and go, a few or many at a time, by rotations and by appending again.
+TEST_F(WorkingFactors, SolveWithTheSetThatThereIs) {
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const Rows rows(seed);
+        NamedColumns columns(rows.data, rows.factor);
+        WorkingFactor working(columns);
+        std::mt19937_64 bits(seed);
+        for (int step = 0; step < 40; ++step) {
+            const unsigned stay = step % 3 == 0 ? 2 : 20;
+            NamedColumns::List wanted;
+            for (const std::size_t k : working.members()) {
+                if (bits() % stay != 0) {
+                    wanted.push_back(k);
+                }
+            }
+            for (std::size_t k = bits() % 12; k < 100 && wanted.size() < 30; k += 1 + bits() % 12) {
+                if (std::ranges::find(wanted, k) == wanted.end()) {
+                    wanted.push_back(k);
+                }
+            }
+            columns.name(wanted, working.members());
+            working.setMembers(wanted);
+            const NamedColumns::List& members = working.members();
+            Numbers right(members.size());
+            for (std::size_t i = 0; i < right.size(); ++i) {  // S·(1, 2, …)
+                for (std::size_t k = 0; k < right.size(); ++k) {
+                    right[i] += columns.inner(members[i], members[k]) * static_cast<double>(k + 1);
+                }
+            }
+            working.solve(right.data());
+            for (std::size_t k = 0; k < right.size() && !working.isDoubtful(); ++k) {
+                EXPECT_NEAR(right[k], static_cast<double>(k + 1), 1e-5);
+            }
+            // Row 40 + i is row i again: never both.
+            for (std::size_t i = 0; i < 20; i += 2) {
+                EXPECT_LE(std::ranges::count(members, i) + std::ranges::count(members, 40 + i), 1);
+            }
+        }
+    }
+}
+
+/// By hand: H = I, rows (1, 0) and (1, 1e-6). The second leaves (0, 1e-6).
+TEST_F(WorkingFactors, SeeWhatCancelsInTheSchurComplement) {
+    frontend::Data data;
+    data.n = 2;
+    data.m = 3;
+    data.A = {1.0, 1.0, 1.0, 0.0, 1e-6, 1e-10};
+    frontend::Dense factor(2, 2);
+    factor(0, 0) = factor(1, 1) = 1.0;
+    NamedColumns columns(data, factor);
+    WorkingFactor working(columns);
+    columns.name({0, 1, 2}, {});
+    working.setMembers({0});
+    EXPECT_NEAR(working.projectionOf(1).own, 1e-12, 1e-22);
+    EXPECT_EQ(working.projectionOf(2).own, 0.0);
+    working.setMembers({0, 1});
+    EXPECT_EQ(working.members().size(), 2U);
+    EXPECT_TRUE(working.isDoubtful());
+}
+
+}  // namespace
+}  // namespace activeset::test
