@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the seeds of the targets that decode bytes: corpus/entry/ and corpus/classes/.
+"""Writes the seeds of the targets that decode bytes: corpus/entry/, corpus/classes/
+and corpus/frontend/.
 
 A seed is a few chosen bytes, which settle sizes or the part of the library that is used, and then the
 bytes of a seeded generator, which the target reads as a problem or as a row of operations. Any bytes
@@ -31,6 +32,10 @@ def main():
     for k in range(24):
         generator = random.Random(100 + k)
         write("classes", f"seed_{k:02}", [k % 4], 100 + 40 * (k // 4), generator)
+    # A style of problem and what is done with it, in turn.
+    for k in range(42):
+        generator = random.Random(200 + k)
+        write("frontend", f"seed_{k:02}", [k % 14, k % 8], 200 + 5 * k, generator)
 
 
 if __name__ == "__main__":

@@ -32,6 +32,10 @@ namespace activeset {
 /// A side that is absent.
 inline constexpr double Infinity = std::numeric_limits<double>::infinity();
 
+/// Sides of this magnitude and more are absent as well: lower ones from −AbsentSide down, upper
+/// ones from AbsentSide up.
+inline constexpr double AbsentSide = 1e20;
+
 /// The order in which a matrix is stored.
 enum class Order { ColumnMajor, RowMajor };
 
@@ -137,9 +141,9 @@ struct WarmStart {
     WorkingSet workingSet{};
 };
 
-/// The data of one problem, all of it the caller's. n is the length of c, or, without c, that of
-/// H. What is empty is absent: no H is a linear program, no c is zero, no side or bound is
-/// infinite, no start is zero.
+/// The data of one problem, all of it the caller's. n is the length of c, or, without c, the number
+/// of columns of H, or, without both, of A; it may be 0. What is empty is absent: no H is a linear
+/// program, no c is zero, no side or bound is infinite, no start is zero.
 struct Problem {
     MatrixView H{};         ///< n × n, symmetric, positive semidefinite
     VectorView c{};         ///< n
@@ -171,8 +175,8 @@ struct Fault {
 
 /// How a solve ended.
 enum class Status {
-    Optimal,         ///< proved, to the tolerance
-    Infeasible,      ///< proved by Result::farkas
+    Optimal,         ///< proved: Certificate::holds(Settings::tolerance)
+    Infeasible,      ///< proved by Result::farkas, within its radius
     Unbounded,       ///< proved by Result::direction
     NotConvex,       ///< proved by Result::direction: the curvature along it is negative
     IterationLimit,  ///< the point reached so far
@@ -204,9 +208,14 @@ enum class Start {
 };
 
 struct Settings {
-    /// Relative size up to which residuals support `Status::Optimal`; more than 0, at most 1.
+    /// Relative size up to which residuals support `Status::Optimal`, and so of the error that the
+    /// objective may have; more than 0, at most 1.
     double tolerance = 1e-9;
-    Start start = Start::Automatic;
+    /// How far H may be from convex, as data are that were rounded, in proportion to ‖H‖_F, from 0
+    /// to 1: up to here H + δI is solved in its place, δ being Result::hessianShift. The default is
+    /// enough for numbers of 7 digits, or of float; 0 takes H as it is.
+    double convexityTolerance = 1e-6;
+    Start startMode = Start::Automatic;
     /// Most passes over all phases; 0 stands for a limit that no sound problem meets.
     std::size_t maxIterations = 0;
     /// From 0 up.
@@ -217,8 +226,7 @@ struct Settings {
     std::function<bool(const Progress&)> onPass{};
 };
 
-/// A residual as it is, and in proportion to the terms that it is the sum of. Terms below 1 are
-/// measured by 1, or by the size that the data give such terms where that is smaller.
+/// A residual as it is, and in proportion to the terms that it is the sum of.
 struct Residual {
     double absolute = 0.0;
     double relative = 0.0;
@@ -227,11 +235,16 @@ struct Residual {
 /// What a point and its multipliers are worth, from the caller's data alone, in extended
 /// precision.
 struct Certificate {
-    Residual primal{Infinity, Infinity};  ///< largest violation of a row or bound
-    Residual dual{
-        Infinity,
-        Infinity};  ///< largest entry of gradient + Aᵀy + z, y and z projected on their signs
-    Residual gap{Infinity, Infinity};  ///< primal minus dual objective
+    /// Largest violation of a row or bound. Terms below 1 are measured by 1, or by the size that
+    /// the data give such terms where that is smaller.
+    Residual primal{Infinity, Infinity};
+    /// Largest entry of gradient + Aᵀy + z, y and z projected on their signs; z takes up what it
+    /// can, so that an entry shows in the gap where x_j has a finite bound.
+    Residual dual{Infinity, Infinity};
+    /// absolute: primal minus dual objective. relative: a bound for the error of the objective in
+    /// proportion to the larger of the primal and dual objective without the constant and 1, or
+    /// less than 1 where the data are all small; rounding is counted in.
+    Residual gap{Infinity, Infinity};
 
     [[nodiscard]] bool holds(double tolerance) const noexcept {
         return primal.relative <= tolerance && dual.relative <= tolerance &&
@@ -245,7 +258,10 @@ struct Farkas {
     std::vector<double> y{};
     std::vector<double> z{};
     Residual residual{};  ///< of Aᵀy + z = 0
-    double value = 0.0;  ///< Σ y⁺·rowUpper − y⁻·rowLower + z⁺·upper − z⁻·lower, negative
+    /// Σ y⁺·rowUpper − y⁻·rowLower + z⁺·upper − z⁻·lower: at most −1, above −2
+    double value = 0.0;
+    /// No x with Σ |x_j| below it is feasible. Infinite where finite bounds take up the residual.
+    double radius = 0.0;
 };
 
 struct Iterations {
@@ -273,17 +289,20 @@ struct Result {
     int exitCode = -5;  ///< of the last run of the core, see docs/states.md; −5 without one
     std::vector<double> x{};
     double objective = 0.0;  ///< constant included
+    /// δ where H misses convexity and H + δI was solved, 0 otherwise. Multipliers, certificate and
+    /// status are of that problem; the objective is of H.
+    double hessianShift = 0.0;
     std::vector<double> y{};
     std::vector<double> z{};
     WorkingSet workingSet{};
     Certificate certificate{};
     std::optional<Farkas> farkas{};   ///< for Infeasible, else absent
     std::vector<double> direction{};  ///< for Unbounded and NotConvex, else empty
-    /// For Unbounded what H·d and the sides along d miss; for NotConvex the curvature dᵀHd.
+    /// For Unbounded what sides and H·d = A_eqᵀw miss along d; for NotConvex the curvature dᵀHd.
     Residual directionResidual{};
     std::vector<Fault> faults{};  ///< for Invalid: those of the problem and of the settings
-    /// For Failed what the exception said. For Invalid the texts of the first ten faults, a line
-    /// each, and how many more there are; no line end behind the last line.
+    /// For Failed what the exception said, for NotConvex which shift would do. For Invalid the
+    /// texts of the first ten faults, a line each, and how many more there are; no last line end.
     std::string message{};
     /// The start was predicted; with no iterations of the core the prediction was the solution.
     bool wasPredicted = false;

@@ -115,7 +115,7 @@ Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, 
     start.push_back(1.0 + violation(scaled, start).absolute);
     Answer answer = solveAuxiliary(problem, start, settings, control);
     Relaxation result;
-    result.isSolved = answer.status == Status::Optimal;
+    result.isSolved = statusOf(answer, settings.tolerance) == Status::Optimal;
     result.y.assign(scaled.m, 0.0);
     result.x = std::move(answer.point.x);
     result.violation = result.x.back();

@@ -11,7 +11,7 @@ namespace activeset::frontend {
 namespace {
 
 constexpr int MostChanges = 4;
-constexpr double Exact = 1e-11;  // in proportion, which stays so
+constexpr double Exact = 1e-11;  // residuals in proportion stay within this, and the tolerance
 
 /// One member of the working set, and what changing its multiplier would cost.
 struct Member {
@@ -65,14 +65,10 @@ double largestAbsolute(const Certificate& certificate) {
         {certificate.primal.absolute, certificate.dual.absolute, certificate.gap.absolute});
 }
 
-double largestRelative(const Certificate& certificate) {
-    return std::max(
-        {certificate.primal.relative, certificate.dual.relative, certificate.gap.relative});
-}
-
 }  // namespace
 
-void balance(const Data& data, const WorkingSet& set, Point& point, Judgement& judgement) {
+void balance(
+    const Data& data, const WorkingSet& set, double tolerance, Point& point, Judgement& judgement) {
     for (int change = 0; change < MostChanges; ++change) {
         Point trial = point;
         const std::vector<Member> members = membersOf(data, set, trial);
@@ -84,10 +80,11 @@ void balance(const Data& data, const WorkingSet& set, Point& point, Judgement& j
             return;
         }
         *cheapest->multiplier -= judgement.signedGap / cheapest->side;
+        settle(data, trial);
         const Judgement after = judge(data, trial);
         const bool isBetter =
             largestAbsolute(after.certificate) < largestAbsolute(judgement.certificate);
-        if (!isBetter || !(largestRelative(after.certificate) <= Exact)) {
+        if (!isBetter || !(after.certificate.holds(std::min(Exact, tolerance)))) {
             return;
         }
         point = std::move(trial);

@@ -2,14 +2,15 @@
 #ifndef ACTIVESET_SRC_FRONTEND_BALANCE_HPP
 #define ACTIVESET_SRC_FRONTEND_BALANCE_HPP
 
-#include "frontend/certificate.hpp"
+#include "frontend/proof/certificate.hpp"
 
 namespace activeset::frontend {
 
 /// Changes multipliers of the working set by so little that the largest absolute residual, be it
-/// that of the gap, falls, and all stay within 1e-11 in proportion; leaves the point alone where
-/// that cannot be.
-void balance(const Data& data, const WorkingSet& set, Point& point, Judgement& judgement);
+/// that of the gap, falls, and all stay within 1e-11, and the tolerance, in proportion; leaves the
+/// point alone where that cannot be.
+void balance(
+    const Data& data, const WorkingSet& set, double tolerance, Point& point, Judgement& judgement);
 
 }  // namespace activeset::frontend
 

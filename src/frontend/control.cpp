@@ -35,7 +35,8 @@ void Control::poll() {
         (utInterruptState::flags_pending.load(std::memory_order_relaxed) & 1U) != 0;
     if (settings_.stop.stop_requested() || flagged) {
         end_ = Status::Interrupted;
-    } else if (seconds() >= settings_.timeLimit.count()) {
+    } else if (settings_.timeLimit < std::chrono::duration<double>::max() &&
+               seconds() >= settings_.timeLimit.count()) {
         end_ = Status::TimeLimit;
     } else if (passesLeft() == 0) {
         end_ = Status::IterationLimit;

@@ -32,6 +32,8 @@ public:
     [[nodiscard]] std::size_t mainPasses() const { return mainPasses_; }
     [[nodiscard]] std::size_t passesLeft() const;
     [[nodiscard]] double seconds() const;
+    /// So much of them passed while somebody was polishing.
+    [[nodiscard]] double polishSeconds() const { return polishSeconds_; }
     /// What the callback raised is raised again: it may not pass through the core.
     void rethrow() const;
 
@@ -44,6 +46,33 @@ private:
     std::optional<Status> end_;
     bool isQuiet_ = false;
     std::exception_ptr raised_;
+
+    friend class Polishing;
+    double polishSeconds_ = 0.0;
+    bool isPolishing_ = false;
+};
+
+/// Books the time of its life as that of refinement and proof; within another one it does nothing,
+/// and asks for no time.
+class Polishing {
+public:
+    explicit Polishing(Control& control)
+        : control_(control.isPolishing_ ? nullptr : &control),
+          begin_(control.isPolishing_ ? 0.0 : control.seconds()) {
+        control.isPolishing_ = true;
+    }
+    ~Polishing() {
+        if (control_ != nullptr) {
+            control_->isPolishing_ = false;
+            control_->polishSeconds_ += control_->seconds() - begin_;
+        }
+    }
+    Polishing(const Polishing&) = delete;
+    Polishing& operator=(const Polishing&) = delete;
+
+private:
+    Control* control_;
+    double begin_;
 };
 
 }  // namespace activeset::frontend

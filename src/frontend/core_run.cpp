@@ -21,27 +21,6 @@ namespace {
 
 using Matrix = OPTMatrix<double>;
 
-class WatchedSolver;
-
-/// The options of a run. The core asks for the limit once a pass, at its end, which makes this the
-/// place where a run can be looked at and ended.
-class WatchedOptions : public ASoption {
-public:
-    WatchedOptions(WatchedSolver& solver, const Precision& precision) : solver_(solver) {
-        setTolCon(precision.violation);
-        setTolX(precision.step);
-        setDisplay("off");
-    }
-    WatchedOptions(const WatchedOptions&) = delete;
-    WatchedOptions& operator=(const WatchedOptions&) = delete;
-    ~WatchedOptions() override = default;
-
-    [[nodiscard]] int getMaxIter() const override;
-
-private:
-    WatchedSolver& solver_;
-};
-
 class WatchedSolver : public NullSpaceAS {
 public:
     WatchedSolver(Control& control,
@@ -85,14 +64,14 @@ public:
         }
     }
 
-    /// The limit for the passes of this run: none, or none any more.
-    [[nodiscard]] int endPass() {
-        control_.endPass(isPhaseOne(), [this] { return report(); });
-        return control_.mustEnd() || isCycling_ ? -1 : std::numeric_limits<int>::max();
-    }
-
     [[nodiscard]] bool isCycling() const { return isCycling_; }
     [[nodiscard]] Vector phaseOneMultipliers() const { return phaseOneMultipliers_; }
+
+protected:
+    [[nodiscard]] bool _mayGoOn() override {
+        control_.endPass(isPhaseOne(), [this] { return report(); });
+        return !control_.mustEnd() && !isCycling_;
+    }
 
 private:
     // Rounding may bring a set back once or twice at points that differ.
@@ -178,8 +157,14 @@ private:
     Vector phaseOneMultipliers_;
 };
 
-int WatchedOptions::getMaxIter() const {
-    return solver_.endPass();
+/// The control limits the passes.
+ASoption optionsOf(const Precision& precision) {
+    ASoption options;
+    options.setMaxIter(std::numeric_limits<int>::max());
+    options.setTolCon(precision.violation);
+    options.setTolX(precision.step);
+    options.setDisplay("off");
+    return options;
 }
 
 vxArray* wrapped(Vector& values, std::size_t rows, std::size_t cols) {
@@ -231,7 +216,7 @@ void solveInto(Run& run,
                WatchedSolver& solver,
                Lowering& lowering,
                IoptObjective& objective,
-               WatchedOptions& options,
+               IoptOption& options,
                const Vector& x,
                const CoreSet& set) {
     const std::size_t n = lowering.variables();
@@ -275,7 +260,7 @@ Run runCore(Lowering& lowering,
     const PoolRelease pool;
     const CountsGuard counts;  // whoever uses the classes finds theirs again
     WatchedSolver solver(control, precision, progress);
-    WatchedOptions options(solver, precision);
+    ASoption options = optionsOf(precision);
     std::unique_ptr<IoptObjective> objective;
     vxArray* const linear = wrapped(c, n, 1);
     if (H.empty()) {

@@ -7,9 +7,9 @@ namespace activeset::frontend {
 
 namespace {
 
-void copyMatrix(const MatrixView& matrix, Vector& target, std::size_t size) {
+void copyMatrix(const MatrixView& matrix, Vector& target) {
     target.clear();
-    target.reserve(size);
+    target.reserve(matrix.rows() * matrix.cols());
     for (std::size_t j = 0; j < matrix.cols() && !matrix.empty(); ++j) {
         if (matrix.order() == Order::ColumnMajor) {
             const double* column = matrix.data() + j * matrix.leading();
@@ -20,21 +20,28 @@ void copyMatrix(const MatrixView& matrix, Vector& target, std::size_t size) {
             target.push_back(matrix(i, j));
         }
     }
-    target.resize(size, 0.0);
 }
 
-void copyVector(const VectorView& vector, Vector& target, std::size_t size, double absent) {
-    if (vector.empty()) {
-        target.assign(size, absent);
-    } else {
+void copyVector(const VectorView& vector, Vector& target) {
+    target.clear();
+    if (!vector.empty()) {
         target.assign(vector.data(), vector.data() + vector.size());
     }
 }
 
+void copySides(const VectorView& lower, const VectorView& upper, Vector& lowers, Vector& uppers) {
+    copyVector(lower, lowers);
+    copyVector(upper, uppers);
+    std::replace_if(
+        lowers.begin(), lowers.end(), [](double side) { return side <= -AbsentSide; }, -Infinity);
+    std::replace_if(
+        uppers.begin(), uppers.end(), [](double side) { return side >= AbsentSide; }, Infinity);
+}
+
 // Halves that differ by rounding become their mean.
 void copyHessian(const MatrixView& matrix, Data& data) {
-    copyMatrix(matrix, data.H, data.n * data.n);
-    const bool isExact = isSymmetric(data.H.data(), data.n, data.n);
+    copyMatrix(matrix, data.H);
+    const bool isExact = data.H.empty() || isSymmetric(data.H.data(), data.n, data.n);
     for (std::size_t j = 0; j < data.n && !isExact; ++j) {
         for (std::size_t i = 0; i < j; ++i) {
             double& above = data.H[j * data.n + i];
@@ -75,7 +82,10 @@ bool isSymmetric(const double* values, std::size_t n, std::size_t leading) {
 }
 
 std::size_t variablesOf(const Problem& problem) {
-    return !problem.c.empty() ? problem.c.size() : problem.H.cols();
+    if (!problem.c.empty()) {
+        return problem.c.size();
+    }
+    return problem.H.cols() != 0 ? problem.H.cols() : problem.A.cols();
 }
 
 void copyPart(const Problem& problem, Part part, Data& data) {
@@ -84,23 +94,29 @@ void copyPart(const Problem& problem, Part part, Data& data) {
             copyHessian(problem.H, data);
             break;
         case Part::Linear:
-            copyVector(problem.c, data.c, data.n, 0.0);
+            copyVector(problem.c, data.c);
             data.constant = problem.constant;
             break;
         case Part::Rows:
-            copyMatrix(problem.A, data.A, data.m * data.n);
+            copyMatrix(problem.A, data.A);
             break;
         case Part::RowSides:
-            copyVector(problem.rowLower, data.rowLower, data.m, -Infinity);
-            copyVector(problem.rowUpper, data.rowUpper, data.m, Infinity);
+            copySides(problem.rowLower, problem.rowUpper, data.rowLower, data.rowUpper);
             break;
         case Part::Bounds:
-            copyVector(problem.lower, data.lower, data.n, -Infinity);
-            copyVector(problem.upper, data.upper, data.n, Infinity);
+            copySides(problem.lower, problem.upper, data.lower, data.upper);
             break;
         case Part::Start:
             break;
     }
+}
+
+void complete(Data& data) {
+    data.c.resize(data.n, 0.0);
+    data.rowLower.resize(data.m, -Infinity);
+    data.rowUpper.resize(data.m, Infinity);
+    data.lower.resize(data.n, -Infinity);
+    data.upper.resize(data.n, Infinity);
 }
 
 Data copyOf(const Problem& problem) {
@@ -110,6 +126,7 @@ Data copyOf(const Problem& problem) {
     for (const Part part : AllParts) {
         copyPart(problem, part, data);
     }
+    complete(data);
     return data;
 }
 

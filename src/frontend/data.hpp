@@ -59,8 +59,11 @@ inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
 /// Whether an n × n matrix is, to the last bit.
 [[nodiscard]] bool isSymmetric(const double* values, std::size_t n, std::size_t leading);
 
-/// Copies one part of a problem, which has no faults there. A start is not part of the data.
+/// Copies one part of a problem, which has no faults there; a vector that is absent is empty then.
+/// A start is not part of the data.
 void copyPart(const Problem& problem, Part part, Data& data);
+/// Writes out what is absent. Once no part has faults, the sizes are true.
+void complete(Data& data);
 /// Copies all of a problem without faults.
 [[nodiscard]] Data copyOf(const Problem& problem);
 

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <utility>
 
+#include "frontend/algebra/largest.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {
@@ -37,6 +39,21 @@ Dense multiply(Op op, const Dense& a, const Dense& b) {
         blas::gemm(op, Op::None, 1.0, viewOf(a), viewOf(b), 0.0, viewOf(result));
     }
     return result;
+}
+
+// The columns get lengths from 1 to 2, by powers of two; those of zeros stay. The factors.
+Vector normalise(Dense& matrix) {
+    Vector factors(matrix.cols, 1.0);
+    for (std::size_t j = 0; j < matrix.cols; ++j) {
+        const double length = std::sqrt(dot(matrix.column(j), matrix.column(j), matrix.rows));
+        if (length > 0.0 && std::isfinite(length)) {
+            factors[j] = std::ldexp(1.0, -std::ilogb(length));
+        }
+        for (std::size_t i = 0; i < matrix.rows && factors[j] != 1.0; ++i) {
+            matrix(i, j) *= factors[j];
+        }
+    }
+    return factors;
 }
 
 }  // namespace
@@ -86,11 +103,16 @@ void addProduct(const Dense& a, const Vector& x, Vector& y) {
     blas::gemv(Op::None, 1.0, viewOf(a), x.data(), 1.0, y.data());
 }
 
-bool factoriseUpper(Dense& a, double tolerance) {
+double largestDiagonal(const Dense& a) {
     double largest = 0.0;
     for (std::size_t k = 0; k < a.rows; ++k) {
         largest = std::max(largest, a(k, k));
     }
+    return largest;
+}
+
+bool factoriseUpper(Dense& a, double tolerance) {
+    const double largest = largestDiagonal(a);
     if (a.rows == 0) {
         return true;
     }
@@ -114,27 +136,21 @@ void solveUpperTransposed(const Dense& a, double* b, std::size_t count) {
 }
 
 double largestMagnitude(const Vector& values) {
-    double largest = 0.0;
-    for (const double value : values) {
-        largest = std::max(largest, std::abs(value));
-    }
-    return largest;
+    return largestMagnitude(values.data(), values.size());
 }
 
 PivotedQr::PivotedQr(Dense matrix)
-    : packed_(std::move(matrix)),
+    : factors_(normalise(matrix)),
+      packed_(std::move(matrix)),
       scales_(std::min(packed_.rows, packed_.cols), 0.0),
       pivots_(packed_.cols, 0) {
-    constexpr double Dependent = 1e-11;  // of the largest diagonal entry
+    constexpr double Dependent = 1e-11;  // of the length of a column
     if (scales_.empty()) {
         return;
     }
     lapack::geqp3(viewOf(packed_), pivots_.data(), scales_.data());
-    double largest = 0.0;
     for (const std::size_t steps = scales_.size(); rank_ < steps; ++rank_) {
-        const double pivot = std::abs(packed_(rank_, rank_));
-        largest = std::max(largest, pivot);
-        if (!(pivot > Dependent * largest)) {
+        if (!(std::abs(packed_(rank_, rank_)) > Dependent)) {
             break;
         }
     }
@@ -148,11 +164,19 @@ void PivotedQr::apply(double* v) const {
     lapack::ormqr(Op::None, columns(packed_, rank_), scales_.data(), {v, packed_.rows, 1});
 }
 
+void PivotedQr::multiplyByFactors(double* v) const {
+    for (std::size_t k = 0; k < rank_; ++k) {
+        v[k] *= factors_[pivot(k)];
+    }
+}
+
 void PivotedQr::solve(double* v) const {
     lapack::trtrs(triangle(packed_, rank_), {v, rank_, 1});
+    multiplyByFactors(v);
 }
 
 void PivotedQr::solveTransposed(double* v) const {
+    multiplyByFactors(v);
     lapack::trtrsTransposed(triangle(packed_, rank_), {v, rank_, 1});
 }
 
@@ -165,21 +189,22 @@ Dense PivotedQr::nullSpace() const {
     return basis;
 }
 
-PivotedCholesky::PivotedCholesky(Dense matrix, double tolerance)
+PivotedCholesky::PivotedCholesky(Dense matrix, double negligible)
     : factor_(std::move(matrix)), pivots_(factor_.rows, 0) {
-    double largest = 0.0;
-    for (std::size_t k = 0; k < factor_.rows; ++k) {
-        largest = std::max(largest, std::abs(factor_(k, k)));
-    }
     if (factor_.rows == 0) {
         return;
     }
     const Dense original = factor_;
-    Int rank = 0;
-    lapack::pstrf(viewOf(factor_), pivots_.data(), &rank, tolerance * largest);
-    rank_ = static_cast<std::size_t>(rank);
+    // LAPACK takes the first pivot without asking whether it is negligible.
+    if (largestDiagonal(factor_) > negligible) {
+        Int rank = 0;
+        lapack::pstrf(viewOf(factor_), pivots_.data(), &rank, negligible);
+        rank_ = static_cast<std::size_t>(rank);
+    } else {
+        std::iota(pivots_.begin(), pivots_.end(), 1);
+    }
     if (!isPositiveDefinite()) {
-        findNegative(schurComplement(original), tolerance * largest);
+        findNegative(schurComplement(original), negligible);
     }
 }
 
@@ -212,8 +237,8 @@ Dense PivotedCholesky::schurComplement(const Dense& matrix) const {
 
 // The Schur complement S has a direction of negative curvature where a diagonal entry is negative,
 // or where an entry beside the diagonal outweighs the two diagonal entries that belong to it.
-void PivotedCholesky::findNegative(const Dense& rest, double tolerance) {
-    double lowest = -tolerance;
+void PivotedCholesky::findNegative(const Dense& rest, double negligible) {
+    double lowest = -negligible;
     for (std::size_t j = 0; j < rest.cols; ++j) {
         if (rest(j, j) < lowest) {
             lowest = rest(j, j);

@@ -38,6 +38,8 @@ void axpy(double factor, const double* x, double* y, std::size_t count);
 /// y += a·x
 void addProduct(const Dense& a, const Vector& x, Vector& y);
 
+/// 0 where none is positive.
+[[nodiscard]] double largestDiagonal(const Dense& a);
 /// a := its upper Cholesky factor; false, a destroyed, unless every pivot is greater than
 /// `tolerance` times the largest diagonal entry.
 [[nodiscard]] bool factoriseUpper(Dense& a, double tolerance);
@@ -47,8 +49,9 @@ void solveUpperTransposed(const Dense& a, double* b, std::size_t count);
 
 [[nodiscard]] double largestMagnitude(const Vector& values);
 
-/// B = Q·R·Pᵀ, rows × cols, Householder with column pivoting. Columns that depend on those before
-/// them are behind `rank`.
+/// B·D = Q·R·Pᵀ, rows × cols, Householder with column pivoting; D, powers of two, brings the
+/// columns to length 1, so that each is measured by its own size. Columns that depend on those
+/// before them are behind `rank`.
 class PivotedQr {
 public:
     explicit PivotedQr(Dense matrix);
@@ -61,13 +64,16 @@ public:
     /// v := Qᵀv, v := Q·v; `rows` entries.
     void applyTransposed(double* v) const;
     void apply(double* v) const;
-    /// The first `rank` entries of v := R⁻¹v or R⁻ᵀv, R without its dependent columns.
+    /// The first `rank` entries of v := S⁻¹v or S⁻ᵀv, S = Qᵀ·B·P without its dependent columns.
     void solve(double* v) const;
     void solveTransposed(double* v) const;
     /// An orthonormal basis of what is orthogonal to all columns, rows × (rows − rank).
     [[nodiscard]] Dense nullSpace() const;
 
 private:
+    void multiplyByFactors(double* v) const;
+
+    Vector factors_;  // D
     Dense packed_;
     Vector scales_;
     std::vector<std::int64_t> pivots_;  // 1-based
@@ -77,9 +83,9 @@ private:
 /// M = P·L·Lᵀ·Pᵀ with pivoting on the diagonal, as far as M is positive: `rank` columns.
 class PivotedCholesky {
 public:
-    /// M symmetric, both halves; pivots up to `tolerance` times the largest diagonal entry are
-    /// zeros.
-    PivotedCholesky(Dense matrix, double tolerance);
+    /// M symmetric, both halves; pivots up to `negligible`, an absolute size, are zeros. It has to
+    /// come from what M was formed of: where that cancels, all of M may be rounding.
+    PivotedCholesky(Dense matrix, double negligible);
 
     [[nodiscard]] std::size_t rank() const { return rank_; }
     [[nodiscard]] bool isPositiveDefinite() const { return rank_ == factor_.rows; }
@@ -94,7 +100,7 @@ private:
         return static_cast<std::size_t>(pivots_[k] - 1);
     }
     [[nodiscard]] Dense schurComplement(const Dense& matrix) const;
-    void findNegative(const Dense& rest, double tolerance);
+    void findNegative(const Dense& rest, double negligible);
     void setNegative(std::size_t i, double ofI, std::size_t j, double ofJ);
 
     Dense factor_;

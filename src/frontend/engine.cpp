@@ -9,6 +9,8 @@
 #include <utility>
 
 #include "frontend/auxiliary.hpp"
+#include "frontend/proof/convexity.hpp"
+#include "frontend/proof/equalities.hpp"
 #include "frontend/proofs.hpp"
 #include "frontend/sides.hpp"
 
@@ -54,6 +56,10 @@ double errorOf(const Certificate& certificate) {
     return largest;
 }
 
+bool isBetter(const Judgement& a, const Judgement& b) {
+    return errorOf(a.certificate) < errorOf(b.certificate);
+}
+
 }  // namespace
 
 Engine::Engine(Prepared& problem, const Settings& settings, Control& control, Depth depth)
@@ -66,6 +72,11 @@ Engine::~Engine() {
 Answer Engine::solve(Vector x, const WorkingSet& set) {
     const Data& data = problem_.scaled;
     start_ = std::move(x);
+    if (data.n == 0) {
+        considerStart();
+        decideBySides(problem_, answer_);
+        return std::move(answer_);
+    }
     if (set.size() != 0) {
         startSet_ = Sides(data, set).workingSet();
     }
@@ -82,22 +93,42 @@ Answer Engine::solve(Vector x, const WorkingSet& set) {
     const bool isPredicted = rho_ == 0.0 && mayPredict();
     control_.poll();
     if (!isPredicted && !control_.mustEnd() && provesWorkingSet()) {
-        answer_.status = Status::Optimal;
         return std::move(answer_);
     }
     iterate();
-    const bool hasPredicted = answer_.prediction + answer_.dual > 0;
-    if (answer_.status == Status::Inaccurate && hasPredicted && !control_.mustEnd()) {
+    const bool isCold = set.size() == 0 && largestMagnitude(start_) <= largestMagnitude(origin());
+    if (!isCold && isUndecided()) {  // a start that does not serve is dropped
+        start_ = origin();
+        startSet_ = {};
+        hasFailedToPredict_ = false;
+        begin();
+        iterate();
+    }
+    if (answer_.prediction + answer_.dual > 0 && isUndecided()) {
         begin();  // predictions have led astray
         hasFailedToPredict_ = true;
         iterate();
     }
-    if (answer_.status == Status::Inaccurate && findsRay()) {
+    if (isUndecided() && findsRay()) {
         answer_.status = Status::Unbounded;
-    } else if (answer_.status == Status::Inaccurate && answer_.farkas) {
+    } else if (isUndecided() && answer_.farkas) {
         answer_.status = Status::Infeasible;
     }
     return std::move(answer_);
+}
+
+// Whether there is neither a proof nor a reason to end.
+bool Engine::isUndecided() const {
+    return answer_.status == Status::Inaccurate && !isProved() && !control_.mustEnd();
+}
+
+// The point between the bounds that is nearest to zero, where points have the most digits.
+Vector Engine::origin() const {
+    Vector x(problem_.scaled.n);
+    for (std::size_t j = 0; j < x.size(); ++j) {
+        x[j] = std::min(std::max(0.0, problem_.scaled.lower[j]), problem_.scaled.upper[j]);
+    }
+    return x;
 }
 
 // As if nothing had been done, but for the best point.
@@ -127,11 +158,6 @@ void Engine::iterate() {
     restoreLowering();
     if (answer_.point.x.empty()) {  // no run has come to a point
         considerStart();
-    }
-    const bool isSettled =
-        answer_.status == Status::Infeasible || answer_.status == Status::Unbounded;
-    if (!isSettled && isProved()) {
-        answer_.status = Status::Optimal;
     }
 }
 
@@ -169,11 +195,10 @@ bool Engine::provesWorkingSet() {
     if (set_.size() == 0) {
         return false;
     }
-    const double begin = control_.seconds();
+    const Polishing polishing(control_);
     Point point{centre_, Vector(problem_.scaled.m, 0.0), Vector(problem_.scaled.n, 0.0)};
     answer_.refinement += problem_.refinementOf(set_).apply(point, MostCorrections);
     consider(std::move(point), set_);
-    answer_.polishSeconds += control_.seconds() - begin;
     return isProved();
 }
 
@@ -181,13 +206,6 @@ Run Engine::runSubproblem() {
     Vector c = problem_.scaled.c;
     axpy(-rho_, centre_.data(), c.data(), c.size());
     return run(problem_.hessianPlus(rho_), c);
-}
-
-// Without an objective the core ends as soon as it has a feasible point.
-Run Engine::runPhaseOne() {
-    Vector H;
-    Vector c(problem_.scaled.n, 0.0);
-    return run(H, c);
 }
 
 Run Engine::run(Vector& H, Vector& c) {
@@ -236,10 +254,9 @@ Engine::Next Engine::followRun(const Run& run) {
 // A minimum of the subproblem: is it one of the problem?
 Engine::Next Engine::followMinimum(Point point, const WorkingSet& set) {
     Vector x = point.x;
-    hasFeasiblePoint_ = true;
     polish(std::move(point), set);
     if (isProved()) {
-        if (rho_ == 0.0 || bestError_ <= Exact || ++inexactProofs_ > MostInexactProofs) {
+        if (isExact() || ++inexactProofs_ > MostInexactProofs) {
             return Next::Done;
         }
         hasFailedToPredict_ = true;  // the core meets its constraints to the last digit
@@ -305,18 +322,20 @@ bool Engine::findsRay() {
     return !ray.empty() && provesRay(ray);
 }
 
-// A ray has to begin at a feasible point; and at one near the start, as far out any point satisfies
-// all constraints in proportion.
+// A ray has to begin at a feasible point: at one near the origin, as far out any point satisfies
+// all constraints in proportion, and feasible but for rounding, as rows that contradict one another
+// by little are satisfied to any tolerance.
 bool Engine::provesRay(const Vector& direction) {
+    constexpr double Feasible = 1e-13;
     if (depth_ == Depth::Auxiliary || !provesUnboundedness(problem_, direction, answer_)) {
         return false;
     }
     if (!isFeasible_) {
-        const Relaxation relaxation = relax(problem_.scaled, start_, settings_, control_);
+        const Relaxation relaxation = relax(problem_.scaled, origin(), settings_, control_);
         const Vector x = problem_.scaling.unscaled({relaxation.x, {}, {}}).x;
-        isFeasible_ = violation(problem_.user, x).relative <= settings_.tolerance;
+        isFeasible_ = violation(problem_.user, x).relative <= Feasible;
         if (!*isFeasible_) {
-            static_cast<void>(provesInfeasibility(problem_, relaxation.y, relaxation.z, answer_));
+            static_cast<void>(provesInfeasibility(problem_, relaxation.y, answer_));
         }
     }
     if (!*isFeasible_) {
@@ -334,7 +353,7 @@ Engine::Next Engine::followInfeasible(const Run& run) {
         if (!run.x.empty()) {
             consider({run.x, Vector(y.size()), Vector(z.size())}, {});
         }
-        if (provesInfeasibility(problem_, std::move(y), std::move(z), answer_)) {
+        if (provesInfeasibility(problem_, std::move(y), answer_)) {
             answer_.status = Status::Infeasible;
             return Next::Done;
         }
@@ -344,7 +363,7 @@ Engine::Next Engine::followInfeasible(const Run& run) {
     }
     Relaxation relaxation = relax(problem_.scaled, centre_, settings_, control_);
     consider({relaxation.x, Vector(problem_.scaled.m), Vector(problem_.scaled.n)}, {});
-    if (provesInfeasibility(problem_, relaxation.y, relaxation.z, answer_)) {
+    if (provesInfeasibility(problem_, relaxation.y, answer_)) {
         answer_.status = Status::Infeasible;
         return Next::Done;
     }
@@ -395,30 +414,57 @@ void Engine::perturb() {
 }
 
 void Engine::polish(Point point, const WorkingSet& set) {
-    const double begin = control_.seconds();
+    const Polishing polishing(control_);
     consider(point, set);
     if (!isProved() || errorOf(answer_.judgement.certificate) > 1e-15) {
         answer_.refinement += problem_.refinementOf(set).apply(point, MostCorrections);
         consider(std::move(point), set);
     }
-    answer_.polishSeconds += control_.seconds() - begin;
 }
 
 // Keeps the better point.
 void Engine::consider(Point point, const WorkingSet& set) {
-    const Judgement judgement = judge(problem_.user, problem_.scaling.unscaled(point));
-    const double error = errorOf(judgement.certificate);
+    const Polishing polishing(control_);
+    const Judgement judgement = judged(point, set);
     const bool isFirst = answer_.point.x.empty();
-    if (isFirst || error < bestError_ || (!areFinite(answer_.point.x) && areFinite(point.x))) {
-        bestError_ = error;
+    if (isFirst || isBetter(judgement, answer_.judgement) ||
+        (!areFinite(answer_.point.x) && areFinite(point.x))) {
         answer_.point = std::move(point);
         answer_.set = set;
         answer_.judgement = judgement;
     }
 }
 
+// Where all is solved as far as doubles can, and the rounding of large numbers is all that is left
+// to prove the objective by, more digits tell.
+Judgement Engine::judged(const Point& point, const WorkingSet& set) {
+    const Point users = problem_.scaling.unscaled(point);
+    Judgement judgement = judge(problem_.user, users);
+    const bool needsDigits = judgement.error <= Exact &&
+                             !judgement.certificate.holds(std::min(settings_.tolerance, Exact));
+    if (needsDigits && areFinite(point.x)) {
+        const Point digits =
+            problem_.scaling.unscaled(problem_.refinementOf(set).digitsBehind(point));
+        const Judgement behind = judge(problem_.user, users, &digits);
+        judgement = isBetter(behind, judgement) ? behind : judgement;
+    }
+    return judgement;
+}
+
 bool Engine::isProved() const {
     return answer_.judgement.certificate.holds(settings_.tolerance);
+}
+
+// Proved, and solved as far as doubles can.
+bool Engine::isExact() const {
+    return isProved() && answer_.judgement.error <= Exact;
+}
+
+Status statusOf(const Answer& answer, double tolerance) {
+    const bool isOther = answer.status == Status::Infeasible ||
+                         answer.status == Status::Unbounded || answer.status == Status::NotConvex;
+    return !isOther && answer.judgement.certificate.holds(tolerance) ? Status::Optimal
+                                                                     : answer.status;
 }
 
 }  // namespace activeset::frontend

@@ -5,16 +5,16 @@
 
 #include <optional>
 
-#include "frontend/certificate.hpp"
 #include "frontend/control.hpp"
 #include "frontend/core_run.hpp"
 #include "frontend/prepared.hpp"
+#include "frontend/proof/certificate.hpp"
 
 namespace activeset::frontend {
 
 /// What the engine has found, in scaled variables but for the proofs, which are the caller's.
 struct Answer {
-    Status status = Status::Inaccurate;
+    Status status = Status::Inaccurate;  ///< never Optimal, of which statusOf() decides
     int exitCode = -5;
     Point point;
     WorkingSet set;
@@ -27,8 +27,11 @@ struct Answer {
     std::size_t dual = 0;
     std::size_t proximal = 0;
     std::size_t refinement = 0;
-    double polishSeconds = 0.0;
 };
+
+/// The one place that says optimal: of a point whose certificate holds, unless something else is
+/// proved.
+[[nodiscard]] Status statusOf(const Answer& answer, double tolerance);
 
 /// How much an engine may call upon others like it.
 enum class Depth { Whole, Auxiliary };
@@ -59,7 +62,6 @@ private:
     [[nodiscard]] std::optional<Next> followPrediction();
     [[nodiscard]] bool provesContradiction(Point multipliers);
     [[nodiscard]] Run runSubproblem();
-    [[nodiscard]] Run runPhaseOne();
     [[nodiscard]] Run run(Vector& H, Vector& c);
     [[nodiscard]] Next follow(const Run& run);
     [[nodiscard]] Next followRun(const Run& run);
@@ -71,8 +73,12 @@ private:
     [[nodiscard]] bool findsRay();
     [[nodiscard]] bool provesRay(const Vector& direction);
     void consider(Point point, const WorkingSet& set);
+    [[nodiscard]] Judgement judged(const Point& point, const WorkingSet& set);
     void polish(Point point, const WorkingSet& set);
     [[nodiscard]] bool isProved() const;
+    [[nodiscard]] bool isExact() const;
+    [[nodiscard]] bool isUndecided() const;
+    [[nodiscard]] Vector origin() const;
     void perturb();
     void restoreLowering() noexcept;
 
@@ -91,11 +97,9 @@ private:
     int inexactProofs_ = 0;           ///< within the tolerance, not within rounding
     int unchecked_ = 0;               ///< proximal steps that pulled no less than the one before
     std::optional<bool> isFeasible_;  ///< the constraints, as far as that was looked at
-    bool hasFeasiblePoint_ = false;
     bool hasSoughtRay_ = false;
     bool hasFailedToPredict_ = false;
     std::optional<Lowering> unperturbed_;  ///< while the core's copy is perturbed
-    double bestError_ = Infinity;
     Answer answer_;
 };
 

@@ -6,6 +6,7 @@
 
 #include "frontend/engine.hpp"
 #include "frontend/solve.hpp"
+#include "host/floating_point.hpp"
 
 namespace activeset {
 
@@ -133,6 +134,7 @@ private:
 }  // namespace
 
 Conflict explainInfeasibility(const Problem& problem, const Settings& settings) {
+    const FloatingPointGuard environment;
     frontend::requireNoSolve();
     if (!faultsOf(problem).empty() || !frontend::faultsIn(settings).empty()) {
         return {};

@@ -2,7 +2,8 @@
 #include <utility>
 
 #include "frontend/engine.hpp"
-#include "frontend/predictor.hpp"
+#include "frontend/predict/predictor.hpp"
+#include "frontend/proof/units.hpp"
 #include "frontend/proofs.hpp"
 
 namespace activeset::frontend {
@@ -13,8 +14,8 @@ bool Engine::isWatched() const {
 }
 
 bool Engine::mayPredict() const {
-    const bool isWanted =
-        settings_.start == Start::Predict || (settings_.start == Start::Automatic && !isWatched());
+    const bool isWanted = settings_.startMode == Start::Predict ||
+                          (settings_.startMode == Start::Automatic && !isWatched());
     return isWanted && !hasFailedToPredict_ && !unperturbed_;
 }
 
@@ -27,27 +28,11 @@ std::optional<Engine::Next> Engine::followPrediction() {
         return std::nullopt;
     }
     subproblem->setCentre(centre_);
-    std::optional<Run> contradiction;
-    const auto isFeasible = [&] {
-        if (!hasFeasiblePoint_ && !isWatched()) {
-            Run phaseOne = runPhaseOne();
-            if (phaseOne.end == RunEnd::Infeasible) {
-                contradiction = std::move(phaseOne);
-                return false;
-            }
-            hasFeasiblePoint_ = true;
-        }
-        return true;
-    };
-    Prediction prediction = predict(*subproblem, set_, control_, isFeasible);
+    Prediction prediction = predict(*subproblem, set_, control_);
     answer_.prediction += prediction.rounds;
     answer_.dual += prediction.steps;
     if (control_.mustEnd()) {
         return stop();
-    }
-    if (contradiction) {
-        hasFailedToPredict_ = true;
-        return followInfeasible(*contradiction);
     }
     if (prediction.isInfeasible && provesContradiction(std::move(prediction.point))) {
         return Next::Done;
@@ -62,25 +47,25 @@ std::optional<Engine::Next> Engine::followPrediction() {
     }
     centre_ = prediction.point.x;
     set_ = prediction.set;
-    consider(std::move(prediction.point), set_);
-    if (isProved()) {
-        answer_.status = Status::Optimal;
+    consider(prediction.point, set_);
+    if (!isExact()) {
+        polish(std::move(prediction.point), set_);
+    }
+    if (isExact()) {
         return Next::Done;
     }
     hasFailedToPredict_ = true;
     return std::nullopt;
 }
 
-// A predicted contradiction has to be a proof for points of any size that matters: the equations
-// that it comes from may be nearly singular.
 bool Engine::provesContradiction(Point multipliers) {
-    constexpr double LargestResidual = 1e-12;
-    if (!provesInfeasibility(problem_, std::move(multipliers.y), std::move(multipliers.z),
-                             answer_)) {
+    const Polishing polishing(control_);
+    if (!provesInfeasibility(problem_, std::move(multipliers.y), answer_)) {
         return false;
     }
-    const double residual = answer_.farkas->residual.absolute * leastSize(problem_.user);
-    if (!(residual <= LargestResidual)) {
+    // The equations that it comes from may be nearly singular.
+    constexpr double Far = 1e12;
+    if (!(answer_.farkas->radius >= Far * leastSize(problem_.user))) {
         answer_.farkas.reset();
         return false;
     }

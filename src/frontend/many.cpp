@@ -11,6 +11,7 @@
 
 #include "activeset/host.hpp"
 #include "frontend/solve.hpp"
+#include "host/floating_point.hpp"
 
 namespace activeset {
 
@@ -89,12 +90,13 @@ public:
     }
 
     void work() noexcept {
+        std::optional<Settings> each;  // one copy a thread: its stop token is counted
         for (std::size_t k = next_++; k < chains(); k = next_++) {
             Chain chain;
             const std::size_t first = k * chain_;
             const std::size_t count = std::min(problems_.size() - first, chain_);
             for (std::size_t i = first; i < first + count; ++i) {
-                solve(i, chain);
+                solve(i, chain, each);
                 report();
             }
         }
@@ -108,21 +110,23 @@ public:
     }
 
 private:
-    void solve(std::size_t index, Chain& chain) noexcept {
+    void solve(std::size_t index, Chain& chain, std::optional<Settings>& each) noexcept {
         Result& result = results_[index];
         try {
             if (const std::optional<Status> end = endBefore()) {
                 result.status = *end;
                 return;
             }
-            Settings each = settings_.each;
-            each.stop = stop_.get_token();
+            if (!each) {
+                each = settings_.each;
+                each->stop = stop_.get_token();
+            }
             // One that is no limit goes on to the solve, which says so.
-            each.timeLimit = settings_.timeLimit.count() >= 0.0
-                                 ? std::min(each.timeLimit, std::max(timeLeft(), {}))
-                                 : settings_.timeLimit;
-            result = chain_ > 1 ? chain.solve(problems_[index], each)
-                                : activeset::solve(problems_[index], each);
+            each->timeLimit = settings_.timeLimit.count() >= 0.0
+                                  ? std::min(settings_.each.timeLimit, std::max(timeLeft(), {}))
+                                  : settings_.timeLimit;
+            result = chain_ > 1 ? chain.solve(problems_[index], *each)
+                                : activeset::solve(problems_[index], *each);
         } catch (const std::exception& error) {
             fail(result, error.what());
             chain.forgetSolver();
@@ -155,6 +159,9 @@ private:
     }
 
     [[nodiscard]] std::chrono::duration<double> timeLeft() const {
+        if (settings_.timeLimit == std::chrono::duration<double>::max()) {
+            return settings_.timeLimit;
+        }
         return settings_.timeLimit - (std::chrono::steady_clock::now() - begin_);
     }
 
@@ -202,6 +209,7 @@ void start(std::vector<std::jthread>& helpers, std::size_t count, Batch& batch) 
 }  // namespace
 
 std::vector<Result> solveMany(std::span<const Problem> problems, const ManySettings& settings) {
+    const FloatingPointGuard environment;  // which the other threads inherit
     frontend::requireNoSolve();
     Batch batch(problems, settings);
     const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());

@@ -4,7 +4,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "frontend/proofs.hpp"
+#include "frontend/proof/convexity.hpp"
+#include "frontend/proof/hessian_shift.hpp"
 
 namespace activeset::frontend {
 
@@ -33,6 +34,11 @@ Prepared::Prepared(Data problem)
 void Prepared::updateVectors(const Data& problem) {
     if (convexity_ && convexity_->kind != Convexity::Strict && !haveSameEqualities(user, problem)) {
         convexity_.reset();  // other equalities leave other directions
+        shift_ = 0.0;
+        shifted_.reset();
+    }
+    if (shifted_) {
+        shifted_->updateVectors(problem);
     }
     user.c = problem.c;
     user.rowLower = problem.rowLower;
@@ -59,6 +65,15 @@ const Convexity& Prepared::convexity() {
         convexity_ = convexityOf(*this);
     }
     return *convexity_;
+}
+
+double Prepared::hessianShift() {
+    if (shift_ == 0.0 && convexity().kind == Convexity::None) {
+        ShiftedProblem found = shiftedProblem(*this);
+        shift_ = found.shift;
+        shifted_ = std::move(found.problem);
+    }
+    return shift_;
 }
 
 const Refinement& Prepared::refinementOf(const WorkingSet& set) {

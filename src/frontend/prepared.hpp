@@ -3,6 +3,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREPARED_HPP
 #define ACTIVESET_SRC_FRONTEND_PREPARED_HPP
 
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -35,6 +36,11 @@ public:
     void updateVectors(const Data& problem);
 
     [[nodiscard]] const Convexity& convexity();
+    /// 0 for a convex problem, else a δ with which H + δI makes it one; infinite where none was
+    /// found.
+    [[nodiscard]] double hessianShift();
+    /// The problem with that δ; null for one that is convex.
+    [[nodiscard]] Prepared* shifted() { return shifted_.get(); }
     /// The problem with the proximal weight ρ, or, for ρ = 0, itself; null unless H + ρI is safely
     /// positive definite. The last one with ρ > 0 is kept, and that with ρ = 0.
     [[nodiscard]] Subproblem* subproblem(double rho);
@@ -55,6 +61,8 @@ public:
 private:
     std::optional<Lowering> lowering_;
     std::optional<Convexity> convexity_;
+    double shift_ = 0.0;  ///< 0 until it was sought
+    std::unique_ptr<Prepared> shifted_;
     std::optional<Subproblem> itself_;
     std::optional<Subproblem> proximal_;
     std::optional<Refinement> refinement_;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "frontend/data.hpp"
+#include "host/floating_point.hpp"
 
 namespace activeset {
 
@@ -195,6 +196,9 @@ private:
         if (!fits(name, matrix, rows, cols)) {
             return false;
         }
+        if (matrix.empty()) {
+            return true;  // whatever it points to
+        }
         const bool byColumns = matrix.order() == Order::ColumnMajor;
         const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
         const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
@@ -216,12 +220,6 @@ private:
     }
 
     void inspectLinear() {
-        if (n_ == 0) {
-            add("c", 0, 0, 0.0, [] {
-                return "the number of variables is unknown: c and H are empty; give c, if only "
-                       "zeros";
-            });
-        }
         inspectVector("c", problem_.c, n_);
         if (!std::isfinite(problem_.constant)) {
             add("constant", 0, 0, problem_.constant, [&] {
@@ -298,13 +296,17 @@ private:
         for (std::size_t i = 0; i < size && (hasLower || hasUpper); ++i) {
             const double low = hasLower ? lower[i] : -Infinity;
             const double high = hasUpper ? upper[i] : Infinity;
-            if (std::isnan(low) || low == Infinity) {
-                addEntry(lowerName, i, low, ", expected a number or -inf for no lower side");
+            const bool isLowerSide = low < AbsentSide;
+            const bool isUpperSide = high > -AbsentSide;
+            if (!isLowerSide) {
+                addEntry(lowerName, i, low,
+                         ", expected a number below 1e20, or -inf for no lower side");
             }
-            if (std::isnan(high) || high == -Infinity) {
-                addEntry(upperName, i, high, ", expected a number or inf for no upper side");
+            if (!isUpperSide) {
+                addEntry(upperName, i, high,
+                         ", expected a number above -1e20, or inf for no upper side");
             }
-            if (low > high && low != Infinity && high != -Infinity) {
+            if (low > high && isLowerSide && isUpperSide) {
                 add(lowerName, i, 0, low, [&] {
                     return entry(lowerName, i) + " = " + printed(low) + " is above " +
                            entry(upperName, i) + " = " + printed(high);
@@ -338,6 +340,9 @@ std::vector<Fault> faultsIn(const Settings& settings) {
     };
     check("settings.tolerance", settings.tolerance,
           settings.tolerance > 0.0 && settings.tolerance <= 1.0, "more than 0 and at most 1");
+    check("settings.convexityTolerance", settings.convexityTolerance,
+          settings.convexityTolerance >= 0.0 && settings.convexityTolerance <= 1.0,
+          "a number from 0 to 1");
     const double seconds = settings.timeLimit.count();
     check("settings.timeLimit", seconds, seconds >= 0.0, "a number of seconds from 0 up");
     return faults;
@@ -359,6 +364,7 @@ std::string messageOf(const std::vector<Fault>& faults) {
 }  // namespace frontend
 
 std::vector<Fault> faultsOf(const Problem& problem) {
+    const FloatingPointGuard environment;
     std::vector<Fault> faults;
     for (const frontend::Part part : frontend::AllParts) {
         auto found =

@@ -4,12 +4,21 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <utility>
 
 namespace activeset::frontend {
 
 namespace {
 
-constexpr double FlatCurvature = 1e-11;  // of the largest, in the reduced Hessian
+// Curvature in the reduced Hessian that counts as none: this part of the largest, and what rounding
+// of a product with H makes of none.
+double flatCurvature(const Dense& reduced, const Dense& H) {
+    constexpr double Flat = 1e-11;
+    constexpr double Rounding = 4.0 * std::numeric_limits<double>::epsilon();
+    return std::max(Flat * largestDiagonal(reduced),
+                    Rounding * static_cast<double>(H.rows) * largestMagnitude(H.values));
+}
 
 std::vector<std::size_t> freeVariables(const std::vector<bool>& isFixed) {
     std::vector<std::size_t> result;
@@ -62,7 +71,7 @@ Refinement::Refinement(const Data& data, const WorkingSet& set)
       freeH_(hessianOf(data, free_)),
       qr_(rowsOfFreeVariables()),
       basis_(data.quadratic ? qr_.nullSpace() : Dense()),
-      cholesky_(reducedHessian(), FlatCurvature) {}
+      cholesky_(reducedCholesky()) {}
 
 // The values that the members of the set are to have; they may have changed since the factors were
 // formed.
@@ -101,8 +110,13 @@ Dense Refinement::rowsOfFreeVariables() const {
     return result;
 }
 
-Dense Refinement::reducedHessian() const {
-    return data_.quadratic ? transposedProduct(basis_, product(freeH_, basis_)) : Dense();
+PivotedCholesky Refinement::reducedCholesky() const {
+    if (!data_.quadratic) {
+        return {Dense(), 0.0};
+    }
+    Dense reduced = transposedProduct(basis_, product(freeH_, basis_));
+    const double flat = flatCurvature(reduced, freeH_);
+    return {std::move(reduced), flat};
 }
 
 Refinement::Residuals Refinement::residualsAt(const Point& point, const Vector& sides) const {
@@ -120,7 +134,8 @@ Refinement::Residuals Refinement::residualsAt(const Point& point, const Vector& 
     return result;
 }
 
-void Refinement::correct(Point& point, const Residuals& residuals) const {
+Point Refinement::correction(const Residuals& residuals) const {
+    Point result{Vector(data_.n, 0.0), Vector(data_.m, 0.0), {}};
     const std::size_t count = free_.size();
     const std::size_t rank = qr_.rank();
     // The part of the step that the rows ask for.
@@ -154,13 +169,18 @@ void Refinement::correct(Point& point, const Residuals& residuals) const {
         axpy(1.0, along.data(), step.data(), count);
     }
     for (std::size_t k = 0; k < count; ++k) {
-        point.x[free_[k]] += step[k];
+        result.x[free_[k]] = step[k];
     }
     qr_.applyTransposed(force.data());
     qr_.solve(force.data());
     for (std::size_t k = 0; k < rank; ++k) {
-        point.y[rows_[qr_.pivot(k)]] += force[k];
+        result.y[rows_[qr_.pivot(k)]] = force[k];
     }
+    return result;
+}
+
+Point Refinement::digitsBehind(const Point& point) const {
+    return correction(residualsAt(point, sides()));
 }
 
 void Refinement::setBoundMultipliers(Point& point) const {
@@ -185,7 +205,9 @@ std::size_t Refinement::apply(Point& point, std::size_t most) const {
     Residuals residuals = residualsAt(point, values);
     while (corrections < most && residuals.size > 0.0) {
         Point trial = point;
-        correct(trial, residuals);
+        const Point step = correction(residuals);
+        axpy(1.0, step.x.data(), trial.x.data(), data_.n);
+        axpy(1.0, step.y.data(), trial.y.data(), data_.m);
         Residuals left = residualsAt(trial, values);
         if (!(left.size < residuals.size)) {
             break;

@@ -3,9 +3,9 @@
 #ifndef ACTIVESET_SRC_FRONTEND_REFINEMENT_HPP
 #define ACTIVESET_SRC_FRONTEND_REFINEMENT_HPP
 
-#include "frontend/certificate.hpp"
 #include "frontend/data.hpp"
 #include "frontend/dense.hpp"
+#include "frontend/proof/certificate.hpp"
 
 namespace activeset::frontend {
 
@@ -25,6 +25,8 @@ public:
     [[nodiscard]] const WorkingSet& set() const { return set_; }
     /// Moves x, y and z to the solution, as far as doubles can. The number of corrections made.
     std::size_t apply(Point& point, std::size_t most) const;
+    /// What x and y of such a point are in error by: the digits that doubles had no room for. No z.
+    [[nodiscard]] Point digitsBehind(const Point& point) const;
 
 private:
     struct Residuals {
@@ -41,11 +43,11 @@ private:
     };
 
     [[nodiscard]] Dense rowsOfFreeVariables() const;
-    [[nodiscard]] Dense reducedHessian() const;
+    [[nodiscard]] PivotedCholesky reducedCholesky() const;
     [[nodiscard]] Vector sides() const;
     void moveToBounds(Vector& x) const;
     [[nodiscard]] Residuals residualsAt(const Point& point, const Vector& sides) const;
-    void correct(Point& point, const Residuals& residuals) const;
+    [[nodiscard]] Point correction(const Residuals& residuals) const;
     void setBoundMultipliers(Point& point) const;
 
     const Data& data_;

@@ -19,6 +19,26 @@ void writeRow(const Data& data, std::size_t k, double* target) {
     }
 }
 
+// Column by column of A, in bands of rows whose targets stay in the cache.
+void writeRows(const Data& data, const std::vector<std::size_t>& constraints, double* target) {
+    constexpr std::size_t Band = 8;
+    for (std::size_t first = 0; first < constraints.size(); first += Band) {
+        const std::size_t last = std::min(first + Band, constraints.size());
+        for (std::size_t j = 0; j < data.n; ++j) {
+            const double* column = data.columnOfA(j);
+            for (std::size_t k = first; k < last; ++k) {
+                const bool isRow = constraints[k] < data.m;
+                target[k * data.n + j] = isRow ? column[constraints[k]] : 0.0;
+            }
+        }
+    }
+    for (std::size_t k = 0; k < constraints.size(); ++k) {
+        if (constraints[k] >= data.m) {
+            target[k * data.n + constraints[k] - data.m] = 1.0;
+        }
+    }
+}
+
 Sides::Sides(const Data& data) : data_(&data), held_(data.m + data.n, Side::None) {
     for (std::size_t k = 0; k < held_.size(); ++k) {
         if (lower(k) == upper(k)) {

@@ -15,6 +15,9 @@ enum class Side : std::uint8_t { None, Lower, Upper, Both };
 
 /// Writes the gradient of constraint k, n entries.
 void writeRow(const Data& data, std::size_t k, double* target);
+/// Writes those of many constraints, one behind the other; of bounds only the entry that is not 0,
+/// where the target is 0.
+void writeRows(const Data& data, const std::vector<std::size_t>& constraints, double* target);
 
 class Sides {
 public:
@@ -48,7 +51,7 @@ public:
     [[nodiscard]] std::vector<std::size_t> members() const;
     /// Their values.
     [[nodiscard]] Vector targets() const;
-    /// They by kind.
+    /// The constraints that are held, by kind.
     [[nodiscard]] WorkingSet workingSet() const;
     /// The gradient of a constraint.
     [[nodiscard]] Vector row(std::size_t k) const;

@@ -7,8 +7,12 @@
 
 #include "activeset/host.hpp"
 #include "frontend/balance.hpp"
+#include "frontend/dense.hpp"
 #include "frontend/engine.hpp"
+#include "frontend/predict/small_problem.hpp"
+#include "frontend/proof/units.hpp"
 #include "frontend/solve.hpp"
+#include "host/floating_point.hpp"
 
 namespace activeset {
 
@@ -42,9 +46,14 @@ namespace {
 
 constexpr double WorthIt = 1e-10;  // an absolute gap above this is made smaller if it can be
 
-// Where the solve begins, in scaled variables: inside the bounds.
+// Where the solve begins, in scaled variables: inside the bounds. A start much farther out than
+// anything in the data is none: points there have too few digits to be judged by.
 frontend::Vector startOf(const frontend::Prepared& problem, frontend::Vector x) {
+    constexpr double Far = 1e8;
     const frontend::Data& data = problem.user;
+    if (frontend::largestMagnitude(x) > Far * frontend::mostSize(data)) {
+        x.clear();
+    }
     x.resize(data.n, 0.0);
     for (std::size_t j = 0; j < data.n; ++j) {
         x[j] = std::isfinite(x[j]) ? x[j] : 0.0;
@@ -86,11 +95,12 @@ Result solvePrepared(Prepared& problem,
         Engine(problem, settings, control, Depth::Whole).solve(startOf(problem, std::move(x)), set);
     control.rethrow();
     Point point = problem.scaling.unscaled(std::move(answer.point));
-    project(problem.user, point);
-    if (answer.status == Status::Optimal && answer.judgement.certificate.gap.absolute > WorthIt) {
-        balance(problem.user, answer.set, point, answer.judgement);
+    settle(problem.user, point);
+    if (statusOf(answer, settings.tolerance) == Status::Optimal &&
+        answer.judgement.certificate.gap.absolute > WorthIt) {
+        balance(problem.user, answer.set, settings.tolerance, point, answer.judgement);
     }
-    result.status = answer.status;
+    result.status = statusOf(answer, settings.tolerance);
     result.exitCode = answer.exitCode;
     result.x = std::move(point.x);
     result.y = std::move(point.y);
@@ -105,7 +115,7 @@ Result solvePrepared(Prepared& problem,
     result.iterations = {control.phaseOnePasses(), control.mainPasses(),
                          answer.prediction,        answer.dual,
                          answer.proximal,          answer.refinement};
-    result.times.polish = answer.polishSeconds;
+    result.times.polish = control.polishSeconds();
     result.times.total = control.seconds();
     result.times.solve = result.times.total - result.times.setup - result.times.polish;
     return result;
@@ -114,9 +124,14 @@ Result solvePrepared(Prepared& problem,
 }  // namespace frontend
 
 Result solve(const Problem& problem, const Settings& settings) {
+    const FloatingPointGuard environment;
     frontend::requireNoSolve();
     frontend::Control control(
         settings, frontend::automaticLimit(frontend::variablesOf(problem), problem.A.rows()));
+    if (std::optional<Result> result =
+            frontend::SmallProblem::ofThread().solve(problem, settings, control)) {
+        return std::move(*result);
+    }
     std::vector<Fault> faults = faultsOf(problem);
     std::ranges::move(frontend::faultsIn(settings), std::back_inserter(faults));
     if (!faults.empty()) {
@@ -128,9 +143,9 @@ Result solve(const Problem& problem, const Settings& settings) {
     if (warm == nullptr && !problem.start.empty()) {
         start.assign(problem.start.data(), problem.start.data() + problem.start.size());
     }
-    return frontend::solvePrepared(prepared, std::move(start),
-                                   warm != nullptr ? warm->workingSet : WorkingSet(), settings,
-                                   control);
+    return frontend::solveConvexified(prepared, std::move(start),
+                                      warm != nullptr ? warm->workingSet : WorkingSet(), settings,
+                                      control);
 }
 
 }  // namespace activeset

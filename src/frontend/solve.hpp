@@ -20,6 +20,11 @@ void requireNoSolve();
 [[nodiscard]] Result solvePrepared(
     Prepared& problem, Vector x, const WorkingSet& set, const Settings& settings, Control& control);
 
+/// The same, with H + δI in the place of H where H misses convexity by no more than the settings
+/// allow. The objective is that of H itself.
+[[nodiscard]] Result solveConvexified(
+    Prepared& problem, Vector x, const WorkingSet& set, const Settings& settings, Control& control);
+
 }  // namespace activeset::frontend
 
 #endif

@@ -5,18 +5,42 @@
 #include <iterator>
 #include <utility>
 
+#include "frontend/predict/small_problem.hpp"
 #include "frontend/solve.hpp"
+#include "host/floating_point.hpp"
 
 namespace activeset {
 
 using frontend::Data;
 using frontend::Part;
 
+namespace {
+
+Problem viewOf(const Data& data) {
+    Problem problem;
+    problem.c = data.c;
+    problem.rowLower = data.rowLower;
+    problem.rowUpper = data.rowUpper;
+    problem.lower = data.lower;
+    problem.upper = data.upper;
+    problem.constant = data.constant;
+    if (data.quadratic) {
+        problem.H = MatrixView(data.H, data.n, data.n);
+    }
+    if (data.m > 0) {
+        problem.A = MatrixView(data.A, data.m, data.n);
+    }
+    return problem;
+}
+
+}  // namespace
+
 class Solver::Sequence {
 public:
     Sequence(const Problem& problem, Settings chosen) : settings(std::move(chosen)) {
+        const FloatingPointGuard environment;
         data_.n = frontend::variablesOf(problem);
-        data_.m = problem.A.empty() ? 0 : problem.A.rows();
+        data_.m = problem.A.rows();
         for (const Part part : frontend::AllParts) {
             change(problem, part);
         }
@@ -30,16 +54,20 @@ public:
     // A part with faults is not copied, whatever sizes it speaks of; they stay until it is replaced
     // by one without.
     void change(const Problem& problem, Part part) {
+        const FloatingPointGuard environment;
         faultsOf(part) = frontend::faultsIn(problem, data_.n, data_.m, part);
         if (!faultsOf(part).empty()) {
             return;
         }
         frontend::copyPart(problem, part, data_);
-        haveMatricesChanged_ = haveMatricesChanged_ || part == Part::Hessian || part == Part::Rows;
+        const bool isOfMatrices = part == Part::Hessian || part == Part::Rows;
+        haveMatricesChanged_ = haveMatricesChanged_ || isOfMatrices;
+        haveSmallMatricesChanged_ = haveSmallMatricesChanged_ || isOfMatrices;
         haveVectorsChanged_ = true;
     }
 
     Result solve() {
+        const FloatingPointGuard environment;
         frontend::requireNoSolve();
         frontend::Control control(settings, frontend::automaticLimit(data_.n, data_.m));
         std::vector<Fault> faults;
@@ -50,6 +78,11 @@ public:
         if (!faults.empty()) {
             return frontend::invalid(std::move(faults));
         }
+        frontend::complete(data_);
+        std::optional<Result> small = solveSmall(control);
+        if (small) {
+            return std::move(*small);
+        }
         if (!prepared_ || haveMatricesChanged_) {
             prepared_ = std::make_unique<frontend::Prepared>(data_);
         } else if (haveVectorsChanged_) {
@@ -58,18 +91,48 @@ public:
         haveMatricesChanged_ = false;
         haveVectorsChanged_ = false;
         Result result =
-            frontend::solvePrepared(*prepared_, last_.x, last_.workingSet, settings, control);
+            frontend::solveConvexified(*prepared_, last_.x, last_.workingSet, settings, control);
         if (result.status == Status::Optimal) {
-            last_ = result.warmStart();
+            keep(result);
         }
         return result;
     }
 
-    void restart(WarmStart start) { last_ = std::move(start); }
+    void restart(WarmStart start) {
+        isLastSmall_ = isLastSmall_ && start.workingSet == last_.workingSet;
+        last_ = std::move(start);
+    }
 
     Settings settings;
 
 private:
+    // From where the last solve on the same road has ended, if nothing has come in between.
+    std::optional<Result> solveSmall(frontend::Control& control) {
+        if (!data_.quadratic || !frontend::SmallProblem::suits(settings)) {
+            return std::nullopt;
+        }
+        if (!small_) {
+            small_ = std::make_unique<frontend::SmallProblem>();
+        }
+        Problem problem = viewOf(data_);
+        problem.warmStart = &last_;
+        const bool mayContinue = std::exchange(isLastSmall_, false);
+        std::optional<Result> result =
+            small_->solveNext(problem, haveSmallMatricesChanged_,
+                              mayContinue ? nullptr : &last_.workingSet, settings, control);
+        haveSmallMatricesChanged_ = false;
+        if (result && result->status == Status::Optimal) {
+            keep(*result);
+            isLastSmall_ = true;
+        }
+        return result;
+    }
+
+    void keep(const Result& result) {
+        last_.x = result.x;
+        last_.workingSet = result.workingSet;
+    }
+
     [[nodiscard]] std::vector<Fault>& faultsOf(Part part) {
         return faults_.at(static_cast<std::size_t>(part));
     }
@@ -77,9 +140,12 @@ private:
     Data data_;
     std::array<std::vector<Fault>, frontend::AllParts.size()> faults_;
     std::unique_ptr<frontend::Prepared> prepared_;
+    std::unique_ptr<frontend::SmallProblem> small_;
     bool haveMatricesChanged_ = false;
+    bool haveSmallMatricesChanged_ = false;  // since the small road has seen them
     bool haveVectorsChanged_ = false;
     WarmStart last_;
+    bool isLastSmall_ = false;  // found by the small road, which has its factors
 };
 
 Solver::Solver(const Problem& problem, Settings settings)

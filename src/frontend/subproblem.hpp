@@ -5,7 +5,8 @@
 
 #include "frontend/data.hpp"
 #include "frontend/dense.hpp"
-#include "frontend/schur_system.hpp"
+#include "frontend/predict/free_system.hpp"
+#include "frontend/predict/working_factor.hpp"
 
 namespace activeset::frontend {
 
@@ -26,9 +27,14 @@ public:
     void setCentre(const Vector& centre);
 
     [[nodiscard]] const Data& data() const { return rho_ > 0.0 ? shifted_ : problem_; }
-    /// The upper Cholesky factor of H + ρI.
+    /// The upper Cholesky factor Lᵀ of H + ρI.
     [[nodiscard]] const Dense& factor() const { return factor_; }
-    [[nodiscard]] SchurSystem& system() { return system_; }
+    [[nodiscard]] NamedColumns& columns() { return columns_; }
+    [[nodiscard]] WorkingFactor& working() { return working_; }
+    [[nodiscard]] FreeSystem& freeSystem() { return freeSystem_; }
+    /// Of each constraint a, 1/√Σ a_j²/H_jj; 1 for one without entries. By it violations of
+    /// different constraints compare: an estimate of the length of a in the norm of H⁻¹.
+    [[nodiscard]] const Vector& weights();
 
 private:
     const Data& problem_;
@@ -36,7 +42,10 @@ private:
     Data shifted_;  // for ρ > 0
     Dense factor_;
     bool isDefinite_;
-    SchurSystem system_;
+    NamedColumns columns_;
+    WorkingFactor working_;
+    FreeSystem freeSystem_;
+    Vector weights_;
 };
 
 }  // namespace activeset::frontend

@@ -1,74 +1,59 @@
-// Four sums at a time: one alone would wait for its own last addition, and a sum that goes back to
-// memory after each term costs more than the term.
 #include "frontend/sums.hpp"
-
-#include <array>
-#include <cmath>
 
 namespace activeset::frontend {
 
 namespace {
 
-constexpr std::size_t Width = 4;
+/// Room for sums as the kernels write them.
+class Columns {
+public:
+    explicit Columns(std::size_t count) : count_(count), values_(3 * count) {}
 
-struct Block {
-    std::array<Extended, Width> values{};
-    std::array<double, Width> scales{};
-
-    void add(std::size_t k, double a, double b) {
-        values[k] += static_cast<Extended>(a) * b;
-        scales[k] += std::abs(a * b);
+    [[nodiscard]] SumsView view() {
+        return {values_.data(), values_.data() + count_, values_.data() + 2 * count_};
     }
-};
-
-// sum += Σ a_i·b_i
-void addProducts(Sum& sum, const double* a, const double* b, std::size_t count) {
-    Block block;
-    std::size_t i = 0;
-    for (; i + Width <= count; i += Width) {
-        for (std::size_t k = 0; k < Width; ++k) {
-            block.add(k, a[i + k], b[i + k]);
+    void addTo(std::vector<Sum>& sums) {
+        const SumsView from = view();
+        for (std::size_t k = 0; k < count_; ++k) {
+            sums[k].value += DoubleDouble(from.value[k], from.rest[k]);
+            sums[k].scale += from.scale[k];
         }
     }
-    for (; i < count; ++i) {
-        block.add(0, a[i], b[i]);
+    [[nodiscard]] std::vector<Sum> sums() {
+        const SumsView from = view();
+        std::vector<Sum> result(count_);
+        for (std::size_t k = 0; k < count_; ++k) {
+            result[k] = {DoubleDouble(from.value[k], from.rest[k]), from.scale[k]};
+        }
+        return result;
     }
-    for (std::size_t k = 0; k < Width; ++k) {
-        sum.value += block.values[k];
-        sum.scale += block.scales[k];
-    }
+
+private:
+    std::size_t count_;
+    Vector values_;
+};
+
+Columns transposedColumns(const Data& data, const Vector& y) {
+    Columns columns(data.n);
+    exactTransposedProduct({data.A.data(), data.m, data.n, data.m}, y.data(), columns.view());
+    return columns;
 }
 
 }  // namespace
 
 std::vector<Sum> rowValues(const Data& data, const Vector& x) {
-    std::vector<Sum> rows(data.m);
-    std::size_t i = 0;
-    for (; i + Width <= data.m; i += Width) {
-        Block block;
-        for (std::size_t j = 0; j < data.n; ++j) {
-            for (std::size_t k = 0; k < Width; ++k) {
-                block.add(k, data.columnOfA(j)[i + k], x[j]);
-            }
-        }
-        for (std::size_t k = 0; k < Width; ++k) {
-            rows[i + k] = {block.values[k], block.scales[k]};
-        }
-    }
-    for (; i < data.m; ++i) {
-        for (std::size_t j = 0; j < data.n; ++j) {
-            rows[i].add(static_cast<Extended>(data.columnOfA(j)[i]) * x[j]);
-        }
-    }
-    return rows;
+    Columns columns(data.m);
+    exactProduct({data.A.data(), data.m, data.n, data.m}, x.data(), columns.view());
+    return columns.sums();
 }
 
 std::vector<Sum> curvedSums(const Data& data, const Vector& x) {
-    std::vector<Sum> sums(data.n);
-    for (std::size_t j = 0; j < data.n && data.quadratic; ++j) {
-        addProducts(sums[j], data.columnOfH(j), x.data(), data.n);
+    if (!data.quadratic) {
+        return std::vector<Sum>(data.n);
     }
-    return sums;
+    Columns columns(data.n);
+    exactProduct({data.H.data(), data.n, data.n, data.n}, x.data(), columns.view());
+    return columns.sums();
 }
 
 void addLinear(std::vector<Sum>& sums, const Data& data) {
@@ -78,9 +63,7 @@ void addLinear(std::vector<Sum>& sums, const Data& data) {
 }
 
 void addTransposedProduct(std::vector<Sum>& sums, const Data& data, const Vector& y) {
-    for (std::size_t j = 0; j < data.n; ++j) {
-        addProducts(sums[j], data.columnOfA(j), y.data(), data.m);
-    }
+    transposedColumns(data, y).addTo(sums);
 }
 
 std::vector<Sum> gradientSums(const Data& data, const Vector& x, const Vector& y) {
@@ -91,9 +74,7 @@ std::vector<Sum> gradientSums(const Data& data, const Vector& x, const Vector& y
 }
 
 std::vector<Sum> transposedSums(const Data& data, const Vector& y) {
-    std::vector<Sum> sums(data.n);
-    addTransposedProduct(sums, data, y);
-    return sums;
+    return transposedColumns(data, y).sums();
 }
 
 }  // namespace activeset::frontend

@@ -2,25 +2,37 @@
 #ifndef ACTIVESET_SRC_FRONTEND_SUMS_HPP
 #define ACTIVESET_SRC_FRONTEND_SUMS_HPP
 
+#include <cmath>
 #include <vector>
 
+#include "frontend/algebra/double_double.hpp"
+#include "frontend/algebra/exact_products.hpp"
 #include "frontend/data.hpp"
 
 namespace activeset::frontend {
 
 /// The type of such sums.
-using Extended = long double;
+using Extended = DoubleDouble;
 
 /// A sum, and the sum of the magnitudes of its terms.
 struct Sum {
-    Extended value = 0;
+    Extended value;
     double scale = 0.0;
 
     void add(Extended term) {
         value += term;
-        scale += static_cast<double>(term < 0 ? -term : term);
+        scale += std::abs(static_cast<double>(term));
     }
 };
+
+[[nodiscard]] inline double magnitude(const Extended& value) {
+    return std::abs(static_cast<double>(value));
+}
+
+/// A bound for what rounding may have done to a sum of so many products of doubles.
+[[nodiscard]] inline double roundingOf(const Sum& sum, std::size_t terms) {
+    return boundOfRounding(terms, sum.scale);
+}
 
 /// A·x, m sums.
 [[nodiscard]] std::vector<Sum> rowValues(const Data& data, const Vector& x);

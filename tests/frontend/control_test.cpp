@@ -101,7 +101,6 @@ TEST_F(FrontEndChecks, FindShapesThatDoNotFitBeforeReadingThem) {
         return result.status == Status::Invalid ? result.message : "solved";
     };
     const std::vector<std::pair<Problem, std::string>> cases{
-        {{}, "the number of variables is unknown: c and H are empty; give c, if only zeros"},
         {{.H = {two, 2, 2}, .c = two},
          "H, 2 x 2, needs more than the 2 elements that it was given"},
         {{.H = {two, 1, 2}, .c = two}, "H is 1 x 2, expected 2 x 2 for 2 variables"},
@@ -132,7 +131,7 @@ Sample longSample() {
 TEST_F(FrontEndControl, EndsASolveAndSaysWhy) {
     const Sample sample = longSample();
     const std::size_t passes = [&] {
-        const Result r = solve(sample.view(), {.start = Start::Cold});
+        const Result r = solve(sample.view(), {.startMode = Start::Cold});
         return r.iterations.phaseOne + r.iterations.main;
     }();
     ASSERT_GT(passes, 10U);
@@ -203,6 +202,25 @@ TEST_F(FrontEndControl, TellsTheCallbackHowFarItIs) {
     EXPECT_NEAR(last.objective, r.objective, 1e-9 * std::max(1.0, std::abs(r.objective)));
     EXPECT_NEAR(last.violation, 0.0, 1e-9);
     EXPECT_EQ(last.active, r.workingSet.size());
+}
+
+TEST_F(FrontEndControl, BooksRefinementAndProofWhicheverWayAnAnswerIsFound) {
+    const Sample sample = longSample();
+    Sample contradiction = sample;
+    contradiction.lower.assign(sample.n, 1e3);
+    contradiction.upper.assign(sample.n, 1e3);
+    const auto expectBooked = [](const Result& r) {
+        EXPECT_GT(r.times.setup, 0.0);
+        EXPECT_GT(r.times.polish, 0.0);
+        EXPECT_GE(r.times.solve, 0.0);
+        EXPECT_NEAR(r.times.setup + r.times.solve + r.times.polish, r.times.total, 1e-12);
+    };
+    expectBooked(solve(sample.view(), {.startMode = Start::Predict}));
+    expectBooked(solve(sample.view(), {.startMode = Start::Cold}));
+    expectBooked(solve(contradiction.view()));
+    Solver solver(sample.view());
+    static_cast<void>(solver.solve());
+    expectBooked(solver.solve());
 }
 
 TEST_F(FrontEndControl, LetsErrorsOfTheCallbackThroughAndRefusesSolvesInsideIt) {

@@ -1,35 +1,16 @@
-// Random problems of every kind, and judges of answers that share nothing with the solver.
+// Random problems of every kind, of any size.
 #ifndef ACTIVESET_TESTS_FRONTEND_GENERATOR_HPP
 #define ACTIVESET_TESTS_FRONTEND_GENERATOR_HPP
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <random>
 
-#include "activeset/qp.hpp"
+#include "support/choices.hpp"
+#include "support/exact/judge.hpp"
+#include "support/sample.hpp"
 
 namespace activeset::test {
-
-using Numbers = std::vector<double>;
-
-/// A problem that owns its data.
-struct Sample {
-    std::size_t n = 0, m = 0;
-    Numbers H, c, A, rowLower, rowUpper, lower, upper, start;
-
-    [[nodiscard]] Problem view() const {
-        Problem problem{.c = c, .rowLower = rowLower, .rowUpper = rowUpper};
-        problem.H = MatrixView(H, H.empty() ? 0 : n, H.empty() ? 0 : n);
-        problem.A = MatrixView(A, m, m == 0 ? 0 : n);
-        problem.lower = lower;
-        problem.upper = upper;
-        problem.start = start;
-        return problem;
-    }
-    [[nodiscard]] double entryOfA(std::size_t i, std::size_t j) const { return A[j * m + i]; }
-};
 
 /// Half of them with small integers, so that constraints tie and depend on one another. With
 /// `anything`, also singular and indefinite H and constraints that contradict one another.
@@ -85,118 +66,6 @@ inline Sample randomSample(unsigned seed, std::size_t largest, bool anything) {
     }
     return s;
 }
-
-/// Sums over a problem, term by term.
-class Oracle {
-public:
-    explicit Oracle(const Sample& sample) : s_(sample) {}
-
-    /// Feasible, stationary, complementary, signs as documented, for a convex problem an optimum.
-    void expectOptimum(const Result& r, double tolerance) const {
-        const auto near = [&](long double value, long double scale) {
-            EXPECT_LE(std::abs(static_cast<double>(value)),
-                      tolerance * std::max(1.0, static_cast<double>(scale)));
-        };
-        const auto side = [&](long double value, double lower, double upper, double multiplier) {
-            const double scale = std::abs(static_cast<double>(value));
-            near(std::max(0.0L, lower - value), scale);
-            near(std::max(0.0L, value - upper), scale);
-            if (multiplier != 0.0) {
-                const double met = multiplier > 0.0 ? upper : lower;
-                ASSERT_TRUE(std::isfinite(met)) << "a multiplier of a side that is absent";
-                near(multiplier * (value - met), std::abs(multiplier) * (1.0 + scale));
-            }
-        };
-        for (std::size_t i = 0; i < s_.m; ++i) {
-            side(row(i, r.x), s_.rowLower[i], s_.rowUpper[i], r.y[i]);
-        }
-        long double objective = 0.0L;
-        for (std::size_t j = 0; j < s_.n; ++j) {
-            side(r.x[j], s_.lower[j], s_.upper[j], r.z[j]);
-            const long double curved = slope(j, r.x);
-            const long double forced = pull(j, r.y);
-            near(curved + s_.c[j] + forced + r.z[j],
-                 std::abs(curved) + std::abs(forced) + std::abs(r.z[j]));
-            objective += r.x[j] * (curved / 2 + s_.c[j]);
-        }
-        near(objective - r.objective, objective);
-    }
-
-    void expectNoFeasiblePoint(const Result& r) const {
-        ASSERT_TRUE(r.farkas);
-        long double value = 0.0L;
-        const auto weigh = [&](double multiplier, double lower, double upper) {
-            if (multiplier != 0.0) {
-                value += multiplier * static_cast<long double>(multiplier > 0.0 ? upper : lower);
-            }
-        };
-        for (std::size_t i = 0; i < s_.m; ++i) {
-            weigh(r.farkas->y[i], s_.rowLower[i], s_.rowUpper[i]);
-        }
-        for (std::size_t j = 0; j < s_.n; ++j) {
-            weigh(r.farkas->z[j], s_.lower[j], s_.upper[j]);
-            EXPECT_NEAR(static_cast<double>(pull(j, r.farkas->y) + r.farkas->z[j]), 0.0, 1e-8);
-        }
-        EXPECT_LT(value, -0.99L);
-    }
-
-    void expectUnbounded(const Result& r) const {
-        ASSERT_EQ(r.direction.size(), s_.n);
-        const auto noSide = [](long double value, double lower, double upper) {
-            EXPECT_GE(value, lower > -Infinity ? -1e-8L : -HUGE_VALL);
-            EXPECT_LE(value, upper < Infinity ? 1e-8L : HUGE_VALL);
-        };
-        long double descent = 0.0L;
-        for (std::size_t i = 0; i < s_.m; ++i) {
-            noSide(row(i, r.direction), s_.rowLower[i], s_.rowUpper[i]);
-        }
-        for (std::size_t j = 0; j < s_.n; ++j) {
-            noSide(r.direction[j], s_.lower[j], s_.upper[j]);
-            EXPECT_NEAR(static_cast<double>(slope(j, r.direction)), 0.0, 1e-7);
-            descent += s_.c[j] * r.direction[j];
-        }
-        EXPECT_LT(descent, -1e-6L);
-    }
-
-    void expectNegativeCurvature(const Result& r) const {
-        ASSERT_EQ(r.direction.size(), s_.n);
-        long double bend = 0.0L;
-        for (std::size_t j = 0; j < s_.n; ++j) {
-            bend += slope(j, r.direction) * r.direction[j];
-        }
-        EXPECT_LT(bend, -1e-9L);
-        for (std::size_t i = 0; i < s_.m; ++i) {
-            if (s_.rowLower[i] == s_.rowUpper[i]) {
-                EXPECT_NEAR(static_cast<double>(row(i, r.direction)), 0.0, 1e-9);
-            }
-        }
-    }
-
-private:
-    [[nodiscard]] long double row(std::size_t i, const Numbers& x) const {
-        long double sum = 0.0L;
-        for (std::size_t j = 0; j < s_.n; ++j) {
-            sum += static_cast<long double>(s_.entryOfA(i, j)) * x[j];
-        }
-        return sum;
-    }
-    [[nodiscard]] long double slope(std::size_t j, const Numbers& x) const {
-        long double sum = 0.0L;
-        for (std::size_t i = 0; i < s_.n && !s_.H.empty(); ++i) {
-            sum += static_cast<long double>(s_.H[j * s_.n + i]) * x[i];
-        }
-        return sum;
-    }
-    [[nodiscard]] long double pull(std::size_t j, const Numbers& y) const {
-        long double sum = 0.0L;
-        for (std::size_t i = 0; i < s_.m; ++i) {
-            sum += static_cast<long double>(s_.entryOfA(i, j)) * y[i];
-        }
-        return sum;
-    }
-
-    const Sample& s_;
-};
 
 }  // namespace activeset::test
 

@@ -49,7 +49,7 @@ Samples mixture(unsigned count) {
     return all;
 }
 
-const Settings RaisesForMarked{.start = Start::Cold, .onPass = [](const Progress& progress) {
+const Settings RaisesForMarked{.startMode = Start::Cold, .onPass = [](const Progress& progress) {
                                    if (progress.objective > 0.5 * Marked) {
                                        throw std::domain_error("marked");
                                    }
@@ -149,7 +149,7 @@ TEST_F(ManyThreads, SolveChainsAsASolverDoes) {
 
 TEST_F(ManyThreads, LoseOnlyTheProblemThatGetsNoMemory) {
     const Samples all = mixture(12);
-    const ManySettings one{.each = {.start = Start::Cold}, .threads = 1};
+    const ManySettings one{.each = {.startMode = Start::Cold}, .threads = 1};
     const std::vector<Result> expected = solveMany(all.problems, one);
     std::size_t failures = 0;
     for (std::uint64_t request = 1; request < 400; request += 7) {
@@ -209,8 +209,9 @@ TEST_F(ManyThreads, EndWhenTheyAreToldTo) {
     EXPECT_TRUE(solveMany({}).empty());
     const auto nested = [&](const Progress&) { return solveMany(all.problems).empty(); };
     const Sample plain = randomSample(3, 40, false);
-    EXPECT_THROW(static_cast<void>(solve(plain.view(), {.start = Start::Cold, .onPass = nested})),
-                 std::logic_error);
+    EXPECT_THROW(
+        static_cast<void>(solve(plain.view(), {.startMode = Start::Cold, .onPass = nested})),
+        std::logic_error);
 }
 
 /// The sample with the sides of the conflict only, but for one if `left` is among them.

@@ -69,7 +69,8 @@ TEST_F(WantOfMemory, LeavesNothingStaleInASolver) {
         ++met[expected.status];
         for (std::size_t request = 1; request < 200; request += 1 + request / 4) {
             SCOPED_TRACE("seed " + std::to_string(seed) + ", request " + std::to_string(request));
-            Solver solver(sample.view(), {.start = seed % 2 == 0 ? Start::Cold : Start::Automatic});
+            Solver solver(sample.view(),
+                          {.startMode = seed % 2 == 0 ? Start::Cold : Start::Automatic});
             static_cast<void>(solver.solve());
             solver.setRowSides(opened.rowLower, opened.rowUpper);
             requestsLeft = request;

@@ -1,0 +1,53 @@
+// A solve of a problem whose H may have lost its convexity to rounding.
+#include <array>
+#include <charconv>
+#include <string>
+#include <utility>
+
+#include "frontend/proof/certificate.hpp"
+#include "frontend/proof/hessian_shift.hpp"
+#include "frontend/solve.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+// Upwards: what is printed has to be enough.
+std::string printed(double value) {
+    std::array<char, 32> text{};
+    constexpr double Up = 1.01;
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), Up * value,
+                                       std::chars_format::general, 3)
+                             .ptr};
+}
+
+std::string messageOf(const Data& data, double shift) {
+    if (!(shift < Infinity)) {
+        return "H is not convex";
+    }
+    return "H is not convex; H + " + printed(shift) + " I is, and is solved instead with a " +
+           "convexity tolerance of " + printed(relativeShift(data, shift));
+}
+
+}  // namespace
+
+Result solveConvexified(Prepared& problem,
+                        Vector x,
+                        const WorkingSet& set,
+                        const Settings& settings,
+                        Control& control) {
+    const double shift = problem.hessianShift();
+    const bool isShifted =
+        shift > 0.0 && relativeShift(problem.user, shift) <= settings.convexityTolerance;
+    Prepared& convex = isShifted ? *problem.shifted() : problem;
+    Result result = solvePrepared(convex, std::move(x), set, settings, control);
+    if (isShifted) {
+        result.hessianShift = shift;
+        result.objective = judge(problem.user, {result.x, result.y, result.z}).objective;
+    } else if (result.status == Status::NotConvex) {
+        result.message = messageOf(problem.user, shift);
+    }
+    return result;
+}
+
+}  // namespace activeset::frontend

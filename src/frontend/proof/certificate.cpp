@@ -1,0 +1,304 @@
+// Certificates. See Boyd and Vandenberghe, Convex Optimization, on duality gaps; on bounds that
+// take up what a dual point misses, Jansson, SIAM J. Optim. 14 (2004), and Neumaier and Shcherbina,
+// Math. Program. 99 (2004).
+#include "frontend/proof/certificate.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "frontend/dense.hpp"
+#include "frontend/proof/sides_sum.hpp"
+#include "frontend/proof/units.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+double proportion(double residual, double size) {
+    return residual == 0.0 ? 0.0 : std::isfinite(size) ? residual / size : Infinity;
+}
+
+// NaN is larger than anything.
+double larger(double a, double b) {
+    return b <= a ? a : (std::isnan(a) ? a : b);
+}
+
+double largest(std::initializer_list<double> values) {
+    double result = 0.0;
+    for (const double value : values) {
+        result = larger(result, value);
+    }
+    return result;
+}
+
+void include(Residual& all, double residual, double size) {
+    all.absolute = larger(all.absolute, residual);
+    all.relative = larger(all.relative, proportion(residual, size));
+}
+
+/// By how much a value misses its sides: the larger of the two, and the size of that side.
+std::pair<double, double> missOf(Extended value, double lower, double upper) {
+    const double below = lower > -Infinity ? static_cast<double>(lower - value) : 0.0;
+    const double above = upper < Infinity ? static_cast<double>(value - upper) : 0.0;
+    if (std::isnan(below) || std::isnan(above)) {
+        return {std::numeric_limits<double>::quiet_NaN(), 0.0};
+    }
+    return below > above
+               ? std::pair(std::max(below, 0.0), std::abs(lower))
+               : std::pair(std::max(above, 0.0), upper < Infinity ? std::abs(upper) : 0.0);
+}
+
+Residual violation(const Data& data,
+                   const std::vector<Sum>& rows,
+                   const Vector& x,
+                   const Units& units) {
+    // Terms below 1 are measured by 1, or by what such terms are in general where that is smaller.
+    Residual largest;
+    for (std::size_t i = 0; i < data.m; ++i) {
+        const auto [miss, side] = missOf(rows[i].value, data.rowLower[i], data.rowUpper[i]);
+        const double scale = rows[i].scale + side;
+        const bool needsUnit = miss != 0.0 && scale < 1.0;
+        include(largest, miss,
+                std::max(scale, needsUnit ? std::min(1.0, units.ofRow(data, i)) : 1.0));
+    }
+    for (std::size_t j = 0; j < data.n; ++j) {
+        const auto [miss, side] = missOf(x[j], data.lower[j], data.upper[j]);
+        include(largest, miss, std::max(std::abs(x[j]) + side, std::min(1.0, units.variable)));
+    }
+    return largest;
+}
+
+/// What the entries of the gradient may miss because x and y are rounded: this much of the sizes of
+/// their terms.
+constexpr double Rounding = 4.0 * std::numeric_limits<double>::epsilon();
+
+/// A multiplier that is so close to what its entry of the gradient asks for, in proportion to the
+/// terms, is left as it is.
+constexpr double Close = 1e-11;
+
+/// Chooses the multipliers of bounds that serve a proof best.
+class BoundMultipliers {
+public:
+    BoundMultipliers(const Data& data, const Point& point, const Units& units)
+        : data_(data),
+          x_(point.x),
+          units_(units),
+          largestX_(std::max(largestMagnitude(point.x), std::min(1.0, units.variable))),
+          largestY_(largestMagnitude(point.y)) {}
+
+    struct Choice {
+        double multiplier = 0.0;
+        double residual = 0.0;
+        double size = 0.0;  ///< of the terms that the residual is in proportion to
+    };
+
+    /// @param force  entry j of H·x + c + Aᵀy
+    /// @param given  a multiplier that its bounds allow
+    [[nodiscard]] Choice choose(std::size_t j, const Sum& force, double given) const {
+        const double left = magnitude(force.value + given);
+        const double scale = force.scale + std::abs(given);
+        const double size = magnitude(force.value);
+        const bool isRounding = size <= Rounding * scale;
+        if (given == 0.0 ? isRounding : !isRounding && left <= Close * scale) {
+            return {given, left, scale};
+        }
+        const double lower = data_.lower[j];
+        const double upper = data_.upper[j];
+        const double wanted = -static_cast<double>(force.value);
+        const bool isBounded = projected(wanted, lower, upper) == wanted;
+        const double most = Close / Rounding * (scale + std::min(1.0, units_.gradient));
+        const double ownScale = std::max(scale, std::min(most, floorOf(j, isBounded)));
+        if (!(size <= Rounding * ownScale)) {
+            return isBounded ? Choice{wanted, magnitude(force.value + wanted), scale}
+                             : Choice{0.0, size, scale};
+        }
+        // All is rounding, and no multiplier as good as any. At the bound one weighs nothing.
+        const double side = wanted > 0.0 ? upper : lower;
+        return isBounded && x_[j] == side
+                   ? Choice{wanted, magnitude(force.value + wanted), ownScale}
+                   : Choice{0.0, size, ownScale};
+    }
+
+private:
+    // What a sum of such terms is rounded by at a point of this size, be its own terms tiny.
+    [[nodiscard]] double floorOf(std::size_t j, bool isBounded) const {
+        double floor = isBounded ? 0.0 : std::min(1.0, units_.gradient);
+        double sum = 0.0;
+        for (std::size_t i = 0; i < data_.n && data_.quadratic; ++i) {
+            sum += std::abs(data_.columnOfH(j)[i]);
+        }
+        floor = std::max(floor, sum * largestX_);
+        sum = 0.0;
+        for (std::size_t i = 0; i < data_.m; ++i) {
+            sum += std::abs(data_.columnOfA(j)[i]);
+        }
+        return std::max(floor, sum * largestY_);
+    }
+
+    const Data& data_;
+    const Vector& x_;
+    const Units& units_;
+    double largestX_;
+    double largestY_;
+};
+
+/// Projects y and chooses z; the residuals of the gradient that are left, n of them.
+std::vector<Sum> settle(const Data& data,
+                        const std::vector<Sum>& curved,
+                        const Units& units,
+                        Point& point,
+                        Residual& largest) {
+    project(point.y, data.rowLower, data.rowUpper);
+    project(point.z, data.lower, data.upper);
+    std::vector<Sum> forces = curved;
+    addLinear(forces, data);
+    addTransposedProduct(forces, data, point.y);
+    const BoundMultipliers multipliers(data, point, units);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        const BoundMultipliers::Choice choice = multipliers.choose(j, forces[j], point.z[j]);
+        point.z[j] = choice.multiplier;
+        include(largest, choice.residual, choice.size);
+        forces[j].value += choice.multiplier;
+    }
+    return forces;
+}
+
+/// What entries of the gradient that are not zero may make of the objective at variables like
+/// these. One beyond the rounding of its terms may move its variable, be that zero, as far as any
+/// is.
+double weightOf(const std::vector<Sum>& residuals, const Vector& x, const Units& units) {
+    const double unit = std::min(1.0, units.variable);
+    const double largestX = std::max(largestMagnitude(x), unit);
+    double weight = 0.0;
+    for (std::size_t j = 0; j < x.size(); ++j) {
+        const double residual = magnitude(residuals[j].value);
+        const bool isRounding = residual <= Rounding * residuals[j].scale;
+        weight += residual * (isRounding ? std::max(std::abs(x[j]), unit) : largestX);
+    }
+    return weight;
+}
+
+/// The same, of what is left of them where x and y are taken to more digits: they are in error by
+/// no more than the curvature makes of the digits.
+double weightBehind(const Data& data,
+                    std::vector<Sum> residuals,
+                    const Point& point,
+                    const Point& digits,
+                    const Units& units) {
+    constexpr double Far = 1e-6;  // what moves x or y by more of their size is another point
+    const double unit = std::min(1.0, units.variable);
+    if (!(largestMagnitude(digits.x) <= Far * std::max(largestMagnitude(point.x), unit)) ||
+        !(largestMagnitude(digits.y) <= Far * largestMagnitude(point.y))) {
+        return weightOf(residuals, point.x, units);
+    }
+    const std::vector<Sum> curved = curvedSums(data, digits.x);
+    addTransposedProduct(residuals, data, digits.y);
+    Extended bend = 0;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        bend += curved[j].value * digits.x[j];
+        residuals[j].value += curved[j].value;
+        if (std::abs(point.z[j]) > magnitude(residuals[j].value)) {
+            residuals[j].value = 0;  // the multiplier of the bound has more digits, and its sign
+        }
+    }
+    return weightOf(residuals, point.x, units) + magnitude(bend * 0.5);
+}
+
+/// Σ multiplier·(side − value), and what rounding may have done to it.
+struct Slackness {
+    Extended value = 0;
+    double rounding = 0.0;
+
+    void add(double multiplier, const Sum& at, std::size_t terms, double lower, double upper) {
+        if (multiplier != 0.0) {
+            const double side = multiplier > 0.0 ? upper : lower;
+            value += (side - at.value) * multiplier;
+            rounding += roundingOf(at, terms) * std::abs(multiplier);
+        }
+    }
+};
+
+/// The objective without the constant, and by how much it exceeds its lower bounds.
+struct Objectives {
+    Extended primal = 0;
+    Extended gap = 0;        ///< to the dual objective of the multipliers as they are
+    Extended slackness = 0;  ///< to the Lagrangian at x
+    double rounding = 0.0;   ///< that slackness and the objective may contain
+    double terms = 0.0;      ///< the size of what they are summed from
+
+    Objectives(const Data& data,
+               const std::vector<Sum>& rows,
+               const std::vector<Sum>& curved,
+               const Point& point) {
+        Sum quadratic;
+        Sum linear;
+        Slackness slack;
+        for (std::size_t j = 0; j < data.n; ++j) {
+            const double x = point.x[j];
+            quadratic.value += curved[j].value * x;
+            quadratic.scale += curved[j].scale * std::abs(x);
+            linear.add(Extended(data.c[j]) * x);
+            slack.add(point.z[j], {x, 0.0}, 0, data.lower[j], data.upper[j]);
+        }
+        for (std::size_t i = 0; i < data.m; ++i) {
+            slack.add(point.y[i], rows[i], data.n, data.rowLower[i], data.rowUpper[i]);
+        }
+        Sum sides;
+        addSides(sides, point.y, data.rowLower, data.rowUpper);
+        addSides(sides, point.z, data.lower, data.upper);
+        primal = quadratic.value * 0.5 + linear.value;
+        gap = quadratic.value + linear.value + sides.value;
+        slackness = slack.value;
+        if (data.n != 0) {  // a bound for rounding is never 0
+            rounding =
+                slack.rounding + roundingOf(quadratic, 2 * data.n) + roundingOf(linear, data.n);
+        }
+        terms = std::max({quadratic.scale, linear.scale, sides.scale});
+    }
+};
+
+}  // namespace
+
+Residual violation(const Data& data, const Vector& x) {
+    return violation(data, rowValues(data, x), x, Units(data, x));
+}
+
+void settle(const Data& data, Point& point) {
+    Residual residual;
+    static_cast<void>(
+        settle(data, curvedSums(data, point.x), Units(data, point.x), point, residual));
+}
+
+// For multipliers that are exact the objective of the optimum is the Lagrangian at x, to first
+// order in what x misses: objective minus slackness. What the rounding of the multipliers takes
+// from their own dual objective says nothing about x.
+Judgement judge(const Data& data, Point point, const Point* digits) {
+    Judgement judgement;
+    Certificate& certificate = judgement.certificate;
+    const Units units(data, point.x);
+    const std::vector<Sum> rows = rowValues(data, point.x);
+    const std::vector<Sum> curved = curvedSums(data, point.x);
+    certificate.primal = violation(data, rows, point.x, units);
+    certificate.dual = {};
+    const std::vector<Sum> residuals = settle(data, curved, units, point, certificate.dual);
+    const double weight = digits != nullptr ? weightBehind(data, residuals, point, *digits, units)
+                                            : weightOf(residuals, point.x, units);
+
+    const Objectives values(data, rows, curved, point);
+    judgement.signedGap = static_cast<double>(values.gap);
+    certificate.gap.absolute = std::abs(judgement.signedGap);
+    const double error = magnitude(values.slackness) + weight + values.rounding;
+    const double size =
+        std::max({magnitude(values.primal), magnitude(values.primal - values.slackness),
+                  units.ofObjective()});
+    certificate.gap.relative = proportion(error, size);
+    judgement.error =
+        largest({certificate.primal.relative, certificate.dual.relative,
+                 proportion(magnitude(values.slackness) + weight, std::max(size, values.terms))});
+    judgement.objective = static_cast<double>(values.primal + data.constant);
+    return judgement;
+}
+
+}  // namespace activeset::frontend

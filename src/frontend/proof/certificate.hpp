@@ -1,0 +1,36 @@
+// What points and multipliers are worth, computed from the problem's data in extended precision.
+// Nothing that the solver believes enters.
+#ifndef ACTIVESET_SRC_FRONTEND_PROOF_CERTIFICATE_HPP
+#define ACTIVESET_SRC_FRONTEND_PROOF_CERTIFICATE_HPP
+
+#include "frontend/data.hpp"
+#include "frontend/sums.hpp"
+
+namespace activeset::frontend {
+
+/// Multipliers become zero where the side that they would stand for is absent. Those of bounds take
+/// up what the gradient misses where the bound is there, and go where they are nothing but the
+/// rounding of the terms of the gradient and weigh in the gap.
+void settle(const Data& data, Point& point);
+
+struct Judgement {
+    Certificate certificate;
+    double objective = 0.0;  ///< constant included
+    double signedGap = 0.0;  ///< primal minus dual objective
+    /// The largest residual in proportion to its terms, that of the gap included: near 1e-16 where
+    /// all is solved as far as doubles can, even where that proves little.
+    double error = Infinity;
+};
+
+/// Of the point as settle() would leave it.
+///
+/// @param digits  more digits of x and y, to be added to them, which bring the gradient nearer to
+///                zero than doubles can; z is not read
+[[nodiscard]] Judgement judge(const Data& data, Point point, const Point* digits = nullptr);
+
+/// The largest violation of a row or bound.
+[[nodiscard]] Residual violation(const Data& data, const Vector& x);
+
+}  // namespace activeset::frontend
+
+#endif

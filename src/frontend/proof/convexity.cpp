@@ -1,0 +1,144 @@
+// Convexity by pivoted Cholesky factorisation: of H, then of H on the null space of the equalities.
+#include "frontend/proof/convexity.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "frontend/proof/equalities.hpp"
+#include "frontend/sums.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+// Curvature in proportion to ‖H‖·‖d‖², ‖H‖ its largest entry, and what an equality may miss along
+// a direction, in proportion to its terms: what rounding of H, and of d, makes of zero is less.
+constexpr double Negligible = 1e-12;
+
+Dense matrixOf(const Data& data) {
+    Dense H(data.n, data.n);
+    H.values = data.H;
+    return H;
+}
+
+Dense freePart(const Data& data, const std::vector<std::size_t>& free) {
+    Dense H(free.size(), free.size());
+    for (std::size_t j = 0; j < free.size(); ++j) {
+        for (std::size_t i = 0; i < free.size(); ++i) {
+            H(i, j) = data.columnOfH(free[j])[free[i]];
+        }
+    }
+    return H;
+}
+
+// Rounding of a curvature vᵀHv, v of length 1.
+double roundingOfCurvature(std::size_t n, double largestOfH) {
+    return 4.0 * std::numeric_limits<double>::epsilon() * static_cast<double>(n) * largestOfH;
+}
+
+double squaredLength(const Vector& values) {
+    return dot(values.data(), values.data(), values.size());
+}
+
+/// H on the null space of the equalities.
+class ReducedCurvature {
+public:
+    explicit ReducedCurvature(const Data& data)
+        : data_(data), equalities_(data), qr_(equalities_.freeColumns(data)) {}
+
+    /// n entries, or none: a direction along which the curvature may be negative.
+    [[nodiscard]] Vector negativeDirection() const {
+        const Dense H = freePart(data_, equalities_.free);
+        const Dense basis = qr_.nullSpace();
+        const PivotedCholesky reduced(transposedProduct(basis, product(H, basis)),
+                                      roundingOfCurvature(H.rows, largestMagnitude(data_.H)));
+        if (reduced.negativeDirection().empty()) {
+            return {};
+        }
+        Vector along(H.rows, 0.0);
+        for (std::size_t k = 0; k < basis.cols; ++k) {
+            axpy(reduced.negativeDirection()[k], basis.column(k), along.data(), along.size());
+        }
+        return onEqualities(std::move(along));
+    }
+
+    /// Whether the equalities stay and the curvature is negative beyond rounding.
+    [[nodiscard]] bool bendsDown(const Vector& direction) const {
+        const std::vector<Sum> rows = rowValues(data_, direction);
+        for (const std::size_t i : equalities_.rows) {
+            if (std::abs(static_cast<double>(rows[i].value)) > Negligible * rows[i].scale) {
+                return false;
+            }
+        }
+        const double size = largestMagnitude(data_.H) * squaredLength(direction);
+        const Residual bend = curvature(data_, direction);
+        return bend.absolute < -Negligible * size && bend.relative < -Negligible;
+    }
+
+private:
+    // All n entries, what rounding makes the equalities miss taken off.
+    [[nodiscard]] Vector onEqualities(Vector along) const {
+        const auto complete = [&] {
+            Vector direction(data_.n, 0.0);
+            for (std::size_t k = 0; k < along.size(); ++k) {
+                direction[equalities_.free[k]] = along[k];
+            }
+            return direction;
+        };
+        const std::vector<Sum> rows = rowValues(data_, complete());
+        Vector step(std::max(along.size(), equalities_.rows.size()), 0.0);
+        for (std::size_t k = 0; k < qr_.rank(); ++k) {
+            step[k] = -static_cast<double>(rows[equalities_.rows[qr_.pivot(k)]].value);
+        }
+        qr_.solveTransposed(step.data());
+        qr_.apply(step.data());
+        axpy(1.0, step.data(), along.data(), along.size());
+        return complete();
+    }
+
+    const Data& data_;
+    Equalities equalities_;
+    PivotedQr qr_;
+};
+
+}  // namespace
+
+Convexity convexityOf(Prepared& problem) {
+    const Data& data = problem.scaled;
+    if (!data.quadratic) {
+        return {Convexity::Semidefinite, {}};
+    }
+    if (problem.subproblem(0.0) != nullptr) {
+        return {Convexity::Strict, {}};
+    }
+    const PivotedCholesky whole(matrixOf(data),
+                                roundingOfCurvature(data.n, largestMagnitude(data.H)));
+    if (whole.isPositiveDefinite()) {
+        return {Convexity::Strict, {}};
+    }
+    if (whole.negativeDirection().empty()) {
+        return {Convexity::Semidefinite, {}};
+    }
+    const ReducedCurvature reduced(data);
+    const Vector direction = reduced.negativeDirection();
+    if (direction.empty() || !reduced.bendsDown(direction)) {
+        return {Convexity::Semidefinite, {}};
+    }
+    return {Convexity::None, problem.scaling.unscaled({direction, {}, {}}).x};
+}
+
+Residual curvature(const Data& data, const Vector& direction) {
+    const std::vector<Sum> curved = curvedSums(data, direction);
+    Extended sum = 0;
+    double size = 0.0;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        sum += curved[j].value * direction[j];
+        size += curved[j].scale * std::abs(direction[j]);
+    }
+    const auto value = static_cast<double>(sum);
+    return {value, size > 0.0 ? value / size : 0.0};
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,17 @@
+// Multipliers by which constraints contradict one another, and how far that is true.
+#ifndef ACTIVESET_SRC_FRONTEND_PROOF_FARKAS_HPP
+#define ACTIVESET_SRC_FRONTEND_PROOF_FARKAS_HPP
+
+#include "frontend/data.hpp"
+
+namespace activeset::frontend {
+
+/// Σ y⁺·rowUpper − … brought near −1 by a power of two, the residual of Aᵀy + z and the radius, of
+/// the vectors that are returned. z is chosen: what bounds can take of −Aᵀy.
+[[nodiscard]] Farkas judgeFarkas(const Data& data, Vector y);
+/// Whether they prove it for points of the size `variable` and far beyond.
+[[nodiscard]] bool holds(const Farkas& farkas, double tolerance, double variable = 1.0);
+
+}  // namespace activeset::frontend
+
+#endif

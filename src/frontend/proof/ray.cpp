@@ -1,0 +1,164 @@
+// Rays. An error δ of d or w shows in dᵀHd − 2wᵀEd by δ² only, so that real curvature, be it far
+// below the largest, is told from the rounding of d.
+#include "frontend/proof/ray.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "frontend/proof/equalities.hpp"
+#include "frontend/sums.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr double Rounding = 8.0 * std::numeric_limits<double>::epsilon();
+// dᵀHd, in proportion to its terms: what rounding the entries of a singular H may make of zero.
+constexpr double Flat = 4.0 * std::numeric_limits<double>::epsilon();
+constexpr double Nearly = 1e-9;    // what a direction along a side may miss of it
+constexpr double Nothing = 1e-12;  // entries of a direction, the largest being 1
+
+/// How the equalities take up H·d: its residual goes into `curved`.
+struct Taken {
+    Vector rows;                 ///< w, by equality
+    std::vector<Sum> remainder;  ///< H·d − Eᵀw, of fixed variables what their bounds take
+};
+
+Taken takenUp(const Data& data, const Equalities& equalities, std::vector<Sum> curved) {
+    Taken result{Vector(data.m, 0.0), std::move(curved)};
+    const std::size_t count = equalities.rows.size();
+    const bool isNeeded =
+        std::any_of(equalities.free.begin(), equalities.free.end(), [&](std::size_t j) {
+            return magnitude(result.remainder[j].value) > Nothing * result.remainder[j].scale;
+        });
+    if (count == 0 || !isNeeded) {
+        return result;
+    }
+    const PivotedQr qr(equalities.freeColumns(data));
+    for (int correction = 0; correction < 2; ++correction) {
+        Vector rest(std::max(equalities.free.size(), count), 0.0);
+        for (std::size_t k = 0; k < equalities.free.size(); ++k) {
+            rest[k] = static_cast<double>(result.remainder[equalities.free[k]].value);
+        }
+        qr.applyTransposed(rest.data());
+        qr.solve(rest.data());
+        Vector step(data.m, 0.0);
+        for (std::size_t k = 0; k < qr.rank(); ++k) {
+            step[equalities.rows[qr.pivot(k)]] = -rest[k];
+        }
+        addTransposedProduct(result.remainder, data, step);
+        for (std::size_t i = 0; i < data.m; ++i) {
+            result.rows[i] -= step[i];
+        }
+    }
+    return result;
+}
+
+}  // namespace
+
+Ray judgeRay(const Data& data, const Vector& direction) {
+    Ray ray;
+    const auto miss = [&ray](double residual, double scale) {
+        ray.residual.absolute = std::max(ray.residual.absolute, residual);
+        ray.residual.relative =
+            std::max(ray.residual.relative, scale > 0.0 ? residual / scale : 0.0);
+    };
+    const auto missSides = [&](double value, double scale, double lower, double upper) {
+        const double beyond =
+            std::max(lower > -Infinity ? -value : 0.0, upper < Infinity ? value : 0.0);
+        miss(beyond, scale);
+        ray.meetsNoSide = ray.meetsNoSide && beyond <= Rounding * scale;
+    };
+    const std::vector<Sum> rows = rowValues(data, direction);
+    for (std::size_t i = 0; i < data.m; ++i) {
+        missSides(static_cast<double>(rows[i].value), rows[i].scale, data.rowLower[i],
+                  data.rowUpper[i]);
+    }
+    for (std::size_t j = 0; j < data.n; ++j) {
+        missSides(direction[j], 0.0, data.lower[j], data.upper[j]);
+    }
+    const Equalities equalities(data);
+    const std::vector<Sum> curved = curvedSums(data, direction);
+    const Taken taken = takenUp(data, equalities, curved);
+    Sum slope;
+    Sum bend;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        slope.add(Extended(data.c[j]) * direction[j]);
+        bend.value += curved[j].value * direction[j];
+        bend.scale += curved[j].scale * std::abs(direction[j]);
+    }
+    for (const std::size_t j : equalities.free) {
+        miss(magnitude(taken.remainder[j].value), taken.remainder[j].scale);
+        ray.missed += magnitude(taken.remainder[j].value);
+    }
+    for (const std::size_t j : equalities.variables) {
+        slope.add(taken.remainder[j].value * data.lower[j]);
+    }
+    for (const std::size_t i : equalities.rows) {
+        slope.add(Extended(taken.rows[i]) * data.rowLower[i]);
+        bend.value -= rows[i].value * 2 * taken.rows[i];
+        bend.scale += 2 * rows[i].scale * std::abs(taken.rows[i]);
+    }
+    ray.isFlat = magnitude(bend.value) <= Flat * bend.scale + roundingOf(bend, 2 * data.n);
+    ray.slope = static_cast<double>(slope.value);
+    ray.scale = slope.scale;
+    return ray;
+}
+
+bool holds(const Ray& ray, double tolerance, double variable) {
+    constexpr double Descent = 1e-13;
+    constexpr double Far = 1e6;
+    return ray.isFlat && ray.meetsNoSide && ray.slope < -Descent * ray.scale && ray.slope < 0.0 &&
+           -ray.slope >= Far * variable * ray.missed && ray.residual.relative <= tolerance;
+}
+
+Vector alongSides(const Data& data, Vector direction) {
+    const double length = largestMagnitude(direction);
+    std::vector<std::size_t> free;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        const bool isBounded = data.lower[j] > -Infinity || data.upper[j] < Infinity;
+        const bool isFixed = data.lower[j] > -Infinity && data.upper[j] < Infinity;
+        if (isFixed || (isBounded && std::abs(direction[j]) <= Nothing * length)) {
+            direction[j] = 0.0;
+        } else {
+            free.push_back(j);
+        }
+    }
+    std::vector<std::size_t> along;
+    std::vector<Sum> rows = rowValues(data, direction);
+    for (std::size_t i = 0; i < data.m; ++i) {
+        const bool isOneSided = data.rowLower[i] > -Infinity || data.rowUpper[i] < Infinity;
+        if (isOneSided && magnitude(rows[i].value) <= Nearly * rows[i].scale) {
+            along.push_back(i);
+        }
+    }
+    const bool isExact = std::all_of(along.begin(), along.end(), [&](std::size_t i) {
+        return magnitude(rows[i].value) <= 0.25 * Rounding * rows[i].scale;
+    });
+    if (isExact) {
+        return direction;
+    }
+    Dense columns(free.size(), along.size());
+    for (std::size_t k = 0; k < along.size(); ++k) {
+        for (std::size_t j = 0; j < free.size(); ++j) {
+            columns(j, k) = data.columnOfA(free[j])[along[k]];
+        }
+    }
+    const PivotedQr qr(std::move(columns));
+    for (int correction = 0; correction < 2; ++correction) {
+        Vector step(std::max(free.size(), along.size()), 0.0);
+        for (std::size_t k = 0; k < qr.rank(); ++k) {
+            step[k] = static_cast<double>(rows[along[qr.pivot(k)]].value);
+        }
+        qr.solveTransposed(step.data());
+        qr.apply(step.data());
+        for (std::size_t j = 0; j < free.size(); ++j) {
+            direction[free[j]] -= step[j];
+        }
+        rows = rowValues(data, direction);
+    }
+    return direction;
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,37 @@
+// Multipliers and the sides that they stand for.
+#ifndef ACTIVESET_SRC_FRONTEND_PROOF_SIDES_SUM_HPP
+#define ACTIVESET_SRC_FRONTEND_PROOF_SIDES_SUM_HPP
+
+#include "frontend/sums.hpp"
+
+namespace activeset::frontend {
+
+/// What a multiplier may be, given the sides that there are.
+[[nodiscard]] inline double projected(double multiplier, double lower, double upper) {
+    if (multiplier > 0.0) {
+        return upper < Infinity ? multiplier : 0.0;
+    }
+    return lower > -Infinity ? multiplier : 0.0;
+}
+
+inline void project(Vector& multipliers, const Vector& lower, const Vector& upper) {
+    for (std::size_t k = 0; k < multipliers.size(); ++k) {
+        multipliers[k] = projected(multipliers[k], lower[k], upper[k]);
+    }
+}
+
+/// Adds Σ y⁺·upper − y⁻·lower.
+inline void addSides(Sum& sum,
+                     const Vector& multipliers,
+                     const Vector& lower,
+                     const Vector& upper) {
+    for (std::size_t k = 0; k < multipliers.size(); ++k) {
+        if (multipliers[k] != 0.0) {
+            sum.add(Extended(multipliers[k]) * (multipliers[k] > 0.0 ? upper[k] : lower[k]));
+        }
+    }
+}
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,75 @@
+// Answers to small problems of the kinds on which solvers go wrong, judged without rounding.
+#include "support/exact/judge.hpp"
+
+#include <map>
+
+#include "support/fixture.hpp"
+#include "support/styles.hpp"
+
+namespace activeset::test {
+namespace {
+
+struct Expected {
+    Style style;
+    std::uint64_t count;
+    double inaccurate;  ///< the largest share that may end so
+    std::vector<Status> met;
+};
+
+void PrintTo(const Expected& expected, std::ostream* stream) {
+    *stream << StyleNames.at(static_cast<std::size_t>(expected.style));
+}
+
+class ExactAnswers : public FreshState, public testing::WithParamInterface<Expected> {};
+
+TEST_P(ExactAnswers, AreTrue) {
+    const Expected& expected = GetParam();
+    std::map<Status, int> met;
+    double solves = 0.0;
+    for (std::uint64_t seed = 1; seed <= expected.count; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        SeededChoices choices(seed);
+        const StyledCase styled = caseOf(expected.style, choices, 4);
+        styled.solve({}, [&](const Sample& sample, const Result& result) {
+            EXPECT_EQ(exact::judge(sample, result).wrong, "") << exact::textOf(sample);
+            ++met[result.status];
+            ++solves;
+        });
+        if (HasFailure()) {
+            return;
+        }
+    }
+    EXPECT_LE(met[Status::Inaccurate], expected.inaccurate * solves);
+    for (const Status status : expected.met) {
+        EXPECT_GT(met[status], 0.01 * solves) << textOf(status);
+    }
+}
+
+using enum Status;
+
+INSTANTIATE_TEST_SUITE_P(
+    Small,
+    ExactAnswers,
+    testing::Values(
+        Expected{Style::Integers, 2000, 0.0, {Optimal, Infeasible, Unbounded, NotConvex}},
+        Expected{Style::Degenerate, 1000, 0.0, {Optimal, Unbounded}},
+        Expected{Style::Products, 500, 0.01, {Optimal, Unbounded}},
+        Expected{Style::LowRank, 2000, 0.0, {Optimal, Unbounded}},
+        Expected{Style::FarStart, 500, 0.002, {Optimal, Unbounded}},
+        Expected{Style::TinyCosts, 500, 0.2, {Optimal, Infeasible}},
+        Expected{Style::LargeBounds, 1000, 0.001, {Optimal, Infeasible}},
+        Expected{Style::HugeBounds, 500, 0.01, {Optimal, Infeasible}},
+        Expected{Style::NearSingular, 500, 0.01, {Optimal}},
+        Expected{Style::Infeasible, 500, 0.0, {Infeasible}},
+        Expected{Style::Unbounded, 500, 0.01, {Optimal, Unbounded}},
+        Expected{Style::Contradictions, 500, 0.0, {Infeasible}},
+        Expected{Style::JumpingCosts, 200, 0.005, {Optimal}},
+        Expected{Style::NonsenseStart, 500, 0.002, {Optimal, Unbounded}}),
+    [](const testing::TestParamInfo<Expected>& each) {
+        std::string name = StyleNames.at(static_cast<std::size_t>(each.param.style));
+        std::erase(name, '-');
+        return name;
+    });
+
+}  // namespace
+}  // namespace activeset::test

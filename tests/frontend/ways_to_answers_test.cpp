@@ -1,0 +1,141 @@
+// What a way to an answer promises beyond the answer, which another way would have found as well.
+#include "frontend/generator.hpp"
+#include "support/choices.hpp"
+#include "support/exact/judge.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+class WaysToAnswers : public FreshState {
+protected:
+    static bool hasUsedTheCore(const Result& r) {
+        return r.iterations.phaseOne + r.iterations.main > 0;
+    }
+};
+
+// Strictly convex problems: the steps of the dual method need no help, feasible or not.
+TEST_F(WaysToAnswers, PredictionsProveOptimaAndContradictionsAlone) {
+    std::size_t optima = 0;
+    std::size_t contradictions = 0;
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        Sample s = randomSample(seed, 12, false);
+        const Result optimum = solve(s.view(), {.startMode = Start::Predict});
+        optima += std::size_t{optimum.status == Status::Optimal && !hasUsedTheCore(optimum)};
+        // A variable beyond one of its bounds, by a row in either direction.
+        const bool isAbove = seed % 2 == 0;
+        Numbers A;
+        for (std::size_t j = 0; j < s.n; ++j) {
+            const auto column = s.A.begin() + static_cast<std::ptrdiff_t>(j * s.m);
+            A.insert(A.end(), column, column + static_cast<std::ptrdiff_t>(s.m));
+            A.push_back(j == 0 ? 2.0 : 1.0);
+        }
+        s.A = A;
+        ++s.m;
+        s.lower.assign(s.n, -1.0);
+        s.upper.assign(s.n, 1.0);
+        const auto beyond = static_cast<double>(s.n) + 2.0;
+        s.rowLower.push_back(isAbove ? beyond : -Infinity);
+        s.rowUpper.push_back(isAbove ? Infinity : -beyond);
+        const Result none = solve(s.view(), {.startMode = Start::Predict});
+        ASSERT_EQ(none.status, Status::Infeasible) << "seed " << seed;
+        EXPECT_EQ(exact::falseClaim(s, none), "");
+        contradictions += std::size_t{!hasUsedTheCore(none)};
+    }
+    EXPECT_GE(optima, 290U);
+    EXPECT_GE(contradictions, 290U);
+}
+
+// One index past the last row stands for no constraint, not for the first bound; one past the last
+// variable for nothing at all. So the way is that of any other index that does not exist.
+TEST_F(WaysToAnswers, WarmStartsNameNothingBehindTheLastConstraint) {
+    for (unsigned seed = 0; seed < 100; ++seed) {
+        Sample s = randomSample(seed, 8, false);
+        for (std::size_t j = 0; j < s.n; ++j) {
+            s.lower[j] = std::min(s.lower[j], -1.0);
+            s.upper[j] = std::max(s.upper[j], 1.0);
+        }
+        const auto solveFrom = [&](std::size_t beyond) {
+            const WarmStart warm{Numbers(s.n),
+                                 {.rowsAtLower = {s.m + beyond},
+                                  .rowsAtUpper = {s.m + s.n + beyond},
+                                  .atLower = {s.n + beyond},
+                                  .atUpper = {s.n + beyond}}};
+            Problem problem = s.view();
+            problem.warmStart = &warm;
+            return solve(problem);
+        };
+        const Result next = solveFrom(0);
+        const Result far = solveFrom(1000);
+        EXPECT_EQ(next.x, far.x) << "seed " << seed;
+        EXPECT_EQ(next.iterations.prediction, far.iterations.prediction) << "seed " << seed;
+        EXPECT_EQ(next.iterations.dual, far.iterations.dual) << "seed " << seed;
+        EXPECT_EQ(next.iterations.refinement, far.iterations.refinement) << "seed " << seed;
+    }
+}
+
+// Equations that differ by 1e-7: far out along a descent both seem to hold, in proportion.
+TEST_F(WaysToAnswers, RaysNeedAFeasiblePoint) {
+    for (std::uint64_t seed = 1; seed <= 400; ++seed) {
+        SeededChoices choices(seed);
+        Sample s;
+        s.n = choices.between(2, 4);
+        s.m = 2;
+        const double factor = choices.oneIn(2) ? -2.0 : 4.0;
+        for (std::size_t j = 0; j < s.n; ++j) {
+            s.A.push_back(choices.integer(3));
+            s.A.push_back(factor * s.A.back());
+        }
+        s.c = choices.integers(s.n, 9);
+        const double side = choices.integer(3);
+        s.rowLower = s.rowUpper = {side, factor * (side + 1e-7)};
+        s.lower.assign(s.n, -Infinity);
+        s.upper.assign(s.n, Infinity);
+        const Result r = solve(s.view());
+        EXPECT_EQ(r.status, Status::Infeasible) << "seed " << seed << '\n' << exact::textOf(s);
+    }
+}
+
+// Two equations that meet at (2ᵏ, 2ᵏ) only. Multipliers of 1 and −1 nearly contradict them, and do
+// contradict every point that is nearer.
+TEST_F(WaysToAnswers, APointThatIsFeasibleRefutesAFarkasVector) {
+    for (const int k : {32, 34, 36}) {
+        const double far = std::exp2(k);
+        const Numbers sides{0.0, -1.0};
+        const Result r = solve({.H = {Numbers{1, -1, -1, 1}, 2, 2},
+                                .c = Numbers{1.0, -2.0},
+                                .A = {Numbers{1.0, 1.0, -1.0, -1.0 - 1.0 / far}, 2, 2},
+                                .rowLower = sides,
+                                .rowUpper = sides});
+        EXPECT_EQ(r.status, Status::Optimal) << k;
+        ASSERT_EQ(r.x.size(), 2U);
+        EXPECT_NEAR(r.x[0] / far, 1.0, 1e-6) << k;
+    }
+}
+
+// Multipliers that the core gives for bounds are as good as those for rows: the corrections in
+// extended precision find hardly more to mend.
+TEST_F(WaysToAnswers, MultipliersOfBoundsNeedNoMoreCorrectionsThanThoseOfRows) {
+    std::size_t asBounds = 0;
+    std::size_t asRows = 0;
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        Sample s = randomSample(seed, 8, false);
+        s.m = 0;
+        s.A.clear();
+        s.rowLower.clear();
+        s.rowUpper.clear();
+        asBounds += solve(s.view(), {.startMode = Start::Cold}).iterations.refinement;
+        s.m = s.n;
+        s.A.assign(s.n * s.n, 0.0);
+        for (std::size_t j = 0; j < s.n; ++j) {
+            s.A[j * (s.n + 1)] = 1.0;
+        }
+        std::swap(s.rowLower, s.lower);
+        std::swap(s.rowUpper, s.upper);
+        asRows += solve(s.view(), {.startMode = Start::Cold}).iterations.refinement;
+    }
+    EXPECT_LE(asBounds, asRows + 60);
+}
+
+}  // namespace
+}  // namespace activeset::test
