@@ -12,6 +12,7 @@
 
 #include "activeset/sizes.hpp"
 #include "support/build.hpp"
+#include "support/folders.hpp"
 
 namespace activeset::test {
 
@@ -36,7 +37,7 @@ void expectAssertion(const std::string& text, Action action) {
 
 /// The content of tests/golden/`name`, which printed output must equal to the last blank.
 inline std::string golden(const std::string& name) {
-    std::ifstream file(std::string(ACTIVESET_GOLDEN_DIR "/") + name, std::ios::binary);
+    std::ifstream file(goldenFolder() + "/" + name, std::ios::binary);
     EXPECT_TRUE(file.is_open()) << "no golden file " << name;
     return {std::istreambuf_iterator<char>(file), {}};
 }

@@ -7,12 +7,14 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "support/folders.hpp"
+
 namespace activeset::test {
 
 /// `part` of the shared folder; empty when there is no such folder or file.
 inline std::filesystem::path shared(const std::filesystem::path& part) {
     const char* const named = std::getenv("ACTIVESET_SHARED");
-    const std::filesystem::path folder = named != nullptr ? named : ACTIVESET_SHARED_DIR;
+    const std::filesystem::path folder = named != nullptr ? named : sharedFolder();
     return !folder.empty() && exists(folder / part) ? folder / part : std::filesystem::path();
 }
 

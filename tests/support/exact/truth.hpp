@@ -1,0 +1,38 @@
+// What is true of a small problem of the front end, found without rounding.
+#ifndef ACTIVESET_TESTS_SUPPORT_EXACT_TRUTH_HPP
+#define ACTIVESET_TESTS_SUPPORT_EXACT_TRUTH_HPP
+
+#include <optional>
+
+#include "support/exact/convex_program.hpp"
+#include "support/sample.hpp"
+
+namespace activeset::test::exact {
+
+/// Data as they are in a Sample, by rows.
+struct Data {
+    explicit Data(const Sample& sample);
+
+    [[nodiscard]] Rational objective(const Vector& x) const;
+
+    std::size_t n;
+    Matrix H, A;
+    Vector c;
+};
+
+struct Truth {
+    bool isConvex = false;  ///< on the null space of the equalities and fixed variables
+    bool isFeasible = false;
+    bool isBounded = false;  ///< known for convex and feasible problems
+    Rational optimum = 0;    ///< of a bounded one
+    Vector x{};              ///< an optimum
+};
+
+/// Each part of the answer has been checked: optima, Farkas vectors and rays without rounding.
+///
+/// @raises std::logic_error where a check fails
+Truth truthOf(const Sample& sample);
+
+}  // namespace activeset::test::exact
+
+#endif
