@@ -1,6 +1,5 @@
 // The result of a solve as a JSON object.
-#include <nlohmann/json.hpp>
-
+#include "cli/json_writer.hpp"
 #include "cli/named_sides.hpp"
 #include "cli/report.hpp"
 
@@ -8,37 +7,44 @@ namespace activeset::cli {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-/// Names in a file need not be UTF-8; what is not becomes the replacement character.
-std::string lineOf(const Json& object) {
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
-Json byVariable(const io::Problem& problem, const std::vector<double>& values) {
-    Json list = Json::array();
+void addByVariable(JsonWriter& json,
+                   const char* key,
+                   const io::Problem& problem,
+                   const std::vector<double>& values) {
+    json.key(key);
+    json.open('[');
     for (std::size_t j = 0; j < values.size(); ++j) {
-        list.push_back({{"variable", problem.variableNames[j]}, {"value", values[j]}});
+        json.open('{');
+        json.member("variable", problem.variableNames[j]);
+        json.member("value", values[j]);
+        json.close('}');
     }
-    return list;
+    json.close(']');
 }
 
-Json bySide(const io::Problem& problem, const std::vector<double>& multipliers) {
-    Json list = Json::array();
+void addBySide(JsonWriter& json,
+               const io::Problem& problem,
+               const std::vector<double>& multipliers) {
+    json.key("multipliers");
+    json.open('[');
     visitMultipliers(problem, multipliers,
                      [&](const char* kind, const std::string& name, double multiplier) {
-                         list.push_back({{"kind", kind}, {"name", name}, {"value", multiplier}});
+                         json.open('{');
+                         json.member("kind", kind);
+                         json.member("name", name);
+                         json.member("value", multiplier);
+                         json.close('}');
                      });
-    return list;
+    json.close(']');
 }
 
-void addSolution(Json& object, const io::Problem& problem, const SolveResult& result) {
-    object["x"] = byVariable(problem, result.x);
-    object["multipliers"] = bySide(problem, result.lambda);
+void addSolution(JsonWriter& json, const io::Problem& problem, const SolveResult& result) {
+    addByVariable(json, "x", problem, result.x);
+    addBySide(json, problem, result.lambda);
 }
 
 /// What shows that there is no optimum.
-void addProof(Json& object,
+void addProof(JsonWriter& json,
               const io::Problem& problem,
               const ProvedResult& proved,
               bool withSolution) {
@@ -46,42 +52,47 @@ void addProof(Json& object,
     if (!proved.isProved() || result.status == Status::Optimal) {
         return;
     }
+    json.key(result.farkas ? "farkas" : "direction");
+    json.open('{');
     if (result.farkas) {
-        Json& farkas = object["farkas"];
-        farkas = {{"value", result.farkas->value},
-                  {"residual", result.farkas->residual.absolute},
-                  {"relative_residual", result.farkas->residual.relative}};
+        json.member("value", result.farkas->value);
+        json.member("residual", result.farkas->residual.absolute);
+        json.member("relative_residual", result.farkas->residual.relative);
         if (withSolution) {
-            farkas["multipliers"] = bySide(problem, proved.farkas);
+            addBySide(json, problem, proved.farkas);
         }
-        return;
-    }
-    Json& direction = object["direction"];
-    if (result.status == Status::NotConvex) {
-        direction = {{"curvature", result.directionResidual.absolute}};
     } else {
-        direction = {{"residual", result.directionResidual.absolute},
-                     {"relative_residual", result.directionResidual.relative}};
+        if (result.status == Status::NotConvex) {
+            json.member("curvature", result.directionResidual.absolute);
+        } else {
+            json.member("residual", result.directionResidual.absolute);
+            json.member("relative_residual", result.directionResidual.relative);
+        }
+        if (withSolution) {
+            addByVariable(json, "entries", problem, result.direction);
+        }
     }
-    if (withSolution) {
-        direction["entries"] = byVariable(problem, result.direction);
-    }
+    json.close('}');
 }
 
-const char* senseOf(const io::Problem& problem) {
-    return problem.maximise ? "max" : "min";
+void addActive(JsonWriter& json, const SolveResult& result) {
+    json.key("active");
+    json.open('{');
+    json.member("equalities", result.activeEqualities);
+    json.member("inequalities", result.activeInequalities);
+    json.member("lower_bounds", result.activeLower);
+    json.member("upper_bounds", result.activeUpper);
+    json.close('}');
 }
 
-/// Null where the core did not run.
-Json exitCodeOf(const Result& result) {
-    return result.exitCode == Result().exitCode ? Json() : Json(result.exitCode);
-}
-
-Json activeOf(const SolveResult& result) {
-    return {{"equalities", result.activeEqualities},
-            {"inequalities", result.activeInequalities},
-            {"lower_bounds", result.activeLower},
-            {"upper_bounds", result.activeUpper}};
+void addHeading(JsonWriter& json, const io::Problem& problem, const std::string& file) {
+    json.open('{');
+    json.member("file", file);
+    json.member("name", problem.name);
+    json.member("variables", problem.n);
+    json.member("inequalities", problem.mIneq);
+    json.member("equalities", problem.mEq);
+    json.member("sense", problem.maximise ? "max" : "min");
 }
 
 }  // namespace
@@ -91,26 +102,23 @@ std::string jsonText(const io::Problem& problem,
                      const SolveResult& result,
                      const Verdict& verdict,
                      bool withSolution) {
-    Json object{{"file", file},
-                {"name", problem.name},
-                {"variables", problem.n},
-                {"inequalities", problem.mIneq},
-                {"equalities", problem.mEq},
-                {"sense", senseOf(problem)},
-                {"core_exit_code", result.code},
-                {"outcome", outcomeText(result)},
-                {"supported", verdict.supports()},
-                {"objective", verdict.objective.value},
-                {"iterations", result.iterations},
-                {"phase_one_iterations", result.phaseOneIterations},
-                {"active", activeOf(result)},
-                {"primal_residual", verdict.primal.value},
-                {"dual_residual", verdict.dual.value},
-                {"complementarity", verdict.complementarity.value}};
+    JsonWriter json;
+    addHeading(json, problem, file);
+    json.member("core_exit_code", result.code);
+    json.member("outcome", outcomeText(result));
+    json.member("supported", verdict.supports());
+    json.member("objective", verdict.objective.value);
+    json.member("iterations", result.iterations);
+    json.member("phase_one_iterations", result.phaseOneIterations);
+    addActive(json, result);
+    json.member("primal_residual", verdict.primal.value);
+    json.member("dual_residual", verdict.dual.value);
+    json.member("complementarity", verdict.complementarity.value);
     if (withSolution) {
-        addSolution(object, problem, result);
+        addSolution(json, problem, result);
     }
-    return lineOf(object);
+    json.close('}');
+    return std::move(json).line();
 }
 
 std::string jsonText(const io::Problem& problem,
@@ -119,40 +127,51 @@ std::string jsonText(const io::Problem& problem,
                      bool withSolution) {
     const Result& result = proved.result;
     const Certificate& certificate = result.certificate;
-    Json object{{"file", file},
-                {"name", problem.name},
-                {"variables", problem.n},
-                {"inequalities", problem.mIneq},
-                {"equalities", problem.mEq},
-                {"sense", senseOf(problem)},
-                {"outcome", textOf(result.status)},
-                {"proved", proved.isProved()},
-                {"objective", proved.objective},
-                {"core_exit_code", exitCodeOf(result)},
-                {"iterations", result.iterations.main},
-                {"phase_one_iterations", result.iterations.phaseOne},
-                {"predicted", result.wasPredicted},
-                {"prediction_rounds", result.iterations.prediction},
-                {"dual_steps", result.iterations.dual},
-                {"proximal_steps", result.iterations.proximal},
-                {"corrections", result.iterations.refinement},
-                {"seconds", result.times.total},
-                {"active", activeOf(proved.solution)},
-                {"primal_residual", certificate.primal.absolute},
-                {"dual_residual", certificate.dual.absolute},
-                {"duality_gap", certificate.gap.absolute},
-                {"relative_primal_residual", certificate.primal.relative},
-                {"relative_dual_residual", certificate.dual.relative},
-                {"relative_duality_gap", certificate.gap.relative}};
-    addProof(object, problem, proved, withSolution);
-    if (withSolution) {
-        addSolution(object, problem, proved.solution);
+    JsonWriter json;
+    addHeading(json, problem, file);
+    json.member("outcome", textOf(result.status));
+    json.member("proved", proved.isProved());
+    if (!result.message.empty()) {
+        json.member("message", result.message);
     }
-    return lineOf(object);
+    json.member("objective", proved.objective);
+    json.member("hessian_shift", result.hessianShift);
+    json.key("core_exit_code");
+    if (result.exitCode == Result().exitCode) {
+        json.value(nullptr);  // the core did not run
+    } else {
+        json.value(result.exitCode);
+    }
+    json.member("iterations", result.iterations.main);
+    json.member("phase_one_iterations", result.iterations.phaseOne);
+    json.member("predicted", result.wasPredicted);
+    json.member("prediction_rounds", result.iterations.prediction);
+    json.member("dual_steps", result.iterations.dual);
+    json.member("proximal_steps", result.iterations.proximal);
+    json.member("corrections", result.iterations.refinement);
+    json.member("seconds", result.times.total);
+    addActive(json, proved.solution);
+    json.member("primal_residual", certificate.primal.absolute);
+    json.member("dual_residual", certificate.dual.absolute);
+    json.member("duality_gap", certificate.gap.absolute);
+    json.member("relative_primal_residual", certificate.primal.relative);
+    json.member("relative_dual_residual", certificate.dual.relative);
+    json.member("relative_duality_gap", certificate.gap.relative);
+    addProof(json, problem, proved, withSolution);
+    if (withSolution) {
+        addSolution(json, problem, proved.solution);
+    }
+    json.close('}');
+    return std::move(json).line();
 }
 
 std::string jsonErrorText(const std::string& file, const std::string& message) {
-    return lineOf({{"file", file}, {"error", message}});
+    JsonWriter json;
+    json.open('{');
+    json.member("file", file);
+    json.member("error", message);
+    json.close('}');
+    return std::move(json).line();
 }
 
 }  // namespace activeset::cli

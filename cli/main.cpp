@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <limits>
@@ -11,16 +12,20 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
 #include "activeset/driver.hpp"
 #include "activeset/host.hpp"
+#include "activeset/kernels.hpp"
+#include "cli/crash_message.hpp"
 #include "cli/interrupt.hpp"
 #include "cli/prove_problem.hpp"
 #include "cli/report.hpp"
 #include "cli/solve_problem.hpp"
 #include "cli/verdict.hpp"
+#include "cli/visible.hpp"
 #include "io/qps_reader.hpp"
 
 namespace activeset::cli {
@@ -44,6 +49,7 @@ const std::map<std::string, Start> Starts{
 struct SolveCommand {
     SolverSettings settings;  ///< of the entry function
     double tolerance = Settings().tolerance;
+    double convexityTolerance = Settings().convexityTolerance;
     std::string start = "automatic";
     std::optional<double> timeLimit;  ///< seconds
     bool strict = false;              ///< the entry function alone
@@ -63,12 +69,12 @@ bool isStandardInput(const std::string& file) {
 
 /// The file as people read it; programs that read JSON get it as they gave it.
 std::string shown(const std::string& file) {
-    return isStandardInput(file) ? "standard input" : file;
+    return isStandardInput(file) ? "standard input" : visibleLine(file);
 }
 
 void printNotes(const io::Problem& problem, const std::string& file) {
     for (const io::Note& note : problem.notes) {
-        printError(fmt::format("{}:{}: note: {}", shown(file), note.line, note.text));
+        printError(fmt::format("{}:{}: note: {}", shown(file), note.line, visibleLine(note.text)));
     }
 }
 
@@ -79,9 +85,9 @@ bool solveStrictly(io::Problem& problem, const std::string& file, const SolveCom
     if (command.json) {
         std::cout << jsonText(problem, file, result, verdict, command.solution);
     } else {
-        std::cout << summaryText(problem, result, verdict);
+        std::cout << visible(summaryText(problem, result, verdict));
         if (command.solution) {
-            std::cout << solutionText(problem, result);
+            std::cout << visible(solutionText(problem, result));
         }
     }
     return result.code == 1 && verdict.supports();
@@ -90,7 +96,8 @@ bool solveStrictly(io::Problem& problem, const std::string& file, const SolveCom
 bool prove(const io::Problem& problem, const std::string& file, const SolveCommand& command) {
     Settings settings;
     settings.tolerance = command.tolerance;
-    settings.start = Starts.at(command.start);
+    settings.convexityTolerance = command.convexityTolerance;
+    settings.startMode = Starts.at(command.start);
     settings.maxIterations = static_cast<std::size_t>(command.settings.maxIter.value_or(0));
     if (command.timeLimit) {
         settings.timeLimit = std::chrono::duration<double>(*command.timeLimit);
@@ -99,9 +106,9 @@ bool prove(const io::Problem& problem, const std::string& file, const SolveComma
     if (command.json) {
         std::cout << jsonText(problem, file, proved, command.solution);
     } else {
-        std::cout << summaryText(problem, proved);
+        std::cout << visible(summaryText(problem, proved));
         if (command.solution) {
-            std::cout << solutionText(problem, proved);
+            std::cout << visible(solutionText(problem, proved));
         }
     }
     return proved.result.status == Status::Optimal;
@@ -112,56 +119,79 @@ void solveReadable(io::Problem& problem,
                    const SolveCommand& command,
                    int& status) {
     if (!command.json) {
-        std::cout << headingText(problem, shown(file));
+        std::cout << visible(headingText(problem, shown(file)));
     }
     const bool optimal =
         command.strict ? solveStrictly(problem, file, command) : prove(problem, file, command);
     status = std::max(status, optimal ? AllOptimal : OtherOutcome);
 }
 
+io::Problem read(const std::string& file) {
+    const CrashMessage guard;
+    return isStandardInput(file) ? io::readStandardInput() : io::readProblem(file);
+}
+
+/// What has come of the files so far.
+struct Progress {
+    int status = AllOptimal;
+    bool hasMemoryEnded = false;
+};
+
 /// Solves one file; what goes wrong with it is one line on standard error and a status.
-void solveFile(const std::string& file, const SolveCommand& command, int& status) {
+void solveFile(const std::string& file, const SolveCommand& command, Progress& progress) {
     std::string error;
+    int status = OtherOutcome;
     try {
-        io::Problem problem =
-            isStandardInput(file) ? io::readStandardInput() : io::readProblem(file);
+        io::Problem problem = read(file);
         printNotes(problem, file);
-        solveReadable(problem, file, command, status);
+        solveReadable(problem, file, command, progress.status);
         return;
     } catch (const io::ReadError& readError) {
         error = readError.what();
         status = UnreadableOrUsage;
+        progress.hasMemoryEnded |= readError.message() == "out of memory";
     } catch (const HostError& hostError) {
         error = fmt::format("{}: {}: {}", shown(file), hostError.identifier(), hostError.what());
-        status = std::max(status, OtherOutcome);
+        progress.hasMemoryEnded |=
+            std::string_view(hostError.identifier()) == OutOfMemoryIdentifier;
     } catch (const std::bad_alloc&) {
+        progress.hasMemoryEnded = true;
         error = fmt::format("{}: out of memory", shown(file));
-        status = std::max(status, OtherOutcome);
     }
+    progress.status = std::max(progress.status, status);
     if (command.json) {
         std::cout << jsonErrorText(file, error);
     }
-    printError(error);
+    printError(visibleLine(error));
+}
+
+/// The status, or that of output that could not be written.
+int written(int status) {
+    std::cout.flush();
+    if (std::cout) {
+        return status;
+    }
+    printError("standard output could not be written");
+    return UnreadableOrUsage;
 }
 
 int solveFiles(const SolveCommand& command) {
     const InterruptHandler interrupts;
-    int status = AllOptimal;
+    Progress progress;
     for (std::size_t i = 0; i < command.files.size(); ++i) {
         if (InterruptHandler::isPending()) {
             printError(fmt::format("interrupted: {} not solved",
                                    command.files.size() - i == 1
                                        ? "1 file"
                                        : fmt::format("{} files", command.files.size() - i)));
-            status = std::max(status, OtherOutcome);
+            progress.status = std::max(progress.status, OtherOutcome);
             break;
         }
-        solveFile(command.files[i], command, status);
+        solveFile(command.files[i], command, progress);
     }
-    std::cout.flush();
-    if (!std::cout) {
-        printError("standard output could not be written");
-        status = UnreadableOrUsage;
+    const int status = written(progress.status);
+    if (progress.hasMemoryEnded) {
+        std::_Exit(status);  // at their end other libraries may wait for memory that does not come
     }
     return status;
 }
@@ -184,7 +214,8 @@ std::string checkNumber(const std::string& text) {
 
 void describe(CLI::App& app, SolveCommand& command) {
     app.set_version_flag("--version",
-                         fmt::format("activeset {} ({})", activeset_version, activeset_build_date));
+                         fmt::format("activeset {} ({})\nkernels: {}, BLAS: {}", activeset_version,
+                                     activeset_build_date, kernelInstructionSet(), blasKernel()));
     app.require_subcommand(1);
     app.footer(Footer);
 
@@ -198,6 +229,9 @@ void describe(CLI::App& app, SolveCommand& command) {
     add("--tolerance", command.tolerance, "NUMBER [1e-9]",
         "Relative size of residuals that proves an optimum")
         ->check(checkTolerance);
+    add("--convexity-tolerance", command.convexityTolerance, "NUMBER [1e-6]",
+        "How far the objective may be from convex, relative; 0 takes it as it is")
+        ->check(CLI::Range(0.0, 1.0));
     add("--start", command.start, "WORD [automatic]",
         "Where a solve begins: automatic, predict or cold")
         ->check(CLI::IsMember(Starts));
@@ -235,7 +269,7 @@ void describe(CLI::App& app, SolveCommand& command) {
 /// What the parser reports is the answer to --help or --version, or one line on standard error.
 int reportUsage(const CLI::App& app, const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {
-        return app.exit(error);
+        return written(app.exit(error));
     }
     const std::vector<std::string> rest = app.remaining();
     std::string line = error.what();
@@ -244,7 +278,7 @@ int reportUsage(const CLI::App& app, const CLI::ParseError& error) {
                             : fmt::format("unknown command {}", rest.front());
     }
     std::replace(line.begin(), line.end(), '\n', ' ');
-    printError(fmt::format("activeset: {} (see activeset --help)", line));
+    printError(visibleLine(fmt::format("activeset: {} (see activeset --help)", line)));
     return UnreadableOrUsage;
 }
 
@@ -270,6 +304,10 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return activeset::cli::run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::cout.flush();
+        std::cerr << "activeset: out of memory" << std::endl;
+        std::_Exit(activeset::cli::OtherOutcome);
     } catch (const std::exception& error) {
         std::cerr << "activeset: " << error.what() << std::endl;
         return 2;

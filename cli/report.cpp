@@ -174,6 +174,12 @@ std::string summaryText(const io::Problem& problem, const ProvedResult& proved) 
     std::string text;
     const auto out = std::back_inserter(text);
     fmt::format_to(out, "outcome          {}{}\n", textOf(result.status), proofText(proved));
+    if (result.hessianShift > 0.0) {
+        fmt::format_to(out, "convexity        missed by rounding: solved with H + {:.1e} I\n",
+                       result.hessianShift);
+    } else if (result.status == Status::NotConvex) {
+        fmt::format_to(out, "convexity        {}\n", result.message);
+    }
     fmt::format_to(out, "objective        {:.10g}{}\n", proved.objective,
                    problem.maximise ? ", a maximum" : "");
     fmt::format_to(out, "iterations       {}", result.iterations.main);

@@ -72,9 +72,11 @@ public:
     }
 
     [[nodiscard]] Verdict verdict() {
+        const Residual objectiveOfFile = objective();
         visitConstraints();
         visitStationarity();
-        Verdict verdict{objective(), primal_.result(), dual_.result(), complementarity_.result()};
+        Verdict verdict{objectiveOfFile, primal_.result(), dual_.result(),
+                        complementarity_.result()};
         const bool optimal = result_.code == 1;
         const bool infeasible = result_.code == -2 || result_.code == -3;
         verdict.dual.supports = verdict.dual.supports || !optimal;
@@ -114,7 +116,9 @@ private:
     void visitInequality(double excess, double scale, double multiplier) {
         primal_.add(std::max(excess, 0.0), scale);
         dual_.add(std::max(-multiplier, 0.0), 0.0);
-        complementarity_.add(std::abs(excess * multiplier), scale * std::abs(multiplier));
+        // The product is a term of the gap between the primal and the dual objective.
+        complementarity_.add(std::abs(excess * multiplier),
+                             std::max(scale * std::abs(multiplier), objectiveSize_));
     }
 
     void visitStationarity() {
@@ -137,7 +141,7 @@ private:
         }
     }
 
-    [[nodiscard]] Residual objective() const {
+    [[nodiscard]] Residual objective() {
         const std::size_t n = problem_.n;
         ScaledSum sum;
         for (std::size_t j = 0; j < n; ++j) {
@@ -146,6 +150,7 @@ private:
             }
             sum.add(problem_.c[j] * result_.x[j]);
         }
+        objectiveSize_ = std::abs(sum.value);
         Largest difference(Accuracy);
         difference.add(std::abs(sum.value - result_.objective), sum.scale);
         const double value = sum.value + problem_.constant;
@@ -158,6 +163,7 @@ private:
     std::span<const double> inequalities_;
     std::span<const double> lower_;
     std::span<const double> upper_;
+    double objectiveSize_ = 0.0;  ///< |½xᵀHx + cᵀx|
     Largest primal_;
     Largest dual_;
     Largest complementarity_;

@@ -23,8 +23,9 @@ struct Verdict {
     /// Largest entry of H·x + c + Aeqᵀλeq + Aᵀλineq − λlower + λupper in magnitude, or the
     /// amount by which a multiplier of an inequality or bound is negative, if that is more.
     Residual dual;
-    /// Largest product in magnitude of the multiplier and the slack of an inequality or bound. An
-    /// absent bound has no slack: its multiplier counts itself.
+    /// Largest product in magnitude of the multiplier and the slack of an inequality or bound,
+    /// small or not in proportion to the objective. An absent bound has no slack: its multiplier
+    /// counts itself.
     Residual complementarity;
 
     [[nodiscard]] bool supports() const {

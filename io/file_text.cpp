@@ -33,6 +33,9 @@ void checkStream(gzFile stream, const std::string& path) {
     if (status == Z_ERRNO) {
         throw ReadError(path, 0, "cannot be read: " + systemText(errno));
     }
+    if (status == Z_MEM_ERROR) {
+        throw ReadError(path, 0, "out of memory");
+    }
     if (status != Z_OK && status != Z_STREAM_END) {
         throw ReadError(path, 0, "the compressed data are damaged or incomplete");
     }

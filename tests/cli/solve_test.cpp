@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/run_cli.hpp"
+#include "support/folders.hpp"
 #include "support/shared.hpp"
 
 namespace activeset::cli::tests {
@@ -14,7 +15,7 @@ namespace {
 
 using nlohmann::json;
 
-const std::filesystem::path Examples = ACTIVESET_EXAMPLES_DIR "/problems";
+const std::filesystem::path Examples = test::examplesFolder() + "/problems";
 
 /// min ½(x − 4)² + ½(y − 1)² subject to x ≤ 2 from (0, 0): half of the way to (4, 1) reaches the
 /// row, then y goes on alone. Every number on the way is exact.
@@ -42,7 +43,7 @@ TEST_F(Solving, PrintsTheTableAndTheSummary) {
     write("p.qps", TwoSteps);
     const Outcome outcome = run("solve --strict p.qps --solution");
 
-    EXPECT_EQ(outcome.out, contents(ACTIVESET_GOLDEN_DIR "/cli_two_steps.txt"));
+    EXPECT_EQ(outcome.out, contents(test::goldenFolder() + "/cli_two_steps.txt"));
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 0);
 }

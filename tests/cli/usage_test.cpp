@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "activeset/kernels.hpp"
 #include "cli/run_cli.hpp"
 
 namespace activeset::cli::tests {
@@ -42,9 +43,40 @@ TEST_F(Usage, HelpNamesTheExitStatusAndVersionHasFourParts) {
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.out, HasSubstr("Exit status: 0 when every file was solved"));
 
+    ::setenv("ACTIVESET_INSTRUCTION_SET", "baseline", 1);
+    ::setenv("OPENBLAS_CORETYPE", "PRESCOTT", 1);  // meant for another BLAS
     const Outcome version = run("--version");
+    ::setenv("ACTIVESET_BLAS_KERNEL", "PRESCOTT", 1);
+    const Outcome lowered = run("--version");
     EXPECT_EQ(version.status, 0);
-    EXPECT_THAT(version.out, MatchesRegex("activeset ([0-9]+\\.){3}[0-9]+ \\(.+\\)\n"));
+    EXPECT_THAT(
+        version.out,
+        MatchesRegex("activeset ([0-9]+\\.){3}[0-9]+ \\(.+\\)\nkernels: baseline, BLAS: .+\n"));
+    if (const std::string kernel = blasKernel(); kernel != "reference") {
+        EXPECT_THAT(version.out, HasSubstr("BLAS: " + kernel + "\n"));
+        EXPECT_THAT(lowered.out, HasSubstr("BLAS: Prescott\n"));
+    }
+}
+
+TEST_F(Usage, OutputThatCannotBeWrittenIsStatusTwo) {
+    write("p", "ROWS\n N o\nCOLUMNS\n x o 1\nENDATA\n");
+    for (const char* const arguments : {"--help", "--version", "solve --help", "solve p"}) {
+        for (const char* const output : {" >/dev/full", " >&-"}) {
+            const Outcome outcome = run(arguments + std::string(output) + " #");
+            EXPECT_EQ(outcome.status, 2) << arguments << output;
+        }
+    }
+}
+
+TEST_F(Usage, NamesCannotCommandTheTerminal) {
+    write("p\x1b[31m\n",
+          "NAME n\xc2\x9b FREE\nROWS\n N o\nCOLUMNS\n x\x7f\xe2\x80\xae\xff o 1\n"
+          "BOUNDS\n LO b x\x7f\xe2\x80\xae\xff 1\nENDATA\n");
+    const Outcome outcome = run("solve --solution 'p\x1b[31m\n' '\x1b[2Jq' 'ok\xc3\xa4'");
+    EXPECT_THAT(outcome.out, HasSubstr("p\\x1b[31m\\x0a: n\\u009b, 1 variable"));
+    EXPECT_THAT(outcome.out, HasSubstr("  x\\x7f\\u202e\\xff  1\n"));
+    EXPECT_THAT(outcome.err, HasSubstr("\\x1b[2Jq: cannot be opened"));
+    EXPECT_THAT(outcome.err, HasSubstr("ok\xc3\xa4: cannot be opened"));
 }
 
 TEST_F(UnreadableFiles, AreOneLineEachAndTheOthersAreSolvedWithTheirNotes) {

@@ -93,6 +93,25 @@ TEST(Verdicts, MeasureAgainstTheSizeOfTheTerms) {
     EXPECT_TRUE(solved.verdict().primal.supports);
 }
 
+// A bound of 0 has no size of its own: what is left of the product is a part of the objective's
+// gap.
+TEST(Verdicts, MeasureComplementarityByTheObjective) {
+    Solved solved;
+    solved.problem.c = {-6.7e7, 0, 0};
+    solved.problem.H.assign(9, 0.0);
+    solved.problem.beq[0] = 1 + 1e-13;
+    solved.result = {.code = 1,
+                     .x = {1, 1, 1e-13},
+                     .objective = -6.7e7,
+                     .lambda = {6.7e7, 0, 0, 0, 6.7e7, 0, 0, 0}};
+
+    EXPECT_GT(solved.verdict().complementarity.value, 6e-6);
+    EXPECT_TRUE(solved.verdict().supports());
+    solved.result.lambda[4] = 0;  // the same product, and nothing for it to be small beside
+    solved.problem.c[0] = 0;
+    EXPECT_FALSE(solved.verdict().supports());
+}
+
 TEST(Verdicts, OfOtherOutcomesAreAboutThePointAlone) {
     Solved solved;
     solved.result.lambda.assign(8, 0.0);

@@ -1,0 +1,28 @@
+// A last word where a library that the tool uses crashes.
+#ifndef ACTIVESET_CLI_CRASH_MESSAGE_HPP
+#define ACTIVESET_CLI_CRASH_MESSAGE_HPP
+
+#include <array>
+#include <csignal>
+
+namespace activeset::cli {
+
+/// While it lives, a crash ends the process with a line on standard error and status 2. The library
+/// that reads problem files does not look whether it got the memory that it asked for.
+class CrashMessage {
+public:
+    CrashMessage() noexcept;
+    ~CrashMessage();
+    CrashMessage(const CrashMessage&) = delete;
+    CrashMessage(CrashMessage&&) = delete;
+    CrashMessage& operator=(const CrashMessage&) = delete;
+    CrashMessage& operator=(CrashMessage&&) = delete;
+
+private:
+    static constexpr std::array Signals{SIGSEGV, SIGBUS, SIGABRT};
+    std::array<struct sigaction, Signals.size()> before_{};
+};
+
+}  // namespace activeset::cli
+
+#endif

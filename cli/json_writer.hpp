@@ -1,0 +1,57 @@
+// JSON text, written member by member. No tree of values stands behind it: one allocates when it is
+// destroyed, which ends the process where memory has ended.
+#ifndef ACTIVESET_CLI_JSON_WRITER_HPP
+#define ACTIVESET_CLI_JSON_WRITER_HPP
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+
+namespace activeset::cli {
+
+class JsonWriter {
+public:
+    /// '{' or '['; inside an object behind its key.
+    void open(char bracket) {
+        separate();
+        text_ += bracket;
+    }
+    void close(char bracket) { text_ += bracket; }
+
+    void key(const char* name) {
+        separate();
+        text_ += '"';
+        text_ += name;
+        text_ += "\":";
+    }
+    /// A string, a number or a truth value. Strings need not be UTF-8, what is not becomes the
+    /// replacement character; what is no finite number becomes null.
+    template <class Value>
+    void value(const Value& value) {
+        separate();
+        text_ +=
+            nlohmann::json(value).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    }
+    template <class Value>
+    void member(const char* name, const Value& content) {
+        key(name);
+        value(content);
+    }
+
+    /// All of it, with a line end.
+    [[nodiscard]] std::string line() && { return std::move(text_) + "\n"; }
+
+private:
+    void separate() {
+        const char last = text_.empty() ? '{' : text_.back();
+        if (last != '{' && last != '[' && last != ':') {
+            text_ += ',';
+        }
+    }
+
+    std::string text_;
+};
+
+}  // namespace activeset::cli
+
+#endif
