@@ -1,0 +1,44 @@
+// From C's pointers and structs to the front end's views and settings, and back.
+#ifndef ACTIVESET_SRC_C_INTERFACE_CONVERT_HPP
+#define ACTIVESET_SRC_C_INTERFACE_CONVERT_HPP
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "activeset/activeset.h"
+#include "activeset/qp.hpp"
+
+namespace activeset::c_interface {
+
+/// A matrix with rows and columns; a null pointer is an absent one. Raises BadArgument for an order
+/// that is none and for a negative distance.
+[[nodiscard]] MatrixView matrixOf(
+    const double* data, std::size_t rows, std::size_t cols, std::int64_t leading, int order);
+[[nodiscard]] VectorView vectorOf(const double* data, std::size_t size);
+
+/// Defaults for a null. Raises BadArgument for a start mode that is none.
+[[nodiscard]] Settings settingsOf(const activeset_options* options);
+
+/// m and n sides, or null for none; a number that is no side is left out.
+[[nodiscard]] WorkingSet workingSetOf(const std::int8_t* rowSides,
+                                      std::size_t m,
+                                      const std::int8_t* boundSides,
+                                      std::size_t n);
+/// The other way round, into arrays or null.
+void writeSides(const WorkingSet& set,
+                std::int8_t* rowSides,
+                std::size_t m,
+                std::int8_t* boundSides,
+                std::size_t n);
+
+/// Writes the members of `target` that the caller's version of the struct has.
+void writeResult(const Result& result, std::size_t n, std::size_t m, activeset_result* target);
+
+/// Writes a text and its end into an array of `size` characters, cut between two characters of
+/// UTF-8.
+void writeText(const std::string& text, char* target, std::int64_t size);
+
+}  // namespace activeset::c_interface
+
+#endif

@@ -1,0 +1,38 @@
+// What stands behind the handles of the C interface.
+#ifndef ACTIVESET_SRC_C_INTERFACE_HANDLES_HPP
+#define ACTIVESET_SRC_C_INTERFACE_HANDLES_HPP
+
+#include <cstddef>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+#include "activeset/activeset.h"
+#include "activeset/qp.hpp"
+
+struct activeset_problem {
+    std::size_t n = 0;
+    std::size_t m = 0;
+    /// Where there is no c: it tells the front end how many variables there are.
+    std::vector<double> zeros{};
+    activeset::Problem views{};  ///< its warm start is `warmStart`, if there is one
+    std::optional<activeset::WarmStart> warmStart{};
+
+    [[nodiscard]] activeset::Problem problem() const {
+        activeset::Problem problem = views;
+        problem.warmStart = warmStart ? &*warmStart : nullptr;
+        return problem;
+    }
+};
+
+struct activeset_stop {
+    std::stop_source source{};
+};
+
+struct activeset_solver {
+    std::size_t n = 0;
+    std::size_t m = 0;
+    activeset::Solver solver;
+};
+
+#endif

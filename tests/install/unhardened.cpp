@@ -1,0 +1,2 @@
+// What the check of hardening has to reject: built without any of it.
+int main() {}
