@@ -1,0 +1,84 @@
+"""Dense convex quadratic and linear programs, solved with a proof.
+
+The functions take NumPy arrays and keyword arguments and return a `Result`:
+
+>>> import numpy as np, activeset
+>>> r = activeset.solve_qp(P=np.eye(2), q=[-2.0, -3.0], G=[1.0, 1.0], h=[3.0])
+>>> r.x
+array([1., 2.])
+
+docs/python.md of the project is the tutorial.
+"""
+
+from __future__ import annotations
+
+import atexit as _atexit
+
+from . import _core
+from ._core import Solver, solve_qp
+from ._problem import Problem
+from ._records import (
+    Certificate,
+    Conflict,
+    Farkas,
+    Fault,
+    Iterations,
+    Marginals,
+    Progress,
+    Residual,
+    Settings,
+    Times,
+    WarmStart,
+    WorkingSet,
+)
+from ._result import Result, SolveError, Status
+from ._faults import ProblemError
+
+__version__ = "0.1.0"
+
+__all__ = [
+    "Certificate", "Conflict", "Farkas", "Fault", "Iterations", "Marginals", "Problem",
+    "ProblemError", "Progress", "ReadError", "Residual", "Result", "Settings", "SolveError",
+    "Solver", "Status", "Times", "WarmStart", "WorkingSet", "compat", "explain_infeasibility",
+    "linprog", "lsq_linear", "nnls", "read", "solve_ls", "solve_many", "solve_qp",
+]
+
+_core.configure(Result, tuple(Status))
+_atexit.register(_core.end_tasks)
+
+# Where the names are that are imported when they are first used.
+_LATER = {
+    "ReadError": "_files",
+    "explain_infeasibility": "_explain",
+    "linprog": "_linprog",
+    "lsq_linear": "_least_squares",
+    "nnls": "_least_squares",
+    "read": "_files",
+    "solve_ls": "_least_squares",
+    "solve_many": "_many",
+}
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from . import compat
+    from ._explain import explain_infeasibility
+    from ._files import ReadError, read
+    from ._least_squares import lsq_linear, nnls, solve_ls
+    from ._linprog import linprog
+    from ._many import solve_many
+
+
+def __getattr__(name: str) -> object:
+    from importlib import import_module
+
+    if name == "compat":
+        return import_module(".compat", __name__)
+    if name not in _LATER:
+        raise AttributeError(f"module 'activeset' has no attribute '{name}'")
+    value = getattr(import_module("." + _LATER[name], __name__), name)
+    globals()[name] = value
+    return value
+
+
+def __dir__() -> list[str]:
+    return sorted({*globals(), *__all__})

@@ -1,0 +1,90 @@
+"""Many problems on several threads."""
+
+from __future__ import annotations
+
+import time
+
+from . import _core
+from ._problem import Problem
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from collections.abc import Callable, Iterable
+
+    from ._records import Settings
+    from ._result import Result
+
+_PATIENCE = 1.0  # seconds before a progress bar appears
+
+
+class _Bar:
+    """A progress bar of tqdm, where that is installed and the work takes long."""
+
+    def __init__(self) -> None:
+        self.begin = time.monotonic()
+        self.bar = None
+
+    def __call__(self, done: int, of: int) -> None:
+        if self.bar is None and time.monotonic() - self.begin > _PATIENCE and done < of:
+            try:
+                from tqdm.auto import tqdm
+            except ImportError:
+                self.begin = float("inf")
+                return
+            self.bar = tqdm(total=of, desc="solve_many", unit="problem")
+        if self.bar is not None:
+            self.bar.update(done - self.bar.n)
+
+    def close(self, of: int) -> None:
+        if self.bar is not None:
+            self.bar.update(of - self.bar.n)
+            self.bar.close()
+
+
+def solve_many(problems: Iterable[Problem], threads: int = 0, chain: int = 0,
+               progress: bool | Callable[[int, int], object] = True, *,
+               settings: Settings | None = None,
+               time_limit: float | None = None) -> list[Result]:
+    """Solve problems that have nothing to do with one another, or chains of similar ones.
+
+    Parameters
+    ----------
+    problems : iterable of Problem
+    threads : int
+        0 stands for as many as there are processors. Results do not depend on it.
+    chain : int
+        So many neighbours form a chain, in which each begins where the last optimum was; those that
+        share P, G and A (as `Problem.replace` makes them) share factors, too. 0 is no chains.
+    progress : bool or callable
+        True shows a progress bar on long work if tqdm is there; a function is called with the
+        number of problems done and that of all, now and then.
+    settings : Settings, optional
+        Of every solve.
+    time_limit : float, optional
+        Seconds for all together.
+
+    Returns
+    -------
+    list of Result
+        In the order of the problems. One with faults has the status "invalid", one that raised
+        "failed"; neither disturbs the others.
+
+    Examples
+    --------
+    >>> p = Problem([[1.0]], [-1.0])
+    >>> [float(r.x[0]) for r in solve_many([p, p.replace(q=[-2.0])])]
+    [1.0, 2.0]
+    """
+    problems = list(problems)
+    for k, problem in enumerate(problems):
+        if not isinstance(problem, Problem):
+            raise TypeError(f"problems[{k}] is a {type(problem).__name__}, expected a Problem")
+    if threads < 0 or chain < 0:
+        raise ValueError("threads and chain have to be 0 or more")
+    bar = _Bar() if progress is True else None
+    told = bar if bar is not None else progress if callable(progress) else None
+    try:
+        return _core.solve_many(problems, threads, chain, settings, time_limit, told)
+    finally:
+        if bar is not None:
+            bar.close(len(problems))

@@ -1,0 +1,159 @@
+"""A problem that is kept: to solve, to save, to look for faults in."""
+
+from __future__ import annotations
+
+import numpy as np
+
+from . import _convert, _core
+from ._faults import translated
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from collections.abc import Sequence
+    from os import PathLike
+    from typing import Any
+
+    from numpy.typing import ArrayLike, NDArray
+
+    from ._records import Fault
+    from ._result import Result
+
+    Vector = NDArray[np.float64]
+    Names = tuple[tuple[str, ...] | None, tuple[str, ...] | None]
+
+_PARTS = ("P", "q", "G", "h", "A", "b", "lb", "ub", "l", "x0")
+
+
+class Problem:
+    """The data of one problem, as `solve_qp` takes them.
+
+    Arrays of float64 are used where they lie, not copied: what is written into them later is seen
+    by later solves. Where there are both G and A their rows are copied, once.
+
+    Parameters
+    ----------
+    P, q, G, h, A, b, lb, ub, l, constant, x0, names, row_names
+        As in `solve_qp`.
+
+    Raises
+    ------
+    ProblemError
+        Shapes or types do not fit. Faults of entries are found by `faults` and by solves.
+
+    Examples
+    --------
+    >>> p = Problem([[2.0]], [-4.0], ub=[1.0], names=["x"])
+    >>> p.solve().x
+    array([1.])
+    >>> p
+    Problem: 1 variable, 0 inequalities, 0 equalities
+    """
+
+    __slots__ = ("_data", "_names")
+
+    def __init__(self, P: ArrayLike | None, q: ArrayLike | None,
+                 G: ArrayLike | None = None, h: ArrayLike | None = None,
+                 A: ArrayLike | None = None, b: ArrayLike | None = None,
+                 lb: ArrayLike | None = None, ub: ArrayLike | None = None, *,
+                 l: ArrayLike | None = None,  # noqa: E741
+                 constant: float = 0.0, x0: ArrayLike | None = None,
+                 names: Sequence[str] | None = None,
+                 row_names: Sequence[str] | None = None) -> None:
+        self._set({"P": P, "q": q, "G": G, "h": h, "A": A, "b": b, "lb": lb, "ub": ub, "l": l,
+                   "constant": constant, "x0": x0}, names, row_names, None)
+
+    def _set(self, parts: dict[str, Any], names: Any, row_names: Any,
+             like: _core.ProblemData | None) -> None:
+        self._data = _core.ProblemData(parts, like)
+        n, inequalities, equalities = self._data.sizes
+        self._names: Names = _convert.all_names(names, row_names, n, inequalities + equalities)
+        if self._names != (None, None):
+            self._data.set_names(self._names)
+
+    P: Vector | None = property(lambda self: self._data.part("P"))  # type: ignore[assignment]
+    q: Vector | None = property(lambda self: self._data.part("q"))  # type: ignore[assignment]
+    G: Vector | None = property(lambda self: self._data.part("G"))  # type: ignore[assignment]
+    h: Vector | None = property(lambda self: self._data.part("h"))  # type: ignore[assignment]
+    A: Vector | None = property(lambda self: self._data.part("A"))  # type: ignore[assignment]
+    b: Vector | None = property(lambda self: self._data.part("b"))  # type: ignore[assignment]
+    lb: Vector | None = property(lambda self: self._data.part("lb"))  # type: ignore[assignment]
+    ub: Vector | None = property(lambda self: self._data.part("ub"))  # type: ignore[assignment]
+    l: Vector | None = property(lambda self: self._data.part("l"))  # type: ignore  # noqa: E741
+    x0: Vector | None = property(lambda self: self._data.part("x0"))  # type: ignore[assignment]
+
+    @property
+    def constant(self) -> float:
+        """Added to the objective."""
+        return self._data.constant
+
+    @property
+    def names(self) -> tuple[str, ...] | None:
+        """Of the variables."""
+        return self._names[0]
+
+    @property
+    def row_names(self) -> tuple[str, ...] | None:
+        """Of the rows, those of G first."""
+        return self._names[1]
+
+    @property
+    def n(self) -> int:
+        """The number of variables."""
+        return self._data.sizes[0]
+
+    def faults(self) -> list[Fault]:
+        """All mistakes in the entries; none for a problem that can be solved."""
+        _, inequalities, equalities = self._data.sizes
+        return translated(self._data.faults(), inequalities, equalities, self._names)
+
+    def solve(self, **options: Any) -> Result:
+        """Solve it; keyword arguments as those of `solve_qp` behind the data."""
+        own: dict[str, Any] = {**self._parts(), "names": self.names, "row_names": self.row_names}
+        return _core.solve_qp(**{**own, **options})
+
+    def replace(self, **parts: Any) -> Problem:
+        """A problem with other parts, or names, that shares the remaining ones with this one."""
+        names = parts.pop("names", self.names)
+        row_names = parts.pop("row_names", self.row_names)
+        other = object.__new__(type(self))
+        other._set({**self._parts(), **parts}, names, row_names, self._data)
+        return other
+
+    def save(self, path: str | PathLike[str]) -> None:
+        """Write it to a file in NumPy's format .npz, which needs no trust to be read."""
+        parts = {name: part for name, part in self._parts().items() if part is not None}
+        for name, value in (("names", self.names), ("row_names", self.row_names)):
+            if value is not None:
+                parts[name] = np.array(value, dtype=np.str_)
+        with open(path, "wb") as file:  # np.savez would append to the name
+            np.savez_compressed(file, **parts)
+
+    @classmethod
+    def load(cls, path: str | PathLike[str]) -> Problem:
+        """Read what `save` wrote."""
+        with np.load(path, allow_pickle=False) as file:
+            parts: dict[str, Any] = {name: file[name] for name in file.files}
+        constant = float(parts.pop("constant", 0.0))
+        return cls(parts.pop("P", None), parts.pop("q", None), constant=constant, **parts)
+
+    def _parts(self) -> dict[str, Any]:
+        parts: dict[str, Any] = {name: self._data.part(name) for name in _PARTS}
+        return {**parts, "constant": self.constant}
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return _restore, ({**self._parts(), "names": self.names, "row_names": self.row_names},)
+
+    def __repr__(self) -> str:
+        def counted(count: int, one: str, many: str) -> str:
+            return f"{count} {one if count == 1 else many}"
+
+        n, inequalities, equalities = self._data.sizes
+        return (f"Problem: {counted(n, 'variable', 'variables')}, "
+                f"{counted(inequalities, 'inequality', 'inequalities')}, "
+                f"{counted(equalities, 'equality', 'equalities')}")
+
+
+def _restore(parts: dict[str, Any]) -> Problem:
+    """Of a pickle; parts that another version knows and this one does not are left out."""
+    known = {name: parts.get(name) for name in (*_PARTS, "names", "row_names")}
+    return Problem(known.pop("P"), known.pop("q"), constant=parts.get("constant", 0.0), **known)

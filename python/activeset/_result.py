@@ -1,0 +1,224 @@
+"""What a solve returns."""
+
+from __future__ import annotations
+
+import enum
+import re
+
+import numpy as np
+
+from . import _core
+from ._records import (
+    Certificate,
+    Farkas,
+    Fault,
+    Iterations,
+    Marginals,
+    Residual,
+    Times,
+    WarmStart,
+    WorkingSet,
+)
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from typing import Any
+
+    import pandas as pd
+    from numpy.typing import NDArray
+
+    Vector = NDArray[np.float64]
+
+_VERSION = 1  # of the state in a pickle
+
+
+class Status(str, enum.Enum):
+    """How a solve ended; equal to its text."""
+
+    OPTIMAL = "optimal"
+    INFEASIBLE = "infeasible"
+    UNBOUNDED = "unbounded"
+    NOT_CONVEX = "not convex"
+    ITERATION_LIMIT = "iteration limit"
+    TIME_LIMIT = "time limit"
+    INTERRUPTED = "interrupted"
+    INACCURATE = "inaccurate"
+    INVALID = "invalid"
+    FAILED = "failed"
+
+    def __str__(self) -> str:
+        return str(self.value)
+
+
+_MEANING = {
+    "optimal": "proved to the tolerance",
+    "infeasible": "no point satisfies the constraints: r.farkas proves it, "
+                  "explain_infeasibility names those that contradict one another",
+    "unbounded": "the objective falls without end along r.direction",
+    "not convex": "P has negative curvature along r.direction",
+    "iteration limit": "the point reached so far",
+    "time limit": "the point reached so far",
+    "interrupted": "the point reached so far",
+    "inaccurate": "the best point found, with the residuals in r.certificate",
+    "invalid": "the problem has faults",
+    "failed": "the solve raised",
+}
+
+
+class SolveError(RuntimeError):
+    """Raised by `Result.raise_for_status`; `result` is the result."""
+
+    def __init__(self, message: str, result: Result | None = None) -> None:
+        super().__init__(message)
+        self.result = result
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return type(self), (self.args[0], self.result)
+
+
+def _restore(version: int, state: dict[str, Any]) -> Result:
+    """Of a pickle of this or another version: entries that are missing have defaults."""
+    return _core.restore(state)
+
+
+class Result(_core.ResultBase):
+    """How a solve ended, the point, its multipliers and what proves them. Immutable.
+
+    Arrays are views of what the solver found, made when they are asked for and read only; take a
+    ``copy()`` to change one.
+    """
+
+    __slots__ = ()
+
+    @property
+    def z_lower(self) -> Vector:
+        """Multipliers of lb <= x, at least 0."""
+        return np.maximum(-self.z_box, 0.0)
+
+    @property
+    def z_upper(self) -> Vector:
+        """Multipliers of x <= ub, at least 0."""
+        return np.maximum(self.z_box, 0.0)
+
+    @property
+    def marginals(self) -> Marginals:
+        """Derivatives of the optimal value by the active sides: SciPy's signs."""
+        return Marginals(-self.z, -self.y, self.z_lower, -self.z_upper)
+
+    @property
+    def working_set(self) -> WorkingSet:
+        """Constraints that hold with equality."""
+        return WorkingSet(*self._working_set)
+
+    @property
+    def active_mask(self) -> NDArray[np.int64]:
+        """Per variable: -1 at the lower bound, 1 at the upper one or fixed, 0 otherwise."""
+        return self.working_set.mask(self.x.size)
+
+    @property
+    def warm_start(self) -> WarmStart:
+        """For the next, similar problem."""
+        return WarmStart(self.x, self.working_set)
+
+    @property
+    def certificate(self) -> Certificate:
+        """Residuals of the point and its multipliers; infinite where there is no point."""
+        r = self._certificate
+        return Certificate(Residual(*r[:2]), Residual(*r[2:4]), Residual(*r[4:]))
+
+    @property
+    def farkas(self) -> Farkas | None:
+        """The proof of infeasible, else None."""
+        found = self._farkas
+        if found is None:
+            return None
+        y, z, z_box, absolute, relative, value, radius = found
+        return Farkas(y, z, z_box, Residual(absolute, relative), value, radius)
+
+    @property
+    def direction_residual(self) -> Residual:
+        """For unbounded what P d and the sides along d miss; for not convex the curvature."""
+        return Residual(*self._direction_residual)
+
+    @property
+    def iterations(self) -> Iterations:
+        """How often what was done."""
+        return Iterations(*self._iterations)
+
+    @property
+    def times(self) -> Times:
+        """Seconds."""
+        return Times(*self._times)
+
+    @property
+    def message(self) -> str:
+        """One line on the outcome; for invalid and failed what was wrong."""
+        if self.status is Status.INVALID:
+            return f"{self.status}: " + "\n".join(fault.text for fault in self.faults[:10])
+        if self.found and self.hessian_shift > 0:
+            return f"optimal: proved for P + {self.hessian_shift:.3g} I"
+        theirs = re.sub(r"\bH\b", "P", self._message)  # the solver calls P by its own letter
+        return f"{self.status}: {theirs or _MEANING[self.status.value]}"
+
+    @property
+    def faults(self) -> list[Fault]:
+        """What is wrong with a problem whose status is invalid (`solve_many`), else empty."""
+        from ._faults import translated
+
+        return translated(self._faults, *self._rows, self._names)
+
+    @property
+    def names(self) -> tuple[str, ...] | None:
+        """Names of the variables, if the problem had any."""
+        return self._names[0]
+
+    @property
+    def row_names(self) -> tuple[str, ...] | None:
+        """Names of the rows, those of G first, if the problem had any."""
+        return self._names[1]
+
+    def raise_for_status(self) -> Result:
+        """Return the result itself if the outcome is optimal; raise SolveError, or ProblemError
+        for invalid, if it is not."""
+        if self.status is Status.INVALID:
+            from ._faults import ProblemError
+
+            raise ProblemError(self.faults)
+        if not self.found:
+            raise SolveError(self.message, self)
+        return self
+
+    def to_series(self) -> pd.Series[float]:
+        """The point as a pandas Series, by the names of the variables."""
+        import pandas as pd
+
+        names = self.names
+        return pd.Series(self.x.copy(), index=None if names is None else list(names), name="x")
+
+    def to_dict(self) -> dict[str, Any]:
+        """The result in numbers, strings, lists and dictionaries, fit for JSON."""
+        from ._present import dictionary
+
+        return dictionary(self)
+
+    def __bool__(self) -> bool:
+        return self.found
+
+    def __repr__(self) -> str:
+        from ._present import text
+
+        return text(self)
+
+    def _repr_html_(self) -> str:
+        from ._present import html
+
+        return html(self)
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return _restore, (_VERSION, self._state())
+
+    def __copy__(self) -> Result:
+        return self
+
+    def __deepcopy__(self, memo: object) -> Result:
+        return self

@@ -1,0 +1,42 @@
+// The extension module activeset._core: what the package is built on.
+#include "control.hpp"
+#include "kept_solver.hpp"
+#include "many.hpp"
+#include "problem_holder.hpp"
+#include "python.hpp"
+#include "result.hpp"
+#include "result_state.hpp"
+#include "solve.hpp"
+#include "task.hpp"
+
+namespace activeset::python {
+namespace {
+
+/// The classes and threads of this module are those of one interpreter.
+void requireMainInterpreter() {
+    if (PyInterpreterState_Get() != PyInterpreterState_Main()) {
+        throw py::import_error("activeset works in the main interpreter of a process only");
+    }
+}
+
+void configure(py::type resultClass, py::tuple statuses) {
+    requireMainInterpreter();
+    configureResults(std::move(resultClass), std::move(statuses));
+}
+
+}  // namespace
+}  // namespace activeset::python
+
+PYBIND11_MODULE(_core, module) {
+    using namespace activeset::python;
+    module.doc() = "The solver behind the package activeset.";
+    addResultType(module);
+    addSolve(module);
+    addSolverType(module);
+    addProblemHolder(module);
+    addMany(module);
+    module.def("configure", &configure);
+    module.def("restore", &restore);
+    module.def("end_tasks", &endTasks);
+    module.attr("LONG_SOLVE") = LongSolve;
+}

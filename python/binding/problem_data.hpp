@@ -1,0 +1,76 @@
+// The parts of a problem as Python knows it, made into one of the front end: G and A become one
+// matrix of rows, those of G first.
+#ifndef ACTIVESET_PYTHON_PROBLEM_DATA_HPP
+#define ACTIVESET_PYTHON_PROBLEM_DATA_HPP
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "activeset/qp.hpp"
+#include "python.hpp"
+
+namespace activeset::python {
+
+/// In the order of solve_qp's parameters.
+enum Part : std::size_t { P, q, G, h, A, b, lb, ub, l, Constant, X0, Parts };
+
+inline constexpr std::array<const char*, Parts> PartNames{"P",  "q",  "G", "h",        "A", "b",
+                                                          "lb", "ub", "l", "constant", "x0"};
+
+/// Borrowed references, null for what is absent.
+using GivenParts = std::array<PyObject*, Parts>;
+
+/// Rows of G and A together, column by column.
+struct JoinedRows {
+    std::vector<double> values;
+};
+
+class ProblemData {
+public:
+    ProblemData() = default;
+    /// @raises ProblemError, which lists all that does not fit
+    /// `like` has the same G and A, perhaps: then its joined rows are used once more.
+    explicit ProblemData(const GivenParts& given, const ProblemData* like = nullptr);
+
+    [[nodiscard]] const Problem& views() const noexcept { return views_; }
+    [[nodiscard]] std::size_t variables() const noexcept { return n_; }
+    [[nodiscard]] std::size_t inequalities() const noexcept { return rowsOfG_; }
+    [[nodiscard]] std::size_t equalities() const noexcept { return rowsOfA_; }
+    /// The arrays that are looked at, and null elsewhere.
+    [[nodiscard]] const std::array<py::object, Parts>& owners() const noexcept { return owners_; }
+    /// Entries of H and of the rows, which decide how long a solve may take.
+    [[nodiscard]] std::size_t entries() const noexcept { return n_ * (n_ + rowsOfG_ + rowsOfA_); }
+
+private:
+    bool read(const GivenParts& given);
+    [[nodiscard]] bool fits() const;
+    void joinRows(const ProblemData* like);
+
+    std::array<py::object, Parts> owners_;
+    MatrixView G_;
+    MatrixView A_;
+    VectorView h_;
+    VectorView l_;
+    VectorView b_;
+    Problem views_;
+    std::shared_ptr<const JoinedRows> joined_;
+    std::vector<double> sides_;  ///< of joined rows: lower, then upper
+    std::size_t n_ = 0;
+    std::size_t rowsOfG_ = 0;
+    std::size_t rowsOfA_ = 0;
+};
+
+/// The matrix with the rows of both.
+[[nodiscard]] std::shared_ptr<const JoinedRows> joined(const MatrixView& G, const MatrixView& A);
+
+/// The parts by name.
+[[nodiscard]] py::dict dictOf(const GivenParts& given);
+
+/// Raises ProblemError with all that is wrong with shapes and types.
+[[noreturn]] void raiseMisfit(const GivenParts& given);
+
+}  // namespace activeset::python
+
+#endif

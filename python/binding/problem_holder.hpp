@@ -1,0 +1,25 @@
+// What Python's Problem holds: its data as views, and its names.
+#ifndef ACTIVESET_PYTHON_PROBLEM_HOLDER_HPP
+#define ACTIVESET_PYTHON_PROBLEM_HOLDER_HPP
+
+#include <memory>
+
+#include "problem_data.hpp"
+#include "python.hpp"
+
+namespace activeset::python {
+
+struct ProblemHolder {
+    std::shared_ptr<const ProblemData> data;
+    py::object names;  ///< as in ResultLayout
+};
+
+void addProblemHolder(py::module_& module);
+
+/// That of a Problem.
+/// @raises TypeError for anything else
+[[nodiscard]] const ProblemHolder& holderOf(py::handle problem);
+
+}  // namespace activeset::python
+
+#endif

@@ -1,0 +1,19 @@
+// Results as plain data of Python: for pickles, and for parts of them that Python makes itself.
+#ifndef ACTIVESET_PYTHON_RESULT_STATE_HPP
+#define ACTIVESET_PYTHON_RESULT_STATE_HPP
+
+#include "activeset/qp.hpp"
+#include "python.hpp"
+
+namespace activeset::python {
+
+/// A dictionary of copies: arrays, numbers, tuples, strings.
+[[nodiscard]] py::dict stateOf(const Result& result);
+
+/// A Result from such a dictionary. What it does not have has its default; what it has beyond is
+/// not looked at, so that pickles pass between versions.
+[[nodiscard]] py::object restore(const py::dict& state);
+
+}  // namespace activeset::python
+
+#endif

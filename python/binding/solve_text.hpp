@@ -1,0 +1,67 @@
+// The documentation of solve_qp.
+#ifndef ACTIVESET_PYTHON_SOLVE_TEXT_HPP
+#define ACTIVESET_PYTHON_SOLVE_TEXT_HPP
+
+namespace activeset::python {
+
+inline constexpr char SolveQpText[] =
+    R"(solve_qp(P, q, G=None, h=None, A=None, b=None, lb=None, ub=None, *, l=None, constant=0.0, x0=None, warm_start=None, settings=None, verbose=False, callback=None, names=None, row_names=None)
+--
+
+Solve a convex quadratic or linear program and prove the answer.
+
+Minimises ``1/2 x'P x + q'x + constant`` subject to ``l <= G x <= h``, ``A x = b`` and
+``lb <= x <= ub``. With multipliers y of A, z of G and z_box of the bounds,
+``P x + q + G'z + A'y + z_box = 0`` at an optimum: z and z_box are positive where an upper side
+holds and negative where a lower one does.
+
+Parameters
+----------
+P : (n, n) array_like or None
+    Symmetric, positive semidefinite. Both triangles are needed. None is a linear program.
+q : (n,) array_like or None
+    None is zero.
+G, h, l : (m, n), (m,) and (m,) array_like, optional
+    Inequalities. One of h and l may be left out. A G of one dimension is one row.
+A, b : (p, n) and (p,) array_like, optional
+    Equalities.
+lb, ub : (n,) array_like, optional
+    Bounds; infinite entries are none.
+constant : float
+    Added to the objective.
+x0 : (n,) array_like, optional
+    Where to start; it need not be feasible.
+warm_start : WarmStart or Result, optional
+    The end of the solve of a similar problem; goes before x0.
+settings : Settings, optional
+    Tolerance and limits.
+verbose : bool
+    Print passes and outcome to sys.stdout.
+callback : callable, optional
+    Called with a Progress after every pass of the active-set method. False ends the solve, which
+    then is interrupted. It must not start another solve. A solve with a callback does not predict
+    its working set unless the settings say so.
+names, row_names : sequence of str, optional
+    Names of the n variables and of the m + p rows, those of G first.
+
+Returns
+-------
+Result
+    How a solve ended is its `status`, never an exception.
+
+Raises
+------
+ProblemError
+    The data have faults; all of them are listed.
+
+Examples
+--------
+>>> import numpy as np, activeset
+>>> r = activeset.solve_qp(np.eye(2), [-2.0, -3.0], G=[1.0, 1.0], h=[3.0])
+>>> r.status, r.x, r.z, r.obj
+(<Status.OPTIMAL: 'optimal'>, array([1., 2.]), array([1.]), -5.5)
+)";
+
+}  // namespace activeset::python
+
+#endif

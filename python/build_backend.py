@@ -1,0 +1,13 @@
+"""Setuptools' backend, which also asks for CMake and Ninja where the machine does not have them."""
+
+import shutil
+
+from setuptools import build_meta
+from setuptools.build_meta import *  # noqa: F401,F403
+
+TOOLS = {"cmake": "cmake>=3.25", "ninja": "ninja"}
+
+
+def get_requires_for_build_wheel(config_settings=None):
+    missing = [package for tool, package in TOOLS.items() if shutil.which(tool) is None]
+    return build_meta.get_requires_for_build_wheel(config_settings) + missing

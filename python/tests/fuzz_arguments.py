@@ -1,0 +1,196 @@
+"""Calls everything public with arguments of all kinds: fuzz_arguments.py SECONDS [SEED]
+
+An exception that is none of Python's own for bad arguments, or a crash, is a defect. What was
+called last is in the file fuzz_arguments.last of the folder for temporary files.
+"""
+
+import pathlib
+import random
+import sys
+import tempfile
+import time
+import warnings
+
+import numpy as np
+import scipy.sparse
+
+import activeset
+from activeset.compat import qpsolvers, quadprog
+
+EXPECTED = (ValueError, TypeError, AttributeError, OverflowError, activeset.SolveError, RuntimeError,
+            MemoryError, IndexError, KeyError, np.linalg.LinAlgError)
+SMALL = activeset.Settings(max_iterations=200, time_limit=0.2)
+
+
+class Odd:
+    """Answers every question strangely."""
+
+    def __array__(self, dtype=None):
+        raise random.choice(EXPECTED)("odd")
+
+    def __float__(self):
+        return float("nan")
+
+    def __getattr__(self, name):
+        if name.startswith("__"):
+            raise AttributeError(name)
+        return random.choice([None, 3, [], self, np.ones(2)])
+
+
+def number(rng):
+    return rng.choice([0.0, 1.0, -1.0, 0.5, 1e-300, 1e300, np.inf, -np.inf, np.nan, 1e20,
+                       rng.normalvariate(0, 1)])
+
+
+def array(rng, n):
+    shape = rng.choice([(n, n), (n,), (rng.randint(0, 3), n), (rng.randint(0, 3),), (),
+                        (1, n), (n, 1), (0, n), (n, 0), (2, 2, 2)])
+    size = int(np.prod(shape))
+    if rng.random() < 0.2:
+        values = np.array([number(rng) for _ in range(size)]).reshape(shape)
+    else:
+        values = np.array([rng.normalvariate(0, 1) for _ in range(size)]).reshape(shape)
+    if len(shape) == 2 and shape[0] == shape[1] and rng.random() < 0.7:
+        values = values @ values.T
+    kind = rng.randrange(14)
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore")
+        if kind < 5:
+            return values
+        if kind == 5:
+            return np.asfortranarray(values)
+        if kind == 6:
+            return values[..., ::-1]
+        if kind == 7:
+            return values.astype(rng.choice([np.float32, np.complex128, object, ">f8", np.float16]))
+        if kind == 8:
+            return np.ma.masked_array(values)
+        if kind == 9:
+            return values.tolist()
+        if kind == 10:
+            return scipy.sparse.csr_matrix(values) if len(shape) == 2 else values
+        if kind == 11:
+            return np.broadcast_to(np.float64(number(rng)), shape)
+        if kind == 12:
+            return np.lib.stride_tricks.as_strided(
+                values, shape, [8 * rng.choice([0, 1]) for _ in shape])
+        return np.nan_to_num(values).astype(rng.choice([np.int64, np.uint8, bool]))
+
+
+def thing(rng, n):
+    return rng.choice([
+        None, 0, 1, -1, 2**70, 1.5, "text", b"bytes", (), [], {}, object(), Odd(), np.float64(1),
+        np.array(["a"]), float, lambda *_: False, iter([1]), slice(1), np.ones(3).data, SMALL,
+        activeset.WarmStart(np.ones(n)), activeset.Settings(rng.choice(["x", None, 2.0, 1e-3])),
+        range(3), [[1, 2], [3]], [None] * n, True, np.datetime64("now"), np.empty((n, n), "V8")])
+
+
+def value(rng, n):
+    return array(rng, n) if rng.random() < 0.8 else thing(rng, n)
+
+
+def problem(rng, n):
+    """Mostly one that can be solved, with a part that is not so sure."""
+    root = np.random.default_rng(rng.randrange(10**6)).normal(size=(n, n))
+    parts = {"P": root @ root.T, "q": root[0], "G": root[:2], "h": np.ones(len(root[:2])),
+             "lb": -np.ones(n), "ub": np.ones(n)}
+    if rng.random() < 0.3:
+        parts["A"], parts["b"] = root[-1], 0.0
+    for _ in range(rng.choice([0, 1, 1, 2])):
+        parts[rng.choice(["P", "q", "G", "h", "A", "b", "lb", "ub", "l", "x0", "constant", "names",
+                          "row_names"])] = value(rng, n)
+    return parts
+
+
+def options(rng, n):
+    given = {"settings": SMALL}
+    for name in ("warm_start", "settings", "callback"):
+        if rng.random() < 0.15:
+            given[name] = thing(rng, n)
+    return given
+
+
+def use(result):
+    if isinstance(result, activeset.Result):
+        for name in dir(result):
+            if not name.startswith("__") and not callable(getattr(result, name)):
+                getattr(result, name)
+        repr(result), result.to_dict(), result._repr_html_()
+
+
+def once(rng):
+    """One call; yields what is called, to be told after a crash."""
+    n = rng.randint(1, 5)
+    parts = problem(rng, n)
+    what = rng.randrange(10)
+    if what < 4:
+        yield "solve_qp", parts
+        use(activeset.solve_qp(**{"P": None, "q": None, **parts, **options(rng, n)}))
+        return
+    if what == 4:
+        given = [value(rng, n) for _ in range(rng.randint(0, 8))]
+        yield "solve_qp", given
+        use(activeset.solve_qp(*given, settings=SMALL))
+        return
+    if what == 5:
+        name = rng.choice(["linprog", "nnls", "lsq_linear", "solve_ls"])
+        given = [value(rng, n) for _ in range(rng.randint(1, 6))]
+        yield name, given
+        use(getattr(activeset, name)(*given))
+        return
+    if what == 6:
+        function = rng.choice([quadprog.solve_qp, qpsolvers.solve_qp, qpsolvers.solve_problem])
+        given = [value(rng, n) for _ in range(rng.randint(1, 6))]
+        yield function.__name__, given
+        function(*given)
+        return
+    if what == 7:
+        state = activeset.solve_qp(np.eye(2), np.ones(2), lb=np.zeros(2)).__reduce__()[1][1]
+        state[rng.choice(list(state))] = value(rng, n)
+        yield "restore", state
+        use(activeset._core.restore(state))
+        return
+    yield "Problem", parts
+    p = activeset.Problem(**{"P": None, "q": None, **parts})
+    p.faults()
+    if what == 8:
+        s = activeset.Solver(p, settings=SMALL)
+        for _ in range(4):
+            name = rng.choice(["P", "q", "G", "h", "A", "b", "lb", "ub", "l", "constant"])
+            change = value(rng, n)
+            yield name, change
+            try:
+                s.update(**{name: change})
+                use(s.solve())
+                s.restart(thing(rng, n))
+            except EXPECTED:
+                pass
+        return
+    activeset.explain_infeasibility(p, settings=SMALL)
+    results = activeset.solve_many([p, p.replace(q=value(rng, n)), p], rng.choice([0, 1, 2]),
+                                   rng.choice([0, 2]), settings=SMALL)
+    for r in results:
+        use(r)
+
+
+def fuzz(seconds, seed):
+    last = pathlib.Path(tempfile.gettempdir()) / "fuzz_arguments.last"
+    end, count = time.monotonic() + seconds, 0
+    np.seterr(all="ignore")
+    warnings.simplefilter("ignore")
+    while time.monotonic() < end:
+        rng = random.Random(f"{seed} {count}")
+        random.seed(count)
+        try:
+            for call in once(rng):
+                if seconds > 60:
+                    last.write_text(f"{seed} {count} {call!r}", encoding="utf-8")
+        except EXPECTED as error:
+            if isinstance(error, RuntimeError) and "conversion" in str(error):
+                raise
+        count += 1
+    return count
+
+
+if __name__ == "__main__":
+    print(fuzz(float(sys.argv[1]), int(sys.argv[2]) if len(sys.argv) > 2 else 1), "calls")
