@@ -5,40 +5,13 @@
 #include <limits>
 #include <numeric>
 
+#include "benchmarks/random_numbers.hpp"
+
 namespace activeset::bench {
 
 namespace {
 
 using Vector = std::vector<double>;
-
-/// Numbers that do not depend on the standard library (splitmix64).
-class Generator {
-public:
-    explicit Generator(std::uint64_t seed) : state_(seed) {}
-
-    /// Uniform in [low, high).
-    double operator()(double low, double high) {
-        state_ += 0x9e3779b97f4a7c15U;
-        std::uint64_t bits = state_;
-        bits = (bits ^ (bits >> 30U)) * 0xbf58476d1ce4e5b9U;
-        bits = (bits ^ (bits >> 27U)) * 0x94d049bb133111ebU;
-        bits ^= bits >> 31U;
-        return low + (high - low) * (static_cast<double>(bits >> 11U) * 0x1p-53);
-    }
-    /// Mean 0, variance 1.
-    double spread() {
-        constexpr double HalfWidth = 1.7320508075688772;  // √3
-        return (*this)(-HalfWidth, HalfWidth);
-    }
-    Vector spread(std::size_t count) {
-        Vector result(count);
-        std::ranges::generate(result, [this] { return spread(); });
-        return result;
-    }
-
-private:
-    std::uint64_t state_;
-};
 
 /// y += factor·x.
 void add(double factor, const double* x, double* y, std::size_t n) {
@@ -74,7 +47,7 @@ void addGram(double factor, const Vector& M, std::size_t n, Vector& H) {
 }
 
 /// The identity plus M·Mᵀ/n, condition about 5.
-Vector randomHessian(std::size_t n, Generator& random) {
+Vector randomHessian(std::size_t n, RandomNumbers& random) {
     Vector H(n * n);
     addGram(1.0 / static_cast<double>(n), random.spread(n * n), n, H);
     for (std::size_t j = 0; j < n; ++j) {
@@ -84,7 +57,7 @@ Vector randomHessian(std::size_t n, Generator& random) {
 }
 
 /// Of norms near 1.
-Vector randomRows(std::size_t rows, std::size_t n, Generator& random) {
+Vector randomRows(std::size_t rows, std::size_t n, RandomNumbers& random) {
     Vector A = random.spread(rows * n);
     const double scale = 1.0 / std::sqrt(static_cast<double>(n));
     std::ranges::for_each(A, [scale](double& entry) { entry *= scale; });
@@ -104,7 +77,7 @@ Problem withoutConstraints(std::size_t n, Vector H) {
 }  // namespace
 
 Problem randomProblem(std::size_t n, double share, std::uint64_t seed) {
-    Generator random(seed);
+    RandomNumbers random(seed);
     Problem problem = withoutConstraints(n, randomHessian(n, random));
     problem.mIneq = n;
     problem.mEq = n / 10;
@@ -147,7 +120,7 @@ Problem randomProblem(std::size_t n, double share, std::uint64_t seed) {
 }
 
 Problem boxProblem(std::size_t n, std::uint64_t seed) {
-    Generator random(seed);
+    RandomNumbers random(seed);
     Problem problem = withoutConstraints(n, randomHessian(n, random));
     for (std::size_t j = 0; j < n; ++j) {
         problem.lb[j] = -1.0;
@@ -162,7 +135,7 @@ Problem supportVectorProblem(std::size_t n, std::uint64_t seed) {
     constexpr double Width = 0.2;
     constexpr double Ridge = 0.01;
     constexpr double Penalty = 1.0;
-    Generator random(seed);
+    RandomNumbers random(seed);
     Vector samples = random.spread(Features * n);
     Problem problem = withoutConstraints(n, Vector(n * n));
     problem.mEq = 1;
@@ -192,7 +165,7 @@ Problem supportVectorProblem(std::size_t n, std::uint64_t seed) {
 
 Problem portfolioProblem(std::size_t n, std::uint64_t seed) {
     const std::size_t factors = std::max<std::size_t>(2, n / 10);
-    Generator random(seed);
+    RandomNumbers random(seed);
     Problem problem = withoutConstraints(n, Vector(n * n));
     addGram(0.02 / static_cast<double>(factors), random.spread(n * factors), n, problem.H);
     problem.mEq = 1;
@@ -346,7 +319,7 @@ ControlChain controlChain(std::size_t horizon, std::size_t steps, std::uint64_t 
     const Prediction prediction(model, horizon);
     Problem problem = controlProblem(prediction, horizon);
     ControlChain chain{Inputs, Outputs};
-    Generator random(seed);
+    RandomNumbers random(seed);
     Vector state(States);
     for (std::size_t k = 0; k < Masses; ++k) {
         state[k] = random(-Displacement, Displacement);

@@ -2,28 +2,14 @@
 #ifndef ACTIVESET_BENCHMARKS_FRONT_END_HPP
 #define ACTIVESET_BENCHMARKS_FRONT_END_HPP
 
-#include <cstddef>
-#include <vector>
-
 #include "activeset/qp.hpp"
-#include "benchmarks/families.hpp"
+#include "benchmarks/program.hpp"
 
 namespace activeset::bench {
 
-/// A problem as the front end takes it, with its rows in one matrix.
-class FrontProblem {
-public:
-    explicit FrontProblem(const Problem& problem);
-
-    /// Raises std::runtime_error unless the answer is proved.
-    Result solve(activeset::Start start) const;
-
-private:
-    const Problem* problem_;
-    std::vector<double> A_;
-    std::vector<double> lower_;
-    std::vector<double> upper_;
-};
+/// Raises std::runtime_error unless the answer is an optimum, or, with `isInfeasible`, that there
+/// is no feasible point.
+Result solveProved(const Program& program, activeset::Start start, bool isInfeasible = false);
 
 }  // namespace activeset::bench
 

@@ -5,9 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
@@ -17,10 +15,11 @@
 #include "benchmarks/cases.hpp"
 #include "benchmarks/front_end.hpp"
 #include "benchmarks/kernels.hpp"
+#include "benchmarks/problem_file.hpp"
 #include "benchmarks/solve.hpp"
 #include "benchmarks/split_solve.hpp"
+#include "benchmarks/stopwatch.hpp"
 #include "benchmarks/work_counts.hpp"
-#include "io/qps_reader.hpp"
 
 using namespace activeset::bench;  // NOLINT(google-build-using-namespace): the program's own
 using Json = nlohmann::ordered_json;
@@ -33,37 +32,6 @@ struct Settings {
     bool split = true;
     bool plain = false;
     std::string folder{};  ///< where the problems are written for other programs
-};
-
-double median(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values.empty() ? std::numeric_limits<double>::quiet_NaN() : values[values.size() / 2];
-}
-
-/// Repeats an action often enough for the clock, and again for the median.
-class Stopwatch {
-public:
-    template <class Action>
-    void sample(Action action) {
-        constexpr double Shortest = 1e-3;
-        for (;;) {
-            const double start = processorTime();
-            for (int k = 0; k < repetitions_; ++k) {
-                action();
-            }
-            const double seconds = processorTime() - start;
-            if (seconds >= Shortest) {
-                samples_.push_back(seconds / repetitions_);
-                return;
-            }
-            repetitions_ *= 2;
-        }
-    }
-    [[nodiscard]] double seconds() const { return median(samples_); }
-
-private:
-    int repetitions_ = 1;
-    std::vector<double> samples_;
 };
 
 struct Times {
@@ -144,40 +112,20 @@ void addSplit(const Settings& settings, const Problem& problem, double product, 
     }
 }
 
-void write(const std::vector<double>& values, std::ofstream& file) {
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes of doubles
-    file.write(reinterpret_cast<const char*>(values.data()),
-               static_cast<std::streamsize>(values.size() * sizeof(double)));
-}
-
-/// n, mIneq, mEq and the arrays in the order of the entry function, all as native doubles.
-void writeProblem(const Problem& problem, const std::filesystem::path& path) {
-    std::ofstream file(path, std::ios::binary);
-    write({static_cast<double>(problem.n), static_cast<double>(problem.mIneq),
-           static_cast<double>(problem.mEq)},
-          file);
-    for (const auto* values : {&problem.H, &problem.c, &problem.A, &problem.b, &problem.Aeq,
-                               &problem.beq, &problem.lb, &problem.ub}) {
-        write(*values, file);
-    }
-    if (!file.flush()) {
-        throw std::runtime_error(path.string() + " cannot be written");
-    }
-}
-
 /// The front end's times from predicted and from cold starts, and what the predictions took.
 void addFrontEnd(const std::vector<Problem>& problems,
                  const std::vector<Outcome>& outcomes,
                  double seconds,
                  Json& line) {
     constexpr int Most = 15;
-    const std::vector<FrontProblem> all(problems.begin(), problems.end());
+    std::vector<Program> all;
+    std::ranges::transform(problems, std::back_inserter(all), programOf);
     double rounds = 0.0;
     double steps = 0.0;
     double predicted = 0.0;
     double corePasses = 0.0;
     for (size_t k = 0; k < all.size(); ++k) {
-        const activeset::Result result = all[k].solve(activeset::Start::Automatic);
+        const activeset::Result result = solveProved(all[k], activeset::Start::Automatic);
         if (std::abs(result.objective - outcomes[k].value) >
             1e-6 * (1.0 + std::abs(outcomes[k].value))) {
             throw std::runtime_error("the front end's objective differs");
@@ -189,7 +137,7 @@ void addFrontEnd(const std::vector<Problem>& problems,
     }
     const auto solveAll = [&all](activeset::Start start) {
         return [&all, start] {
-            std::ranges::for_each(all, [start](const FrontProblem& p) { p.solve(start); });
+            std::ranges::for_each(all, [start](const Program& p) { solveProved(p, start); });
         };
     };
     Stopwatch predictedTime;
@@ -299,24 +247,13 @@ Json measure(const Case& which, const Settings& settings) {
     }
     addFrontEnd(which.problems, outcomes, settings.seconds, line);
     if (!settings.folder.empty()) {
-        std::filesystem::create_directories(settings.folder);
-        for (size_t k = 0; k < which.problems.size(); ++k) {
-            writeProblem(which.problems[k],
-                         std::filesystem::path(settings.folder) / (std::to_string(k) + ".bin"));
-        }
+        writeProblems(which.problems, settings.folder);
     }
     return line;
 }
 
-/// A problem file, from zero or the point of its box that is nearest to zero.
 Case fileCase(const std::string& path) {
-    activeset::io::Problem file = activeset::io::readProblem(path);
-    Problem problem{file.n, file.mIneq, file.mEq, file.H,  file.c, file.A,
-                    file.b, file.Aeq,   file.beq, file.lb, file.ub};
-    for (size_t j = 0; j < file.n; ++j) {
-        problem.x0.push_back(std::min(std::max(0.0, file.lb[j]), file.ub[j]));
-    }
-    return {std::filesystem::path(path).stem().string(), {std::move(problem)}};
+    return {std::filesystem::path(path).stem().string(), {problemIn(path)}};
 }
 
 void print(const Json& line, bool isJson) {

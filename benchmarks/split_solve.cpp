@@ -1,11 +1,10 @@
 #include "benchmarks/split_solve.hpp"
 
-#include <ctime>
-
 #include "activeset/as_option.hpp"
 #include "activeset/constraint.hpp"
 #include "activeset/null_space.hpp"
 #include "activeset/objective.hpp"
+#include "benchmarks/stopwatch.hpp"
 #include "tests/support/test_access.hpp"
 
 namespace activeset::bench {
@@ -37,12 +36,6 @@ vxArray* column(const std::vector<double>& values) {
 }
 
 }  // namespace
-
-double processorTime() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
 
 SplitTimes splitSolve(const Problem& problem, bool isPlain) {
     const CallScope scope;

@@ -7,10 +7,6 @@
 
 namespace activeset::bench {
 
-/// The processor time of this thread in seconds: what other processes do on the machine counts as
-/// little as it can.
-[[nodiscard]] double processorTime();
-
 struct SplitTimes {
     double phaseOne = 0.0;  ///< from its first direction to the first one of the main loop
     double mainLoop = 0.0;  ///< from its first direction to the end

@@ -9,13 +9,13 @@ With a family and sizes only these are measured. Exits with 1 when the optima of
 
 import argparse
 import json
-import os
 import pathlib
-import platform
 import shutil
 import subprocess
 import sys
 import tempfile
+
+from machine import model, number, one_thread, time
 
 HERE = pathlib.Path(__file__).resolve().parent
 PEERS = {
@@ -51,29 +51,6 @@ cold, entry the front end's time from a cold start, the entry function's time, o
 """
 
 
-def machine():
-    model, flags = platform.machine(), ""
-    with open("/proc/cpuinfo", encoding="utf-8") as file:
-        for line in file:
-            key, _, value = line.partition(":")
-            if key.strip() == "model name":
-                model = value.strip()
-            elif key.strip() == "flags":
-                flags = value.split()
-    return model, flags
-
-
-def peer_environment(flags):
-    """One thread of the same kind of BLAS as ours, with the kernels of this processor."""
-    environment = dict(os.environ, OPENBLAS_NUM_THREADS="1")
-    if "avx2" in flags:
-        environment["OPENBLAS_CORETYPE"] = "SKYLAKEX" if "avx512dq" in flags else "HASWELL"
-    folder = next(pathlib.Path("/usr/lib").glob("*/openblas-pthread/libblas.so.3"), None)
-    if folder is not None:
-        environment["LD_LIBRARY_PATH"] = str(folder.parent)
-    return environment
-
-
 class Disagreement(Exception):
     pass
 
@@ -89,8 +66,8 @@ def measure(options, arguments, environment):
     seconds = "0.5" if options.quick else "2"
     with tempfile.TemporaryDirectory() as folder:
         run = subprocess.run([options.program, "--json", "--seconds", seconds, "--write", folder,
-                              *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                             text=True, check=False)
+                              *arguments], env=environment, stdout=subprocess.PIPE,
+                             stderr=subprocess.PIPE, text=True, check=False)
         if run.returncode != 0:
             return run.stderr.strip() or f"ended with {run.returncode}"
         row = json.loads(run.stdout)
@@ -105,17 +82,6 @@ def measure(options, arguments, environment):
                 row[peer] = numbers[0] / row["seconds"]
                 row["front_" + peer] = numbers[0] / row["front_seconds"]
     return row
-
-
-def time(seconds):
-    for unit, factor in (("s", 1.0), ("ms", 1e3)):
-        if seconds * factor >= 1.0:
-            return f"{seconds * factor:.3g} {unit}"
-    return f"{seconds * 1e6:.3g} us"
-
-
-def number(value, digits=3):
-    return f"{value:.{digits}g}" if value < 1000 else f"{value:.0f}"
 
 
 COLUMNS = [
@@ -195,9 +161,8 @@ def main():
     parser.add_argument("--problems", default=HERE.parent.parent / "shared" / "problems" / "maros")
     parser.add_argument("selection", nargs="*")
     options = parser.parse_intermixed_args()
-    model, flags = machine()
-    environment = peer_environment(flags)
-    print(model)
+    environment = one_thread()
+    print(model())
     if not options.without_peers and not all(shutil.which(command[0]) for command in PEERS.values()):
         print("(not all peers are installed)")
     print_row(lambda column: column[0])

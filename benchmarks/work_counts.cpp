@@ -118,6 +118,11 @@ ACTIVESET_COUNTED(blas, gemm, _ZN9activeset4blas4gemmENS_2OpES1_dNS_10BasicBlock
     (opA, opB, alpha, a, b, beta, c))
 ACTIVESET_COUNTED(blas, gram, _ZN9activeset4blas4gramENS_10BasicBlockIKdEENS1_IdEE,
     matrixFlops, 0.5 * product(a) * size(a.cols), void, (ConstBlock a, Block c), (a, c))
+ACTIVESET_COUNTED(blas, subtractGram,
+    _ZN9activeset4blas12subtractGramENS_10BasicBlockIKdEENS1_IdEE,
+    matrixFlops, 0.5 * product(a) * size(a.cols), void, (ConstBlock a, Block c), (a, c))
+ACTIVESET_COUNTED(blas, trsvUpper, _ZN9activeset4blas9trsvUpperENS_2OpENS_10BasicBlockIKdEEPd,
+    vectorFlops, 0.5 * product(r), void, (Op op, ConstBlock r, double* x), (op, r, x))
 ACTIVESET_COUNTED(blas, trsvLower, _ZN9activeset4blas9trsvLowerENS_2OpENS_10BasicBlockIKdEEPd,
     vectorFlops, 0.5 * product(l), void, (Op op, ConstBlock l, double* x), (op, l, x))
 ACTIVESET_COUNTED(blas, rot, _ZN9activeset4blas3rotEmPdmS1_mRKNS0_8RotationE,

@@ -1,0 +1,196 @@
+// Times the front end, proofs included, on families on which other solvers of the field were timed.
+// Prints a line of JSON; scripts/bench makes a table of them.
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "benchmarks/field_families.hpp"
+#include "benchmarks/front_end.hpp"
+#include "benchmarks/problem_file.hpp"
+#include "benchmarks/stopwatch.hpp"
+
+using namespace activeset::bench;  // NOLINT(google-build-using-namespace): the program's own
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+constexpr const char* Usage =
+    "usage: activeset_field [--seconds S] [--write FOLDER] FAMILY N\n"
+    "       activeset_field [--seconds S] [--write FOLDER] NAME FILE...\n"
+    "FAMILY: one of field_families.hpp, solved cold; sequence:FAMILY: fifty steps of a Solver, a\n"
+    "solve; many1:FAMILY, many2:FAMILY: 2000 problems on one or two threads, a problem\n";
+
+struct Options {
+    double seconds = 1.0;
+    std::string folder{};
+};
+
+/// Repeats an action for about so many seconds of a clock.
+template <class Action>
+Stopwatch timesOf(Action action, double seconds, double (*clock)()) {
+    constexpr int Most = 101;
+    constexpr int Fewest = 3;
+    Stopwatch watch(clock);
+    const double start = clock();
+    for (int round = 0; round < Most && (round < Fewest || clock() - start < seconds); ++round) {
+        watch.sample(action);
+    }
+    return watch;
+}
+
+/// The median of its processor times.
+template <class Action>
+double timeOf(Action action, double seconds) {
+    return timesOf(action, seconds, processorTime).seconds();
+}
+
+/// The median over the problems: each of them cold.
+Json coldTimes(const std::vector<Problem>& problems, bool isInfeasible, double seconds) {
+    std::vector<double> times;
+    std::vector<double> values;
+    for (const Problem& problem : problems) {
+        Program program = programOf(problem);
+        program.start.clear();
+        const auto solveIt = [&] {
+            return solveProved(program, activeset::Start::Automatic, isInfeasible);
+        };
+        if (!isInfeasible) {
+            values.push_back(solveIt().objective);
+        }
+        times.push_back(timeOf(solveIt, seconds / static_cast<double>(problems.size())));
+    }
+    return {{"seconds", median(times)}, {"values", values}};
+}
+
+/// A solve of a Solver whose c and row sides change, from their setting to the result.
+double sequenceTime(const Problem& problem, double seconds) {
+    constexpr std::size_t Steps = 50;
+    const std::vector<field::Step> steps = field::sequence(problem, Steps, problem.n);
+    const Program program = programOf(problem);
+    std::vector<std::vector<double>> upper;
+    for (const field::Step& step : steps) {
+        upper.push_back(step.b);
+        upper.back().insert(upper.back().end(), problem.beq.begin(), problem.beq.end());
+    }
+    activeset::Solver solver(program.view());
+    if (!solver.solve()) {
+        throw std::runtime_error("the first of a sequence has no optimum");
+    }
+    const auto solveAll = [&] {
+        for (std::size_t k = 0; k < Steps; ++k) {
+            solver.setLinear(steps[k].c);
+            if (!problem.b.empty()) {
+                solver.setRowSides(program.rowLower, upper[k]);
+            }
+            if (!solver.solve()) {
+                throw std::runtime_error("a step of a sequence has no optimum");
+            }
+        }
+    };
+    return timeOf(solveAll, seconds) / Steps;
+}
+
+/// A problem of many, by the clock on the wall, which sees what else runs: the shortest of some.
+double manyTime(const std::string& family, std::size_t n, unsigned threads, double seconds) {
+    constexpr std::size_t Count = 2000;
+    std::vector<Program> programs;
+    std::vector<activeset::Problem> views;
+    for (std::size_t seed = 0; seed < Count; ++seed) {
+        programs.push_back(programOf(field::make(family, n, seed)));
+    }
+    for (const Program& program : programs) {
+        views.push_back(program.view());
+    }
+    const auto solveAll = [&] {
+        const auto results = activeset::solveMany(views, {.threads = threads});
+        if (!std::ranges::all_of(results, [](const auto& result) { return bool{result}; })) {
+            throw std::runtime_error("one of many has no optimum");
+        }
+    };
+    return timesOf(solveAll, seconds, wallTime).shortest() / Count;
+}
+
+/// To n = 100 three problems, else one.
+std::vector<Problem> problemsOf(const std::string& family, std::size_t n) {
+    std::vector<Problem> problems;
+    for (std::uint64_t seed = 0; seed < (n <= 100 ? 3U : 1U); ++seed) {
+        problems.push_back(field::make(family, n, seed));
+    }
+    return problems;
+}
+
+Json measure(const std::string& name,
+             const std::vector<std::string>& arguments,
+             const Options& options) {
+    const std::size_t colon = name.find(':');
+    const std::string way = name.substr(0, colon == std::string::npos ? 0 : colon);
+    const std::string family = name.substr(colon == std::string::npos ? 0 : colon + 1);
+    std::vector<Problem> problems;
+    if (std::filesystem::exists(arguments.front())) {
+        std::ranges::transform(arguments, std::back_inserter(problems), problemIn);
+    } else {
+        problems = problemsOf(family, std::stoul(arguments.front()));
+    }
+    const Problem& first = problems.front();
+    Json line{{"family", name},
+              {"n", first.n},
+              {"rows", first.mIneq},
+              {"equalities", first.mEq},
+              {"values", Json::array()}};
+    if (way == "sequence") {
+        std::vector<double> times;
+        for (const Problem& problem : problems) {
+            times.push_back(
+                sequenceTime(problem, options.seconds / static_cast<double>(problems.size())));
+        }
+        line["seconds"] = median(times);
+    } else if (way == "many1" || way == "many2") {
+        line["seconds"] = manyTime(family, first.n, way == "many1" ? 1 : 2, options.seconds);
+    } else {
+        line.update(coldTimes(problems, family.starts_with("infeasible"), options.seconds));
+    }
+    if (!options.folder.empty()) {
+        writeProblems(problems, options.folder);
+    }
+    return line;
+}
+
+int run(const std::vector<std::string>& words) {
+    Options options;
+    std::size_t next = 0;
+    for (; next < words.size() && words[next].starts_with("--"); next += 2) {
+        if (words[next] == "--seconds") {
+            options.seconds = std::stod(words.at(next + 1));
+        } else if (words[next] == "--write") {
+            options.folder = words.at(next + 1);
+        } else {
+            throw std::invalid_argument("no option " + words[next]);
+        }
+    }
+    if (words.size() < next + 2) {
+        throw std::invalid_argument("nothing to measure");
+    }
+    const auto rest = words.begin() + static_cast<std::ptrdiff_t>(next);
+    std::cout << measure(*rest, {rest + 1, words.end()}, options).dump() << std::endl;
+    return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run({argv + 1, argv + argc});
+    } catch (const std::invalid_argument& error) {
+        std::cerr << error.what() << '\n' << Usage;
+        return 2;
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << '\n';
+        return EXIT_FAILURE;
+    }
+}
