@@ -4,6 +4,22 @@ include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/activeset)
 
+# The static library has the private BLAS inside, too.
+get_target_property(private_blas activeset_blas IMPORTED_LOCATION)
+set(static_library ${PROJECT_BINARY_DIR}/package/libactiveset.a)
+add_custom_command(
+    OUTPUT ${static_library}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/package
+    COMMAND ${CMAKE_COMMAND} -E rm -f ${static_library}
+    COMMAND printf "create ${static_library}\\naddlib $<TARGET_FILE:activeset_static>\\naddlib ${private_blas}\\nsave\\nend\\n" | ${CMAKE_AR} -M
+    DEPENDS activeset_static activeset_blas_archive
+    COMMENT "Joining the static library and its BLAS"
+    VERBATIM)
+add_custom_target(activeset_static_package ALL DEPENDS ${static_library})
+install(FILES ${static_library} DESTINATION ${CMAKE_INSTALL_LIBDIR})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/activeset.pc.in ${PROJECT_BINARY_DIR}/activeset.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/activeset.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
 install(
     TARGETS activeset
     EXPORT activesetTargets
