@@ -10,8 +10,8 @@
 #include <string>
 
 #include "activeset/options_solution.hpp"
-#include "frontend/core_run.hpp"
-#include "frontend/prepared.hpp"
+#include "frontend/core/core_run.hpp"
+#include "frontend/loop/problem_cache.hpp"
 #include "io/qps_reader.hpp"
 
 using namespace activeset::frontend;  // NOLINT(google-build-using-namespace): the program's own

@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "frontend/loop/hessian_shift.hpp"
 #include "frontend/proof/certificate.hpp"
-#include "frontend/proof/hessian_shift.hpp"
 #include "frontend/solve.hpp"
 
 namespace activeset::frontend {

@@ -8,11 +8,11 @@
 #include <cstdint>
 #include <utility>
 
-#include "frontend/auxiliary.hpp"
+#include "frontend/auxiliary_programs.hpp"
+#include "frontend/problem/constraints.hpp"
 #include "frontend/proof/convexity.hpp"
 #include "frontend/proof/equalities.hpp"
 #include "frontend/proofs.hpp"
-#include "frontend/sides.hpp"
 
 namespace activeset::frontend {
 

@@ -5,9 +5,9 @@
 
 #include <optional>
 
-#include "frontend/control.hpp"
-#include "frontend/core_run.hpp"
-#include "frontend/prepared.hpp"
+#include "frontend/core/control.hpp"
+#include "frontend/core/core_run.hpp"
+#include "frontend/loop/problem_cache.hpp"
 #include "frontend/proof/certificate.hpp"
 
 namespace activeset::frontend {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "frontend/dense.hpp"
+#include "frontend/algebra/dense.hpp"
 #include "frontend/proof/farkas.hpp"
 #include "frontend/proof/ray.hpp"
 #include "frontend/proof/units.hpp"

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "activeset/host.hpp"
-#include "frontend/balance.hpp"
-#include "frontend/dense.hpp"
+#include "frontend/algebra/dense.hpp"
 #include "frontend/engine.hpp"
 #include "frontend/predict/small_problem.hpp"
+#include "frontend/proof/gap_correction.hpp"
 #include "frontend/proof/units.hpp"
 #include "frontend/solve.hpp"
 #include "host/floating_point.hpp"

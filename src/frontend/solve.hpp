@@ -2,8 +2,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_SOLVE_HPP
 #define ACTIVESET_SRC_FRONTEND_SOLVE_HPP
 
-#include "frontend/control.hpp"
-#include "frontend/prepared.hpp"
+#include "frontend/core/control.hpp"
+#include "frontend/loop/problem_cache.hpp"
 
 namespace activeset::frontend {
 

@@ -1,9 +1,9 @@
 // A certificate that is wrong in one number does not hold.
 #include "frontend/proof/certificate.hpp"
 
-#include "frontend/balance.hpp"
 #include "frontend/generator.hpp"
 #include "frontend/proof/farkas.hpp"
+#include "frontend/proof/gap_correction.hpp"
 #include "frontend/proof/ray.hpp"
 #include "support/fixture.hpp"
 

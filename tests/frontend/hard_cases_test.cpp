@@ -1,5 +1,6 @@
 // Small problems on which a proof was none. What is true of them is exact, by hand.
-#include "frontend/dense.hpp"
+#include "frontend/algebra/pivoted_cholesky.hpp"
+#include "frontend/algebra/pivoted_qr.hpp"
 #include "frontend/generator.hpp"
 #include "frontend/proof/certificate.hpp"
 #include "frontend/proof/ray.hpp"

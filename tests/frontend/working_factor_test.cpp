@@ -1,7 +1,7 @@
 // The factor of a Schur complement as its set changes, beside one that is formed afresh.
 #include "frontend/predict/working_factor.hpp"
 #include "frontend/generator.hpp"
-#include "frontend/sides.hpp"
+#include "frontend/problem/constraints.hpp"
 #include "support/fixture.hpp"
 
 namespace activeset::test {

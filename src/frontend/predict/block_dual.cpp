@@ -5,7 +5,7 @@
 #include <cmath>
 #include <utility>
 
-#include "frontend/sums.hpp"
+#include "frontend/problem/extended_sums.hpp"
 
 namespace activeset::frontend {
 

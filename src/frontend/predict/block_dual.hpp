@@ -5,11 +5,11 @@
 #include <set>
 #include <vector>
 
-#include "frontend/control.hpp"
+#include "frontend/core/control.hpp"
 #include "frontend/predict/dual_outcome.hpp"
 #include "frontend/predict/equality_problem.hpp"
-#include "frontend/sides.hpp"
-#include "frontend/subproblem.hpp"
+#include "frontend/predict/subproblem.hpp"
+#include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
 

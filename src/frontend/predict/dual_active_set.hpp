@@ -3,10 +3,10 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_DUAL_ACTIVE_SET_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_DUAL_ACTIVE_SET_HPP
 
-#include "frontend/control.hpp"
-#include "frontend/dense.hpp"
+#include "frontend/algebra/dense.hpp"
+#include "frontend/core/control.hpp"
 #include "frontend/predict/dual_outcome.hpp"
-#include "frontend/sides.hpp"
+#include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
 

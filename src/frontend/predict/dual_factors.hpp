@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "frontend/dense.hpp"
-#include "frontend/sides.hpp"
+#include "frontend/algebra/dense.hpp"
+#include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
 

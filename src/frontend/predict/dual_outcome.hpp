@@ -2,7 +2,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_DUAL_OUTCOME_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_DUAL_OUTCOME_HPP
 
-#include "frontend/sides.hpp"
+#include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
 

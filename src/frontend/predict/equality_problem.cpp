@@ -6,7 +6,7 @@
 #include <iterator>
 #include <utility>
 
-#include "frontend/sums.hpp"
+#include "frontend/problem/extended_sums.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {

@@ -2,8 +2,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_EQUALITY_PROBLEM_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_EQUALITY_PROBLEM_HPP
 
-#include "frontend/sides.hpp"
-#include "frontend/subproblem.hpp"
+#include "frontend/predict/subproblem.hpp"
+#include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
 

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "frontend/data.hpp"
-#include "frontend/dense.hpp"
+#include "frontend/algebra/dense.hpp"
+#include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
 

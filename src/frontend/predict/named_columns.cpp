@@ -5,7 +5,7 @@
 #include <iterator>
 #include <utility>
 
-#include "frontend/sides.hpp"
+#include "frontend/problem/constraints.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {

@@ -7,8 +7,8 @@
 #include <limits>
 #include <vector>
 
-#include "frontend/data.hpp"
-#include "frontend/dense.hpp"
+#include "frontend/algebra/dense.hpp"
+#include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
 

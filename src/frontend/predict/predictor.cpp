@@ -6,7 +6,7 @@
 #include "frontend/predict/block_dual.hpp"
 #include "frontend/predict/dual_active_set.hpp"
 #include "frontend/predict/primal_dual_guess.hpp"
-#include "frontend/sides.hpp"
+#include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
 

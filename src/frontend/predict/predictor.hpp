@@ -3,9 +3,9 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_PREDICTOR_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_PREDICTOR_HPP
 
-#include "frontend/control.hpp"
-#include "frontend/data.hpp"
-#include "frontend/subproblem.hpp"
+#include "frontend/core/control.hpp"
+#include "frontend/predict/subproblem.hpp"
+#include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
 

@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-#include "frontend/sums.hpp"
+#include "frontend/problem/extended_sums.hpp"
 
 namespace activeset::frontend {
 

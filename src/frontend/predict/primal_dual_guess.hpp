@@ -2,9 +2,9 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_PRIMAL_DUAL_GUESS_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_PRIMAL_DUAL_GUESS_HPP
 
-#include "frontend/control.hpp"
-#include "frontend/sides.hpp"
-#include "frontend/subproblem.hpp"
+#include "frontend/core/control.hpp"
+#include "frontend/predict/subproblem.hpp"
+#include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
 

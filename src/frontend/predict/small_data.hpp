@@ -2,8 +2,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DATA_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DATA_HPP
 
-#include "frontend/data.hpp"
 #include "frontend/predict/small_memory.hpp"
+#include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
 

@@ -2,7 +2,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DUAL_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DUAL_HPP
 
-#include "frontend/control.hpp"
+#include "frontend/core/control.hpp"
 #include "frontend/predict/small_factor.hpp"
 
 namespace activeset::frontend {

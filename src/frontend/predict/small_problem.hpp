@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "frontend/control.hpp"
+#include "frontend/core/control.hpp"
 #include "frontend/predict/small_data.hpp"
 #include "frontend/predict/small_dual.hpp"
 

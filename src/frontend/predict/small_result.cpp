@@ -5,10 +5,10 @@
 #include <cmath>
 #include <utility>
 
-#include "frontend/balance.hpp"
+#include "frontend/problem/constraints.hpp"
 #include "frontend/proof/farkas.hpp"
+#include "frontend/proof/gap_correction.hpp"
 #include "frontend/proof/units.hpp"
-#include "frontend/sides.hpp"
 
 namespace activeset::frontend {
 

@@ -3,8 +3,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_CERTIFICATE_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_CERTIFICATE_HPP
 
-#include "frontend/data.hpp"
-#include "frontend/sums.hpp"
+#include "frontend/problem/extended_sums.hpp"
+#include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
 

@@ -6,8 +6,10 @@
 #include <limits>
 #include <utility>
 
+#include "frontend/algebra/pivoted_cholesky.hpp"
+#include "frontend/algebra/pivoted_qr.hpp"
+#include "frontend/problem/extended_sums.hpp"
 #include "frontend/proof/equalities.hpp"
-#include "frontend/sums.hpp"
 
 namespace activeset::frontend {
 
@@ -105,13 +107,9 @@ private:
 
 }  // namespace
 
-Convexity convexityOf(Prepared& problem) {
-    const Data& data = problem.scaled;
+Convexity convexityOf(const Data& data) {
     if (!data.quadratic) {
         return {Convexity::Semidefinite, {}};
-    }
-    if (problem.subproblem(0.0) != nullptr) {
-        return {Convexity::Strict, {}};
     }
     const PivotedCholesky whole(matrixOf(data),
                                 roundingOfCurvature(data.n, largestMagnitude(data.H)));
@@ -126,7 +124,7 @@ Convexity convexityOf(Prepared& problem) {
     if (direction.empty() || !reduced.bendsDown(direction)) {
         return {Convexity::Semidefinite, {}};
     }
-    return {Convexity::None, problem.scaling.unscaled({direction, {}, {}}).x};
+    return {Convexity::None, direction};
 }
 
 Residual curvature(const Data& data, const Vector& direction) {

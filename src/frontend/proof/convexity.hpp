@@ -3,13 +3,24 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_CONVEXITY_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_CONVEXITY_HPP
 
-#include "frontend/prepared.hpp"
+#include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
 
+/// H on the directions that the equalities leave.
+struct Convexity {
+    enum Kind {
+        None,          ///< not convex: a direction of negative curvature was found
+        Semidefinite,  ///< as far as rounding tells; singular or nearly so
+        Strict         ///< H itself is positive definite
+    };
+    Kind kind = Strict;
+    Vector direction;  ///< in the variables of the data
+};
+
 /// Not convex is said only of a direction that was judged in extended precision: the equalities
-/// stay along it, and the curvature is beyond the rounding of ‖H‖·‖d‖², in scaled variables.
-[[nodiscard]] Convexity convexityOf(Prepared& problem);
+/// stay along it, and the curvature is beyond the rounding of ‖H‖·‖d‖².
+[[nodiscard]] Convexity convexityOf(const Data& data);
 
 /// dᵀHd, in proportion to Σ |d_i·H_ij·d_j|.
 [[nodiscard]] Residual curvature(const Data& data, const Vector& direction);

@@ -1,5 +1,6 @@
 // The equalities of a problem, and those among them that say nothing new.
 #include "frontend/proof/equalities.hpp"
+#include "frontend/algebra/pivoted_qr.hpp"
 
 namespace activeset::frontend {
 

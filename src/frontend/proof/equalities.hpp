@@ -4,8 +4,9 @@
 
 #include <vector>
 
-#include "frontend/data.hpp"
-#include "frontend/dense.hpp"
+#include "frontend/algebra/dense.hpp"
+#include "frontend/algebra/pivoted_qr.hpp"
+#include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
 

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <utility>
 
-#include "frontend/dense.hpp"
+#include "frontend/algebra/dense.hpp"
 #include "frontend/proof/sides_sum.hpp"
 #include "frontend/proof/units.hpp"
 

@@ -2,7 +2,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_FARKAS_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_FARKAS_HPP
 
-#include "frontend/data.hpp"
+#include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
 

@@ -1,13 +1,14 @@
 // Rays. An error δ of d or w shows in dᵀHd − 2wᵀEd by δ² only, so that real curvature, be it far
 // below the largest, is told from the rounding of d.
 #include "frontend/proof/ray.hpp"
+#include "frontend/algebra/pivoted_qr.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
+#include "frontend/problem/extended_sums.hpp"
 #include "frontend/proof/equalities.hpp"
-#include "frontend/sums.hpp"
 
 namespace activeset::frontend {
 

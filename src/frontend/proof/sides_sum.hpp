@@ -2,7 +2,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_SIDES_SUM_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_SIDES_SUM_HPP
 
-#include "frontend/sums.hpp"
+#include "frontend/problem/extended_sums.hpp"
 
 namespace activeset::frontend {
 

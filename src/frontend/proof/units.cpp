@@ -5,7 +5,7 @@
 #include <array>
 #include <cmath>
 
-#include "frontend/dense.hpp"
+#include "frontend/algebra/dense.hpp"
 
 namespace activeset::frontend {
 

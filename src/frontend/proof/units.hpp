@@ -3,7 +3,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_UNITS_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_UNITS_HPP
 
-#include "frontend/data.hpp"
+#include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
 

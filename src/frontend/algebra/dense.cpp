@@ -1,0 +1,116 @@
+// Products, the Cholesky factor and triangular systems.
+#include "frontend/algebra/dense.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "frontend/algebra/largest.hpp"
+#include "host/lapack.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+using Mutable = BasicBlock<double>;
+using Constant = BasicBlock<const double>;
+
+Mutable viewOf(Dense& matrix) {
+    return {matrix.values.data(), matrix.rows, matrix.cols};
+}
+
+Constant viewOf(const Dense& matrix) {
+    return {matrix.values.data(), matrix.rows, matrix.cols};
+}
+
+Dense multiply(Op op, const Dense& a, const Dense& b) {
+    Dense result(op == Op::None ? a.rows : a.cols, b.cols);
+    if (a.rows * a.cols != 0) {
+        blas::gemm(op, Op::None, 1.0, viewOf(a), viewOf(b), 0.0, viewOf(result));
+    }
+    return result;
+}
+
+}  // namespace
+
+double dot(const double* a, const double* b, std::size_t count) {
+    // Four sums, in a fixed order: the compiler may not change it, and one would wait for itself.
+    double sums[4] = {0.0, 0.0, 0.0, 0.0};  // NOLINT(modernize-avoid-c-arrays): registers
+    std::size_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        for (std::size_t k = 0; k < 4; ++k) {
+            sums[k] += a[i + k] * b[i + k];
+        }
+    }
+    for (; i < count; ++i) {
+        sums[0] += a[i] * b[i];
+    }
+    return (sums[0] + sums[2]) + (sums[1] + sums[3]);
+}
+
+void axpy(double factor, const double* x, double* y, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        y[i] += factor * x[i];
+    }
+}
+
+Dense product(const Dense& a, const Dense& b) {
+    return multiply(Op::None, a, b);
+}
+
+Dense transposedProduct(const Dense& a, const Dense& b) {
+    return multiply(Op::Transpose, a, b);
+}
+
+Vector transposedProduct(const Dense& a, const Vector& x) {
+    Vector result(a.cols, 0.0);
+    blas::gemv(Op::Transpose, 1.0, viewOf(a), x.data(), 0.0, result.data());
+    return result;
+}
+
+Vector product(const Vector& a, std::size_t rows, const Vector& x) {
+    Vector result(rows, 0.0);
+    blas::gemv(Op::None, 1.0, Constant(a.data(), rows, x.size()), x.data(), 0.0, result.data());
+    return result;
+}
+
+void addProduct(const Dense& a, const Vector& x, Vector& y) {
+    blas::gemv(Op::None, 1.0, viewOf(a), x.data(), 1.0, y.data());
+}
+
+double largestDiagonal(const Dense& a) {
+    double largest = 0.0;
+    for (std::size_t k = 0; k < a.rows; ++k) {
+        largest = std::max(largest, a(k, k));
+    }
+    return largest;
+}
+
+bool factoriseUpper(Dense& a, double tolerance) {
+    const double largest = largestDiagonal(a);
+    if (a.rows == 0) {
+        return true;
+    }
+    if (lapack::potrf(viewOf(a)) != 0) {
+        return false;
+    }
+    for (std::size_t k = 0; k < a.rows; ++k) {
+        if (!(a(k, k) * a(k, k) > tolerance * largest)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void solveUpper(const Dense& a, double* b, std::size_t count) {
+    lapack::trtrs(viewOf(a), {b, a.rows, count});
+}
+
+void solveUpperTransposed(const Dense& a, double* b, std::size_t count) {
+    lapack::trtrsTransposed(viewOf(a), {b, a.rows, count});
+}
+
+double largestMagnitude(const Vector& values) {
+    return largestMagnitude(values.data(), values.size());
+}
+
+}  // namespace activeset::frontend

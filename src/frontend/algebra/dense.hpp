@@ -1,0 +1,53 @@
+// Dense matrices, their products and triangular factors, by BLAS and LAPACK.
+#ifndef ACTIVESET_SRC_FRONTEND_ALGEBRA_DENSE_HPP
+#define ACTIVESET_SRC_FRONTEND_ALGEBRA_DENSE_HPP
+
+#include <cstddef>
+#include <vector>
+
+#include "frontend/algebra/vector.hpp"
+
+namespace activeset::frontend {
+
+/// Column-major, without gaps.
+struct Dense {
+    Dense() = default;
+    Dense(std::size_t rowCount, std::size_t colCount)
+        : rows(rowCount), cols(colCount), values(rowCount * colCount, 0.0) {}
+
+    [[nodiscard]] double* column(std::size_t j) { return values.data() + j * rows; }
+    [[nodiscard]] const double* column(std::size_t j) const { return values.data() + j * rows; }
+    [[nodiscard]] double& operator()(std::size_t i, std::size_t j) { return column(j)[i]; }
+    [[nodiscard]] double operator()(std::size_t i, std::size_t j) const { return column(j)[i]; }
+
+    std::size_t rows = 0;
+    std::size_t cols = 0;
+    Vector values;
+};
+
+[[nodiscard]] double dot(const double* a, const double* b, std::size_t count);
+/// y += factor·x
+void axpy(double factor, const double* x, double* y, std::size_t count);
+/// a·b and aᵀ·b.
+[[nodiscard]] Dense product(const Dense& a, const Dense& b);
+[[nodiscard]] Dense transposedProduct(const Dense& a, const Dense& b);
+[[nodiscard]] Vector transposedProduct(const Dense& a, const Vector& x);
+/// a·x, a with so many rows, column-major without gaps.
+[[nodiscard]] Vector product(const Vector& a, std::size_t rows, const Vector& x);
+/// y += a·x
+void addProduct(const Dense& a, const Vector& x, Vector& y);
+
+/// 0 where none is positive.
+[[nodiscard]] double largestDiagonal(const Dense& a);
+/// a := its upper Cholesky factor; false, a destroyed, unless every pivot is greater than
+/// `tolerance` times the largest diagonal entry.
+[[nodiscard]] bool factoriseUpper(Dense& a, double tolerance);
+/// The `count` columns of b := U⁻¹·b and U⁻ᵀ·b, U the upper triangle of a.
+void solveUpper(const Dense& a, double* b, std::size_t count);
+void solveUpperTransposed(const Dense& a, double* b, std::size_t count);
+
+[[nodiscard]] double largestMagnitude(const Vector& values);
+
+}  // namespace activeset::frontend
+
+#endif

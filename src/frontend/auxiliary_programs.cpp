@@ -1,0 +1,140 @@
+// The relaxed problem and the problem of the steepest ray.
+#include "frontend/auxiliary_programs.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace activeset::frontend {
+
+namespace {
+
+/// While it lives, passes are counted and limits hold, but the caller's callback hears nothing: it
+/// would be told of another problem.
+class Quietly {
+public:
+    explicit Quietly(Control& control) : control_(control) { control_.setQuiet(true); }
+    ~Quietly() { control_.setQuiet(false); }
+    Quietly(const Quietly&) = delete;
+    Quietly(Quietly&&) = delete;
+    Quietly& operator=(const Quietly&) = delete;
+    Quietly& operator=(Quietly&&) = delete;
+
+private:
+    Control& control_;
+};
+
+/// One finite side of a row.
+struct RowSide {
+    std::size_t row = 0;
+    bool isUpper = true;
+};
+
+std::vector<RowSide> sidesOf(const Data& data) {
+    std::vector<RowSide> sides;
+    for (std::size_t i = 0; i < data.m; ++i) {
+        if (data.rowUpper[i] < Infinity) {
+            sides.push_back({i, true});
+        }
+        if (data.rowLower[i] > -Infinity) {
+            sides.push_back({i, false});
+        }
+    }
+    return sides;
+}
+
+// min γ subject to row·x − γ ≤ upper, row·x + γ ≥ lower, γ ≥ 0 and the bounds.
+Data relaxed(const Data& data, const std::vector<RowSide>& sides) {
+    Data result;
+    result.n = data.n + 1;
+    result.m = sides.size();
+    result.c.assign(result.n, 0.0);
+    result.c.back() = 1.0;
+    result.lower = data.lower;
+    result.upper = data.upper;
+    result.lower.push_back(0.0);
+    result.upper.push_back(Infinity);
+    result.A.reserve(result.n * result.m);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        for (const RowSide& side : sides) {
+            result.A.push_back(data.columnOfA(j)[side.row]);
+        }
+    }
+    for (const RowSide& side : sides) {
+        result.A.push_back(side.isUpper ? -1.0 : 1.0);
+        result.rowLower.push_back(side.isUpper ? -Infinity : data.rowLower[side.row]);
+        result.rowUpper.push_back(side.isUpper ? data.rowUpper[side.row] : Infinity);
+    }
+    return result;
+}
+
+// Sides become 0, bounds 0 or ±1; below the rows of A stand those of H.
+Data rayProblem(const Data& data) {
+    Data result;
+    const std::size_t curved = data.quadratic ? data.n : 0;
+    result.n = data.n;
+    result.m = data.m + curved;
+    result.c = data.c;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        result.A.insert(result.A.end(), data.columnOfA(j), data.columnOfA(j) + data.m);
+        if (data.quadratic) {
+            result.A.insert(result.A.end(), data.columnOfH(j), data.columnOfH(j) + data.n);
+        }
+        result.lower.push_back(data.lower[j] > -Infinity ? 0.0 : -1.0);
+        result.upper.push_back(data.upper[j] < Infinity ? 0.0 : 1.0);
+    }
+    for (std::size_t i = 0; i < data.m; ++i) {
+        result.rowLower.push_back(data.rowLower[i] > -Infinity ? 0.0 : -Infinity);
+        result.rowUpper.push_back(data.rowUpper[i] < Infinity ? 0.0 : Infinity);
+    }
+    result.rowLower.resize(result.m, 0.0);
+    result.rowUpper.resize(result.m, 0.0);
+    return result;
+}
+
+Answer solveAuxiliary(Prepared& problem,
+                      const Vector& start,
+                      const Settings& settings,
+                      Control& control) {
+    const Quietly quietly(control);
+    Engine engine(problem, settings, control, Depth::Auxiliary);
+    Answer answer = engine.solve(problem.scaling.scaled({start, {}, {}}).x, {});
+    answer.point = problem.scaling.unscaled(std::move(answer.point));
+    return answer;
+}
+
+}  // namespace
+
+Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, Control& control) {
+    const std::vector<RowSide> sides = sidesOf(scaled);
+    Prepared problem(relaxed(scaled, sides));
+    Vector start = x;
+    for (std::size_t j = 0; j < scaled.n; ++j) {
+        start[j] = std::min(std::max(start[j], scaled.lower[j]), scaled.upper[j]);
+    }
+    start.push_back(1.0 + violation(scaled, start).absolute);
+    Answer answer = solveAuxiliary(problem, start, settings, control);
+    Relaxation result;
+    result.isSolved = statusOf(answer, settings.tolerance) == Status::Optimal;
+    result.y.assign(scaled.m, 0.0);
+    result.x = std::move(answer.point.x);
+    result.violation = result.x.back();
+    result.x.pop_back();
+    result.z = std::move(answer.point.z);
+    result.z.pop_back();
+    for (std::size_t k = 0; k < sides.size(); ++k) {
+        result.y[sides[k].row] += answer.point.y[k];
+    }
+    return result;
+}
+
+Vector steepestRay(const Data& scaled, const Settings& settings, Control& control) {
+    Prepared problem(rayProblem(scaled));
+    Answer answer = solveAuxiliary(problem, Vector(scaled.n, 0.0), settings, control);
+    if (!(answer.judgement.objective < 0.0)) {
+        return {};
+    }
+    return std::move(answer.point.x);
+}
+
+}  // namespace activeset::frontend

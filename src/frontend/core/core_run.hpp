@@ -1,0 +1,55 @@
+// One run of the null-space solver under the front end's control.
+#ifndef ACTIVESET_SRC_FRONTEND_CORE_CORE_RUN_HPP
+#define ACTIVESET_SRC_FRONTEND_CORE_CORE_RUN_HPP
+
+#include <string>
+
+#include "frontend/core/control.hpp"
+#include "frontend/core/core_form.hpp"
+
+namespace activeset::frontend {
+
+/// How exact a run has to be, in scaled variables.
+struct Precision {
+    double violation = 1e-9;    ///< the core's TolCon
+    double step = 1e-10;        ///< the core's TolX
+    double multiplier = 1e-12;  ///< one that is less negative than this counts as zero
+};
+
+/// Why a run ended.
+enum class RunEnd {
+    Optimal,
+    Infeasible,   ///< phase one ended by itself, or the equalities contradict each other
+    NotDefinite,  ///< a reduced Hessian had no Cholesky factor
+    Cycling,      ///< working sets come back, or too many were minimised over at one point
+    Stopped,      ///< by the control
+    Broken        ///< an error of the core, or a stop that makes no sense
+};
+
+struct Run {
+    RunEnd end = RunEnd::Broken;
+    int exitCode = -5;
+    Vector x;
+    Vector lambda;  ///< in the order of docs/states.md
+    CoreSet set;
+    std::vector<std::size_t> droppedEqualities;
+    /// Multipliers of phase one where it ended by itself with a violation, else empty.
+    Vector phaseOneLambda;
+};
+
+/// Minimises ½xᵀHx + cᵀx over the constraints of `lowering`, from x and a working set.
+///
+/// @param H         n × n or empty, for a linear objective
+/// @param progress  says how far the point x has come; asked when there is a callback
+[[nodiscard]] Run runCore(Lowering& lowering,
+                          Vector& H,
+                          Vector& c,
+                          const Vector& x,
+                          const CoreSet& set,
+                          const Precision& precision,
+                          Control& control,
+                          const std::function<Progress(const double* x)>& progress);
+
+}  // namespace activeset::frontend
+
+#endif

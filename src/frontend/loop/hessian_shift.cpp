@@ -1,0 +1,64 @@
+// The search for the shift of H.
+#include "frontend/loop/hessian_shift.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "frontend/algebra/dense.hpp"
+#include "frontend/proof/convexity.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr int MostTrials = 100;  // nearly all double δ, which begins at some curvature of H
+constexpr int MostSteps = 8;     // that may be small
+constexpr double Step = 1.02;
+
+// −dᵀHd/‖d‖², a little more, so that rounding does not ask for it twice.
+double leastShift(const Data& data, const Vector& direction) {
+    constexpr double Margin = 1.0 + 1e-3;
+    const double length = std::sqrt(dot(direction.data(), direction.data(), data.n));
+    Vector unit = direction;
+    for (double& entry : unit) {
+        entry /= length;
+    }
+    return -Margin * curvature(data, unit).absolute;
+}
+
+Data shifted(const Data& data, double shift) {
+    Data result = data;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        result.H[j * (data.n + 1)] += shift;
+    }
+    return result;
+}
+
+}  // namespace
+
+ShiftedProblem shiftedProblem(Prepared& problem) {
+    double shift = leastShift(problem.user, problem.convexity().direction);
+    for (int trial = 0; trial < MostTrials && shift > 0.0 && std::isfinite(shift); ++trial) {
+        auto candidate = std::make_unique<Prepared>(shifted(problem.user, shift));
+        const Convexity& convexity = candidate->convexity();
+        if (convexity.kind != Convexity::None) {
+            return {shift, std::move(candidate)};
+        }
+        // Near the least shift the direction is nearly the eigenvector that sets it.
+        const double least = leastShift(problem.user, convexity.direction);
+        shift = least > (trial < MostSteps ? Step : 2.0) * shift ? least : 2.0 * shift;
+    }
+    return {Infinity, nullptr};
+}
+
+double relativeShift(const Data& data, double shift) {
+    const double largest = largestMagnitude(data.H);
+    double squares = 0.0;
+    for (const double entry : data.H) {
+        squares += (entry / largest) * (entry / largest);
+    }
+    return shift / largest / std::sqrt(squares);
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,133 @@
+// What is kept of a problem, and what of it a change of its vectors leaves valid.
+#include "frontend/loop/problem_cache.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "frontend/loop/hessian_shift.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+// The same rows and variables with equal sides.
+bool haveSameEqualities(const Data& a, const Data& b) {
+    for (std::size_t i = 0; i < a.m; ++i) {
+        if ((a.rowLower[i] == a.rowUpper[i]) != (b.rowLower[i] == b.rowUpper[i])) {
+            return false;
+        }
+    }
+    for (std::size_t j = 0; j < a.n; ++j) {
+        if ((a.lower[j] == a.upper[j]) != (b.lower[j] == b.upper[j])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+Prepared::Prepared(Data problem)
+    : user(std::move(problem)), scaling(Scaling::of(user)), scaled(scaling.apply(user)) {}
+
+void Prepared::updateVectors(const Data& problem) {
+    if (convexity_ && convexity_->kind != Convexity::Strict && !haveSameEqualities(user, problem)) {
+        convexity_.reset();  // other equalities leave other directions
+        shift_ = 0.0;
+        shifted_.reset();
+    }
+    if (shifted_) {
+        shifted_->updateVectors(problem);
+    }
+    user.c = problem.c;
+    user.rowLower = problem.rowLower;
+    user.rowUpper = problem.rowUpper;
+    user.lower = problem.lower;
+    user.upper = problem.upper;
+    user.constant = problem.constant;
+    scaling.applyToVectors(user, scaled);
+    if (lowering_ && !lowering_->updateSides(scaled)) {
+        lowering_.reset();
+    }
+}
+
+Subproblem* Prepared::subproblem(double rho) {
+    std::optional<Subproblem>& kept = rho > 0.0 ? proximal_ : itself_;
+    if (!kept || kept->rho() != rho) {
+        kept.emplace(scaled, rho);
+    }
+    return kept->isDefinite() ? &*kept : nullptr;
+}
+
+const Convexity& Prepared::convexity() {
+    if (!convexity_) {
+        const bool hasFactor = scaled.quadratic && subproblem(0.0) != nullptr;
+        convexity_ = hasFactor ? Convexity{Convexity::Strict, {}} : convexityOf(scaled);
+        convexity_->direction = scaling.unscaled({std::move(convexity_->direction), {}, {}}).x;
+    }
+    return *convexity_;
+}
+
+double Prepared::hessianShift() {
+    if (shift_ == 0.0 && convexity().kind == Convexity::None) {
+        ShiftedProblem found = shiftedProblem(*this);
+        shift_ = found.shift;
+        shifted_ = std::move(found.problem);
+    }
+    return shift_;
+}
+
+const Refinement& Prepared::refinementOf(const WorkingSet& set) {
+    if (!refinement_ || !(refinement_->set() == set)) {
+        refinement_.emplace(scaled, set);
+    }
+    return *refinement_;
+}
+
+Lowering& Prepared::lowering() {
+    if (!lowering_) {
+        lowering_.emplace(scaled);
+    }
+    return *lowering_;
+}
+
+Vector& Prepared::hessianPlus(double rho) {
+    const std::size_t n = scaled.n;
+    if (!hessian_) {
+        hessian_ = scaled.H;
+    }
+    if (rho != hessianRho_) {
+        hessian_->resize(n * n, 0.0);
+        for (std::size_t j = 0; j < n; ++j) {
+            (*hessian_)[j * n + j] = (scaled.quadratic ? scaled.columnOfH(j)[j] : 0.0) + rho;
+        }
+        hessianRho_ = rho;
+    }
+    return *hessian_;
+}
+
+Progress Prepared::progressAt(const double* x) const {
+    Vector rows(scaled.m, 0.0);
+    double value = scaled.constant;
+    Progress progress;
+    const auto miss = [&progress](double at, double lower, double upper, double unit) {
+        progress.violation =
+            std::max({progress.violation, (lower - at) * unit, (at - upper) * unit});
+    };
+    for (std::size_t j = 0; j < scaled.n; ++j) {
+        double slope = scaled.c[j];
+        if (scaled.quadratic) {
+            slope += 0.5 * dot(scaled.columnOfH(j), x, scaled.n);
+        }
+        value += slope * x[j];
+        axpy(x[j], scaled.columnOfA(j), rows.data(), scaled.m);
+        miss(x[j], scaled.lower[j], scaled.upper[j], scaling.column[j]);
+    }
+    for (std::size_t i = 0; i < scaled.m; ++i) {
+        miss(rows[i], scaled.rowLower[i], scaled.rowUpper[i], 1.0 / scaling.row[i]);
+    }
+    progress.objective = value / scaling.objective;
+    return progress;
+}
+
+}  // namespace activeset::frontend

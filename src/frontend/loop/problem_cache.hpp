@@ -1,0 +1,66 @@
+// A problem in all the forms that a solve needs, and what has been found out about it. It outlives
+// a solve where a sequence of problems shares the matrices.
+#ifndef ACTIVESET_SRC_FRONTEND_LOOP_PROBLEM_CACHE_HPP
+#define ACTIVESET_SRC_FRONTEND_LOOP_PROBLEM_CACHE_HPP
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "frontend/core/core_form.hpp"
+#include "frontend/loop/refinement.hpp"
+#include "frontend/predict/subproblem.hpp"
+#include "frontend/problem/scaling.hpp"
+#include "frontend/proof/convexity.hpp"
+
+namespace activeset::frontend {
+
+class Prepared {
+public:
+    explicit Prepared(Data problem);
+    Prepared(const Prepared&) = delete;
+    Prepared& operator=(const Prepared&) = delete;
+    ~Prepared() = default;
+
+    /// Takes over c, sides and bounds of a problem with the same matrices.
+    void updateVectors(const Data& problem);
+
+    /// Its direction is in the caller's variables.
+    [[nodiscard]] const Convexity& convexity();
+    /// 0 for a convex problem, else a δ with which H + δI makes it one; infinite where none was
+    /// found.
+    [[nodiscard]] double hessianShift();
+    /// The problem with that δ; null for one that is convex.
+    [[nodiscard]] Prepared* shifted() { return shifted_.get(); }
+    /// The problem with the proximal weight ρ, or, for ρ = 0, itself; null unless H + ρI is safely
+    /// positive definite. The last one with ρ > 0 is kept, and that with ρ = 0.
+    [[nodiscard]] Subproblem* subproblem(double rho);
+    /// The equations of a working set, factorised; the last ones are kept.
+    [[nodiscard]] const Refinement& refinementOf(const WorkingSet& set);
+    /// The constraints as the core takes them.
+    [[nodiscard]] Lowering& lowering();
+    void setLowering(Lowering lowering) { lowering_ = std::move(lowering); }
+    /// H + ρI, n × n, for the core; empty when both are zero.
+    [[nodiscard]] Vector& hessianPlus(double rho);
+    /// How far a point in scaled variables has come.
+    [[nodiscard]] Progress progressAt(const double* x) const;
+
+    Data user;
+    Scaling scaling;
+    Data scaled;
+
+private:
+    std::optional<Lowering> lowering_;
+    std::optional<Convexity> convexity_;
+    double shift_ = 0.0;  ///< 0 until it was sought
+    std::unique_ptr<Prepared> shifted_;
+    std::optional<Subproblem> itself_;
+    std::optional<Subproblem> proximal_;
+    std::optional<Refinement> refinement_;
+    std::optional<Vector> hessian_;
+    double hessianRho_ = 0.0;
+};
+
+}  // namespace activeset::frontend
+
+#endif

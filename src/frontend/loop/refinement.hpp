@@ -1,0 +1,69 @@
+// The exact solution for a given working set: its equations are solved again and again for what is
+// left of their residuals, which are formed in extended precision.
+#ifndef ACTIVESET_SRC_FRONTEND_LOOP_REFINEMENT_HPP
+#define ACTIVESET_SRC_FRONTEND_LOOP_REFINEMENT_HPP
+
+#include "frontend/algebra/dense.hpp"
+#include "frontend/algebra/pivoted_cholesky.hpp"
+#include "frontend/algebra/pivoted_qr.hpp"
+#include "frontend/problem/problem_data.hpp"
+#include "frontend/proof/certificate.hpp"
+
+namespace activeset::frontend {
+
+/// The equations
+///
+///     H·x + c + Aᵀy + z = 0,   rows and bounds of the working set hold with equality
+///
+/// in which y and z are zero outside the set. Variables at bounds are taken out; of the rest,
+/// QR of the rows and Cholesky of the reduced Hessian are formed once. Where that Hessian is
+/// singular, x moves in the other directions only.
+class Refinement {
+public:
+    /// Keeps a reference to the data. Their vectors may change between two corrections, the
+    /// sides of the set staying finite; their matrices may not.
+    Refinement(const Data& data, const WorkingSet& set);
+
+    [[nodiscard]] const WorkingSet& set() const { return set_; }
+    /// Moves x, y and z to the solution, as far as doubles can. The number of corrections made.
+    std::size_t apply(Point& point, std::size_t most) const;
+    /// What x and y of such a point are in error by: the digits that doubles had no room for.
+    /// No z.
+    [[nodiscard]] Point digitsBehind(const Point& point) const;
+
+private:
+    struct Residuals {
+        std::vector<Extended> stationarity;  ///< of free variables: −(H·x + c + Aᵀy)
+        std::vector<Extended> rows;          ///< of rows of the set: side − row·x
+        double size = 0.0;
+
+        void take(Extended residual) {
+            const auto magnitude = static_cast<double>(residual < 0 ? -residual : residual);
+            if (!(magnitude <= size)) {  // NaN stays
+                size = magnitude;
+            }
+        }
+    };
+
+    [[nodiscard]] Dense rowsOfFreeVariables() const;
+    [[nodiscard]] PivotedCholesky reducedCholesky() const;
+    [[nodiscard]] Vector sides() const;
+    void moveToBounds(Vector& x) const;
+    [[nodiscard]] Residuals residualsAt(const Point& point, const Vector& sides) const;
+    [[nodiscard]] Point correction(const Residuals& residuals) const;
+    void setBoundMultipliers(Point& point) const;
+
+    const Data& data_;
+    WorkingSet set_;
+    std::vector<std::size_t> rows_;
+    std::vector<bool> isFixed_;
+    std::vector<std::size_t> free_;
+    Dense freeH_;
+    PivotedQr qr_;
+    Dense basis_;
+    PivotedCholesky cholesky_;
+};
+
+}  // namespace activeset::frontend
+
+#endif

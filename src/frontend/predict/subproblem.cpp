@@ -1,0 +1,76 @@
+// The shifted problem and its factor.
+#include "frontend/predict/subproblem.hpp"
+
+#include <cmath>
+#include <utility>
+
+namespace activeset::frontend {
+
+namespace {
+
+Data shifted(const Data& problem, double rho) {
+    if (!(rho > 0.0)) {
+        return {};
+    }
+    Data result = problem;
+    result.H.resize(result.n * result.n, 0.0);
+    for (std::size_t j = 0; j < result.n; ++j) {
+        result.H[j * result.n + j] += rho;
+    }
+    result.quadratic = true;
+    return result;
+}
+
+Dense hessianOf(const Data& data) {
+    Dense H(data.n, data.n);
+    if (data.quadratic) {
+        H.values = data.H;
+    }
+    return H;
+}
+
+}  // namespace
+
+Subproblem::Subproblem(const Data& problem, double rho)
+    : problem_(problem),
+      rho_(rho),
+      shifted_(shifted(problem, rho)),
+      factor_(hessianOf(data())),
+      isDefinite_(factoriseUpper(factor_, 1e-15 * static_cast<double>(problem.n))),
+      columns_(data(), factor_),
+      working_(columns_),
+      freeSystem_(data()) {}
+
+void Subproblem::setCentre(const Vector& centre) {
+    if (!(rho_ > 0.0)) {
+        return;
+    }
+    shifted_.c = problem_.c;
+    axpy(-rho_, centre.data(), shifted_.c.data(), centre.size());
+    shifted_.rowLower = problem_.rowLower;
+    shifted_.rowUpper = problem_.rowUpper;
+    shifted_.lower = problem_.lower;
+    shifted_.upper = problem_.upper;
+}
+
+const Vector& Subproblem::weights() {
+    if (weights_.empty()) {
+        const Data& all = data();
+        Vector squares(all.m + all.n, 0.0);
+        for (std::size_t j = 0; j < all.n; ++j) {
+            const double scale = 1.0 / all.columnOfH(j)[j];
+            const double* column = all.columnOfA(j);
+            for (std::size_t i = 0; i < all.m; ++i) {
+                squares[i] += column[i] * column[i] * scale;
+            }
+            squares[all.m + j] = scale;
+        }
+        for (double& square : squares) {
+            square = square > 0.0 ? 1.0 / std::sqrt(square) : 1.0;
+        }
+        weights_ = std::move(squares);
+    }
+    return weights_;
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,53 @@
+// A strictly convex problem with the factor of its Hessian: the problem itself, or a step of the
+// proximal-point loop.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SUBPROBLEM_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_SUBPROBLEM_HPP
+
+#include "frontend/algebra/dense.hpp"
+#include "frontend/predict/free_system.hpp"
+#include "frontend/predict/working_factor.hpp"
+#include "frontend/problem/problem_data.hpp"
+
+namespace activeset::frontend {
+
+/// ½xᵀHx + cᵀx + ½ρ‖x − centre‖² under the constraints of a problem. What is formed of its matrices
+/// stays valid while only vectors of the problem change, and from centre to centre.
+class Subproblem {
+public:
+    /// Keeps a reference to the problem, whose matrices must not change.
+    Subproblem(const Data& problem, double rho);
+    Subproblem(const Subproblem&) = delete;
+    Subproblem& operator=(const Subproblem&) = delete;
+    ~Subproblem() = default;
+
+    [[nodiscard]] double rho() const { return rho_; }
+    /// Whether H + ρI is safely positive definite; nothing below may be asked of it otherwise.
+    [[nodiscard]] bool isDefinite() const { return isDefinite_; }
+    /// Takes over the vectors of the problem and the centre, which counts for ρ > 0 only.
+    void setCentre(const Vector& centre);
+
+    [[nodiscard]] const Data& data() const { return rho_ > 0.0 ? shifted_ : problem_; }
+    /// The upper Cholesky factor Lᵀ of H + ρI.
+    [[nodiscard]] const Dense& factor() const { return factor_; }
+    [[nodiscard]] NamedColumns& columns() { return columns_; }
+    [[nodiscard]] WorkingFactor& working() { return working_; }
+    [[nodiscard]] FreeSystem& freeSystem() { return freeSystem_; }
+    /// Of each constraint a, 1/√Σ a_j²/H_jj; 1 for one without entries. By it violations of
+    /// different constraints compare: an estimate of the length of a in the norm of H⁻¹.
+    [[nodiscard]] const Vector& weights();
+
+private:
+    const Data& problem_;
+    double rho_;
+    Data shifted_;  // for ρ > 0
+    Dense factor_;
+    bool isDefinite_;
+    NamedColumns columns_;
+    WorkingFactor working_;
+    FreeSystem freeSystem_;
+    Vector weights_;
+};
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,77 @@
+// The constraints of a problem in one numbering: its rows, then the bounds by variable.
+#ifndef ACTIVESET_SRC_FRONTEND_PROBLEM_CONSTRAINTS_HPP
+#define ACTIVESET_SRC_FRONTEND_PROBLEM_CONSTRAINTS_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "frontend/problem/problem_data.hpp"
+
+namespace activeset::frontend {
+
+/// Which side of a constraint holds with equality. Both, where they are equal.
+enum class Side : std::uint8_t { None, Lower, Upper, Both };
+
+/// Writes the gradient of constraint k, n entries.
+void writeRow(const Data& data, std::size_t k, double* target);
+/// Writes those of many constraints, one behind the other; of bounds only the entry that is not 0,
+/// where the target is 0.
+void writeRows(const Data& data, const std::vector<std::size_t>& constraints, double* target);
+
+class Sides {
+public:
+    /// Equalities and nothing else.
+    explicit Sides(const Data& data);
+    /// Equalities, and of a working set what exists.
+    Sides(const Data& data, const WorkingSet& set);
+
+    [[nodiscard]] std::size_t count() const { return held_.size(); }
+    [[nodiscard]] Side operator[](std::size_t k) const { return held_[k]; }
+    void hold(std::size_t k, Side side) { held_[k] = side; }
+    [[nodiscard]] const std::vector<Side>& all() const { return held_; }
+
+    [[nodiscard]] bool isRow(std::size_t k) const { return k < data_->m; }
+    [[nodiscard]] double lower(std::size_t k) const {
+        return isRow(k) ? data_->rowLower[k] : data_->lower[k - data_->m];
+    }
+    [[nodiscard]] double upper(std::size_t k) const {
+        return isRow(k) ? data_->rowUpper[k] : data_->upper[k - data_->m];
+    }
+    /// The value of a constraint that is held.
+    [[nodiscard]] double target(std::size_t k) const {
+        return held_[k] == Side::Lower ? lower(k) : upper(k);
+    }
+    /// 1 where a multiplier must not be negative, −1 where it must not be positive, else 0.
+    [[nodiscard]] double sign(std::size_t k) const {
+        return held_[k] == Side::Upper ? 1.0 : held_[k] == Side::Lower ? -1.0 : 0.0;
+    }
+    /// The constraints that are held, ascending, and how many they are.
+    [[nodiscard]] std::size_t size() const;
+    [[nodiscard]] std::vector<std::size_t> members() const;
+    /// Their values.
+    [[nodiscard]] Vector targets() const;
+    /// The constraints that are held, by kind.
+    [[nodiscard]] WorkingSet workingSet() const;
+    /// The gradient of a constraint.
+    [[nodiscard]] Vector row(std::size_t k) const;
+    /// What all constraints make of a point.
+    [[nodiscard]] Vector values(const Vector& x) const;
+    /// The side that a value lies beyond, by more than rounding.
+    [[nodiscard]] Side beyond(std::size_t k, double value) const {
+        constexpr double Rounding = 1e-11;
+        const double slack = Rounding * (value > 1.0 ? value : value < -1.0 ? -value : 1.0);
+        if (value > upper(k) + slack) {
+            return Side::Upper;
+        }
+        return value < lower(k) - slack ? Side::Lower : Side::None;
+    }
+
+private:
+    const Data* data_;
+    std::vector<Side> held_;
+};
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,377 @@
+// What can be wrong with the data of a problem, all of it at once.
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <string>
+#include <utility>
+
+#include "frontend/problem/problem_data.hpp"
+#include "host/floating_point.hpp"
+
+namespace activeset {
+
+namespace {
+
+using frontend::Part;
+
+/// Rounding in a matrix that was computed, not typed, leaves its halves apart by less than this
+/// times its largest entry.
+constexpr double SymmetryTolerance = 1e-10;
+
+/// Of the faults of a part so many are told one by one; one more stands for the others.
+constexpr std::size_t MostTold = 100;
+
+/// Of all faults so many have a line in the message.
+constexpr std::size_t MostLines = 10;
+
+/// The fewest digits that are read as the same number again.
+std::string printed(double value) {
+    if (std::isnan(value)) {
+        return "nan";
+    }
+    std::array<char, 32> text{};
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
+std::string shape(std::size_t rows, std::size_t cols) {
+    return std::to_string(rows) + " x " + std::to_string(cols);
+}
+
+std::string counted(std::size_t count, const char* one, const char* many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+std::string entry(const char* name, std::size_t i) {
+    return std::string(name) + "(" + std::to_string(i) + ")";
+}
+
+std::string entry(const char* name, std::size_t i, std::size_t j) {
+    return std::string(name) + "(" + std::to_string(i) + ", " + std::to_string(j) + ")";
+}
+
+const char* namesIn(Part part) {
+    switch (part) {
+        case Part::Hessian:
+            return "H";
+        case Part::Linear:
+            return "c and constant";
+        case Part::Rows:
+            return "A";
+        case Part::RowSides:
+            return "rowLower and rowUpper";
+        case Part::Bounds:
+            return "lower and upper";
+        case Part::Start:
+            break;
+    }
+    return "start";
+}
+
+// Four at a time, which do not wait for one another: 0 times a number is 0 or NaN.
+bool areFinite(const double* values, std::size_t count) {
+    constexpr std::size_t Width = 4;
+    std::array<double, Width> zeros{};
+    std::size_t i = 0;
+    for (; i + Width <= count; i += Width) {
+        for (std::size_t k = 0; k < Width; ++k) {
+            zeros[k] += 0.0 * values[i + k];
+        }
+    }
+    for (; i < count; ++i) {
+        zeros[0] += 0.0 * values[i];
+    }
+    return zeros == std::array<double, Width>{};
+}
+
+class Inspection {
+public:
+    Inspection(const Problem& problem, std::size_t n, std::size_t m)
+        : problem_(problem), n_(n), m_(m) {}
+
+    std::vector<Fault> faults(Part part) {
+        switch (part) {
+            case Part::Hessian:
+                inspectHessian();
+                break;
+            case Part::Linear:
+                inspectLinear();
+                break;
+            case Part::Rows:
+                inspectMatrix("A", problem_.A, m_, n_);
+                break;
+            case Part::RowSides:
+                inspectSides("rowLower", problem_.rowLower, "rowUpper", problem_.rowUpper, m_,
+                             "row of A");
+                break;
+            case Part::Bounds:
+                inspectSides("lower", problem_.lower, "upper", problem_.upper, n_, "variable");
+                break;
+            case Part::Start:
+                inspectVector("start", problem_.start, n_);
+                break;
+        }
+        if (faults_.size() > MostTold) {
+            Fault& rest = faults_.back();
+            rest.text = counted(rest.count, "more fault in ", "more faults in ") + namesIn(part);
+        }
+        return std::move(faults_);
+    }
+
+private:
+    /// Asks for the text only where somebody is going to read it.
+    template <class Text>
+    void add(const char* name, std::size_t row, std::size_t col, double value, Text text) {
+        if (faults_.size() < MostTold) {
+            faults_.push_back({name, row, col, value, text()});
+        } else if (faults_.size() == MostTold) {
+            faults_.push_back({name, row, col, value});
+        } else {
+            ++faults_.back().count;
+        }
+    }
+
+    // False where its entries must not be looked at.
+    bool fits(const char* name, const MatrixView& matrix, std::size_t rows, std::size_t cols) {
+        const bool isOptional = &matrix == &problem_.H || rows == 0;
+        if (isOptional && matrix.rows() == 0 && matrix.cols() == 0) {
+            return true;
+        }
+        if (matrix.rows() != rows || matrix.cols() != cols) {
+            add(name, matrix.rows(), matrix.cols(), 0.0, [&] {
+                const bool isTransposed = matrix.rows() == n_ && matrix.cols() != n_;
+                return std::string(name) + " is " + shape(matrix.rows(), matrix.cols()) +
+                       ", expected " + shape(rows, cols) + " for " +
+                       counted(n_, "variable", "variables") +
+                       (isTransposed ? "; is it transposed? Data row by row need Order::RowMajor"
+                                     : "");
+            });
+            return false;
+        }
+        return matrix.empty() || hasMemory(name, matrix);
+    }
+
+    bool hasMemory(const char* name, const MatrixView& matrix) {
+        const bool byColumns = matrix.order() == Order::ColumnMajor;
+        const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
+        const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
+        std::string why;
+        if (matrix.data() == nullptr) {
+            why = "points to no data";
+        } else if (matrix.leading() < inner) {
+            why = "has the leading dimension " + std::to_string(matrix.leading()) +
+                  ", expected at least " + std::to_string(inner) + ", the number of its " +
+                  (byColumns ? "rows" : "columns");
+        } else if (matrix.available() < inner ||
+                   (outer - 1) > (matrix.available() - inner) / matrix.leading()) {
+            why = "needs more than the " + std::to_string(matrix.available()) +
+                  " elements that it was given";
+        }
+        if (!why.empty()) {
+            add(name, 0, 0, 0.0, [&] {
+                return std::string(name) + ", " + shape(matrix.rows(), matrix.cols()) + ", " + why;
+            });
+        }
+        return why.empty();
+    }
+
+    void addEntry(const char* name, std::size_t i, std::size_t j, double value) {
+        add(name, i, j, value, [&] {
+            return entry(name, i, j) + " = " + printed(value) + ", expected a finite number";
+        });
+    }
+
+    void addAsymmetry(std::size_t i, std::size_t j) {
+        const MatrixView& H = problem_.H;
+        add("H", i, j, H(i, j), [&] {
+            return "H is not symmetric: " + entry("H", i, j) + " = " + printed(H(i, j)) + ", " +
+                   entry("H", j, i) + " = " + printed(H(j, i)) + "; both triangles are needed";
+        });
+    }
+
+    bool inspectMatrix(const char* name,
+                       const MatrixView& matrix,
+                       std::size_t rows,
+                       std::size_t cols) {
+        if (!fits(name, matrix, rows, cols)) {
+            return false;
+        }
+        if (matrix.empty()) {
+            return true;  // whatever it points to
+        }
+        const bool byColumns = matrix.order() == Order::ColumnMajor;
+        const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
+        const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
+        bool isFinite = true;
+        for (std::size_t o = 0; o < outer; ++o) {
+            if (areFinite(matrix.data() + o * matrix.leading(), inner)) {
+                continue;
+            }
+            isFinite = false;
+            for (std::size_t i = 0; i < inner; ++i) {
+                const std::size_t row = byColumns ? i : o;
+                const std::size_t col = byColumns ? o : i;
+                if (!std::isfinite(matrix(row, col))) {
+                    addEntry(name, row, col, matrix(row, col));
+                }
+            }
+        }
+        return isFinite;
+    }
+
+    void inspectLinear() {
+        inspectVector("c", problem_.c, n_);
+        if (!std::isfinite(problem_.constant)) {
+            add("constant", 0, 0, problem_.constant, [&] {
+                return "constant = " + printed(problem_.constant) + ", expected a finite number";
+            });
+        }
+    }
+
+    void inspectHessian() {
+        const MatrixView& H = problem_.H;
+        if (!inspectMatrix("H", H, n_, n_) || H.empty() ||
+            frontend::isSymmetric(H.data(), H.cols(), H.leading())) {
+            return;
+        }
+        double largest = 0.0;
+        for (std::size_t j = 0; j < H.cols(); ++j) {
+            for (std::size_t i = 0; i < H.rows(); ++i) {
+                largest = std::max(largest, std::abs(H(i, j)));
+            }
+        }
+        for (std::size_t j = 0; j < H.cols(); ++j) {
+            for (std::size_t i = 0; i < j; ++i) {
+                if (std::abs(H(i, j) - H(j, i)) > SymmetryTolerance * largest) {
+                    addAsymmetry(i, j);
+                }
+            }
+        }
+    }
+
+    /// `unit` is what each entry stands for.
+    bool hasLength(const char* name,
+                   const VectorView& vector,
+                   std::size_t size,
+                   const char* unit = "variable") {
+        if (vector.empty()) {
+            return true;
+        }
+        const bool isLong = vector.size() == size;
+        if (isLong && vector.data() != nullptr) {
+            return true;
+        }
+        add(name, vector.size(), 0, 0.0, [&] {
+            const std::string has = name + (" has " + counted(vector.size(), "entry", "entries"));
+            return has + (isLong ? " but points to no data"
+                                 : ", expected " + std::to_string(size) + ", one per " + unit +
+                                       (size == 0 ? ", of which there are none" : ""));
+        });
+        return false;
+    }
+
+    void addEntry(const char* name, std::size_t i, double value, const char* why) {
+        add(name, i, 0, value, [&] { return entry(name, i) + " = " + printed(value) + why; });
+    }
+
+    void inspectVector(const char* name, const VectorView& vector, std::size_t size) {
+        if (!hasLength(name, vector, size)) {
+            return;
+        }
+        for (std::size_t i = 0; i < vector.size(); ++i) {
+            if (!std::isfinite(vector[i])) {
+                addEntry(name, i, vector[i], ", expected a finite number");
+            }
+        }
+    }
+
+    void inspectSides(const char* lowerName,
+                      const VectorView& lower,
+                      const char* upperName,
+                      const VectorView& upper,
+                      std::size_t size,
+                      const char* unit) {
+        const bool hasLower = hasLength(lowerName, lower, size, unit) && !lower.empty();
+        const bool hasUpper = hasLength(upperName, upper, size, unit) && !upper.empty();
+        for (std::size_t i = 0; i < size && (hasLower || hasUpper); ++i) {
+            const double low = hasLower ? lower[i] : -Infinity;
+            const double high = hasUpper ? upper[i] : Infinity;
+            const bool isLowerSide = low < AbsentSide;
+            const bool isUpperSide = high > -AbsentSide;
+            if (!isLowerSide) {
+                addEntry(lowerName, i, low,
+                         ", expected a number below 1e20, or -inf for no lower side");
+            }
+            if (!isUpperSide) {
+                addEntry(upperName, i, high,
+                         ", expected a number above -1e20, or inf for no upper side");
+            }
+            if (low > high && isLowerSide && isUpperSide) {
+                add(lowerName, i, 0, low, [&] {
+                    return entry(lowerName, i) + " = " + printed(low) + " is above " +
+                           entry(upperName, i) + " = " + printed(high);
+                });
+            }
+        }
+    }
+
+    const Problem& problem_;
+    std::size_t n_;
+    std::size_t m_;
+    std::vector<Fault> faults_;
+};
+
+}  // namespace
+
+namespace frontend {
+
+std::vector<Fault> faultsIn(const Problem& problem, std::size_t n, std::size_t m, Part part) {
+    return Inspection(problem, n, m).faults(part);
+}
+
+std::vector<Fault> faultsIn(const Settings& settings) {
+    std::vector<Fault> faults;
+    const auto check = [&](const char* name, double value, bool isGood, const char* expected) {
+        if (!isGood) {
+            faults.push_back(
+                {name, 0, 0, value,
+                 std::string(name) + " = " + printed(value) + ", expected " + expected});
+        }
+    };
+    check("settings.tolerance", settings.tolerance,
+          settings.tolerance > 0.0 && settings.tolerance <= 1.0, "more than 0 and at most 1");
+    check("settings.convexityTolerance", settings.convexityTolerance,
+          settings.convexityTolerance >= 0.0 && settings.convexityTolerance <= 1.0,
+          "a number from 0 to 1");
+    const double seconds = settings.timeLimit.count();
+    check("settings.timeLimit", seconds, seconds >= 0.0, "a number of seconds from 0 up");
+    return faults;
+}
+
+std::string messageOf(const std::vector<Fault>& faults) {
+    std::string message;
+    std::size_t left = 0;
+    for (std::size_t k = 0; k < faults.size(); ++k) {
+        if (k < MostLines) {
+            message += (k == 0 ? "" : "\n") + faults[k].text;
+        } else {
+            left += faults[k].count;
+        }
+    }
+    return left == 0 ? message : message + "\nand " + std::to_string(left) + " more";
+}
+
+}  // namespace frontend
+
+std::vector<Fault> faultsOf(const Problem& problem) {
+    const FloatingPointGuard environment;
+    std::vector<Fault> faults;
+    for (const frontend::Part part : frontend::AllParts) {
+        auto found =
+            frontend::faultsIn(problem, frontend::variablesOf(problem), problem.A.rows(), part);
+        faults.insert(faults.end(), found.begin(), found.end());
+    }
+    return faults;
+}
+
+}  // namespace activeset

@@ -1,0 +1,133 @@
+// From views to a copy that is complete.
+#include "frontend/problem/problem_data.hpp"
+
+#include <algorithm>
+
+namespace activeset::frontend {
+
+namespace {
+
+void copyMatrix(const MatrixView& matrix, Vector& target) {
+    target.clear();
+    target.reserve(matrix.rows() * matrix.cols());
+    for (std::size_t j = 0; j < matrix.cols() && !matrix.empty(); ++j) {
+        if (matrix.order() == Order::ColumnMajor) {
+            const double* column = matrix.data() + j * matrix.leading();
+            target.insert(target.end(), column, column + matrix.rows());
+            continue;
+        }
+        for (std::size_t i = 0; i < matrix.rows(); ++i) {
+            target.push_back(matrix(i, j));
+        }
+    }
+}
+
+void copyVector(const VectorView& vector, Vector& target) {
+    target.clear();
+    if (!vector.empty()) {
+        target.assign(vector.data(), vector.data() + vector.size());
+    }
+}
+
+void copySides(const VectorView& lower, const VectorView& upper, Vector& lowers, Vector& uppers) {
+    copyVector(lower, lowers);
+    copyVector(upper, uppers);
+    std::replace_if(
+        lowers.begin(), lowers.end(), [](double side) { return side <= -AbsentSide; }, -Infinity);
+    std::replace_if(
+        uppers.begin(), uppers.end(), [](double side) { return side >= AbsentSide; }, Infinity);
+}
+
+// Halves that differ by rounding become their mean.
+void copyHessian(const MatrixView& matrix, Data& data) {
+    copyMatrix(matrix, data.H);
+    const bool isExact = data.H.empty() || isSymmetric(data.H.data(), data.n, data.n);
+    for (std::size_t j = 0; j < data.n && !isExact; ++j) {
+        for (std::size_t i = 0; i < j; ++i) {
+            double& above = data.H[j * data.n + i];
+            double& below = data.H[i * data.n + j];
+            if (above != below) {
+                above = below = 0.5 * above + 0.5 * below;
+            }
+        }
+    }
+    data.quadratic =
+        std::any_of(data.H.begin(), data.H.end(), [](double entry) { return entry != 0.0; });
+    if (!data.quadratic) {
+        data.H.clear();
+    }
+}
+
+}  // namespace
+
+// By bands of columns, of which the rows on the other side stay in the cache.
+bool isSymmetric(const double* values, std::size_t n, std::size_t leading) {
+    constexpr std::size_t Band = 16;
+    const auto isMirrored = [&](std::size_t i, std::size_t first, std::size_t last) {
+        bool isSame = true;
+        for (std::size_t j = first; j < last; ++j) {
+            isSame = isSame && values[j * leading + i] == values[i * leading + j];
+        }
+        return isSame;
+    };
+    for (std::size_t first = 0; first < n; first += Band) {
+        const std::size_t last = std::min(first + Band, n);
+        for (std::size_t i = 0; i < last; ++i) {
+            if (!isMirrored(i, std::max(first, i), last)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+std::size_t variablesOf(const Problem& problem) {
+    if (!problem.c.empty()) {
+        return problem.c.size();
+    }
+    return problem.H.cols() != 0 ? problem.H.cols() : problem.A.cols();
+}
+
+void copyPart(const Problem& problem, Part part, Data& data) {
+    switch (part) {
+        case Part::Hessian:
+            copyHessian(problem.H, data);
+            break;
+        case Part::Linear:
+            copyVector(problem.c, data.c);
+            data.constant = problem.constant;
+            break;
+        case Part::Rows:
+            copyMatrix(problem.A, data.A);
+            break;
+        case Part::RowSides:
+            copySides(problem.rowLower, problem.rowUpper, data.rowLower, data.rowUpper);
+            break;
+        case Part::Bounds:
+            copySides(problem.lower, problem.upper, data.lower, data.upper);
+            break;
+        case Part::Start:
+            break;
+    }
+}
+
+void complete(Data& data) {
+    data.c.resize(data.n, 0.0);
+    data.rowLower.resize(data.m, -Infinity);
+    data.rowUpper.resize(data.m, Infinity);
+    data.lower.resize(data.n, -Infinity);
+    data.upper.resize(data.n, Infinity);
+}
+
+Data copyOf(const Problem& problem) {
+    Data data;
+    data.n = variablesOf(problem);
+    data.m = problem.A.rows();
+    for (const Part part : AllParts) {
+        copyPart(problem, part, data);
+    }
+    complete(data);
+    return data;
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,72 @@
+// The front end's own copy of a problem, complete and contiguous, and a point with its multipliers.
+#ifndef ACTIVESET_SRC_FRONTEND_PROBLEM_PROBLEM_DATA_HPP
+#define ACTIVESET_SRC_FRONTEND_PROBLEM_PROBLEM_DATA_HPP
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "activeset/qp.hpp"
+#include "frontend/algebra/vector.hpp"
+
+namespace activeset::frontend {
+
+/// min ½xᵀHx + cᵀx + constant subject to rowLower ≤ A·x ≤ rowUpper, lower ≤ x ≤ upper. What the
+/// caller left out is written out: zeros, infinities. Matrices are column-major without gaps.
+struct Data {
+    std::size_t n = 0;
+    std::size_t m = 0;
+    bool quadratic = false;  ///< H has an entry that is not zero; H is empty otherwise
+    Vector H;                ///< n × n, symmetric to the last bit
+    Vector c;
+    Vector A;  ///< m × n
+    Vector rowLower;
+    Vector rowUpper;
+    Vector lower;
+    Vector upper;
+    double constant = 0.0;
+
+    [[nodiscard]] const double* columnOfH(std::size_t j) const { return H.data() + j * n; }
+    [[nodiscard]] const double* columnOfA(std::size_t j) const { return A.data() + j * m; }
+};
+
+/// A point and multipliers, signs as in Result.
+struct Point {
+    Vector x;
+    Vector y;
+    Vector z;
+};
+
+/// The parts of a problem that change and are checked one by one.
+enum class Part { Hessian, Linear, Rows, RowSides, Bounds, Start };
+inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
+                                     Part::RowSides, Part::Bounds, Part::Start};
+
+/// The number of variables that the views speak of.
+[[nodiscard]] std::size_t variablesOf(const Problem& problem);
+
+/// What is wrong with one part of a problem with n variables and m rows.
+[[nodiscard]] std::vector<Fault> faultsIn(const Problem& problem,
+                                          std::size_t n,
+                                          std::size_t m,
+                                          Part part);
+[[nodiscard]] std::vector<Fault> faultsIn(const Settings& settings);
+
+/// One line a fault, as far as they can be read; no line end behind the last one.
+[[nodiscard]] std::string messageOf(const std::vector<Fault>& faults);
+
+/// Whether an n × n matrix is, to the last bit.
+[[nodiscard]] bool isSymmetric(const double* values, std::size_t n, std::size_t leading);
+
+/// Copies one part of a problem, which has no faults there; a vector that is absent is empty then.
+/// A start is not part of the data.
+void copyPart(const Problem& problem, Part part, Data& data);
+/// Writes out what is absent. Once no part has faults, the sizes are true.
+void complete(Data& data);
+/// Copies all of a problem without faults.
+[[nodiscard]] Data copyOf(const Problem& problem);
+
+}  // namespace activeset::frontend
+
+#endif

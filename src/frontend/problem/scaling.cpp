@@ -1,0 +1,220 @@
+// Equilibration of the matrix [H Aᵀ; A 0], after Ruiz: each sweep divides a row and column by the
+// square root of its largest entry. The factors are rounded to powers of two.
+#include "frontend/problem/scaling.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "frontend/algebra/dense.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr int MostSweeps = 8;
+constexpr double Near = 2.0;         // a largest entry within [1/Near, Near] is near 1
+constexpr int LargestExponent = 60;  // products of three factors stay far from overflow
+
+double powerOfTwoNear(double value) {
+    int exponent = 0;
+    const double mantissa = std::frexp(value, &exponent);  // in [½, 1)
+    exponent -= mantissa * mantissa < 0.5 ? 1 : 0;
+    return std::ldexp(1.0, std::clamp(exponent, -LargestExponent, LargestExponent));
+}
+
+// The largest |values_i|·factors_i. Four at a time, which do not wait for one another.
+double largestProduct(const double* values, const Vector& factors) {
+    constexpr std::size_t Width = 4;
+    std::array<double, Width> largest{};
+    std::size_t i = 0;
+    for (; i + Width <= factors.size(); i += Width) {
+        for (std::size_t k = 0; k < Width; ++k) {
+            largest[k] = std::max(largest[k], std::abs(values[i + k]) * factors[i + k]);
+        }
+    }
+    for (; i < factors.size(); ++i) {
+        largest[0] = std::max(largest[0], std::abs(values[i]) * factors[i]);
+    }
+    return *std::max_element(largest.begin(), largest.end());
+}
+
+// One sweep: the square roots of the largest scaled entries of columns and rows are taken off.
+// False, nothing changed, where all of them are near 1.
+bool sweep(const Data& data, Scaling& scaling) {
+    Vector column(data.n, 0.0);
+    Vector row(data.m, 0.0);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        if (data.quadratic) {
+            column[j] = largestProduct(data.columnOfH(j), scaling.column);
+        }
+        const double* A = data.columnOfA(j);
+        column[j] = std::max(column[j], largestProduct(A, scaling.row)) * scaling.column[j];
+        for (std::size_t i = 0; i < data.m; ++i) {
+            row[i] = std::max(row[i], std::abs(A[i]) * scaling.column[j]);
+        }
+    }
+    for (std::size_t i = 0; i < data.m; ++i) {
+        row[i] *= scaling.row[i];
+    }
+    const auto isSettled = [](double largest) {
+        return !(largest > 0.0 && std::isfinite(largest)) ||
+               (largest >= 1.0 / Near && largest <= Near);
+    };
+    if (std::all_of(column.begin(), column.end(), isSettled) &&
+        std::all_of(row.begin(), row.end(), isSettled)) {
+        return false;
+    }
+    const auto divide = [](Vector& factors, const Vector& largest) {
+        for (std::size_t k = 0; k < factors.size(); ++k) {
+            if (largest[k] > 0.0 && std::isfinite(largest[k])) {
+                factors[k] /= std::sqrt(largest[k]);
+            }
+        }
+    };
+    divide(scaling.column, column);
+    divide(scaling.row, row);
+    return true;
+}
+
+void multiply(Vector& values, const Vector& factors) {
+    for (std::size_t k = 0; k < values.size(); ++k) {
+        values[k] *= factors[k];
+    }
+}
+
+void divide(Vector& values, const Vector& factors) {
+    for (std::size_t k = 0; k < values.size(); ++k) {
+        values[k] /= factors[k];
+    }
+}
+
+/// The smallest and largest of some numbers, of those that are neither zero nor infinite.
+struct Extent {
+    double smallest = Infinity;
+    double largest = 0.0;
+
+    void add(double value) {
+        const double size = std::abs(value);
+        if (size > 0.0 && std::isfinite(size)) {
+            smallest = std::min(smallest, size);
+            largest = std::max(largest, size);
+        }
+    }
+};
+
+// The entries of the matrices do not tell how large the variables are. Where all that does tell,
+// sides, bounds and the minimum without them, says that they are far from 1, one factor for all of
+// them brings them there: the core's tolerances are absolute.
+void chooseUnit(const Data& data, Scaling& scaling) {
+    constexpr double Far = 1e3;
+    Extent extent;
+    for (std::size_t i = 0; i < data.m; ++i) {
+        extent.add(data.rowLower[i] * scaling.row[i]);
+        extent.add(data.rowUpper[i] * scaling.row[i]);
+    }
+    double slope = 0.0;
+    double bend = 0.0;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        extent.add(data.lower[j] / scaling.column[j]);
+        extent.add(data.upper[j] / scaling.column[j]);
+        slope = std::max(slope, std::abs(data.c[j]) * scaling.column[j]);
+        if (data.quadratic) {
+            bend = std::max(bend, data.columnOfH(j)[j] * scaling.column[j] * scaling.column[j]);
+        }
+    }
+    extent.add(bend > 0.0 ? slope / bend : 0.0);
+    double unit = 1.0;
+    if (extent.largest > 0.0 && extent.largest < 1.0 / Far) {
+        unit = powerOfTwoNear(extent.largest);
+    } else if (extent.largest > 0.0 && extent.smallest > Far) {
+        unit = powerOfTwoNear(extent.smallest);
+    }
+    for (double& factor : scaling.column) {
+        factor *= unit;
+    }
+    for (double& factor : scaling.row) {
+        factor /= unit;
+    }
+}
+
+}  // namespace
+
+Scaling Scaling::of(const Data& data) {
+    Scaling scaling{Vector(data.n, 1.0), Vector(data.m, 1.0), 1.0};
+    for (int k = 0; k < MostSweeps && sweep(data, scaling); ++k) {
+    }
+    std::transform(scaling.column.begin(), scaling.column.end(), scaling.column.begin(),
+                   powerOfTwoNear);
+    std::transform(scaling.row.begin(), scaling.row.end(), scaling.row.begin(), powerOfTwoNear);
+    chooseUnit(data, scaling);
+    Vector gradient = data.c;
+    multiply(gradient, scaling.column);
+    double size = largestMagnitude(gradient);
+    for (std::size_t j = 0; data.quadratic && j < data.n; ++j) {
+        size = std::max(size, data.columnOfH(j)[j] * scaling.column[j] * scaling.column[j]);
+    }
+    scaling.objective = size > 0.0 ? 1.0 / powerOfTwoNear(size) : 1.0;
+    return scaling;
+}
+
+Data Scaling::apply(const Data& data) const {
+    Data result = data;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        if (data.quadratic) {
+            double* H = result.H.data() + j * data.n;
+            for (std::size_t i = 0; i < data.n; ++i) {
+                H[i] *= column[i] * column[j] * objective;
+            }
+        }
+        double* A = result.A.data() + j * data.m;
+        for (std::size_t i = 0; i < data.m; ++i) {
+            A[i] *= row[i] * column[j];
+        }
+    }
+    applyToVectors(data, result);
+    return result;
+}
+
+void Scaling::applyToVectors(const Data& data, Data& result) const {
+    result.c = data.c;
+    result.rowLower = data.rowLower;
+    result.rowUpper = data.rowUpper;
+    result.lower = data.lower;
+    result.upper = data.upper;
+    result.constant = data.constant * objective;
+    multiply(result.c, column);
+    for (double& entry : result.c) {
+        entry *= objective;
+    }
+    multiply(result.rowLower, row);
+    multiply(result.rowUpper, row);
+    divide(result.lower, column);
+    divide(result.upper, column);
+}
+
+Point Scaling::unscaled(Point point) const {
+    multiply(point.x, column);
+    multiply(point.y, row);
+    divide(point.z, column);
+    for (Vector* values : {&point.y, &point.z}) {
+        for (double& value : *values) {
+            value /= objective;
+        }
+    }
+    return point;
+}
+
+Point Scaling::scaled(Point point) const {
+    divide(point.x, column);
+    divide(point.y, row);
+    multiply(point.z, column);
+    for (Vector* values : {&point.y, &point.z}) {
+        for (double& value : *values) {
+            value *= objective;
+        }
+    }
+    return point;
+}
+
+}  // namespace activeset::frontend
