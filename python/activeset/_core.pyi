@@ -105,6 +105,21 @@ class ProblemData:
     @property
     def sizes(self) -> tuple[int, int, int]: ...
 
+def solve_ls(
+    R: ArrayLike,
+    s: ArrayLike,
+    G: ArrayLike | None = None,
+    h: ArrayLike | None = None,
+    A: ArrayLike | None = None,
+    b: ArrayLike | None = None,
+    lb: ArrayLike | None = None,
+    ub: ArrayLike | None = None,
+    W: ArrayLike | None = None,
+    *,
+    l: ArrayLike | None = None,
+    settings: Settings | None = None,
+    verbose: bool = False,
+) -> Result: ...
 def solve_qp(
     P: ArrayLike | None,
     q: ArrayLike | None,

@@ -13,9 +13,9 @@ if TYPE_CHECKING:
 
 _SHOWN = 10  # lines of a message
 _NAN = float("nan")
-_MATRICES = ("P", "G", "A")
-_ENTRY = r"\b(H|c|A|rowLower|rowUpper|lower|upper|start)\((\d+)(?:, (\d+))?\)"
-_PLAIN = {"H": "P", "c": "q", "lower": "lb", "upper": "ub", "start": "x0"}
+_MATRICES = ("P", "G", "A", "R", "W")
+_ENTRY = r"\b(H|c|A|rowLower|rowUpper|lower|upper|start|R|s|W|weights)\((\d+)(?:, (\d+))?\)"
+_PLAIN = {"H": "P", "c": "q", "lower": "lb", "upper": "ub", "start": "x0", "weights": "W"}
 _SETTINGS = {"settings.timeLimit": "settings.time_limit",
              "settings.convexityTolerance": "settings.convexity_tolerance"}
 
@@ -114,6 +114,26 @@ def raise_misfit(parts: Mapping[str, Any]) -> None:
         raise ProblemError(faults)
 
 
+def raise_fit_misfit(parts: Mapping[str, Any]) -> None:
+    """For the parts of a fit that do not fit together, or are no arrays."""
+    import numpy as np
+
+    faults: list[Fault] = []
+    shapes = _shapes({name: parts[name] for name in ("R", "s", "W") if name in parts}, faults)
+    rows, n = shapes.get("R", (None, None))
+    fitting: dict[str, list[tuple[Any, ...]]] = {"s": [(rows,)], "W": [(rows,), (rows, rows)]}
+    for name, wanted in fitting.items():
+        shape = shapes.get(name)
+        if shape is not None and rows is not None and shape not in wanted:
+            expected = " or ".join(str(one) for one in wanted)
+            faults.append(Fault(name, (), _NAN, f"{name} has shape {shape}, expected {expected}"))
+    others = {name: part for name, part in parts.items() if name not in ("R", "s", "W")}
+    if n is not None:
+        faults += misfits({**others, "q": np.zeros(n)})
+    if faults:
+        raise ProblemError(faults)
+
+
 def misfits(parts: Mapping[str, Any], n: int | None = None, rows: int | None = None,
             equalities: int | None = None) -> list[Fault]:
     """All faults of type and shape; n, rows of G and rows of A where they are known before."""
@@ -160,7 +180,7 @@ def _shapes(parts: Mapping[str, Any], faults: list[Fault]) -> dict[str, tuple[in
                 float(given)
             elif name in _MATRICES:
                 shape = _convert.matrix(given, name).shape
-                shapes[name] = shape if len(shape) == 2 else (1, *shape)
+                shapes[name] = shape if len(shape) == 2 or name == "W" else (1, *shape)
             else:
                 shapes[name] = _convert.vector(given, name).shape
         except ProblemError as error:

@@ -1,6 +1,7 @@
 // The extension module activeset._core: what the package is built on.
 #include "control.hpp"
 #include "kept_solver.hpp"
+#include "least_squares.hpp"
 #include "many.hpp"
 #include "problem_holder.hpp"
 #include "python.hpp"
@@ -32,6 +33,7 @@ PYBIND11_MODULE(_core, module) {
     module.doc() = "The solver behind the package activeset.";
     addResultType(module);
     addSolve(module);
+    addLeastSquares(module);
     addSolverType(module);
     addProblemHolder(module);
     addMany(module);

@@ -67,7 +67,15 @@ ProblemData::ProblemData(const GivenParts& given, const ProblemData* like) {
     joinRows(like);
 }
 
-bool ProblemData::read(const GivenParts& given) {
+bool ProblemData::readConstraints(const GivenParts& given, std::size_t variables) {
+    if (!read(given, variables)) {
+        return false;
+    }
+    joinRows(nullptr);
+    return true;
+}
+
+bool ProblemData::read(const GivenParts& given, std::optional<std::size_t> variables) {
     const auto vector = [&](Part part) {
         return given[part] == nullptr ? VectorView()
                                       : vectorOf(given[part], PartNames[part], owners_[part]);
@@ -92,15 +100,16 @@ bool ProblemData::read(const GivenParts& given) {
             throw py::error_already_set();
         }
     }
-    n_ = given[q] != nullptr   ? views_.c.size()
+    n_ = variables             ? *variables
+         : given[q] != nullptr ? views_.c.size()
          : given[P] != nullptr ? views_.H.cols()
          : given[G] != nullptr ? G_.cols()
                                : A_.cols();
     rowsOfG_ = G_.rows();
     rowsOfA_ = A_.rows();
     const bool hasSides = given[G] == nullptr || given[h] != nullptr || given[l] != nullptr;
-    const bool hasVariables =
-        given[q] != nullptr || given[P] != nullptr || given[G] != nullptr || given[A] != nullptr;
+    const bool hasVariables = variables || given[q] != nullptr || given[P] != nullptr ||
+                              given[G] != nullptr || given[A] != nullptr;
     return hasVariables && hasSides && (given[A] == nullptr || given[b] != nullptr) &&
            (given[P] == nullptr || py::detail::array_proxy(owners_[P].ptr())->nd == 2) &&
            (given[P] == nullptr || (views_.H.rows() == n_ && views_.H.cols() == n_)) &&

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "activeset/qp.hpp"
@@ -33,6 +34,9 @@ public:
     /// @raises ProblemError, which lists all that does not fit
     /// `like` has the same G and A, perhaps: then its joined rows are used once more.
     explicit ProblemData(const GivenParts& given, const ProblemData* like = nullptr);
+    /// Constraints alone, for so many variables; false where they do not fit together.
+    /// @raises ProblemError, of the first part that is no array
+    [[nodiscard]] bool readConstraints(const GivenParts& given, std::size_t variables);
 
     [[nodiscard]] const Problem& views() const noexcept { return views_; }
     [[nodiscard]] std::size_t variables() const noexcept { return n_; }
@@ -44,7 +48,7 @@ public:
     [[nodiscard]] std::size_t entries() const noexcept { return n_ * (n_ + rowsOfG_ + rowsOfA_); }
 
 private:
-    bool read(const GivenParts& given);
+    bool read(const GivenParts& given, std::optional<std::size_t> variables = {});
     [[nodiscard]] bool fits() const;
     void joinRows(const ProblemData* like);
 

@@ -39,6 +39,7 @@ def test_arrays_in_these_orders_are_used_where_they_lie(layout):
     assert p.P is P
 
 
+@pytest.mark.filterwarnings("ignore:the matrix subclass:PendingDeprecationWarning")
 @settings(max_examples=60, deadline=None)
 @given(seed=st.integers(0, 1000), n=st.integers(1, 5), m=st.integers(0, 4), p=st.integers(0, 2),
        layouts=st.lists(st.sampled_from(sorted(LAYOUTS)), min_size=3, max_size=3))

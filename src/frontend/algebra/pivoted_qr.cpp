@@ -43,18 +43,17 @@ Vector normalise(Dense& matrix) {
 
 }  // namespace
 
-PivotedQr::PivotedQr(Dense matrix)
+PivotedQr::PivotedQr(Dense matrix, double dependent)
     : factors_(normalise(matrix)),
       packed_(std::move(matrix)),
       scales_(std::min(packed_.rows, packed_.cols), 0.0),
       pivots_(packed_.cols, 0) {
-    constexpr double Dependent = 1e-11;  // of the length of a column
     if (scales_.empty()) {
         return;
     }
     lapack::geqp3(viewOf(packed_), pivots_.data(), scales_.data());
     for (const std::size_t steps = scales_.size(); rank_ < steps; ++rank_) {
-        if (!(std::abs(packed_(rank_, rank_)) > Dependent)) {
+        if (!(std::abs(packed_(rank_, rank_)) > dependent)) {
             break;
         }
     }

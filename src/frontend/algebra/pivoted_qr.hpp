@@ -15,7 +15,8 @@ namespace activeset::frontend {
 /// before them are behind `rank`.
 class PivotedQr {
 public:
-    explicit PivotedQr(Dense matrix);
+    /// @param dependent  of a column's length: what is left of one that depends on those before it
+    explicit PivotedQr(Dense matrix, double dependent = 1e-11);
 
     [[nodiscard]] std::size_t rank() const { return rank_; }
     /// The column of B in place k.

@@ -1,0 +1,205 @@
+#include "frontend/fit/fit_judgement.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "frontend/problem/extended_sums.hpp"
+#include "frontend/proof/certificate.hpp"
+#include "frontend/proof/sides_sum.hpp"
+#include "frontend/proof/units.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+/// Room for sums as the kernels write them.
+struct Columns {
+    explicit Columns(std::size_t count) : value(count, 0.0), rest(count, 0.0), scale(count, 0.0) {}
+
+    [[nodiscard]] SumsView view() { return {value.data(), rest.data(), scale.data()}; }
+    [[nodiscard]] Extended sum(std::size_t k) const { return {value[k], rest[k]}; }
+
+    Vector value;
+    Vector rest;
+    Vector scale;
+};
+
+Columns transposedProduct(const Dense& R, const double* y) {
+    Columns sums(R.cols);
+    exactTransposedProduct({R.values.data(), R.rows, R.cols, R.rows}, y, sums.view());
+    return sums;
+}
+
+/// ρ = R·x − s; the scale holds the sizes of its terms.
+Columns residualOf(const Fit& fit, const Vector& x) {
+    Columns sums(fit.R.rows);
+    exactProduct({fit.R.values.data(), fit.R.rows, fit.R.cols, fit.R.rows}, x.data(), sums.view());
+    for (std::size_t i = 0; i < fit.s.size(); ++i) {
+        const Extended difference = sums.sum(i) - fit.s[i];
+        sums.value[i] = difference.value();
+        sums.rest[i] = difference.rest();
+        sums.scale[i] += std::abs(fit.s[i]);
+    }
+    return sums;
+}
+
+/// Rᵀρ + Aᵀy, the sizes of the terms multiplied out.
+std::vector<Sum> forcesOf(const Fit& fit,
+                          const Data& constraints,
+                          const Columns& residual,
+                          const Vector& y) {
+    const Columns large = transposedProduct(fit.R, residual.value.data());
+    const Columns small = transposedProduct(fit.R, residual.rest.data());
+    const Columns sizes = transposedProduct(fit.R, residual.scale.data());
+    std::vector<Sum> forces(fit.R.cols);
+    for (std::size_t j = 0; j < forces.size(); ++j) {
+        forces[j] = {large.sum(j) + small.sum(j), sizes.scale[j]};
+    }
+    if (constraints.m != 0) {
+        addTransposedProduct(forces, constraints, y);
+    }
+    return forces;
+}
+
+/// Sets z where x lies at a bound that may bear it and adds it to the forces.
+void setBoundMultipliers(const Data& constraints, Point& point, std::vector<Sum>& forces) {
+    for (std::size_t j = 0; j < constraints.n; ++j) {
+        const double wanted = -static_cast<double>(forces[j].value);
+        const double side = wanted > 0.0 ? constraints.upper[j] : constraints.lower[j];
+        point.z[j] = point.x[j] == side ? wanted : 0.0;
+        forces[j].value += point.z[j];
+    }
+}
+
+Residual gradientResidual(const std::vector<Sum>& forces) {
+    double unit = 0.0;
+    for (const Sum& force : forces) {
+        unit = std::max(unit, force.scale);
+    }
+    unit = unit > 0.0 ? std::min(unit, 1.0) : 1.0;
+    Residual worst;
+    for (const Sum& force : forces) {
+        const double miss = magnitude(force.value);
+        worst.absolute = std::max(worst.absolute, miss);
+        worst.relative = std::max(worst.relative, miss / std::max(unit, force.scale));
+    }
+    return worst;
+}
+
+double weightOf(const std::vector<Sum>& forces, double size) {
+    double sum = 0.0;
+    for (const Sum& force : forces) {
+        sum += magnitude(force.value);
+    }
+    return sum * size;
+}
+
+/// ½‖δ‖² + Σ |g'_j|·size for the δ that makes it smallest: corrections by seminormal equations,
+/// whose residuals are formed exactly.
+double errorOfGradient(const Fit& fit,
+                       const std::vector<Sum>& forces,
+                       double size,
+                       double negligible) {
+    constexpr int MostCorrections = 3;
+    double best = weightOf(forces, size);
+    if (fit.T.rows != fit.T.cols || fit.T.rows == 0) {
+        return best;
+    }
+    Vector delta(fit.R.rows, 0.0);
+    std::vector<Sum> left = forces;
+    for (int round = 0; round < MostCorrections && best > negligible; ++round) {
+        Vector u(left.size());
+        std::ranges::transform(left, u.begin(),
+                               [](const Sum& force) { return -static_cast<double>(force.value); });
+        solveUpperTransposed(fit.T, u.data(), 1);
+        solveUpper(fit.T, u.data(), 1);
+        addProduct(fit.R, u, delta);
+        const Columns moved = transposedProduct(fit.R, delta.data());
+        for (std::size_t j = 0; j < left.size(); ++j) {
+            left[j].value = forces[j].value + moved.sum(j);
+        }
+        const double error =
+            0.5 * dot(delta.data(), delta.data(), delta.size()) + weightOf(left, size);
+        if (!(error < best)) {
+            break;
+        }
+        best = error;
+    }
+    return best;
+}
+
+/// Σ multiplier·(side − value) and Σ multiplier·side, and what rounding may have done to them.
+struct Slackness {
+    Extended value = 0;
+    double rounding = 0.0;
+
+    void add(double multiplier, const Sum& at, std::size_t terms, double lower, double upper) {
+        if (multiplier != 0.0) {
+            value += (Extended(multiplier > 0.0 ? upper : lower) - at.value) * multiplier;
+            rounding += roundingOf(at, terms) * std::abs(multiplier);
+        }
+    }
+};
+
+Slackness slacknessOf(const Data& constraints, const Point& point) {
+    Slackness slack;
+    const std::vector<Sum> rows =
+        constraints.m == 0 ? std::vector<Sum>() : rowValues(constraints, point.x);
+    for (std::size_t i = 0; i < constraints.m; ++i) {
+        slack.add(point.y[i], rows[i], constraints.n, constraints.rowLower[i],
+                  constraints.rowUpper[i]);
+    }
+    for (std::size_t j = 0; j < constraints.n; ++j) {
+        slack.add(point.z[j], {point.x[j], 0.0}, 0, constraints.lower[j], constraints.upper[j]);
+    }
+    return slack;
+}
+
+}  // namespace
+
+FitJudgement judge(const Fit& fit, const Data& constraints, Point& point) {
+    FitJudgement judgement;
+    project(point.y, constraints.rowLower, constraints.rowUpper);
+    const Columns residual = residualOf(fit, point.x);
+    Extended squares = 0;
+    Extended given = 0;
+    double rounding = 0.0;
+    for (std::size_t i = 0; i < fit.s.size(); ++i) {
+        squares += residual.sum(i) * residual.sum(i);
+        given += Extended::product(fit.s[i], fit.s[i]);
+        rounding +=
+            boundOfRounding(fit.R.cols + 1, residual.scale[i]) * std::abs(residual.value[i]);
+    }
+    const Extended half = squares * 0.5;
+    judgement.objective = static_cast<double>(half);
+
+    std::vector<Sum> forces = forcesOf(fit, constraints, residual, point.y);
+    setBoundMultipliers(constraints, point, forces);
+    const Slackness slack = slacknessOf(constraints, point);
+    Extended along = 0;  // xᵀ of the gradient, by which the dual objective falls short
+    double check = 0.0;  // not finite where any of the sums is not
+    for (std::size_t j = 0; j < forces.size(); ++j) {
+        along += forces[j].value * point.x[j];
+        check += forces[j].scale;
+    }
+    const double gap = magnitude(slack.value + along);
+    if (!std::isfinite(check) || !std::isfinite(gap) || !std::isfinite(judgement.objective)) {
+        return judgement;
+    }
+    const Units units(constraints, point.x);
+    const double largestX = largestMagnitude(point.x);
+    const double size = std::max(
+        {magnitude(half), magnitude(half - slack.value), std::min(1.0, 0.5 * magnitude(given))});
+    constexpr double Negligible = 1e-13;
+    const double error =
+        magnitude(slack.value) + slack.rounding + rounding +
+        errorOfGradient(fit, forces, largestX > 0.0 ? largestX : std::min(1.0, units.variable),
+                        Negligible * size);
+    judgement.certificate.primal = violation(constraints, point.x);
+    judgement.certificate.dual = gradientResidual(forces);
+    judgement.certificate.gap = {gap, error == 0.0 ? 0.0 : error / size};
+    return judgement;
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,266 @@
+// See Lawson and Hanson, Solving Least Squares Problems, chapters 20 to 23.
+#include "frontend/fit/null_space_fit.hpp"
+
+#include <cmath>
+#include <limits>
+
+#include "frontend/problem/extended_sums.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+/// Columns of the fit count as dependent by rounding alone, as for any orthogonal least squares.
+constexpr double Dependent = std::numeric_limits<double>::epsilon();
+
+/// s − R·x − ρ, rounded once.
+Vector residualOf(const Dense& R, const Vector& s, const Vector& x, const Vector& rho) {
+    const std::size_t rows = R.rows;
+    Vector sums(3 * rows);
+    exactProduct({R.values.data(), rows, R.cols, rows}, x.data(),
+                 {sums.data(), sums.data() + rows, sums.data() + 2 * rows});
+    Vector residual(rows);
+    for (std::size_t i = 0; i < rows; ++i) {
+        const DoubleDouble left = DoubleDouble(s[i]) - DoubleDouble(sums[i], sums[rows + i]);
+        residual[i] = static_cast<double>(left - rho[i]);
+    }
+    return residual;
+}
+
+/// t − T·x
+Vector residualOf(const Fit& fit, const Vector& x) {
+    return residualOf(fit.T, fit.t, x, Vector(fit.T.rows, 0.0));
+}
+
+/// Rᵀρ, rounded once.
+Vector slopeOf(const Dense& R, const Vector& rho) {
+    Vector sums(3 * R.cols);
+    exactTransposedProduct({R.values.data(), R.rows, R.cols, R.rows}, rho.data(),
+                           {sums.data(), sums.data() + R.cols, sums.data() + 2 * R.cols});
+    sums.resize(R.cols);
+    return sums;
+}
+
+/// The basic solution of min ‖B·v − r‖; r is destroyed.
+Vector leastSquares(const PivotedQr& qr, std::size_t cols, Vector r) {
+    Vector v(cols, 0.0);
+    if (qr.rank() != 0) {
+        qr.applyTransposed(r.data());
+        qr.solve(r.data());
+        for (std::size_t k = 0; k < qr.rank(); ++k) {
+            v[qr.pivot(k)] = r[k];
+        }
+    }
+    return v;
+}
+
+}  // namespace
+
+NullSpaceFit::NullSpaceFit(const Fit& fit, const Data& constraints, Sides& sides)
+    : fit_(fit),
+      constraints_(constraints),
+      free_([&] {
+          std::vector<std::size_t> free;
+          for (std::size_t j = 0; j < constraints.n; ++j) {
+              if (sides[constraints.m + j] == 0) {
+                  free.push_back(j);
+              }
+          }
+          return free;
+      }()),
+      held_([&] {
+          std::vector<std::size_t> held;
+          for (std::size_t i = 0; i < constraints.m; ++i) {
+              if (sides[i] != 0) {
+                  held.push_back(i);
+              }
+          }
+          return held;
+      }()),
+      rows_(heldRows()),
+      basis_(held_.empty() ? Dense() : rows_.nullSpace()),
+      reduced_(reducedFit(), Dependent * static_cast<double>(fit.T.rows + fit.T.cols)) {
+    keepIndependent(sides);
+    sides_ = sides;
+}
+
+Dense NullSpaceFit::heldRows() const {
+    Dense rows(free_.size(), held_.size());
+    for (std::size_t k = 0; k < held_.size(); ++k) {
+        for (std::size_t j = 0; j < free_.size(); ++j) {
+            rows(j, k) = constraints_.columnOfA(free_[j])[held_[k]];
+        }
+    }
+    return rows;
+}
+
+Dense NullSpaceFit::reducedFit() const {
+    Dense columns(fit_.T.rows, free_.size());
+    for (std::size_t j = 0; j < free_.size(); ++j) {
+        std::copy_n(fit_.T.column(free_[j]), fit_.T.rows, columns.column(j));
+    }
+    return held_.empty() ? columns : product(columns, basis_);
+}
+
+void NullSpaceFit::keepIndependent(Sides& sides) {
+    std::vector<bool> isKept(held_.size(), false);
+    for (std::size_t k = 0; k < rows_.rank(); ++k) {
+        isKept[rows_.pivot(k)] = true;
+    }
+    for (std::size_t k = 0; k < held_.size(); ++k) {
+        if (!isKept[k]) {
+            sides[held_[k]] = 0;
+        }
+    }
+}
+
+void NullSpaceFit::moveToSides(Vector& x) const {
+    const std::size_t m = constraints_.m;
+    for (std::size_t j = 0; j < constraints_.n; ++j) {
+        if (sides_[m + j] != 0) {
+            x[j] = sides_[m + j] > 0 ? constraints_.upper[j] : constraints_.lower[j];
+        }
+    }
+    if (rows_.rank() == 0) {
+        return;
+    }
+    const std::vector<Sum> values = rowValues(constraints_, x);
+    Vector step(free_.size(), 0.0);
+    for (std::size_t k = 0; k < rows_.rank(); ++k) {
+        const std::size_t row = held_[rows_.pivot(k)];
+        const double side =
+            sides_[row] > 0 ? constraints_.rowUpper[row] : constraints_.rowLower[row];
+        step[k] = static_cast<double>(side - values[row].value);
+    }
+    rows_.solveTransposed(step.data());
+    rows_.apply(step.data());
+    for (std::size_t j = 0; j < free_.size(); ++j) {
+        x[free_[j]] += step[j];
+    }
+}
+
+Vector NullSpaceFit::fromNullSpace(const Vector& v) const {
+    if (held_.empty()) {
+        return v;
+    }
+    Vector step(free_.size(), 0.0);
+    if (basis_.cols != 0) {
+        addProduct(basis_, v, step);
+    }
+    return step;
+}
+
+Vector NullSpaceFit::toNullSpace(const Vector& ofVariables) const {
+    Vector ofFree(free_.size());
+    for (std::size_t j = 0; j < free_.size(); ++j) {
+        ofFree[j] = ofVariables[free_[j]];
+    }
+    return held_.empty() || basis_.cols == 0 ? ofFree : transposedProduct(basis_, ofFree);
+}
+
+void NullSpaceFit::moveToMinimum(Vector& x) const {
+    moveToSides(x);
+    const std::size_t dimension = held_.empty() ? free_.size() : basis_.cols;
+    const Vector step = fromNullSpace(leastSquares(reduced_, dimension, residualOf(fit_, x)));
+    for (std::size_t j = 0; j < free_.size(); ++j) {
+        x[free_[j]] += step[j];
+    }
+}
+
+// With T_F·Z·P = Q·S: S⁻ᵀPᵀ(−Zᵀ·slope) is what Qᵀ of the residual has to change by, and what is
+// left of the first equation then belongs to v.
+Vector NullSpaceFit::correction(Vector& residual, Vector left, const Vector& slope) const {
+    fit_.Q.applyTransposed(left);
+    reduced_.applyTransposed(left.data());
+    Vector w(reduced_.rank());
+    for (std::size_t k = 0; k < w.size(); ++k) {
+        w[k] = -slope[reduced_.pivot(k)];
+    }
+    reduced_.solveTransposed(w.data());
+    Vector ofV(w.size());
+    for (std::size_t k = 0; k < w.size(); ++k) {
+        ofV[k] = left[k] - w[k];
+        left[k] = w[k];
+    }
+    reduced_.solve(ofV.data());
+    reduced_.apply(left.data());
+    fit_.Q.apply(left);
+    for (std::size_t i = 0; i < residual.size(); ++i) {
+        residual[i] += left[i];
+    }
+    Vector v(slope.size(), 0.0);
+    for (std::size_t k = 0; k < w.size(); ++k) {
+        v[reduced_.pivot(k)] = ofV[k];
+    }
+    return fromNullSpace(v);
+}
+
+void NullSpaceFit::refine(Vector& x) const {
+    constexpr int MostCorrections = 4;
+    constexpr double Enough = 2.0 * std::numeric_limits<double>::epsilon();
+    moveToSides(x);
+    if (reduced_.rank() == 0) {
+        return;
+    }
+    Vector residual = residualOf(fit_.R, fit_.s, x, Vector(fit_.s.size(), 0.0));
+    double last = std::numeric_limits<double>::infinity();
+    for (int round = 0; round < MostCorrections; ++round) {
+        const Vector step = correction(residual, residualOf(fit_.R, fit_.s, x, residual),
+                                       toNullSpace(slopeOf(fit_.R, residual)));
+        const double size = largestMagnitude(step);
+        if (!(size < 0.5 * last)) {
+            return;
+        }
+        last = size;
+        for (std::size_t j = 0; j < free_.size(); ++j) {
+            x[free_[j]] += step[j];
+        }
+        if (size <= Enough * largestMagnitude(x)) {
+            return;
+        }
+    }
+}
+
+void NullSpaceFit::setMultipliers(Point& point) const {
+    const Vector force = transposedProduct(fit_.T, residualOf(fit_, point.x));
+    point.y.assign(constraints_.m, 0.0);
+    point.z.assign(constraints_.n, 0.0);
+    Vector ofFree(free_.size());
+    for (std::size_t j = 0; j < free_.size(); ++j) {
+        ofFree[j] = force[free_[j]];
+    }
+    const Vector y = leastSquares(rows_, held_.size(), ofFree);
+    for (std::size_t k = 0; k < held_.size(); ++k) {
+        point.y[held_[k]] = y[k];
+    }
+    for (std::size_t j = 0; j < constraints_.n; ++j) {
+        if (sides_[constraints_.m + j] != 0) {
+            point.z[j] = force[j] - (constraints_.m == 0 ? 0.0
+                                                         : dot(constraints_.columnOfA(j),
+                                                               point.y.data(), constraints_.m));
+        }
+    }
+}
+
+Vector NullSpaceFit::noiseOfGradient(const Vector& x) const {
+    constexpr double Unit = 10.0 * std::numeric_limits<double>::epsilon();
+    Vector sizes(fit_.T.rows);
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+        sizes[i] = std::abs(fit_.t[i]);
+    }
+    for (std::size_t j = 0; j < fit_.T.cols; ++j) {
+        for (std::size_t i = 0; i < sizes.size(); ++i) {
+            sizes[i] += std::abs(fit_.T(i, j) * x[j]);
+        }
+    }
+    Vector noise(fit_.T.cols, 0.0);
+    for (std::size_t j = 0; j < noise.size(); ++j) {
+        for (std::size_t i = 0; i < sizes.size(); ++i) {
+            noise[j] += std::abs(fit_.T(i, j)) * sizes[i];
+        }
+        noise[j] *= Unit * static_cast<double>(noise.size());
+    }
+    return noise;
+}
+
+}  // namespace activeset::frontend
