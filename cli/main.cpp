@@ -1,5 +1,6 @@
 // The command line: activeset solve [options] FILE...
 #include <fmt/core.h>
+#include <sys/resource.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -191,7 +192,18 @@ int solveFiles(const SolveCommand& command) {
     }
     const int status = written(progress.status);
     if (progress.hasMemoryEnded) {
-        std::_Exit(status);  // at their end other libraries may wait for memory that does not come
+        std::_Exit(status);
+    }
+    return status;
+}
+
+/// At their end other libraries may wait for ever for memory that does not come: a process whose
+/// address space is limited does not ask them to clean up.
+int left(int status) {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
+        std::cout.flush();
+        std::_Exit(status);
     }
     return status;
 }
@@ -303,7 +315,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return activeset::cli::run(argc, argv);
+        return activeset::cli::left(activeset::cli::run(argc, argv));
     } catch (const std::bad_alloc&) {
         std::cout.flush();
         std::cerr << "activeset: out of memory" << std::endl;
