@@ -1,0 +1,252 @@
+// One solve, from Octave's arrays to those of the library and back. What users call is in the
+// m-files, which bring their arguments into this form.
+#include <activeset/activeset.h>
+#include <octave/oct.h>
+#include <octave/ov-struct.h>
+#include <octave/quit.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Free {
+    void operator()(activeset_problem* problem) const { activeset_problem_free(problem); }
+};
+using Problem = std::unique_ptr<activeset_problem, Free>;
+
+void require(int code) {
+    if (code != ACTIVESET_OK) {
+        error("activeset: %s", activeset_code_text(code));
+    }
+}
+
+// Ctrl-C. Octave blocks the signal on this thread and makes a note of it on another one; the note
+// is read when the solve has ended. So while it runs the signal comes to this thread, ends the
+// solve, and is noted, too.
+class Interruptible {
+public:
+    Interruptible() {
+        struct sigaction ours {};
+        ours.sa_handler = onSignal;
+        ours.sa_flags = SA_RESTART;
+        sigemptyset(&ours.sa_mask);
+        sigset_t interrupt;
+        sigemptyset(&interrupt);
+        sigaddset(&interrupt, SIGINT);
+        wasInterrupted = 0;
+        sigaction(SIGINT, &ours, &before_);
+        pthread_sigmask(SIG_UNBLOCK, &interrupt, &mask_);
+    }
+    ~Interruptible() {
+        pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
+        sigaction(SIGINT, &before_, nullptr);
+        if (wasInterrupted != 0) {
+            activeset_interrupt_all(0);
+        }
+    }
+    Interruptible(const Interruptible&) = delete;
+    Interruptible& operator=(const Interruptible&) = delete;
+
+private:
+    static void onSignal(int /*number*/) {
+        wasInterrupted = 1;
+        activeset_interrupt_all(1);
+        octave_interrupt_state = 1;
+        octave_signal_caught = 1;
+    }
+    struct sigaction before_ {};
+    sigset_t mask_{};
+    static volatile sig_atomic_t wasInterrupted;
+};
+volatile sig_atomic_t Interruptible::wasInterrupted = 0;
+
+// A full matrix of doubles, or nothing for an empty argument.
+class Numbers {
+public:
+    Numbers(const octave_value& given,
+            octave_idx_type rows,
+            octave_idx_type cols,
+            const char* name) {
+        if (given.isempty()) {
+            return;
+        }
+        if (!given.isnumeric() && !given.islogical()) {
+            error("activeset: %s must be numeric", name);
+        }
+        if (given.iscomplex()) {
+            error("activeset: %s must be real", name);
+        }
+        values_ = given.array_value();
+        if (cols == 1 ? values_.numel() != rows || !values_.dims().isvector()
+                      : values_.rows() != rows || values_.columns() != cols) {
+            error("activeset: %s is %s, expected %ld x %ld", name, values_.dims().str().c_str(),
+                  static_cast<long>(rows), static_cast<long>(cols));
+        }
+    }
+    const double* data() const { return values_.isempty() ? nullptr : values_.data(); }
+
+private:
+    NDArray values_;
+};
+
+// The arrays that a solve writes.
+struct Output {
+    ColumnVector x, y, z, farkasY, farkasZ, direction;
+    std::vector<std::int8_t> rowSides, boundSides;
+    char message[512] = "";
+    activeset_result result;
+
+    Output(octave_idx_type n, octave_idx_type m)
+        : x(n),
+          y(m),
+          z(n),
+          farkasY(m),
+          farkasZ(n),
+          direction(n),
+          rowSides(m + 1),
+          boundSides(n + 1) {
+        activeset_result_init(&result);
+        result.x = x.fortran_vec();
+        result.y = y.fortran_vec();
+        result.z = z.fortran_vec();
+        result.farkas_y = farkasY.fortran_vec();
+        result.farkas_z = farkasZ.fortran_vec();
+        result.direction = direction.fortran_vec();
+        result.row_sides = rowSides.data();
+        result.bound_sides = boundSides.data();
+        result.message = message;
+        result.message_size = sizeof message;
+    }
+};
+
+ColumnVector sidesOf(const std::vector<std::int8_t>& sides) {
+    ColumnVector numbers(static_cast<octave_idx_type>(sides.size()) - 1);
+    for (octave_idx_type i = 0; i < numbers.numel(); ++i) {
+        numbers(i) = sides[i];
+    }
+    return numbers;
+}
+
+activeset_options optionsOf(const octave_scalar_map& given) {
+    activeset_options options;
+    activeset_options_init(&options);
+    if (given.isfield("max_iterations")) {
+        options.max_iterations = given.getfield("max_iterations").int64_value();
+    }
+    if (given.isfield("tolerance")) {
+        options.tolerance = given.getfield("tolerance").double_value();
+    }
+    if (given.isfield("time_limit")) {
+        options.time_limit = given.getfield("time_limit").double_value();
+    }
+    return options;
+}
+
+// What the caller calls a part and its row: `names` has the number of rows of a first matrix, the
+// name of c, then those of matrix, lower and upper sides for the first and for the second matrix.
+std::string labelOf(const activeset_fault& fault, const Cell& names) {
+    const std::string name = fault.name;
+    const std::int64_t first = names(0).int64_value();
+    const bool isMatrix = name == "H" || name == "A";
+    const int part = name == "A" ? 2 : name == "rowLower" ? 3 : name == "rowUpper" ? 4 : 0;
+    const bool isSecond = part != 0 && fault.row >= first;
+    const std::string own = part != 0         ? names(isSecond ? part + 3 : part).string_value()
+                            : name == "c"     ? names(1).string_value()
+                            : name == "lower" ? "lb"
+                            : name == "upper" ? "ub"
+                            : name == "start" ? "x0"
+                                              : name;
+    return own + "(" + std::to_string(fault.row + 1 - (isSecond ? first : 0)) +
+           (isMatrix ? "," + std::to_string(fault.col + 1) : "") + ")";
+}
+
+// The mistakes in the data, one a line, in the caller's names and counted from 1.
+std::string faultsOf(const activeset_problem* problem, const char* message, const Cell& names) {
+    std::vector<activeset_fault> faults(10);
+    for (activeset_fault& fault : faults) {
+        fault.struct_size = sizeof fault;
+    }
+    std::int64_t count = 0;
+    const auto capacity = static_cast<std::int64_t>(faults.size());
+    require(activeset_faults(problem, faults.data(), capacity, &count));
+    std::string text;
+    for (std::int64_t i = 0; i < std::min(count, capacity); ++i) {
+        const std::string told = faults[i].text;
+        const std::size_t end = told.find(')');
+        const bool isLabelled =
+            told.rfind(std::string(faults[i].name) + "(", 0) == 0 && end != std::string::npos;
+        text += (i == 0 ? "" : "\n") +
+                (isLabelled ? labelOf(faults[i], names) + told.substr(end + 1) : told);
+    }
+    return text.empty() ? message : text;
+}
+
+octave_scalar_map mapOf(const Output& output) {
+    const activeset_result& result = output.result;
+    octave_scalar_map map;
+    map.setfield("status", std::string(activeset_text(result.status)));
+    map.setfield("x", output.x);
+    map.setfield("obj", result.objective);
+    map.setfield("y", output.y);
+    map.setfield("z", output.z);
+    map.setfield("row_sides", sidesOf(output.rowSides));
+    map.setfield("bound_sides", sidesOf(output.boundSides));
+    map.setfield("iterations",
+                 static_cast<double>(result.phase_one_iterations + result.main_iterations +
+                                     result.prediction_iterations + result.dual_iterations +
+                                     result.refinement_iterations));
+    map.setfield("primal", result.primal.absolute);
+    map.setfield("dual", result.dual.absolute);
+    map.setfield("farkas_y", output.farkasY);
+    map.setfield("farkas_z", output.farkasZ);
+    map.setfield("direction", output.direction);
+    map.setfield("message", std::string(output.message));
+    return map;
+}
+
+}  // namespace
+
+DEFUN_DLD(
+    __activeset__,
+    args,
+    ,
+    "r = __activeset__ (n, m, H, c, A, row_lower, row_upper, lower, upper, start, options, names)\n"
+    "Minimise x'*H*x/2 + c'*x with row_lower <= A*x <= row_upper and lower <= x <= upper.") {
+    if (args.length() != 12) {
+        print_usage();
+    }
+    const octave_idx_type n = args(0).idx_type_value();
+    const octave_idx_type m = args(1).idx_type_value();
+    const Numbers H(args(2), n, n, "H"), c(args(3), n, 1, "f"), A(args(4), m, n, "A");
+    const Numbers rowLower(args(5), m, 1, "row_lower"), rowUpper(args(6), m, 1, "row_upper");
+    const Numbers lower(args(7), n, 1, "lb"), upper(args(8), n, 1, "ub"),
+        start(args(9), n, 1, "x0");
+    const activeset_options options = optionsOf(args(10).scalar_map_value());
+    Output output(n, m);
+
+    activeset_problem* made = nullptr;
+    require(activeset_problem_new(n, m, &made));
+    const Problem problem(made);
+    require(activeset_problem_set_hessian(made, H.data(), 0, ACTIVESET_COLUMN_MAJOR));
+    require(activeset_problem_set_linear(made, c.data(), 0.0));
+    require(activeset_problem_set_rows(made, A.data(), 0, ACTIVESET_COLUMN_MAJOR));
+    require(activeset_problem_set_row_sides(made, rowLower.data(), rowUpper.data()));
+    require(activeset_problem_set_bounds(made, lower.data(), upper.data()));
+    require(activeset_problem_set_start(made, start.data()));
+    int code = ACTIVESET_OK;
+    OCTAVE_QUIT;
+    {
+        const Interruptible interruptible;
+        code = activeset_solve(made, &options, &output.result);
+    }
+    OCTAVE_QUIT;
+    require(code);
+    if (output.result.status == ACTIVESET_INVALID) {
+        error("activeset: %s", faultsOf(made, output.message, args(11).cell_value()).c_str());
+    }
+    return ovl(mapOf(output));
+}

@@ -1,0 +1,67 @@
+# One problem, and what solves are told and tell.
+
+solve_qp <- function(P = NULL, q = NULL, G = NULL, h = NULL, A = NULL, b = NULL,
+                     lb = NULL, ub = NULL, l = NULL, x0 = NULL, warm_start = NULL,
+                     settings = NULL) {
+    sound(.Call(C_solve_qp, list(P, q, G, h, A, b, lb, ub, l), x0, warm_start, settings),
+          if (is.matrix(G)) nrow(G) else as.integer(!is.null(G)))
+}
+
+activeset_settings <- function(tolerance = 1e-9, start = c("automatic", "given", "cold"),
+                               max_iterations = Inf, time_limit = Inf,
+                               convexity_tolerance = NULL) {
+    number <- function(value, name) {
+        if (!is.numeric(value) || length(value) != 1L || is.na(value))
+            stop(name, " must be a number", call. = FALSE)
+        as.double(value)
+    }
+    settings <- list(tolerance = number(tolerance, "tolerance"),
+                     start = match(match.arg(start), c("automatic", "given", "cold")) - 1,
+                     max_iterations = number(max_iterations, "max_iterations"),
+                     time_limit = number(time_limit, "time_limit"))
+    if (!is.null(convexity_tolerance))
+        settings$convexity_tolerance <- number(convexity_tolerance, "convexity_tolerance")
+    structure(settings, class = "activeset_settings")
+}
+
+activeset_version <- function() .Call(C_version)
+
+# A result; texts of faults in its place are an error. The library counts from 0 and has the rows of G above
+# those of A in one matrix.
+sound <- function(result, inequalities) {
+    if (is.character(result))
+        stop_for(result, function(name, at) {
+            plain <- c(H = "P", c = "q", lower = "lb", upper = "ub", start = "x0")
+            if (name %in% names(plain))
+                return(label(plain[[name]], at))
+            if (at[1L] <= inequalities)
+                return(label(c(A = "G", rowLower = "l", rowUpper = "h")[[name]], at))
+            at[1L] <- at[1L] - as.integer(inequalities)
+            label(if (name == "A") "A" else "b", at)
+        })
+    result
+}
+
+label <- function(name, at) sprintf("%s[%s]", name, paste(at, collapse = ", "))
+
+# Raises texts in which each entry, such as c(0), has become what `rename` makes of its name and position.
+stop_for <- function(texts, rename) {
+    entry <- "\\b(H|c|A|rowLower|rowUpper|lower|upper|start)\\((\\d+)(, (\\d+))?\\)"
+    found <- gregexpr(entry, texts, perl = TRUE)
+    regmatches(texts, found) <- lapply(regmatches(texts, found), function(labels) {
+        vapply(labels, function(text) {
+            rename(sub("\\(.*", "", text),
+                   as.integer(regmatches(text, gregexpr("\\d+", text))[[1L]]) + 1L)
+        }, "")
+    })
+    stop(paste(unique(texts), collapse = "\n"), call. = FALSE)
+}
+
+print.activeset_result <- function(x, ...) {
+    cat(x$status, if (nzchar(x$message)) paste0(" (", x$message, ")"), "\n", sep = "")
+    if (!anyNA(x$x)) {
+        cat("objective", format(x$obj, digits = 7), "\n")
+        cat("x", format(head(x$x, 10L), digits = 5), if (length(x$x) > 10L) "...", "\n")
+    }
+    invisible(x)
+}

@@ -1,0 +1,3 @@
+library(testthat)
+library(activeset)
+test_check("activeset")
