@@ -104,6 +104,12 @@ public:
     [[nodiscard]] constexpr bool empty() const noexcept { return rows_ == 0 || cols_ == 0; }
     /// How many elements the memory is known to hold; the largest number where nobody said.
     [[nodiscard]] constexpr std::size_t available() const noexcept { return available_; }
+    /// A matrix of the same kind so many numbers further on.
+    [[nodiscard]] constexpr MatrixView movedBy(std::size_t numbers) const noexcept {
+        MatrixView moved = *this;
+        moved.data_ += numbers;
+        return moved;
+    }
     [[nodiscard]] constexpr double operator()(std::size_t row, std::size_t col) const noexcept {
         return order_ == Order::ColumnMajor ? data_[col * leading_ + row]
                                             : data_[row * leading_ + col];
@@ -130,6 +136,13 @@ struct WorkingSet {
     [[nodiscard]] std::size_t size() const noexcept {
         return equalities.size() + rowsAtLower.size() + rowsAtUpper.size() + atLower.size() +
                atUpper.size() + fixed.size();
+    }
+    /// Leaves no members, and their memory for others.
+    void clear() noexcept {
+        for (auto* members :
+             {&equalities, &rowsAtLower, &rowsAtUpper, &atLower, &atUpper, &fixed}) {
+            members->clear();
+        }
     }
     friend bool operator==(const WorkingSet&, const WorkingSet&) = default;
 };
@@ -351,8 +364,8 @@ public:
     [[nodiscard]] Result solve();
 
 private:
-    class Sequence;
-    std::unique_ptr<Sequence> sequence_;
+    class Kept;
+    std::unique_ptr<Kept> kept_;
 };
 
 struct ManySettings {

@@ -123,15 +123,11 @@ Result solvePrepared(Prepared& problem,
 
 }  // namespace frontend
 
-Result solve(const Problem& problem, const Settings& settings) {
-    const FloatingPointGuard environment;
-    frontend::requireNoSolve();
-    frontend::Control control(
-        settings, frontend::automaticLimit(frontend::variablesOf(problem), problem.A.rows()));
-    if (std::optional<Result> result =
-            frontend::SmallProblem::ofThread().solve(problem, settings, control)) {
-        return std::move(*result);
-    }
+namespace {
+
+Result solveGenerally(const Problem& problem,
+                      const Settings& settings,
+                      frontend::Control& control) {
     std::vector<Fault> faults = faultsOf(problem);
     std::ranges::move(frontend::faultsIn(settings), std::back_inserter(faults));
     if (!faults.empty()) {
@@ -146,6 +142,20 @@ Result solve(const Problem& problem, const Settings& settings) {
     return frontend::solveConvexified(prepared, std::move(start),
                                       warm != nullptr ? warm->workingSet : WorkingSet(), settings,
                                       control);
+}
+
+}  // namespace
+
+Result solve(const Problem& problem, const Settings& settings) {
+    const FloatingPointGuard environment;
+    frontend::requireNoSolve();
+    frontend::Control control(
+        settings, frontend::automaticLimit(frontend::variablesOf(problem), problem.A.rows()));
+    Result result;
+    if (!frontend::SmallProblem::ofThread().solve(problem, settings, control, result)) {
+        result = solveGenerally(problem, settings, control);
+    }
+    return result;
 }
 
 }  // namespace activeset

@@ -51,6 +51,18 @@ void Prepared::updateVectors(const Data& problem) {
     }
 }
 
+void Prepared::forget() {
+    if (shifted_) {
+        shifted_->forget();
+    }
+    if (itself_) {
+        itself_->forget();
+    }
+    proximal_.reset();
+    refinement_.reset();
+    lowering_.reset();
+}
+
 Subproblem* Prepared::subproblem(double rho) {
     std::optional<Subproblem>& kept = rho > 0.0 ? proximal_ : itself_;
     if (!kept || kept->rho() != rho) {

@@ -24,6 +24,8 @@ public:
 
     /// Takes over c, sides and bounds of a problem with the same matrices.
     void updateVectors(const Data& problem);
+    /// Leaves nothing that depends on which problems with these matrices were solved before.
+    void forget();
 
     /// Its direction is in the caller's variables.
     [[nodiscard]] const Convexity& convexity();

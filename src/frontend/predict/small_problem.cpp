@@ -14,11 +14,6 @@ namespace {
 constexpr double Exact = 1e-13;  // a residual in proportion that rounding leaves
 constexpr std::size_t MostCorrections = 3;
 
-const WorkingSet& startOf(const Problem& problem) {
-    static const WorkingSet none;
-    return problem.warmStart != nullptr ? problem.warmStart->workingSet : none;
-}
-
 }  // namespace
 
 SmallProblem& SmallProblem::ofThread() {
@@ -33,43 +28,47 @@ bool SmallProblem::suits(const Settings& settings) {
            settings.convexityTolerance <= 1.0;
 }
 
-std::optional<Result> SmallProblem::solve(const Problem& problem,
-                                          const Settings& settings,
-                                          Control& control) {
-    return solveNext(problem, true, &startOf(problem), settings, control);
+bool SmallProblem::solve(const Problem& problem,
+                         const Settings& settings,
+                         Control& control,
+                         Result& result) {
+    static const WarmStart none;
+    const WarmStart& start = problem.warmStart != nullptr ? *problem.warmStart : none;
+    return suits(settings) && solveNext(problem, {}, start, settings, control, result);
 }
 
-std::optional<Result> SmallProblem::solveNext(const Problem& problem,
-                                              bool haveMatricesChanged,
-                                              const WorkingSet* set,
-                                              const Settings& settings,
-                                              Control& control) {
-    if (haveMatricesChanged) {
+bool SmallProblem::solveNext(const Problem& problem,
+                             const Kept& kept,
+                             const WarmStart& start,
+                             const Settings& settings,
+                             Control& control,
+                             Result& result) {
+    if (!kept.matrices) {
         matrices_ = Matrices::Unknown;
     }
-    if (matrices_ == Matrices::Unfit || !suits(settings) || !isSmall(problem)) {
-        return std::nullopt;
-    }
-    const bool mayContinue = hasEnded_ && matrices_ == Matrices::Ready && set == nullptr;
+    const bool hasSet = kept.set && hasEnded_ && matrices_ == Matrices::Ready;
     hasEnded_ = false;
-    if (!load(problem)) {
-        return std::nullopt;
+    if (matrices_ == Matrices::Unfit || !isSmall(problem) || !load(problem)) {
+        return false;
     }
-    if (!mayContinue || !dual_.beginAgain()) {
-        dual_.begin(set != nullptr ? *set : startOf(problem));
-    }
+    begin({true, hasSet}, start.workingSet);
     const double setup = control.seconds();
     control.poll();
-    if (control.mustEnd()) {
-        return std::nullopt;
+    if (control.mustEnd() || !minimise(problem, start, settings, control, result)) {
+        return false;
     }
-    std::optional<Result> result = minimise(problem, settings, control);
-    if (result) {
-        result->times.setup = setup;
-        result->times.solve = result->times.total - setup - result->times.polish;
-        hasEnded_ = result->status == Status::Optimal;
+    result.times.setup = setup;
+    result.times.solve = result.times.total - setup - result.times.polish;
+    hasEnded_ = result.status == Status::Optimal;
+    return true;
+}
+
+void SmallProblem::keepMatrices(const Problem& problem) {
+    matrices_ = Matrices::Unknown;
+    hasEnded_ = false;
+    if (!isSmall(problem) || !load(problem)) {
+        matrices_ = Matrices::Unfit;
     }
-    return result;
 }
 
 bool SmallProblem::load(const Problem& problem) {
@@ -88,27 +87,33 @@ bool SmallProblem::load(const Problem& problem) {
     return matrices_ == Matrices::Ready;
 }
 
-std::optional<Result> SmallProblem::minimise(const Problem& problem,
-                                             const Settings& settings,
-                                             Control& control) {
-    const SmallDual::End end = dual_.minimise(control);
-    const double begin = control.seconds();
-    std::optional<Result> result;
-    if (end == SmallDual::End::Contradiction) {
-        result = contradictionOf(problem, memory_, dual_);
-    } else if (end == SmallDual::End::Optimal) {
-        result = proveOptimum(problem, settings);
+void SmallProblem::begin(const Kept& kept, const WorkingSet& set) {
+    if (!kept.set || !dual_.beginAgain()) {
+        dual_.begin(set);
     }
-    if (result) {
-        result->times.total = control.seconds();
-        result->times.polish = result->times.total - begin;
-        result->iterations.prediction = 1;
-        result->iterations.dual = dual_.steps();
-    }
-    return result;
 }
 
-std::optional<Result> SmallProblem::proveOptimum(const Problem& problem, const Settings& settings) {
+bool SmallProblem::minimise(const Problem& problem,
+                            const WarmStart& start,
+                            const Settings& settings,
+                            Control& control,
+                            Result& result) {
+    const SmallDual::End end = dual_.minimise(control);
+    const double begin = control.seconds();
+    const bool isProved =
+        end == SmallDual::End::Contradiction
+            ? writeContradiction(problem, start, memory_, dual_, result)
+            : end == SmallDual::End::Optimal && proveOptimum(problem, settings.tolerance, result);
+    if (isProved) {
+        result.times.total = control.seconds();
+        result.times.polish = result.times.total - begin;
+        result.iterations.prediction = 1;
+        result.iterations.dual = dual_.steps();
+    }
+    return isProved;
+}
+
+bool SmallProblem::proveOptimum(const Problem& problem, double tolerance, Result& result) {
     SmallRefinement refinement(memory_, dual_);
     refinement.begin();
     Judgement judgement;
@@ -117,12 +122,12 @@ std::optional<Result> SmallProblem::proveOptimum(const Problem& problem, const S
         refinement.correct();
         judgement = judge(memory_, extent_, problem.constant);
     } while (++corrections < MostCorrections && !judgement.certificate.holds(Exact));
-    if (!judgement.certificate.holds(settings.tolerance)) {
-        return std::nullopt;
+    if (!judgement.certificate.holds(tolerance)) {
+        return false;
     }
-    Result result = optimumOf(problem, memory_, dual_, judgement, settings.tolerance);
+    writeOptimum(problem, memory_, dual_, judgement, tolerance, result);
     result.iterations.refinement = corrections;
-    return result;
+    return true;
 }
 
 }  // namespace activeset::frontend

@@ -2,8 +2,6 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_PROBLEM_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_PROBLEM_HPP
 
-#include <optional>
-
 #include "frontend/core/control.hpp"
 #include "frontend/predict/small_data.hpp"
 #include "frontend/predict/small_dual.hpp"
@@ -18,19 +16,32 @@ public:
     SmallProblem& operator=(const SmallProblem&) = delete;
     ~SmallProblem() = default;
 
-    /// The result of a problem by itself, if its optimum or that it has no feasible point was
-    /// proved.
-    [[nodiscard]] std::optional<Result> solve(const Problem& problem,
-                                              const Settings& settings,
-                                              Control& control);
+    /// What is as it was at the last solve, and to be used again.
+    struct Kept {
+        bool matrices = false;
+        bool set = false;  ///< the working set it has ended with, if that was here
+    };
 
-    /// The next of a sequence, which has no faults; what did not change is kept.
-    /// @param set  where to begin; without one, where the last solve has ended, if that was here
-    [[nodiscard]] std::optional<Result> solveNext(const Problem& problem,
-                                                  bool haveMatricesChanged,
-                                                  const WorkingSet* set,
-                                                  const Settings& settings,
-                                                  Control& control);
+    // True where the optimum, or that there is no feasible point, was proved; `result`, be it new
+    // or that of another solve here, is written then, and asks for memory only where its vectors
+    // have none.
+
+    /// A problem by itself.
+    [[nodiscard]] bool solve(const Problem& problem,
+                             const Settings& settings,
+                             Control& control,
+                             Result& result);
+
+    /// The next one of a sequence.
+    /// @param start  where to begin, unless at a kept working set
+    [[nodiscard]] bool solveNext(const Problem& problem,
+                                 const Kept& kept,
+                                 const WarmStart& start,
+                                 const Settings& settings,
+                                 Control& control,
+                                 Result& result);
+    /// For problems to come with these matrices. Their results are the same whichever comes first.
+    void keepMatrices(const Problem& problem);
 
     /// That of the thread; its memory, at most a mebibyte, goes with the thread.
     [[nodiscard]] static SmallProblem& ofThread();
@@ -39,11 +50,13 @@ public:
 
 private:
     [[nodiscard]] bool load(const Problem& problem);
-    [[nodiscard]] std::optional<Result> minimise(const Problem& problem,
-                                                 const Settings& settings,
-                                                 Control& control);
-    [[nodiscard]] std::optional<Result> proveOptimum(const Problem& problem,
-                                                     const Settings& settings);
+    void begin(const Kept& kept, const WorkingSet& set);
+    [[nodiscard]] bool minimise(const Problem& problem,
+                                const WarmStart& start,
+                                const Settings& settings,
+                                Control& control,
+                                Result& result);
+    [[nodiscard]] bool proveOptimum(const Problem& problem, double tolerance, Result& result);
 
     SmallMemory memory_;
     SmallExtent extent_;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 #include "frontend/problem/constraints.hpp"
@@ -14,56 +15,50 @@ namespace activeset::frontend {
 
 namespace {
 
-/// Constraints `first` to `first + count` by side, `mark` being their signs and 0 for no member.
+/// Constraints `first` to `first + count` by side: memory.values has the signs of members, and 0.
 void list(const SmallMemory& m,
           std::size_t first,
           std::size_t count,
           std::vector<std::size_t>& equal,
           std::vector<std::size_t>& atLower,
           std::vector<std::size_t>& atUpper) {
-    const auto kindOf = [&](std::size_t k) {
+    for (std::size_t k = 0; k < count; ++k) {
         const std::size_t i = first + k;
         const double mark = m.values[i];
-        return m.lower[i] == m.upper[i] ? &equal
-               : mark == 0.0            ? nullptr
-               : mark > 0.0             ? &atUpper
-                                        : &atLower;
-    };
-    std::size_t sizes[3] = {0, 0, 0};
-    std::vector<std::size_t>* const lists[3] = {&equal, &atLower, &atUpper};
-    for (std::size_t k = 0; k < count; ++k) {
-        for (std::size_t kind = 0; kind < 3; ++kind) {
-            sizes[kind] += kindOf(k) == lists[kind] ? 1U : 0U;
-        }
-    }
-    for (std::size_t kind = 0; kind < 3; ++kind) {
-        lists[kind]->reserve(sizes[kind]);
-    }
-    for (std::size_t k = 0; k < count; ++k) {
-        if (auto* const members = kindOf(k)) {
-            members->push_back(k);
+        if (m.lower[i] == m.upper[i]) {
+            equal.push_back(k);
+        } else if (mark != 0.0) {
+            (mark > 0.0 ? atUpper : atLower).push_back(k);
         }
     }
 }
 
-WorkingSet workingSetOf(SmallMemory& m, const SmallDual& dual) {
+void writeWorkingSet(SmallMemory& m, const SmallDual& dual, WorkingSet& set) {
     const SmallShape& shape = m.shape;
+    std::size_t counts[2][3] = {};  // of rows and bounds: equal, at the lower, at the upper side
     std::fill_n(m.values, shape.constraints(), 0.0);
     for (std::size_t k = 0; k < dual.factor().size(); ++k) {
-        m.values[dual.constraintOf(k)] = m.sign[k];
+        const std::size_t i = dual.constraintOf(k);
+        m.values[i] = m.sign[k];
+        ++counts[i < shape.rows() ? 0 : 1][m.isEquality[k] != 0.0 ? 0 : m.sign[k] < 0.0 ? 1 : 2];
     }
-    WorkingSet set;
+    std::vector<std::size_t>* const lists[2][3] = {
+        {&set.equalities, &set.rowsAtLower, &set.rowsAtUpper},
+        {&set.fixed, &set.atLower, &set.atUpper}};
+    for (std::size_t part = 0; part < 2; ++part) {
+        for (std::size_t kind = 0; kind < 3; ++kind) {
+            lists[part][kind]->clear();
+            lists[part][kind]->reserve(counts[part][kind]);
+        }
+    }
     list(m, 0, shape.m, set.equalities, set.rowsAtLower, set.rowsAtUpper);
     list(m, shape.rows(), shape.n, set.fixed, set.atLower, set.atUpper);
-    return set;
 }
 
-Vector startOf(const Problem& problem, const Data& data) {
+Vector startOf(const Problem& problem, const WarmStart& start, const Data& data) {
     Vector x(data.n, 0.0);
-    if (problem.warmStart != nullptr) {
-        std::copy_n(problem.warmStart->x.begin(), std::min(data.n, problem.warmStart->x.size()),
-                    x.begin());
-    } else if (!problem.start.empty()) {
+    std::copy_n(start.x.begin(), std::min(data.n, start.x.size()), x.begin());
+    if (start.x.empty() && problem.warmStart == nullptr && !problem.start.empty()) {
         std::copy_n(problem.start.data(), data.n, x.begin());
     }
     for (std::size_t j = 0; j < data.n; ++j) {
@@ -85,6 +80,19 @@ std::optional<Farkas> provedContradiction(const Data& data, Vector y) {
     return farkas;
 }
 
+/// What neither of the two writes; x, y, z and the working set keep their memory.
+void clear(Result& result) {
+    result.exitCode = -5;
+    result.hessianShift = 0.0;
+    result.farkas.reset();
+    result.direction.clear();
+    result.directionResidual = {};
+    result.faults.clear();
+    result.message.clear();
+    result.wasPredicted = false;
+    result.iterations = {};
+}
+
 void take(Result& result, Point point, const Judgement& judgement) {
     result.x = std::move(point.x);
     result.y = std::move(point.y);
@@ -95,31 +103,37 @@ void take(Result& result, Point point, const Judgement& judgement) {
 
 }  // namespace
 
-Result optimumOf(const Problem& problem,
-                 SmallMemory& memory,
-                 const SmallDual& dual,
-                 const Judgement& judgement,
-                 double tolerance) {
+void writeOptimum(const Problem& problem,
+                  SmallMemory& memory,
+                  const SmallDual& dual,
+                  const Judgement& judgement,
+                  double tolerance,
+                  Result& result) {
     constexpr double WorthIt = 1e-10;  // an absolute gap above this is made smaller if it can be
     const SmallShape& shape = memory.shape;
     const double* const z = memory.multipliers + shape.rows();
-    Point point{Vector(memory.x, memory.x + shape.n),
-                Vector(memory.multipliers, memory.multipliers + shape.m), Vector(z, z + shape.n)};
-    Result result;
+    clear(result);
     result.status = Status::Optimal;
     result.wasPredicted = true;
-    result.workingSet = workingSetOf(memory, dual);
-    Judgement best = judgement;
-    if (best.certificate.gap.absolute > WorthIt) {
+    result.x.assign(memory.x, memory.x + shape.n);
+    result.y.assign(memory.multipliers, memory.multipliers + shape.m);
+    result.z.assign(z, z + shape.n);
+    result.objective = judgement.objective;
+    result.certificate = judgement.certificate;
+    writeWorkingSet(memory, dual, result.workingSet);
+    if (judgement.certificate.gap.absolute > WorthIt) {
+        Judgement best = judgement;
+        Point point{std::move(result.x), std::move(result.y), std::move(result.z)};
         balance(copyOf(problem), result.workingSet, tolerance, point, best);
+        take(result, std::move(point), best);
     }
-    take(result, std::move(point), best);
-    return result;
 }
 
-std::optional<Result> contradictionOf(const Problem& problem,
-                                      const SmallMemory& memory,
-                                      const SmallDual& dual) {
+bool writeContradiction(const Problem& problem,
+                        const WarmStart& start,
+                        const SmallMemory& memory,
+                        const SmallDual& dual,
+                        Result& result) {
     const SmallShape& shape = memory.shape;
     Vector y(shape.m, 0.0);
     const auto set = [&](std::size_t i, double value) {
@@ -134,18 +148,19 @@ std::optional<Result> contradictionOf(const Problem& problem,
     const Data data = copyOf(problem);
     std::optional<Farkas> farkas = provedContradiction(data, std::move(y));
     if (!farkas) {
-        return std::nullopt;
+        return false;
     }
-    Result result;
+    clear(result);
     result.status = Status::Infeasible;
     result.farkas = std::move(farkas);
-    if (problem.warmStart != nullptr && problem.warmStart->workingSet.size() != 0) {
-        result.workingSet = Sides(data, problem.warmStart->workingSet).workingSet();
+    result.workingSet.clear();
+    if (start.workingSet.size() != 0) {
+        result.workingSet = Sides(data, start.workingSet).workingSet();
     }
-    Point start{startOf(problem, data), Vector(data.m, 0.0), Vector(data.n, 0.0)};
-    const Judgement judgement = judge(data, start);
-    take(result, std::move(start), judgement);
-    return result;
+    Point point{startOf(problem, start, data), Vector(data.m, 0.0), Vector(data.n, 0.0)};
+    const Judgement judgement = judge(data, point);
+    take(result, std::move(point), judgement);
+    return true;
 }
 
 }  // namespace activeset::frontend

@@ -37,9 +37,11 @@ Subproblem::Subproblem(const Data& problem, double rho)
       shifted_(shifted(problem, rho)),
       factor_(hessianOf(data())),
       isDefinite_(factoriseUpper(factor_, 1e-15 * static_cast<double>(problem.n))),
-      columns_(data(), factor_),
-      working_(columns_),
-      freeSystem_(data()) {}
+      sets_(std::in_place, data(), factor_) {}
+
+void Subproblem::forget() {
+    sets_.emplace(data(), factor_);
+}
 
 void Subproblem::setCentre(const Vector& centre) {
     if (!(rho_ > 0.0)) {

@@ -3,6 +3,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SUBPROBLEM_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SUBPROBLEM_HPP
 
+#include <optional>
+
 #include "frontend/algebra/dense.hpp"
 #include "frontend/predict/free_system.hpp"
 #include "frontend/predict/working_factor.hpp"
@@ -25,13 +27,15 @@ public:
     [[nodiscard]] bool isDefinite() const { return isDefinite_; }
     /// Takes over the vectors of the problem and the centre, which counts for ρ > 0 only.
     void setCentre(const Vector& centre);
+    /// Leaves the factor, and nothing of the constraints that were looked at.
+    void forget();
 
     [[nodiscard]] const Data& data() const { return rho_ > 0.0 ? shifted_ : problem_; }
     /// The upper Cholesky factor Lᵀ of H + ρI.
     [[nodiscard]] const Dense& factor() const { return factor_; }
-    [[nodiscard]] NamedColumns& columns() { return columns_; }
-    [[nodiscard]] WorkingFactor& working() { return working_; }
-    [[nodiscard]] FreeSystem& freeSystem() { return freeSystem_; }
+    [[nodiscard]] NamedColumns& columns() { return sets_->columns; }
+    [[nodiscard]] WorkingFactor& working() { return sets_->working; }
+    [[nodiscard]] FreeSystem& freeSystem() { return sets_->free; }
     /// Of each constraint a, 1/√Σ a_j²/H_jj; 1 for one without entries. By it violations of
     /// different constraints compare: an estimate of the length of a in the norm of H⁻¹.
     [[nodiscard]] const Vector& weights();
@@ -42,9 +46,14 @@ private:
     Data shifted_;  // for ρ > 0
     Dense factor_;
     bool isDefinite_;
-    NamedColumns columns_;
-    WorkingFactor working_;
-    FreeSystem freeSystem_;
+    struct Sets {
+        Sets(const Data& data, const Dense& factor)
+            : columns(data, factor), working(columns), free(data) {}
+        NamedColumns columns;
+        WorkingFactor working;
+        FreeSystem free;
+    };
+    std::optional<Sets> sets_;
     Vector weights_;
 };
 

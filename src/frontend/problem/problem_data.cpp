@@ -119,11 +119,11 @@ void complete(Data& data) {
     data.upper.resize(data.n, Infinity);
 }
 
-Data copyOf(const Problem& problem) {
+Data copyOf(const Problem& problem, std::span<const Part> parts) {
     Data data;
     data.n = variablesOf(problem);
     data.m = problem.A.rows();
-    for (const Part part : AllParts) {
+    for (const Part part : parts) {
         copyPart(problem, part, data);
     }
     complete(data);

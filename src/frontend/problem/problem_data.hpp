@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -64,8 +65,8 @@ inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
 void copyPart(const Problem& problem, Part part, Data& data);
 /// Writes out what is absent. Once no part has faults, the sizes are true.
 void complete(Data& data);
-/// Copies all of a problem without faults.
-[[nodiscard]] Data copyOf(const Problem& problem);
+/// Copies all of a problem without faults, or some parts and what stands for absent vectors.
+[[nodiscard]] Data copyOf(const Problem& problem, std::span<const Part> parts = AllParts);
 
 }  // namespace activeset::frontend
 

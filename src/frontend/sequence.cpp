@@ -1,0 +1,131 @@
+// The small road first, with what it has kept; then the general one, with what that has kept.
+#include "frontend/sequence.hpp"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <span>
+#include <utility>
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr std::array MatrixParts{Part::Hessian, Part::Rows};
+constexpr std::array VectorParts{Part::Linear, Part::RowSides, Part::Bounds, Part::Start};
+
+void addFaults(const Problem& problem, std::span<const Part> parts, std::vector<Fault>& faults) {
+    for (const Part part : parts) {
+        std::ranges::move(faultsIn(problem, variablesOf(problem), problem.A.rows(), part),
+                          std::back_inserter(faults));
+    }
+}
+
+}  // namespace
+
+void Sequence::changeMatrices() {
+    haveMatricesChanged_ = true;
+    haveSmallMatricesChanged_ = true;
+    haveVectorsChanged_ = true;
+}
+
+void Sequence::restartFrom(WarmStart start) {
+    isLastSmall_ = isLastSmall_ && start.workingSet == last_.workingSet;
+    last_ = std::move(start);
+}
+
+void Sequence::beginAt(const VectorView& x) {
+    isLastSmall_ = false;
+    last_.x.clear();
+    if (x.data() != nullptr) {
+        last_.x.assign(x.data(), x.data() + x.size());
+    }
+    last_.workingSet.clear();
+    if (prepared_) {
+        prepared_->forget();
+    }
+}
+
+void Sequence::shareMatrices(const Problem& problem) {
+    areMatricesShared_ = true;
+    small_.keepMatrices({.H = problem.H, .A = problem.A});
+    haveSmallMatricesChanged_ = false;
+}
+
+void Sequence::solve(const Problem& problem,
+                     const Data* data,
+                     const Settings& settings,
+                     Control& control,
+                     Result& result) {
+    const bool isSmall = solveSmall(problem, settings, control, result);
+    if (!isSmall) {
+        result = solveGenerally(problem, data, settings, control);
+    }
+    if (result.status == Status::Optimal) {
+        keep(result);
+    }
+    isLastSmall_ = isSmall && result.status == Status::Optimal;
+}
+
+// From where the last solve on the same road has ended, if nothing has come in between.
+bool Sequence::solveSmall(const Problem& problem,
+                          const Settings& settings,
+                          Control& control,
+                          Result& result) {
+    if (!SmallProblem::suits(settings)) {
+        return false;
+    }
+    const SmallProblem::Kept kept{.matrices = !haveSmallMatricesChanged_, .set = isLastSmall_};
+    haveSmallMatricesChanged_ = false;
+    return small_.solveNext(problem, kept, last_, settings, control, result);
+}
+
+Result Sequence::solveGenerally(const Problem& problem,
+                                const Data* data,
+                                const Settings& settings,
+                                Control& control) {
+    if (data == nullptr) {
+        std::vector<Fault> faults;
+        const bool areMatricesKnown = prepared_ && !haveMatricesChanged_;
+        if (!areMatricesKnown) {
+            addFaults(problem, MatrixParts, faults);
+        }
+        addFaults(problem, VectorParts, faults);
+        std::ranges::move(faultsIn(settings), std::back_inserter(faults));
+        if (!faults.empty()) {
+            return invalid(std::move(faults));
+        }
+    }
+    prepare(problem, data);
+    Result result = solveConvexified(*prepared_, last_.x, last_.workingSet, settings, control);
+    // Scaled without a look at its vectors; by itself it may do better.
+    if (areMatricesShared_ && result.status == Status::Inaccurate) {
+        Prepared alone(copyOf(problem));
+        result = solveConvexified(alone, last_.x, last_.workingSet, settings, control);
+    }
+    return result;
+}
+
+void Sequence::prepare(const Problem& problem, const Data* data) {
+    if (!prepared_ || haveMatricesChanged_) {
+        if (areMatricesShared_) {
+            prepared_ = std::make_unique<Prepared>(copyOf(problem, MatrixParts));
+            haveVectorsChanged_ = true;
+        } else {
+            prepared_ = std::make_unique<Prepared>(data != nullptr ? *data : copyOf(problem));
+            haveVectorsChanged_ = false;
+        }
+    }
+    if (haveVectorsChanged_) {
+        prepared_->updateVectors(data != nullptr ? *data : copyOf(problem, VectorParts));
+    }
+    haveMatricesChanged_ = false;
+    haveVectorsChanged_ = false;
+}
+
+void Sequence::keep(const Result& result) {
+    last_.x = result.x;
+    last_.workingSet = result.workingSet;
+}
+
+}  // namespace activeset::frontend

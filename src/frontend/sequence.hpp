@@ -1,0 +1,68 @@
+// Problems of the same sizes, one after the other: what the last one has left is where the next one
+// begins.
+#ifndef ACTIVESET_SRC_FRONTEND_SEQUENCE_HPP
+#define ACTIVESET_SRC_FRONTEND_SEQUENCE_HPP
+
+#include <memory>
+
+#include "frontend/predict/small_problem.hpp"
+#include "frontend/solve.hpp"
+
+namespace activeset::frontend {
+
+/// What is kept from one to the next: the last optimum and its working set; factors, scaling and
+/// the test of convexity while the matrices are the same.
+class Sequence {
+public:
+    Sequence() = default;
+    Sequence(const Sequence&) = delete;
+    Sequence& operator=(const Sequence&) = delete;
+    ~Sequence() = default;
+
+    /// To be called where the next problem has other matrices, or other vectors, than the last.
+    void changeMatrices();
+    void changeVectors() { haveVectorsChanged_ = true; }
+    /// Where the next solve begins.
+    void restartFrom(WarmStart start);
+    /// Leaves nothing that depends on more than the matrices; the next solve begins at a point,
+    /// which may be empty.
+    void beginAt(const VectorView& x);
+    /// All problems to come have the matrices of this one. What is formed of them depends on no
+    /// vectors, so that a solve after beginAt() has always the same bits.
+    void shareMatrices(const Problem& problem);
+
+    /// Solves the next problem.
+    /// @param data    its data, which have no faults; without them faults are sought where the
+    ///                small road has not ended
+    /// @param result  as it is made, or as the last solve has left it
+    void solve(const Problem& problem,
+               const Data* data,
+               const Settings& settings,
+               Control& control,
+               Result& result);
+
+private:
+    [[nodiscard]] bool solveSmall(const Problem& problem,
+                                  const Settings& settings,
+                                  Control& control,
+                                  Result& result);
+    [[nodiscard]] Result solveGenerally(const Problem& problem,
+                                        const Data* data,
+                                        const Settings& settings,
+                                        Control& control);
+    void prepare(const Problem& problem, const Data* data);
+    void keep(const Result& result);
+
+    std::unique_ptr<Prepared> prepared_;
+    SmallProblem small_;
+    bool areMatricesShared_ = false;
+    bool haveMatricesChanged_ = false;
+    bool haveSmallMatricesChanged_ = true;  ///< since the small road has seen them
+    bool haveVectorsChanged_ = false;
+    bool isLastSmall_ = false;  ///< found by the small road, which has its factors
+    WarmStart last_;
+};
+
+}  // namespace activeset::frontend
+
+#endif
