@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "activeset/batch.hpp"
 #include "benchmarks/field_families.hpp"
 #include "benchmarks/front_end.hpp"
 #include "benchmarks/problem_file.hpp"
@@ -24,7 +25,8 @@ constexpr const char* Usage =
     "usage: activeset_field [--seconds S] [--write FOLDER] FAMILY N\n"
     "       activeset_field [--seconds S] [--write FOLDER] NAME FILE...\n"
     "FAMILY: one of field_families.hpp, solved cold; sequence:FAMILY: fifty steps of a Solver, a\n"
-    "solve; many1:FAMILY, many2:FAMILY: 2000 problems on one or two threads, a problem\n";
+    "solve; many1:FAMILY, many2:FAMILY: 2000 problems on one or two threads, a problem; batch1:,\n"
+    "batch2:, shared1:, shared2:FAMILY: a batch of 20000, likewise, matrices their own or shared\n";
 
 struct Options {
     double seconds = 1.0;
@@ -116,6 +118,72 @@ double manyTime(const std::string& family, std::size_t n, unsigned threads, doub
     return timesOf(solveAll, seconds, wallTime).shortest() / Count;
 }
 
+/// The arrays of a batch.
+struct Arrays {
+    std::vector<double> H{}, c{}, A{}, rowLower{}, rowUpper{}, lower{}, upper{};
+
+    void add(const Program& program) {
+        const auto append = [](std::vector<double>& all, const std::vector<double>& values) {
+            all.insert(all.end(), values.begin(), values.end());
+        };
+        append(H, program.H);
+        append(c, program.c);
+        append(A, program.A);
+        append(rowLower, program.rowLower);
+        append(rowUpper, program.rowUpper);
+        append(lower, program.lower);
+        append(upper, program.upper);
+    }
+};
+
+/// A problem of a batch, from memory to memory: of other problems of the family, or of those that
+/// a sequence leads through, whose matrices are the first one's.
+double batchTime(
+    const std::string& family, std::size_t n, bool isShared, unsigned threads, double seconds) {
+    constexpr std::size_t Count = 20000;
+    constexpr std::size_t Different = 500;
+    const Problem first = field::make(family, n, 0);
+    Arrays arrays;
+    arrays.add(programOf(first));
+    if (isShared) {
+        for (const field::Step& step : field::sequence(first, Count - 1, n)) {
+            Problem next = first;
+            next.c = step.c;
+            next.b = step.b;
+            arrays.add(programOf(next));
+        }
+    } else {
+        for (std::size_t k = 1; k < Count; ++k) {
+            arrays.add(programOf(field::make(family, n, k % Different)));
+        }
+    }
+    const std::size_t m = programOf(first).m;
+    const auto stride = [&](std::size_t size) { return isShared ? 0 : size; };
+    const activeset::ProblemBatch problems{
+        .count = Count,
+        .H = {{arrays.H.data(), n, n}, stride(n * n)},
+        .c = {{arrays.c.data(), n}, n},
+        .A = {{arrays.A.data(), m, n}, stride(m * n)},
+        .rowLower = {{arrays.rowLower.data(), m}, m},
+        .rowUpper = {{arrays.rowUpper.data(), m}, m},
+        .lower = {{arrays.lower.data(), arrays.lower.size() / Count}, arrays.lower.size() / Count},
+        .upper = {{arrays.upper.data(), arrays.upper.size() / Count}, arrays.upper.size() / Count}};
+    std::vector<double> x(Count * n);
+    std::vector<double> y(Count * m);
+    std::vector<double> z(Count * n);
+    std::vector<activeset::Certificate> certificates(Count);
+    const auto solveAll = [&] {
+        const std::size_t optimal = activeset::solveBatch(
+            problems,
+            {.x = {x.data()}, .y = {y.data()}, .z = {z.data()}, .certificate = certificates.data()},
+            {.threads = threads});
+        if (optimal != Count) {
+            throw std::runtime_error("one of a batch has no optimum");
+        }
+    };
+    return timesOf(solveAll, seconds, wallTime).shortest() / Count;
+}
+
 /// To n = 100 three problems, else one.
 std::vector<Problem> problemsOf(const std::string& family, std::size_t n) {
     std::vector<Problem> problems;
@@ -152,6 +220,9 @@ Json measure(const std::string& name,
         line["seconds"] = median(times);
     } else if (way == "many1" || way == "many2") {
         line["seconds"] = manyTime(family, first.n, way == "many1" ? 1 : 2, options.seconds);
+    } else if (way.starts_with("batch") || way.starts_with("shared")) {
+        line["seconds"] = batchTime(family, first.n, way.starts_with("shared"),
+                                    way.ends_with("1") ? 1 : 2, options.seconds);
     } else {
         line.update(coldTimes(problems, family.starts_with("infeasible"), options.seconds));
     }

@@ -24,7 +24,8 @@ QUICK = [("random30", [5, 10, 20, 50, 100, 200, 500]), ("random60", [100]), ("bo
          ("svm-C1", [20, 100, 500]), ("svm-C100", [100]), ("portfolio", [50, 200]), ("linear-kernel", [100]),
          ("tall", [50]), ("infeasible-rows", [50]), ("infeasible-bounds", [50]),
          ("sequence:random30", [20, 100]), ("sequence:box50", [100]), ("sequence:svm-C1", [100]),
-         ("sequence:portfolio", [50]), ("many1:random30", [20]), ("many2:random30", [20])]
+         ("sequence:portfolio", [50]), ("many1:random30", [20]), ("many2:random30", [20]),
+         ("batch1:random30", [10]), ("batch2:random30", [10]), ("shared1:random30", [10]), ("shared2:random30", [10])]
 FULL = [("random10", [20, 100, 500]), ("random30", [5, 10, 20, 50, 100, 200, 500, 1000, 2000]),
         ("random60", [20, 100, 500]), ("box10", [100, 500]), ("box50", [10, 50, 100, 500, 1000]),
         ("svm-C1", [20, 50, 100, 200, 500, 1000]), ("svm-C100", [100, 500, 1000]),
@@ -32,12 +33,15 @@ FULL = [("random10", [20, 100, 500]), ("random30", [5, 10, 20, 50, 100, 200, 500
         ("infeasible-rows", [20, 50, 100, 200, 500]), ("infeasible-bounds", [20, 50, 100, 200, 500]),
         ("sequence:random30", [20, 50, 100, 200]), ("sequence:box50", [100]),
         ("sequence:svm-C1", [100, 500]), ("sequence:portfolio", [50, 200]),
-        ("many1:random30", [20]), ("many2:random30", [20])]
+        ("many1:random30", [20]), ("many2:random30", [20]),
+        ("batch1:random30", [10, 20]), ("batch2:random30", [10, 20]),
+        ("shared1:random30", [10, 20]), ("shared2:random30", [10, 20])]
 FILES = [("LIPMWALK", 16), ("WHLIPBAL", 50)]  # with the sizes that field.csv gives them
 
 LEGEND = """
 time        a solve of the front end, proof included, from the caller's views to the result: cold; of a sequence one
-            step of a Solver whose c and sides have moved; of many the time on the wall over 2000 problems
+            step of a Solver whose c and sides have moved; of many the time on the wall over 2000 problems, of a
+            batch or one with shared matrices over 20000, from arrays to arrays
 cvxopt      its time for the problem solved cold, residuals to 1e-9; /ours: over the time
 best/ours   the time of the best of seven dense solvers of the field over ours, by cvxopt's time and their share of it in
             another run (field.csv): above 1 we are faster

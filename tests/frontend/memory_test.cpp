@@ -1,8 +1,9 @@
-// An error for want of memory in the middle of a solve leaves a Solver that goes on as if nothing
-// had happened.
+// Who asks for memory, and what a refusal leaves behind.
 #include <cstdlib>
 #include <new>
+#include <random>
 
+#include "activeset/batch.hpp"
 #include "frontend/generator.hpp"
 #include "support/fixture.hpp"
 
@@ -10,10 +11,12 @@ namespace {
 
 // Requests of this thread until one is refused; 0 for none.
 thread_local std::size_t requestsLeft = 0;
+thread_local std::size_t requests = 0;
 
 }  // namespace
 
 [[gnu::noinline]] void* operator new(std::size_t size) {
+    ++requests;
     if (requestsLeft > 0 && --requestsLeft == 0) {
         throw std::bad_alloc();
     }
@@ -42,6 +45,55 @@ namespace activeset::test {
 namespace {
 
 class WantOfMemory : public FreshState {};
+
+/// Requests of solves of a Solver, or of a batch.
+template <class Action>
+std::size_t requestsOf(Action action) {
+    const std::size_t before = requests;
+    action();
+    return requests - before;
+}
+
+class Requests : public FreshState {};
+
+// Sides and slopes of an infinite sequence, the matrices of each problem its own or shared.
+TEST_F(Requests, AreNoneForTheProblemsOfABatchOnceAThreadIsWarm) {
+    constexpr std::size_t Count = 500;
+    constexpr std::size_t n = 4;
+    Numbers H(Count * n * n, 0.0);
+    Numbers c(Count * n);
+    Numbers x(Count * n);
+    std::mt19937_64 bits(1);
+    std::normal_distribution<double> normal;
+    std::ranges::generate(c, [&] { return normal(bits); });
+    for (std::size_t k = 0; k < Count * n; ++k) {
+        H[k * n + k % n] = 1.0 + static_cast<double>(k % n);
+    }
+    Numbers lower(c);
+    std::ranges::for_each(lower, [](double& side) { side = -std::abs(side); });
+    const Numbers ones(2 * n, 1.0);
+    const Numbers half{0.5, 0.5};
+    for (const std::size_t stride : {std::size_t{0}, n * n}) {
+        for (const std::size_t chain : {0U, 50U}) {
+            const auto solveFirst = [&](std::size_t count) {
+                return requestsOf([&] {
+                    EXPECT_EQ(solveBatch({.count = count,
+                                          .H = {{H.data(), n, n}, stride},
+                                          .c = {{c.data(), n}, n},
+                                          .A = {{ones.data(), 2, n}},
+                                          .rowUpper = {half},
+                                          .lower = {{lower.data(), n}, n},
+                                          .start = {{c.data(), n}, n}},
+                                         {.x = {x.data()}}, {.threads = 1, .chain = chain}),
+                              count);
+                });
+            };
+            const std::size_t few = solveFirst(100);
+            EXPECT_EQ(solveFirst(Count), few);
+            EXPECT_LT(few, 100U);
+        }
+    }
+}
 
 // Equalities become ranges on the way, which opens directions to H that were closed before.
 TEST_F(WantOfMemory, LeavesNothingStaleInASolver) {
