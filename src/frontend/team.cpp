@@ -26,7 +26,7 @@ void start(std::vector<std::jthread>& helpers,
            const std::function<void()>& work) noexcept {
     try {
         while (helpers.size() < count) {
-            helpers.emplace_back(std::cref(work));
+            helpers.emplace_back([&work] { work(); });
         }
     } catch (...) {
         return;
