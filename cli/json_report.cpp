@@ -58,6 +58,7 @@ void addProof(JsonWriter& json,
         json.member("value", result.farkas->value);
         json.member("residual", result.farkas->residual.absolute);
         json.member("relative_residual", result.farkas->residual.relative);
+        json.member("radius", result.farkas->radius);
         if (withSolution) {
             addBySide(json, problem, proved.farkas);
         }

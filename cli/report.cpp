@@ -67,7 +67,10 @@ std::string proofText(const ProvedResult& proved) {
     switch (result.status) {
         case Status::Infeasible:
             return fmt::format(", proved by multipliers with residual {:.1e}",
-                               result.farkas->residual.relative);
+                               result.farkas->residual.relative) +
+                   (result.farkas->radius < AbsentSide
+                        ? fmt::format(" up to a sum of |x| of {:.1e}", result.farkas->radius)
+                        : "");
         case Status::Unbounded:
             return fmt::format(", proved by a ray with residual {:.1e}",
                                result.directionResidual.relative);

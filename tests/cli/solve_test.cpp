@@ -113,6 +113,17 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
     }
 }
 
+TEST_F(Solving, TellsHowFarAContradictionReaches) {
+    // 0.1 is no third of 0.3, by 2⁻⁵⁵, and nothing bounds x.
+    write("rounded",
+          "ROWS\n N o\n L r\n G s\nCOLUMNS\n x r 0.3 s 0.1\nRHS\n b r 3 s 2\nBOUNDS\n FR b x\n"
+          "ENDATA\n");
+    EXPECT_THAT(run("solve rounded").out, ::testing::HasSubstr(" up to a sum of |x| of "));
+    const json radius = json::parse(run("solve --json rounded").out).at("farkas").at("radius");
+    EXPECT_GT(radius.get<double>(), 1e12);
+    EXPECT_LT(radius.get<double>(), 1e18);
+}
+
 TEST_F(Solving, JsonHasTheSolutionByName) {
     std::istringstream out(
         run("solve --json --solution '" + (Examples / "hs76.qps").string() + "' absent.qps").out);
