@@ -36,7 +36,7 @@ Result solveConvexified(Prepared& problem,
                         const WorkingSet& set,
                         const Settings& settings,
                         Control& control) {
-    const double shift = problem.hessianShift();
+    const double shift = problem.hessianShift(control);
     const bool isShifted =
         shift > 0.0 && relativeShift(problem.user, shift) <= settings.convexityTolerance;
     Prepared& convex = isShifted ? *problem.shifted() : problem;
@@ -44,6 +44,10 @@ Result solveConvexified(Prepared& problem,
     if (isShifted) {
         result.hessianShift = shift;
         result.objective = judge(problem.user, {result.x, result.y, result.z}).objective;
+    } else if (result.status == Status::NotConvex && shift == Infinity && control.mustEnd()) {
+        result.status = *control.end();  // with a shift it might have been solved
+        result.direction.clear();
+        result.directionResidual = {};
     } else if (result.status == Status::NotConvex) {
         result.message = messageOf(problem.user, shift);
     }

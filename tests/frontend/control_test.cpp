@@ -86,6 +86,7 @@ TEST_F(FrontEndChecks, RefuseSettingsThatMakeNoSense) {
     for (const double tolerance : {0.0, -1.0, NaN, 1.5, Infinity}) {
         expectRefusal({.tolerance = tolerance}, "settings.tolerance");
     }
+    expectRefusal({.startMode = static_cast<Start>(3)}, "settings.startMode");
     for (const double limit : {-1e-300, -Infinity, NaN}) {
         expectRefusal({.timeLimit = seconds(limit)}, "settings.timeLimit");
         const ManySettings all{.timeLimit = seconds(limit)};

@@ -120,6 +120,12 @@ TEST_F(RoundedConvexity, BeyondTheToleranceTheMessageNamesTheShiftThatWouldDo) {
     const Result shifted = solve(problem, {.convexityTolerance = 0.33});
     EXPECT_EQ(shifted.status, Status::Optimal);
     EXPECT_NEAR(shifted.hessianShift, 1.0, 2e-3);
+    // Whether a shift would do is not known where the search for it is ended.
+    std::stop_source source;
+    source.request_stop();
+    const Result stopped = solve(problem, {.convexityTolerance = 0.33, .stop = source.get_token()});
+    EXPECT_EQ(stopped.status, Status::Interrupted);
+    EXPECT_TRUE(stopped.direction.empty());
     // On x₁ = x₂ the problem is convex, and H is taken as it is.
     const Numbers row{1.0, -1.0};
     problem.A = {row, 1, 2};

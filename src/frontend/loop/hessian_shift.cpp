@@ -37,9 +37,13 @@ Data shifted(const Data& data, double shift) {
 
 }  // namespace
 
-ShiftedProblem shiftedProblem(Prepared& problem) {
+ShiftedProblem shiftedProblem(Prepared& problem, Control& control) {
     double shift = leastShift(problem.user, problem.convexity().direction);
     for (int trial = 0; trial < MostTrials && shift > 0.0 && std::isfinite(shift); ++trial) {
+        control.poll();
+        if (control.mustEnd()) {
+            break;
+        }
         auto candidate = std::make_unique<Prepared>(shifted(problem.user, shift));
         const Convexity& convexity = candidate->convexity();
         if (convexity.kind != Convexity::None) {

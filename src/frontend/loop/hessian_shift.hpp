@@ -17,8 +17,9 @@ struct ShiftedProblem {
 /// Of a problem that is not convex. No δ below −dᵀHd/‖d‖² is enough, where d is the direction along
 /// which H, or H with the δ before, bends down. Such numbers are tried as long as they grow, then
 /// the last one is doubled, until the factorisation finds no such direction: the δ that is found is
-/// mostly the least one to three digits, and always less than twice it.
-[[nodiscard]] ShiftedProblem shiftedProblem(Prepared& problem);
+/// mostly the least one to three digits, and always less than twice it. None is found once the
+/// control ends the search.
+[[nodiscard]] ShiftedProblem shiftedProblem(Prepared& problem, Control& control);
 
 /// δ in proportion to ‖H‖_F, which is at least the largest eigenvalue.
 [[nodiscard]] double relativeShift(const Data& data, double shift);

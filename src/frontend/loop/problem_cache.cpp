@@ -80,9 +80,12 @@ const Convexity& Prepared::convexity() {
     return *convexity_;
 }
 
-double Prepared::hessianShift() {
+double Prepared::hessianShift(Control& control) {
     if (shift_ == 0.0 && convexity().kind == Convexity::None) {
-        ShiftedProblem found = shiftedProblem(*this);
+        ShiftedProblem found = shiftedProblem(*this, control);
+        if (control.mustEnd()) {
+            return Infinity;
+        }
         shift_ = found.shift;
         shifted_ = std::move(found.problem);
     }

@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "frontend/core/control.hpp"
 #include "frontend/core/core_form.hpp"
 #include "frontend/loop/refinement.hpp"
 #include "frontend/predict/subproblem.hpp"
@@ -30,8 +31,8 @@ public:
     /// Its direction is in the caller's variables.
     [[nodiscard]] const Convexity& convexity();
     /// 0 for a convex problem, else a δ with which H + δI makes it one; infinite where none was
-    /// found.
-    [[nodiscard]] double hessianShift();
+    /// found, or the control has ended the search.
+    [[nodiscard]] double hessianShift(Control& control);
     /// The problem with that δ; null for one that is convex.
     [[nodiscard]] Prepared* shifted() { return shifted_.get(); }
     /// The problem with the proximal weight ρ, or, for ρ = 0, itself; null unless H + ρI is safely
@@ -54,7 +55,7 @@ public:
 private:
     std::optional<Lowering> lowering_;
     std::optional<Convexity> convexity_;
-    double shift_ = 0.0;  ///< 0 until it was sought
+    double shift_ = 0.0;  ///< 0 until one was sought to the end
     std::unique_ptr<Prepared> shifted_;
     std::optional<Subproblem> itself_;
     std::optional<Subproblem> proximal_;

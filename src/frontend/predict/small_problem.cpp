@@ -11,7 +11,8 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Exact = 1e-13;  // a residual in proportion that rounding leaves
+constexpr double Exact = 1e-13;       // a residual in proportion that rounding leaves
+constexpr double Feasible = 0x1p-50;  // the same of sides
 constexpr std::size_t MostCorrections = 3;
 
 }  // namespace
@@ -22,10 +23,10 @@ SmallProblem& SmallProblem::ofThread() {
 }
 
 bool SmallProblem::suits(const Settings& settings) {
-    return settings.startMode != Start::Cold && !settings.onPass && settings.maxIterations == 0 &&
-           settings.tolerance > 0.0 && settings.tolerance <= 1.0 &&
-           settings.timeLimit.count() >= 0.0 && settings.convexityTolerance >= 0.0 &&
-           settings.convexityTolerance <= 1.0;
+    return settings.startMode >= Start::Automatic && settings.startMode < Start::Cold &&
+           !settings.onPass && settings.maxIterations == 0 && settings.tolerance > 0.0 &&
+           settings.tolerance <= 1.0 && settings.timeLimit.count() >= 0.0 &&
+           settings.convexityTolerance >= 0.0 && settings.convexityTolerance <= 1.0;
 }
 
 bool SmallProblem::solve(const Problem& problem,
@@ -121,8 +122,11 @@ bool SmallProblem::proveOptimum(const Problem& problem, double tolerance, Result
     do {
         refinement.correct();
         judgement = judge(memory_, extent_, problem.constant);
-    } while (++corrections < MostCorrections && !judgement.certificate.holds(Exact));
-    if (!judgement.certificate.holds(tolerance)) {
+    } while (
+        ++corrections < MostCorrections &&
+        !(judgement.certificate.holds(Exact) && judgement.certificate.primal.relative <= Feasible));
+    if (!judgement.certificate.holds(tolerance) ||
+        !(judgement.certificate.primal.relative <= Feasible)) {
         return false;
     }
     writeOptimum(problem, memory_, dual_, judgement, tolerance, result);

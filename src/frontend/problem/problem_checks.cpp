@@ -345,6 +345,10 @@ std::vector<Fault> faultsIn(const Settings& settings) {
           "a number from 0 to 1");
     const double seconds = settings.timeLimit.count();
     check("settings.timeLimit", seconds, seconds >= 0.0, "a number of seconds from 0 up");
+    const Start mode = settings.startMode;
+    check("settings.startMode", static_cast<double>(mode),
+          mode == Start::Automatic || mode == Start::Predict || mode == Start::Cold,
+          "one of Start's values");
     return faults;
 }
 
