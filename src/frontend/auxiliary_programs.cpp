@@ -92,18 +92,19 @@ Data rayProblem(const Data& data) {
     return result;
 }
 
+}  // namespace
+
 Answer solveAuxiliary(Prepared& problem,
                       const Vector& start,
+                      const WorkingSet& set,
                       const Settings& settings,
                       Control& control) {
     const Quietly quietly(control);
     Engine engine(problem, settings, control, Depth::Auxiliary);
-    Answer answer = engine.solve(problem.scaling.scaled({start, {}, {}}).x, {});
+    Answer answer = engine.solve(problem.scaling.scaled({start, {}, {}}).x, set);
     answer.point = problem.scaling.unscaled(std::move(answer.point));
     return answer;
 }
-
-}  // namespace
 
 Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, Control& control) {
     const std::vector<RowSide> sides = sidesOf(scaled);
@@ -113,7 +114,7 @@ Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, 
         start[j] = std::min(std::max(start[j], scaled.lower[j]), scaled.upper[j]);
     }
     start.push_back(1.0 + violation(scaled, start).absolute);
-    Answer answer = solveAuxiliary(problem, start, settings, control);
+    Answer answer = solveAuxiliary(problem, start, {}, settings, control);
     Relaxation result;
     result.isSolved = statusOf(answer, settings.tolerance) == Status::Optimal;
     result.y.assign(scaled.m, 0.0);
@@ -130,7 +131,7 @@ Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, 
 
 Vector steepestRay(const Data& scaled, const Settings& settings, Control& control) {
     Prepared problem(rayProblem(scaled));
-    Answer answer = solveAuxiliary(problem, Vector(scaled.n, 0.0), settings, control);
+    Answer answer = solveAuxiliary(problem, Vector(scaled.n, 0.0), {}, settings, control);
     if (!(answer.judgement.objective < 0.0)) {
         return {};
     }

@@ -6,13 +6,16 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "frontend/auxiliary_programs.hpp"
+#include "frontend/loop/line_search.hpp"
 #include "frontend/problem/constraints.hpp"
 #include "frontend/proof/convexity.hpp"
 #include "frontend/proof/equalities.hpp"
 #include "frontend/proofs.hpp"
+#include "frontend/zoom.hpp"
 
 namespace activeset::frontend {
 
@@ -23,6 +26,9 @@ constexpr std::size_t MostProximalSteps = 200;
 constexpr int MostTroubles = 6;
 constexpr int MostInexactProofs = 2;
 constexpr double Exact = 1e-12;
+// A violation, in proportion, that is nothing but the rounding of x.
+constexpr double Feasible = std::numeric_limits<double>::epsilon();
+constexpr int MostBits = 60;  // a side is seen larger by
 
 // With a small enough weight the first minimum is one of a linear program itself, and without an H
 // the size of ρ does not touch the condition of the subproblem.
@@ -108,6 +114,9 @@ Answer Engine::solve(Vector x, const WorkingSet& set) {
         begin();  // predictions have led astray
         hasFailedToPredict_ = true;
         iterate();
+    }
+    if (depth_ == Depth::Whole && answer_.status == Status::Inaccurate) {
+        lookCloser();
     }
     if (isUndecided() && findsRay()) {
         answer_.status = Status::Unbounded;
@@ -270,6 +279,45 @@ Engine::Next Engine::followMinimum(Point point, const WorkingSet& set) {
     return recentre(x);
 }
 
+// A side that is missed by little may be far from any point that meets it, where rows are nearly
+// parallel. What the nearest optimum costs more counts as error of a point that has no better one.
+void Engine::lookCloser() {
+    constexpr int MostLooks = 4;
+    const auto needsLook = [this] {
+        return isProved() && !(answer_.judgement.certificate.primal.relative <= Feasible);
+    };
+    Settings exact = settings_;
+    exact.tolerance = std::min(exact.tolerance, Exact);
+    for (int look = 0; look < MostLooks && needsLook() && !control_.mustEnd(); ++look) {
+        const double miss = violation(problem_.scaled, answer_.point.x).absolute;
+        const double factor = std::ldexp(1.0, std::clamp(-std::ilogb(miss), 0, MostBits));
+        Zoomed zoomed = zoom(problem_.scaled, answer_.point, answer_.set, factor, exact, control_);
+        if (zoomed.farkas && provesInfeasibility(problem_, std::move(zoomed.farkas->y), answer_)) {
+            answer_.status = Status::Infeasible;
+            return;
+        }
+        const Vector before = answer_.point.x;
+        polish(std::move(zoomed.point), zoomed.set);
+        if (answer_.point.x == before) {
+            doubt(zoomed);
+            return;
+        }
+    }
+}
+
+// What a closer look has found that did not lead to a better point.
+void Engine::doubt(const Zoomed& zoomed) {
+    constexpr double OfData = 8.0 * Feasible;  // data that are rounded contradict by as much
+    Certificate& certificate = answer_.judgement.certificate;
+    if (certificate.primal.relative <= OfData) {
+        return;
+    }
+    const double size = std::max(1.0, std::abs(answer_.judgement.objective));
+    const double error =
+        zoomed.isSolved ? std::abs(zoomed.rise / problem_.scaling.objective) / size : 1.0;
+    certificate.gap.relative = std::max(certificate.gap.relative, error);
+}
+
 // The next subproblem: nearer to the point, with less weight on staying there, or more exact.
 Engine::Next Engine::recentre(const Vector& x) {
     const double step = distance(x, centre_);
@@ -282,7 +330,12 @@ Engine::Next Engine::recentre(const Vector& x) {
         answer_.status = Status::Infeasible;
         return Next::Done;
     }
-    centre_ = x;
+    Vector last = std::exchange(centre_, x);
+    const bool isStuck = !(pull < 0.1 * lastPull_);
+    if (isStuck && rho_ > 0.0 && answer_.proximal <= MostProximalSteps && prolong(last)) {
+        lastPull_ = Infinity;
+        return Next::Again;
+    }
     const bool hasConverged = rho_ == 0.0 || step <= 1e-13 * std::max(1.0, largestMagnitude(x));
     if (hasConverged || answer_.proximal > MostProximalSteps) {
         hasFailedToPredict_ = true;
@@ -295,12 +348,39 @@ Engine::Next Engine::recentre(const Vector& x) {
         rho_ = rho_ > 0.0 ? rho_ : firstWeight(problem_.scaled);
         return Next::Again;
     }
-    if (!(pull < 0.1 * lastPull_)) {
+    if (isStuck) {
         rho_ = std::max(0.1 * rho_, 1e-10 * firstWeight(problem_.scaled));
         ++unchecked_;
     }
     lastPull_ = pull;
     return Next::Again;
+}
+
+// Steps that do not get smaller go the same way, along which a slope may be tiny and its end far.
+bool Engine::prolong(const Vector& last) {
+    const Data& data = problem_.scaled;
+    if (!hasSoughtRay_) {
+        return false;
+    }
+    Vector direction = centre_;
+    axpy(-1.0, last.data(), direction.data(), direction.size());
+    for (std::size_t j = 0; j < data.n; ++j) {
+        constexpr double Near = 1e-12;  // where a bound is met the step goes along it
+        const double bound = direction[j] > 0.0 ? data.upper[j] : data.lower[j];
+        if (std::isfinite(bound) && std::abs(bound - centre_[j]) <= Near * std::abs(bound)) {
+            centre_[j] = bound;
+            direction[j] = 0.0;
+        }
+    }
+    const double t = lineSearch(data, centre_, direction);
+    if (!(t >= 1.0)) {
+        return false;
+    }
+    for (std::size_t j = 0; j < data.n; ++j) {
+        const double x = centre_[j] + t * direction[j];
+        centre_[j] = std::min(std::max(x, data.lower[j]), data.upper[j]);
+    }
+    return true;
 }
 
 // Steps that do not get smaller may be the beginning of a ray.
@@ -326,23 +406,29 @@ bool Engine::findsRay() {
 // all constraints in proportion, and feasible but for rounding, as rows that contradict one another
 // by little are satisfied to any tolerance.
 bool Engine::provesRay(const Vector& direction) {
-    constexpr double Feasible = 1e-13;
     if (depth_ == Depth::Auxiliary || !provesUnboundedness(problem_, direction, answer_)) {
         return false;
     }
-    if (!isFeasible_) {
-        const Relaxation relaxation = relax(problem_.scaled, origin(), settings_, control_);
+    if (!feasible_) {
+        Relaxation relaxation = relax(problem_.scaled, origin(), settings_, control_);
         const Vector x = problem_.scaling.unscaled({relaxation.x, {}, {}}).x;
-        isFeasible_ = violation(problem_.user, x).relative <= Feasible;
-        if (!*isFeasible_) {
+        if (violation(problem_.user, x).relative <= Feasible) {
+            feasible_ = std::move(relaxation.x);
+        } else {
+            feasible_.emplace();
             static_cast<void>(provesInfeasibility(problem_, relaxation.y, answer_));
         }
     }
-    if (!*isFeasible_) {
+    if (feasible_->empty()) {
         answer_.direction.clear();
         answer_.directionResidual = {};
+        return false;
     }
-    return *isFeasible_;
+    if (!(answer_.judgement.certificate.primal.relative <= Feasible)) {
+        answer_.point.x.clear();  // so that the ray begins at the feasible one
+        consider({*feasible_, Vector(problem_.scaled.m), Vector(problem_.scaled.n)}, {});
+    }
+    return true;
 }
 
 Engine::Next Engine::followInfeasible(const Run& run) {
@@ -457,7 +543,8 @@ bool Engine::isProved() const {
 
 // Proved, and solved as far as doubles can.
 bool Engine::isExact() const {
-    return isProved() && answer_.judgement.error <= Exact;
+    return isProved() && answer_.judgement.error <= Exact &&
+           answer_.judgement.certificate.primal.relative <= Feasible;
 }
 
 Status statusOf(const Answer& answer, double tolerance) {

@@ -33,6 +33,8 @@ struct Answer {
 /// proved.
 [[nodiscard]] Status statusOf(const Answer& answer, double tolerance);
 
+struct Zoomed;
+
 /// How much an engine may call upon others like it.
 enum class Depth { Whole, Auxiliary };
 
@@ -69,6 +71,9 @@ private:
     [[nodiscard]] Next followInfeasible(const Run& run);
     [[nodiscard]] Next followTrouble(const Run& run);
     [[nodiscard]] Next recentre(const Vector& x);
+    [[nodiscard]] bool prolong(const Vector& last);
+    void lookCloser();
+    void doubt(const Zoomed& zoomed);
     [[nodiscard]] bool isUnbounded(const Vector& x, double pull);
     [[nodiscard]] bool findsRay();
     [[nodiscard]] bool provesRay(const Vector& direction);
@@ -96,7 +101,7 @@ private:
     int troubles_ = 0;
     int inexactProofs_ = 0;           ///< within the tolerance, not within rounding
     int unchecked_ = 0;               ///< proximal steps that pulled no less than the one before
-    std::optional<bool> isFeasible_;  ///< the constraints, as far as that was looked at
+    std::optional<Vector> feasible_;  ///< a feasible point; empty where none was found
     bool hasSoughtRay_ = false;
     bool hasFailedToPredict_ = false;
     std::optional<Lowering> unperturbed_;  ///< while the core's copy is perturbed

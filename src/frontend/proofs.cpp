@@ -13,7 +13,8 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double ProofTolerance = 1e-9;  // of Farkas vectors and rays, relative
+constexpr double ProofTolerance = 1e-9;  // of Farkas vectors, relative
+constexpr double RayTolerance = 1e-12;   // of rays, which are refined
 
 }  // namespace
 
@@ -55,7 +56,7 @@ bool provesUnboundedness(const Prepared& problem, const Vector& direction, Answe
             entry /= unit;
         }
         const Ray ray = judgeRay(problem.user, candidate);
-        if (holds(ray, ProofTolerance, leastSize(problem.user))) {
+        if (holds(ray, RayTolerance, leastSize(problem.user))) {
             answer.direction = std::move(candidate);
             answer.directionResidual = ray.residual;
             return true;

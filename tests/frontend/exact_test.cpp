@@ -53,18 +53,19 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Expected{Style::Integers, 2000, 0.0, {Optimal, Infeasible, Unbounded, NotConvex}},
         Expected{Style::Degenerate, 1000, 0.0, {Optimal, Unbounded}},
+        Expected{Style::NearParallel, 500, 0.01, {Optimal, Unbounded}},
         Expected{Style::Products, 500, 0.01, {Optimal, Unbounded}},
         Expected{Style::LowRank, 2000, 0.0, {Optimal, Unbounded}},
-        Expected{Style::FarStart, 500, 0.002, {Optimal, Unbounded}},
-        Expected{Style::TinyCosts, 500, 0.2, {Optimal, Infeasible}},
+        Expected{Style::FarStart, 500, 0.0, {Optimal, Unbounded}},
+        Expected{Style::TinyCosts, 500, 0.04, {Optimal, Infeasible}},
         Expected{Style::LargeBounds, 1000, 0.001, {Optimal, Infeasible}},
         Expected{Style::HugeBounds, 500, 0.01, {Optimal, Infeasible}},
         Expected{Style::NearSingular, 500, 0.01, {Optimal}},
         Expected{Style::Infeasible, 500, 0.0, {Infeasible}},
-        Expected{Style::Unbounded, 500, 0.01, {Optimal, Unbounded}},
+        Expected{Style::Unbounded, 500, 0.002, {Optimal, Unbounded}},
         Expected{Style::Contradictions, 500, 0.0, {Infeasible}},
-        Expected{Style::JumpingCosts, 200, 0.005, {Optimal}},
-        Expected{Style::NonsenseStart, 500, 0.002, {Optimal, Unbounded}}),
+        Expected{Style::JumpingCosts, 200, 0.001, {Optimal}},
+        Expected{Style::NonsenseStart, 500, 0.0, {Optimal, Unbounded}}),
     [](const testing::TestParamInfo<Expected>& each) {
         std::string name = StyleNames.at(static_cast<std::size_t>(each.param.style));
         std::erase(name, '-');

@@ -124,12 +124,12 @@ Refinement::Residuals Refinement::residualsAt(const Point& point, const Vector& 
     const std::vector<Sum> gradient = gradientSums(data_, point.x, point.y);
     for (const std::size_t j : free_) {
         result.stationarity.push_back(-gradient[j].value);
-        result.take(gradient[j].value);
+        result.take(gradient[j].value, gradient[j].scale);
     }
     const std::vector<Sum> values = rowValues(data_, point.x);
     for (std::size_t i = 0; i < rows_.size(); ++i) {
         result.rows.push_back(sides[i] - values[rows_[i]].value);
-        result.take(result.rows.back());
+        result.take(result.rows.back(), values[rows_[i]].scale + std::abs(sides[i]));
     }
     return result;
 }
@@ -209,10 +209,10 @@ std::size_t Refinement::apply(Point& point, std::size_t most) const {
         axpy(1.0, step.x.data(), trial.x.data(), data_.n);
         axpy(1.0, step.y.data(), trial.y.data(), data_.m);
         Residuals left = residualsAt(trial, values);
-        if (!(left.size < residuals.size)) {
+        if (!left.areLess(residuals, 1.0)) {
             break;
         }
-        const bool isSlow = left.size > 0.5 * residuals.size;
+        const bool isSlow = !left.areLess(residuals, 0.5);
         point = std::move(trial);
         residuals = std::move(left);
         ++corrections;

@@ -36,12 +36,19 @@ private:
         std::vector<Extended> stationarity;  ///< of free variables: −(H·x + c + Aᵀy)
         std::vector<Extended> rows;          ///< of rows of the set: side − row·x
         double size = 0.0;
+        double share = 0.0;  ///< the largest in proportion to its terms
 
-        void take(Extended residual) {
-            const auto magnitude = static_cast<double>(residual < 0 ? -residual : residual);
-            if (!(magnitude <= size)) {  // NaN stays
-                size = magnitude;
+        void take(Extended residual, double scale) {
+            const double miss = magnitude(residual);
+            if (!(miss <= size)) {  // NaN stays
+                size = miss;
             }
+            share = miss > share * scale ? miss / scale : share;
+        }
+        /// Whether these are smaller by a factor: all of them, or among those with tiny terms.
+        [[nodiscard]] bool areLess(const Residuals& than, double factor) const {
+            return size < factor * than.size ||
+                   (size <= 2.0 * than.size && share < factor * than.share);
         }
     };
 

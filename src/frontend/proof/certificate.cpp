@@ -180,8 +180,18 @@ double weightOf(const std::vector<Sum>& residuals, const Vector& x, const Units&
     return weight;
 }
 
-/// The same, of what is left of them where x and y are taken to more digits: they are in error by
-/// no more than the curvature makes of the digits.
+/// The size of what such products are summed from.
+double termsOf(const std::vector<Sum>& residuals, const Vector& x, const Units& units) {
+    const double unit = std::min(1.0, units.variable);
+    double terms = 0.0;
+    for (std::size_t j = 0; j < x.size(); ++j) {
+        terms += residuals[j].scale * std::max(std::abs(x[j]), unit);
+    }
+    return terms;
+}
+
+/// The same as the weight, of what is left of them where x and y are taken to more digits: they are
+/// in error by no more than the curvature makes of the digits.
 double weightBehind(const Data& data,
                     std::vector<Sum> residuals,
                     const Point& point,
@@ -294,9 +304,9 @@ Judgement judge(const Data& data, Point point, const Point* digits) {
         std::max({magnitude(values.primal), magnitude(values.primal - values.slackness),
                   units.ofObjective()});
     certificate.gap.relative = proportion(error, size);
-    judgement.error =
-        largest({certificate.primal.relative, certificate.dual.relative,
-                 proportion(magnitude(values.slackness) + weight, std::max(size, values.terms))});
+    const double terms = std::max({size, values.terms, termsOf(residuals, point.x, units)});
+    judgement.error = largest({certificate.primal.relative, certificate.dual.relative,
+                               proportion(magnitude(values.slackness) + weight, terms)});
     judgement.objective = static_cast<double>(values.primal + data.constant);
     return judgement;
 }

@@ -19,6 +19,7 @@ constexpr double Rounding = 8.0 * std::numeric_limits<double>::epsilon();
 constexpr double Flat = 4.0 * std::numeric_limits<double>::epsilon();
 constexpr double Nearly = 1e-9;    // what a direction along a side may miss of it
 constexpr double Nothing = 1e-12;  // entries of a direction, the largest being 1
+constexpr double Crumb = 1e-17;    // the same, where no side tells that they are to be 0
 
 /// How the equalities take up H·d: its residual goes into `curved`.
 struct Taken {
@@ -120,7 +121,8 @@ Vector alongSides(const Data& data, Vector direction) {
     for (std::size_t j = 0; j < data.n; ++j) {
         const bool isBounded = data.lower[j] > -Infinity || data.upper[j] < Infinity;
         const bool isFixed = data.lower[j] > -Infinity && data.upper[j] < Infinity;
-        if (isFixed || (isBounded && std::abs(direction[j]) <= Nothing * length)) {
+        const double least = (isBounded ? Nothing : Crumb) * length;
+        if (isFixed || std::abs(direction[j]) <= least) {
             direction[j] = 0.0;
         } else {
             free.push_back(j);

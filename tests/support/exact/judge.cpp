@@ -164,8 +164,8 @@ private:
         const auto miss = [&](const Rational& by, double side) {
             return sgn(by) > 0 && ratio(by, 1 + terms + abs(Rational(side))) > tolerance_;
         };
-        require(lower == -Infinity || !miss(lower - value, lower), "optimal, yet a side is missed");
-        require(upper == Infinity || !miss(value - upper, upper), "optimal, yet a side is missed");
+        require(lower == -Infinity || !miss(lower - value, lower), "a point that misses a side");
+        require(upper == Infinity || !miss(value - upper, upper), "a point that misses a side");
         const double side = multiplier > 0.0 ? upper : multiplier < 0.0 ? lower : 0.0;
         require(std::isfinite(side), "a multiplier of a side that is absent");
         if (std::isfinite(side)) {
@@ -202,12 +202,25 @@ private:
         farkasResidual_ = residual;
     }
 
+    // The ray begins at x.
+    void judgeFeasible(const Vector& x) {
+        for (std::size_t i = 0; i < s_.m; ++i) {
+            judgeSide(dot(data_.A[i], x), magnitudes(data_.A[i], x), s_.rowLower[i], s_.rowUpper[i],
+                      0.0);
+        }
+        for (std::size_t j = 0; j < s_.n; ++j) {
+            judgeSide(x[j], abs(x[j]), s_.lower[j], s_.upper[j], 0.0);
+        }
+    }
+
     void judgeRay() {
-        require(areFinite(r_.direction, s_.n), "unbounded without a direction");
+        require(areFinite(r_.x, s_.n) && areFinite(r_.direction, s_.n),
+                "unbounded without a direction");
         if (!verdict_.wrong.empty()) {
             return;
         }
         const Vector d = rationals(r_.direction);
+        judgeFeasible(rationals(r_.x));
         const auto blocks = [&](const Rational& slope, const Rational& terms, double lower,
                                 double upper) {
             return ratio(slope, 1 + terms) > 1e-9 &&
