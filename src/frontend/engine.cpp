@@ -14,6 +14,7 @@
 #include "frontend/problem/constraints.hpp"
 #include "frontend/proof/convexity.hpp"
 #include "frontend/proof/equalities.hpp"
+#include "frontend/proof/units.hpp"
 #include "frontend/proofs.hpp"
 #include "frontend/zoom.hpp"
 
@@ -26,8 +27,8 @@ constexpr std::size_t MostProximalSteps = 200;
 constexpr int MostTroubles = 6;
 constexpr int MostInexactProofs = 2;
 constexpr double Exact = 1e-12;
-// A violation, in proportion, that is nothing but the rounding of x.
-constexpr double Feasible = std::numeric_limits<double>::epsilon();
+// A violation, in proportion, that is nothing but the rounding of x, and of data that agree.
+constexpr double Feasible = 8.0 * std::numeric_limits<double>::epsilon();
 constexpr int MostBits = 60;  // a side is seen larger by
 
 // With a small enough weight the first minimum is one of a linear program itself, and without an H
@@ -36,6 +37,10 @@ double firstWeight(const Data& data) {
     constexpr double OfCurvature = 1e-6;
     constexpr double OfLinear = 1e-9;
     return data.quadratic ? OfCurvature * largestMagnitude(data.H) : OfLinear;
+}
+
+double leastWeight(const Data& data) {
+    return 1e-10 * firstWeight(data);
 }
 
 double distance(const Vector& a, const Vector& b) {
@@ -114,6 +119,9 @@ Answer Engine::solve(Vector x, const WorkingSet& set) {
         begin();  // predictions have led astray
         hasFailedToPredict_ = true;
         iterate();
+    }
+    if (isUndecided()) {
+        refineAlongFlat();
     }
     if (depth_ == Depth::Whole && answer_.status == Status::Inaccurate) {
         lookCloser();
@@ -307,14 +315,11 @@ void Engine::lookCloser() {
 
 // What a closer look has found that did not lead to a better point.
 void Engine::doubt(const Zoomed& zoomed) {
-    constexpr double OfData = 8.0 * Feasible;  // data that are rounded contradict by as much
     Certificate& certificate = answer_.judgement.certificate;
-    if (certificate.primal.relative <= OfData) {
-        return;
-    }
-    const double size = std::max(1.0, std::abs(answer_.judgement.objective));
-    const double error =
-        zoomed.isSolved ? std::abs(zoomed.rise / problem_.scaling.objective) / size : 1.0;
+    const double size = std::max(Units(problem_.user, answer_.point.x).ofObjective(),
+                                 std::abs(answer_.judgement.objective));
+    const bool isTold = zoomed.isSolved || certificate.primal.relative <= Exact;
+    const double error = isTold ? std::abs(zoomed.rise / problem_.scaling.objective) / size : 1.0;
     certificate.gap.relative = std::max(certificate.gap.relative, error);
 }
 
@@ -345,11 +350,13 @@ Engine::Next Engine::recentre(const Vector& x) {
         precision_.violation = std::max(1e-14, 0.1 * precision_.violation);
         precision_.step = std::max(1e-15, 0.1 * precision_.step);
         precision_.multiplier = 0.1 * precision_.multiplier;
-        rho_ = rho_ > 0.0 ? rho_ : firstWeight(problem_.scaled);
+        // Far out a step may be short only because it is lost in the rounding of the point.
+        rho_ = rho_ > 0.0 ? std::max(1e-2 * rho_, leastWeight(problem_.scaled))
+                          : firstWeight(problem_.scaled);
         return Next::Again;
     }
     if (isStuck) {
-        rho_ = std::max(0.1 * rho_, 1e-10 * firstWeight(problem_.scaled));
+        rho_ = std::max(0.1 * rho_, leastWeight(problem_.scaled));
         ++unchecked_;
     }
     lastPull_ = pull;
@@ -506,6 +513,15 @@ void Engine::polish(Point point, const WorkingSet& set) {
         answer_.refinement += problem_.refinementOf(set).apply(point, MostCorrections);
         consider(std::move(point), set);
     }
+}
+
+// Curvature that is left out elsewhere, as it may be rounding, may also be real.
+void Engine::refineAlongFlat() {
+    const Polishing polishing(control_);
+    Point point = answer_.point;
+    const Refinement sharp(problem_.scaled, answer_.set, 0.0);
+    answer_.refinement += sharp.apply(point, MostCorrections);
+    consider(std::move(point), WorkingSet(answer_.set));
 }
 
 // Keeps the better point.

@@ -79,6 +79,7 @@ private:
     [[nodiscard]] bool provesRay(const Vector& direction);
     void consider(Point point, const WorkingSet& set);
     [[nodiscard]] Judgement judged(const Point& point, const WorkingSet& set);
+    void refineAlongFlat();
     void polish(Point point, const WorkingSet& set);
     [[nodiscard]] bool isProved() const;
     [[nodiscard]] bool isExact() const;

@@ -13,10 +13,9 @@ namespace {
 
 // Curvature in the reduced Hessian that counts as none: this part of the largest, and what rounding
 // of a product with H makes of none.
-double flatCurvature(const Dense& reduced, const Dense& H) {
-    constexpr double Flat = 1e-11;
+double flatCurvature(const Dense& reduced, const Dense& H, double flat) {
     constexpr double Rounding = 4.0 * std::numeric_limits<double>::epsilon();
-    return std::max(Flat * largestDiagonal(reduced),
+    return std::max(flat * largestDiagonal(reduced),
                     Rounding * static_cast<double>(H.rows) * largestMagnitude(H.values));
 }
 
@@ -62,7 +61,7 @@ Dense hessianOf(const Data& data, const std::vector<std::size_t>& variables) {
 
 }  // namespace
 
-Refinement::Refinement(const Data& data, const WorkingSet& set)
+Refinement::Refinement(const Data& data, const WorkingSet& set, double flat)
     : data_(data),
       set_(set),
       rows_(rowsOf(set)),
@@ -71,7 +70,7 @@ Refinement::Refinement(const Data& data, const WorkingSet& set)
       freeH_(hessianOf(data, free_)),
       qr_(rowsOfFreeVariables()),
       basis_(data.quadratic ? qr_.nullSpace() : Dense()),
-      cholesky_(reducedCholesky()) {}
+      cholesky_(reducedCholesky(flat)) {}
 
 // The values that the members of the set are to have; they may have changed since the factors were
 // formed.
@@ -110,13 +109,13 @@ Dense Refinement::rowsOfFreeVariables() const {
     return result;
 }
 
-PivotedCholesky Refinement::reducedCholesky() const {
+PivotedCholesky Refinement::reducedCholesky(double flat) const {
     if (!data_.quadratic) {
         return {Dense(), 0.0};
     }
     Dense reduced = transposedProduct(basis_, product(freeH_, basis_));
-    const double flat = flatCurvature(reduced, freeH_);
-    return {std::move(reduced), flat};
+    const double negligible = flatCurvature(reduced, freeH_, flat);
+    return {std::move(reduced), negligible};
 }
 
 Refinement::Residuals Refinement::residualsAt(const Point& point, const Vector& sides) const {

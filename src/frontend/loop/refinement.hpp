@@ -22,7 +22,10 @@ class Refinement {
 public:
     /// Keeps a reference to the data. Their vectors may change between two corrections, the
     /// sides of the set staying finite; their matrices may not.
-    Refinement(const Data& data, const WorkingSet& set);
+    ///
+    /// @param flat  curvature of the reduced Hessian that counts as none, in proportion to the
+    ///              largest; what may be rounding of H never counts
+    Refinement(const Data& data, const WorkingSet& set, double flat = 1e-11);
 
     [[nodiscard]] const WorkingSet& set() const { return set_; }
     /// Moves x, y and z to the solution, as far as doubles can. The number of corrections made.
@@ -53,7 +56,7 @@ private:
     };
 
     [[nodiscard]] Dense rowsOfFreeVariables() const;
-    [[nodiscard]] PivotedCholesky reducedCholesky() const;
+    [[nodiscard]] PivotedCholesky reducedCholesky(double flat) const;
     [[nodiscard]] Vector sides() const;
     void moveToBounds(Vector& x) const;
     [[nodiscard]] Residuals residualsAt(const Point& point, const Vector& sides) const;

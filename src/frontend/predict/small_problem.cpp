@@ -12,7 +12,7 @@ namespace activeset::frontend {
 namespace {
 
 constexpr double Exact = 1e-13;       // a residual in proportion that rounding leaves
-constexpr double Feasible = 0x1p-50;  // the same of sides
+constexpr double Feasible = 0x1p-49;  // the same of sides
 constexpr std::size_t MostCorrections = 3;
 
 }  // namespace
