@@ -1,0 +1,153 @@
+// The parts of the front end, each on a problem whose answer is worked out by hand.
+#include <gmock/gmock.h>
+
+#include "frontend/core/core_form.hpp"
+#include "frontend/core/cycle_detector.hpp"
+#include "frontend/loop/refinement.hpp"
+#include "frontend/problem/scaling.hpp"
+#include "support/fixture.hpp"
+
+namespace activeset::test {
+namespace {
+
+using frontend::Data;
+using frontend::Vector;
+using ::testing::ElementsAre;
+
+class Parts : public FreshState {};
+
+// −1 ≤ x₁ + 2x₂ ≤ 3, 3x₁ − x₂ = 4, x₁ = 0, x₂ ≤ 5.
+Data fourKinds() {
+    Data data;
+    data.n = 2;
+    data.m = 2;
+    data.c = {0, 0};
+    data.A = {1, 3, 2, -1};
+    data.rowLower = {-1, 4};
+    data.rowUpper = {3, 4};
+    data.lower = {0, -Infinity};
+    data.upper = {0, 5};
+    return data;
+}
+
+TEST_F(Parts, CoreFormHasOneRowForEachFiniteSide) {
+    const frontend::Lowering form(fourKinds());
+    EXPECT_THAT(form.A, ElementsAre(1, -1, 2, -2));
+    EXPECT_THAT(form.b, ElementsAre(3, 1));
+    EXPECT_THAT(form.Aeq, ElementsAre(3, 1, -1, 0));  // the row, then x₁ = 0
+    EXPECT_THAT(form.beq, ElementsAre(4, 0));
+    EXPECT_THAT(form.lb, ElementsAre(-Infinity, -Infinity));
+    EXPECT_THAT(form.ub, ElementsAre(Infinity, 5));
+}
+
+TEST_F(Parts, CoreFormTakesWorkingSetsAndMultipliersBothWays) {
+    frontend::Lowering form(fourKinds());
+    WorkingSet set;
+    set.equalities = {1};
+    set.rowsAtLower = {0};
+    set.fixed = {0};
+    set.atUpper = {1};
+    const frontend::CoreSet core = form.toCore(set);
+    EXPECT_THAT(core.inequalities, ElementsAre(1));
+    EXPECT_THAT(core.lower, ElementsAre());
+    EXPECT_THAT(core.upper, ElementsAre(1));
+    EXPECT_EQ(form.fromCore(core, {}), set);
+    set.equalities.clear();
+    EXPECT_EQ(form.fromCore(core, {0}), set);  // without the equality that depends on others
+
+    const Vector lambda{10, 20, 1, 2, 0, 0, 0, 7};  // Aeq, A, lower bounds, upper bounds
+    Vector y, z;
+    form.multipliers(lambda.data(), y, z);
+    EXPECT_THAT(y, ElementsAre(-1, 10));
+    EXPECT_THAT(z, ElementsAre(20, 7));
+
+    Data other = fourKinds();
+    other.rowUpper[0] = 8;
+    EXPECT_TRUE(form.updateSides(other));
+    EXPECT_THAT(form.b, ElementsAre(8, 1));
+    other.rowUpper[0] = -1;  // an equality now
+    EXPECT_FALSE(form.updateSides(other));
+    EXPECT_THAT(form.b, ElementsAre(8, 1));
+}
+
+TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {
+    Data data;
+    data.n = 2;
+    data.m = 1;
+    data.quadratic = true;
+    data.H = {1, 0, 0, 1};
+    data.c = {-2, 0};
+    data.A = {1, 1};
+    data.rowLower = data.rowUpper = {1};
+    data.lower = {-Infinity, -Infinity};
+    data.upper = {Infinity, Infinity};
+    WorkingSet set;
+    set.equalities = {0};
+    frontend::Point point{{9, 9}, {9}, {9, 9}};
+    EXPECT_GE(frontend::Refinement(data, set).apply(point, 20), 1U);
+    EXPECT_THAT(point.x, ElementsAre(1.5, -0.5));  // x₁ − 2 + y = 0, x₂ + y = 0, x₁ + x₂ = 1
+    EXPECT_THAT(point.y, ElementsAre(0.5));
+    EXPECT_THAT(point.z, ElementsAre(0, 0));
+
+    data.H = {1, 0, 0, 0};
+    point = {{5, 7}, {0}, {0, 0}};
+    EXPECT_EQ(frontend::Refinement(data, {}).apply(point, 20), 1U);
+    EXPECT_THAT(point.x, ElementsAre(2, 7));  // nothing pulls along x₂, so it stays
+
+    data.lower[1] = 3;
+    set = {};
+    set.atLower = {1};
+    data.c[1] = 4;
+    static_cast<void>(frontend::Refinement(data, set).apply(point, 20));
+    EXPECT_THAT(point.x, ElementsAre(2, 3));
+    EXPECT_THAT(point.z, ElementsAre(0, -4));
+}
+
+TEST_F(Parts, ScalingChangesNoDigitAndNoObjective) {
+    Data data = fourKinds();
+    data.quadratic = true;
+    data.H = {0x1p40, 0x1p20, 0x1p20, 3};
+    data.c = {0x3p20, -7};
+    data.A = {0x1p-30, 0x3p10, 0x5p-20, 0x1p4};
+    const frontend::Scaling scaling = frontend::Scaling::of(data);
+    const Data scaled = scaling.apply(data);
+    const double first = scaling.column[0], second = scaling.column[1];
+    EXPECT_EQ(scaled.H[1], 0x1p20 * first * second * scaling.objective);
+    EXPECT_EQ(scaled.H[1], scaled.H[2]);
+    EXPECT_EQ(scaled.A[3], 0x1p4 * second * scaling.row[1]);
+    EXPECT_EQ(scaled.rowLower[1], 4 * scaling.row[1]);
+    EXPECT_EQ(scaled.upper[1], 5 / second);
+    for (const double entry : {scaled.H[0] / scaling.objective, scaled.A[2]}) {
+        EXPECT_THAT(std::abs(entry), ::testing::AllOf(::testing::Ge(0x1p-3), ::testing::Le(0x1p3)));
+    }
+    const frontend::Point point{{0.3, -7}, {1.1, 0}, {-0.7, 2}};
+    const frontend::Point back = scaling.unscaled(scaling.scaled(point));
+    EXPECT_EQ(back.x, point.x);
+    EXPECT_EQ(back.y, point.y);
+    EXPECT_EQ(back.z, point.z);
+}
+
+TEST_F(Parts, CyclesAreSetsThatReturnOrMinimaAtOnePoint) {
+    frontend::CycleDetector returns;
+    const std::vector<std::size_t> set{2, 9}, permuted{9, 2}, other{2, 8};
+    for (int minimum = 0; minimum < 3; ++minimum) {
+        const double x = minimum;
+        EXPECT_FALSE(returns.hasReturned(set.data(), 2, &x, 1));
+        EXPECT_FALSE(returns.hasReturned(other.data(), 2, &x, 1));
+    }
+    const double elsewhere = 9;
+    EXPECT_TRUE(returns.hasReturned(permuted.data(), 2, &elsewhere, 1));
+    returns.restart();
+    EXPECT_FALSE(returns.hasReturned(set.data(), 2, &elsewhere, 1));
+
+    frontend::CycleDetector stalls;
+    std::size_t member = 0;
+    const Vector point{1, 2};
+    while (!stalls.hasReturned(&member, 1, point.data(), 2)) {
+        ++member;
+    }
+    EXPECT_EQ(member, 24U);  // the minimum after 20 + 2n
+}
+
+}  // namespace
+}  // namespace activeset::test
