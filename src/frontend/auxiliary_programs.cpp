@@ -5,24 +5,11 @@
 #include <cmath>
 #include <utility>
 
+#include "frontend/loop/bare_loop.hpp"
+
 namespace activeset::frontend {
 
 namespace {
-
-/// While it lives, passes are counted and limits hold, but the caller's callback hears nothing: it
-/// would be told of another problem.
-class Quietly {
-public:
-    explicit Quietly(Control& control) : control_(control) { control_.setQuiet(true); }
-    ~Quietly() { control_.setQuiet(false); }
-    Quietly(const Quietly&) = delete;
-    Quietly(Quietly&&) = delete;
-    Quietly& operator=(const Quietly&) = delete;
-    Quietly& operator=(Quietly&&) = delete;
-
-private:
-    Control& control_;
-};
 
 /// One finite side of a row.
 struct RowSide {
@@ -94,18 +81,6 @@ Data rayProblem(const Data& data) {
 
 }  // namespace
 
-Answer solveAuxiliary(Prepared& problem,
-                      const Vector& start,
-                      const WorkingSet& set,
-                      const Settings& settings,
-                      Control& control) {
-    const Quietly quietly(control);
-    Engine engine(problem, settings, control, Depth::Auxiliary);
-    Answer answer = engine.solve(problem.scaling.scaled({start, {}, {}}).x, set);
-    answer.point = problem.scaling.unscaled(std::move(answer.point));
-    return answer;
-}
-
 Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, Control& control) {
     const std::vector<RowSide> sides = sidesOf(scaled);
     Prepared problem(relaxed(scaled, sides));
@@ -114,9 +89,9 @@ Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, 
         start[j] = std::min(std::max(start[j], scaled.lower[j]), scaled.upper[j]);
     }
     start.push_back(1.0 + violation(scaled, start).absolute);
-    Answer answer = solveAuxiliary(problem, start, {}, settings, control);
+    BareAnswer answer = solveBare(problem, start, {}, settings, control);
     Relaxation result;
-    result.isSolved = statusOf(answer, settings.tolerance) == Status::Optimal;
+    result.isSolved = answer.isSolved;
     result.y.assign(scaled.m, 0.0);
     result.x = std::move(answer.point.x);
     result.violation = result.x.back();
@@ -131,8 +106,8 @@ Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, 
 
 Vector steepestRay(const Data& scaled, const Settings& settings, Control& control) {
     Prepared problem(rayProblem(scaled));
-    Answer answer = solveAuxiliary(problem, Vector(scaled.n, 0.0), {}, settings, control);
-    if (!(answer.judgement.objective < 0.0)) {
+    BareAnswer answer = solveBare(problem, Vector(scaled.n, 0.0), {}, settings, control);
+    if (!(answer.objective < 0.0)) {
         return {};
     }
     return std::move(answer.point.x);

@@ -1,19 +1,12 @@
-// Problems that are solved on the way. Two are linear programs that always have a solution and
-// answer what the problem itself leaves open: is there a feasible point, and is there a direction
-// without end.
+// Two linear programs that always have a solution and answer what the problem itself leaves open:
+// is there a feasible point, and is there a direction without end.
 #ifndef ACTIVESET_SRC_FRONTEND_AUXILIARY_PROGRAMS_HPP
 #define ACTIVESET_SRC_FRONTEND_AUXILIARY_PROGRAMS_HPP
 
-#include "frontend/engine.hpp"
+#include "frontend/core/control.hpp"
+#include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
-
-/// Solves a problem whose answer serves another one. The point is in the variables of its data.
-[[nodiscard]] Answer solveAuxiliary(Prepared& problem,
-                                    const Vector& start,
-                                    const WorkingSet& set,
-                                    const Settings& settings,
-                                    Control& control);
 
 /// The smallest γ by which the sides of all rows have to give way, in scaled variables.
 struct Relaxation {

@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "frontend/engine.hpp"
+#include "frontend/decide.hpp"
 #include "frontend/solve.hpp"
 #include "host/floating_point.hpp"
 
@@ -102,8 +102,8 @@ private:
             return false;
         }
         frontend::Prepared problem(data_);
-        const Answer answer = frontend::Engine(problem, settings_, control_, frontend::Depth::Whole)
-                                  .solve(Vector(data_.n, 0.0), {});
+        const Answer answer =
+            frontend::decide(problem, Vector(data_.n, 0.0), {}, settings_, control_);
         control_.rethrow();
         if (answer.status != Status::Infeasible) {
             return false;

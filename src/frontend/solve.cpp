@@ -7,7 +7,7 @@
 
 #include "activeset/host.hpp"
 #include "frontend/algebra/dense.hpp"
-#include "frontend/engine.hpp"
+#include "frontend/decide.hpp"
 #include "frontend/predict/small_problem.hpp"
 #include "frontend/proof/gap_correction.hpp"
 #include "frontend/proof/units.hpp"
@@ -91,8 +91,7 @@ Result solvePrepared(Prepared& problem,
                      Control& control) {
     Result result;
     result.times.setup = control.seconds();
-    Answer answer =
-        Engine(problem, settings, control, Depth::Whole).solve(startOf(problem, std::move(x)), set);
+    Answer answer = decide(problem, startOf(problem, std::move(x)), set, settings, control);
     control.rethrow();
     Point point = problem.scaling.unscaled(std::move(answer.point));
     settle(problem.user, point);
@@ -101,7 +100,6 @@ Result solvePrepared(Prepared& problem,
         balance(problem.user, answer.set, settings.tolerance, point, answer.judgement);
     }
     result.status = statusOf(answer, settings.tolerance);
-    result.exitCode = answer.exitCode;
     result.x = std::move(point.x);
     result.y = std::move(point.y);
     result.z = std::move(point.z);
@@ -111,10 +109,11 @@ Result solvePrepared(Prepared& problem,
     result.farkas = std::move(answer.farkas);
     result.direction = std::move(answer.direction);
     result.directionResidual = answer.directionResidual;
-    result.wasPredicted = answer.wasPredicted;
-    result.iterations = {control.phaseOnePasses(), control.mainPasses(),
-                         answer.prediction,        answer.dual,
-                         answer.proximal,          answer.refinement};
+    const Effort& effort = answer.effort;
+    result.exitCode = effort.exitCode;
+    result.wasPredicted = effort.wasPredicted;
+    result.iterations = {control.phaseOnePasses(), control.mainPasses(), effort.guesses,
+                         effort.dualSteps,         effort.proximalSteps, answer.corrections};
     result.times.polish = control.polishSeconds();
     result.times.total = control.seconds();
     result.times.solve = result.times.total - result.times.setup - result.times.polish;

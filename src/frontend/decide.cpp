@@ -1,0 +1,264 @@
+// The page of decisions: what each ending of the loop means, and what is tried next.
+#include "frontend/decide.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "frontend/auxiliary_programs.hpp"
+#include "frontend/closer_look.hpp"
+#include "frontend/loop/caller_proofs.hpp"
+#include "frontend/proof/convexity.hpp"
+#include "frontend/proof/equalities.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+class Decision {
+public:
+    Decision(Prepared& problem, const Settings& settings, Control& control)
+        : problem_(problem),
+          settings_(settings),
+          control_(control),
+          loop_(problem, settings, control),
+          best_(loop_.best()) {}
+
+    [[nodiscard]] Answer answer(Vector x, const WorkingSet& set) {
+        decide(std::move(x), set);
+        loop_.ensurePoint();
+        answer_.point = best_.point();
+        answer_.set = best_.set();
+        answer_.judgement = best_.judgement();
+        answer_.effort = loop_.effort();
+        answer_.corrections = best_.corrections();
+        return std::move(answer_);
+    }
+
+private:
+    void decide(Vector x, const WorkingSet& set);
+    void decideWithoutVariables();
+    void decideNotConvex();
+    void follow();
+    [[nodiscard]] bool settlesClaim();
+    [[nodiscard]] bool settlesByRelaxation();
+    [[nodiscard]] bool settlesDrift();
+    [[nodiscard]] bool findsRay();
+    [[nodiscard]] bool provesRay(const Vector& direction);
+    [[nodiscard]] bool hasFeasiblePoint();
+    [[nodiscard]] bool settlesInfeasible(std::optional<Farkas> farkas);
+    [[nodiscard]] bool isUndecided() const;
+
+    Prepared& problem_;
+    const Settings& settings_;
+    Control& control_;
+    ProximalLoop loop_;
+    BestPoint& best_;
+    std::optional<Vector> feasible_;  ///< a feasible point, empty if none was found, once sought
+    bool hasSoughtRay_ = false;
+    Answer answer_;
+};
+
+void Decision::decide(Vector x, const WorkingSet& set) {
+    loop_.begin(std::move(x), set);
+    if (problem_.scaled.n == 0) {
+        decideWithoutVariables();
+        return;
+    }
+    if (problem_.convexity().kind == Convexity::None) {
+        decideNotConvex();
+        return;
+    }
+    control_.poll();
+    if (!control_.mustEnd() && loop_.provesStart()) {
+        return;
+    }
+    do {
+        follow();
+        loop_.ensurePoint();
+    } while (isUndecided() && loop_.startOver());
+    if (isUndecided()) {
+        best_.considerAlongFlat();
+    }
+    if (answer_.status == Status::Inaccurate &&
+        settlesInfeasible(lookCloser(problem_, best_, settings_, control_))) {
+        return;
+    }
+    if (isUndecided() && findsRay()) {
+        answer_.status = Status::Unbounded;
+    } else if (isUndecided() && answer_.farkas) {
+        answer_.status = Status::Infeasible;
+    }
+}
+
+// Each row is 0 then.
+void Decision::decideWithoutVariables() {
+    const Data& data = problem_.scaled;
+    loop_.considerStart();
+    for (std::size_t i = 0; i < data.m; ++i) {
+        if (data.rowLower[i] > 0.0 || data.rowUpper[i] < 0.0) {
+            Vector y(data.m, 0.0);
+            y[i] = data.rowLower[i] > 0.0 ? -1.0 : 1.0;
+            answer_.status = Status::Infeasible;
+            answer_.farkas = provenFarkas(problem_, std::move(y), best_);
+            return;
+        }
+    }
+}
+
+void Decision::decideNotConvex() {
+    answer_.status = Status::NotConvex;
+    answer_.direction = problem_.convexity().direction;
+    answer_.directionResidual = curvature(problem_.user, answer_.direction);
+}
+
+// Until the loop has nothing more to say.
+void Decision::follow() {
+    while (true) {
+        switch (loop_.run()) {
+            case LoopEnd::Proved:
+                return;
+            case LoopEnd::Stopped:
+                answer_.status = *control_.end();
+                return;
+            case LoopEnd::ClaimsInfeasible:
+                if (settlesClaim()) {
+                    return;
+                }
+                break;
+            case LoopEnd::Drifts:
+                if (settlesDrift()) {
+                    return;
+                }
+                break;
+            case LoopEnd::Failed:
+                if (!loop_.recover()) {
+                    return;
+                }
+                break;
+        }
+    }
+}
+
+// Whether there is neither a proof nor a reason to end.
+bool Decision::isUndecided() const {
+    return answer_.status == Status::Inaccurate && !best_.isProved() && !control_.mustEnd();
+}
+
+bool Decision::settlesInfeasible(std::optional<Farkas> farkas) {
+    if (!farkas) {
+        return false;
+    }
+    answer_.farkas = std::move(farkas);
+    answer_.status = Status::Infeasible;
+    return true;
+}
+
+// A contradiction is one if it is proved. Else the core looks for a point, and if it is the core
+// that has found none, the relaxed problem tells.
+bool Decision::settlesClaim() {
+    const InfeasibilityClaim& claim = loop_.claim();
+    if (claim.isPredicted) {
+        const Polishing polishing(control_);
+        if (!settlesInfeasible(provenFarkasFar(problem_, claim.y, best_))) {
+            return false;
+        }
+        loop_.considerStart();
+        return true;
+    }
+    if (!claim.y.empty() && settlesInfeasible(provenFarkas(problem_, claim.y, best_))) {
+        return true;
+    }
+    return !loop_.mayGoOn() || settlesByRelaxation();
+}
+
+bool Decision::settlesByRelaxation() {
+    constexpr double Much = 1e-6;
+    Relaxation relaxation = relax(problem_.scaled, loop_.centre(), settings_, control_);
+    best_.considerWithoutMultipliers(relaxation.x);
+    if (settlesInfeasible(provenFarkas(problem_, relaxation.y, best_))) {
+        return true;
+    }
+    if (relaxation.isSolved && relaxation.violation > Much) {
+        return true;  // infeasible, so it seems, but without a proof nothing is said
+    }
+    // Feasible after all, and the core was misled by equalities that nearly depend on one another.
+    loop_.resumeFrom(std::move(relaxation.x),
+                     Lowering(withoutDependentEqualities(problem_.scaled)));
+    return false;
+}
+
+// Steps that do not get shorter may be the beginning of a ray.
+bool Decision::settlesDrift() {
+    const Drift& drift = loop_.drift();
+    if ((drift.isSteady && provesRay(drift.direction)) || (drift.isLasting && findsRay())) {
+        answer_.status = Status::Unbounded;
+        return true;
+    }
+    if (answer_.farkas) {  // a ray was found, and no feasible point where it could begin
+        answer_.status = Status::Infeasible;
+        return true;
+    }
+    return false;
+}
+
+bool Decision::findsRay() {
+    if (hasSoughtRay_ || control_.mustEnd()) {
+        return false;
+    }
+    hasSoughtRay_ = true;
+    loop_.allowLongSteps();
+    const Vector ray = steepestRay(problem_.scaled, settings_, control_);
+    return !ray.empty() && provesRay(ray);
+}
+
+// A ray has to begin at a feasible point.
+bool Decision::provesRay(const Vector& direction) {
+    std::optional<ProvenRay> ray = provenRay(problem_, direction);
+    if (!ray || !hasFeasiblePoint()) {
+        return false;
+    }
+    answer_.direction = std::move(ray->direction);
+    answer_.directionResidual = ray->residual;
+    if (!(best_.judgement().certificate.primal.relative <= FeasibleToRounding)) {
+        best_.forget();  // so that the ray begins at the feasible one
+        best_.considerWithoutMultipliers(*feasible_);
+    }
+    return true;
+}
+
+// One near the origin, as far out any point satisfies all constraints in proportion, and feasible
+// but for rounding, as rows that contradict one another by little are satisfied to any tolerance.
+// If there is none the answer has the Farkas vector.
+bool Decision::hasFeasiblePoint() {
+    if (!feasible_) {
+        Relaxation relaxation =
+            relax(problem_.scaled, originOf(problem_.scaled), settings_, control_);
+        const Vector users = problem_.scaling.unscaled({relaxation.x, {}, {}}).x;
+        feasible_.emplace();
+        if (violation(problem_.user, users).relative <= FeasibleToRounding) {
+            feasible_ = std::move(relaxation.x);
+        } else {
+            answer_.farkas = provenFarkas(problem_, std::move(relaxation.y), best_);
+        }
+    }
+    return !feasible_->empty();
+}
+
+}  // namespace
+
+Status statusOf(const Answer& answer, double tolerance) {
+    const bool isOther = answer.status == Status::Infeasible ||
+                         answer.status == Status::Unbounded || answer.status == Status::NotConvex;
+    return !isOther && answer.judgement.certificate.holds(tolerance) ? Status::Optimal
+                                                                     : answer.status;
+}
+
+Answer decide(Prepared& problem,
+              Vector x,
+              const WorkingSet& set,
+              const Settings& settings,
+              Control& control) {
+    return Decision(problem, settings, control).answer(std::move(x), set);
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,34 @@
+// From a scaled problem to an answer with its proof.
+#ifndef ACTIVESET_SRC_FRONTEND_DECIDE_HPP
+#define ACTIVESET_SRC_FRONTEND_DECIDE_HPP
+
+#include <optional>
+
+#include "frontend/loop/proximal_loop.hpp"
+
+namespace activeset::frontend {
+
+/// What a solve has found: the point in scaled variables, the proofs in the caller's.
+struct Answer {
+    Status status = Status::Inaccurate;  ///< never Optimal, of which statusOf() decides
+    Point point;
+    WorkingSet set;
+    Judgement judgement;
+    std::optional<Farkas> farkas;
+    Vector direction;  ///< of unboundedness or negative curvature
+    Residual directionResidual;
+    Effort effort;
+    std::size_t corrections = 0;  ///< by refinement
+};
+
+/// The one place that says optimal: of a point whose certificate holds, unless something else is
+/// proved.
+[[nodiscard]] Status statusOf(const Answer& answer, double tolerance);
+
+/// Solves from a point and a working set in scaled variables.
+[[nodiscard]] Answer decide(
+    Prepared& problem, Vector x, const WorkingSet& set, const Settings& settings, Control& control);
+
+}  // namespace activeset::frontend
+
+#endif

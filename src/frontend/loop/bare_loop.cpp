@@ -1,0 +1,82 @@
+// The simplest way to follow a loop to its end.
+#include "frontend/loop/bare_loop.hpp"
+
+#include <utility>
+
+#include "frontend/loop/caller_proofs.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+class Silence {
+public:
+    explicit Silence(Control& control) : control_(control) { control_.setQuiet(true); }
+    ~Silence() { control_.setQuiet(false); }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+
+private:
+    Control& control_;
+};
+
+// The vector that proves a contradiction, if the loop ends with one.
+std::optional<Farkas> follow(ProximalLoop& loop, const Prepared& problem) {
+    while (true) {
+        switch (loop.run()) {
+            case LoopEnd::Proved:
+            case LoopEnd::Stopped:
+                return std::nullopt;
+            case LoopEnd::ClaimsInfeasible: {
+                const InfeasibilityClaim& claim = loop.claim();
+                const auto proven = claim.isPredicted ? provenFarkasFar : provenFarkas;
+                std::optional<Farkas> farkas;
+                if (!claim.y.empty()) {
+                    farkas = proven(problem, claim.y, loop.best());
+                }
+                if (farkas || !claim.isPredicted) {
+                    return farkas;
+                }
+                break;
+            }
+            case LoopEnd::Drifts:
+                break;
+            case LoopEnd::Failed:
+                if (!loop.recover()) {
+                    return std::nullopt;
+                }
+                break;
+        }
+    }
+}
+
+}  // namespace
+
+BareAnswer solveBare(Prepared& problem,
+                     const Vector& start,
+                     const WorkingSet& set,
+                     const Settings& settings,
+                     Control& control) {
+    const Silence silence(control);
+    ProximalLoop loop(problem, settings, control);
+    loop.begin(problem.scaling.scaled({start, {}, {}}).x, set);
+    BestPoint& best = loop.best();
+    std::optional<Farkas> farkas;
+    const auto isUndecided = [&] { return !farkas && !best.isProved() && !control.mustEnd(); };
+    control.poll();
+    const bool isConvex = problem.convexity().kind != Convexity::None;
+    if (isConvex && (control.mustEnd() || !loop.provesStart())) {
+        do {
+            farkas = follow(loop, problem);
+            loop.ensurePoint();
+        } while (isUndecided() && loop.startOver());
+    }
+    loop.ensurePoint();
+    if (isConvex && isUndecided()) {
+        best.considerAlongFlat();
+    }
+    return {!farkas && best.isProved(), std::move(farkas), problem.scaling.unscaled(best.point()),
+            best.set(), best.judgement().objective};
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,105 @@
+// Which of two points is better.
+#include "frontend/loop/best_point.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr std::size_t MostCorrections = 20;
+
+bool areFinite(const Vector& values) {
+    return std::all_of(values.begin(), values.end(),
+                       [](double value) { return std::isfinite(value); });
+}
+
+double errorOf(const Certificate& certificate) {
+    double largest = 0.0;
+    for (const Residual& residual : {certificate.primal, certificate.dual, certificate.gap}) {
+        if (std::isnan(residual.relative)) {
+            return Infinity;  // never better than anything
+        }
+        largest = std::max(largest, residual.relative);
+    }
+    return largest;
+}
+
+bool isBetter(const Judgement& a, const Judgement& b) {
+    return errorOf(a.certificate) < errorOf(b.certificate);
+}
+
+}  // namespace
+
+void BestPoint::consider(Point point, const WorkingSet& set) {
+    const Polishing polishing(control_);
+    const Judgement judgement = judged(point, set);
+    if (isEmpty() || isBetter(judgement, judgement_) ||
+        (!areFinite(point_.x) && areFinite(point.x))) {
+        point_ = std::move(point);
+        set_ = set;
+        judgement_ = judgement;
+    }
+}
+
+void BestPoint::considerWithoutMultipliers(Vector x, const WorkingSet& set) {
+    consider({std::move(x), Vector(problem_.scaled.m, 0.0), Vector(problem_.scaled.n, 0.0)}, set);
+}
+
+void BestPoint::considerRefined(Point point, const WorkingSet& set) {
+    const Polishing polishing(control_);
+    corrections_ += problem_.refinementOf(set).apply(point, MostCorrections);
+    consider(std::move(point), set);
+}
+
+void BestPoint::polish(Point point, const WorkingSet& set) {
+    constexpr double ToTheLastDigit = 1e-15;
+    const Polishing polishing(control_);
+    consider(point, set);
+    if (!isProved() || errorOf(judgement_.certificate) > ToTheLastDigit) {
+        considerRefined(std::move(point), set);
+    }
+}
+
+void BestPoint::considerAlongFlat() {
+    const Polishing polishing(control_);
+    Point point = point_;
+    const Refinement sharp(problem_.scaled, set_, 0.0);
+    corrections_ += sharp.apply(point, MostCorrections);
+    consider(std::move(point), WorkingSet(set_));
+}
+
+void BestPoint::widenGap(double relative) {
+    Residual& gap = judgement_.certificate.gap;
+    gap.relative = std::max(gap.relative, relative);
+}
+
+// Where all is solved as far as doubles can, and the rounding of large numbers is all that is left
+// to prove the objective by, more digits tell.
+Judgement BestPoint::judged(const Point& point, const WorkingSet& set) {
+    const Point users = problem_.scaling.unscaled(point);
+    Judgement judgement = judge(problem_.user, users);
+    const bool needsDigits =
+        judgement.error <= ExactToRounding &&
+        !judgement.certificate.holds(std::min(settings_.tolerance, ExactToRounding));
+    if (needsDigits && areFinite(point.x)) {
+        const Point digits =
+            problem_.scaling.unscaled(problem_.refinementOf(set).digitsBehind(point));
+        const Judgement behind = judge(problem_.user, users, &digits);
+        judgement = isBetter(behind, judgement) ? behind : judgement;
+    }
+    return judgement;
+}
+
+bool BestPoint::isProved() const {
+    return judgement_.certificate.holds(settings_.tolerance);
+}
+
+bool BestPoint::isExact() const {
+    return isProved() && judgement_.error <= ExactToRounding &&
+           judgement_.certificate.primal.relative <= FeasibleToRounding;
+}
+
+}  // namespace activeset::frontend

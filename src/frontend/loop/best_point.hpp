@@ -1,0 +1,67 @@
+// The best point that a solve has met, with what it is worth.
+#ifndef ACTIVESET_SRC_FRONTEND_LOOP_BEST_POINT_HPP
+#define ACTIVESET_SRC_FRONTEND_LOOP_BEST_POINT_HPP
+
+#include <limits>
+
+#include "frontend/core/control.hpp"
+#include "frontend/loop/problem_cache.hpp"
+#include "frontend/proof/certificate.hpp"
+
+namespace activeset::frontend {
+
+/// Points are in scaled variables; they are judged by the caller's data.
+class BestPoint {
+public:
+    BestPoint(Prepared& problem, const Settings& settings, Control& control)
+        : problem_(problem), settings_(settings), control_(control) {}
+
+    /// Keeps the point if its largest relative residual is smaller.
+    void consider(Point point, const WorkingSet& set);
+    /// Considers a point without multipliers, and without a working set.
+    void considerWithoutMultipliers(Vector x, const WorkingSet& set = {});
+    /// Considers the solution of the equations of the set, sought from the point.
+    void considerRefined(Point point, const WorkingSet& set);
+    /// Considers both, the second one unless the first one is exact.
+    void polish(Point point, const WorkingSet& set);
+    /// Considers the solution of the best point's set in which curvature counts that is left out
+    /// elsewhere because it may be rounding.
+    void considerAlongFlat();
+    /// The next point that is considered is kept.
+    void forget() { point_.x.clear(); }
+    /// Adds to the relative gap of the point, of which something is known that its residuals do not
+    /// tell.
+    void widenGap(double relative);
+
+    [[nodiscard]] bool isEmpty() const { return point_.x.empty(); }
+    /// Proved to the tolerance of the settings.
+    [[nodiscard]] bool isProved() const;
+    /// Proved, and solved as far as doubles can.
+    [[nodiscard]] bool isExact() const;
+
+    [[nodiscard]] const Point& point() const { return point_; }
+    [[nodiscard]] const WorkingSet& set() const { return set_; }
+    [[nodiscard]] const Judgement& judgement() const { return judgement_; }
+    /// Corrections made by refinement.
+    [[nodiscard]] std::size_t corrections() const { return corrections_; }
+
+private:
+    [[nodiscard]] Judgement judged(const Point& point, const WorkingSet& set);
+
+    Prepared& problem_;
+    const Settings& settings_;
+    Control& control_;
+    Point point_;
+    WorkingSet set_;
+    Judgement judgement_;
+    std::size_t corrections_ = 0;
+};
+
+/// A violation, in proportion, that may be nothing but the rounding of x and of data that agree.
+inline constexpr double FeasibleToRounding = 8.0 * std::numeric_limits<double>::epsilon();
+/// Residuals, in proportion, of a point that is solved as far as doubles can.
+inline constexpr double ExactToRounding = 1e-12;
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,73 @@
+// Farkas vectors and rays, in the caller's variables.
+#include "frontend/loop/caller_proofs.hpp"
+
+#include <cmath>
+#include <utility>
+
+#include "frontend/algebra/dense.hpp"
+#include "frontend/proof/farkas.hpp"
+#include "frontend/proof/ray.hpp"
+#include "frontend/proof/units.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr double FarkasTolerance = 1e-9;  // of the residual, relative
+constexpr double RayTolerance = 1e-12;    // of rays, which are refined
+
+// No proof in view of a point that satisfies the constraints and is within the radius for them.
+bool isRefuted(const Farkas& farkas, const Prepared& problem, const BestPoint& best) {
+    if (best.isEmpty() || !(best.judgement().certificate.primal.relative <= FarkasTolerance)) {
+        return false;
+    }
+    double size = 0.0;
+    for (const double entry : problem.scaling.unscaled({best.point().x, {}, {}}).x) {
+        size += std::abs(entry);
+    }
+    return size >= 0.5 * farkas.radius;
+}
+
+}  // namespace
+
+std::optional<Farkas> provenFarkas(const Prepared& problem, Vector y, const BestPoint& best) {
+    Farkas farkas =
+        judgeFarkas(problem.user, problem.scaling.unscaled({Vector(), std::move(y), Vector()}).y);
+    if (!holds(farkas, FarkasTolerance, leastSize(problem.user)) ||
+        isRefuted(farkas, problem, best)) {
+        return std::nullopt;
+    }
+    return farkas;
+}
+
+std::optional<Farkas> provenFarkasFar(const Prepared& problem, Vector y, const BestPoint& best) {
+    constexpr double Far = 1e12;
+    std::optional<Farkas> farkas = provenFarkas(problem, std::move(y), best);
+    if (farkas && !(farkas->radius >= Far * leastSize(problem.user))) {
+        farkas.reset();
+    }
+    return farkas;
+}
+
+std::optional<ProvenRay> provenRay(const Prepared& problem, const Vector& direction) {
+    Vector users = alongSides(problem.scaled, direction);
+    users = problem.scaling.unscaled({std::move(users), {}, {}}).x;
+    const double length = largestMagnitude(users);
+    if (!(length > 0.0 && length < Infinity)) {
+        return std::nullopt;
+    }
+    // The largest entry becomes 1 where that leaves the proof as it is; a power of two always does.
+    for (const double unit : {length, std::ldexp(1.0, std::ilogb(length))}) {
+        Vector candidate = users;
+        for (double& entry : candidate) {
+            entry /= unit;
+        }
+        const Ray ray = judgeRay(problem.user, candidate);
+        if (holds(ray, RayTolerance, leastSize(problem.user))) {
+            return ProvenRay{std::move(candidate), ray.residual};
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace activeset::frontend

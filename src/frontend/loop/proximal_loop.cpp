@@ -1,0 +1,315 @@
+// The steps of the loop.
+#include "frontend/loop/proximal_loop.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "frontend/algebra/dense.hpp"
+#include "frontend/loop/line_search.hpp"
+#include "frontend/problem/constraints.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr std::size_t MostProximalSteps = 200;
+constexpr int MostInexactProofs = 2;
+constexpr int FewSteadySteps = 3;
+constexpr double Steady = 0.1;  // of the pull of the step before
+
+// With a small enough weight the first minimum is one of a linear program itself, and without an H
+// the size of ρ does not touch the condition of the subproblem.
+double firstWeight(const Data& data) {
+    constexpr double OfCurvature = 1e-6;
+    constexpr double OfLinear = 1e-9;
+    return data.quadratic ? OfCurvature * largestMagnitude(data.H) : OfLinear;
+}
+
+double leastWeight(const Data& data) {
+    return 1e-10 * firstWeight(data);
+}
+
+double distance(const Vector& a, const Vector& b) {
+    double largest = 0.0;
+    for (std::size_t j = 0; j < a.size(); ++j) {
+        largest = std::max(largest, std::abs(a[j] - b[j]));
+    }
+    return largest;
+}
+
+Vector difference(const Vector& a, const Vector& b) {
+    Vector result = a;
+    axpy(-1.0, b.data(), result.data(), result.size());
+    return result;
+}
+
+}  // namespace
+
+Vector originOf(const Data& data) {
+    Vector x(data.n);
+    for (std::size_t j = 0; j < x.size(); ++j) {
+        x[j] = std::min(std::max(0.0, data.lower[j]), data.upper[j]);
+    }
+    return x;
+}
+
+ProximalLoop::ProximalLoop(Prepared& problem, const Settings& settings, Control& control)
+    : problem_(problem),
+      settings_(settings),
+      control_(control),
+      best_(problem, settings, control),
+      perturbation_(problem) {}
+
+void ProximalLoop::begin(Vector x, const WorkingSet& set) {
+    start_ = std::move(x);
+    startSet_ = set.size() != 0 ? Sides(problem_.scaled, set).workingSet() : WorkingSet();
+    reset();
+}
+
+// As if nothing had been done, but for the best point.
+void ProximalLoop::reset() {
+    perturbation_.takeOff();
+    stage_ = Stage::Begin;
+    centre_ = start_;
+    set_ = startSet_;
+    rho_ = problem_.convexity().kind == Convexity::Strict ? 0.0 : firstWeight(problem_.scaled);
+    precision_ = {};
+    lastPull_ = Infinity;
+    steadySteps_ = 0;
+    failures_ = 0;
+    inexactProofs_ = 0;
+}
+
+bool ProximalLoop::startOver() {
+    const Vector origin = originOf(problem_.scaled);
+    const bool isFromElsewhere =
+        startSet_.size() != 0 || largestMagnitude(start_) > largestMagnitude(origin);
+    if (isFromElsewhere) {  // a start that does not serve is dropped
+        predicting_ = Predicting::Allowed;
+        begin(origin, {});
+        return true;
+    }
+    const bool hasPredicted = effort_.guesses + effort_.dualSteps > 0;
+    if (hasPredicted && predicting_ != Predicting::Off) {  // predictions have led astray
+        predicting_ = Predicting::Off;
+        reset();
+        return true;
+    }
+    return false;
+}
+
+bool ProximalLoop::provesStart() {
+    const bool isPredicted = rho_ == 0.0 && mayPredict();
+    if (isPredicted || set_.size() == 0) {
+        return false;
+    }
+    best_.considerRefined({centre_, Vector(problem_.scaled.m, 0.0), Vector(problem_.scaled.n, 0.0)},
+                          set_);
+    return best_.isProved();
+}
+
+LoopEnd ProximalLoop::run() {
+    Next end;
+    while (!end) {
+        switch (std::exchange(stage_, Stage::Begin)) {
+            case Stage::Begin:
+                end = beginStep();
+                break;
+            case Stage::Core:
+                end = runOnCore();
+                break;
+            case Stage::Recentre:
+                end = recentre();
+                break;
+        }
+    }
+    return *end;
+}
+
+ProximalLoop::Next ProximalLoop::beginStep() {
+    control_.poll();
+    if (control_.mustEnd()) {
+        return LoopEnd::Stopped;
+    }
+    effort_.proximalSteps += rho_ > 0.0 ? 1 : 0;
+    stage_ = Stage::Core;  // unless a prediction is enough
+    return predictMinimum();
+}
+
+ProximalLoop::Next ProximalLoop::runOnCore() {
+    const Run run = runOfStep();
+    effort_.exitCode = run.exitCode;
+    const Lowering& form = problem_.lowering();
+    switch (run.end) {
+        case RunEnd::Optimal: {
+            Point point;
+            form.multipliers(run.lambda.data(), point.y, point.z);
+            point.x = run.x;
+            return takeMinimum(std::move(point), form.fromCore(run.set, run.droppedEqualities));
+        }
+        case RunEnd::Infeasible: {
+            claim_ = {};
+            if (!run.phaseOneLambda.empty()) {
+                Vector z;
+                form.multipliers(run.phaseOneLambda.data(), claim_.y, z);
+                if (!run.x.empty()) {
+                    best_.considerWithoutMultipliers(run.x);
+                }
+            }
+            return LoopEnd::ClaimsInfeasible;
+        }
+        case RunEnd::Stopped:
+            considerReached(run);
+            return LoopEnd::Stopped;
+        default:
+            if (!run.x.empty()) {
+                centre_ = run.x;
+                set_ = form.fromCore(run.set, run.droppedEqualities);
+            }
+            return fail(run.end == RunEnd::NotDefinite ? Failure::NotDefinite : Failure::Core);
+    }
+}
+
+Run ProximalLoop::runOfStep() {
+    Vector c = problem_.scaled.c;
+    axpy(-rho_, centre_.data(), c.data(), c.size());
+    // What rounding makes of a point far out is no violation.
+    constexpr double Rounding = 1e-14;
+    Precision precision = precision_;
+    precision.violation = std::max(precision.violation, Rounding * largestMagnitude(centre_));
+    return runCore(problem_.lowering(), problem_.hessianPlus(rho_), c, centre_,
+                   problem_.lowering().toCore(set_), precision, control_,
+                   [this](const double* x) { return problem_.progressAt(x); });
+}
+
+// What a run has reached that was stopped: as it is, for the solution of its working set may lie
+// beyond other constraints. A feasible point is worth more than what was better in another way.
+void ProximalLoop::considerReached(const Run& run) {
+    if (run.x.empty() || best_.isProved()) {
+        return;
+    }
+    Point point;
+    problem_.lowering().multipliers(run.lambda.data(), point.y, point.z);
+    point.x = run.x;
+    const Vector users = problem_.scaling.unscaled({run.x, {}, {}}).x;
+    if (violation(problem_.user, users).relative <= settings_.tolerance) {
+        best_.forget();
+    }
+    best_.consider(std::move(point), problem_.lowering().fromCore(run.set, run.droppedEqualities));
+}
+
+// A minimum of the step: is it one of the problem?
+ProximalLoop::Next ProximalLoop::takeMinimum(Point point, const WorkingSet& set) {
+    minimum_ = point.x;
+    set_ = set;
+    best_.polish(std::move(point), set);
+    if (best_.isProved()) {
+        if (best_.isExact() || ++inexactProofs_ > MostInexactProofs) {
+            return LoopEnd::Proved;
+        }
+        doNotPredict();  // the core meets its constraints to the last digit
+    }
+    if (perturbation_.isOn()) {
+        perturbation_.takeOff();
+        centre_ = minimum_;
+        return std::nullopt;
+    }
+    const double step = distance(minimum_, centre_);
+    drift_ = {{}, rho_ * step > Steady * lastPull_, steadySteps_ >= FewSteadySteps};
+    if (rho_ > 0.0 && step > 0.0 && (drift_.isSteady || drift_.isLasting)) {
+        drift_.direction = difference(minimum_, centre_);
+        stage_ = Stage::Recentre;
+        return LoopEnd::Drifts;
+    }
+    return recentre();
+}
+
+// The next step: from the minimum, with less weight on staying there.
+ProximalLoop::Next ProximalLoop::recentre() {
+    constexpr double NoStep = 1e-13;
+    const double step = distance(minimum_, centre_);
+    const double pull = rho_ * step;
+    const Vector last = std::exchange(centre_, minimum_);
+    const bool isSteady = !(pull < Steady * lastPull_);
+    const bool isOneTooMany = effort_.proximalSteps > MostProximalSteps;
+    if (isSteady && rho_ > 0.0 && !isOneTooMany && prolong(last)) {
+        lastPull_ = Infinity;
+        return std::nullopt;
+    }
+    const bool hasConverged =
+        rho_ == 0.0 || step <= NoStep * std::max(1.0, largestMagnitude(minimum_));
+    if (hasConverged || isOneTooMany) {
+        doNotPredict();
+        return fail(Failure::NoProof);
+    }
+    if (isSteady) {
+        rho_ = std::max(0.1 * rho_, leastWeight(problem_.scaled));
+        ++steadySteps_;
+    }
+    lastPull_ = pull;
+    return std::nullopt;
+}
+
+// Steps that do not get shorter go the same way, along which a slope may be tiny and its end far.
+bool ProximalLoop::prolong(const Vector& last) {
+    const Data& data = problem_.scaled;
+    if (!mayProlong_) {
+        return false;
+    }
+    Vector direction = difference(centre_, last);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        constexpr double Near = 1e-12;  // where a bound is met the step goes along it
+        const double bound = direction[j] > 0.0 ? data.upper[j] : data.lower[j];
+        if (std::isfinite(bound) && std::abs(bound - centre_[j]) <= Near * std::abs(bound)) {
+            centre_[j] = bound;
+            direction[j] = 0.0;
+        }
+    }
+    const double t = lineSearch(data, centre_, direction);
+    if (!(t >= 1.0)) {
+        return false;
+    }
+    for (std::size_t j = 0; j < data.n; ++j) {
+        const double x = centre_[j] + t * direction[j];
+        centre_[j] = std::min(std::max(x, data.lower[j]), data.upper[j]);
+    }
+    return true;
+}
+
+ProximalLoop::Next ProximalLoop::fail(Failure failure) {
+    failure_ = failure;
+    return LoopEnd::Failed;
+}
+
+bool ProximalLoop::recover() {
+    if (++failures_ > MostFailures) {
+        return false;
+    }
+    switch (failure_) {
+        case Failure::NoProof:
+            precision_.violation = std::max(1e-14, 0.1 * precision_.violation);
+            precision_.step = std::max(1e-15, 0.1 * precision_.step);
+            precision_.multiplier = 0.1 * precision_.multiplier;
+            // Far out a step may be short only because it is lost in the rounding of the point.
+            rho_ = rho_ > 0.0 ? std::max(1e-2 * rho_, leastWeight(problem_.scaled))
+                              : firstWeight(problem_.scaled);
+            break;
+        case Failure::NotDefinite:
+            rho_ = rho_ > 0.0 ? 100.0 * rho_ : firstWeight(problem_.scaled);
+            break;
+        case Failure::Core:
+            perturbation_.putOn(failures_);
+            break;
+    }
+    return true;
+}
+
+void ProximalLoop::resumeFrom(Vector x, Lowering form) {
+    problem_.setLowering(std::move(form));
+    centre_ = std::move(x);
+    set_ = {};
+    stage_ = Stage::Begin;
+}
+
+}  // namespace activeset::frontend

@@ -1,0 +1,145 @@
+// The proximal-point loop. Where H is singular each step minimises ½xᵀHx + cᵀx + ½ρ‖x − xₖ‖², and
+// its minimum is the next xₖ; the limit is a minimum of the problem itself (Rockafellar 1976). As
+// soon as a working set is the right one, refinement without the proximal term shows it. Where H is
+// positive definite ρ is 0, and the first step is the last one.
+#ifndef ACTIVESET_SRC_FRONTEND_LOOP_PROXIMAL_LOOP_HPP
+#define ACTIVESET_SRC_FRONTEND_LOOP_PROXIMAL_LOOP_HPP
+
+#include <optional>
+
+#include "frontend/core/core_run.hpp"
+#include "frontend/loop/best_point.hpp"
+#include "frontend/loop/perturbation.hpp"
+#include "frontend/loop/problem_cache.hpp"
+
+namespace activeset::frontend {
+
+/// How a loop ends. It can go on after each of these but the first and the last.
+enum class LoopEnd {
+    Proved,            ///< the best point is proved
+    ClaimsInfeasible,  ///< see claim()
+    Drifts,            ///< steps do not get shorter, see drift()
+    Failed,            ///< a run of the core, or steps that ended without a proof; see recover()
+    Stopped            ///< by the control
+};
+
+/// Multipliers by which the rows contradict one another, as far as a run tells.
+struct InfeasibilityClaim {
+    Vector y;                  ///< in scaled variables; empty where the run has none
+    bool isPredicted = false;  ///< by a prediction: the core may still find a point
+};
+
+struct Drift {
+    Vector direction;        ///< the last step, in scaled variables
+    bool isSteady = false;   ///< it pulled nearly as much as the one before
+    bool isLasting = false;  ///< some steps before did so, too
+};
+
+/// What a loop has done.
+struct Effort {
+    int exitCode = -5;  ///< of the last run of the core
+    bool wasPredicted = false;
+    std::size_t guesses = 0;        ///< rounds of predictions
+    std::size_t dualSteps = 0;      ///< of predictions
+    std::size_t proximalSteps = 0;  ///< with ρ > 0
+};
+
+class ProximalLoop {
+public:
+    /// Keeps references to all three. Begins nowhere: see begin().
+    ProximalLoop(Prepared& problem, const Settings& settings, Control& control);
+    ProximalLoop(const ProximalLoop&) = delete;
+    ProximalLoop& operator=(const ProximalLoop&) = delete;
+    ~ProximalLoop() = default;
+
+    /// Chooses a start, in scaled variables.
+    void begin(Vector x, const WorkingSet& set);
+    /// Whether the equations of the first working set have a solution that proves itself. It is not
+    /// asked where a prediction begins with that set anyway.
+    [[nodiscard]] bool provesStart();
+    /// Takes steps until there is something to decide; called again, goes on.
+    [[nodiscard]] LoopEnd run();
+    /// Begins again, but for the best point: from the origin, then without predictions. False when
+    /// nothing is left to try.
+    [[nodiscard]] bool startOver();
+
+    /// After Failed: what may help, more weight on staying, sides that are perturbed, or more
+    /// precision. False when the loop has failed too often.
+    [[nodiscard]] bool recover();
+    /// After ClaimsInfeasible: false when that, too, was once too often.
+    [[nodiscard]] bool mayGoOn() { return ++failures_ <= MostFailures; }
+    /// Goes on from this point, with another form of the constraints for the core.
+    void resumeFrom(Vector x, Lowering form);
+    /// Steps that do not get shorter may be prolonged from now on: they are no ray.
+    void allowLongSteps() { mayProlong_ = true; }
+
+    [[nodiscard]] const InfeasibilityClaim& claim() const { return claim_; }
+    [[nodiscard]] const Drift& drift() const { return drift_; }
+    [[nodiscard]] const Vector& centre() const { return centre_; }
+    [[nodiscard]] BestPoint& best() { return best_; }
+    [[nodiscard]] const Effort& effort() const { return effort_; }
+    void considerStart() { best_.considerWithoutMultipliers(start_, startSet_); }
+    /// Considers the start if no run has come to a point.
+    void ensurePoint() {
+        if (best_.isEmpty()) {
+            considerStart();
+        }
+    }
+
+private:
+    static constexpr int MostFailures = 6;
+
+    enum class Stage { Begin, Core, Recentre };
+    enum class Failure { NoProof, NotDefinite, Core };
+    enum class Predicting { Allowed, UntilNextStart, Off };
+    using Next = std::optional<LoopEnd>;  ///< without one the loop goes on
+
+    void reset();
+    [[nodiscard]] Next beginStep();
+    [[nodiscard]] bool isWatched() const;
+    [[nodiscard]] bool mayPredict() const;
+    [[nodiscard]] Next predictMinimum();
+    [[nodiscard]] Next takePredicted(Point point, const WorkingSet& set);
+    [[nodiscard]] Next runOnCore();
+    [[nodiscard]] Run runOfStep();
+    void considerReached(const Run& run);
+    [[nodiscard]] Next takeMinimum(Point point, const WorkingSet& set);
+    [[nodiscard]] Next recentre();
+    [[nodiscard]] bool prolong(const Vector& last);
+    [[nodiscard]] Next fail(Failure failure);
+    void doNotPredict();
+
+    Prepared& problem_;
+    const Settings& settings_;
+    Control& control_;
+    BestPoint best_;
+    Perturbation perturbation_;
+    Effort effort_;
+    Vector start_;
+    WorkingSet startSet_;
+    Predicting predicting_ = Predicting::Allowed;
+    bool mayProlong_ = false;
+
+    // since the start
+    Stage stage_ = Stage::Begin;
+    Vector centre_;
+    WorkingSet set_;              ///< where the next step begins
+    double rho_ = 0.0;            ///< weight of the proximal term; 0 for the problem itself
+    Precision precision_;         ///< of runs of the core
+    double lastPull_ = Infinity;  ///< ρ·‖step‖ of the last step
+    int steadySteps_ = 0;         ///< that pulled nearly as much as the one before
+    int failures_ = 0;
+    int inexactProofs_ = 0;  ///< within the tolerance, not within rounding
+
+    Vector minimum_;  ///< of the step that is judged
+    InfeasibilityClaim claim_;
+    Drift drift_;
+    Failure failure_ = Failure::NoProof;
+};
+
+/// The point between the bounds that is nearest to zero, where points have the most digits.
+[[nodiscard]] Vector originOf(const Data& data);
+
+}  // namespace activeset::frontend
+
+#endif
