@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the seeds of the targets that decode bytes: corpus/entry/, corpus/classes/
-and corpus/frontend/.
+"""Writes the seeds of the targets that decode bytes: corpus/entry/, corpus/classes/,
+corpus/frontend/ and corpus/c_interface/.
 
 A seed is a few chosen bytes, which settle sizes or the part of the library that is used, and then the
 bytes of a seeded generator, which the target reads as a problem or as a row of operations. Any bytes
@@ -36,6 +36,10 @@ def main():
     for k in range(42):
         generator = random.Random(200 + k)
         write("frontend", f"seed_{k:02}", [k % 14, k % 8], 200 + 5 * k, generator)
+    # A style of problem; then one solve, a sequence or a batch.
+    for k in range(28):
+        generator = random.Random(300 + k)
+        write("c_interface", f"seed_{k:02}", [k % 14, k % 4], 200 + 5 * k, generator)
 
 
 if __name__ == "__main__":

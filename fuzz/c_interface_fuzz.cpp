@@ -1,0 +1,293 @@
+// The C interface under any calls: it returns a code, writes what it was given room for and nothing
+// else, a call that fails changes nothing, and a solve gives the bits of the front end's.
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "activeset/activeset.h"
+#include "c_interface_data.hpp"
+#include "frontend_problem.hpp"
+#include "judge.hpp"
+#include "support/exact/judge.hpp"
+
+namespace activeset::fuzz {
+namespace {
+
+using test::Style;
+
+template <auto Function>
+struct Frees {
+    template <class Handle>
+    void operator()(Handle* handle) const {
+        Function(handle);
+    }
+};
+using ProblemHandle = std::unique_ptr<activeset_problem, Frees<activeset_problem_free>>;
+using SolverHandle = std::unique_ptr<activeset_solver, Frees<activeset_solver_free>>;
+
+constexpr std::uint8_t Canary = 0xA5;
+
+void succeed(int code) {
+    require(code == ACTIVESET_OK, "a sound call has an error");
+}
+void refuse(int code) {
+    require(code == ACTIVESET_BAD_ARGUMENT, "a call without sense is not refused");
+}
+
+ProblemHandle problemOf(const Data& data) {
+    activeset_problem* made = nullptr;
+    succeed(activeset_problem_new(static_cast<std::int64_t>(data.n),
+                                  static_cast<std::int64_t>(data.m), &made));
+    ProblemHandle problem(made);
+    succeed(activeset_problem_set_hessian(made, data.H.data, data.H.leading, data.H.order));
+    succeed(activeset_problem_set_linear(made, data.c.data(), 0.0));
+    succeed(activeset_problem_set_rows(made, data.A.data, data.A.leading, data.A.order));
+    succeed(activeset_problem_set_row_sides(made, data.rowLower.data(), data.rowUpper.data()));
+    succeed(activeset_problem_set_bounds(made, data.lower.data(), data.upper.data()));
+    if (data.start.size() == data.n) {
+        succeed(activeset_problem_set_start(made, data.start.data()));
+    }
+    return problem;
+}
+
+/// Calls that make no sense, on a handle that has to stay as it is.
+void misuse(activeset_problem* problem, Bytes& bytes) {
+    constexpr std::array<std::int64_t, 4> NoLeading{-1, INT64_MIN, INT64_MAX,
+                                                    std::int64_t{1} << 40};
+    const double one = 1.0;
+    activeset_problem* none = nullptr;
+    activeset_result result;
+    activeset_result_init(&result);
+    std::int64_t count = 0;
+    switch (bytes.below(8)) {
+        case 0:
+            return refuse(activeset_problem_set_hessian(problem, &one, NoLeading.at(bytes.below(4)),
+                                                        ACTIVESET_COLUMN_MAJOR));
+        case 1:
+            return refuse(
+                activeset_problem_set_rows(problem, &one, 0, 2 + static_cast<int>(bytes.below(9))));
+        case 2:
+            return refuse(activeset_problem_new(NoLeading.at(bytes.below(4)), 1, &none));
+        case 3:
+            return refuse(activeset_problem_set_bounds(nullptr, &one, &one));
+        case 4:
+            return refuse(activeset_faults(problem, nullptr,
+                                           1 + static_cast<std::int64_t>(bytes.below(9)), &count));
+        case 5:
+            result.struct_size = bytes.below(200);
+            return refuse(activeset_solve(problem, nullptr, &result));
+        case 6: {
+            activeset_options options;
+            activeset_options_init(&options);
+            options.start_mode = 3 + static_cast<std::int32_t>(bytes.below(99));
+            return refuse(activeset_solve(problem, &options, &result));
+        }
+        default:
+            return refuse(activeset_solve(problem, nullptr, nullptr));
+    }
+}
+
+/// A result with room for some of the arrays, perhaps of a program that knows a longer struct.
+class Room {
+public:
+    Room(std::size_t n, std::size_t m, Bytes& bytes)
+        : n_(n), m_(m), bytes_(sizeof(activeset_result) + 64, Canary) {
+        activeset_result fresh;
+        activeset_result_init(&fresh);
+        if (bytes.oneIn(4)) {
+            fresh.struct_size += 1 + bytes.below(64);
+        }
+        fresh.x = array(n, bytes);
+        fresh.y = array(m, bytes);
+        fresh.z = array(n, bytes);
+        fresh.farkas_y = array(m, bytes);
+        fresh.farkas_z = array(n, bytes);
+        fresh.direction = array(n, bytes);
+        fresh.row_sides = sides(m, bytes);
+        fresh.bound_sides = sides(n, bytes);
+        message_.assign(bytes.below(40), 'x');
+        fresh.message = message_.empty() ? nullptr : message_.data();
+        fresh.message_size = static_cast<std::int64_t>(message_.size());
+        std::memcpy(bytes_.data(), &fresh, sizeof fresh);
+    }
+
+    activeset_result* get() { return reinterpret_cast<activeset_result*>(bytes_.data()); }
+
+    void judge(const Result& expected) {
+        const activeset_result& r = *get();
+        require(std::all_of(bytes_.begin() + sizeof r, bytes_.end(),
+                            [](std::uint8_t byte) { return byte == Canary; }),
+                "members that this version does not have were written");
+        require(r.status == static_cast<std::int32_t>(expected.status), "another status");
+        isAs(r.x, expected.x, n_);
+        isAs(r.y, expected.y, m_);
+        isAs(r.z, expected.z, n_);
+        isAs(r.farkas_y, expected.farkas ? expected.farkas->y : std::vector<double>(), m_);
+        isAs(r.farkas_z, expected.farkas ? expected.farkas->z : std::vector<double>(), n_);
+        isAs(r.direction, expected.direction, n_);
+        require(expected.x.empty() || isSame(r.objective, expected.objective), "another objective");
+        require(r.message == nullptr ||
+                    std::memchr(r.message, 0, static_cast<std::size_t>(r.message_size)) != nullptr,
+                "a text without an end");
+        std::size_t held = 0;
+        for (std::size_t i = 0; r.row_sides != nullptr && i < m_; ++i) {
+            held += r.row_sides[i] != ACTIVESET_FREE ? 1U : 0U;
+        }
+        const WorkingSet& set = expected.workingSet;
+        require(r.row_sides == nullptr ||
+                    held == set.equalities.size() + set.rowsAtLower.size() + set.rowsAtUpper.size(),
+                "another working set");
+    }
+
+private:
+    double* array(std::size_t size, Bytes& bytes) {
+        return bytes.oneIn(5) ? nullptr : arrays_.emplace_back(size).data();
+    }
+    std::int8_t* sides(std::size_t size, Bytes& bytes) {
+        return bytes.oneIn(5) ? nullptr : sides_.emplace_back(size).data();
+    }
+    static void isAs(const double* written, const std::vector<double>& expected, std::size_t size) {
+        for (std::size_t i = 0; written != nullptr && i < size; ++i) {
+            require(
+                expected.size() == size ? isSame(written[i], expected[i]) : std::isnan(written[i]),
+                "other bits than the front end's");
+        }
+    }
+
+    std::size_t n_;
+    std::size_t m_;
+    std::vector<std::uint8_t> bytes_;
+    std::list<std::vector<double>> arrays_{};
+    std::list<std::vector<std::int8_t>> sides_{};
+    std::vector<char> message_{};
+};
+
+void runSolve(const Data& data, Bytes& bytes) {
+    const ProblemHandle problem = problemOf(data);
+    for (std::size_t k = bytes.below(4); k > 0; --k) {
+        misuse(problem.get(), bytes);
+    }
+    Room room(data.n, data.m, bytes);
+    succeed(activeset_solve(problem.get(), nullptr, room.get()));
+    const Result expected = activeset::solve(data.view);
+    room.judge(expected);
+    if (expected.status != Status::Invalid) {
+        const std::string wrong = test::exact::falseClaim(data.sample, expected, 1e-9, 0.0);
+        require(wrong.empty(), wrong);
+    }
+    std::array<activeset_fault, 3> faults{};
+    for (activeset_fault& fault : faults) {
+        fault.struct_size = sizeof fault;
+    }
+    std::int64_t count = -1;
+    succeed(activeset_faults(problem.get(), faults.data(), 3, &count));
+    require(count == static_cast<std::int64_t>(faultsOf(data.view).size()), "other faults");
+}
+
+/// The same replacements in both; on the way a callback that solves, which is refused.
+void runSequence(const Data& first, Style style, Bytes& bytes) {
+    const ProblemHandle problem = problemOf(first);
+    activeset_solver* made = nullptr;
+    succeed(activeset_solver_new(problem.get(), nullptr, &made));
+    const SolverHandle solver(made);
+    Solver expected(first.view);
+    std::list<Data> others;
+    for (std::size_t step = 1 + bytes.below(5); step > 0; --step) {
+        ByteChoices choices(bytes);
+        const Data& next = others.emplace_back(test::caseOf(style, choices, 4).sample, bytes);
+        if (next.n == first.n && next.m == first.m) {
+            if (bytes.oneIn(2) && next.A.data != nullptr) {
+                succeed(activeset_solver_set_rows(made, next.A.data, next.A.leading, next.A.order));
+                expected.setRows(next.view.A);
+            }
+            succeed(activeset_solver_set_linear(made, next.c.data(), 0.0));
+            expected.setLinear(next.view.c, 0.0);
+            succeed(activeset_solver_set_bounds(made, next.lower.data(), next.upper.data()));
+            expected.setBounds(next.view.lower, next.view.upper);
+        }
+        refuse(activeset_solver_set_linear(nullptr, next.c.data(), 0.0));
+        Room room(first.n, first.m, bytes);
+        succeed(activeset_solver_solve(made, room.get()));
+        room.judge(expected.solve());
+    }
+}
+
+void runBatch(const Data& data, Bytes& bytes) {
+    const std::size_t count = 1 + bytes.below(3);
+    if (data.H.leading > static_cast<std::int64_t>(data.n) || data.H.order != data.A.order ||
+        data.A.leading >
+            static_cast<std::int64_t>(data.A.order == ACTIVESET_COLUMN_MAJOR ? data.m : data.n) ||
+        (data.A.data == nullptr && data.m > 0)) {
+        return;  // a batch has one order and no gaps
+    }
+    std::vector<double> costs;
+    std::vector<Result> expected;
+    for (std::size_t k = 0; k < count; ++k) {
+        for (std::size_t j = 0; j < data.n; ++j) {
+            costs.push_back(data.c.empty() || k == 0 ? bytes.small() : data.c[j]);
+        }
+    }
+    std::vector<double> x(count * data.n), y(count * data.m);
+    std::vector<std::int32_t> status(count);
+    activeset_batch batch;
+    activeset_batch_init(&batch);
+    batch.count = static_cast<std::int64_t>(count);
+    batch.n = static_cast<std::int64_t>(data.n);
+    batch.m = static_cast<std::int64_t>(data.m);
+    batch.order = data.H.order;
+    batch.threads = 1 + static_cast<std::int32_t>(bytes.below(2));
+    batch.H = data.H.data;
+    batch.A = data.A.data;
+    batch.c = costs.data();
+    batch.c_stride = batch.n;
+    batch.row_lower = data.rowLower.data();
+    batch.row_upper = data.rowUpper.data();
+    batch.lower = data.lower.data();
+    batch.upper = data.upper.data();
+    batch.x = x.data();
+    batch.y = y.data();
+    batch.status = status.data();
+    succeed(activeset_solve_batch(&batch, nullptr));
+    for (std::size_t k = 0; k < count; ++k) {
+        Problem one = data.view;
+        one.start = {};
+        one.c = VectorView(costs.data() + k * data.n, data.n);
+        const Result alone = activeset::solve(one);
+        require(status[k] == static_cast<std::int32_t>(alone.status), "a batch has another status");
+        for (std::size_t j = 0; j < data.n && alone.x.size() == data.n; ++j) {
+            require(isSame(x[k * data.n + j], alone.x[j]), "a batch has other bits");
+        }
+    }
+    batch.threads = -1;
+    refuse(activeset_solve_batch(&batch, nullptr));
+}
+
+void run(Bytes& bytes) {
+    const auto style = static_cast<Style>(bytes.below(test::StyleNames.size()));
+    const std::size_t kind = bytes.below(4);
+    ByteChoices choices(bytes);
+    const Data data(test::caseOf(style, choices, 4).sample, bytes);
+    if (kind < 2) {
+        runSolve(data, bytes);
+    } else if (kind == 2) {
+        runSequence(data, style, bytes);
+    } else {
+        runBatch(data, bytes);
+    }
+}
+
+}  // namespace
+}  // namespace activeset::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace activeset::fuzz;
+    Bytes bytes(data, size);
+    const LeakCheck leaks;
+    run(bytes);
+    leaks.judge();
+    return 0;
+}
