@@ -154,6 +154,7 @@ ACTIVESET_C_API void activeset_stop_free(activeset_stop* stop);
  * in a signal handler. */
 ACTIVESET_C_API void activeset_interrupt_all(int flag);
 
+/* How a problem is solved, and when to give up. */
 typedef struct activeset_options {
     size_t struct_size;
     double tolerance;   /* relative size up to which residuals support ACTIVESET_OPTIMAL; (0, 1] */

@@ -220,6 +220,7 @@ enum class Start {
     Cold        ///< at Problem::start
 };
 
+/// How a problem is solved, and when to give up.
 struct Settings {
     /// Relative size up to which residuals support `Status::Optimal`, and so of the error that the
     /// objective may have; more than 0, at most 1.
@@ -277,6 +278,7 @@ struct Farkas {
     double radius = 0.0;
 };
 
+/// The work that a solve took.
 struct Iterations {
     std::size_t phaseOne = 0;
     std::size_t main = 0;
@@ -368,6 +370,7 @@ private:
     std::unique_ptr<Kept> kept_;
 };
 
+/// How many problems are solved.
 struct ManySettings {
     /// Of every solve. Its callback is called from several threads at the same time.
     Settings each{};
