@@ -17,6 +17,9 @@ add_custom_command(
     VERBATIM)
 add_custom_target(activeset_static_package ALL DEPENDS ${static_library})
 install(FILES ${static_library} DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# From the file to the prefix, so that the prefix can be moved.
+file(RELATIVE_PATH ACTIVESET_PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" ACTIVESET_PC_PREFIX ${ACTIVESET_PC_PREFIX})
 configure_file(${CMAKE_CURRENT_LIST_DIR}/activeset.pc.in ${PROJECT_BINARY_DIR}/activeset.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/activeset.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
