@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "frontend/algebra/dense.hpp"
-#include "frontend/loop/line_search.hpp"
+#include "frontend/loop/proximal_weight.hpp"
 #include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
@@ -17,18 +17,6 @@ constexpr std::size_t MostProximalSteps = 200;
 constexpr int MostInexactProofs = 2;
 constexpr int FewSteadySteps = 3;
 constexpr double Steady = 0.1;  // of the pull of the step before
-
-// With a small enough weight the first minimum is one of a linear program itself, and without an H
-// the size of ρ does not touch the condition of the subproblem.
-double firstWeight(const Data& data) {
-    constexpr double OfCurvature = 1e-6;
-    constexpr double OfLinear = 1e-9;
-    return data.quadratic ? OfCurvature * largestMagnitude(data.H) : OfLinear;
-}
-
-double leastWeight(const Data& data) {
-    return 1e-10 * firstWeight(data);
-}
 
 double distance(const Vector& a, const Vector& b) {
     double largest = 0.0;
@@ -79,24 +67,6 @@ void ProximalLoop::reset() {
     steadySteps_ = 0;
     failures_ = 0;
     inexactProofs_ = 0;
-}
-
-bool ProximalLoop::startOver() {
-    const Vector origin = originOf(problem_.scaled);
-    const bool isFromElsewhere =
-        startSet_.size() != 0 || largestMagnitude(start_) > largestMagnitude(origin);
-    if (isFromElsewhere) {  // a start that does not serve is dropped
-        predicting_ = Predicting::Allowed;
-        begin(origin, {});
-        return true;
-    }
-    const bool hasPredicted = effort_.guesses + effort_.dualSteps > 0;
-    if (hasPredicted && predicting_ != Predicting::Off) {  // predictions have led astray
-        predicting_ = Predicting::Off;
-        reset();
-        return true;
-    }
-    return false;
 }
 
 bool ProximalLoop::provesStart() {
@@ -249,67 +219,6 @@ ProximalLoop::Next ProximalLoop::recentre() {
     }
     lastPull_ = pull;
     return std::nullopt;
-}
-
-// Steps that do not get shorter go the same way, along which a slope may be tiny and its end far.
-bool ProximalLoop::prolong(const Vector& last) {
-    const Data& data = problem_.scaled;
-    if (!mayProlong_) {
-        return false;
-    }
-    Vector direction = difference(centre_, last);
-    for (std::size_t j = 0; j < data.n; ++j) {
-        constexpr double Near = 1e-12;  // where a bound is met the step goes along it
-        const double bound = direction[j] > 0.0 ? data.upper[j] : data.lower[j];
-        if (std::isfinite(bound) && std::abs(bound - centre_[j]) <= Near * std::abs(bound)) {
-            centre_[j] = bound;
-            direction[j] = 0.0;
-        }
-    }
-    const double t = lineSearch(data, centre_, direction);
-    if (!(t >= 1.0)) {
-        return false;
-    }
-    for (std::size_t j = 0; j < data.n; ++j) {
-        const double x = centre_[j] + t * direction[j];
-        centre_[j] = std::min(std::max(x, data.lower[j]), data.upper[j]);
-    }
-    return true;
-}
-
-ProximalLoop::Next ProximalLoop::fail(Failure failure) {
-    failure_ = failure;
-    return LoopEnd::Failed;
-}
-
-bool ProximalLoop::recover() {
-    if (++failures_ > MostFailures) {
-        return false;
-    }
-    switch (failure_) {
-        case Failure::NoProof:
-            precision_.violation = std::max(1e-14, 0.1 * precision_.violation);
-            precision_.step = std::max(1e-15, 0.1 * precision_.step);
-            precision_.multiplier = 0.1 * precision_.multiplier;
-            // Far out a step may be short only because it is lost in the rounding of the point.
-            rho_ = rho_ > 0.0 ? std::max(1e-2 * rho_, leastWeight(problem_.scaled))
-                              : firstWeight(problem_.scaled);
-            break;
-        case Failure::NotDefinite:
-            rho_ = rho_ > 0.0 ? 100.0 * rho_ : firstWeight(problem_.scaled);
-            break;
-        case Failure::Core:
-            perturbation_.putOn(failures_);
-            break;
-    }
-    return true;
-}
-
-void ProximalLoop::resumeFrom(Vector x, Lowering form) {
-    problem_.setLowering(std::move(form));
-    centre_ = std::move(x);
-    set_ = {};
-    stage_ = Stage::Begin;
 }
 
 }  // namespace activeset::frontend

@@ -1,0 +1,92 @@
+// What the loop does where plain steps are not enough: long ones, other numbers, other starts.
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "frontend/loop/line_search.hpp"
+#include "frontend/loop/proximal_loop.hpp"
+#include "frontend/loop/proximal_weight.hpp"
+
+namespace activeset::frontend {
+
+// Steps that do not get shorter go the same way, along which a slope may be tiny and its end far.
+bool ProximalLoop::prolong(const Vector& last) {
+    const Data& data = problem_.scaled;
+    if (!mayProlong_) {
+        return false;
+    }
+    Vector direction = centre_;
+    axpy(-1.0, last.data(), direction.data(), direction.size());
+    for (std::size_t j = 0; j < data.n; ++j) {
+        constexpr double Near = 1e-12;  // where a bound is met the step goes along it
+        const double bound = direction[j] > 0.0 ? data.upper[j] : data.lower[j];
+        if (std::isfinite(bound) && std::abs(bound - centre_[j]) <= Near * std::abs(bound)) {
+            centre_[j] = bound;
+            direction[j] = 0.0;
+        }
+    }
+    const double t = lineSearch(data, centre_, direction);
+    if (!(t >= 1.0)) {
+        return false;
+    }
+    for (std::size_t j = 0; j < data.n; ++j) {
+        const double x = centre_[j] + t * direction[j];
+        centre_[j] = std::min(std::max(x, data.lower[j]), data.upper[j]);
+    }
+    return true;
+}
+
+ProximalLoop::Next ProximalLoop::fail(Failure failure) {
+    failure_ = failure;
+    return LoopEnd::Failed;
+}
+
+bool ProximalLoop::recover() {
+    if (++failures_ > MostFailures) {
+        return false;
+    }
+    switch (failure_) {
+        case Failure::NoProof:
+            precision_.violation = std::max(1e-14, 0.1 * precision_.violation);
+            precision_.step = std::max(1e-15, 0.1 * precision_.step);
+            precision_.multiplier = 0.1 * precision_.multiplier;
+            // Far out a step may be short only because it is lost in the rounding of the point.
+            rho_ = rho_ > 0.0 ? std::max(1e-2 * rho_, leastWeight(problem_.scaled))
+                              : firstWeight(problem_.scaled);
+            break;
+        case Failure::NotDefinite:
+            rho_ = rho_ > 0.0 ? 100.0 * rho_ : firstWeight(problem_.scaled);
+            break;
+        case Failure::Core:
+            perturbation_.putOn(failures_);
+            break;
+    }
+    return true;
+}
+
+void ProximalLoop::resumeFrom(Vector x, Lowering form) {
+    problem_.setLowering(std::move(form));
+    centre_ = std::move(x);
+    set_ = {};
+    stage_ = Stage::Begin;
+}
+
+bool ProximalLoop::startOver() {
+    const Vector origin = originOf(problem_.scaled);
+    const bool isFromElsewhere =
+        startSet_.size() != 0 || largestMagnitude(start_) > largestMagnitude(origin);
+    if (isFromElsewhere) {  // a start that does not serve is dropped
+        predicting_ = Predicting::Allowed;
+        begin(origin, {});
+        return true;
+    }
+    const bool hasPredicted = effort_.guesses + effort_.dualSteps > 0;
+    if (hasPredicted && predicting_ != Predicting::Off) {  // predictions have led astray
+        predicting_ = Predicting::Off;
+        reset();
+        return true;
+    }
+    return false;
+}
+
+}  // namespace activeset::frontend
