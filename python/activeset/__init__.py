@@ -37,10 +37,12 @@ from ._faults import ProblemError
 __version__ = "0.1.0"
 
 __all__ = [
-    "Certificate", "Conflict", "Farkas", "Fault", "Iterations", "Marginals", "Problem",
+    "BatchResult", "Certificate", "Conflict", "Farkas", "Fault", "Iterations", "Marginals",
+    "Problem",
     "ProblemError", "Progress", "ReadError", "Residual", "Result", "Settings", "SolveError",
-    "Solver", "Status", "Times", "WarmStart", "WorkingSet", "compat", "explain_infeasibility",
-    "linprog", "lsq_linear", "nnls", "read", "solve_ls", "solve_many", "solve_qp",
+    "Solver", "Status", "Times", "WarmStart", "WorkingSet", "batch", "compat",
+    "explain_infeasibility", "linprog", "lsq_linear", "nnls", "read", "solve_batch", "solve_ls",
+    "solve_many", "solve_qp",
 ]
 
 _core.configure(Result, tuple(Status))
@@ -48,19 +50,22 @@ _atexit.register(_core.end_tasks)
 
 # Where the names are that are imported when they are first used.
 _LATER = {
+    "BatchResult": "_batch",
     "ReadError": "_files",
     "explain_infeasibility": "_explain",
     "linprog": "_linprog",
     "lsq_linear": "_least_squares",
     "nnls": "_least_squares",
     "read": "_files",
+    "solve_batch": "_batch",
     "solve_ls": "_least_squares",
     "solve_many": "_many",
 }
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from . import compat
+    from . import batch, compat
+    from ._batch import BatchResult, solve_batch
     from ._explain import explain_infeasibility
     from ._files import ReadError, read
     from ._least_squares import lsq_linear, nnls, solve_ls
@@ -71,8 +76,8 @@ if TYPE_CHECKING:
 def __getattr__(name: str) -> object:
     from importlib import import_module
 
-    if name == "compat":
-        return import_module(".compat", __name__)
+    if name in ("batch", "compat"):
+        return import_module("." + name, __name__)
     if name not in _LATER:
         raise AttributeError(f"module 'activeset' has no attribute '{name}'")
     value = getattr(import_module("." + _LATER[name], __name__), name)

@@ -148,6 +148,16 @@ def solve_many(
     time_limit: float | None,
     progress: Callable[[int, int], object] | None,
 ) -> list[Result]: ...
+def solve_batch(
+    count: int,
+    inputs: dict[str, NDArray[Any]],
+    outputs: dict[str, NDArray[Any]],
+    threads: int,
+    chain: int,
+    settings: Settings | None,
+    time_limit: float | None,
+    progress: Callable[[int, int], object] | None,
+) -> None: ...
 def explain(
     problem: Problem, settings: Settings | None
 ) -> tuple[bool, bool, _Indices, _Indices, _Indices, _Indices]: ...

@@ -17,10 +17,11 @@ if TYPE_CHECKING:
 _PATIENCE = 1.0  # seconds before a progress bar appears
 
 
-class _Bar:
+class Bar:
     """A progress bar of tqdm, where that is installed and the work takes long."""
 
-    def __init__(self) -> None:
+    def __init__(self, name: str, unit: str = "problem") -> None:
+        self.name, self.unit = name, unit
         self.begin = time.monotonic()
         self.bar = None
 
@@ -31,7 +32,7 @@ class _Bar:
             except ImportError:
                 self.begin = float("inf")
                 return
-            self.bar = tqdm(total=of, desc="solve_many", unit="problem")
+            self.bar = tqdm(total=of, desc=self.name, unit=self.unit)
         if self.bar is not None:
             self.bar.update(done - self.bar.n)
 
@@ -81,7 +82,7 @@ def solve_many(problems: Iterable[Problem], threads: int = 0, chain: int = 0,
             raise TypeError(f"problems[{k}] is a {type(problem).__name__}, expected a Problem")
     if threads < 0 or chain < 0:
         raise ValueError("threads and chain have to be 0 or more")
-    bar = _Bar() if progress is True else None
+    bar = Bar("solve_many") if progress is True else None
     told = bar if bar is not None else progress if callable(progress) else None
     try:
         return _core.solve_many(problems, threads, chain, settings, time_limit, told)

@@ -117,6 +117,15 @@ Control controlOf(PyObject* settings, PyObject* verbose, PyObject* callback) {
     return control;
 }
 
+std::chrono::duration<double> timeLimitOf(const py::object& given) {
+    const auto seconds = given.is_none() ? Infinity : given.cast<double>();
+    if (!(seconds >= 0.0)) {
+        throw py::value_error("time_limit has to be a number of seconds from 0 up, or None");
+    }
+    return seconds < Infinity ? std::chrono::duration<double>(seconds)
+                              : std::chrono::duration<double>::max();
+}
+
 void requireNoCallback() {
     if (isInCallback()) {
         throw std::logic_error("a callback must not start another solve");

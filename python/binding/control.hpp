@@ -2,6 +2,7 @@
 #ifndef ACTIVESET_PYTHON_CONTROL_HPP
 #define ACTIVESET_PYTHON_CONTROL_HPP
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <memory>
@@ -26,6 +27,10 @@ struct Control {
 /// @raises TypeError, ValueError
 [[nodiscard]] Settings settingsOf(PyObject* settings);
 [[nodiscard]] Control controlOf(PyObject* settings, PyObject* verbose, PyObject* callback);
+
+/// Seconds for many solves together; no limit for None.
+/// @raises ValueError
+[[nodiscard]] std::chrono::duration<double> timeLimitOf(const py::object& given);
 
 /// Raises RuntimeError inside a callback of a solve on this thread.
 void requireNoCallback();

@@ -108,15 +108,7 @@ py::list solveAll(const py::sequence& problems,
     many.each = settingsOf(settings.is_none() ? nullptr : settings.ptr());
     many.threads = threads;
     many.chain = chain;
-    if (!timeLimit.is_none()) {
-        const auto seconds = timeLimit.cast<double>();
-        if (!(seconds >= 0.0)) {
-            throw py::value_error("time_limit has to be a number of seconds from 0 up, or None");
-        }
-        if (seconds < Infinity) {
-            many.timeLimit = std::chrono::duration<double>(seconds);
-        }
-    }
+    many.timeLimit = timeLimitOf(timeLimit);
     const auto task = std::make_shared<ManyTask>(problems, std::move(many), progress);
     runAttended(task);
     return task->takeResults();

@@ -1,4 +1,5 @@
 // The extension module activeset._core: what the package is built on.
+#include "batch.hpp"
 #include "control.hpp"
 #include "kept_solver.hpp"
 #include "least_squares.hpp"
@@ -37,6 +38,7 @@ PYBIND11_MODULE(_core, module) {
     addSolverType(module);
     addProblemHolder(module);
     addMany(module);
+    addBatch(module);
     module.def("configure", &configure);
     module.def("restore", &restore);
     module.def("end_tasks", &endTasks);

@@ -122,7 +122,7 @@ def once(rng):
     """One call; yields what is called, to be told after a crash."""
     n = rng.randint(1, 5)
     parts = problem(rng, n)
-    what = rng.randrange(10)
+    what = rng.randrange(11)
     if what < 4:
         yield "solve_qp", parts
         use(activeset.solve_qp(**{"P": None, "q": None, **parts, **options(rng, n)}))
@@ -150,10 +150,20 @@ def once(rng):
         yield "restore", state
         use(activeset._core.restore(state))
         return
+    if what == 8:
+        count = rng.randint(0, 3)
+        given = {name: np.stack([part] * count) if count and rng.random() < 0.4 and isinstance(
+            part, np.ndarray) else part for name, part in parts.items() if name != "names"}
+        out = rng.choice([None, ["x", "z"], {"x": value(rng, n)}, value(rng, n)])
+        yield "solve_batch", (given, out)
+        r = activeset.solve_batch(**{"P": None, "q": None, **given}, out=out, settings=SMALL,
+                                  threads=rng.choice([1, 2]), chain=rng.choice([0, 2]))
+        repr(r), r.summary(), r.failed, r.problem(0)
+        return
     yield "Problem", parts
     p = activeset.Problem(**{"P": None, "q": None, **parts})
     p.faults()
-    if what == 8:
+    if what == 9:
         s = activeset.Solver(p, settings=SMALL)
         for _ in range(4):
             name = rng.choice(["P", "q", "G", "h", "A", "b", "lb", "ub", "l", "constant"])

@@ -13,7 +13,7 @@ import activeset
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MODULES = ["activeset"] + [f"activeset.{name}" for name in (
-    "_explain", "_least_squares", "_linprog", "_many", "_problem", "compat.quadprog",
+    "_batch", "_explain", "_least_squares", "_linprog", "_many", "_problem", "compat.quadprog",
     "compat.qpsolvers")]
 
 
@@ -51,6 +51,19 @@ def test_examples_of_documents(document, tmp_path, monkeypatch):
             assert not runner.failures
         else:
             exec(compile(block, document, "exec"), scope)
+
+
+def test_the_store_has_an_example_that_runs():
+    pytest.importorskip("zarr")
+    assert doctest.testmod(importlib.import_module("activeset.batch")) == (0, 7)
+
+
+def test_the_backtest_proves_its_optima_and_draws_them(tmp_path):
+    pytest.importorskip("matplotlib")
+    run = subprocess.run([sys.executable, str(ROOT / "examples" / "backtest.py"), "picture.png"],
+                         capture_output=True, text=True, cwd=tmp_path, check=True)
+    assert run.stdout.startswith("100000 problems") and "all proved" in run.stdout
+    assert (tmp_path / "picture.png").read_bytes().startswith(b"\x89PNG")
 
 
 def test_every_public_name_is_documented():

@@ -1,0 +1,200 @@
+"""A batch in a store: how far it is, and what solves the rest of it."""
+
+from __future__ import annotations
+
+import math
+from concurrent.futures import ThreadPoolExecutor
+
+import numpy as np
+
+from .._batch import OUTPUTS, STATUSES, BatchResult
+from .._batch_parts import Batch
+from .._many import Bar
+from .._records import Settings
+from ._errors import BatchError
+from ._store import Store, make
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from collections.abc import Iterable, Sequence
+    from concurrent.futures import Future
+    from typing import Any
+
+    from numpy.typing import NDArray
+
+    from .._problem import Problem
+    from .._result import Status
+
+
+def create(store: Any, P: Any, q: Any, G: Any = None, h: Any = None, A: Any = None, b: Any = None,
+           lb: Any = None, ub: Any = None, *, l: Any = None, constant: Any = None,  # noqa: E741
+           x0: Any = None, chunk: int | None = None, chain: int = 0,
+           outputs: Iterable[str] = OUTPUTS, settings: Settings | None = None) -> Job:
+    """Put problems into a new store.
+
+    Parameters
+    ----------
+    store : path, address that fsspec knows, or Zarr store
+        Must not exist.
+    P, q, G, h, A, b, lb, ub, l, constant, x0
+        As in `solve_batch`. Arrays of dask, of Zarr and memory maps are read a chunk at a time.
+    chunk : int, optional
+        So many problems are one unit of work. By default 16 MB of inputs and outputs.
+    chain : int
+        As in `solve_batch`; a chunk has to be a multiple of it.
+    outputs : names
+        What is kept of the results; the status always is.
+    settings : Settings, optional
+
+    Returns
+    -------
+    Job
+    """
+    parts = dict(P=P, q=q, G=G, h=h, A=A, b=b, lb=lb, ub=ub, l=l, constant=constant, x0=x0)
+    make(store, parts, chunk, chain, Settings() if settings is None else settings, outputs)
+    return Job(Store(store))
+
+
+def open(store: Any) -> Job:  # noqa: A001
+    """Open a store that `create` made, done or not.
+
+    Raises
+    ------
+    BatchError
+        It is none, is of another version, or its arrays do not fit together.
+    """
+    return Job(Store(store))
+
+
+class Job:
+    """A batch in a store. What is said of it is read from the store."""
+
+    def __init__(self, store: Store) -> None:
+        self.store = store
+
+    def progress(self) -> tuple[int, int]:
+        """Chunks that are done, and all."""
+        return len(self.store.done()), self.store.chunks
+
+    def solve(self, executor: Any = "threads", chunk: int | None = None, resume: bool = True, *,
+              restart: bool = False, shard: tuple[int, int] = (1, 1), threads: int = 0,
+              progress: bool = True) -> Job:
+        """Solve the chunks that are not done.
+
+        Parameters
+        ----------
+        executor : "threads" or dask.distributed.Client
+            This process, or the workers of a cluster, which must reach the store.
+        chunk : int, optional
+            So many problems are one task of a cluster, rounded up to chunks of the store. By
+            default tasks last 50 ms or more, by the time of the first ones.
+        resume : bool
+            False refuses a store of which something is done.
+        restart : bool
+            Forgets what is done first.
+        shard : pair of int
+            (i, N) solves every N-th of the chunks, from the i-th on: several jobs may share a
+            store.
+        threads : int
+            Of this process; 0 stands for as many as there are processors.
+        progress : bool
+            Whether a progress bar is shown on long work.
+
+        Raises
+        ------
+        BatchError
+            The store is damaged or full, or the cluster has gone. What is done stays done.
+        """
+        first, number = shard
+        if not 1 <= first <= number:
+            raise ValueError(f"shard is {first}/{number}, expected i/N with i from 1 to N")
+        if restart:
+            self.store.forget()
+        elif not resume and self.store.done():
+            done, of = self.progress()
+            raise BatchError(f"{self.store.location}: {done} of {of} chunks are done; resume or "
+                             "restart says what shall become of them")
+        missing = [k for k in self.store.missing() if k % number == first - 1]
+        bar = Bar("batch", "chunk") if progress else None
+        try:
+            if executor == "threads":
+                _solve_here(self.store, missing, threads, bar)
+            else:
+                from ._cluster import solve_there
+
+                each = None if chunk is None else max(1, math.ceil(chunk / self.store.chunk))
+                solve_there(self.store, missing, executor, each, bar)
+        finally:
+            if bar is not None:
+                bar.close(len(missing))
+        return self
+
+    @property
+    def status(self) -> NDArray[Any]:
+        """Of every problem: an index into `BatchResult.statuses`, -1 where it is not done."""
+        return np.asarray(self.store.outputs["status"][:])
+
+    def summary(self) -> dict[Status, int]:
+        """How many of the problems that are done ended how."""
+        codes, counts = np.unique(self.status, return_counts=True)
+        return {STATUSES[code]: int(count) for code, count in zip(codes, counts) if code >= 0}
+
+    @property
+    def failed(self) -> NDArray[Any]:
+        """The indices of problems that are done and have no proved optimum."""
+        return np.flatnonzero(self.status > 0)
+
+    def problem(self, k: int) -> Problem:
+        """Problem k, to look at or to solve alone."""
+        k = range(self.store.count)[k]
+        return Batch(self.store.parts(k // self.store.chunk)).problem(k % self.store.chunk)
+
+    def result(self, chunks: Sequence[int] | None = None) -> BatchResult:
+        """Problems and results of the chunks, by default all, in memory.
+
+        The arrays of the store, ``job.store.outputs["x"]``, can be read piece by piece instead.
+        """
+        wanted = range(self.store.chunks) if chunks is None else chunks
+        undone = sorted(set(wanted) - set(self.store.done()))
+        if undone:
+            raise BatchError(f"{self.store.location}: chunks {undone[:10]} are not done")
+        found = [self.store.results(k) for k in wanted]
+        parts = [self.store.parts(k) for k in wanted]
+        joined = {name: part if part.ndim == self.store.inputs[name].ndim and not
+                  self.store.is_batched(name) else np.concatenate([one[name] for one in parts])
+                  for name, part in parts[0].items()}
+        return BatchResult(Batch(joined), {
+            name: np.concatenate([one[name] for one in found]) for name in found[0]})
+
+    def __repr__(self) -> str:
+        done, of = self.progress()
+        counts = "".join(f", {count} {status}" for status, count in self.summary().items())
+        return f"Job of {self.store.count} problems in {of} chunks: {done} done{counts}"
+
+
+def _solve_here(store: Store, missing: Sequence[int], threads: int, bar: Bar | None) -> None:
+    """Reads the next chunk and writes the last one while the threads of the solver work."""
+    if not missing:
+        return
+    with ThreadPoolExecutor(1) as reader, ThreadPoolExecutor(1) as writer:
+        coming = reader.submit(store.parts, missing[0])
+        going: Future[None] | None = None
+        for number, k in enumerate(missing):
+            parts = coming.result()
+            if number + 1 < len(missing):
+                coming = reader.submit(store.parts, missing[number + 1])
+            arrays = store.solve(parts, threads)
+            _finish(store, going)
+            going = writer.submit(store.write, k, arrays)
+            if bar is not None:
+                bar(number, len(missing))
+        _finish(store, going)
+
+
+def _finish(store: Store, writing: Future[None] | None) -> None:
+    if writing is not None:
+        try:
+            writing.result()
+        except OSError as error:
+            raise BatchError(f"{store.location}: a chunk could not be written: {error}; chunks "
+                             "that are done stay done") from error
