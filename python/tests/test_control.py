@@ -58,12 +58,15 @@ def run(body, *options, **environment):
     "activeset.Solver(p, settings=cold).solve()",
     "activeset.solve_many([p] * 50, settings=cold, progress=False)",
     "activeset.solve_many([small] * 100000, progress=False)",
+    "activeset.solve_batch(small.P, many, small.G, small.h, progress=False)",
+    "activeset.nnls(np.tile(p.P, (9, 1)), np.arange(8100.0))",
     "activeset.solve_qp(p.P, p.q, p.G, p.h, settings=cold, callback=lambda _: None)",
 ])
 def test_ctrl_c_ends_a_long_solve_within_50_ms(work):
     times = run(f"""
         p, cold = long_problem(900), activeset.Settings(start="cold")
         small = long_problem(40)  # 100000 of them take seconds
+        many = np.broadcast_to(small.q, (200000, 40))
         for _ in range(4):
             assert interrupted(lambda: {work}), "was too short"
         r = activeset.solve_qp(np.eye(2), [-2.0, -3.0], [1.0, 1.0], [3.0])
