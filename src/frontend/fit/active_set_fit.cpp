@@ -190,13 +190,16 @@ void ActiveSetFit::reportPass(double step) {
 WorkingSet ActiveSetFit::workingSet() const {
     WorkingSet set;
     const std::size_t m = constraints_.m;
-    for (std::size_t k = 0; k < sides_.size(); ++k) {
+    for (std::size_t k = 0; k < m; ++k) {
         if (sides_[k] != 0) {
-            const bool isRow = k < m;
-            auto& list = isFixed(k)      ? (isRow ? set.equalities : set.fixed)
-                         : sides_[k] > 0 ? (isRow ? set.rowsAtUpper : set.atUpper)
-                                         : (isRow ? set.rowsAtLower : set.atLower);
-            list.push_back(isRow ? k : k - m);
+            auto& atSide = sides_[k] > 0 ? set.rowsAtUpper : set.rowsAtLower;
+            (isFixed(k) ? set.equalities : atSide).push_back(k);
+        }
+    }
+    for (std::size_t j = 0; j < constraints_.n; ++j) {
+        if (sides_[m + j] != 0) {
+            auto& atSide = sides_[m + j] > 0 ? set.atUpper : set.atLower;
+            (isFixed(m + j) ? set.fixed : atSide).push_back(j);
         }
     }
     return set;
