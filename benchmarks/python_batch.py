@@ -24,6 +24,9 @@ import numpy as np  # noqa: E402
 import activeset  # noqa: E402
 
 
+OUTPUTS = ["x", "obj", "certificate"]
+
+
 def parts_of(count, n=10):
     rng = np.random.default_rng(0)
     roots = rng.normal(size=(1000, n, n))
@@ -40,7 +43,7 @@ def timed(call):
 
 def store_of(folder, count, chunk):
     place = os.path.join(folder, f"{count}-{chunk}.zarr")
-    return activeset.batch.create(place, **parts_of(count), chunk=chunk)
+    return activeset.batch.create(place, **parts_of(count), chunk=chunk, outputs=OUTPUTS)
 
 
 def in_memory(count):
@@ -50,7 +53,7 @@ def in_memory(count):
     for name, given in (("own P", parts), ("shared P", shared)):
         for threads in (1, 2):
             seconds = min(timed(lambda: activeset.solve_batch(
-                **given, out=["x", "obj", "certificate"], threads=threads, progress=False))
+                **given, out=OUTPUTS, threads=threads, progress=False))
                 for _ in range(3))
             print(f"  {name:9} {threads} threads  {seconds:7.3f} s "
                   f"{1e6 * seconds / count:8.2f} us each")
@@ -111,7 +114,7 @@ def main():
     with tempfile.TemporaryDirectory(dir=given.folder) as folder, \
             LocalCluster(n_workers=1, **options) as one, Client(one) as first, \
             LocalCluster(n_workers=2, **options) as two, Client(two) as second:
-        compare(folder, second, 160_000 if given.quick else 320_000, 16_000)
+        compare(folder, second, 280_000 if given.quick else 1_120_000, 28_000)
         a, b = scaling(folder, (first, second), (1, 10, 100, 1000, 10_000),
                        20 if given.quick else 60, 300_000)
         s = dispatch(second, 200 if given.quick else 1000)

@@ -45,8 +45,8 @@ def solve_there(store: Store, missing: Sequence[int], client: Any, each: int | N
     total, done = len(missing), 0
     if each is None:
         trial = min(total, 2 * max(1, len(client.scheduler_info()["workers"])))
-        times = _run(store, [[k] for k in missing[:trial]], client, bar, 0, total)
-        missing, done = missing[trial:], trial
+        first = _run(store, [[k] for k in missing[:trial]], client, bar, 0, total)
+        missing, done, times = missing[trial:], trial, client.gather(first)
         # The first ones open the store and begin cold: the faster half tells.
         typical = median(sorted(times)[:max(1, len(times) // 2)]) if times else 1.0
         each = max(1, int(-(-_SHORTEST // max(typical, 1e-6))))
@@ -55,20 +55,22 @@ def solve_there(store: Store, missing: Sequence[int], client: Any, each: int | N
 
 
 def _run(store: Store, tasks: Sequence[Sequence[int]], client: Any, bar: Bar | None, done: int,
-         total: int) -> list[float]:
+         total: int) -> list[Any]:
+    """Futures of tasks that have ended well."""
     ended: SimpleQueue[Any] = SimpleQueue()
     futures = {client.submit(work, store.location, task, pure=False, retries=_RETRIES): len(task)
                for task in tasks}
     for future in futures:
         future.add_done_callback(ended.put)
-    times: list[float] = []
+    good: list[Any] = []
     last_heard = time.monotonic()
     try:
         while futures:
             try:
                 future = ended.get(timeout=0.2)
                 done += futures.pop(future)
-                times.append(_seconds(store, future, client))
+                _require_success(store, future, client)
+                good.append(future)
             except Empty:
                 pass
             if client.status == "running":
@@ -81,18 +83,19 @@ def _run(store: Store, tasks: Sequence[Sequence[int]], client: Any, bar: Bar | N
         if client.status == "running":
             client.cancel(list(futures))
         raise
-    return times
+    return good
 
 
-def _seconds(store: Store, future: Any, client: Any) -> float:
+def _require_success(store: Store, future: Any, client: Any) -> None:
+    """Asks the scheduler only about a failure: results would be a message each."""
+    if future.status == "finished":
+        return
     if future.status in ("cancelled", "lost"):
         raise _gone(store) if client.status != "running" else BatchError(
             f"{store.location}: a task was cancelled; solve() goes on with what is missing")
     error = future.exception()
-    if error is not None:
-        raise error if isinstance(error, BatchError) else BatchError(
-            f"{store.location}: a task failed: {error!r}; what is done stays done") from error
-    return float(future.result())
+    raise error if isinstance(error, BatchError) else BatchError(
+        f"{store.location}: a task failed: {error!r}; what is done stays done") from error
 
 
 def _gone(store: Store) -> BatchError:
