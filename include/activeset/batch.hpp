@@ -67,7 +67,7 @@ struct ProblemBatch {
                 .rowUpper = rowUpper[k],
                 .lower = lower[k],
                 .upper = upper[k],
-                .constant = constants.data() == nullptr ? 0.0 : constants[0],
+                .constant = constants.empty() || constants.data() == nullptr ? 0.0 : constants[0],
                 .start = start[k]};
     }
 };

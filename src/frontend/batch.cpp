@@ -93,8 +93,10 @@ private:
             team_.limit(*each_);
             const Problem problem = problems_[k];
             begin(problem, isFirst);
-            frontend::Control control(
-                *each_, frontend::automaticLimit(frontend::variablesOf(problem), problem.A.rows()));
+            constexpr bool IsTimed = false;
+            const std::size_t n = frontend::variablesOf(problem);
+            const std::size_t limit = frontend::automaticLimit(n, problem.A.rows());
+            frontend::Control control(*each_, limit, IsTimed);
             sequence_->solve(problem, nullptr, *each_, control, result_);
         } catch (...) {
             result_ = {};

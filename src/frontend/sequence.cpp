@@ -61,10 +61,11 @@ void Sequence::solve(const Problem& problem,
     if (!isSmall) {
         result = solveGenerally(problem, data, settings, control);
     }
-    if (result.status == Status::Optimal) {
+    const bool isOptimal = result.status == Status::Optimal;
+    if (isOptimal && isContinued_) {
         keep(result);
     }
-    isLastSmall_ = isSmall && result.status == Status::Optimal;
+    isLastSmall_ = isSmall && isOptimal && isContinued_;
 }
 
 // From where the last solve on the same road has ended, if nothing has come in between.

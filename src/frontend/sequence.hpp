@@ -14,7 +14,11 @@ namespace activeset::frontend {
 /// the test of convexity while the matrices are the same.
 class Sequence {
 public:
-    Sequence() = default;
+    /// @param isContinued  whether problems begin where the one before them has ended; if not, the
+    ///                     working sets of small ones are not listed
+    explicit Sequence(bool isContinued = true) : isContinued_(isContinued) {
+        small_.listSets(isContinued);
+    }
     Sequence(const Sequence&) = delete;
     Sequence& operator=(const Sequence&) = delete;
     ~Sequence() = default;
@@ -55,6 +59,7 @@ private:
 
     std::unique_ptr<Prepared> prepared_;
     SmallProblem small_;
+    bool isContinued_;
     bool areMatricesShared_ = false;
     bool haveMatricesChanged_ = false;
     bool haveSmallMatricesChanged_ = true;  ///< since the small road has seen them

@@ -32,6 +32,26 @@ Problem viewOf(const Data& data) {
     return problem;
 }
 
+bool hasLength(const VectorView& vector, std::size_t size) {
+    return vector.size() == size && vector.data() != nullptr;
+}
+
+bool areFinite(const VectorView& vector) {
+    double zeros = 0.0;
+    for (std::size_t i = 0; i < vector.size(); ++i) {
+        zeros += 0.0 * vector[i];
+    }
+    return zeros == 0.0;  // so neither NaN nor infinite
+}
+
+bool areSides(const VectorView& lower, const VectorView& upper, std::size_t size) {
+    bool areSound = hasLength(lower, size) && hasLength(upper, size);
+    for (std::size_t i = 0; i < size && areSound; ++i) {
+        areSound = lower[i] <= upper[i] && lower[i] < AbsentSide && upper[i] > -AbsentSide;
+    }
+    return areSound;
+}
+
 }  // namespace
 
 class Solver::Kept {
@@ -54,9 +74,12 @@ public:
     // by one without.
     void change(const Problem& problem, Part part) {
         const FloatingPointGuard environment;
-        faultsOf(part) = frontend::faultsIn(problem, data_.n, data_.m, part);
-        if (!faultsOf(part).empty()) {
-            return;
+        faultsOf(part).clear();
+        if (!isPlainlySound(problem, part)) {
+            faultsOf(part) = frontend::faultsIn(problem, data_.n, data_.m, part);
+            if (!faultsOf(part).empty()) {
+                return;
+            }
         }
         frontend::copyPart(problem, part, data_);
         if (part == Part::Hessian || part == Part::Rows) {
@@ -88,6 +111,21 @@ public:
     Settings settings;
 
 private:
+    /// A quick look at vectors that are all there.
+    [[nodiscard]] bool isPlainlySound(const Problem& problem, Part part) const {
+        switch (part) {
+            case Part::Linear:
+                return hasLength(problem.c, data_.n) && areFinite(problem.c) &&
+                       std::isfinite(problem.constant);
+            case Part::RowSides:
+                return areSides(problem.rowLower, problem.rowUpper, data_.m);
+            case Part::Bounds:
+                return areSides(problem.lower, problem.upper, data_.n);
+            default:
+                return false;
+        }
+    }
+
     [[nodiscard]] std::vector<Fault>& faultsOf(Part part) {
         return faults_.at(static_cast<std::size_t>(part));
     }

@@ -193,13 +193,19 @@ Numbers computedWith(const frontend::SmallKernels& kernels) {
                                        shape.cols(), leading, shape.rows()};
     const frontend::SmallViolation worst = kernels.price(
         images, memory.z, memory.lower, memory.upper, memory.inverseNorm, memory.values);
-    kernels.squaredNorms(images, memory.multipliers);
+    kernels.inverseNorms(images, 0.0, memory.multipliers);
     kernels.multiplyTransposed(images, memory.values, memory.r);
     kernels.multiplyAdd(images, memory.x, memory.lower, memory.highest);
     const frontend::SmallMatrix data{memory.data, shape.height(), shape.cols(), shape.height(),
                                      shape.height()};
     kernels.exactProduct(data, memory.x, memory.products);
-    kernels.exactAddScaled(0.7, memory.g, memory.products, shape.head());
+    const Numbers members{3.0, 20.0, 0.0, 22.0, 13.0};
+    const frontend::SmallMatrix rows{memory.data + shape.head(), shape.rows(), shape.cols(),
+                                     shape.height(), shape.rows()};
+    kernels.exactRows(rows, members.data(), memory.values, members.size(), shape.head(),
+                      memory.pull);
+    kernels.addRows(rows, members.data(), memory.x, members.size(), shape.head(), memory.w);
+    kernels.gather(0.7, images, 7, 0, shape.head(), memory.p);
     const frontend::SmallSum sum = kernels.exactDot(memory.x, memory.g, shape.head());
     kernels.addScaled(0.3, memory.g, memory.z, shape.head());
     kernels.rotate(0.6, 0.8, memory.g, memory.z, shape.head());
@@ -215,12 +221,75 @@ Numbers computedWith(const frontend::SmallKernels& kernels) {
     for (const double* array : {memory.r, memory.g, memory.z}) {
         add(array, shape.cols());
     }
-    for (const frontend::SmallSums* sums : {&memory.products}) {
-        add(sums->value, shape.height());
-        add(sums->rest, shape.height());
-        add(sums->scale, shape.height());
+    const frontend::SmallGradient gradient{memory.products, memory.pull,  memory.g,     memory.z,
+                                           memory.x,        memory.lower, memory.values};
+    kernels.negativeGradient(gradient, shape.head(), memory.residual);
+    const frontend::SmallGradientProof proof = kernels.weighGradient(
+        gradient, {0.3, 0.6, 1e-3, 2.0, 1.0, 0.5, 3.0, Infinity}, shape.head());
+    const frontend::SmallSum sides = kernels.exactSides(memory.x, memory.g, memory.z, shape.head());
+    const bool isMissed = kernels.misses(memory.products.value, memory.products.rest, memory.g,
+                                         memory.z, shape.head(), memory.u);
+    const frontend::SmallStep step =
+        kernels.moved(memory.x, memory.step, memory.residual, shape.head());
+    for (const double value :
+         {proof.absolute, proof.relative, proof.weight, proof.rest, proof.isSound ? 1.0 : 0.0,
+          sides.value, sides.rest, sides.scale, isMissed ? 1.0 : 0.0, step.length, step.size}) {
+        all.push_back(value);
+    }
+    for (const double* array : {memory.residual, memory.u, memory.step, memory.w, memory.p}) {
+        add(array, shape.head());
+    }
+    for (const double* sums :
+         {memory.products.value, memory.products.rest, memory.products.scale}) {
+        add(sums, shape.height());
     }
     return all;
+}
+
+/// Sides in every place of a group of eight, with what is wrong with one of them.
+TEST_F(SmallProblems, LookAtEverySide) {
+    using frontend::InstructionSet;
+    constexpr frontend::SmallSideLimits Limits{AbsentSide, Infinity, 1e-13};
+    for (const InstructionSet set :
+         {InstructionSet::Baseline, InstructionSet::Avx2, InstructionSet::Avx512}) {
+        if (set > frontend::instructionSet()) {
+            continue;
+        }
+        const frontend::SmallKernels kernels = frontend::smallKernels(set);
+        for (std::size_t count = 1; count <= 17; ++count) {
+            std::array<Numbers, 4> to;
+            to.fill(Numbers(24));
+            const frontend::SmallSides sides{to[0].data(), to[1].data(), to[2].data(),
+                                             to[3].data()};
+            const auto look = [&](const Numbers& lower, const Numbers& upper) {
+                return kernels.copySides(lower.data(), upper.data(), count, 24, Limits, sides);
+            };
+            Numbers lower(count, -2.0);
+            Numbers upper(count, 1e30);
+            lower.back() = -1e25;
+            upper.front() = 5.0;
+            frontend::SmallSideExtent extent = look(lower, upper);
+            EXPECT_TRUE(extent.isSound);
+            EXPECT_EQ(extent.equal, 0U);
+            EXPECT_EQ(extent.largest, 5.0);
+            EXPECT_EQ(to[0][count - 1], -Infinity);
+            EXPECT_EQ(to[1][0], 5.0);
+            EXPECT_EQ(to[3][0], 5.0 + 1e-13 * 5.0);
+            EXPECT_EQ(to[2][23], -Infinity);
+            EXPECT_EQ(to[1][count], Infinity);
+            lower.back() = upper.back() = 7.0;
+            extent = look(lower, upper);
+            EXPECT_EQ(extent.equal, 1U);
+            EXPECT_EQ(extent.largest, 7.0);
+            for (const double wrong : {8.0, 1e20, std::nan("")}) {
+                lower.back() = wrong;
+                EXPECT_FALSE(look(lower, upper).isSound) << count << " " << wrong;
+            }
+            lower.back() = -Infinity;
+            upper.back() = -1e20;
+            EXPECT_FALSE(look(lower, upper).isSound);
+        }
+    }
 }
 
 TEST_F(SmallProblems, HaveTheSameBitsWithEverySetThatHasFma) {
@@ -258,6 +327,9 @@ TEST_F(SmallProblems, SumProductsWithTwiceTheDigits) {
             b[(place + 7) % 24] = other;  // big² − (big − 1)² = 2·big − 1
             const frontend::SmallSum sum = kernels.exactDot(a.data(), b.data(), 24);
             EXPECT_EQ(static_cast<long double>(sum.value) + sum.rest, 2.0L * big - 1.0L);
+            const frontend::SmallSum sides = kernels.exactSides(a.data(), b.data(), b.data(), 24);
+            EXPECT_EQ(sides.value, sum.value);
+            EXPECT_EQ(sides.rest, sum.rest);
         }
     }
 }

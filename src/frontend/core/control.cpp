@@ -5,9 +5,12 @@
 
 namespace activeset::frontend {
 
-Control::Control(const Settings& settings, std::size_t automaticLimit)
+Control::Control(const Settings& settings, std::size_t automaticLimit, bool isTimed)
     : settings_(settings),
-      limit_(settings.maxIterations != 0 ? settings.maxIterations : automaticLimit) {}
+      limit_(settings.maxIterations != 0 ? settings.maxIterations : automaticLimit),
+      isTimed_(isTimed || settings.timeLimit < std::chrono::duration<double>::max()),
+      begin_(isTimed_ ? std::chrono::steady_clock::now()
+                      : std::chrono::steady_clock::time_point()) {}
 
 void Control::endPass(bool phaseOne, const std::function<Progress()>& report) {
     ++(phaseOne ? phaseOnePasses_ : mainPasses_);
@@ -49,6 +52,9 @@ std::size_t Control::passesLeft() const {
 }
 
 double Control::seconds() const {
+    if (!isTimed_) {
+        return 0.0;
+    }
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_).count();
 }
 

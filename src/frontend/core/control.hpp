@@ -16,7 +16,9 @@ namespace activeset::frontend {
 class Control {
 public:
     /// @param automaticLimit  stands for a Settings::maxIterations of 0
-    Control(const Settings& settings, std::size_t automaticLimit);
+    /// @param isTimed         whether somebody asks for seconds; without, they are 0 where there is
+    ///                        no limit, and no clock is read
+    Control(const Settings& settings, std::size_t automaticLimit, bool isTimed = true);
 
     /// Called at the end of a pass; `report` is asked only when somebody wants to know.
     void endPass(bool phaseOne, const std::function<Progress()>& report);
@@ -40,7 +42,8 @@ public:
 private:
     const Settings& settings_;
     std::size_t limit_;
-    std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+    bool isTimed_;
+    std::chrono::steady_clock::time_point begin_;
     std::size_t phaseOnePasses_ = 0;
     std::size_t mainPasses_ = 0;
     std::optional<Status> end_;

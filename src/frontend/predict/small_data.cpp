@@ -60,48 +60,43 @@ bool makeSymmetric(double* H, std::size_t n, std::size_t leading, double largest
 
 bool loadHessian(const MatrixView& H, SmallMemory& memory, double& largest) {
     const SmallShape& shape = memory.shape;
-    const SmallKernels& kernels = smallKernels();
     const std::size_t leading = shape.height();
-    bool isSound = true;
-    largest = 0.0;
-    for (std::size_t j = 0; j < shape.n; ++j) {
-        const double found = kernels.copy(H.data() + j * H.leading(), shape.n,
-                                          memory.data + j * leading, shape.head());
-        isSound = isSound && found <= Largest;  // so NaN is not
-        largest = std::max(largest, found);
-    }
+    largest = memory.kernels.copy(H.data(), H.leading(), shape.n, shape.n, memory.data, leading,
+                                  shape.head());
     for (std::size_t j = shape.n; j < shape.cols(); ++j) {
         std::fill_n(memory.data + j * leading, shape.head(), 0.0);
         memory.data[j * leading + j] = 1.0;
     }
-    return isSound && largest >= Smallest && makeSymmetric(memory.data, shape.n, leading, largest);
+    return largest >= Smallest && largest <= Largest &&  // so NaN is not
+           makeSymmetric(memory.data, shape.n, leading, largest);
 }
 
 bool loadRows(const MatrixView& A, SmallMemory& memory, double& largest) {
     const SmallShape& shape = memory.shape;
-    const SmallKernels& kernels = smallKernels();
-    bool isSound = true;
-    largest = 0.0;
-    for (std::size_t j = 0; j < shape.cols(); ++j) {
-        double* const column = memory.data + j * shape.height() + shape.head();
-        const bool isThere = j < shape.n && shape.m > 0;
-        double found = 0.0;
-        if (!isThere || A.order() == Order::ColumnMajor) {
-            found = kernels.copy(isThere ? A.data() + j * A.leading() : nullptr,
-                                 isThere ? shape.m : 0, column, shape.rows());
-        } else {
-            for (std::size_t i = 0; i < shape.m; ++i) {
-                column[i] = A.data()[i * A.leading() + j];
+    const std::size_t leading = shape.height();
+    double* const rows = memory.data + shape.head();
+    const double* from = A.data();
+    std::size_t distance = shape.m > 0 ? A.leading() : 0;
+    if (shape.m > 0 && A.order() == Order::RowMajor) {
+        for (std::size_t i = 0; i < shape.m; ++i) {
+            for (std::size_t j = 0; j < shape.n; ++j) {
+                rows[j * leading + i] = A.data()[i * A.leading() + j];
             }
-            found = kernels.copy(column, shape.m, column, shape.rows());
         }
-        isSound = isSound && found <= Largest;  // so NaN is not
-        largest = std::max(largest, found);
-        column[shape.m] = memory.c[j];
+        from = rows;
+        distance = leading;
     }
-    return isSound;
+    const SmallKernels& kernels = memory.kernels;
+    largest = kernels.copy(from, distance, shape.m, shape.n, rows, leading, shape.rows());
+    kernels.copy(nullptr, 0, 0, shape.cols() - shape.n, rows + shape.n * leading, leading,
+                 shape.rows());
+    for (std::size_t j = 0; j < shape.n; ++j) {
+        rows[j * leading + shape.m] = memory.c[j];
+    }
+    return largest <= Largest;  // so NaN is not
 }
 
+/// Sides of constraints `first` to `first + count`, and absent ones up to `first + padded`.
 bool loadSides(const VectorView& lower,
                const VectorView& upper,
                std::size_t count,
@@ -109,30 +104,15 @@ bool loadSides(const VectorView& lower,
                std::size_t padded,
                SmallMemory& memory,
                double& largest) {
-    bool isSound = true;
-    largest = 0.0;
-    for (std::size_t k = 0; k < count; ++k) {
-        const double givenLow = lower.empty() ? -Infinity : lower[k];
-        const double givenHigh = upper.empty() ? Infinity : upper[k];
-        const bool hasLow = !(givenLow <= -AbsentSide);  // NaN stays
-        const double low = hasLow ? givenLow : -Infinity;
-        // The checks see a conversion where there is none.
-        // NOLINTNEXTLINE(bugprone-narrowing-conversions,cppcoreguidelines-narrowing-conversions)
-        const double high = givenHigh >= AbsentSide ? Infinity : givenHigh;
-        const double lowSize = hasLow ? std::abs(low) : 0.0;
-        const double highSize = high < Infinity ? std::abs(high) : 0.0;
-        isSound = isSound && low <= high && low < AbsentSide && high > -AbsentSide;
-        largest = std::max({largest, lowSize, highSize});
-        memory.lower[first + k] = low;
-        memory.upper[first + k] = high;
-        memory.lowest[first + k] = low - SideTolerance * lowSize;
-        memory.highest[first + k] = high + SideTolerance * highSize;
-    }
-    for (std::size_t k = first + count; k < first + padded; ++k) {
-        memory.lower[k] = memory.lowest[k] = -Infinity;
-        memory.upper[k] = memory.highest[k] = Infinity;
-    }
-    return isSound && largest <= Largest;
+    constexpr SmallSideLimits Limits{AbsentSide, Infinity, SideTolerance};
+    const SmallSideExtent extent =
+        memory.kernels.copySides(lower.empty() ? nullptr : lower.data(),
+                                 upper.empty() ? nullptr : upper.data(), count, padded, Limits,
+                                 {memory.lower + first, memory.upper + first, memory.lowest + first,
+                                  memory.highest + first});
+    memory.equalities += extent.equal;
+    largest = extent.largest;
+    return extent.isSound && largest <= Largest;
 }
 
 SmallMatrix imagesOf(const SmallMemory& memory) {
@@ -157,18 +137,14 @@ bool isSmall(const Problem& problem) {
 
 bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& extent) {
     const SmallShape& shape = memory.shape;
-    const SmallKernels& kernels = smallKernels();
+    const SmallKernels& kernels = memory.kernels;
     if (!loadHessian(problem.H, memory, extent.H) || !loadRows(problem.A, memory, extent.A) ||
         !kernels.factorise({memory.data, memory.images, shape.head(), shape.rows(), shape.cols()},
                            SmallestPivot)) {
         return false;
     }
     const SmallMatrix images = imagesOf(memory);
-    kernels.squaredNorms(images, memory.inverseNorm);
-    for (std::size_t i = 0; i < shape.constraints(); ++i) {
-        const double norm = std::sqrt(memory.inverseNorm[i]);
-        memory.inverseNorm[i] = norm > SmallestNorm ? 1.0 / norm : 0.0;
-    }
+    kernels.inverseNorms(images, SmallestNorm, memory.inverseNorm);
     memory.inverseNorm[shape.m] = 0.0;  // the row of c
     for (std::size_t j = 0; j < shape.cols(); ++j) {
         memory.w[j] = images.data[j * images.leading + shape.m];
@@ -179,7 +155,9 @@ bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& exte
 
 bool loadVectors(const Problem& problem, SmallMemory& memory, SmallExtent& extent) {
     const SmallShape& shape = memory.shape;
-    extent.c = smallKernels().copy(problem.c.data(), problem.c.size(), memory.c, shape.head());
+    extent.c =
+        memory.kernels.copy(problem.c.data(), 0, problem.c.size(), 1, memory.c, 0, shape.head());
+    memory.equalities = 0;
     return extent.c <= Largest && std::isfinite(problem.constant) &&
            loadSides(problem.rowLower, problem.rowUpper, shape.m, 0, shape.rows(), memory,
                      extent.rowSides) &&
@@ -196,7 +174,7 @@ void transformLinear(SmallMemory& memory) {
     inverse.data += shape.rows();
     inverse.rows = shape.head();
     inverse.triangle = 0;
-    smallKernels().multiplyTransposed(inverse, memory.c, memory.w);
+    memory.kernels.multiplyTransposed(inverse, memory.c, memory.w);
     std::fill(memory.w + shape.cols(), memory.w + shape.head(), 0.0);
 }
 

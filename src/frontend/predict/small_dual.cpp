@@ -27,12 +27,9 @@ SmallMatrix SmallDual::images() const {
 // memory.g := the image of a constraint, its norm 1.
 void SmallDual::gather(std::size_t i, double sign) {
     const SmallMatrix all = images();
-    const double factor = sign * m_.inverseNorm[i];
     const std::size_t first = i < all.triangle ? 0 : (i - all.triangle) / 8 * 8;
     std::fill_n(m_.g, first, 0.0);
-    for (std::size_t j = first; j < all.cols; ++j) {
-        m_.g[j] = factor * all.data[j * all.leading + i];
-    }
+    m_.kernels.gather(sign * m_.inverseNorm[i], all, i, first, m_.shape.head(), m_.g);
 }
 
 void SmallDual::join(std::size_t i, double sign, double squaredNorm, double multiplier) {
@@ -73,11 +70,11 @@ void SmallDual::solve() {
         return;
     }
     std::fill(m_.target + size, m_.target + SmallShape::upTo(size, 8), 0.0);
-    kernels_.multiplyTransposed(factor_.orthogonal(), m_.w, m_.r);
-    kernels_.multiplyTransposed(factor_.inverse(), m_.target, m_.s);
+    m_.kernels.multiplyTransposed(factor_.orthogonal(), m_.w, m_.r);
+    m_.kernels.multiplyTransposed(factor_.inverse(), m_.target, m_.s);
     std::transform(m_.s, m_.s + size, m_.r, m_.r, std::plus<>());
-    kernels_.multiplyAdd(factor_.orthogonal(), m_.r, m_.z, m_.z);
-    kernels_.multiplyAdd(factor_.inverse(), m_.r, nullptr, m_.lambda);
+    m_.kernels.multiplyAdd(factor_.orthogonal(), m_.r, m_.z, m_.z);
+    m_.kernels.multiplyAdd(factor_.inverse(), m_.r, nullptr, m_.lambda);
     std::transform(m_.lambda, m_.lambda + size, m_.lambda, std::negate<>());
 }
 
@@ -100,9 +97,10 @@ void SmallDual::dropWrongSigns() {
 void SmallDual::begin(const WorkingSet& set) {
     const SmallShape& shape = m_.shape;
     factor_.clear();
-    for (std::size_t i = 0; i < shape.constraints(); ++i) {
+    for (std::size_t i = 0, left = m_.equalities; left > 0; ++i) {
         if (isEquality(i)) {
             joinUnlessDependent(i, 1.0);
+            --left;
         }
     }
     const auto take = [&](const std::vector<std::size_t>& indices, std::size_t first,
@@ -123,10 +121,7 @@ void SmallDual::begin(const WorkingSet& set) {
 }
 
 bool SmallDual::beginAgain() {
-    std::size_t equalities = 0;
-    for (std::size_t i = 0; i < m_.shape.constraints(); ++i) {
-        equalities += isEquality(i) ? 1U : 0U;
-    }
+    std::size_t equalities = m_.equalities;
     for (std::size_t k = factor_.size(); k-- > 0;) {
         const std::size_t i = constraintOf(k);
         const double side = m_.sign[k] > 0.0 ? m_.upper[i] : m_.lower[i];
@@ -151,7 +146,7 @@ bool SmallDual::isSettled(const SmallViolation& worst) {
     if (worst.amount > Clearly * size_ && size_ > 0.0) {
         return false;
     }
-    size_ = std::max(size_, std::sqrt(kernels_.dot(m_.z, m_.z, m_.shape.head())));
+    size_ = std::max(size_, std::sqrt(m_.kernels.dot(m_.z, m_.z, m_.shape.head())));
     return !(worst.amount > Rounding * size_);
 }
 
@@ -185,9 +180,9 @@ SmallDual::End SmallDual::pull(std::size_t i) {
             return End::Contradiction;
         }
         multiplier += step;
-        kernels_.addScaled(-step, m_.p, m_.lambda, SmallShape::upTo(factor_.size(), 8));
+        m_.kernels.addScaled(-step, m_.p, m_.lambda, SmallShape::upTo(factor_.size(), 8));
         if (!isDependent) {
-            kernels_.addScaled(-step, m_.u, m_.z, m_.shape.head());
+            m_.kernels.addScaled(-step, m_.u, m_.z, m_.shape.head());
             distance -= step * squaredNorm;
         }
         if (blocking == factor_.size()) {
@@ -203,10 +198,10 @@ SmallDual::End SmallDual::minimise(Control& control) {
     const SmallMatrix all = images();
     End end = End::Optimal;
     steps_ = 0;
-    size_ = std::sqrt(kernels_.dot(m_.w, m_.w, m_.shape.head()));
+    size_ = std::sqrt(m_.kernels.dot(m_.w, m_.w, m_.shape.head()));
     for (std::size_t round = 1; end == End::Optimal; ++round) {
         const SmallViolation worst =
-            kernels_.price(all, m_.z, m_.lowest, m_.highest, m_.inverseNorm, m_.values);
+            m_.kernels.price(all, m_.z, m_.lowest, m_.highest, m_.inverseNorm, m_.values);
         if (isSettled(worst)) {
             return End::Optimal;
         }

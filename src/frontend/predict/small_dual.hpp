@@ -18,8 +18,7 @@ public:
         GivenUp
     };
 
-    explicit SmallDual(SmallMemory& memory)
-        : m_(memory), kernels_(smallKernels()), factor_(memory) {}
+    explicit SmallDual(SmallMemory& memory) : m_(memory), factor_(memory) {}
 
     /// Begins with the equalities and what of a working set makes sense beside them.
     void begin(const WorkingSet& set);
@@ -50,7 +49,6 @@ private:
     [[nodiscard]] End pull(std::size_t i);
 
     SmallMemory& m_;
-    const SmallKernels& kernels_;
     SmallFactor factor_;
     std::size_t steps_ = 0;
     std::size_t newcomer_ = 0;

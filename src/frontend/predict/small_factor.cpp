@@ -22,22 +22,22 @@ double SmallFactor::project() {
     const std::size_t head = m_.shape.head();
     if (size_ == 0) {
         std::copy_n(m_.g, head, m_.u);
-        return kernels_.dot(m_.u, m_.u, head);
+        return m_.kernels.dot(m_.u, m_.u, head);
     }
     const SmallMatrix Q = orthogonal();
     const auto takeOff = [&](const double* coefficients, const double* from) {
         std::transform(coefficients, coefficients + size_, m_.p, std::negate<>());
-        kernels_.multiplyAdd(Q, m_.p, from, m_.u);
-        return kernels_.dot(m_.u, m_.u, head);
+        m_.kernels.multiplyAdd(Q, m_.p, from, m_.u);
+        return m_.kernels.dot(m_.u, m_.u, head);
     };
-    kernels_.multiplyTransposed(Q, m_.g, m_.r);
+    m_.kernels.multiplyTransposed(Q, m_.g, m_.r);
     double squaredNorm = takeOff(m_.r, m_.g);
     if (squaredNorm < Cancelled) {
-        kernels_.multiplyTransposed(Q, m_.u, m_.s);
+        m_.kernels.multiplyTransposed(Q, m_.u, m_.s);
         std::transform(m_.s, m_.s + size_, m_.r, m_.r, std::plus<>());
         squaredNorm = takeOff(m_.s, m_.u);
     }
-    kernels_.multiplyAdd(inverse(), m_.r, nullptr, m_.p);
+    m_.kernels.multiplyAdd(inverse(), m_.r, nullptr, m_.p);
     return squaredNorm;
 }
 
@@ -69,8 +69,8 @@ void SmallFactor::remove(std::size_t position) {
         const double s = first[position] / length;
         std::fill_n(first + SmallShape::upTo(k + 1, 8),
                     SmallShape::upTo(k + 2, 8) - SmallShape::upTo(k + 1, 8), 0.0);
-        kernels_.rotate(c, s, first, second, SmallShape::upTo(k + 2, 8));
-        kernels_.rotate(c, s, m_.Q + k * head, m_.Q + (k + 1) * head, head);
+        m_.kernels.rotate(c, s, first, second, SmallShape::upTo(k + 2, 8));
+        m_.kernels.rotate(c, s, m_.Q + k * head, m_.Q + (k + 1) * head, head);
         std::copy(first + position + 1, first + k + 2, first + position);
         first[k + 1] = 0.0;
     }

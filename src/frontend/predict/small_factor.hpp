@@ -10,7 +10,7 @@ namespace activeset::frontend {
 /// and taken out in as much.
 class SmallFactor {
 public:
-    explicit SmallFactor(SmallMemory& memory) : m_(memory), kernels_(smallKernels()) {}
+    explicit SmallFactor(SmallMemory& memory) : m_(memory) {}
 
     [[nodiscard]] std::size_t size() const { return size_; }
     void clear() { size_ = 0; }
@@ -27,7 +27,6 @@ public:
 
 private:
     SmallMemory& m_;
-    const SmallKernels& kernels_;
     std::size_t size_ = 0;
 };
 

@@ -31,8 +31,8 @@ struct SmallStack {
 
 /// A constraint and by how much it is violated, in proportion to the norm of its image.
 struct SmallViolation {
-    double amount = 0.0;
-    std::size_t index = 0;
+    double amount;
+    std::size_t index;
 };
 
 /// Σ a_i·b_i as value + rest, and Σ |a_i·b_i|; arrays.
@@ -43,20 +43,89 @@ struct SmallSums {
 };
 
 struct SmallSum {
-    double value = 0.0;
-    double rest = 0.0;
-    double scale = 0.0;
+    double value;
+    double rest;
+    double scale;
+};
+
+/// Where sides are copied to: as they are, and with what rounding may take from them.
+struct SmallSides {
+    double* lower;
+    double* upper;
+    double* lowest;
+    double* highest;
+};
+
+struct SmallSideLimits {
+    double absent;    ///< sides of this magnitude are
+    double infinity;  ///< what stands for them
+    double rounding;  ///< what it may take, in proportion
+};
+
+struct SmallSideExtent {
+    double largest;     ///< magnitude of a side that is there
+    std::size_t equal;  ///< pairs
+    bool isSound;       ///< no NaN, none crosses another or is absent on the wrong side
+};
+
+/// The terms of H·x + c + Aᵀy + z, and where x lies.
+struct SmallGradient {
+    SmallSums product;
+    SmallSums pull;
+    const double* c;
+    const double* z;
+    const double* x;
+    const double* lower;
+    const double* upper;
+};
+
+/// What entries of the gradient are measured by.
+struct SmallGradientUnits {
+    double rounding;          ///< of an entry, in proportion to its terms
+    double roundingOfOthers;  ///< in proportion to those of others
+    double evaluation;        ///< what sums may miss, in proportion to their terms
+    double floor;             ///< the terms of others
+    double gradient;          ///< least size of an entry that is rounding
+    double variable;          ///< least size of a variable
+    double farthest;          ///< variable from zero
+    double infinity;
+};
+
+struct SmallGradientProof {
+    double absolute;  ///< largest entry
+    double relative;
+    double weight;  ///< of the entries in the objective
+    double rest;    ///< Σ x_j times what the value of H·x leaves out
+    bool isSound;   ///< all are numbers
+};
+
+struct SmallStep {
+    double length;  ///< its largest entry
+    double size;    ///< that of the point
 };
 
 struct SmallKernels {
-    /// Copies `count` numbers and fills with zeros up to `padded`. The largest magnitude, or NaN
-    /// where one is not finite.
-    double (*copy)(const double* from, std::size_t count, double* to, std::size_t padded);
+    /// Copies rows × cols numbers, columns `leading` apart, to columns `distance` apart, which are
+    /// filled with zeros up to `padded`. The largest magnitude, or NaN where one is not finite.
+    double (*copy)(const double* from,
+                   std::size_t leading,
+                   std::size_t rows,
+                   std::size_t cols,
+                   double* to,
+                   std::size_t distance,
+                   std::size_t padded);
+    /// Copies `count` sides, null for none, and fills with absent ones up to `padded`.
+    SmallSideExtent (*copySides)(const double* lower,
+                                 const double* upper,
+                                 std::size_t count,
+                                 std::size_t padded,
+                                 const SmallSideLimits& limits,
+                                 const SmallSides& to);
     /// Cholesky, H = LLᵀ, and with it the images. False where a pivot is not above `tolerance`
     /// times the diagonal entry.
     bool (*factorise)(const SmallStack& stack, double tolerance);
-    /// y_i := Σ_j A_ij², i < rows.
-    void (*squaredNorms)(const SmallMatrix& a, double* y);
+    /// y_i := 1/‖row i‖, 0 where that is not above `smallest`.
+    void (*inverseNorms)(const SmallMatrix& a, double smallest, double* y);
     /// y := A·x + b; without b, A·x.
     void (*multiplyAdd)(const SmallMatrix& a, const double* x, const double* b, double* y);
     /// y := Aᵀx, cols entries.
@@ -64,6 +133,20 @@ struct SmallKernels {
     double (*dot)(const double* x, const double* y, std::size_t count);
     /// y := y + alpha·x.
     void (*addScaled)(double alpha, const double* x, double* y, std::size_t count);
+    /// y_j := factor·A(row, j), first ≤ j < count; 0 behind the last column.
+    void (*gather)(double factor,
+                   const SmallMatrix& a,
+                   std::size_t row,
+                   std::size_t first,
+                   std::size_t count,
+                   double* y);
+    /// y := y + Σ factor_k·(row member_k of A), over `size` members that are rows of it.
+    void (*addRows)(const SmallMatrix& a,
+                    const double* member,
+                    const double* factor,
+                    std::size_t size,
+                    std::size_t count,
+                    double* y);
     /// values := A·z and the constraint that is farthest beyond its sides, times `weight`.
     SmallViolation (*price)(const SmallMatrix& a,
                             const double* z,
@@ -75,16 +158,40 @@ struct SmallKernels {
     void (*rotate)(double c, double s, double* x, double* y, std::size_t count);
     /// sums := A·x in twice the precision.
     void (*exactProduct)(const SmallMatrix& a, const double* x, const SmallSums& sums);
-    /// sums += alpha·x in twice the precision.
-    void (*exactAddScaled)(double alpha, const double* x, const SmallSums& sums, std::size_t count);
+    /// sums := Σ multipliers_i·(row i of A) in twice the precision, over `size` members i < rows;
+    /// `count` sums.
+    void (*exactRows)(const SmallMatrix& a,
+                      const double* member,
+                      const double* multipliers,
+                      std::size_t size,
+                      std::size_t count,
+                      const SmallSums& sums);
     /// Σ x_i·y_i in twice the precision.
     SmallSum (*exactDot)(const double* x, const double* y, std::size_t count);
+    /// Σ y_i·side_i, the upper side for a positive y_i and the lower one for a negative.
+    SmallSum (*exactSides)(const double* y,
+                           const double* lower,
+                           const double* upper,
+                           std::size_t count);
+    /// y := −(H·x + c + Aᵀy + z).
+    void (*negativeGradient)(const SmallGradient& gradient, std::size_t count, double* y);
+    /// The largest |x_i|; all are numbers.
+    double (*largest)(const double* x, std::size_t count);
+    /// step := x − from.
+    SmallStep (*moved)(const double* x, double* step, const double* from, std::size_t count);
+    /// miss_i := by how much value_i + rest_i, null for none, is beyond the side that it is
+    /// farthest beyond, negative within both. Whether one is not within, or no number.
+    bool (*misses)(const double* value,
+                   const double* rest,
+                   const double* lower,
+                   const double* upper,
+                   std::size_t count,
+                   double* miss);
+    SmallGradientProof (*weighGradient)(const SmallGradient& gradient,
+                                        const SmallGradientUnits& units,
+                                        std::size_t count);
 };
 
-/// Parts of the table, each from a file of its own.
-void chooseImages(InstructionSet set, SmallKernels& kernels);
-void chooseProducts(InstructionSet set, SmallKernels& kernels);
-void chooseExactSums(InstructionSet set, SmallKernels& kernels);
 [[nodiscard]] SmallKernels smallKernels(InstructionSet set);
 
 /// The kernels for this processor.

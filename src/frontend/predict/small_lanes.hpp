@@ -6,6 +6,8 @@
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_LANES_HPP
 #endif
 
+#include <cstdint>
+
 #include "frontend/algebra/octet.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -60,11 +62,105 @@ HWY_INLINE Part spread(double value) {
     return hn::Set(Octet::Tag(), value);
 }
 
-/// The same tree of additions for every set.
-HWY_INLINE double sumOf(const Octet& octet) {
-    double v[OctetLanes];
-    store(octet, v);
-    return ((v[0] + v[4]) + (v[2] + v[6])) + ((v[1] + v[5]) + (v[3] + v[7]));
+/// What becomes of NaN depends on the processor.
+HWY_INLINE Octet maximumOf(Octet a, const Octet& b) {
+    for (std::size_t k = 0; k < Parts; ++k) {
+        a.parts[k] = hn::Max(a.parts[k], b.parts[k]);
+    }
+    return a;
+}
+
+#if HWY_TARGET == HWY_SCALAR
+
+template <class V, class Join>
+HWY_INLINE double folded(V v, Join /*join*/) {
+    return hn::GetLane(v);
+}
+
+#else
+
+/// The lanes of a register joined by halves, lane k with lane k + half of them.
+template <class V, class Join>
+HWY_INLINE double folded(V v, Join join) {
+    using D = hn::DFromV<V>;
+    if constexpr (hn::MaxLanes(D()) == 1) {
+        return hn::GetLane(v);
+    } else {
+        const hn::Half<D> half;
+        return folded(join(hn::LowerHalf(half, v), hn::UpperHalf(half, v)), join);
+    }
+}
+
+#endif
+
+/// Lanes joined by halves: the same tree for every set.
+template <class Join>
+HWY_INLINE double joined(Octet a, Join join) {
+    for (std::size_t half = Parts / 2; half > 0; half /= 2) {
+        for (std::size_t k = 0; k < half; ++k) {
+            a.parts[k] = join(a.parts[k], a.parts[k + half]);
+        }
+    }
+    return folded(a.parts[0], join);
+}
+
+HWY_INLINE double sumOf(const Octet& a) {
+    return joined(a, [](auto x, auto y) HWY_ATTR { return hn::Add(x, y); });
+}
+
+/// Of lanes that are numbers.
+HWY_INLINE double largestLane(const Octet& a) {
+    return joined(a, [](auto x, auto y) HWY_ATTR { return hn::Max(x, y); });
+}
+
+HWY_INLINE double smallestLane(const Octet& a) {
+    return joined(a, [](auto x, auto y) HWY_ATTR { return hn::Min(x, y); });
+}
+
+/// Entries that lie `leading` apart, eight at a time. All eight are read, the arrays behind
+/// included.
+class Strided {
+public:
+    HWY_INLINE explicit Strided(std::size_t leading) : leading_(leading) {
+        std::int64_t offsets[OctetLanes];
+        for (std::size_t k = 0; k < OctetLanes; ++k) {
+            offsets[k] = static_cast<std::int64_t>(k * leading);
+        }
+        for (std::size_t k = 0; k < Parts; ++k) {
+            offsets_[k] = hn::LoadU(Index(), offsets + k * Octet::PartLanes);
+        }
+    }
+
+    /// Entries `first` to `first + 8`, zeros from `count` on.
+    HWY_INLINE Octet at(const double* data, std::size_t first, std::size_t count) const {
+        const double* const start = data + first * leading_;
+        Octet result;
+        for (std::size_t k = 0; k < Parts; ++k) {
+            const std::size_t entry = first + k * Octet::PartLanes;
+            if (entry < count) {
+                const auto inside = hn::FirstN(Octet::Tag(), count - entry);
+                result.parts[k] =
+                    hn::IfThenElseZero(inside, hn::GatherIndex(Octet::Tag(), start, offsets_[k]));
+            } else {
+                result.parts[k] = spread(0.0);
+            }
+        }
+        return result;
+    }
+
+private:
+    using Index = hn::RebindToSigned<Octet::Tag>;
+    std::size_t leading_;
+    hn::Vec<Index> offsets_[Parts];
+};
+
+/// 0, 1, … 7.
+HWY_INLINE Octet numbersOfLanes() {
+    Octet result;
+    for (std::size_t k = 0; k < Parts; ++k) {
+        result.parts[k] = hn::Iota(Octet::Tag(), static_cast<double>(k * Octet::PartLanes));
+    }
+    return result;
 }
 
 }  // namespace

@@ -39,6 +39,7 @@ public:
     void reshape(const SmallShape& shape);
 
     SmallShape shape;
+    const SmallKernels& kernels = smallKernels();
 
     // head + rows × cols: [H; A; cᵀ]; 2·head + rows × cols: the images
     double* data = nullptr;
@@ -72,6 +73,7 @@ public:
     double* s = nullptr;
     double* member = nullptr;  ///< the constraint's number
     double* isEquality = nullptr;
+    std::size_t equalities = 0;  ///< how many constraints have equal sides
     // sums in twice the precision: [H; A; cᵀ]·x, Aᵀy
     SmallSums products;
     SmallSums pull;

@@ -129,7 +129,8 @@ bool SmallProblem::proveOptimum(const Problem& problem, double tolerance, Result
         !(judgement.certificate.primal.relative <= Feasible)) {
         return false;
     }
-    writeOptimum(problem, memory_, dual_, judgement, tolerance, result);
+    const SmallOptimum optimum{memory_, dual_, judgement, tolerance};
+    writeOptimum(problem, optimum, areSetsListed_, result);
     result.iterations.refinement = corrections;
     return true;
 }

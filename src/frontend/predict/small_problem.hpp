@@ -42,6 +42,8 @@ public:
                                  Result& result);
     /// For problems to come with these matrices. Their results are the same whichever comes first.
     void keepMatrices(const Problem& problem);
+    /// Whether results have the working set, as they do unless told otherwise.
+    void listSets(bool areListed) { areSetsListed_ = areListed; }
 
     /// That of the thread; its memory, at most a mebibyte, goes with the thread.
     [[nodiscard]] static SmallProblem& ofThread();
@@ -63,6 +65,7 @@ private:
     SmallDual dual_{memory_};
     enum class Matrices { Unknown, Unfit, Ready };
     Matrices matrices_ = Matrices::Unknown;
+    bool areSetsListed_ = true;
     bool hasEnded_ = false;  ///< at an optimum, whose working set is still factorised
 };
 

@@ -40,13 +40,9 @@ struct Units {
     double gradient = 1.0;
 };
 
-Units unitsOf(const SmallMemory& m, const SmallExtent& extent) {
+Units unitsOf(const SmallExtent& extent, double largest) {
     const double told = std::max(
         {extent.bounds, extent.A > 0.0 ? extent.rowSides / extent.A : 0.0, extent.c / extent.H});
-    double largest = 0.0;
-    for (std::size_t j = 0; j < m.shape.n; ++j) {
-        largest = std::max(largest, std::abs(m.x[j]));
-    }
     Units units;
     units.variable = told > 0.0 ? std::max(told, largest) : 1.0;
     units.gradient = std::max(extent.c, extent.H * units.variable);
@@ -61,23 +57,6 @@ double unitOfRow(const SmallMemory& m, std::size_t i, double otherwise) {
     return largest > 0.0 ? largest : otherwise;
 }
 
-void addMiss(Largest& largest,
-             double value,
-             double rest,
-             double scale,
-             double lower,
-             double upper,
-             const auto& unit) {
-    const double below = lower > -Infinity ? (lower - value) - rest : 0.0;
-    const double above = upper < Infinity ? (value - upper) + rest : 0.0;
-    const bool isBelow = below > above;
-    const double side = isBelow ? lower : upper < Infinity ? upper : 0.0;
-    const double miss = isBelow ? below : above;
-    if (!(miss <= 0.0)) {
-        largest.add(miss, scale + std::abs(side), unit());
-    }
-}
-
 // What rounding x and y leaves of an entry of the gradient, in proportion to its terms, and of one
 // with tiny terms, in proportion to those of others.
 constexpr double Rounding = 4.0 * std::numeric_limits<double>::epsilon();
@@ -85,25 +64,39 @@ constexpr double RoundingOfOthers = 2.0 * Rounding;
 // What the sums may miss, in proportion to their terms: those of short steps are formed in doubles.
 constexpr double Evaluation = 1e-21;
 
-// How far variable j may be from zero: an entry of the gradient times that shows in the objective.
-double farthest(const SmallMemory& m, std::size_t j) {
-    const std::size_t i = m.shape.rows() + j;
-    const double bound = std::max(std::abs(m.lower[i]), std::abs(m.upper[i]));
-    return std::max({std::abs(m.x[j]), 1.0, bound < Infinity ? bound : 0.0});
+/// The magnitude of the side that value + rest misses.
+double sideMissed(const SmallMemory& m, std::size_t i, double value, double rest) {
+    const bool isBelow = (m.lower[i] - value) - rest > 0.0;
+    const double side = std::abs(isBelow ? m.lower[i] : m.upper[i]);
+    return side < Infinity ? side : 0.0;
 }
 
-Residual violationOf(const SmallMemory& m, const SmallExtent& extent, const Units& units) {
+Residual violationOf(SmallMemory& m, const SmallExtent& extent, const Units& units) {
     const SmallShape& shape = m.shape;
+    const SmallKernels& kernels = m.kernels;
     Largest largest;
-    for (std::size_t i = 0; i < shape.m; ++i) {
-        const std::size_t at = shape.head() + i;
-        addMiss(largest, m.products.value[at], m.products.rest[at], m.products.scale[at],
-                m.lower[i], m.upper[i], [&] { return unitOfRow(m, i, extent.A) * units.variable; });
+    const double* const value = m.products.value + shape.head();
+    const double* const rest = m.products.rest + shape.head();
+    if (kernels.misses(value, rest, m.lower, m.upper, shape.rows(), m.values)) {
+        for (std::size_t i = 0; i < shape.m; ++i) {
+            if (!(m.values[i] <= 0.0)) {
+                const double scale = m.products.scale[shape.head() + i];
+                const double side = sideMissed(m, i, value[i], rest[i]);
+                // The unit counts where the terms are below 1.
+                const bool isTiny = !(scale + side >= 1.0);
+                largest.add(m.values[i], scale + side,
+                            isTiny ? unitOfRow(m, i, extent.A) * units.variable : 1.0);
+            }
+        }
     }
-    for (std::size_t j = 0; j < shape.n; ++j) {
-        const std::size_t i = shape.rows() + j;
-        addMiss(largest, m.x[j], 0.0, std::abs(m.x[j]), m.lower[i], m.upper[i],
-                [&] { return units.variable; });
+    const std::size_t bounds = shape.rows();
+    if (kernels.misses(m.x, nullptr, m.lower + bounds, m.upper + bounds, shape.head(), m.values)) {
+        for (std::size_t j = 0; j < shape.n; ++j) {
+            if (!(m.values[j] <= 0.0)) {
+                const double side = sideMissed(m, bounds + j, m.x[j], 0.0);
+                largest.add(m.values[j], std::abs(m.x[j]) + side, units.variable);
+            }
+        }
     }
     return largest.result();
 }
@@ -112,39 +105,26 @@ Residual violationOf(const SmallMemory& m, const SmallExtent& extent, const Unit
 
 Judgement judge(SmallMemory& m, const SmallExtent& extent, double constant) {
     const SmallShape& shape = m.shape;
-    const SmallKernels& kernels = smallKernels();
-    const Units units = unitsOf(m, extent);
-    const double largest = std::abs(*std::max_element(
-        m.x, m.x + shape.n, [](double a, double b) { return std::abs(a) < std::abs(b); }));
-    const double farthestX = std::max(largest, std::min(1.0, units.variable));
+    const SmallKernels& kernels = m.kernels;
+    const double largest = kernels.largest(m.x, shape.head());
+    const Units units = unitsOf(extent, largest);
+    const double variable = std::min(1.0, units.variable);
+    const double farthest = std::max(largest, variable);
     Judgement judgement;
     judgement.certificate.primal = violationOf(m, extent, units);
-    Largest dual;
+    const SmallGradientProof gradient =
+        kernels.weighGradient(gradientOf(m),
+                              {Rounding, RoundingOfOthers, Evaluation, extent.H * farthest,
+                               std::min(1.0, units.gradient), variable, farthest, Infinity},
+                              shape.head());
     TwoSum quadratic;
-    double weight = 0.0;
-    for (std::size_t j = 0; j < shape.n; ++j) {
-        const double z = m.multipliers[shape.rows() + j];
-        const double scale = m.products.scale[j] + m.pull.scale[j] + std::abs(m.c[j]);
-        const double residual = std::abs(stationarityOf(m, j));
-        const double floor = extent.H * farthestX;
-        const bool isFloor = residual <= RoundingOfOthers * std::max(scale, floor);
-        dual.add(residual, scale + std::abs(z), isFloor ? units.gradient : 0.0);
-        const double size = std::max(std::abs(m.x[j]), std::min(1.0, units.variable));
-        const bool isRounding = residual <= Rounding * scale;
-        weight += residual * (isRounding ? size : std::max(farthestX, farthest(m, j)));
-        weight += Evaluation * scale * size;
-        quadratic.rest += m.products.rest[j] * m.x[j];
-    }
-    judgement.certificate.dual = dual.result();
+    quadratic.rest = gradient.rest;
+    judgement.certificate.dual = gradient.isSound ? Residual{gradient.absolute, gradient.relative}
+                                                  : Residual{Infinity, Infinity};
     const SmallSum curved = kernels.exactDot(m.x, m.products.value, shape.head());
     quadratic.add(curved.value);
     quadratic.rest += curved.rest;
-    // Sides that have no multiplier count as zero, be they infinite.
-    for (std::size_t i = 0; i < shape.constraints(); ++i) {
-        const double y = m.multipliers[i];
-        m.values[i] = y > 0.0 ? m.upper[i] : y < 0.0 ? m.lower[i] : 0.0;
-    }
-    const SmallSum sides = kernels.exactDot(m.multipliers, m.values, shape.constraints());
+    const SmallSum sides = kernels.exactSides(m.multipliers, m.lower, m.upper, shape.constraints());
     const std::size_t linear = shape.head() + shape.m;
     TwoSum gap = quadratic;
     gap.add(m.products.value[linear]);
@@ -155,7 +135,7 @@ Judgement judge(SmallMemory& m, const SmallExtent& extent, double constant) {
     objective.add(m.products.value[linear]);
     const double size =
         std::max(std::abs(objective.result()), std::min(1.0, units.gradient * units.variable));
-    const double error = std::abs(judgement.signedGap) + weight;
+    const double error = std::abs(judgement.signedGap) + gradient.weight;
     judgement.certificate.gap = {std::abs(judgement.signedGap), error == 0.0 ? 0.0 : error / size};
     judgement.error =
         std::max({judgement.certificate.primal.relative, judgement.certificate.dual.relative,

@@ -14,6 +14,13 @@ SmallMatrix SmallRefinement::data() const {
     return {m_.data, height, m_.shape.cols(), height, height};
 }
 
+SmallMatrix SmallRefinement::rows() const {
+    SmallMatrix A = data();
+    A.data += m_.shape.head();
+    A.rows = m_.shape.rows();
+    return A;
+}
+
 void SmallRefinement::begin() {
     std::copy_n(m_.values + m_.shape.rows(), m_.shape.head(), m_.x);
     moveToBounds();
@@ -31,47 +38,29 @@ void SmallRefinement::moveToBounds() {
     }
 }
 
-// What rounding leaves on the wrong side of zero is zero.
+// What rounding leaves on the wrong side of zero is zero. memory.p := by how much they change.
 void SmallRefinement::setMultipliers() {
     for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
         if (m_.isEquality[k] == 0.0 && m_.lambda[k] < 0.0) {
             m_.lambda[k] = 0.0;
         }
         const std::size_t i = dual_.constraintOf(k);
-        m_.multipliers[i] = m_.sign[k] * m_.inverseNorm[i] * m_.lambda[k];
-    }
-}
-
-// memory.g := row i of A.
-void SmallRefinement::gatherRow(std::size_t i) {
-    const SmallMatrix all = data();
-    const double* entry = all.data + m_.shape.head() + i;
-    for (std::size_t j = 0; j < all.cols; ++j, entry += all.leading) {
-        m_.g[j] = *entry;
+        const double multiplier = m_.sign[k] * m_.inverseNorm[i] * m_.lambda[k];
+        m_.p[k] = multiplier - m_.multipliers[i];
+        m_.multipliers[i] = multiplier;
     }
 }
 
 void SmallRefinement::formSums() {
-    const std::size_t head = m_.shape.head();
-    kernels_.exactProduct(data(), m_.x, m_.products);
-    for (double* sums : {m_.pull.value, m_.pull.rest, m_.pull.scale}) {
-        std::fill_n(sums, head, 0.0);
-    }
-    for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
-        const std::size_t i = dual_.constraintOf(k);
-        if (isRow(i)) {
-            gatherRow(i);
-            kernels_.exactAddScaled(m_.multipliers[i], m_.g, m_.pull, head);
-        }
-    }
+    m_.kernels.exactProduct(data(), m_.x, m_.products);
+    m_.kernels.exactRows(rows(), m_.member, m_.multipliers, dual_.factor().size(), m_.shape.head(),
+                         m_.pull);
 }
 
 // memory.residual := r₁; memory.s := r₂ of the members, in proportion to the norms of their images.
 void SmallRefinement::formResiduals() {
     const SmallShape& shape = m_.shape;
-    for (std::size_t j = 0; j < shape.head(); ++j) {
-        m_.residual[j] = -stationarityOf(m_, j);
-    }
+    m_.kernels.negativeGradient(gradientOf(m_), shape.head(), m_.residual);
     for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
         const std::size_t i = dual_.constraintOf(k);
         const double side = m_.sign[k] > 0.0 ? m_.upper[i] : m_.lower[i];
@@ -89,60 +78,41 @@ void SmallRefinement::findStep() {
     const std::size_t size = dual_.factor().size();
     const SmallMatrix inverse{m_.images + shape.height(), head, shape.cols(), shape.height() + head,
                               0};
-    kernels_.multiplyTransposed(inverse, m_.residual, m_.u);
+    m_.kernels.multiplyTransposed(inverse, m_.residual, m_.u);
     std::fill(m_.u + shape.cols(), m_.u + head, 0.0);
     if (size > 0) {
         std::fill(m_.s + size, m_.s + SmallShape::upTo(size, 8), 0.0);
-        kernels_.multiplyTransposed(dual_.factor().orthogonal(), m_.u, m_.r);
-        kernels_.multiplyTransposed(dual_.factor().inverse(), m_.s, m_.p);
+        m_.kernels.multiplyTransposed(dual_.factor().orthogonal(), m_.u, m_.r);
+        m_.kernels.multiplyTransposed(dual_.factor().inverse(), m_.s, m_.p);
         for (std::size_t k = 0; k < size; ++k) {
             m_.s[k] = m_.p[k] - m_.r[k];
         }
-        kernels_.multiplyAdd(dual_.factor().orthogonal(), m_.s, m_.u, m_.u);
-        kernels_.multiplyAdd(dual_.factor().inverse(), m_.s, nullptr, m_.p);
+        m_.kernels.multiplyAdd(dual_.factor().orthogonal(), m_.s, m_.u, m_.u);
+        m_.kernels.multiplyAdd(dual_.factor().inverse(), m_.s, nullptr, m_.p);
     }
-    kernels_.multiplyAdd(inverse, m_.u, nullptr, m_.step);
+    m_.kernels.multiplyAdd(inverse, m_.u, nullptr, m_.step);
 }
 
 void SmallRefinement::correct() {
     constexpr double Short = 1e-6;  // a step whose products need no more than double precision
     formResiduals();
     findStep();
-    const SmallShape& shape = m_.shape;
-    const std::size_t head = shape.head();
+    const std::size_t head = m_.shape.head();
     for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
         m_.lambda[k] -= m_.p[k];
     }
-    double length = 0.0;
-    double size = 0.0;
     std::copy_n(m_.x, head, m_.u);
-    for (std::size_t j = 0; j < shape.n; ++j) {
-        m_.x[j] += m_.step[j];
-    }
+    m_.kernels.addScaled(1.0, m_.step, m_.x, head);
     moveToBounds();
-    for (std::size_t j = 0; j < head; ++j) {
-        m_.step[j] = m_.x[j] - m_.u[j];
-        length = std::max(length, std::abs(m_.step[j]));
-        size = std::max(size, std::abs(m_.x[j]));
-    }
-    if (!(length <= Short * size)) {
+    const SmallStep step = m_.kernels.moved(m_.x, m_.step, m_.u, head);
+    if (!(step.length <= Short * step.size)) {
         setMultipliers();
         formSums();
         return;
     }
-    kernels_.multiplyAdd(data(), m_.step, m_.products.rest, m_.products.rest);
-    for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
-        const std::size_t i = dual_.constraintOf(k);
-        m_.p[k] = m_.multipliers[i];
-    }
+    m_.kernels.multiplyAdd(data(), m_.step, m_.products.rest, m_.products.rest);
     setMultipliers();
-    for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
-        const std::size_t i = dual_.constraintOf(k);
-        if (isRow(i)) {
-            gatherRow(i);
-            kernels_.addScaled(m_.multipliers[i] - m_.p[k], m_.g, m_.pull.rest, head);
-        }
-    }
+    m_.kernels.addRows(rows(), m_.member, m_.p, dual_.factor().size(), head, m_.pull.rest);
 }
 
 }  // namespace activeset::frontend

@@ -9,8 +9,7 @@ namespace activeset::frontend {
 
 class SmallRefinement {
 public:
-    SmallRefinement(SmallMemory& memory, const SmallDual& dual)
-        : m_(memory), dual_(dual), kernels_(smallKernels()) {}
+    SmallRefinement(SmallMemory& memory, const SmallDual& dual) : m_(memory), dual_(dual) {}
 
     /// memory.x, memory.multipliers and their sums, from where the dual method has ended.
     void begin();
@@ -20,16 +19,15 @@ public:
 private:
     [[nodiscard]] bool isRow(std::size_t i) const { return i < m_.shape.rows(); }
     [[nodiscard]] SmallMatrix data() const;
+    [[nodiscard]] SmallMatrix rows() const;  ///< of A
     void setMultipliers();
     void moveToBounds();
     void formSums();
-    void gatherRow(std::size_t i);
     void formResiduals();
     void findStep();
 
     SmallMemory& m_;
     const SmallDual& dual_;
-    const SmallKernels& kernels_;
 };
 
 }  // namespace activeset::frontend

@@ -104,27 +104,29 @@ void take(Result& result, Point point, const Judgement& judgement) {
 }  // namespace
 
 void writeOptimum(const Problem& problem,
-                  SmallMemory& memory,
-                  const SmallDual& dual,
-                  const Judgement& judgement,
-                  double tolerance,
+                  const SmallOptimum& optimum,
+                  bool isSetWanted,
                   Result& result) {
     constexpr double WorthIt = 1e-10;  // an absolute gap above this is made smaller if it can be
+    SmallMemory& memory = optimum.memory;
     const SmallShape& shape = memory.shape;
     const double* const z = memory.multipliers + shape.rows();
+    const bool isBalanced = !(optimum.judgement.certificate.gap.absolute > WorthIt);
     clear(result);
     result.status = Status::Optimal;
     result.wasPredicted = true;
     result.x.assign(memory.x, memory.x + shape.n);
     result.y.assign(memory.multipliers, memory.multipliers + shape.m);
     result.z.assign(z, z + shape.n);
-    result.objective = judgement.objective;
-    result.certificate = judgement.certificate;
-    writeWorkingSet(memory, dual, result.workingSet);
-    if (judgement.certificate.gap.absolute > WorthIt) {
-        Judgement best = judgement;
+    result.objective = optimum.judgement.objective;
+    result.certificate = optimum.judgement.certificate;
+    if (isSetWanted || !isBalanced) {
+        writeWorkingSet(memory, optimum.dual, result.workingSet);
+    }
+    if (!isBalanced) {
+        Judgement best = optimum.judgement;
         Point point{std::move(result.x), std::move(result.y), std::move(result.z)};
-        balance(copyOf(problem), result.workingSet, tolerance, point, best);
+        balance(copyOf(problem), result.workingSet, optimum.tolerance, point, best);
         take(result, std::move(point), best);
     }
 }

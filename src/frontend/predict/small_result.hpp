@@ -9,12 +9,18 @@ namespace activeset::frontend {
 
 // Both overwrite all of a result.
 
-/// The point in the memory, which is proved, and its working set.
+/// A point in the memory that is proved.
+struct SmallOptimum {
+    SmallMemory& memory;
+    const SmallDual& dual;
+    const Judgement& judgement;
+    double tolerance;
+};
+
+/// With its working set if that is wanted.
 void writeOptimum(const Problem& problem,
-                  SmallMemory& memory,
-                  const SmallDual& dual,
-                  const Judgement& judgement,
-                  double tolerance,
+                  const SmallOptimum& optimum,
+                  bool isSetWanted,
                   Result& result);
 
 /// The contradiction that the dual method has ended with, and the point where the solve began.

@@ -20,13 +20,11 @@ struct TwoSum {
     [[nodiscard]] double result() const { return value + rest; }
 };
 
-/// Entry j of H·x + c + Aᵀy + z.
-inline double stationarityOf(const SmallMemory& m, std::size_t j) {
-    TwoSum sum{m.products.value[j], m.products.rest[j] + m.pull.rest[j]};
-    sum.add(m.pull.value[j]);
-    sum.add(m.c[j]);
-    sum.add(m.multipliers[m.shape.rows() + j]);
-    return sum.result();
+/// Of the point in the memory.
+inline SmallGradient gradientOf(const SmallMemory& m) {
+    const std::size_t bounds = m.shape.rows();
+    return {m.products,       m.pull,          m.c, m.multipliers + bounds, m.x,
+            m.lower + bounds, m.upper + bounds};
 }
 
 }  // namespace activeset::frontend

@@ -1,12 +1,15 @@
 // Cholesky of H and the images of all constraints in one sweep: [H; A; cᵀ; I]·L⁻ᵀ. A block of four
 // columns is brought up to date by the columns before it, for eight rows at a time, and finished by
 // its own 4 × 4 triangle. That is factorised as LDLᵀ, so that no square root waits for another.
-#include "frontend/predict/small_kernels.hpp"
+// Included by small_kernels.cpp.
+#if defined(ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_IMAGES_HPP) == defined(HWY_TARGET_TOGGLE)
+#ifdef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_IMAGES_HPP
+#undef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_IMAGES_HPP
+#else
+#define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_IMAGES_HPP
+#endif
 
-#undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "frontend/predict/small_images.cpp"
-#include "frontend/algebra/each_set.hpp"
-#include "frontend/predict/small_lanes.hpp"
+#include "frontend/predict/small_products.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace activeset::frontend::HWY_NAMESPACE {
@@ -44,13 +47,12 @@ struct Sweep {
 
     /// Rows of I, of which `row` is the first one.
     HWY_INLINE Panel identityAt(std::size_t row) const {
+        static constexpr double Unit[2 * OctetLanes] = {0, 0, 0, 0, 0, 0, 0, 1};
         Panel panel;
         for (std::size_t c = 0; c < Width; ++c) {
-            double unit[OctetLanes] = {};
-            if (first + c >= row && first + c < row + OctetLanes) {
-                unit[first + c - row] = 1.0;
-            }
-            panel.columns[c] = load(unit);
+            const std::size_t lane = first + c - row;
+            panel.columns[c] =
+                load(Unit + (lane < OctetLanes ? OctetLanes - 1 - lane : OctetLanes));
         }
         return panel;
     }
@@ -129,16 +131,25 @@ bool factorise(const SmallStack& stack, double tolerance) {
     return true;
 }
 
+/// y_i := 1/‖row i‖, 0 where that is not above `smallest`.
+void inverseNorms(const SmallMatrix& a, double smallest, double* y) {
+    for (std::size_t row = 0; row < a.rows; row += OctetLanes) {
+        Octet sum = octetOf(0.0);
+        for (std::size_t j = firstColumn(a, row); j < a.cols; ++j) {
+            const Octet values = load(a.data + j * a.leading + row);
+            addTo(sum, values, values);
+        }
+        for (auto& part : sum.parts) {
+            const Part norm = hn::Sqrt(part);
+            const Part inverse = hn::Div(spread(1.0), norm);
+            part = hn::IfThenElseZero(hn::Gt(norm, spread(smallest)), inverse);
+        }
+        store(sum, y + row);
+    }
+}
+
 }  // namespace
 }  // namespace activeset::frontend::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace activeset::frontend {
-
-void chooseImages(InstructionSet set, SmallKernels& kernels) {
-    kernels.factorise = ACTIVESET_CHOOSE(set, factorise);
-}
-
-}  // namespace activeset::frontend
 #endif

@@ -1,0 +1,135 @@
+// Copies of data with what there is to know of their sizes. Included by small_kernels.cpp.
+#if defined(ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_LOAD_HPP) == defined(HWY_TARGET_TOGGLE)
+#ifdef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_LOAD_HPP
+#undef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_LOAD_HPP
+#else
+#define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_LOAD_HPP
+#endif
+
+#include "frontend/predict/small_kernels.hpp"
+#include "frontend/predict/small_lanes.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace activeset::frontend::HWY_NAMESPACE {
+namespace {
+
+/// The largest magnitude so far, and zero as long as all is finite.
+struct Inspected {
+    Octet largest;
+    Octet zeros;
+
+    HWY_INLINE void take(const Octet& values) {
+        largest = maximumOf(magnitudeOf(values), largest);
+        addTo(zeros, values, spread(0.0));
+    }
+    /// NaN where something is not finite.
+    HWY_INLINE double result() const { return largestLane(largest) + sumOf(zeros); }
+};
+
+double copy(const double* from,
+            std::size_t leading,
+            std::size_t rows,
+            std::size_t cols,
+            double* to,
+            std::size_t distance,
+            std::size_t padded) {
+    Inspected inspected{octetOf(0.0), octetOf(0.0)};
+    for (std::size_t j = 0; j < cols; ++j, to += distance) {
+        const double* const column = from + j * leading;
+        std::size_t i = 0;
+        for (; i + OctetLanes <= rows; i += OctetLanes) {
+            const Octet values = load(column + i);
+            store(values, to + i);
+            inspected.take(values);
+        }
+        if (i < rows) {
+            const Octet values = loadFirst(column + i, rows - i);
+            store(values, to + i);
+            inspected.take(values);
+            i += OctetLanes;
+        }
+        for (; i < padded; i += OctetLanes) {
+            store(octetOf(0.0), to + i);
+        }
+    }
+    return inspected.result();
+}
+
+HWY_INLINE Octet sidesAt(const double* sides, std::size_t i, std::size_t count, double absent) {
+    return sides == nullptr          ? octetOf(absent)
+           : i + OctetLanes <= count ? load(sides + i)
+                                     : loadFirst(sides + i, count - i);
+}
+
+/// What is found out about sides while they are copied.
+struct SideLook {
+    Octet largest;
+    Octet equal;  ///< how many in a lane
+    bool isSound;
+};
+
+/// Eight pairs of sides. Sums and products as they are written, not fused.
+HWY_INLINE void takeSides(const SmallSides& to,
+                          std::size_t i,
+                          Octet low,
+                          Octet high,
+                          const SmallSideLimits& limits,
+                          SideLook& look) {
+    const Part zero = spread(0.0);
+    const Part infinite = spread(limits.infinity);
+    const Part minusInfinite = spread(-limits.infinity);
+    Octet lowest;
+    Octet highest;
+    for (std::size_t k = 0; k < Parts; ++k) {
+        Part& l = low.parts[k];
+        Part& u = high.parts[k];
+        const auto hasNoLow = hn::Le(l, spread(-limits.absent));  // so that NaN stays
+        const auto hasNoHigh = hn::Ge(u, spread(limits.absent));
+        const Part lowSize = hn::IfThenElse(hasNoLow, zero, hn::Abs(l));
+        l = hn::IfThenElse(hasNoLow, minusInfinite, l);
+        u = hn::IfThenElse(hasNoHigh, infinite, u);
+        const Part highSize = hn::IfThenElse(hasNoHigh, zero, hn::Abs(u));
+        const auto isSound = hn::And(hn::Le(l, u), hn::And(hn::Lt(l, spread(limits.absent)),
+                                                           hn::Gt(u, spread(-limits.absent))));
+        look.isSound = look.isSound && hn::AllTrue(Octet::Tag(), isSound);
+        look.largest.parts[k] = hn::Max(look.largest.parts[k], hn::Max(lowSize, highSize));
+        look.equal.parts[k] =
+            hn::Add(look.equal.parts[k], hn::IfThenElseZero(hn::Eq(l, u), spread(1.0)));
+        const Part rounding = spread(limits.rounding);
+        lowest.parts[k] = hn::Sub(l, hn::Mul(rounding, lowSize));
+        highest.parts[k] = hn::Add(u, hn::Mul(rounding, highSize));
+    }
+    store(low, to.lower + i);
+    store(high, to.upper + i);
+    store(lowest, to.lowest + i);
+    store(highest, to.highest + i);
+}
+
+SmallSideExtent copySides(const double* lower,
+                          const double* upper,
+                          std::size_t count,
+                          std::size_t padded,
+                          const SmallSideLimits& limits,
+                          const SmallSides& to) {
+    SideLook look{octetOf(0.0), octetOf(0.0), true};
+    std::size_t i = 0;
+    for (; i < count; i += OctetLanes) {
+        takeSides(to, i, sidesAt(lower, i, count, -limits.infinity),
+                  sidesAt(upper, i, count, limits.infinity), limits, look);
+    }
+    double equal = sumOf(look.equal);
+    if (i > count && lower != nullptr && upper != nullptr) {
+        equal -= static_cast<double>(i - count);  // 0 and 0, behind the last ones
+    }
+    for (i = count; i < padded; ++i) {
+        to.lower[i] = to.lowest[i] = -limits.infinity;
+        to.upper[i] = to.highest[i] = limits.infinity;
+    }
+    return {largestLane(look.largest), static_cast<std::size_t>(equal), look.isSound};
+}
+
+}  // namespace
+}  // namespace activeset::frontend::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
