@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "host/array_shelf.hpp"
+
 namespace activeset {
 
 class CallScope;
@@ -86,6 +88,9 @@ struct ThreadState {
     int interruptDepth = 0;
     /// KeepPoolMemory objects alive; counted by themselves.
     int poolKeepers = 0;
+    /// Arrays of the front end's solves, for the next one; taken from and given to by its vectors,
+    /// emptied by releaseWorkspaces().
+    ArrayShelf arrays;
     /// The pool of temporaries; made on first use, destroyed by releaseMatrixPool(). Last, so that
     /// at the end of the thread it goes while the counts above still exist.
     std::unique_ptr<MatrixPool, MatrixPoolDeleter> matrixPool;

@@ -335,6 +335,10 @@ struct Result {
 ///         std::logic_error inside a callback of another solve; what the callback raises
 [[nodiscard]] ACTIVESET_API Result solve(const Problem& problem, const Settings& settings = {});
 
+/// Gives back the arrays that the calling thread keeps for its next solve: at most 256 MiB, which
+/// go with the thread otherwise. Those of a Solver are its own until it is destroyed.
+ACTIVESET_API void releaseWorkspaces() noexcept;
+
 /// A sequence of related problems: the same sizes, other numbers. Holds copies of all data. Each
 /// solve starts from the last optimum and its working set; scaling, factors and tests of convexity
 /// are kept while the matrices stay, and where the working set stays, too, one correction with the

@@ -41,7 +41,7 @@ Data relaxed(const Data& data, const std::vector<RowSide>& sides) {
     result.upper = data.upper;
     result.lower.push_back(0.0);
     result.upper.push_back(Infinity);
-    result.A.reserve(result.n * result.m);
+    result.A.makeRoom(result.n * result.m);
     for (std::size_t j = 0; j < data.n; ++j) {
         for (const RowSide& side : sides) {
             result.A.push_back(data.columnOfA(j)[side.row]);

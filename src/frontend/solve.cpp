@@ -12,6 +12,7 @@
 #include "frontend/proof/gap_correction.hpp"
 #include "frontend/proof/units.hpp"
 #include "frontend/solve.hpp"
+#include "host/array_shelf.hpp"
 #include "host/floating_point.hpp"
 
 namespace activeset {
@@ -51,7 +52,8 @@ constexpr double WorthIt = 1e-10;  // an absolute gap above this is made smaller
 frontend::Vector startOf(const frontend::Prepared& problem, frontend::Vector x) {
     constexpr double Far = 1e8;
     const frontend::Data& data = problem.user;
-    if (frontend::largestMagnitude(x) > Far * frontend::mostSize(data)) {
+    const double size = frontend::largestMagnitude(x);
+    if (size > Far && size > Far * frontend::mostSize(data)) {  // which is 1 at least
         x.clear();
     }
     x.resize(data.n, 0.0);
@@ -121,6 +123,10 @@ Result solvePrepared(Prepared& problem,
 }
 
 }  // namespace frontend
+
+void releaseWorkspaces() noexcept {
+    ArrayShelf::ofThread().clear();
+}
 
 namespace {
 

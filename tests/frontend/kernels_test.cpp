@@ -26,6 +26,23 @@ TEST(Kernels, FindTheLargestMagnitudeWhereverItStands) {
     }
 }
 
+TEST(Kernels, FindTheLargestProductAndRaiseToProductsWhateverTheLength) {
+    for (std::size_t count = 1; count <= 40; ++count) {
+        for (std::size_t at = 0; at < count; ++at) {
+            std::vector<double> values(count, 1.0);
+            std::vector<double> factors(count, 2.0);
+            values[at] = -3.0;
+            factors[at] = 4.0;
+            EXPECT_EQ(largestProduct(values.data(), factors.data(), count), 12.0);
+            std::vector<double> largest(count + 1, 5.0);
+            raiseToProducts(values.data(), 2.0, largest.data(), count);
+            std::vector<double> expected(count + 1, 5.0);
+            expected[at] = 6.0;
+            EXPECT_EQ(largest, expected) << count << ' ' << at;
+        }
+    }
+}
+
 }  // namespace
 
 }  // namespace activeset::frontend

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "frontend/algebra/vector.hpp"
+#include "frontend/algebra/large_vector.hpp"
 
 namespace activeset::frontend {
 
@@ -22,7 +22,7 @@ struct Dense {
 
     std::size_t rows = 0;
     std::size_t cols = 0;
-    Vector values;
+    LargeVector values;
 };
 
 [[nodiscard]] double dot(const double* a, const double* b, std::size_t count);

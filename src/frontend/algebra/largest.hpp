@@ -11,7 +11,12 @@ namespace activeset::frontend {
 /// max |values_k|, 0 for none; entries that are NaN do not count.
 [[nodiscard]] double largestMagnitude(const double* values, std::size_t count);
 
-/// The function that does it with an instruction set that the processor has.
+/// max |values_k|·factors_k, likewise; no factor is negative.
+[[nodiscard]] double largestProduct(const double* values, const double* factors, std::size_t count);
+/// largest_k := max(largest_k, |values_k|·factor), likewise.
+void raiseToProducts(const double* values, double factor, double* largest, std::size_t count);
+
+/// The function that does the first with an instruction set that the processor has.
 using LargestKernel = double(const double* values, std::size_t count);
 [[nodiscard]] LargestKernel* largestKernel(InstructionSet set);
 

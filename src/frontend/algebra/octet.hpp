@@ -113,6 +113,13 @@ HWY_INLINE Octet magnitudeOf(Octet a) {
     return a;
 }
 
+HWY_INLINE Octet productOf(Octet a, const Octet& b) {
+    for (std::size_t k = 0; k < Octet::Parts; ++k) {
+        a.parts[k] = hn::Mul(a.parts[k], b.parts[k]);
+    }
+    return a;
+}
+
 /// a where a > b, else b; so b, where one of the two is NaN.
 HWY_INLINE Octet largerOf(Octet a, const Octet& b) {
     for (std::size_t k = 0; k < Octet::Parts; ++k) {

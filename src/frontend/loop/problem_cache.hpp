@@ -60,7 +60,7 @@ private:
     std::optional<Subproblem> itself_;
     std::optional<Subproblem> proximal_;
     std::optional<Refinement> refinement_;
-    std::optional<Vector> hessian_;
+    std::optional<LargeVector> hessian_;
     double hessianRho_ = 0.0;
 };
 

@@ -33,7 +33,7 @@ void NamedColumns::name(const List& wanted, const List& kept) {
     const std::size_t n = data_.n;
     const std::size_t total = count_ + missing.size();
     // What fails for want of memory leaves the columns that there are as they are.
-    columns_.values.resize(n * total);
+    columns_.values.grow(n * total);
     columns_.cols = total;
     growInner(total);
     for (std::size_t k = 0; k < missing.size(); ++k) {

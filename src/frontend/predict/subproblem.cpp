@@ -13,7 +13,7 @@ Data shifted(const Data& problem, double rho) {
         return {};
     }
     Data result = problem;
-    result.H.resize(result.n * result.n, 0.0);
+    result.H.grow(result.n * result.n);
     for (std::size_t j = 0; j < result.n; ++j) {
         result.H[j * result.n + j] += rho;
     }
@@ -22,10 +22,12 @@ Data shifted(const Data& problem, double rho) {
 }
 
 Dense hessianOf(const Data& data) {
-    Dense H(data.n, data.n);
-    if (data.quadratic) {
-        H.values = data.H;
+    if (!data.quadratic) {
+        return {data.n, data.n};
     }
+    Dense H;
+    H.rows = H.cols = data.n;
+    H.values = data.H;
     return H;
 }
 

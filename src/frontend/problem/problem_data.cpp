@@ -7,9 +7,9 @@ namespace activeset::frontend {
 
 namespace {
 
-void copyMatrix(const MatrixView& matrix, Vector& target) {
+void copyMatrix(const MatrixView& matrix, LargeVector& target) {
     target.clear();
-    target.reserve(matrix.rows() * matrix.cols());
+    target.makeRoom(matrix.rows() * matrix.cols());
     for (std::size_t j = 0; j < matrix.cols() && !matrix.empty(); ++j) {
         if (matrix.order() == Order::ColumnMajor) {
             const double* column = matrix.data() + j * matrix.leading();

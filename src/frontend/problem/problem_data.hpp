@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "activeset/qp.hpp"
-#include "frontend/algebra/vector.hpp"
+#include "frontend/algebra/large_vector.hpp"
 
 namespace activeset::frontend {
 
@@ -19,9 +19,9 @@ struct Data {
     std::size_t n = 0;
     std::size_t m = 0;
     bool quadratic = false;  ///< H has an entry that is not zero; H is empty otherwise
-    Vector H;                ///< n × n, symmetric to the last bit
+    LargeVector H;           ///< n × n, symmetric to the last bit
     Vector c;
-    Vector A;  ///< m × n
+    LargeVector A;  ///< m × n
     Vector rowLower;
     Vector rowUpper;
     Vector lower;

@@ -3,10 +3,10 @@
 #include "frontend/problem/scaling.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 #include "frontend/algebra/dense.hpp"
+#include "frontend/algebra/largest.hpp"
 
 namespace activeset::frontend {
 
@@ -23,22 +23,6 @@ double powerOfTwoNear(double value) {
     return std::ldexp(1.0, std::clamp(exponent, -LargestExponent, LargestExponent));
 }
 
-// The largest |values_i|·factors_i. Four at a time, which do not wait for one another.
-double largestProduct(const double* values, const Vector& factors) {
-    constexpr std::size_t Width = 4;
-    std::array<double, Width> largest{};
-    std::size_t i = 0;
-    for (; i + Width <= factors.size(); i += Width) {
-        for (std::size_t k = 0; k < Width; ++k) {
-            largest[k] = std::max(largest[k], std::abs(values[i + k]) * factors[i + k]);
-        }
-    }
-    for (; i < factors.size(); ++i) {
-        largest[0] = std::max(largest[0], std::abs(values[i]) * factors[i]);
-    }
-    return *std::max_element(largest.begin(), largest.end());
-}
-
 // One sweep: the square roots of the largest scaled entries of columns and rows are taken off.
 // False, nothing changed, where all of them are near 1.
 bool sweep(const Data& data, Scaling& scaling) {
@@ -46,13 +30,12 @@ bool sweep(const Data& data, Scaling& scaling) {
     Vector row(data.m, 0.0);
     for (std::size_t j = 0; j < data.n; ++j) {
         if (data.quadratic) {
-            column[j] = largestProduct(data.columnOfH(j), scaling.column);
+            column[j] = largestProduct(data.columnOfH(j), scaling.column.data(), data.n);
         }
         const double* A = data.columnOfA(j);
-        column[j] = std::max(column[j], largestProduct(A, scaling.row)) * scaling.column[j];
-        for (std::size_t i = 0; i < data.m; ++i) {
-            row[i] = std::max(row[i], std::abs(A[i]) * scaling.column[j]);
-        }
+        const double ofRows = largestProduct(A, scaling.row.data(), data.m);
+        column[j] = std::max(column[j], ofRows) * scaling.column[j];
+        raiseToProducts(A, scaling.column[j], row.data(), data.m);
     }
     for (std::size_t i = 0; i < data.m; ++i) {
         row[i] *= scaling.row[i];
@@ -159,14 +142,21 @@ Scaling Scaling::of(const Data& data) {
 }
 
 Data Scaling::apply(const Data& data) const {
-    Data result = data;
+    Data result;
+    result.n = data.n;
+    result.m = data.m;
+    result.quadratic = data.quadratic;
+    result.H.makeRoom(data.H.size());
+    result.A.makeRoom(data.A.size());
     for (std::size_t j = 0; j < data.n; ++j) {
         if (data.quadratic) {
+            result.H.insert(result.H.end(), data.columnOfH(j), data.columnOfH(j) + data.n);
             double* H = result.H.data() + j * data.n;
             for (std::size_t i = 0; i < data.n; ++i) {
                 H[i] *= column[i] * column[j] * objective;
             }
         }
+        result.A.insert(result.A.end(), data.columnOfA(j), data.columnOfA(j) + data.m);
         double* A = result.A.data() + j * data.m;
         for (std::size_t i = 0; i < data.m; ++i) {
             A[i] *= row[i] * column[j];
