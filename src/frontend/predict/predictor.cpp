@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "frontend/predict/block_dual.hpp"
+#include "frontend/predict/block_primal.hpp"
 #include "frontend/predict/dual_active_set.hpp"
 #include "frontend/predict/primal_dual_guess.hpp"
 #include "frontend/problem/constraints.hpp"
@@ -30,6 +31,16 @@ void refine(Subproblem& problem, DualOutcome& outcome, Control& control) {
     outcome.point = pointOf(problem.data(), equality.members(), multipliers, std::move(x));
 }
 
+void guess(Subproblem& problem, const Sides& start, Control& control, Prediction& prediction) {
+    PrimalDualGuess guess(problem, start, control);
+    prediction.isSettled = guess.run();
+    prediction.rounds += guess.rounds();
+    if (prediction.isSettled) {
+        prediction.set = guess.sides().workingSet();
+        prediction.point = std::move(guess).point();
+    }
+}
+
 }  // namespace
 
 Prediction predict(Subproblem& problem, const WorkingSet& first, Control& control) {
@@ -37,12 +48,14 @@ Prediction predict(Subproblem& problem, const WorkingSet& first, Control& contro
     const Sides start(data, first);
     Prediction prediction;
     if (areRowsFew(data)) {
-        PrimalDualGuess guess(problem, start, control);
-        prediction.isSettled = guess.run();
-        prediction.rounds = guess.rounds();
-        if (prediction.isSettled) {
-            prediction.set = guess.sides().workingSet();
-            prediction.point = std::move(guess).point();
+        guess(problem, start, control, prediction);
+        if (!prediction.isSettled && BlockPrimal::suits(data) && !control.mustEnd()) {
+            BlockPrimal primal(problem, start, control);
+            const bool hasEnded = primal.run();
+            prediction.steps = primal.steps();
+            if (hasEnded) {  // its set is the minimum's; a guess shows that, and refines
+                guess(problem, primal.sides(), control, prediction);
+            }
         }
     }
     if (!prediction.isSettled && !control.mustEnd()) {
@@ -59,7 +72,7 @@ Prediction predict(Subproblem& problem, const WorkingSet& first, Control& contro
         prediction.isInfeasible = outcome.end == DualOutcome::Infeasible;
         prediction.point = std::move(outcome.point);
         prediction.set = outcome.sides.workingSet();
-        prediction.steps = outcome.steps;
+        prediction.steps += outcome.steps;
     }
     return prediction;
 }

@@ -1,0 +1,266 @@
+// The steps of the block primal method.
+#include "frontend/predict/block_primal.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "frontend/algebra/dense.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr std::size_t MostFreed = 8;  // in a step
+
+/// x moved along the row by so much, inside the bounds.
+double shifted(const Data& data, const Vector& x, std::size_t j, double t) {
+    return std::min(std::max(x[j] + t * data.A[j], data.lower[j]), data.upper[j]);
+}
+
+double valueOfRow(const Data& data, const Vector& x, double t) {
+    double value = 0.0;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        value += data.A[j] * shifted(data, x, j, t);
+    }
+    return value;
+}
+
+}  // namespace
+
+bool BlockPrimal::suits(const Data& data) {
+    return data.m == 0 || (data.m == 1 && data.rowLower[0] == data.rowUpper[0]);
+}
+
+BlockPrimal::BlockPrimal(Subproblem& problem, const Sides& first, Control& control)
+    : data_(problem.data()),
+      system_(problem.freeSystem()),
+      control_(control),
+      first_(first),
+      x_(data_.n),
+      g_(data_.c),
+      isFree_(data_.n, false) {
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        const std::size_t k = data_.m + j;
+        x_[j] = first_[k] != Side::None ? first_.target(k)
+                                        : std::min(std::max(0.0, data_.lower[j]), data_.upper[j]);
+    }
+}
+
+bool BlockPrimal::run() {
+    const std::size_t mostSteps = 64 + 8 * data_.n;
+    if (!findFeasiblePoint()) {
+        return false;
+    }
+    List all;
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        all.push_back(j);
+        if (data_.lower[j] < x_[j] && x_[j] < data_.upper[j]) {
+            F_.push_back(j);
+            isFree_[j] = true;
+        }
+    }
+    addHessianColumns(data_, all, x_.data(), g_.data());
+    while (steps_ <= mostSteps && minimise()) {
+        const List freed = mostWrong();
+        if (freed.empty()) {
+            return true;
+        }
+        worst_ = freed.front();
+        for (const std::size_t j : freed) {
+            isFree_[j] = true;
+        }
+        F_.insert(F_.end(), freed.begin(), freed.end());
+        std::sort(F_.begin(), F_.end());
+    }
+    return false;
+}
+
+// On the curve of the points nearest to x inside the bounds of x + t·a the row's value rises with
+// t: where it is what it is to be, by bisection.
+bool BlockPrimal::findFeasiblePoint() {
+    constexpr int MostHalvings = 200;
+    constexpr double Farthest = 1e30;
+    if (data_.m == 0) {
+        return true;
+    }
+    const double wanted = data_.rowLower[0];
+    const double now = valueOfRow(data_, x_, 0.0);
+    const double sign = wanted < now ? -1.0 : 1.0;
+    const auto isBeyond = [&](double t) {
+        return sign * (valueOfRow(data_, x_, sign * t) - wanted) >= 0.0;
+    };
+    double high = now == wanted ? 0.0 : 1.0;
+    while (!isBeyond(high)) {
+        if (high > Farthest) {
+            return false;
+        }
+        high *= 2.0;
+    }
+    double low = 0.0;
+    for (int k = 0; k < MostHalvings && low < high; ++k) {
+        const double middle = 0.5 * (low + high);
+        if (middle == low || middle == high) {
+            break;
+        }
+        (isBeyond(middle) ? high : low) = middle;
+    }
+    Vector moved(data_.n);
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        moved[j] = shifted(data_, x_, j, sign * high);
+    }
+    x_ = std::move(moved);
+    return true;
+}
+
+// Over the free variables, of which those that reach a bound become fixed.
+bool BlockPrimal::minimise() {
+    while (!control_.mustEnd()) {
+        const bool isRowFree = std::any_of(F_.begin(), F_.end(),
+                                           [this](std::size_t j) { return entryOfRow(j) != 0.0; });
+        if (!system_.setSets(F_, isRowFree ? List{0} : List{})) {
+            return false;
+        }
+        if (!isRowFree) {
+            y_ = chooseMultiplier();
+        }
+        ++steps_;
+        control_.poll();
+        const Step step = F_.empty() ? Step::Whole : takeStep();
+        if (step != Step::Blocked) {
+            return step == Step::Whole;
+        }
+    }
+    return false;
+}
+
+// Newton's step, or as much of it as the bounds let.
+BlockPrimal::Step BlockPrimal::takeStep() {
+    const Vector p = direction();
+    double alpha = 1.0;
+    Vector reach(F_.size(), Infinity);
+    for (std::size_t k = 0; k < F_.size(); ++k) {
+        const std::size_t j = F_[k];
+        const double room = p[k] < 0.0 ? data_.lower[j] - x_[j] : data_.upper[j] - x_[j];
+        reach[k] = p[k] != 0.0 ? room / p[k] : Infinity;
+        alpha = std::min(alpha, reach[k]);
+    }
+    if (alpha == 0.0) {
+        return fixBlocked(reach);
+    }
+    Vector step(data_.n, 0.0);
+    List staying;
+    for (std::size_t k = 0; k < F_.size(); ++k) {
+        const std::size_t j = F_[k];
+        const double before = x_[j];
+        if (alpha < 1.0 && reach[k] <= alpha) {
+            x_[j] = p[k] < 0.0 ? data_.lower[j] : data_.upper[j];
+            isFree_[j] = false;
+        } else {
+            x_[j] = std::min(std::max(x_[j] + alpha * p[k], data_.lower[j]), data_.upper[j]);
+            staying.push_back(j);
+        }
+        step[j] = x_[j] - before;
+    }
+    addHessianColumns(data_, F_, step.data(), g_.data());
+    F_ = std::move(staying);
+    return alpha < 1.0 ? Step::Blocked : Step::Whole;
+}
+
+Vector BlockPrimal::direction() {
+    Vector p(F_.size());
+    for (std::size_t k = 0; k < F_.size(); ++k) {
+        p[k] = -g_[F_[k]];
+    }
+    Vector rest(system_.rows().size());
+    if (!rest.empty()) {
+        rest[0] = data_.rowLower[0] - dot(data_.A.data(), x_.data(), data_.n);
+    }
+    system_.solve(p, rest);
+    if (!rest.empty()) {
+        y_ = rest[0];
+    }
+    return p;
+}
+
+// Where nothing can move, variables that would leave their bounds the wrong way become fixed again;
+// if the worst of those that were freed is among them, all at bounds but that one: by itself it
+// goes the right way.
+BlockPrimal::Step BlockPrimal::fixBlocked(const Vector& reach) {
+    List staying;
+    bool isWorstBlocked = false;
+    for (std::size_t k = 0; k < F_.size(); ++k) {
+        isWorstBlocked = isWorstBlocked || (F_[k] == worst_ && reach[k] == 0.0);
+    }
+    for (std::size_t k = 0; k < F_.size(); ++k) {
+        const std::size_t j = F_[k];
+        const bool isAtBound = x_[j] == data_.lower[j] || x_[j] == data_.upper[j];
+        if (j != worst_ && (isWorstBlocked ? isAtBound : reach[k] == 0.0)) {
+            isFree_[j] = false;
+        } else {
+            staying.push_back(j);
+        }
+    }
+    const bool isStuck = staying.size() == F_.size();
+    F_ = std::move(staying);
+    return isStuck ? Step::Stuck : Step::Blocked;
+}
+
+// The multiplier of a row in which no free variable has an entry: between what those at bounds
+// allow, or between the two that contradict each other most.
+double BlockPrimal::chooseMultiplier() const {
+    double least = -Infinity;
+    double most = Infinity;
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        const double a = entryOfRow(j);
+        if (a == 0.0 || data_.lower[j] == data_.upper[j]) {
+            continue;
+        }
+        const bool isAtLower = x_[j] == data_.lower[j];
+        if (isAtLower == (a > 0.0)) {
+            least = std::max(least, -g_[j] / a);
+        } else {
+            most = std::min(most, -g_[j] / a);
+        }
+    }
+    if (least > -Infinity && most < Infinity) {
+        return 0.5 * (least + most);
+    }
+    return least > -Infinity ? least : most < Infinity ? most : 0.0;
+}
+
+// The fixed variables that would lower the objective most, of each by itself.
+BlockPrimal::List BlockPrimal::mostWrong() const {
+    constexpr double Rounding = 1e-13;
+    std::vector<std::pair<double, std::size_t>> candidates;
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        const double pull = y_ * entryOfRow(j);
+        const double slope = g_[j] + pull;
+        const double amount = x_[j] == data_.lower[j] ? -slope : slope;
+        const double size = 1.0 + std::abs(g_[j]) + std::abs(pull);
+        if (!isFree_[j] && data_.lower[j] < data_.upper[j] && amount > Rounding * size) {
+            candidates.emplace_back(-amount / std::sqrt(data_.columnOfH(j)[j]), j);
+        }
+    }
+    const std::size_t count = std::min(MostFreed, candidates.size());
+    std::partial_sort(candidates.begin(), candidates.begin() + static_cast<std::ptrdiff_t>(count),
+                      candidates.end());
+    List result;
+    for (std::size_t k = 0; k < count; ++k) {
+        result.push_back(candidates[k].second);
+    }
+    return result;
+}
+
+Sides BlockPrimal::sides() const {
+    Sides result = first_;
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        if (result[data_.m + j] != Side::Both) {
+            const Side side = x_[j] == data_.lower[j] ? Side::Lower : Side::Upper;
+            result.hold(data_.m + j, isFree_[j] ? Side::None : side);
+        }
+    }
+    return result;
+}
+
+}  // namespace activeset::frontend

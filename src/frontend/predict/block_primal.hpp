@@ -1,0 +1,61 @@
+// A primal active-set method for bounds and at most one equality that frees several variables a
+// step.
+#ifndef ACTIVESET_SRC_FRONTEND_PREDICT_BLOCK_PRIMAL_HPP
+#define ACTIVESET_SRC_FRONTEND_PREDICT_BLOCK_PRIMAL_HPP
+
+#include <optional>
+#include <vector>
+
+#include "frontend/core/control.hpp"
+#include "frontend/predict/subproblem.hpp"
+#include "frontend/problem/constraints.hpp"
+
+namespace activeset::frontend {
+
+/// From a feasible point, the minimum over the free variables F is approached by Newton steps as
+/// far as the bounds let, variables that block becoming fixed; then the fixed variables whose
+/// multipliers are worst become free together. The objective falls all along, so it ends where
+/// exchanging all at once goes round in circles: where H is nearly singular.
+class BlockPrimal {
+public:
+    /// Whether there are only bounds and at most one row, an equality.
+    [[nodiscard]] static bool suits(const Data& data);
+
+    /// @param first  of its bounds the start is made
+    BlockPrimal(Subproblem& problem, const Sides& first, Control& control);
+
+    /// Whether no multiplier has the wrong sign any more, but for rounding.
+    [[nodiscard]] bool run();
+    [[nodiscard]] std::size_t steps() const { return steps_; }
+    /// After a success.
+    [[nodiscard]] Sides sides() const;
+
+private:
+    using List = std::vector<std::size_t>;
+    enum class Step { Whole, Blocked, Stuck };
+
+    [[nodiscard]] bool findFeasiblePoint();
+    [[nodiscard]] double entryOfRow(std::size_t j) const { return data_.m == 0 ? 0.0 : data_.A[j]; }
+    [[nodiscard]] bool minimise();
+    [[nodiscard]] Step takeStep();
+    [[nodiscard]] Vector direction();
+    [[nodiscard]] Step fixBlocked(const Vector& reach);
+    [[nodiscard]] double chooseMultiplier() const;
+    [[nodiscard]] List mostWrong() const;
+
+    const Data& data_;
+    FreeSystem& system_;
+    Control& control_;
+    Sides first_;
+    Vector x_;
+    Vector g_;      // H·x + c
+    double y_ = 0;  // of the row
+    List F_;        // ascending
+    std::vector<bool> isFree_;
+    std::size_t worst_ = 0;  // of those that were freed last
+    std::size_t steps_ = 0;
+};
+
+}  // namespace activeset::frontend
+
+#endif
