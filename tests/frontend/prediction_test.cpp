@@ -1,9 +1,11 @@
 // Predicted starts: they change the way, never the answer.
 #include <map>
+#include <numeric>
 
 #include "benchmarks/families.hpp"
 #include "frontend/generator.hpp"
 #include "frontend/predict/block_dual.hpp"
+#include "frontend/predict/block_primal.hpp"
 #include "frontend/predict/dual_active_set.hpp"
 #include "frontend/proof/certificate.hpp"
 #include "support/fixture.hpp"
@@ -94,6 +96,87 @@ TEST_F(Predictions, AreMadeByTheDualMethodsAlone) {
         EXPECT_GT(ended[frontend::DualOutcome::Infeasible], 5);
     }
     EXPECT_GT(met[Status::Optimal], 100);
+}
+
+/// A box and an equality, H of rank 4 plus 1e-8; x = (1, …, 1) satisfies the equality.
+Sample nearlySingular(std::size_t n, unsigned seed) {
+    Sample s{n, 1, Numbers(n * n), {}, {}, {}, {}, Numbers(n, 0.0), Numbers(n, 2.0), {}};
+    std::mt19937_64 bits(seed);
+    std::normal_distribution<double> normal;
+    Numbers root(4 * n);
+    std::ranges::generate(root, [&] { return normal(bits); });
+    for (std::size_t k = 0; k < n * n; ++k) {
+        s.H[k] = k % (n + 1) == 0 ? 1e-8 : 0.0;
+        for (std::size_t r = 0; r < 4; ++r) {
+            s.H[k] += root[k / n * 4 + r] * root[k % n * 4 + r];
+        }
+    }
+    for (std::size_t j = 0; j < n; ++j) {
+        s.c.push_back(normal(bits));
+        s.A.push_back(bits() % 2 == 0 ? 1.0 : -1.0);
+    }
+    s.rowLower = s.rowUpper = {std::accumulate(s.A.begin(), s.A.end(), 0.0)};
+    return s;
+}
+
+/// Where H is nearly singular and guesses go round, the primal method finds the set.
+TEST_F(Predictions, AreMadeByThePrimalMethodAlone) {
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Sample s = nearlySingular(10 + seed % 40, seed);
+        const frontend::Data data = frontend::copyOf(s.view());
+        frontend::Subproblem problem(data, 0.0);
+        ASSERT_TRUE(frontend::BlockPrimal::suits(data));
+        const Settings settings;
+        frontend::Control control(settings, 1000);
+        frontend::Sides first(data);
+        for (std::size_t k = 1; k < first.count() && seed % 3 == 0; k += 2) {
+            first.hold(k, frontend::Side::Upper);
+        }
+        frontend::BlockPrimal primal(problem, first, control);
+        ASSERT_TRUE(primal.run());
+        EXPECT_LE(primal.steps(), 4 * s.n);
+        EXPECT_EQ(primal.sides().workingSet(), solve(s.view()).workingSet);
+    }
+    Sample s = nearlySingular(10, 0);
+    s.rowLower = s.rowUpper = {21.0};
+    const frontend::Data data = frontend::copyOf(s.view());
+    frontend::Subproblem problem(data, 0.0);
+    const Settings settings;
+    frontend::Control control(settings, 1000);
+    EXPECT_FALSE(frontend::BlockPrimal(problem, frontend::Sides(data), control).run());
+}
+
+/// What a contradiction does not need, the ray of the dual method does not drop one by one first.
+TEST_F(Predictions, EndAtAContradictionWithTheRowsThatItNeeds) {
+    for (const std::uint64_t seed : {1U, 2U, 3U}) {
+        const bench::Problem p = bench::randomProblem(60, 0.6, seed);
+        frontend::Data data;
+        data.n = p.n;
+        data.m = p.mIneq + 1;
+        data.quadratic = true;
+        data.H = p.H;
+        data.c = p.c;
+        for (std::size_t j = 0; j < p.n; ++j) {
+            const double* column = p.A.data() + j * p.mIneq;
+            data.A.insert(data.A.end(), column, column + p.mIneq);
+            data.A.push_back(-column[0] - column[1] - column[2]);
+        }
+        data.rowLower.assign(data.m, -Infinity);
+        data.rowUpper = p.b;
+        data.rowUpper.push_back(-p.b[0] - p.b[1] - p.b[2] - 1.0);
+        data.lower = p.lb;
+        data.upper = p.ub;
+        frontend::Subproblem problem(data, 0.0);
+        const Settings settings;
+        frontend::Control control(settings, 1000);
+        const frontend::DualOutcome outcome =
+            frontend::BlockDual(problem, frontend::Sides(data), control).run();
+        ASSERT_EQ(outcome.end, frontend::DualOutcome::Infeasible);
+        EXPECT_LE(outcome.steps, 30U);
+        EXPECT_EQ(std::ranges::count(outcome.point.z, 0.0), static_cast<long>(p.n));
+        EXPECT_EQ(std::ranges::count(outcome.point.y, 0.0), static_cast<long>(data.m) - 4);
+    }
 }
 
 /// With this Hessian (Curtis, Han and Robinson 2015) guessing goes round in circles for some c, and

@@ -160,6 +160,16 @@ EqualityProblem::Dependence EqualityProblem::dependenceOf(std::size_t q) {
     columns_.name({q}, members());
     WorkingFactor::Projection projection = working_.projectionOf(q);
     working_.solveUpper(projection.u.data());
+    if (projection.own == 0.0) {
+        // Of a combination that is exact, what is rounding beside q itself.
+        constexpr double Rounding = 1e-11;
+        const double whole = columns_.inner(q, q);
+        for (std::size_t k = 0; k < projection.u.size(); ++k) {
+            double& entry = projection.u[k];
+            const double part = entry * entry * columns_.inner(members()[k], members()[k]);
+            entry = part > Rounding * Rounding * whole ? entry : 0.0;
+        }
+    }
     return {std::move(projection.u), projection.own};
 }
 
@@ -177,7 +187,9 @@ void EqualityProblem::refineDependence(std::size_t q, Vector& r) const {
         Vector change(r.size());
         columns_.products(members(), rest.data(), change.data());
         working_.solve(change.data());
-        axpy(1.0, change.data(), r.data(), r.size());
+        for (std::size_t i = 0; i < r.size(); ++i) {
+            r[i] += r[i] != 0.0 ? change[i] : 0.0;
+        }
     }
 }
 

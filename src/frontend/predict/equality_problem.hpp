@@ -37,11 +37,12 @@ public:
 
     /// What constraint q has in common with the members.
     struct Dependence {
-        Vector r;          ///< S⁻¹Gᵀg_q: if q depends on them, it is Wᵀr
+        Vector r;  ///< S⁻¹Gᵀg_q: if q depends on them, it is Wᵀr, without rounding's entries
         double own = 0.0;  ///< what the members leave of ‖g_q‖², 0 where q depends on them
     };
     [[nodiscard]] Dependence dependenceOf(std::size_t q);
-    /// Corrects r for what is left of a_q − Wᵀr in extended precision.
+    /// Corrects the entries of r that are not 0 for what is left of a_q − Wᵀr in extended
+    /// precision.
     void refineDependence(std::size_t q, Vector& r) const;
 
 private:

@@ -13,10 +13,17 @@ namespace activeset::frontend {
 
 namespace {
 
-// Bounds by the free variables, and few rows beside them.
-bool areRowsFew(const Data& data) {
+// Bounds by the free variables, and few rows beside them. Rows that may come and go mislead a
+// guess; equalities only cost.
+bool areRowsFew(const Data& data, const Sides& start) {
     constexpr std::size_t VariablesPerRow = 8;
-    return VariablesPerRow * data.m <= data.n;
+    constexpr std::size_t VariablesPerEquality = 3;
+    std::size_t equalities = 0;
+    for (std::size_t i = 0; i < data.m; ++i) {
+        equalities += start.lower(i) == start.upper(i) ? 1U : 0U;
+    }
+    return VariablesPerRow * (data.m - equalities) <= data.n &&
+           VariablesPerEquality * equalities <= data.n;
 }
 
 // The point of the orthogonal factors, once more by the equations of its working set.
@@ -47,7 +54,7 @@ Prediction predict(Subproblem& problem, const WorkingSet& first, Control& contro
     const Data& data = problem.data();
     const Sides start(data, first);
     Prediction prediction;
-    if (areRowsFew(data)) {
+    if (areRowsFew(data, start)) {
         guess(problem, start, control, prediction);
         if (!prediction.isSettled && BlockPrimal::suits(data) && !control.mustEnd()) {
             BlockPrimal primal(problem, start, control);
