@@ -58,7 +58,7 @@ void ArrayShelf::give(Array array) noexcept {
             }
         }
         bytes_ -= bytesOf(*smallest);
-        *smallest = {};
+        *smallest = Array();  // {} would keep its memory
     }
 }
 
