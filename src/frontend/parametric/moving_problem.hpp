@@ -1,0 +1,64 @@
+// A problem whose vectors are linear functions of a parameter.
+#ifndef ACTIVESET_SRC_FRONTEND_PARAMETRIC_MOVING_PROBLEM_HPP
+#define ACTIVESET_SRC_FRONTEND_PARAMETRIC_MOVING_PROBLEM_HPP
+
+#include <optional>
+#include <string>
+
+#include "activeset/path.hpp"
+#include "frontend/problem/problem_data.hpp"
+
+namespace activeset::frontend {
+
+/// The vectors of a problem, or what they gain per unit of the parameter.
+struct Vectors {
+    Vector c;
+    Vector rowLower;
+    Vector rowUpper;
+    Vector lower;
+    Vector upper;
+};
+
+class MovingProblem {
+public:
+    /// @raises std::invalid_argument, see Path
+    MovingProblem(const Problem& problem, const Direction& direction);
+
+    [[nodiscard]] const Data& data() const { return data_; }
+    [[nodiscard]] const Vectors& rates() const { return rates_; }
+    /// The largest magnitude in row i of A.
+    [[nodiscard]] double rowSize(std::size_t i) const { return rowSizes_[i]; }
+    /// How large x is by what the vectors say: sides by their rows, c by the largest entry of H.
+    /// What is below rounding of it is 0.
+    [[nodiscard]] double sizeOfX(const Vectors& vectors) const;
+    /// Whether both sides are the same at every t.
+    [[nodiscard]] bool isFixedRow(std::size_t i) const {
+        return data_.rowLower[i] == data_.rowUpper[i] && rates_.rowLower[i] == rates_.rowUpper[i];
+    }
+    [[nodiscard]] bool isFixedVariable(std::size_t j) const {
+        return data_.lower[j] == data_.upper[j] && rates_.lower[j] == rates_.upper[j];
+    }
+    /// From now on with H + shift·I.
+    void shift(double shift);
+    /// The vectors at t.
+    [[nodiscard]] Vectors at(double t) const;
+    /// @post the view lives as long as `vectors` and this object
+    [[nodiscard]] Problem view(const Vectors& vectors) const;
+    [[nodiscard]] Result solve(double t, const WarmStart& start, const Settings& settings) const;
+
+    /// The first t from `from` up behind which two sides cross, and which they are.
+    struct Crossing {
+        double t = Infinity;
+        std::string text;
+    };
+    [[nodiscard]] Crossing crossing(double from) const;
+
+private:
+    Data data_;
+    Vectors rates_;
+    Vector rowSizes_;
+};
+
+}  // namespace activeset::frontend
+
+#endif

@@ -1,0 +1,180 @@
+// What a result must be like for its working set to be differentiated.
+#include "frontend/parametric/optimum.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "frontend/algebra/dense.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+[[noreturn]] void refuse(const char* caller, const std::string& text) {
+    throw std::invalid_argument("activeset: " + std::string(caller) + ": " + text);
+}
+
+// The side that the equality moves with, by the sign of its multiplier.
+Hold equalityBy(double multiplier) {
+    return multiplier >= 0.0 ? Hold::EqualUpper : Hold::EqualLower;
+}
+
+}  // namespace
+
+Data checkedCopy(const Problem& problem, const char* caller) {
+    const std::vector<Fault> faults = faultsOf(problem);
+    if (!faults.empty()) {
+        refuse(caller, "the problem has faults: " + messageOf(faults));
+    }
+    return copyOf(problem);
+}
+
+Optimum::Optimum(const Result& result, const Problem& problem, const char* caller)
+    : data(checkedCopy(problem, caller)),
+      point{result.x, result.y, result.z},
+      rows(data.m, Hold::None),
+      bounds(data.n, Hold::None) {
+    if (result.status != Status::Optimal) {
+        refuse(caller, "the result is not optimal but " + std::string(textOf(result.status)));
+    }
+    if (point.x.size() != data.n || point.z.size() != data.n || point.y.size() != data.m) {
+        refuse(caller, "the result is of another problem: it has " +
+                           std::to_string(point.x.size()) + " variables and " +
+                           std::to_string(point.y.size()) + " rows, the problem " +
+                           std::to_string(data.n) + " and " + std::to_string(data.m));
+    }
+    if (result.hessianShift != 0.0) {
+        data.H.resize(data.n * data.n, 0.0);
+        data.quadratic = true;
+        for (std::size_t j = 0; j < data.n; ++j) {
+            data.H[j * (data.n + 1)] += result.hessianShift;
+        }
+    }
+    rowValues = product(data.A, data.m, point.x);
+    requireMembers(result.workingSet, caller);
+    requirePoint(result, caller);
+    findWeak();
+}
+
+std::vector<std::size_t> Optimum::freeVariables() const {
+    std::vector<std::size_t> free;
+    free.reserve(data.n);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        if (!isHeld(bounds[j])) {
+            free.push_back(j);
+        }
+    }
+    return free;
+}
+
+std::vector<std::size_t> Optimum::heldRows() const {
+    std::vector<std::size_t> held;
+    for (std::size_t i = 0; i < data.m; ++i) {
+        if (isHeld(rows[i])) {
+            held.push_back(i);
+        }
+    }
+    return held;
+}
+
+void Optimum::requireMembers(const WorkingSet& set, const char* caller) {
+    const auto hold = [&](const std::vector<std::size_t>& members, const Vector& sides,
+                          const Vector& others, std::vector<Hold>& holds, Hold side) {
+        for (const std::size_t k : members) {
+            if (k >= holds.size() || !std::isfinite(sides[k])) {
+                refuse(caller,
+                       "the result is of another problem: its working set holds a side "
+                       "that the problem does not have");
+            }
+            // Of equal sides both hold, whichever the set names.
+            holds[k] = sides[k] != others[k]
+                           ? side
+                           : equalityBy(&holds == &rows ? point.y[k] : point.z[k]);
+        }
+    };
+    hold(set.equalities, data.rowUpper, data.rowLower, rows, Hold::Upper);
+    hold(set.rowsAtLower, data.rowLower, data.rowUpper, rows, Hold::Lower);
+    hold(set.rowsAtUpper, data.rowUpper, data.rowLower, rows, Hold::Upper);
+    hold(set.fixed, data.upper, data.lower, bounds, Hold::Upper);
+    hold(set.atLower, data.lower, data.upper, bounds, Hold::Lower);
+    hold(set.atUpper, data.upper, data.lower, bounds, Hold::Upper);
+}
+
+// Whether the point satisfies the optimality conditions of these data, to what its certificate
+// says and a little more.
+void Optimum::requirePoint(const Result& result, const char* caller) {
+    constexpr double Rough = 1e-6;
+    const double allowed = std::max({Rough, 10.0 * result.certificate.dual.relative,
+                                     10.0 * result.certificate.primal.relative});
+    const double size = std::max(1.0, largestMagnitude(point.x));
+    const auto requireSide = [&](double value, double side, double scale) {
+        if (!(std::abs(value - side) <= allowed * std::max(std::abs(side), scale))) {
+            refuse(caller,
+                   "the result is of another problem: its point is not on the sides that "
+                   "its working set holds");
+        }
+    };
+    for (std::size_t i = 0; i < data.m; ++i) {
+        if (isHeld(rows[i])) {
+            double scale = 0.0;
+            for (std::size_t j = 0; j < data.n; ++j) {
+                scale = std::max(scale, std::abs(data.columnOfA(j)[i]));
+            }
+            requireSide(rowValues[i], isAtLower(rows[i]) ? data.rowLower[i] : data.rowUpper[i],
+                        scale * size);
+        }
+    }
+    const Vector curved = data.quadratic ? product(data.H, data.n, point.x) : Vector(data.n, 0.0);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        if (isHeld(bounds[j])) {
+            requireSide(point.x[j], isAtLower(bounds[j]) ? data.lower[j] : data.upper[j], size);
+        }
+        const double* column = data.columnOfA(j);
+        double largest = 1.0 + std::abs(curved[j]) + std::abs(data.c[j]) + std::abs(point.z[j]);
+        double sum = curved[j] + data.c[j] + point.z[j];
+        for (std::size_t i = 0; i < data.m; ++i) {
+            sum += column[i] * point.y[i];
+            largest += std::abs(column[i] * point.y[i]);
+        }
+        if (!(std::abs(sum) <= allowed * largest)) {
+            refuse(caller, "the result is of another problem: its multipliers do not fit");
+        }
+    }
+}
+
+void Optimum::findWeak() {
+    constexpr double Zero = 1e-9;  // of the largest term of the gradient, or of the row
+    const double gradient =
+        std::max({largestMagnitude(data.c), largestMagnitude(point.y), largestMagnitude(point.z)});
+    const double size = largestMagnitude(point.x);
+    const auto touches = [&](double value, double side, double scale) {
+        return std::isfinite(side) &&
+               std::abs(value - side) <= Zero * std::max(std::abs(side), scale);
+    };
+    for (std::size_t i = 0; i < data.m; ++i) {
+        double scale = 0.0;
+        for (std::size_t j = 0; j < data.n; ++j) {
+            scale = std::max(scale, std::abs(data.columnOfA(j)[i]));
+        }
+        const double value = rowValues[i];
+        const bool isOn = isHeld(rows[i]) ? !isEquality(rows[i])
+                                          : touches(value, data.rowLower[i], scale * size) ||
+                                                touches(value, data.rowUpper[i], scale * size);
+        if (isOn && std::abs(point.y[i]) * scale <= Zero * gradient) {
+            weakRows.push_back(i);
+        }
+    }
+    for (std::size_t j = 0; j < data.n; ++j) {
+        const bool isOn = isHeld(bounds[j]) ? !isEquality(bounds[j])
+                                            : touches(point.x[j], data.lower[j], size) ||
+                                                  touches(point.x[j], data.upper[j], size);
+        if (isOn && std::abs(point.z[j]) <= Zero * gradient) {
+            weakBounds.push_back(j);
+        }
+    }
+}
+
+}  // namespace activeset::frontend

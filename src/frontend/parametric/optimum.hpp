@@ -1,0 +1,56 @@
+// An optimum beside the data that it is the optimum of, checked to belong together.
+#ifndef ACTIVESET_SRC_FRONTEND_PARAMETRIC_OPTIMUM_HPP
+#define ACTIVESET_SRC_FRONTEND_PARAMETRIC_OPTIMUM_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "frontend/problem/problem_data.hpp"
+
+namespace activeset::frontend {
+
+/// How a constraint is held. An equality moves with the side that its multiplier presses on, and
+/// its multiplier may have any sign.
+enum class Hold : std::int8_t { None, Lower, Upper, EqualLower, EqualUpper };
+
+[[nodiscard]] inline bool isHeld(Hold hold) {
+    return hold != Hold::None;
+}
+[[nodiscard]] inline bool isEquality(Hold hold) {
+    return hold == Hold::EqualLower || hold == Hold::EqualUpper;
+}
+[[nodiscard]] inline bool isAtLower(Hold hold) {
+    return hold == Hold::Lower || hold == Hold::EqualLower;
+}
+
+struct Optimum {
+    /// @param caller  the name that stands in front of what is raised
+    /// @raises std::invalid_argument, see Sensitivity
+    Optimum(const Result& result, const Problem& problem, const char* caller);
+
+    /// The variables that are not held, and the rows that are.
+    [[nodiscard]] std::vector<std::size_t> freeVariables() const;
+    [[nodiscard]] std::vector<std::size_t> heldRows() const;
+
+    Data data;  ///< H with the shift of the result
+    Point point;
+    Vector rowValues;          ///< A·x
+    std::vector<Hold> rows;    ///< m
+    std::vector<Hold> bounds;  ///< n
+    /// Where a side holds or is touched and its multiplier is 0 to rounding.
+    std::vector<std::size_t> weakRows;
+    std::vector<std::size_t> weakBounds;
+
+private:
+    void requireMembers(const WorkingSet& set, const char* caller);
+    void requirePoint(const Result& result, const char* caller);
+    void findWeak();
+};
+
+/// The data of a problem; what is wrong with them is raised.
+[[nodiscard]] Data checkedCopy(const Problem& problem, const char* caller);
+
+}  // namespace activeset::frontend
+
+#endif
