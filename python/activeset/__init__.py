@@ -40,9 +40,9 @@ __all__ = [
     "BatchResult", "Certificate", "Conflict", "Farkas", "Fault", "Iterations", "Marginals",
     "Problem",
     "ProblemError", "Progress", "ReadError", "Residual", "Result", "Settings", "SolveError",
-    "Solver", "Status", "Times", "WarmStart", "WorkingSet", "batch", "compat",
-    "explain_infeasibility", "linprog", "lsq_linear", "nnls", "read", "solve_batch", "solve_ls",
-    "solve_many", "solve_qp",
+    "Sensitivity", "Solver", "Status", "Times", "WarmStart", "WorkingSet", "batch", "compat",
+    "explain_infeasibility", "linprog", "lsq_linear", "nnls", "path", "ranges", "read",
+    "solve_batch", "solve_ls", "solve_many", "solve_qp",
 ]
 
 _core.configure(Result, tuple(Status))
@@ -52,10 +52,13 @@ _atexit.register(_core.end_tasks)
 _LATER = {
     "BatchResult": "_batch",
     "ReadError": "_files",
+    "Sensitivity": "_sensitivity",
     "explain_infeasibility": "_explain",
     "linprog": "_linprog",
     "lsq_linear": "_least_squares",
     "nnls": "_least_squares",
+    "path": "_path",
+    "ranges": "_sensitivity",
     "read": "_files",
     "solve_batch": "_batch",
     "solve_ls": "_least_squares",
@@ -71,6 +74,8 @@ if TYPE_CHECKING:
     from ._least_squares import lsq_linear, nnls, solve_ls
     from ._linprog import linprog
     from ._many import solve_many
+    from ._path import path
+    from ._sensitivity import Sensitivity, ranges
 
 
 def __getattr__(name: str) -> object:

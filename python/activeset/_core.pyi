@@ -161,6 +161,34 @@ def solve_batch(
 def explain(
     problem: Problem, settings: Settings | None
 ) -> tuple[bool, bool, _Indices, _Indices, _Indices, _Indices]: ...
+def ranges(result: Result, problem: Problem) -> dict[str, _Vector]: ...
+def path(
+    problem: Problem,
+    q: _Vector,
+    rowLower: _Vector,
+    rowUpper: _Vector,
+    lb: _Vector,
+    ub: _Vector,
+    start: float,
+    stop: float,
+) -> dict[str, Any]: ...
+
+@final
+class Derivatives:
+    def __init__(self, result: Result, problem: Problem) -> None: ...
+    def smoothness(self) -> dict[str, Any]: ...
+    def backward(self, dx: _Vector, dy: _Vector, dz: _Vector) -> dict[str, _Vector]: ...
+    def forward(
+        self,
+        P: _Vector,
+        q: _Vector,
+        rows: _Vector,
+        rowLower: _Vector,
+        rowUpper: _Vector,
+        lb: _Vector,
+        ub: _Vector,
+    ) -> tuple[_Vector, _Vector, _Vector]: ...
+
 def configure(result: type[Result], statuses: tuple[Status, ...]) -> None: ...
 def restore(state: dict[str, Any]) -> Result: ...
 def end_tasks() -> None: ...

@@ -4,6 +4,7 @@
 #include "kept_solver.hpp"
 #include "least_squares.hpp"
 #include "many.hpp"
+#include "parametric.hpp"
 #include "problem_holder.hpp"
 #include "python.hpp"
 #include "result.hpp"
@@ -39,6 +40,7 @@ PYBIND11_MODULE(_core, module) {
     addProblemHolder(module);
     addMany(module);
     addBatch(module);
+    addParametric(module);
     module.def("configure", &configure);
     module.def("restore", &restore);
     module.def("end_tasks", &endTasks);

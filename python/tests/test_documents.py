@@ -13,8 +13,8 @@ import activeset
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MODULES = ["activeset"] + [f"activeset.{name}" for name in (
-    "_batch", "_explain", "_least_squares", "_linprog", "_many", "_problem", "compat.quadprog",
-    "compat.qpsolvers")]
+    "_batch", "_explain", "_least_squares", "_linprog", "_many", "_path", "_problem",
+    "_sensitivity", "compat.quadprog", "compat.qpsolvers")]
 
 
 @pytest.mark.parametrize("name", MODULES)
@@ -100,4 +100,6 @@ def test_import_brings_no_optional_package():
 
 def test_all_modules_can_be_imported():
     for module in pkgutil.walk_packages(activeset.__path__, "activeset."):
+        if module.name == "activeset.torch":
+            pytest.importorskip("torch")
         importlib.import_module(module.name)

@@ -1,0 +1,222 @@
+// Derivatives, ranges and paths: the front end's functions, with plain arrays by its own names. The
+// Python files around them divide rows into those of G and of A.
+#include "parametric.hpp"
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "activeset/path.hpp"
+#include "activeset/ranges.hpp"
+#include "activeset/sensitivity.hpp"
+#include "arrays.hpp"
+#include "problem_holder.hpp"
+#include "result.hpp"
+
+namespace activeset::python {
+
+namespace {
+
+/// What std::invalid_argument says is a ValueError, whose text does not name C++.
+template <class Body>
+auto translated(Body body) {
+    try {
+        return body();
+    } catch (const std::invalid_argument& error) {
+        const std::string text = error.what();
+        const std::string prefix = "activeset: ";
+        throw py::value_error(text.starts_with(prefix) ? text.substr(prefix.size()) : text);
+    }
+}
+
+using Columns = py::array_t<double, py::array::f_style | py::array::forcecast>;
+using Vector = py::array_t<double, py::array::c_style | py::array::forcecast>;
+
+MatrixView viewOf(const Columns& array) {
+    if (array.ndim() != 2) {
+        throw py::value_error("expected an array of two dimensions");
+    }
+    return {array.data(), static_cast<std::size_t>(array.shape(0)),
+            static_cast<std::size_t>(array.shape(1))};
+}
+
+VectorView vectorIn(const Vector& array) {
+    return {array.data(), static_cast<std::size_t>(array.size())};
+}
+
+/// A copy, column by column where it has two dimensions or more.
+py::array arrayOf(const std::vector<double>& values, const std::vector<py::ssize_t>& shape) {
+    std::vector<py::ssize_t> strides;
+    py::ssize_t stride = sizeof(double);
+    for (const py::ssize_t length : shape) {
+        strides.push_back(stride);
+        stride *= length;
+    }
+    return py::array(py::dtype::of<double>(), shape, strides, values.data());
+}
+
+py::array vectorFrom(const std::vector<double>& values) {
+    return arrayOf(values, {static_cast<py::ssize_t>(values.size())});
+}
+
+struct Derivatives {
+    std::unique_ptr<const Sensitivity> sensitivity;
+    py::ssize_t n = 0;
+    py::ssize_t m = 0;
+};
+
+Derivatives derivativesOf(py::handle result, py::handle given) {
+    const ProblemHolder& problem = holderOf(given);
+    const Problem& views = problem.data->views();
+    return translated([&] {
+        return Derivatives{std::make_unique<const Sensitivity>(resultIn(result), views),
+                           static_cast<py::ssize_t>(problem.data->variables()),
+                           static_cast<py::ssize_t>(views.A.rows())};
+    });
+}
+
+py::dict smoothnessOf(const Derivatives& self) {
+    const Smoothness& smoothness = self.sensitivity->smoothness();
+    py::dict all;
+    all["derivative"] = textOf(smoothness.derivative);
+    all["weakRows"] = python::arrayOf(smoothness.weakRows);
+    all["weakBounds"] = python::arrayOf(smoothness.weakBounds);
+    all["dependent"] = smoothness.dependent;
+    all["flat"] = smoothness.flat;
+    return all;
+}
+
+py::dict backward(const Derivatives& self,
+                  const Columns& dx,
+                  const Columns& dy,
+                  const Columns& dz) {
+    const py::ssize_t n = self.n, m = self.m, count = dx.shape(1);
+    const Gradients gradients =
+        translated([&] { return self.sensitivity->backward(viewOf(dx), viewOf(dy), viewOf(dz)); });
+    py::dict all;
+    all["H"] = arrayOf(gradients.H, {n, n, count});
+    all["c"] = arrayOf(gradients.c, {n, count});
+    all["A"] = arrayOf(gradients.A, {m, n, count});
+    all["rowLower"] = arrayOf(gradients.rowLower, {m, count});
+    all["rowUpper"] = arrayOf(gradients.rowUpper, {m, count});
+    all["lower"] = arrayOf(gradients.lower, {n, count});
+    all["upper"] = arrayOf(gradients.upper, {n, count});
+    return all;
+}
+
+py::tuple forward(const Derivatives& self,
+                  const Columns& H,
+                  const Vector& c,
+                  const Columns& A,
+                  const Vector& rowLower,
+                  const Vector& rowUpper,
+                  const Vector& lower,
+                  const Vector& upper) {
+    const SolutionChange change = translated([&] {
+        return self.sensitivity->forward({viewOf(H), vectorIn(c), viewOf(A), vectorIn(rowLower),
+                                          vectorIn(rowUpper), vectorIn(lower), vectorIn(upper)});
+    });
+    return py::make_tuple(vectorFrom(change.x), vectorFrom(change.y), vectorFrom(change.z));
+}
+
+/// A row for each number: value, least, most, the objective at both, whether it is degenerate.
+py::array tableOf(const std::vector<Range>& ranges) {
+    std::vector<double> values;
+    for (auto part : {&Range::value, &Range::least, &Range::most, &Range::objectiveAtLeast,
+                      &Range::objectiveAtMost}) {
+        for (const Range& range : ranges) {
+            values.push_back(range.*part);
+        }
+    }
+    for (const Range& range : ranges) {
+        values.push_back(range.isDegenerate ? 1.0 : 0.0);
+    }
+    return arrayOf(values, {static_cast<py::ssize_t>(ranges.size()), 6});
+}
+
+py::dict rangesIn(py::handle result, py::handle given) {
+    const ProblemHolder& problem = holderOf(given);
+    const Ranges all = translated([&] { return ranges(resultIn(result), problem.data->views()); });
+    py::dict tables;
+    tables["c"] = tableOf(all.c);
+    tables["rowLower"] = tableOf(all.rowLower);
+    tables["rowUpper"] = tableOf(all.rowUpper);
+    tables["lower"] = tableOf(all.lower);
+    tables["upper"] = tableOf(all.upper);
+    return tables;
+}
+
+/// One vector of every piece, a piece a row.
+template <class Part>
+py::array rowsOf(const std::vector<Piece>& pieces, std::size_t length, Part part) {
+    py::array_t<double> table(
+        {static_cast<py::ssize_t>(pieces.size()), static_cast<py::ssize_t>(length)});
+    double* target = table.mutable_data();
+    for (const Piece& piece : pieces) {
+        target = std::copy((piece.*part).begin(), (piece.*part).end(), target);
+    }
+    return table;
+}
+
+template <class Part>
+py::array columnOf(const std::vector<Piece>& pieces, Part part) {
+    std::vector<double> values;
+    for (const Piece& piece : pieces) {
+        values.push_back(piece.*part);
+    }
+    return vectorFrom(values);
+}
+
+py::dict pathOf(py::handle given,
+                const Vector& c,
+                const Vector& rowLower,
+                const Vector& rowUpper,
+                const Vector& lower,
+                const Vector& upper,
+                double from,
+                double to) {
+    const ProblemHolder& problem = holderOf(given);
+    const Direction direction{vectorIn(c), vectorIn(rowLower), vectorIn(rowUpper), vectorIn(lower),
+                              vectorIn(upper)};
+    const Path path = translated([&] {
+        const WithoutGil released;
+        return Path(problem.data->views(), direction, from, to);
+    });
+    const std::vector<Piece>& pieces = path.pieces();
+    const std::size_t n = problem.data->variables(), m = problem.data->views().A.rows();
+    py::dict all;
+    all["status"] = textOf(path.status());
+    all["message"] = path.message();
+    all["end"] = path.end();
+    all["farkas_y"] = vectorFrom(path.farkas().y);
+    all["farkas_z"] = vectorFrom(path.farkas().z);
+    all["direction"] = vectorFrom(path.direction());
+    all["from"] = columnOf(pieces, &Piece::from);
+    all["to"] = columnOf(pieces, &Piece::to);
+    all["objective"] = columnOf(pieces, &Piece::objective);
+    all["slope"] = columnOf(pieces, &Piece::slope);
+    all["curvature"] = columnOf(pieces, &Piece::curvature);
+    all["x"] = rowsOf(pieces, n, &Piece::x);
+    all["y"] = rowsOf(pieces, m, &Piece::y);
+    all["z"] = rowsOf(pieces, n, &Piece::z);
+    all["dx"] = rowsOf(pieces, n, &Piece::dx);
+    all["dy"] = rowsOf(pieces, m, &Piece::dy);
+    all["dz"] = rowsOf(pieces, n, &Piece::dz);
+    return all;
+}
+
+}  // namespace
+
+void addParametric(py::module_& module) {
+    py::class_<Derivatives>(module, "Derivatives")
+        .def(py::init(&derivativesOf))
+        .def("smoothness", &smoothnessOf)
+        .def("backward", &backward)
+        .def("forward", &forward);
+    module.def("ranges", &rangesIn);
+    module.def("path", &pathOf);
+}
+
+}  // namespace activeset::python

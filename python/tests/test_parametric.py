@@ -1,0 +1,92 @@
+"""Derivatives beside differences, ranges and paths beside solves."""
+
+import numpy as np
+import pytest
+
+import activeset
+from conftest import problem
+
+NAMES = ("P", "q", "G", "h", "A", "b", "lb", "ub", "l")
+
+
+def change(parts, seed):
+    rng = np.random.default_rng(seed)
+    moved = {name: rng.normal(size=np.shape(value)) for name, value in parts.items()}
+    moved["P"] = moved["P"] + moved["P"].T
+    return moved
+
+
+def test_derivatives_are_those_of_differences():
+    compared = 0
+    for seed in range(60):
+        parts = problem(seed)
+        p = activeset.Problem(**parts)
+        r = p.solve()
+        s = activeset.Sensitivity(r, p)
+        d = change(parts, seed)
+        step = 1e-5
+        near = [activeset.Problem(**{k: parts[k] + t * d[k] for k in parts}).solve()
+                for t in (-step, step)]
+        if s.derivative != "full" or any(o.working_set != r.working_set for o in near):
+            continue
+        compared += 1
+        loss = change({"x": r.x, "z": r.z, "y": r.y, "z_box": r.z_box, "P": np.eye(1)}, seed)
+        difference = sum(loss[k] @ (getattr(near[1], k) - getattr(near[0], k)) / (2 * step)
+                         for k in ("x", "z", "y", "z_box"))
+        g = s.backward(loss["x"], loss["z"], loss["y"], loss["z_box"])
+        assert sum(np.sum(getattr(g, k) * d[k]) for k in NAMES) == pytest.approx(difference, 1e-6)
+        x, z, y, z_box = s.forward(**d)
+        both = loss["x"] @ x + loss["z"] @ z + loss["y"] @ y + loss["z_box"] @ z_box
+        assert both == pytest.approx(difference, 1e-6)
+        many = s.backward(np.column_stack((loss["x"], 2 * loss["x"])))
+        np.testing.assert_allclose(many.G[..., 1], 2 * s.backward(loss["x"]).G, atol=1e-12)
+    assert compared >= 40
+
+
+def test_a_path_is_the_optimum_everywhere(parts):
+    p = activeset.Problem(**parts)
+    dq = 3 * np.arange(4.0)
+    found = activeset.path(p, 0.0, 5.0, q=dq)
+    assert found.status == "optimal" and found.end == 5.0
+    t = np.linspace(0.0, 5.0, 50)
+    for k, x, value in zip(t, found.x_at(t), found.objective_at(t)):
+        r = p.replace(q=parts["q"] + k * dq).solve()
+        np.testing.assert_allclose(x, r.x, atol=1e-9)
+        assert value == pytest.approx(r.obj, 1e-9)
+    pytest.importorskip("matplotlib").use("Agg")
+    assert len(found.plot().lines) == 4
+
+
+def test_wrong_arguments_are_named(parts):
+    p = activeset.Problem(**parts)
+    s = activeset.Sensitivity(p.solve(), p)
+    with pytest.raises(ValueError, match="dx has 3 entries, expected 4"):
+        s.backward(np.ones(3))
+    with pytest.raises(ValueError, match="q has the shape"):
+        activeset.path(p, q=[1.0])
+    with pytest.raises(ValueError, match="another problem"):
+        activeset.Sensitivity(p.solve(), activeset.Problem(**problem(2)))
+    with pytest.raises(ValueError, match="not optimal"):
+        bad = activeset.Problem(None, [0.0], lb=[1.0], G=[[1.0]], h=[0.0])
+        activeset.ranges(bad.solve(), bad)
+
+
+def test_a_layer_of_torch_passes_gradcheck():
+    torch = pytest.importorskip("torch")
+    from activeset.torch import QPFunction
+
+    solve = QPFunction()
+    torch.manual_seed(1)
+    for seed in range(5):
+        parts = problem(seed)
+        given = [torch.tensor(parts[k][None].repeat(2, 0), requires_grad=True)
+                 for k in ("P", "q", "G", "h", "A", "b")]
+        symmetric = lambda P, *rest: solve((P + P.transpose(1, 2)) / 2, *rest)  # noqa: E731
+        assert torch.autograd.gradcheck(symmetric, given, eps=1e-6, atol=1e-6)
+    empty = torch.empty(0, dtype=torch.float64)
+    P = torch.eye(2, dtype=torch.float64)
+    q = torch.tensor([-1.0, 0.5], dtype=torch.float64, requires_grad=True)
+    x = solve(P, q, empty, empty, empty, empty)
+    (first,) = torch.autograd.grad(x.pow(2).sum(), q, create_graph=True)
+    with pytest.raises(NotImplementedError, match="double backward"):
+        torch.autograd.grad(first.sum(), q)
