@@ -35,7 +35,9 @@ Sample sampleOf(const Problem& problem) {
         return result;
     };
     Sample s;
-    s.n = !problem.c.empty() ? problem.c.size() : problem.H.cols();
+    s.n = !problem.c.empty()      ? problem.c.size()
+          : problem.H.cols() != 0 ? problem.H.cols()
+                                  : problem.A.cols();
     s.m = problem.A.empty() ? 0 : problem.A.rows();
     for (std::size_t j = 0; j < s.n; ++j) {
         for (std::size_t i = 0; i < s.n && !problem.H.empty(); ++i) {
