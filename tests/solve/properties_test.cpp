@@ -257,8 +257,9 @@ TEST_F(Properties, EveryOutcomeIsTrue) {
     const Result expected = solve(box(3));
     EXPECT_TRUE(rc::check([&] {
         const AnyProblem any = *anyProblem();
-        const Limits limits = Pick::oneIn(2) ? Limits{1000, 1e-6, 1e-8} : Limits{1000, 1e-9, 0.0};
-        RC_ASSERT(faultsOf(any, limits, Pick::oneIn(2)) == "");
+        RapidChoices pick;
+        const Limits limits = pick.oneIn(2) ? Limits{1000, 1e-6, 1e-8} : Limits{1000, 1e-9, 0.0};
+        RC_ASSERT(faultsOf(any, limits, pick.oneIn(2)) == "");
         RC_ASSERT(solve(box(3)) == expected);
     }));
 }

@@ -15,10 +15,9 @@
 #include <vector>
 
 #include "support/plain_problem.hpp"
+#include "support/problem_builder.hpp"
 
 namespace activeset::test {
-
-using Numbers = std::vector<double>;
 
 /// A problem, and what is known about it because it was built that way.
 struct AnyProblem {
@@ -38,51 +37,38 @@ struct Shapes {
     bool hasInterior = false;  // feasible, and the inequalities and bounds have room at some point
 };
 
-/// Picks that shrink towards zero, false, the first choice.
-struct Pick {
-    static size_t upTo(size_t last) { return *rc::gen::inRange<size_t>(0, last + 1); }
-    static bool oneIn(size_t count) { return upTo(count - 1) == count - 1; }
-    static Numbers integers(size_t count, int reach) {
-        Numbers result;
-        for (const int pick : *rc::gen::container<std::vector<int>>(
-                 count, rc::gen::inRange(0, 2 * reach + 1))) {  // 0, 1, −1, 2, −2, …
-            result.push_back(pick % 2 == 1 ? (pick + 1) / 2 : -pick / 2);
-        }
-        return result;
-    }
-    static double powerOfTwo(int reach) { return std::exp2(integers(1, reach).front()); }
-    /// So many of the candidates, perhaps one several times.
-    static Numbers outOf(const Numbers& candidates, size_t count) {
-        Numbers result;
-        for (size_t k = 0; k < count && !candidates.empty(); ++k) {
-            result.push_back(candidates[upTo(candidates.size() - 1)]);
-        }
-        return result;
-    }
+/// Choices that shrink.
+class RapidChoices : public Choices {
+public:
+    std::size_t upTo(std::size_t last) override { return *rc::gen::inRange<size_t>(0, last + 1); }
 };
 
 /// All data are small integers times powers of two, so that what is exact here is exact in floating
 /// point: ties are ties, duplicates agree, a vertex is a vertex.
-class ProblemBuilder {
+class AnyProblemBuilder : public ProblemBuilder {
 public:
-    explicit ProblemBuilder(const Shapes& shapes)
-        : hasInterior_(shapes.hasInterior),
-          n_(shapes.smallest + Pick::upTo(shapes.largest - shapes.smallest)),
-          inside_(Pick::integers(n_, 2)),
-          vertex_(Pick::integers(n_, 2)) {
+    AnyProblemBuilder(Choices& choices, const Shapes& shapes)
+        : ProblemBuilder(choices, shapes.largest, shapes.smallest),
+          hasInterior_(shapes.hasInterior),
+          vertex_(pick_.integers(n_, 2)) {
         any_.inside = inside_;
-        addObjective();
-        isWild_ = !hasInterior_ && Pick::oneIn(6);
+        addSquares(n_, 1.0);
+        for (size_t j = 0; j < n_; ++j) {
+            H_[j][j] += 1.0;
+        }
+        problem_.H = H_;
+        problem_.c = c_;
+        isWild_ = !hasInterior_ && pick_.oneIn(6);
         addInequalities();
         addEqualities();
-        addBounds();
-        if (!hasInterior_ && Pick::oneIn(8)) {
+        addSides();
+        if (!hasInterior_ && pick_.oneIn(8)) {
             addOpposites();
         }
         any_.isFeasible = any_.isFeasible && !isWild_ && !any_.isContradictory;
-        Numbers starts[] = {Numbers(n_, 0.0), inside_, vertex_, Pick::integers(n_, 6)};
-        problem_.x0 = starts[Pick::upTo(3)];
-        if (Pick::oneIn(8)) {
+        Numbers starts[] = {Numbers(n_, 0.0), inside_, vertex_, start_};
+        problem_.x0 = pick_.of(starts);
+        if (pick_.oneIn(8)) {
             scale(problem_.x0, 1000.0);
         }
         addLists();
@@ -93,36 +79,24 @@ private:
     static void scale(Numbers& row, double factor) {
         std::ranges::transform(row, row.begin(), [&](double entry) { return factor * entry; });
     }
-    /// Room between a row and the point inside.
-    [[nodiscard]] double room() const {
-        return static_cast<double>(Pick::upTo(2)) + (hasInterior_ ? 1.0 : 0.0);
+    /// So many of the candidates, perhaps one several times.
+    [[nodiscard]] Numbers outOf(const Numbers& candidates, size_t count) {
+        Numbers result(candidates.empty() ? 0 : count);
+        std::ranges::generate(result, [&] { return pick_.of(candidates); });
+        return result;
     }
-
-    // H = MᵀM + I
-    void addObjective() {
-        Rows M;
-        for (size_t i = 0; i < n_; ++i) {
-            M.push_back(Pick::integers(n_, 2));
-        }
-        problem_.H = Rows(n_, Numbers(n_, 0.0));
-        for (size_t i = 0; i < n_; ++i) {
-            problem_.H[i][i] = 1.0;
-            for (size_t j = 0; j < n_; ++j) {
-                for (size_t k = 0; k < n_; ++k) {
-                    problem_.H[i][j] += M[k][i] * M[k][j];
-                }
-            }
-        }
-        problem_.c = Pick::integers(n_, 9);
+    /// Room between a row and the point inside.
+    [[nodiscard]] double room() {
+        return static_cast<double>(pick_.upTo(2)) + (hasInterior_ ? 1.0 : 0.0);
     }
 
     void addInequalities() {
-        const size_t count = Pick::upTo(n_ + 4);
-        const bool isScaled = !hasInterior_ && Pick::oneIn(3);
+        const size_t count = pick_.upTo(n_ + 4);
+        const bool isScaled = !hasInterior_ && pick_.oneIn(3);
         for (size_t k = 0; k < count; ++k) {
-            const size_t earlier = Pick::upTo(k);
-            const size_t kind = earlier == k ? Pick::upTo(1) : 2 + Pick::upTo(isScaled ? 1 : 2);
-            Numbers row = kind < 2 ? Pick::integers(n_, 3) : problem_.A[earlier];
+            const size_t earlier = pick_.upTo(k);
+            const size_t kind = earlier == k ? pick_.upTo(1) : 2 + pick_.upTo(isScaled ? 1 : 2);
+            Numbers row = kind < 2 ? anyRow() : problem_.A[earlier];
             double rhs = kind < 2 ? dot(row, inside_) + room() : problem_.b[earlier];
             if (kind == 1) {  // through the common vertex
                 if (dot(row, inside_) > dot(row, vertex_)) {
@@ -131,8 +105,8 @@ private:
                 rhs = dot(row, vertex_);
                 rhs += hasInterior_ && dot(row, inside_) == rhs ? 1.0 : 0.0;
             } else if (kind == 4) {  // nearly parallel to an earlier one, as far from inside
-                const size_t j = Pick::upTo(n_ - 1);
-                const double change = std::exp2(-6.0 - static_cast<double>(Pick::upTo(6)));
+                const size_t j = pick_.upTo(n_ - 1);
+                const double change = std::exp2(-6.0 - static_cast<double>(pick_.upTo(6)));
                 row[j] += change;
                 rhs += change * inside_[j];
             } else if (kind == 3) {  // the other side of an earlier one
@@ -140,10 +114,10 @@ private:
                 rhs = dot(row, inside_) + room();
             }
             problem_.A.push_back(row);
-            problem_.b.push_back(isWild_ ? Pick::integers(1, 5).front() : rhs);
+            problem_.b.push_back(isWild_ ? pick_.integer(5) : rhs);
         }
         for (size_t k = 0; k < count && isScaled; ++k) {
-            const double factor = Pick::powerOfTwo(20);
+            const double factor = pick_.powerOfTwo(20);
             scale(problem_.A[k], factor);
             problem_.b[k] *= factor;
         }
@@ -151,24 +125,24 @@ private:
 
     // Independent ones are [L, L·B], L being the identity and ones below its diagonal.
     void addEqualities() {
-        any_.rank = Pick::oneIn(2) ? Pick::upTo(n_) : 0;
-        const size_t copies = any_.rank > 0 && Pick::oneIn(3) ? 1 + Pick::upTo(2) : 0;
+        any_.rank = pick_.oneIn(2) ? pick_.upTo(n_) : 0;
+        const size_t copies = any_.rank > 0 && pick_.oneIn(3) ? 1 + pick_.upTo(2) : 0;
         for (size_t k = 0; k < any_.rank; ++k) {
             Numbers row(n_, 0.0);
-            const Numbers tail = Pick::integers(n_ - any_.rank, 2);
+            const Numbers tail = pick_.integers(n_ - any_.rank, 2);
             std::ranges::copy(tail, row.begin() + static_cast<std::ptrdiff_t>(any_.rank));
             row[k] = 1.0;
             for (size_t j = 0; j < n_ && k > 0; ++j) {
                 row[j] += problem_.Aeq.back()[j] * (j + 1 < k ? 0.0 : 1.0);
             }
             problem_.Aeq.push_back(row);
-            problem_.beq.push_back(isWild_ ? Pick::integers(1, 5).front() : dot(row, inside_));
+            problem_.beq.push_back(isWild_ ? pick_.integer(5) : dot(row, inside_));
         }
         for (size_t k = 0; k < copies; ++k) {
-            const double factor = Numbers{1.0, -2.0, 0.0}[Pick::upTo(2)];
+            const double factor = pick_.of(Numbers{1.0, -2.0, 0.0});
             Numbers row = problem_.Aeq[0];
             double rhs = problem_.beq[0];
-            for (size_t i = 1; i < any_.rank && Pick::oneIn(2); ++i) {
+            for (size_t i = 1; i < any_.rank && pick_.oneIn(2); ++i) {
                 std::ranges::transform(row, problem_.Aeq[i], row.begin(), std::plus<>());
                 rhs += problem_.beq[i];
             }
@@ -177,26 +151,26 @@ private:
             problem_.beq.push_back(factor * rhs);
         }
         if (copies > 0) {
-            any_.isContradictory = !hasInterior_ && Pick::oneIn(3);
+            any_.isContradictory = !hasInterior_ && pick_.oneIn(3);
             problem_.beq.back() += any_.isContradictory ? 1.0 : 0.0;
         }
-        for (size_t k = 0; k < any_.rank && copies == 0 && Pick::oneIn(2); ++k) {
-            const double factor = Pick::powerOfTwo(20);
+        for (size_t k = 0; k < any_.rank && copies == 0 && pick_.oneIn(2); ++k) {
+            const double factor = pick_.powerOfTwo(20);
             scale(problem_.Aeq[k], factor);
             problem_.beq[k] *= factor;
         }
     }
 
-    void addBounds() {
+    void addSides() {
         problem_.lb.assign(n_, -Inf);
         problem_.ub.assign(n_, Inf);
         for (size_t i = 0; i < n_; ++i) {
-            const size_t kind = Pick::upTo(hasInterior_ ? 4 : 5);  // 2, 4: lower; 3, 4: upper
+            const size_t kind = pick_.upTo(hasInterior_ ? 4 : 5);  // 2, 4: lower; 3, 4: upper
             if (kind == 2 || kind == 4) {
-                problem_.lb[i] = isWild_ ? Pick::integers(1, 4).front() : inside_[i] - room();
+                problem_.lb[i] = isWild_ ? pick_.integer(4) : inside_[i] - room();
             }
             if (kind == 3 || kind == 4) {
-                problem_.ub[i] = isWild_ ? Pick::integers(1, 4).front() : inside_[i] + room();
+                problem_.ub[i] = isWild_ ? pick_.integer(4) : inside_[i] + room();
             }
             if (kind == 5) {
                 problem_.lb[i] = problem_.ub[i] = inside_[i];
@@ -206,8 +180,8 @@ private:
 
     void addOpposites() {
         any_.isFeasible = false;
-        Numbers row = Pick::integers(n_, 3);
-        const double limit = Pick::integers(1, 3).front();
+        Numbers row = anyRow();
+        const double limit = pick_.integer(3);
         problem_.A.push_back(row);
         problem_.b.push_back(limit);
         scale(row, -1.0);
@@ -232,9 +206,9 @@ private:
                 }
             }
         }
-        const size_t mode = Pick::upTo(4);
+        const size_t mode = pick_.upTo(4);
         if (mode == 3) {
-            any_.tooLong = 1 + Pick::upTo(2);
+            any_.tooLong = 1 + pick_.upTo(2);
         }
         Numbers* const lists[] = {&problem_.Wineq, &problem_.Wlower, &problem_.Wupper};
         for (size_t kind = 0; kind < 3 && mode > 0; ++kind) {
@@ -243,7 +217,7 @@ private:
                 candidates.resize(n_);
                 std::iota(candidates.begin(), candidates.end(), 1.0);
             }
-            *lists[kind] = Pick::outOf(candidates, Pick::upTo(all[kind].size()));
+            *lists[kind] = outOf(candidates, pick_.upTo(all[kind].size()));
             if (any_.tooLong == kind + 1) {
                 lists[kind]->resize(all[kind].size() + 1, 1.0);
             }
@@ -255,16 +229,16 @@ private:
 
     bool hasInterior_;
     bool isWild_ = false;
-    size_t n_;
-    Numbers inside_;
     Numbers vertex_;
     AnyProblem any_;
     Problem& problem_ = any_.problem;
 };
 
 inline rc::Gen<AnyProblem> anyProblem(const Shapes& shapes = {}) {
-    return rc::gen::resize(rc::kNominalSize,
-                           rc::gen::exec([=] { return ProblemBuilder(shapes).result(); }));
+    return rc::gen::resize(rc::kNominalSize, rc::gen::exec([=] {
+                               RapidChoices choices;
+                               return AnyProblemBuilder(choices, shapes).result();
+                           }));
 }
 
 /// For counterexamples.

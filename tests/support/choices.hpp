@@ -29,7 +29,7 @@ public:
     std::size_t between(std::size_t low, std::size_t high) { return low + upTo(high - low); }
     bool oneIn(std::size_t count) { return upTo(count - 1) == count - 1; }
     /// 0, 1, −1, 2, −2, … of magnitude up to `reach`.
-    double integer(std::size_t reach) {
+    virtual double integer(std::size_t reach) {
         const std::size_t choice = upTo(2 * reach);
         const auto magnitude = static_cast<double>((choice + 1) / 2);
         return choice % 2 == 1 ? magnitude : -magnitude;
@@ -52,7 +52,7 @@ public:
     explicit SeededChoices(std::uint64_t seed) : bits_(seed) {}
     std::size_t upTo(std::size_t last) override { return bits_() % (last + 1); }
 
-private:
+protected:
     std::mt19937_64 bits_;
 };
 

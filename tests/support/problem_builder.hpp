@@ -13,8 +13,8 @@ namespace activeset::test {
 
 class ProblemBuilder {
 public:
-    ProblemBuilder(Choices& choices, std::size_t largest)
-        : pick_(choices), n_(choices.between(1, largest)), inside_(choices.integers(n_, 3)) {
+    ProblemBuilder(Choices& choices, std::size_t largest, std::size_t smallest = 1)
+        : pick_(choices), n_(choices.between(smallest, largest)), inside_(choices.integers(n_, 3)) {
         c_ = pick_.integers(n_, 9);
         H_.assign(n_, Numbers(n_, 0.0));
         lower_.assign(n_, -Infinity);
