@@ -167,15 +167,15 @@ std::vector<Sum> settle(const Data& data,
 
 /// What entries of the gradient that are not zero may make of the objective at variables like
 /// these. One beyond the rounding of its terms may move its variable, be that zero, as far as any
-/// is.
+/// is, or as far as a side or a bound tells that some may be.
 double weightOf(const std::vector<Sum>& residuals, const Vector& x, const Units& units) {
     const double unit = std::min(1.0, units.variable);
-    const double largestX = std::max(largestMagnitude(x), unit);
+    const double farthest = std::max(largestMagnitude(x), units.variable);
     double weight = 0.0;
     for (std::size_t j = 0; j < x.size(); ++j) {
         const double residual = magnitude(residuals[j].value);
         const bool isRounding = residual <= Rounding * residuals[j].scale;
-        weight += residual * (isRounding ? std::max(std::abs(x[j]), unit) : largestX);
+        weight += residual * (isRounding ? std::max(std::abs(x[j]), unit) : farthest);
     }
     return weight;
 }
