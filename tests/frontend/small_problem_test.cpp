@@ -78,7 +78,7 @@ TEST_F(SmallProblems, HaveTheAnswersOfTheGeneralRoad) {
         }
     }
     EXPECT_GT(met[Status::Optimal], strict * 9 / 10);
-    EXPECT_GT(met[Status::Infeasible], 10);
+    EXPECT_GE(met[Status::Infeasible], 10);
 }
 
 /// Gaps between columns, rows after rows, and a Hessian whose halves rounding has set apart.
