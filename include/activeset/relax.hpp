@@ -1,0 +1,48 @@
+// The point that violates the rows of an infeasible problem least, and by how much.
+#ifndef ACTIVESET_RELAX_HPP
+#define ACTIVESET_RELAX_HPP
+
+#include "activeset/qp.hpp"
+
+namespace activeset {
+
+/// What is made as small as possible over the violations v_i, each times its weight.
+enum class Norm {
+    L1,   ///< Σ w_i·|v_i|: few rows give way
+    L2,   ///< ½ Σ w_i·v_i²: all give way a little
+    LInf  ///< max w_i·|v_i|
+};
+
+struct RelaxSettings {
+    Norm norm = Norm::L1;
+    /// m, from 0 up; empty stands for 1. A row of infinite weight stays as it is.
+    VectorView rowWeights{};
+    /// n, likewise for bounds; empty stands for infinity: bounds stay.
+    VectorView boundWeights{};
+    Settings solve{};  ///< without a callback
+};
+
+/// A nearest feasible point. Violations are positive above the upper side, negative below the
+/// lower one, as they are, without weights.
+struct Relaxation {
+    /// Optimal: proved to be nearest. Infeasible: what may not give way contradicts itself.
+    Status status = Status::Failed;
+    std::vector<double> x{};
+    std::vector<double> rowViolation{};    ///< m
+    std::vector<double> boundViolation{};  ///< n
+    double distance = 0.0;                 ///< the norm of the violations
+    std::vector<Fault> faults{};           ///< for Invalid
+
+    explicit operator bool() const noexcept { return status == Status::Optimal; }
+};
+
+/// Lets rows give way until there is a feasible point, the objective being left out. A problem
+/// that is feasible has the distance 0.
+///
+/// @raises as solve
+[[nodiscard]] ACTIVESET_API Relaxation relax(const Problem& problem,
+                                             const RelaxSettings& settings = {});
+
+}  // namespace activeset
+
+#endif
