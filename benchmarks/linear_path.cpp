@@ -12,7 +12,7 @@
 #include "activeset/options_solution.hpp"
 #include "frontend/core/core_run.hpp"
 #include "frontend/loop/problem_cache.hpp"
-#include "io/qps_reader.hpp"
+#include "io/reader.hpp"
 
 using namespace activeset::frontend;  // NOLINT(google-build-using-namespace): the program's own
 using Json = nlohmann::ordered_json;

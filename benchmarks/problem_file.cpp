@@ -4,7 +4,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "io/qps_reader.hpp"
+#include "io/reader.hpp"
 
 namespace activeset::bench {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "io/qps_reader.hpp"
+#include "io/reader.hpp"
 
 namespace activeset::bench {
 

@@ -5,6 +5,8 @@
 
 #include <cstddef>
 
+#include "cli/exit_status.hpp"
+
 namespace activeset::cli {
 
 namespace {
@@ -13,7 +15,7 @@ extern "C" void tellAndEnd(int /*signal*/) {
     static constexpr char Text[] =
         "activeset: the reading of a file crashed, as it may when memory ends\n";
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, Text, sizeof Text - 1);
-    _exit(2);
+    _exit(HasFailed);
 }
 
 }  // namespace

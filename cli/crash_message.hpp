@@ -7,8 +7,8 @@
 
 namespace activeset::cli {
 
-/// While it lives, a crash ends the process with a line on standard error and status 2. The library
-/// that reads problem files does not look whether it got the memory that it asked for.
+/// While it lives, a crash ends the process with a line on standard error and status HasFailed. The
+/// library that reads problem files does not look whether it got the memory that it asked for.
 class CrashMessage {
 public:
     CrashMessage() noexcept;

@@ -38,8 +38,8 @@ public:
         value(content);
     }
 
-    /// All of it, with a line end.
-    [[nodiscard]] std::string line() && { return std::move(text_) + "\n"; }
+    /// All of it, in one line, without a line end.
+    [[nodiscard]] std::string text() && { return std::move(text_); }
 
 private:
     void separate() {

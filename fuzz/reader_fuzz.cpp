@@ -10,7 +10,7 @@
 #include <string>
 #include <variant>
 
-#include "io/qps_reader.hpp"
+#include "io/reader.hpp"
 #include "judge.hpp"
 
 namespace activeset::fuzz {

@@ -1,4 +1,4 @@
-// From the rows and columns of a file to the dense form of the solver.
+// From the rows and columns of a file to dense matrices, with two sides a row and with one.
 #ifndef ACTIVESET_IO_DENSE_FORM_HPP
 #define ACTIVESET_IO_DENSE_FORM_HPP
 
@@ -6,18 +6,29 @@
 #include <string>
 
 #include "io/coin_deck.hpp"
+#include "io/model.hpp"
 #include "io/problem.hpp"
 #include "io/section_scan.hpp"
 
 namespace activeset::io {
 
+/// Raises unless the dense matrices of so many variables and sides fit `limit` bytes.
+/// @raises ReadError (line 0)
+void checkDenseSize(std::size_t variables,
+                    std::size_t sides,
+                    std::size_t limit,
+                    const std::string& file);
+
 /// The problem that `scanned` describes, its linear part as CoinUtils read it.
 ///
 /// @raises ReadError (line 0) if the dense matrices would take more than `limit` bytes
-[[nodiscard]] Problem denseForm(ScannedFile scanned,
-                                LinearPart linear,
-                                std::size_t limit,
-                                const std::string& file);
+[[nodiscard]] Model modelOf(ScannedFile scanned,
+                            LinearPart linear,
+                            std::size_t limit,
+                            const std::string& file);
+
+/// The same problem with rows of one side.
+[[nodiscard]] Problem denseForm(const Model& model);
 
 }  // namespace activeset::io
 

@@ -3,7 +3,11 @@
 
 #include <unistd.h>
 #include <zlib.h>
+#ifdef ACTIVESET_HAS_BZIP2
+#include <bzlib.h>
+#endif
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <memory>
@@ -14,6 +18,8 @@
 namespace activeset::io {
 
 namespace {
+
+constexpr const char* Damaged = "the compressed data are damaged or incomplete";
 
 struct CloseGzip {
     void operator()(gzFile file) const noexcept { static_cast<void>(gzclose(file)); }
@@ -37,9 +43,56 @@ void checkStream(gzFile stream, const std::string& path) {
         throw ReadError(path, 0, "out of memory");
     }
     if (status != Z_OK && status != Z_STREAM_END) {
-        throw ReadError(path, 0, "the compressed data are damaged or incomplete");
+        throw ReadError(path, 0, Damaged);
     }
 }
+
+#ifdef ACTIVESET_HAS_BZIP2
+struct CloseBzip2 {
+    void operator()(bz_stream* stream) const noexcept {
+        static_cast<void>(BZ2_bzDecompressEnd(stream));
+    }
+};
+
+/// What `packed`, the whole of a file in the format of bzip2, holds.
+std::string expanded(std::string& packed, const std::string& path, std::size_t limit) {
+    bz_stream state{};
+    if (BZ2_bzDecompressInit(&state, 0, 0) != BZ_OK) {
+        throw ReadError(path, 0, "out of memory");
+    }
+    const std::unique_ptr<bz_stream, CloseBzip2> stream(&state);
+    state.next_in = packed.data();
+    std::size_t left = packed.size();
+    std::string text;
+    std::array<char, 1U << 16U> block{};
+    for (int status = BZ_OK; status != BZ_STREAM_END;) {
+        if (state.avail_in == 0) {
+            state.avail_in = static_cast<unsigned>(std::min(left, block.size()));
+            left -= state.avail_in;
+        }
+        state.next_out = block.data();
+        state.avail_out = static_cast<unsigned>(block.size());
+        const bool isAtEnd = state.avail_in == 0;
+        status = BZ2_bzDecompress(&state);
+        const std::size_t count = block.size() - state.avail_out;
+        if ((status != BZ_OK && status != BZ_STREAM_END) || (isAtEnd && count == 0)) {
+            throw ReadError(path, 0, status == BZ_MEM_ERROR ? "out of memory" : Damaged);
+        }
+        if (count > limit - text.size()) {
+            throw ReadError(
+                path, 0, "the text is longer than the " + std::to_string(limit) + " bytes allowed");
+        }
+        text.append(block.data(), count);
+    }
+    return text;
+}
+#else
+std::string expanded(const std::string& /*packed*/,
+                     const std::string& path,
+                     std::size_t /*limit*/) {
+    throw ReadError(path, 0, "compressed by bzip2, for which this tool was built without support");
+}
+#endif
 
 /// All that is left of `file`, which is null where it could not be opened.
 std::string textOf(const GzipFile& file, const std::string& path, std::size_t limit) {
@@ -60,7 +113,7 @@ std::string textOf(const GzipFile& file, const std::string& path, std::size_t li
         text.append(block.data(), static_cast<std::size_t>(count));
     }
     checkStream(file.get(), path);
-    return text;
+    return text.starts_with("BZh") ? expanded(text, path, limit) : text;
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ struct Keyword {
     std::string_view word;
     Section section;
 };
-constexpr std::array<Keyword, 10> Keywords{{{"NAME", Section::Name},
+constexpr std::array<Keyword, 11> Keywords{{{"NAME", Section::Name},
                                             {"OBJSENSE", Section::ObjectiveSense},
                                             {"ROWS", Section::Rows},
                                             {"COLUMNS", Section::Columns},
@@ -26,6 +26,7 @@ constexpr std::array<Keyword, 10> Keywords{{{"NAME", Section::Name},
                                             {"BOUNDS", Section::Bounds},
                                             {"QUADOBJ", Section::Quadratic},
                                             {"QMATRIX", Section::Quadratic},
+                                            {"QSECTION", Section::Quadratic},
                                             {"ENDATA", Section::End}}};
 
 /// Whether the rest of a NAME line says that the file is in free format: a name, then the mark.
@@ -96,7 +97,7 @@ void Scan::readHeader(std::string_view line) {
     if (keyword == Keywords.end()) {
         here_.fail("section " + quoted(word) +
                    " cannot be read; a file has NAME, OBJSENSE, ROWS, " +
-                   "COLUMNS, RHS, RANGES, BOUNDS, QUADOBJ or QMATRIX, and ENDATA");
+                   "COLUMNS, RHS, RANGES, BOUNDS, QUADOBJ, QMATRIX or QSECTION, and ENDATA");
     }
     enter(keyword->section, std::string(word));
     const std::string_view rest = trimmed(line.substr(word.size()));
@@ -104,6 +105,10 @@ void Scan::readHeader(std::string_view line) {
         readName(rest);
     } else if (section_ == Section::ObjectiveSense && !rest.empty()) {
         readSense(rest);
+    } else if (word == "QSECTION") {
+        if (findRow(rest).kind != RowKind::Objective) {
+            here_.fail("row " + quoted(rest) + " is quadratic; only the objective may be");
+        }
     } else if (!rest.empty()) {
         here_.fail("unexpected " + quoted(rest) + " after the section name");
     }
@@ -119,7 +124,7 @@ void Scan::enter(Section section, const std::string& header) {
     if (section_ == Section::ObjectiveSense && !senseGiven_) {
         here_.fail("OBJSENSE without MAX or MIN");
     }
-    if (section < Section::Columns && section < section_) {
+    if (section == Section::Name && lineOf(Section::Rows) != 0) {
         here_.fail("section " + header + " comes too late");
     }
     for (const auto& [word, needed] : {Keywords[2], Keywords[3]}) {

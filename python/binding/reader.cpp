@@ -1,7 +1,7 @@
 // The extension module activeset._reader: problem files. It is loaded when the first file is read.
 #include <pybind11/stl.h>
 
-#include "io/qps_reader.hpp"
+#include "io/reader.hpp"
 #include "python.hpp"
 
 namespace activeset::python {

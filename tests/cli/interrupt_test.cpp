@@ -70,7 +70,7 @@ TEST_F(Interrupt, OnceReportsThePointReachedAndLeavesTheOtherFiles) {
     const std::string out = readOn();
     const Outcome outcome = finish(child);
 
-    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.status, 130);
     EXPECT_NE(out.find("outcome          interrupted (-1)\n"), std::string::npos);
     EXPECT_NE(out.find("\nobjective        -"), std::string::npos);
     EXPECT_EQ(out.find("support"), std::string::npos);

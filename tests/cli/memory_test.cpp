@@ -33,7 +33,8 @@ protected:
 
     static void expectAnEnd(const Outcome& outcome, const std::string& what) {
         SCOPED_TRACE(what);
-        EXPECT_LE(outcome.status, 2) << outcome.err;
+        EXPECT_TRUE(outcome.status == 0 || (outcome.status >= 7 && outcome.status <= 10))
+            << outcome.err;
         if (outcome.status != 0) {
             EXPECT_THAT(outcome.err, ::testing::AnyOf(::testing::HasSubstr("memory"),
                                                       ::testing::HasSubstr("cannot be"),
@@ -43,7 +44,7 @@ protected:
 };
 
 TEST_F(WantOfMemory, IsReportedWhicheverRequestIsRefused) {
-    for (const char* const options : {"--json --solution ", "--solution "}) {
+    for (const char* const options : {"--json ", "--solution "}) {
         for (int request = 1; request < 40000; request += 1 + request / 4) {
             for (const char* const count : {"1", "1000000000"}) {
                 setenv("LD_PRELOAD", ACTIVESET_REFUSE_MEMORY, 1);

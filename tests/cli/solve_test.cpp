@@ -76,35 +76,35 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
         {longer + " --max-iter 9", "outcome          iteration limit", 1},
         {longer + " --time-limit 0", "outcome          time limit", 1},
         {"away", "objective        0.5", 0},
-        {"empty", "outcome          infeasible, proved by multipliers with residual 0.0e+00", 1},
-        {"equal", "outcome          infeasible, proved by multipliers with residual 0.0e+00", 1},
-        {"unbounded", "outcome          unbounded, proved by a ray with residual 0.0e+00", 1},
-        {"saddle", "outcome          not convex, proved by a direction with curvature -2.0e+00", 1},
+        {"empty", "outcome          infeasible, proved by multipliers", 2},
+        {"equal", "outcome          infeasible, proved by multipliers", 2},
+        {"unbounded", "outcome          unbounded, proved by a ray", 3},
+        {"saddle", "outcome          not convex, proved by a direction with curvature -2.0e+00", 4},
         {"empty --solution",
-         "contradiction: times these the constraints add up to 0 <= -1\n  upper side r  1\n"
-         "  lower side s  1\n",
-         1},
-        {"equal --solution", "  equality r  1\n  equality s  -1\n", 1},
+         "contradiction: times these the constraints add up to 0 ≤ -1\n"
+         "multipliers other than 0\n  r: x ≤ 1  1\n  s: x ≥ 2  -1",
+         2},
+        {"equal --solution", "  r: x = 1  1\n  s: x = 2  -1", 2},
         {"unbounded --solution",
-         "direction in which the objective falls without end, entries other than 0\n  x  1\n", 1},
+         "direction in which the objective falls without end, entries other than 0\n  x  1", 3},
         {"saddle --solution",
-         "direction in which the problem is not convex, entries other than 0\n  x  1\n", 1},
+         "direction in which the problem is not convex, entries other than 0\n  x  1", 4},
         {"maximum", "objective        5, a maximum", 0},
         {"prices --solution",
-         "  x  2\n  y  1\nmultipliers other than 0\n  equality e  2\n  upper side r  3\n", 0},
+         "  x  2\n  y  1\nmultipliers other than 0\n  r: x ≤ 2  3\n  e: y = 1  2", 0},
         {"two --display final --strict", " fstar: -6.5 Active: 1 Iterations: 3", 0},
         {"two --max-iter 1 --strict", "outcome          iteration limit reached (0)", 1},
         {"two --tol-x 10 --strict", "objective        8.5", 0},  // the start counts as optimal
         {"away --strict", "objective        0.5", 0},
         {"away --tol-con 1 --strict", "objective        0", 0},
-        {"empty --strict", "outcome          infeasible (-2)", 1},
-        {"empty --strict", "primal residual  5.0e-01", 1},  // halfway between 1 and 2
+        {"empty --strict", "outcome          infeasible (-2)", 2},
+        {"empty --strict", "primal residual  5.0e-01", 2},  // halfway between 1 and 2
         {"empty --max-iter 1 --strict",
          "outcome          iteration limit reached before a feasible point was found (-2)", 1},
         {"equal --strict", "outcome          equality constraints dependent and inconsistent (-3)",
-         1},
-        {"unbounded --strict", "outcome          optimal (1)", 1},
-        {"unbounded --strict", "dual residual    1.0e+00  (does not support the outcome)", 1},
+         2},
+        {"unbounded --strict", "outcome          optimal (1)", 5},
+        {"unbounded --strict", "dual residual    1.0e+00  (does not support the outcome)", 5},
         {"maximum --strict", "objective        5, a maximum", 0}};
     for (const Case& example : cases) {
         const Outcome outcome = run("solve " + example.arguments);
@@ -124,37 +124,46 @@ TEST_F(Solving, TellsHowFarAContradictionReaches) {
     EXPECT_LT(radius.get<double>(), 1e18);
 }
 
-TEST_F(Solving, JsonHasTheSolutionByName) {
+TEST_F(Solving, SaysNothingThatHasNoMeaning) {
+    write("empty", "NAME t FREE\nROWS\n N o\n L r\n G s\n" + TwoSides);
+    write("zero.lp", "min 0 x\nst\n r: - x - y <= 0\nend\n");
+    const std::string text = run("solve empty").out;
+    EXPECT_THAT(text, ::testing::Not(::testing::ContainsRegex("objective|active  |gap|solved")));
+    const Outcome zero = run("solve zero.lp");
+    EXPECT_THAT(zero.out,
+                ::testing::Not(::testing::ContainsRegex("-0\n|iterations +0|e-3[0-9][0-9]")));
+    EXPECT_THAT(run("solve '" + (Examples / "hs76.qps").string() + "'").out,
+                ::testing::ContainsRegex("solved +from a predicted working set [(][0-9]+ round"));
+}
+
+TEST_F(Solving, JsonHasTheSolutionBesideTheNames) {
     std::istringstream out(
-        run("solve --json --solution '" + (Examples / "hs76.qps").string() + "' absent.qps").out);
+        run("solve --json '" + (Examples / "hs76.qps").string() + "' absent.qps").out);
     json result;
     json unreadable;
     out >> result >> unreadable;
 
+    EXPECT_EQ(result.at("schema"), "activeset-result/1");
     EXPECT_TRUE(result.at("proved").get<bool>());
     EXPECT_TRUE(result.at("core_exit_code").is_null());  // predicted
     const std::string cold =
         run("solve --json --start cold '" + (Examples / "hs76.qps").string() + "'").out;
     EXPECT_EQ(json::parse(cold).at("core_exit_code"), 1);
-    EXPECT_EQ(result.at("active").at("inequalities"), 1);
-    EXPECT_EQ(result.at("active").at("lower_bounds"), 1);
-    EXPECT_EQ(result.at("x").at(1).at("variable"), "X2");
-    EXPECT_NEAR(result.at("x").at(1).at("value").get<double>(), 23.0 / 11, 1e-14);
-    // From the gradient: 2·3/11 − 1 + λ = 0 for X1; X3's bound takes up what is left there.
-    const json& multipliers = result.at("multipliers");  // sides of rows, lower and upper bounds
-    EXPECT_EQ(multipliers.size(), 3U + 4U + 4U);
-    EXPECT_NEAR(multipliers[0].at("value").get<double>(), 5.0 / 11, 1e-14);
-    EXPECT_EQ(multipliers[2], json({{"kind", "lower side"}, {"name", "THIRD"}, {"value", 0.0}}));
-    EXPECT_EQ(multipliers[5].at("kind"), "lower bound");
-    EXPECT_EQ(multipliers[5].at("name"), "X3");
-    EXPECT_NEAR(multipliers[5].at("value").get<double>(), 19.0 / 11, 1e-14);
+    EXPECT_EQ(result.at("working_set").at("rows_at_upper"), json({0}));
+    EXPECT_EQ(result.at("working_set").at("at_lower"), json({2}));
+    EXPECT_EQ(result.at("names").at(1), "X2");
+    EXPECT_NEAR(result.at("x").at(1).get<double>(), 23.0 / 11, 1e-14);
+    // From the gradient: 2·3/11 − 1 + y = 0 for X1; X3's lower bound takes up what is left there.
+    EXPECT_NEAR(result.at("y").at(0).get<double>(), 5.0 / 11, 1e-14);
+    EXPECT_EQ(result.at("y").size(), 3U);
+    EXPECT_NEAR(result.at("z").at(2).get<double>(), -19.0 / 11, 1e-14);
     EXPECT_EQ(unreadable.at("error"), "absent.qps: cannot be opened: No such file or directory");
 }
 
 TEST_F(Solving, JsonHasTheProofThatThereIsNoOptimum) {
     write("equal", "NAME t FREE\nROWS\n N o\n E r\n E s\n" + TwoSides);
     write("saddle", Saddle);
-    std::istringstream out(run("solve --json --solution equal saddle").out);
+    std::istringstream out(run("solve --json equal saddle").out);
     json equal;
     json saddle;
     out >> equal >> saddle;
@@ -162,13 +171,14 @@ TEST_F(Solving, JsonHasTheProofThatThereIsNoOptimum) {
     const json& farkas = equal.at("farkas");
     EXPECT_EQ(farkas.at("value"), -1.0);
     EXPECT_LE(farkas.at("residual"), 1e-15);
-    EXPECT_EQ(farkas.at("multipliers").size(), 4U);
-    EXPECT_NEAR(farkas.at("multipliers")[1].at("value").get<double>(), -1.0, 1e-15);
-    EXPECT_EQ(saddle.at("direction"),
-              json::parse(R"({"curvature": -2.0, "entries": [{"variable": "x", "value": 1.0}]})"));
+    EXPECT_EQ(farkas.at("y"), json({1.0, -1.0}));
+    EXPECT_EQ(equal.at("conflict").at("words"), json({"s: x = 2", "r: x = 1"}));
+    EXPECT_FALSE(equal.contains("objective"));
+    EXPECT_EQ(saddle.at("direction"), json::parse(R"({"curvature": -2.0, "entries": [1.0]})"));
     EXPECT_TRUE(equal.at("proved").get<bool>() && saddle.at("proved").get<bool>());
-    const std::string strict = run("solve --strict --json --display off equal").out;
-    EXPECT_EQ(json::parse(strict).at("core_exit_code"), -3);
+    const json strict = json::parse(run("solve --strict --json --display off equal").out);
+    EXPECT_EQ(strict.at("core_exit_code"), -3);
+    EXPECT_EQ(strict.at("schema"), "activeset-strict-result/1");
 }
 
 /// By the name of the file without its extension, from a table with a heading.

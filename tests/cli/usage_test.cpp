@@ -14,7 +14,7 @@ using ::testing::MatchesRegex;
 class Usage : public CommandLine {};
 class UnreadableFiles : public CommandLine {};
 
-TEST_F(Usage, ErrorsAreOneLineAndStatusTwo) {
+TEST_F(Usage, ErrorsAreOneLineAndAStatusOfTheirOwn) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"", "activeset solve FILE"},
         {"slove f", "unknown command slove"},
@@ -28,20 +28,30 @@ TEST_F(Usage, ErrorsAreOneLineAndStatusTwo) {
         {"solve --strict --tol-x nan f", "nan is not a number from 0 up"},
         {"solve --strict --display much f", "much"},
         {"solve --display iter f", "--strict"},
-        {"solve --strict --json --display iter f", "use --display off"}};
+        {"solve --strict --json --display iter f", "use --display off"},
+        {"solve -o r.txt f", "-o takes a file that ends in .json"},
+        {"solve --resume f", "--resume needs -o FILE.csv"},
+        {"compare f", "SECOND.json"}};
     for (const auto& [arguments, part] : cases) {
         const Outcome outcome = run(arguments);
-        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.status, 9);
         EXPECT_EQ(outcome.out, "");
         EXPECT_THAT(outcome.err, HasSubstr(part));
         EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
     }
 }
 
-TEST_F(Usage, HelpNamesTheExitStatusAndVersionHasFourParts) {
-    const Outcome help = run("solve --help");
-    EXPECT_EQ(help.status, 0);
-    EXPECT_THAT(help.out, HasSubstr("Exit status: 0 when every file was solved"));
+TEST_F(Usage, HelpFitsTheTerminalAndVersionHasFourParts) {
+    for (const char* const verb :
+         {"", "solve", "explain", "relax", "check", "convert", "compare", "report"}) {
+        const Outcome help = run(verb + std::string(" --help"));
+        EXPECT_EQ(help.status, 0);
+        EXPECT_THAT(help.out, HasSubstr("Exit status: 0 solved;"));
+        std::istringstream lines(help.out);
+        for (std::string line; std::getline(lines, line);) {
+            EXPECT_LE(line.size(), 80U) << line;
+        }
+    }
 
     ::setenv("ACTIVESET_INSTRUCTION_SET", "baseline", 1);
     ::setenv("OPENBLAS_CORETYPE", "PRESCOTT", 1);  // meant for another BLAS
@@ -58,12 +68,12 @@ TEST_F(Usage, HelpNamesTheExitStatusAndVersionHasFourParts) {
     }
 }
 
-TEST_F(Usage, OutputThatCannotBeWrittenIsStatusTwo) {
+TEST_F(Usage, OutputThatCannotBeWrittenIsNoFile) {
     write("p", "ROWS\n N o\nCOLUMNS\n x o 1\nENDATA\n");
     for (const char* const arguments : {"--help", "--version", "solve --help", "solve p"}) {
         for (const char* const output : {" >/dev/full", " >&-"}) {
             const Outcome outcome = run(arguments + std::string(output) + " #");
-            EXPECT_EQ(outcome.status, 2) << arguments << output;
+            EXPECT_EQ(outcome.status, 8) << arguments << output;
         }
     }
 }
@@ -87,13 +97,14 @@ TEST_F(UnreadableFiles, AreOneLineEachAndTheOthersAreSolvedWithTheirNotes) {
     const std::string absent = "absent.qps: cannot be opened: No such file or directory\n";
     const std::string bad =
         "bad.qps:5: section 'SOS' cannot be read; a file has NAME, OBJSENSE, ROWS, "
-        "COLUMNS, RHS, RANGES, BOUNDS, QUADOBJ or QMATRIX, and ENDATA\n";
+        "COLUMNS, RHS, RANGES, BOUNDS, QUADOBJ, QMATRIX or QSECTION, and ENDATA\n";
 
     EXPECT_EQ(run("solve good.qps").status, 0);
     EXPECT_EQ(run("solve good.qps absent.qps").err, note + absent);
-    EXPECT_EQ(run("solve good.qps absent.qps").status, 2);
+    EXPECT_EQ(run("solve good.qps absent.qps").status, 8);
     const Outcome outcome = run("solve absent.qps bad.qps good.qps");
-    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.status, 8);
+    EXPECT_EQ(run("solve good.qps bad.qps").status, 7);
     EXPECT_EQ(outcome.err, absent + bad + note);
     EXPECT_THAT(outcome.out, MatchesRegex("good.qps: 1 variable.*\noutcome +optimal\n.*"));
 }

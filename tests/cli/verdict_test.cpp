@@ -6,8 +6,8 @@
 
 #include <limits>
 
-#include "cli/report.hpp"
-#include "io/qps_reader.hpp"
+#include "cli/strict_report.hpp"
+#include "io/reader.hpp"
 
 namespace activeset::cli::tests {
 namespace {
@@ -69,7 +69,7 @@ TEST(Verdicts, FindEveryFlawOfAnAllegedOptimum) {
         const Residual residual = verdict.*flaw.residual;
         EXPECT_EQ(residual.value, flaw.value) << "flaw " << &flaw - flaws.data();
         EXPECT_FALSE(residual.supports) << "flaw " << &flaw - flaws.data();
-        EXPECT_THAT(summaryText(solved.problem, solved.result, verdict),
+        EXPECT_THAT(strictSummaryText(solved.problem, solved.result, verdict),
                     ::testing::HasSubstr("(does not support the outcome)\n"));
     }
 }

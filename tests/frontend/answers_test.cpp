@@ -1,7 +1,7 @@
 // Every answer comes with its proof: optimum, Farkas vector, ray, negative curvature. No two of
 // them can hold for the same problem, so that an answer with a good proof is the right one.
 #include "frontend/generator.hpp"
-#include "io/qps_reader.hpp"
+#include "io/reader.hpp"
 #include "support/fixture.hpp"
 #include "support/folders.hpp"
 #include "support/shared.hpp"

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 #include "io/read.hpp"
@@ -62,6 +63,12 @@ TEST(Lines, MayEndAsOnOtherSystemsAndBeEmpty) {
     EXPECT_EQ(read(text).b, Numbers{5});
 }
 
+TEST(Sections, TellTheSenseAnywhereAndTheObjectivesCurvature) {
+    const Problem problem = read(smallFile("QSECTION o\n x x 3\n x y 1\nOBJSENSE\n MAX\n"));
+    EXPECT_TRUE(problem.maximise);
+    EXPECT_EQ(problem.H, (Numbers{-3, -1, -1, 0}));
+}
+
 class Files : public ::testing::Test {
 protected:
     void TearDown() override { std::filesystem::remove(path_); }
@@ -88,6 +95,19 @@ TEST_F(Files, CompressedAndPlainOnesReadAlike) {
         write(smallFile("RHS\n b q 5\n"), mode);
         EXPECT_EQ(error(), ":9: unknown row 'q'");
     }
+}
+
+TEST_F(Files, OfBzip2AreReadWhole) {
+    write(smallFile("RHS\n b r 5\n"), "wT");
+    if (std::system(("bzip2 --force --keep " + path_).c_str()) != 0) {
+        GTEST_SKIP() << "no bzip2 here";
+    }
+    const std::string packed = path_ + ".bz2";
+    EXPECT_EQ(readProblem(packed).b, Numbers{5});
+    std::filesystem::resize_file(packed, std::filesystem::file_size(packed) / 2);
+    EXPECT_EQ(errorFrom([&] { return readProblem(packed); }),
+              packed + ": the compressed data are damaged or incomplete");
+    std::filesystem::remove(packed);
 }
 
 TEST_F(Files, ThatCannotBeReadSayWhy) {

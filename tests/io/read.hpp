@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "io/qps_reader.hpp"
+#include "io/reader.hpp"
 
 namespace activeset::io::tests {
 

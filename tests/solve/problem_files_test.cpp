@@ -6,7 +6,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "io/qps_reader.hpp"
+#include "io/reader.hpp"
 #include "solve/call.hpp"
 #include "solve/optimality.hpp"
 #include "support/fixture.hpp"

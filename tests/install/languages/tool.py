@@ -2,5 +2,5 @@
 import json
 import sys
 r = json.load(sys.stdin)
-x = [entry["value"] for entry in r["x"]]
+x = r["x"]
 print(f"{x[0]:.17g} {x[1]:.17g} {r['objective']:.17g}")

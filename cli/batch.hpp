@@ -1,0 +1,37 @@
+// Many files, several at a time, their output in order.
+#ifndef ACTIVESET_CLI_BATCH_HPP
+#define ACTIVESET_CLI_BATCH_HPP
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "cli/progress_line.hpp"
+#include "cli/table.hpp"
+
+namespace activeset::cli {
+
+/// What has come of one file.
+struct FileOutcome {
+    int status = 0;
+    bool hasMemoryEnded = false;
+    std::string text{};                 ///< for standard output
+    std::vector<std::string> errors{};  ///< lines for standard error, before it
+    std::string json{};
+    TableRow row{};
+};
+
+/// Calls `solve` for 0 to count − 1, `jobs` at a time, and `emit` with what it returns, in order
+/// and from one thread at a time, as soon as the ones before are through. Once an interrupt is
+/// pending no further one begins.
+///
+/// @return how many were begun
+[[nodiscard]] std::size_t runBatch(std::size_t count,
+                                   unsigned jobs,
+                                   const std::function<FileOutcome(std::size_t)>& solve,
+                                   const std::function<void(const FileOutcome&)>& emit);
+
+}  // namespace activeset::cli
+
+#endif

@@ -1,0 +1,30 @@
+// Both output streams of the process, and what may be written to them.
+#ifndef ACTIVESET_CLI_CONSOLE_HPP
+#define ACTIVESET_CLI_CONSOLE_HPP
+
+#include <string>
+
+#include "activeset/qp.hpp"
+
+namespace activeset::cli {
+
+/// One line on standard error, behind all that has gone to standard output.
+void printError(const std::string& line);
+
+/// `status`, or NoFile if standard output could not be written.
+[[nodiscard]] int written(int status);
+
+[[nodiscard]] bool isTerminal(int descriptor);
+
+/// The file as people read it.
+[[nodiscard]] std::string shownFile(const std::string& file);
+
+/// Whether the word of --color asks for colours on standard output.
+[[nodiscard]] bool wantsColours(const std::string& word);
+
+/// The text with its outcome in the colour that the status has.
+[[nodiscard]] std::string coloured(std::string text, Status status);
+
+}  // namespace activeset::cli
+
+#endif

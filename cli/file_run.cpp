@@ -1,0 +1,135 @@
+// Reading and writing files for the verbs.
+#include "cli/file_run.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <mutex>
+#include <new>
+#include <nlohmann/json.hpp>
+#include <string_view>
+#include <system_error>
+
+#include "activeset/host.hpp"
+#include "cli/console.hpp"
+#include "cli/crash_message.hpp"
+#include "cli/exit_status.hpp"
+#include "cli/visible.hpp"
+
+namespace activeset::cli {
+
+namespace {
+
+/// Whether the system, and not what it says, keeps a file from being read.
+bool isAboutAccess(const std::string& message) {
+    return message.starts_with("cannot be opened") || message.starts_with("cannot be read") ||
+           message.starts_with("cannot be written");
+}
+
+bool isProblemFile(const std::filesystem::path& path) {
+    std::string name = path.filename().string();
+    std::transform(name.begin(), name.end(), name.begin(), [](char character) {
+        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                    : character;
+    });
+    for (const std::string_view packed : {".gz", ".bz2"}) {
+        if (name.ends_with(packed)) {
+            name.resize(name.size() - packed.size());
+        }
+    }
+    return name.ends_with(".qps") || name.ends_with(".mps") || name.ends_with(".lp");
+}
+
+}  // namespace
+
+FileError attempt(const std::string& file, const std::function<void()>& work) {
+    FileError error;
+    try {
+        work();
+    } catch (const io::ReadError& readError) {
+        error.hasMemoryEnded = readError.message() == "out of memory";
+        error.status = error.hasMemoryEnded                 ? HasFailed
+                       : isAboutAccess(readError.message()) ? NoFile
+                                                            : BadData;
+        error.text = readError.what();
+    } catch (const HostError& hostError) {
+        error.hasMemoryEnded = std::string_view(hostError.identifier()) == OutOfMemoryIdentifier;
+        error.status = HasFailed;
+        error.text =
+            fmt::format("{}: {}: {}", shownFile(file), hostError.identifier(), hostError.what());
+    } catch (const nlohmann::json::exception&) {
+        error.status = BadData;
+        error.text =
+            fmt::format("{}: not the results that activeset solve -o writes", shownFile(file));
+    } catch (const std::bad_alloc&) {
+        error.hasMemoryEnded = true;
+        error.status = HasFailed;
+        error.text = fmt::format("{}: out of memory", shownFile(file));
+    }
+    error.text = visibleLine(error.text);
+    return error;
+}
+
+io::Model readFile(const std::string& file, io::Format format) {
+    static std::mutex oneReading;  // the message about crashes belongs to the process
+    const std::lock_guard lock(oneReading);
+    const CrashMessage guard;
+    return io::readModel(file, format);
+}
+
+std::vector<std::string> notesOf(const io::Model& model, const std::string& file) {
+    std::vector<std::string> lines;
+    for (const io::Note& note : model.notes) {
+        lines.push_back(
+            fmt::format("{}:{}: note: {}", shownFile(file), note.line, visibleLine(note.text)));
+    }
+    return lines;
+}
+
+std::vector<std::string> expanded(const std::vector<std::string>& files) {
+    std::vector<std::string> result;
+    for (const std::string& file : files) {
+        std::error_code error;
+        if (!std::filesystem::is_directory(file, error)) {
+            result.push_back(file);
+            continue;
+        }
+        std::vector<std::string> inside;
+        for (std::filesystem::directory_iterator at(file, error), end; !error && at != end;
+             at.increment(error)) {
+            if (isProblemFile(at->path())) {
+                inside.push_back(at->path().string());
+            }
+        }
+        if (error) {
+            throw io::ReadError(file, 0, "cannot be read: " + error.message());
+        }
+        if (inside.empty()) {
+            throw io::ReadError(file, 0, "cannot be read: no .qps, .mps or .lp in this folder");
+        }
+        std::sort(inside.begin(), inside.end());
+        result.insert(result.end(), inside.begin(), inside.end());
+    }
+    return result;
+}
+
+void writeFile(const std::string& path, const std::string& text) {
+    if (path == "-") {
+        std::cout << text;
+        return;
+    }
+    errno = 0;
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    file.close();
+    if (!file) {
+        throw io::ReadError(path, 0,
+                            "cannot be written: " + std::generic_category().message(errno));
+    }
+}
+
+}  // namespace activeset::cli

@@ -1,0 +1,21 @@
+// Help, manual page and completion, all from the commands as they were declared.
+#ifndef ACTIVESET_CLI_HELP_HPP
+#define ACTIVESET_CLI_HELP_HPP
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace activeset::cli {
+
+/// At most 80 columns wide; options in their groups.
+[[nodiscard]] std::string helpText(const CLI::App& command);
+
+/// The manual page of the whole tool, in the language of man.
+[[nodiscard]] std::string manualText(const CLI::App& app);
+
+/// A script that completes words for bash.
+[[nodiscard]] std::string completionText(const CLI::App& app);
+
+}  // namespace activeset::cli
+
+#endif

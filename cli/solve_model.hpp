@@ -1,0 +1,40 @@
+// One solve of a model by the front end.
+#ifndef ACTIVESET_CLI_SOLVE_MODEL_HPP
+#define ACTIVESET_CLI_SOLVE_MODEL_HPP
+
+#include <vector>
+
+#include "activeset/qp.hpp"
+#include "io/model.hpp"
+
+namespace activeset::cli {
+
+/// What has come of a model.
+struct Solution {
+    Result result{};
+    double objective = 0.0;          ///< with the sign of the file
+    Conflict conflict{};             ///< of an infeasible model, if it was asked for
+    std::vector<Progress> passes{};  ///< if they were asked for
+
+    /// Whether there is a point that is worth showing.
+    [[nodiscard]] bool hasPoint() const;
+    /// Whether numbers of the result show what its status says.
+    [[nodiscard]] bool isProved() const;
+};
+
+/// The model as the front end takes it; valid as long as the model is there.
+[[nodiscard]] Problem viewsOf(const io::Model& model);
+
+/// @param warm  may be null
+/// @raises HostError
+[[nodiscard]] Solution solveModel(const io::Model& model,
+                                  const Settings& settings,
+                                  const WarmStart* warm);
+
+/// Looks for what contradicts what, for at most some seconds unless the settings allow less.
+/// @raises HostError
+void findConflict(const io::Model& model, Settings settings, Solution& solution);
+
+}  // namespace activeset::cli
+
+#endif

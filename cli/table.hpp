@@ -1,0 +1,43 @@
+// One line a problem: for the end of a batch, and for files that other programs read.
+#ifndef ACTIVESET_CLI_TABLE_HPP
+#define ACTIVESET_CLI_TABLE_HPP
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "cli/solve_model.hpp"
+
+namespace activeset::cli {
+
+struct TableRow {
+    std::string file;
+    std::string outcome;  ///< "error" without a result
+    int status = 0;       ///< the exit status that it would have alone
+    std::size_t variables = 0;
+    std::size_t rows = 0;
+    std::optional<double> objective;
+    std::size_t steps = 0;  ///< rounds, steps and passes of all kinds
+    double seconds = 0.0;
+    std::optional<double> residual;  ///< the largest of the relative ones
+    std::string error;
+};
+
+[[nodiscard]] TableRow rowOf(const io::Model& model,
+                             const std::string& file,
+                             const Solution& solution);
+
+/// Columns one below the other, and how many ended in which way.
+[[nodiscard]] std::string tableText(const std::vector<TableRow>& rows);
+
+[[nodiscard]] std::string csvHeading();
+/// Line end included.
+[[nodiscard]] std::string csvLine(const TableRow& row);
+
+/// The files that a table in `text` has.
+[[nodiscard]] std::set<std::string> filesInCsv(const std::string& text);
+
+}  // namespace activeset::cli
+
+#endif

@@ -1,0 +1,65 @@
+// activeset report: results as a page to look at.
+#include <filesystem>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "cli/console.hpp"
+#include "cli/exit_status.hpp"
+#include "cli/file_run.hpp"
+#include "cli/report/page.hpp"
+#include "cli/result_file.hpp"
+#include "cli/verbs.hpp"
+
+namespace activeset::cli {
+
+namespace {
+
+struct ReportOptions {
+    std::string results;
+    std::string output;
+};
+
+/// As text within a script element, which "</" would end.
+std::string embedded(const std::vector<nlohmann::json>& results) {
+    std::string text =
+        nlohmann::json(results).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    for (std::size_t at = 0; (at = text.find('<', at)) != std::string::npos; at += 6) {
+        text.replace(at, 1, "\\u003c");
+    }
+    return text;
+}
+
+}  // namespace
+
+void addReport(CLI::App& app, Action& chosen) {
+    CLI::App& command =
+        *app.add_subcommand("report", "Make one HTML page of results, as solve -o writes them");
+    const auto options = std::make_shared<ReportOptions>();
+    command.add_option("RESULT.json", options->results, "Results; - is standard input")
+        ->required()
+        ->group("Problem");
+    command
+        .add_option("-o,--output", options->output,
+                    "The page; default: the name of the results, as .html")
+        ->option_text("FILE")
+        ->group("Output");
+    command.callback([&chosen, options] {
+        chosen = [options] {
+            const FileError error = attempt(options->results, [&] {
+                const std::vector<nlohmann::json> results = readResults(options->results);
+                const std::string name = options->results == "-" ? "report" : options->results;
+                const std::string page =
+                    options->output.empty()
+                        ? std::filesystem::path(name).replace_extension(".html").string()
+                        : options->output;
+                writeFile(page, PageBefore + embedded(results) + PageAfter);
+            });
+            if (error.status != Solved) {
+                printError(error.text);
+            }
+            return std::max(error.status, written(error.status));
+        };
+    });
+}
+
+}  // namespace activeset::cli

@@ -1,0 +1,24 @@
+// The verbs of the tool. Each adds its command to the application and leaves behind what it does.
+#ifndef ACTIVESET_CLI_VERBS_HPP
+#define ACTIVESET_CLI_VERBS_HPP
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace activeset::cli {
+
+/// Runs a command whose options have been read. @return the exit status
+using Action = std::function<int()>;
+
+/// Adds a command; once it has been chosen, `chosen` is what it does.
+void addSolve(CLI::App& app, Action& chosen);
+void addExplain(CLI::App& app, Action& chosen);
+void addRelax(CLI::App& app, Action& chosen);
+void addCheck(CLI::App& app, Action& chosen);
+void addConvert(CLI::App& app, Action& chosen);
+void addCompare(CLI::App& app, Action& chosen);
+void addReport(CLI::App& app, Action& chosen);
+
+}  // namespace activeset::cli
+
+#endif

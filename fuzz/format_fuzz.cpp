@@ -1,0 +1,88 @@
+// The readers of LP and JSON files under any text: a consistent problem that its writer preserves,
+// or a ReadError, and silence. ACTIVESET_FORMAT says which of them.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <iostream>
+#include <limits>
+#include <set>
+#include <string>
+
+#include "io/reader.hpp"
+#include "io/writer.hpp"
+#include "judge.hpp"
+
+namespace activeset::fuzz {
+namespace {
+
+constexpr io::Format Format = io::Format::ACTIVESET_FORMAT;
+constexpr io::ReadLimits Limits{.textBytes = std::size_t{1} << 20U,
+                                .denseBytes = std::size_t{1} << 22U};
+
+bool areFinite(const std::vector<double>& numbers) {
+    return std::all_of(numbers.begin(), numbers.end(), [](double x) { return std::isfinite(x); });
+}
+
+void judgeSides(const std::vector<double>& lower, const std::vector<double>& upper) {
+    constexpr double Infinity = std::numeric_limits<double>::infinity();
+    for (std::size_t k = 0; k < lower.size(); ++k) {
+        require(lower[k] <= upper[k], "sides cross, or are NaN");
+        require(lower[k] < Infinity && upper[k] > -Infinity, "infinite on the wrong side");
+    }
+}
+
+void judgeModel(const io::Model& model) {
+    const std::size_t n = model.n();
+    const std::size_t m = model.m();
+    require(n >= 1, "no variables");
+    require(model.H.size() == n * n && model.c.size() == n && model.A.size() == m * n &&
+                model.rowLower.size() == m && model.rowUpper.size() == m &&
+                model.lower.size() == n && model.upper.size() == n,
+            "parts of different sizes");
+    for (const auto* names : {&model.variables, &model.rows}) {
+        require(std::set<std::string>(names->begin(), names->end()).size() == names->size(),
+                "a name stands for two");
+    }
+    require(areFinite(model.H) && areFinite(model.c) && areFinite(model.A),
+            "a number is not finite");
+    judgeSides(model.rowLower, model.rowUpper);
+    judgeSides(model.lower, model.upper);
+    for (std::size_t j = 0; j < n; ++j) {
+        for (std::size_t i = 0; i < j; ++i) {
+            require(model.H[j * n + i] == model.H[i * n + j], "H is not symmetric");
+        }
+    }
+}
+
+void judgeWriter(const io::Model& model) {
+    const io::Model back = io::readModelText(io::modelText(model, Format), "again", Format);
+    judgeModel(back);
+    require(back.c == model.c && back.A == model.A && back.rowLower == model.rowLower &&
+                back.rowUpper == model.rowUpper && back.lower == model.lower &&
+                back.upper == model.upper && back.maximise == model.maximise,
+            "what was written is read in another way");
+}
+
+void run(const std::string& text) {
+    try {
+        const io::Model model = io::readModelText(text, "f", Format, Limits);
+        judgeModel(model);
+        judgeWriter(model);
+    } catch (const io::ReadError& error) {
+        const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+        require(error.line() <= lines + 1, "an error beyond the end of the file");
+        require(!error.message().empty(), "no message");
+    }
+}
+
+}  // namespace
+}  // namespace activeset::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace activeset::fuzz;
+    const SilencedStream output(std::cout);
+    const SilencedStream errors(std::cerr);
+    run(std::string(data, data + size));
+    require(output.count() + errors.count() == 0, "the reader printed something");
+    return 0;
+}

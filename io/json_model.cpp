@@ -1,0 +1,243 @@
+// Problems in JSON, as docs/files.md describes them: read and written.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <unordered_set>
+
+#include "io/coin_deck.hpp"
+#include "io/dense_form.hpp"
+#include "io/format_readers.hpp"
+#include "io/json_cursor.hpp"
+#include "io/location.hpp"
+#include "io/writer.hpp"
+
+namespace activeset::io {
+
+namespace {
+
+constexpr const char* Schema = "activeset-problem/1";
+constexpr double Infinite = std::numeric_limits<double>::infinity();
+
+using Numbers = std::vector<double>;
+
+/// Rows of numbers as they stand in the file.
+struct Rows {
+    std::size_t offset = 0;
+    std::size_t rows = 0;
+    std::size_t columns = 0;
+    Numbers values{};  ///< row-major
+};
+
+struct Vector {
+    std::size_t offset = 0;
+    Numbers values{};
+};
+
+class JsonReader {
+public:
+    JsonReader(std::string_view text, const std::string& file, std::size_t limit)
+        : cursor_(text, file), file_(file), limit_(limit) {}
+
+    Model run() {
+        cursor_.open('{');
+        bool isFirst = true;
+        while (cursor_.another('}', isFirst)) {
+            readMember(cursor_.key());
+        }
+        cursor_.end();
+        if (!hasSchema_) {
+            throw ReadError(file_, 0, "expected \"schema\": \"" + std::string(Schema) + "\"");
+        }
+        return finished();
+    }
+
+private:
+    void readMember(const std::string& key) {
+        const std::size_t offset = cursor_.offset();
+        if (key == "schema") {
+            hasSchema_ = cursor_.string() == Schema;
+            if (!hasSchema_) {
+                cursor_.failAt(offset, "expected the schema \"" + std::string(Schema) + "\"");
+            }
+        } else if (key == "name") {
+            model_.name = cursor_.string();
+        } else if (key == "sense") {
+            const std::string sense = cursor_.string();
+            model_.maximise = sense == "max";
+            if (!model_.maximise && sense != "min") {
+                cursor_.failAt(offset, "expected \"min\" or \"max\", found " + quoted(sense));
+            }
+        } else if (key == "constant") {
+            model_.constant = cursor_.number();
+        } else if (key == "variables" || key == "rows") {
+            readNames(key == "rows" ? model_.rows : model_.variables);
+        } else if (key == "H" || key == "A") {
+            (key == "H" ? H_ : A_) = matrix();
+        } else if (key == "c") {
+            c_ = vector(false);
+        } else if (key == "row_lower" || key == "row_upper") {
+            (key == "row_lower" ? rowLower_ : rowUpper_) = vector(true);
+        } else if (key == "lower" || key == "upper") {
+            (key == "lower" ? lower_ : upper_) = vector(true);
+        } else {
+            cursor_.failAt(offset,
+                           "expected schema, name, sense, constant, variables, rows, H, c, A, "
+                           "row_lower, row_upper, lower or upper, found " +
+                               quoted(key));
+        }
+    }
+
+    void readNames(std::vector<std::string>& names) {
+        std::unordered_set<std::string> known;
+        cursor_.open('[');
+        bool isFirst = true;
+        names.clear();
+        while (cursor_.another(']', isFirst)) {
+            const std::size_t offset = cursor_.offset();
+            names.push_back(cursor_.string());
+            if (names.back().empty() || !known.insert(names.back()).second) {
+                cursor_.failAt(offset,
+                               "expected a name that is new, found " + quoted(names.back()));
+            }
+        }
+    }
+    Vector vector(bool mayBeInfinite) {
+        Vector result{cursor_.offset(), {}};
+        cursor_.open('[');
+        bool isFirst = true;
+        while (cursor_.another(']', isFirst)) {
+            const double value = cursor_.number(mayBeInfinite);
+            result.values.push_back(std::abs(value) < InfiniteBound || !mayBeInfinite
+                                        ? value
+                                        : std::copysign(Infinite, value));
+        }
+        return result;
+    }
+    Rows matrix() {
+        Rows result;
+        result.offset = cursor_.offset();
+        cursor_.open('[');
+        bool isFirst = true;
+        while (cursor_.another(']', isFirst)) {
+            const Vector row = vector(false);
+            result.columns = result.rows == 0 ? row.values.size() : result.columns;
+            if (row.values.size() != result.columns) {
+                cursor_.failAt(row.offset, "expected " + std::to_string(result.columns) +
+                                               " entries, found " +
+                                               std::to_string(row.values.size()));
+            }
+            ++result.rows;
+            result.values.insert(result.values.end(), row.values.begin(), row.values.end());
+        }
+        return result;
+    }
+
+    void require(std::size_t offset,
+                 const char* part,
+                 std::size_t size,
+                 std::size_t expected) const {
+        if (size != expected) {
+            cursor_.failAt(offset, std::string(part) + " has the size " + std::to_string(size) +
+                                       ", expected " + std::to_string(expected));
+        }
+    }
+    Numbers completed(const std::optional<Vector>& part,
+                      const char* name,
+                      std::size_t size,
+                      double absent) const {
+        if (!part) {
+            return Numbers(size, absent);
+        }
+        require(part->offset, name, part->values.size(), size);
+        return part->values;
+    }
+    static void fillNames(std::vector<std::string>& names, std::size_t count, char letter) {
+        const bool isFilled = !names.empty();
+        for (std::size_t k = 0; !isFilled && k < count; ++k) {
+            names.push_back(letter + std::to_string(k + 1));
+        }
+    }
+
+    Model finished() {
+        const std::size_t n = c_                          ? c_->values.size()
+                              : H_                        ? H_->rows
+                              : !model_.variables.empty() ? model_.variables.size()
+                              : A_                        ? A_->columns
+                                                          : 0;
+        const std::size_t m = A_ ? A_->rows : 0;
+        if (n == 0) {
+            throw ReadError(file_, 0, "no variables; expected c, H, A or variables");
+        }
+        checkDenseSize(n, 2 * m, limit_, file_);
+        fillNames(model_.variables, n, 'x');
+        fillNames(model_.rows, m, 'r');
+        require(0, "variables", model_.variables.size(), n);
+        require(0, "rows", model_.rows.size(), m);
+        const double sign = model_.maximise ? -1.0 : 1.0;
+        model_.constant *= sign;
+        model_.c = completed(c_, "c", n, 0.0);
+        for (double& value : model_.c) {
+            value *= sign;
+        }
+        model_.rowLower = completed(rowLower_, "row_lower", m, -Infinite);
+        model_.rowUpper = completed(rowUpper_, "row_upper", m, Infinite);
+        model_.lower = completed(lower_, "lower", n, -Infinite);
+        model_.upper = completed(upper_, "upper", n, Infinite);
+        checkSides(model_.rowLower, model_.rowUpper, rowLower_ ? rowLower_->offset : 0);
+        checkSides(model_.lower, model_.upper, lower_ ? lower_->offset : 0);
+        fillMatrices(n, m, sign);
+        return std::move(model_);
+    }
+    void checkSides(const Numbers& lower, const Numbers& upper, std::size_t offset) const {
+        for (std::size_t k = 0; k < lower.size(); ++k) {
+            if (lower[k] > upper[k] || lower[k] == Infinite || upper[k] == -Infinite) {
+                cursor_.failAt(offset,
+                               "entry " + std::to_string(k) +
+                                   ": expected a lower side that is not above the upper one");
+            }
+        }
+    }
+    void fillMatrices(std::size_t n, std::size_t m, double sign) {
+        model_.A.assign(m * n, 0.0);
+        if (A_ && m > 0) {
+            require(A_->offset, "A, columns,", A_->columns, n);
+            for (std::size_t i = 0; i < m; ++i) {
+                for (std::size_t j = 0; j < n; ++j) {
+                    model_.A[j * m + i] = A_->values[i * n + j];
+                }
+            }
+        }
+        model_.H.assign(n * n, 0.0);
+        if (!H_) {
+            return;
+        }
+        require(H_->offset, "H, rows,", H_->rows, n);
+        require(H_->offset, "H, columns,", H_->columns, n);
+        for (std::size_t i = 0; i < n; ++i) {
+            for (std::size_t j = 0; j < n; ++j) {
+                if (H_->values[i * n + j] != H_->values[j * n + i]) {
+                    cursor_.failAt(H_->offset, "H is not symmetric: entries (" + std::to_string(i) +
+                                                   ", " + std::to_string(j) + ") and its mirror");
+                }
+                model_.H[j * n + i] = sign * H_->values[i * n + j];
+            }
+        }
+    }
+
+    JsonCursor cursor_;
+    const std::string& file_;
+    std::size_t limit_;
+    bool hasSchema_ = false;
+    Model model_{};
+    std::optional<Rows> H_{}, A_{};
+    std::optional<Vector> c_{}, rowLower_{}, rowUpper_{}, lower_{}, upper_{};
+};
+
+}  // namespace
+
+Model readJson(std::string_view text, const std::string& file, const ReadLimits& limits) {
+    return JsonReader(text, file, limits.denseBytes).run();
+}
+
+}  // namespace activeset::io

@@ -1,0 +1,91 @@
+// The road of a file: text, format, the reader of that format.
+#include "io/reader.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <new>
+#include <utility>
+
+#include "io/dense_form.hpp"
+#include "io/file_text.hpp"
+#include "io/format_readers.hpp"
+#include "io/section_scan.hpp"
+
+namespace activeset::io {
+
+namespace {
+
+std::string lowered(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(), [](char character) {
+        return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+    });
+    return result;
+}
+
+bool isStandardInput(const std::string& path) {
+    return path == "-";
+}
+
+}  // namespace
+
+Format formatOf(const std::string& path) {
+    std::string name = lowered(path);
+    for (const std::string_view packed : {".gz", ".bz2"}) {
+        if (name.ends_with(packed)) {
+            name.resize(name.size() - packed.size());
+        }
+    }
+    if (name.ends_with(".lp")) {
+        return Format::Lp;
+    }
+    if (name.ends_with(".json")) {
+        return Format::Json;
+    }
+    return Format::Mps;
+}
+
+Model readModelText(std::string_view text,
+                    const std::string& file,
+                    Format format,
+                    const ReadLimits& limits) {
+    switch (format == Format::Automatic ? formatOf(file) : format) {
+        case Format::Lp:
+            return readLp(text, file, limits);
+        case Format::Json:
+            return readJson(text, file, limits);
+        default:
+            return readMps(text, file, limits);
+    }
+}
+
+Model readModel(const std::string& path, Format format, const ReadLimits& limits) {
+    const std::string file = isStandardInput(path) ? StandardInput : path;
+    try {
+        const std::string text = isStandardInput(path) ? readStandardInputText(limits.textBytes)
+                                                       : readFileText(path, limits.textBytes);
+        return readModelText(text, file, format, limits);
+    } catch (const std::bad_alloc&) {
+        throw ReadError(file, 0, "out of memory");
+    }
+}
+
+Problem readProblem(const std::string& path, const ReadLimits& limits) {
+    return denseForm(readModel(path, Format::Automatic, limits));
+}
+
+Problem readStandardInput(const ReadLimits& limits) {
+    return denseForm(readModel("-", Format::Mps, limits));
+}
+
+Problem readProblemText(std::string_view text, const std::string& file, const ReadLimits& limits) {
+    return denseForm(readMps(text, file, limits));
+}
+
+Model readMps(std::string_view text, const std::string& file, const ReadLimits& limits) {
+    ScannedFile scanned = scanFile(text, file);
+    LinearPart linear = scanned.deck.read(file);
+    return modelOf(std::move(scanned), std::move(linear), limits.denseBytes, file);
+}
+
+}  // namespace activeset::io

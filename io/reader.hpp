@@ -1,0 +1,62 @@
+// Reads quadratic programs from files of all formats; docs/files.md describes what is accepted.
+#ifndef ACTIVESET_IO_QPS_READER_HPP
+#define ACTIVESET_IO_QPS_READER_HPP
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "io/model.hpp"
+#include "io/problem.hpp"
+#include "io/read_error.hpp"
+
+namespace activeset::io {
+
+/// What the reader refuses before it asks for the memory.
+struct ReadLimits {
+    std::size_t textBytes = std::size_t{1} << 30U;   ///< of the decompressed text
+    std::size_t denseBytes = std::size_t{1} << 31U;  ///< of H, A and Aeq together
+};
+
+/// The format of a problem file.
+enum class Format {
+    Automatic,  ///< by the suffix: .lp, .json, else MPS; before .gz and .bz2
+    Mps,        ///< MPS and QPS
+    Lp,
+    Json
+};
+
+/// The format that the name of a file stands for; Mps where it says nothing.
+[[nodiscard]] Format formatOf(const std::string& path);
+
+/// The problem in the file at `path`, or in standard input, which "-" stands for; plain or
+/// compressed with gzip or bzip2. Standard input is MPS, unless `format` says otherwise.
+/// @raises ReadError
+[[nodiscard]] Model readModel(const std::string& path,
+                              Format format = Format::Automatic,
+                              const ReadLimits& limits = {});
+
+/// The same of a text; `file` is used in messages, and for Automatic.
+/// @raises ReadError
+[[nodiscard]] Model readModelText(std::string_view text,
+                                  const std::string& file,
+                                  Format format,
+                                  const ReadLimits& limits = {});
+
+/// The problem in the MPS file at `path` with one side a row.
+/// @raises ReadError
+[[nodiscard]] Problem readProblem(const std::string& path, const ReadLimits& limits = {});
+
+/// The same of standard input, to its end.
+/// @raises ReadError, about the file "standard input"
+[[nodiscard]] Problem readStandardInput(const ReadLimits& limits = {});
+
+/// The same of MPS text; `file` is only used in messages.
+/// @raises ReadError
+[[nodiscard]] Problem readProblemText(std::string_view text,
+                                      const std::string& file,
+                                      const ReadLimits& limits = {});
+
+}  // namespace activeset::io
+
+#endif

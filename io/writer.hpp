@@ -1,0 +1,43 @@
+// Writes problems to files of all formats.
+#ifndef ACTIVESET_IO_WRITER_HPP
+#define ACTIVESET_IO_WRITER_HPP
+
+#include <string>
+
+#include "io/model.hpp"
+#include "io/reader.hpp"
+
+namespace activeset::io {
+
+/// The model in that format, from which the reader makes it again bit for bit (LP: the curvature
+/// and constants to rounding; a model whose names the format cannot hold gets x1, …, r1, …).
+/// Automatic is MPS.
+[[nodiscard]] std::string modelText(const Model& model, Format format);
+
+// One per format.
+[[nodiscard]] std::string mpsText(const Model& model);
+[[nodiscard]] std::string lpText(const Model& model);
+[[nodiscard]] std::string jsonText(const Model& model);
+
+/// The shortest decimal number that is read as `value`.
+[[nodiscard]] std::string exactNumber(double value);
+
+/// `names`, or, should one of them not be made of what `isAllowed` takes, letter and number.
+template <class IsAllowed>
+std::vector<std::string> usableNames(const std::vector<std::string>& names,
+                                     char letter,
+                                     IsAllowed isAllowed) {
+    bool isUsable = true;
+    for (const std::string& name : names) {
+        isUsable = isUsable && isAllowed(name);
+    }
+    std::vector<std::string> usable = names;
+    for (std::size_t k = 0; !isUsable && k < names.size(); ++k) {
+        usable[k] = letter + std::to_string(k + 1);
+    }
+    return usable;
+}
+
+}  // namespace activeset::io
+
+#endif

@@ -1,0 +1,117 @@
+// The verbs beside solve, and what solve does with many files.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/run_cli.hpp"
+
+namespace activeset::cli::tests {
+namespace {
+
+using nlohmann::json;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class Verbs : public CommandLine {
+protected:
+    void SetUp() override {
+        CommandLine::SetUp();
+        write("good.lp", "min -2 x + [ 2 x^2 ] / 2\nst\n capacity: x + y <= 4\nend\n");
+        write("none.lp", "min x\nst\n capacity: x + y <= 4\nbounds\n x >= 3\n y >= 2\nend\n");
+        write("ray.lp", "max x - y\nst\n r: x - y >= 1\nend\n");
+    }
+};
+
+TEST_F(Verbs, ExplainNamesTheConflictAndTheNearestPoint) {
+    const Outcome none = run("explain none.lp");
+    EXPECT_EQ(none.status, 0);
+    EXPECT_THAT(none.out,
+                HasSubstr("these 3 together have no common point; without any one of them"));
+    EXPECT_THAT(none.out, HasSubstr("  capacity: x + y ≤ 4\n  x ≥ 3\n  y ≥ 2\n"));
+    EXPECT_THAT(
+        none.out,
+        HasSubstr("this has to give way, by\n  capacity: x + y ≤ 4  1\nat\n  x  3\n  y  2\n"));
+    EXPECT_THAT(run("explain ray.lp").out,
+                HasSubstr("grows without end, entries other than 0\n  x  1\n"));
+}
+
+TEST_F(Verbs, CheckNamesWhatIsRemarkable) {
+    write("odd.lp", "min x + [x^2]\nst\n a: x + y = 1\n b: 2 x + 2 y = 2\n c: x >= 0\nend\n");
+    const Outcome odd = run("check odd.lp");
+    EXPECT_EQ(odd.status, 0);
+    EXPECT_THAT(odd.out, HasSubstr("3, of which 2 equalities of rank 1\n"));
+    EXPECT_THAT(odd.out, HasSubstr("dependent equalities: b\n  combinations of the equalities"));
+    EXPECT_THAT(run("check good.lp").out, HasSubstr("nothing that a solve would stumble over"));
+}
+
+TEST_F(Verbs, ConvertedFilesSaySame) {
+    EXPECT_EQ(run("convert good.lp good.json").status, 0);
+    EXPECT_EQ(run("convert good.json good.mps").status, 0);
+    EXPECT_EQ(run("convert good.mps --to lp").out, run("convert good.lp --to lp").out);
+}
+
+TEST_F(Verbs, RelaxKeepsWhatIsHard) {
+    EXPECT_THAT(run("relax none.lp --hard capacity").out,
+                HasSubstr("what is to stay contradicts itself"));
+    const Outcome both = run("relax none.lp --hard capacity --bounds --norm inf");
+    EXPECT_THAT(both.out, HasSubstr("  x ≥ 3  0.5\n  y ≥ 2  0.5\nat\n  x  2.5\n  y  1.5\n"));
+    const json square = json::parse(run("relax none.lp --bounds --norm l2 --json").out);
+    EXPECT_NEAR(square.at("row_violation").at(0).get<double>(), 1.0 / 3, 1e-9);
+    EXPECT_NEAR(square.at("bound_violation").at(1).get<double>(), -1.0 / 3, 1e-9);
+    EXPECT_THAT(run("relax good.lp").out, HasSubstr("nothing has to give way"));
+    EXPECT_EQ(run("relax none.lp --hard nobody").status, 7);
+}
+
+TEST_F(Verbs, ManyFilesEndInATableAndAnInterruptedOneIsResumed) {
+    const Outcome all = run("solve . --jobs 2 -o table.csv");
+    EXPECT_EQ(all.status, 3);
+    EXPECT_THAT(all.out, HasSubstr("./none.lp  infeasible "));
+    EXPECT_THAT(all.out, HasSubstr("1 infeasible, 1 optimal, 1 unbounded\n"));
+    const std::string table = contents(folder_ / "table.csv");
+    EXPECT_THAT(table, HasSubstr("\n./good.lp,optimal,0,2,1,-1,"));
+    write("late.lp", "min x\nst\nx >= 2\n");
+    const Outcome rest = run("solve . --resume -o table.csv --csv");
+    EXPECT_THAT(rest.out, Not(HasSubstr("good.lp")));
+    EXPECT_THAT(contents(folder_ / "table.csv"), HasSubstr(table + "./late.lp,optimal,0,1,1,2,"));
+}
+
+TEST_F(Verbs, ResultsStartOtherSolvesAndAreCompared) {
+    EXPECT_EQ(run("solve good.lp -o a.json").status, 0);
+    EXPECT_EQ(run("solve good.lp -o a.sol").status, 0);
+    EXPECT_EQ(contents(folder_ / "a.sol"), "# objective -1\nx 1\ny 0\n");
+    for (const char* const warm : {"a.json", "a.sol"}) {
+        EXPECT_EQ(run(std::string("solve good.lp -o b.json --warm ") + warm).status, 0);
+        EXPECT_THAT(run("compare a.json b.json").out, HasSubstr("1 the same, 0 different"));
+    }
+    write("good.lp", "min -4 x + [ 2 x^2 ] / 2\nst\n capacity: x + y <= 4\nend\n");
+    EXPECT_EQ(run("solve good.lp none.lp -o c.json").status, 2);
+    const Outcome other = run("compare a.json c.json");
+    EXPECT_EQ(other.status, 6);
+    EXPECT_THAT(other.out, HasSubstr("good.lp: objective -1 and -4\nnone.lp: only in the second"));
+    EXPECT_EQ(run("compare a.json a.sol").status, 7);
+    EXPECT_EQ(run("solve none.lp -o a.sol").status, 2);
+    EXPECT_EQ(contents(folder_ / "a.sol"), "# infeasible\n");
+    write("odd.json", R"({"schema": "activeset-result/1", "file": 3})");
+    EXPECT_EQ(run("compare odd.json odd.json").status, 7);
+}
+
+TEST_F(Verbs, NothingOfTheProgressOrOfColoursGoesIntoAPipe) {
+    const Outcome plain = run("solve good.lp");
+    EXPECT_EQ(plain.out.find('\x1b'), std::string::npos);
+    EXPECT_EQ(plain.err, "");
+    EXPECT_THAT(run("solve good.lp --color always").out, HasSubstr("\x1b[32moptimal\x1b[0m"));
+}
+
+TEST_F(Verbs, ManualAndCompletionListEveryVerb) {
+    const std::string manual = run("print-manual").out;
+    const std::string completion = run("print-completion").out;
+    for (const char* const verb :
+         {"solve", "explain", "relax", "check", "convert", "compare", "report"}) {
+        EXPECT_THAT(manual, HasSubstr(std::string("activeset ") + verb));
+        EXPECT_THAT(completion, HasSubstr(std::string("        ") + verb + ") words="));
+    }
+}
+
+}  // namespace
+}  // namespace activeset::cli::tests

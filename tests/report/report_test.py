@@ -1,0 +1,119 @@
+#!/usr/bin/python3
+"""Looks at reports in a browser: no errors, marks in the plots, the numbers of the results.
+
+usage: report_test.py TOOL FOLDER     FOLDER has problem files; 77 without browser or selenium
+"""
+
+import json
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+try:
+    from selenium import webdriver
+    from selenium.webdriver.chrome.service import Service
+    from selenium.webdriver.common.by import By
+    from selenium.webdriver.common.keys import Keys
+except ImportError:
+    sys.exit(77)
+
+NONE = "min x\nst\n capacity: x + y <= 4\nbounds\n x >= 3\n y >= 2\nend\n"
+
+
+def browser():
+    options = webdriver.ChromeOptions()
+    for word in ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage"):
+        options.add_argument(word)
+    options.binary_location = shutil.which("chromium")
+    options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+    return webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
+
+
+class Reports:
+    def __init__(self, tool, folder, driver):
+        self.tool, self.folder, self.driver = tool, folder, driver
+
+    def show(self, *arguments):
+        """Solves and opens the report. The results."""
+        results = self.folder / "result.json"
+        subprocess.run([self.tool, "solve", *map(str, arguments), "-o", results],
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
+        page = self.folder / "page.html"
+        subprocess.run([self.tool, "report", results, "-o", page], check=True)
+        self.driver.get(page.as_uri())
+        errors = self.driver.get_log("browser")
+        assert not errors, errors
+        text = page.read_text(encoding="utf-8")
+        assert "http" not in text.replace("http://www.w3.org", ""), "the page asks the network"
+        return json.loads(results.read_text(encoding="utf-8"))
+
+    def texts(self, selector):
+        return [node.text for node in self.driver.find_elements(By.CSS_SELECTOR, selector)]
+
+    def fits(self, width):
+        self.driver.execute_cdp_cmd(
+            "Emulation.setDeviceMetricsOverride",
+            {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": False})
+        return self.driver.execute_script(
+            "return document.documentElement.scrollWidth <= window.innerWidth")
+
+
+def check_single(reports, problem):
+    result = reports.show(problem, "--trace")
+    assert reports.texts("#outcome") == ["optimal"]
+    assert float(reports.texts(".facts dd")[0]) == float(f"{result['objective']:.6g}")
+    circles = reports.driver.find_elements(By.CSS_SELECTOR, "svg circle")
+    assert len(circles) == 3 * len(result["passes"]) > 0
+    sizes = [abs(v) for v in result["y"] + result["z"] if v]
+    assert len(reports.texts(".bars tr")) == min(15, len(sizes))
+    assert f"saves {max(sizes):.6g}".rstrip("0") in reports.texts(".bars tr")[0]
+    shown = [float(text) for text in reports.texts("[aria-label=solution] td:nth-child(2)")]
+    assert all(abs(a - b) <= 1e-5 * max(1, abs(b)) for a, b in zip(shown, result["x"]))
+    button = reports.driver.find_element(By.CSS_SELECTOR, "[aria-label=solution] th.number button")
+    button.send_keys(Keys.ENTER)
+    again = [float(text) for text in reports.texts("[aria-label=solution] td:nth-child(2)")]
+    assert again == sorted(shown)
+    assert reports.fits(1280) and reports.fits(400)
+
+
+def check_dark(reports):
+    colour = "return getComputedStyle(document.body).backgroundColor"
+    seen = set()
+    for scheme in ("light", "dark"):
+        reports.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {
+            "features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        seen.add(reports.driver.execute_script(colour))
+    assert len(seen) == 2, seen
+
+
+def main(tool, problems):
+    driver = browser()
+    try:
+        with tempfile.TemporaryDirectory() as name:
+            folder = pathlib.Path(name)
+            reports = Reports(tool, folder, driver)
+            check_single(reports, pathlib.Path(problems) / "hs118.qps")
+            check_dark(reports)
+            (folder / "none.lp").write_text(NONE)
+            (folder / "lively.json").write_text(json.dumps(
+                {"schema": "activeset-problem/1", "c": [1], "variables": ["</script><b>"],
+                 "lower": [1]}))
+            result = reports.show(folder / "none.lp")
+            assert reports.texts("[aria-label=conflict] td") == result["conflict"]["words"]
+            reports.show(folder / "lively.json")
+            assert "</script><b>" in reports.texts("[aria-label=solution] td")
+            batch = reports.show(problems, folder / "none.lp", folder / "absent.lp")
+            assert len(reports.texts("[aria-label=all] tbody tr")) == len(batch)
+            assert len(reports.texts("[aria-label=failed] tbody tr")) == 2
+            assert len(reports.driver.find_elements(By.CSS_SELECTOR, "svg rect")) == 24
+            assert reports.fits(400)
+    finally:
+        driver.quit()
+
+
+if __name__ == "__main__":
+    if not (shutil.which("chromium") and shutil.which("chromedriver")):
+        sys.exit(77)
+    main(*sys.argv[1:])
