@@ -23,6 +23,11 @@ void addTo(Dense& c,
     if (a.empty() || b.values.empty() || c.values.empty()) {
         return;
     }
+    if (b.cols == 1) {
+        blas::gemv(op, factor, Constant(a.data(), rows, cols), b.values.data(), 1.0,
+                   c.values.data());
+        return;
+    }
     blas::gemm(op, Op::None, factor, Constant(a.data(), rows, cols),
                Constant(b.values.data(), b.rows, b.cols), 1.0, {c.values.data(), c.rows, c.cols});
 }

@@ -54,6 +54,13 @@ Optimum::Optimum(const Result& result, const Problem& problem, const char* calle
         }
     }
     rowValues = product(data.A, data.m, point.x);
+    rowSizes.assign(data.m, 0.0);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        const double* column = data.columnOfA(j);
+        for (std::size_t i = 0; i < data.m; ++i) {
+            rowSizes[i] = std::max(rowSizes[i], std::abs(column[i]));
+        }
+    }
     requireMembers(result.workingSet, caller);
     requirePoint(result, caller);
     findWeak();
@@ -119,12 +126,8 @@ void Optimum::requirePoint(const Result& result, const char* caller) {
     };
     for (std::size_t i = 0; i < data.m; ++i) {
         if (isHeld(rows[i])) {
-            double scale = 0.0;
-            for (std::size_t j = 0; j < data.n; ++j) {
-                scale = std::max(scale, std::abs(data.columnOfA(j)[i]));
-            }
             requireSide(rowValues[i], isAtLower(rows[i]) ? data.rowLower[i] : data.rowUpper[i],
-                        scale * size);
+                        rowSizes[i] * size);
         }
     }
     const Vector curved = data.quadratic ? product(data.H, data.n, point.x) : Vector(data.n, 0.0);
@@ -155,10 +158,7 @@ void Optimum::findWeak() {
                std::abs(value - side) <= Zero * std::max(std::abs(side), scale);
     };
     for (std::size_t i = 0; i < data.m; ++i) {
-        double scale = 0.0;
-        for (std::size_t j = 0; j < data.n; ++j) {
-            scale = std::max(scale, std::abs(data.columnOfA(j)[i]));
-        }
+        const double scale = rowSizes[i];
         const double value = rowValues[i];
         const bool isOn = isHeld(rows[i]) ? !isEquality(rows[i])
                                           : touches(value, data.rowLower[i], scale * size) ||

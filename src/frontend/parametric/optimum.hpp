@@ -36,6 +36,7 @@ struct Optimum {
     Data data;  ///< H with the shift of the result
     Point point;
     Vector rowValues;          ///< A·x
+    Vector rowSizes;           ///< the largest magnitude in each row of A
     std::vector<Hold> rows;    ///< m
     std::vector<Hold> bounds;  ///< n
     /// Where a side holds or is touched and its multiplier is 0 to rounding.

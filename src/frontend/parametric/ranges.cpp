@@ -42,17 +42,13 @@ public:
     explicit Mover(Optimum optimum)
         : implicit_(std::move(optimum)),
           optimum_(implicit_.optimum()),
-          rowSizes_(optimum_.data.m, 1.0),
+          rowSizes_(optimum_.rowSizes),
           x_(frontend::largestMagnitude(optimum_.point.x)),
           gradient_(std::max({frontend::largestMagnitude(optimum_.data.c),
                               frontend::largestMagnitude(optimum_.point.y),
                               frontend::largestMagnitude(optimum_.point.z)})) {
-        for (std::size_t i = 0; i < optimum_.data.m; ++i) {
-            double size = 0.0;
-            for (std::size_t j = 0; j < optimum_.data.n; ++j) {
-                size = std::max(size, std::abs(optimum_.data.columnOfA(j)[i]));
-            }
-            rowSizes_[i] = size > 0.0 ? size : 1.0;
+        for (double& size : rowSizes_) {
+            size = size > 0.0 ? size : 1.0;
         }
         for (std::size_t j = 0; j < optimum_.data.n && optimum_.data.quadratic; ++j) {
             curvature_ = std::max(curvature_, optimum_.data.columnOfH(j)[j]);
