@@ -42,16 +42,20 @@ def work(location: Any, chunks: Sequence[int]) -> float:
 def solve_there(store: Store, missing: Sequence[int], client: Any, each: int | None,
                 bar: Bar | None) -> None:
     """Tasks of `each` chunks; None finds out how many take 50 ms."""
-    total, done = len(missing), 0
+    total, done, wanted = len(missing), 0, missing
     if each is None:
         trial = min(total, 2 * max(1, len(client.scheduler_info()["workers"])))
         first = _run(store, [[k] for k in missing[:trial]], client, bar, 0, total)
-        missing, done, times = missing[trial:], trial, client.gather(first)
+        times = client.gather(first, errors="skip")
+        missing, done = missing[trial:], trial
         # The first ones open the store and begin cold: the faster half tells.
         typical = median(sorted(times)[:max(1, len(times) // 2)]) if times else 1.0
         each = max(1, int(-(-_SHORTEST // max(typical, 1e-6))))
     tasks = [list(missing[first:first + each]) for first in range(0, len(missing), each)]
     _run(store, tasks, client, bar, done, total)
+    left = sorted(set(wanted) & set(store.missing()))
+    if left:  # of workers that died
+        _run(store, [[k] for k in left], client, bar, total - len(left), total)
 
 
 def _run(store: Store, tasks: Sequence[Sequence[int]], client: Any, bar: Bar | None, done: int,
@@ -69,8 +73,8 @@ def _run(store: Store, tasks: Sequence[Sequence[int]], client: Any, bar: Bar | N
             try:
                 future = ended.get(timeout=0.2)
                 done += futures.pop(future)
-                _require_success(store, future, client)
-                good.append(future)
+                if _is_good(store, future, client):
+                    good.append(future)
             except Empty:
                 pass
             if client.status == "running":
@@ -86,13 +90,13 @@ def _run(store: Store, tasks: Sequence[Sequence[int]], client: Any, bar: Bar | N
     return good
 
 
-def _require_success(store: Store, future: Any, client: Any) -> None:
-    """Asks the scheduler only about a failure: results would be a message each."""
-    if future.status == "finished":
-        return
-    if future.status in ("cancelled", "lost"):
-        raise _gone(store) if client.status != "running" else BatchError(
-            f"{store.location}: a task was cancelled; solve() goes on with what is missing")
+def _is_good(store: Store, future: Any, client: Any) -> bool:
+    """False for a task whose worker died with its time; its chunks are in the store, or are found
+    missing. Asks the scheduler only about a failure: results would be a message each."""
+    if future.status != "error":
+        if client.status != "running" and future.status != "finished":
+            raise _gone(store)
+        return bool(future.status == "finished")
     error = future.exception()
     raise error if isinstance(error, BatchError) else BatchError(
         f"{store.location}: a task failed: {error!r}; what is done stays done") from error
