@@ -168,8 +168,8 @@ def ranges(result: Result, problem: Problem) -> dict[str, Range]:
     rows = problem._data.sizes[1]
 
     def made(table: Array) -> Range:
-        columns = [np.ascontiguousarray(column) for column in table.T]
-        return Range(*columns[:5], columns[5] != 0.0)
+        value, least, most, at_least, at_most, flags = np.ascontiguousarray(table.T)
+        return Range(value, least, most, at_least, at_most, flags != 0.0)
 
     return {"q": made(tables["c"]), "h": made(tables["rowUpper"][:rows]),
             "l": made(tables["rowLower"][:rows]), "b": made(tables["rowUpper"][rows:]),

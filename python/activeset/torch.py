@@ -19,7 +19,7 @@ if TYPE_CHECKING:
 _NAMES = ("P", "q", "G", "h", "A", "b")
 
 
-class _Solve(torch.autograd.Function):
+class _Solve(torch.autograd.Function):  # type: ignore[misc]
     """A batch of problems, all parts of which have a first axis for it, or lack it."""
 
     @staticmethod
@@ -51,7 +51,7 @@ class _Solve(torch.autograd.Function):
         return _Gradient.apply(ctx, gradient, *ctx.like)
 
 
-class _Gradient(torch.autograd.Function):
+class _Gradient(torch.autograd.Function):  # type: ignore[misc]
     """What `_Solve` passes back, which itself cannot be differentiated."""
 
     @staticmethod
