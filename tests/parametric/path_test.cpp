@@ -96,17 +96,23 @@ TEST_F(Paths, OfStrictlyConvexProblemsAreTheOptima) {
 
 TEST_F(Paths, OfAnyConvexProblemsEndWithTheProof) {
     int ends[3] = {};
-    for (unsigned seed = 0; seed < 120; ++seed) {
+    int unfinished = 0;  // at a degenerate breakpoint, and said so
+    for (unsigned seed = 0; seed < 400; ++seed) {
         SCOPED_TRACE(seed);
         const Sample s = randomSample(seed, 6, true);
         if (const Result r = solve(s.view()); !r || r.hessianShift != 0.0) {
             continue;
         }
         const Rates d = randomRates(s, seed);
-        expectRight(s, d, 4.0, false);
         const Path path(s.view(), d.view(), 0.0, 4.0);
+        if (path.status() == Status::Inaccurate) {
+            ++unfinished;
+            continue;
+        }
+        expectRight(s, d, 4.0, false);
         ends[path.status() == Status::Optimal ? 0 : path.status() == Status::Infeasible ? 1 : 2]++;
     }
+    EXPECT_LE(unfinished, 4);
     for (const int count : ends) {
         EXPECT_GE(count, 3);
     }
