@@ -52,7 +52,7 @@ std::string entry(const std::string& name, const std::string& text) {
 }
 
 std::string nameOf(const CLI::Option& option) {
-    const std::string values = option.get_option_text();
+    const std::string& values = option.get_option_text();
     return option.get_name(false, true) + (values.empty() ? "" : " " + values);
 }
 

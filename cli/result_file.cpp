@@ -102,27 +102,31 @@ WarmStart warmStartOfSol(const std::string& path, const std::string& text, const
     return warm;
 }
 
+/// Adds what a text holds: one value, an array of them, or one a line.
+void parseInto(std::vector<json>& results, const std::string& text) {
+    json whole = json::parse(text, nullptr, false);
+    if (whole.is_array()) {
+        results.assign(whole.begin(), whole.end());
+        return;
+    }
+    if (!whole.is_discarded()) {
+        results.push_back(std::move(whole));
+        return;
+    }
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.empty()) {
+            results.push_back(json::parse(line));
+        }
+    }
+}
+
 }  // namespace
 
 std::vector<json> readResults(const std::string& path) {
-    const std::string text = textOf(path);
     std::vector<json> results;
     try {
-        json whole = json::parse(text, nullptr, false);
-        if (!whole.is_discarded()) {
-            if (whole.is_array()) {
-                results.assign(whole.begin(), whole.end());
-            } else {
-                results.push_back(std::move(whole));
-            }
-        } else {
-            std::istringstream lines(text);
-            for (std::string line; std::getline(lines, line);) {
-                if (!line.empty()) {
-                    results.push_back(json::parse(line));
-                }
-            }
-        }
+        parseInto(results, textOf(path));
     } catch (const json::exception&) {
         fail(path, results.size() + 1,
              "expected a result in JSON, as activeset solve -o writes it");

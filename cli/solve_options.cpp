@@ -58,6 +58,7 @@ io::Format formatNamed(const std::string& word) {
 
 std::vector<std::string> formatWords() {
     std::vector<std::string> words;
+    words.reserve(Formats.size());
     for (const auto& [word, format] : Formats) {
         words.push_back(word);
     }

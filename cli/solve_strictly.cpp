@@ -49,7 +49,8 @@ void solveStrictly(const io::Model& model,
     outcome.row.outcome = outcomeText(result);
     outcome.row.variables = model.n();
     outcome.row.rows = model.m();
-    outcome.row.steps = static_cast<std::size_t>(result.iterations + result.phaseOneIterations);
+    outcome.row.steps = static_cast<std::size_t>(result.iterations) +
+                        static_cast<std::size_t>(result.phaseOneIterations);
     outcome.row.objective = verdict.objective.value;
     outcome.status = strictStatus(result, verdict);
     outcome.json = strictJsonText(problem, file, result, verdict);

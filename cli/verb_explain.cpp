@@ -29,7 +29,7 @@ std::string whyInfeasible(const io::Model& model, Solution& solution, const Sett
 }
 
 std::string explanation(const io::Model& model, Solution& solution, const Settings& settings) {
-    const std::string summary = summaryText(model, solution);
+    std::string summary = summaryText(model, solution);
     switch (solution.result.status) {
         case Status::Infeasible:
             return summary + whyInfeasible(model, solution, settings);

@@ -149,8 +149,8 @@ TEST_F(Solving, JsonHasTheSolutionBesideTheNames) {
     const std::string cold =
         run("solve --json --start cold '" + (Examples / "hs76.qps").string() + "'").out;
     EXPECT_EQ(json::parse(cold).at("core_exit_code"), 1);
-    EXPECT_EQ(result.at("working_set").at("rows_at_upper"), json({0}));
-    EXPECT_EQ(result.at("working_set").at("at_lower"), json({2}));
+    EXPECT_EQ(result.at("working_set").at("rows_at_upper"), json::array({0}));
+    EXPECT_EQ(result.at("working_set").at("at_lower"), json::array({2}));
     EXPECT_EQ(result.at("names").at(1), "X2");
     EXPECT_NEAR(result.at("x").at(1).get<double>(), 23.0 / 11, 1e-14);
     // From the gradient: 2·3/11 − 1 + y = 0 for X1; X3's lower bound takes up what is left there.

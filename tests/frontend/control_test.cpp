@@ -126,7 +126,7 @@ TEST_F(FrontEndChecks, FindShapesThatDoNotFitBeforeReadingThem) {
 
 /// A problem with some dozens of passes.
 Sample longSample() {
-    return randomSample(3, 40, false);
+    return randomSample(5, 40, false);
 }
 
 TEST_F(FrontEndControl, EndsASolveAndSaysWhy) {
