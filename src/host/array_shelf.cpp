@@ -51,9 +51,9 @@ void ArrayShelf::give(Array array) noexcept {
     bytes_ += bytesOf(array) - bytesOf(place);
     place = std::move(array);
     while (bytes_ > MostBytes) {
-        Array* smallest = nullptr;
+        Array* smallest = arrays_.data();
         for (Array& kept : arrays_) {
-            if (kept.capacity() > 0 && (smallest == nullptr || isSmaller(kept, *smallest))) {
+            if (kept.capacity() > 0 && (smallest->capacity() == 0 || isSmaller(kept, *smallest))) {
                 smallest = &kept;
             }
         }

@@ -44,7 +44,8 @@ void HalfSpaces::keep(
     if (!(length > Still) || !std::isfinite(room)) {
         return;
     }
-    double side = std::max(room, 0.0) / length, farthest = -side;
+    double side = std::max(room, 0.0) / length;
+    double farthest = -side;
     for (std::size_t j = 0; j < p; ++j) {
         normal[j] /= length;
         side += normal[j] * theta[j];
@@ -58,9 +59,12 @@ void HalfSpaces::keep(
 
 std::optional<Vector> HalfSpaces::facetCentre(std::size_t k) const {
     constexpr double Thinnest = 1e-8;  // of the shortest edge of the box
-    const std::size_t p = box_->size(), count = sides_.size();
+    const std::size_t p = box_->size();
+    const std::size_t count = sides_.size();
     Dense A(count + 2 * p, p + 1);
-    Vector lower(A.rows, -Infinity), upper(A.rows, Infinity), c(p + 1, 0.0);
+    Vector lower(A.rows, -Infinity);
+    Vector upper(A.rows, Infinity);
+    Vector c(p + 1, 0.0);
     for (std::size_t i = 0; i < count; ++i) {
         double along = 0.0;
         for (std::size_t j = 0; j < p; ++j) {
@@ -80,7 +84,8 @@ std::optional<Vector> HalfSpaces::facetCentre(std::size_t k) const {
         lower[count + p + j] = box_->least[j];
     }
     c[p] = -1.0;
-    Vector least(p + 1, -Infinity), most(p + 1, Infinity);
+    Vector least(p + 1, -Infinity);
+    Vector most(p + 1, Infinity);
     least[p] = 0.0;
     most[p] = box_->shortestEdge();
     const Result result = solve({.c = c,

@@ -44,7 +44,9 @@ Implicit::Implicit(Optimum optimum)
 
 void Implicit::solve(Triple& b) const {
     const Data& data = optimum_.data;
-    const std::size_t n = data.n, m = data.m, count = b.x.cols;
+    const std::size_t n = data.n;
+    const std::size_t m = data.m;
+    const std::size_t count = b.x.cols;
     const std::vector<std::size_t>& free = factor_.free();
     const std::vector<std::size_t>& rows = factor_.rows();
     Dense fixed(n, count);  // x at held bounds, 0 elsewhere

@@ -63,7 +63,8 @@ double KktInverse::entry(std::size_t a, std::size_t b) const {
 bool KktInverse::add(std::size_t member) {
     const std::size_t order = members_.size();
     reserve(order + 1);
-    Vector k(order), w(order, 0.0);
+    Vector k(order);
+    Vector w(order, 0.0);
     for (std::size_t i = 0; i < order; ++i) {
         k[i] = entry(member, members_[i]);
     }
@@ -73,7 +74,8 @@ bool KktInverse::add(std::size_t member) {
         }
     }
     const double diagonal = entry(member, member);
-    double pivot = diagonal, size = std::abs(diagonal);
+    double pivot = diagonal;
+    double size = std::abs(diagonal);
     for (std::size_t i = 0; i < order; ++i) {
         pivot -= k[i] * w[i];
         size += std::abs(k[i] * w[i]);

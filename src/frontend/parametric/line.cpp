@@ -16,7 +16,8 @@ constexpr double Violated = 1e-9;  // likewise, by which a constraint that does 
 // y += a·x for value and rate together, column by column, past columns that do not count.
 void addProduct(const Vector& a, std::size_t rows, const Moving& x, Moving& y) {
     for (std::size_t j = 0; j < x.value.size() && !a.empty(); ++j) {
-        const double value = x.value[j], rate = x.rate[j];
+        const double value = x.value[j];
+        const double rate = x.rate[j];
         if (value == 0.0 && rate == 0.0) {
             continue;
         }
@@ -137,7 +138,8 @@ Line::Line(const MovingProblem& problem, const Held& held, double t, const Solve
 // One step of iterative refinement: the residuals of gradient and held rows are solved for.
 void Line::correct(const Held& held, const Solve& solve) {
     const Vectors& rates = problem_->rates();
-    Moving dx = zeros(x_.value.size()), dy = zeros(y_.value.size());
+    Moving dx = zeros(x_.value.size());
+    Moving dy = zeros(y_.value.size());
     for (std::size_t j = 0; j < x_.value.size(); ++j) {
         if (!isHeld(held.bounds[j])) {
             dx.value[j] = -gradient_.value[j];
@@ -278,7 +280,8 @@ Piece Line::piece(const Held& held, double last) const {
     piece.workingSet = held.workingSet();
     piece.objective = problem_->data().constant;
     for (std::size_t j = 0; j < x_.value.size(); ++j) {
-        const double value = x_.value[j], rate = x_.rate[j];
+        const double value = x_.value[j];
+        const double rate = x_.rate[j];
         piece.objective += value * (0.5 * curved_.value[j] + vectors_.c[j]);
         piece.slope += rate * (curved_.value[j] + vectors_.c[j]) + value * rates.c[j];
         piece.curvature += rate * (curved_.rate[j] + 2.0 * rates.c[j]);

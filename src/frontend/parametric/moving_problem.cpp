@@ -58,7 +58,8 @@ MovingProblem::MovingProblem(const Problem& problem, const Direction& direction)
 }
 
 double MovingProblem::sizeOfX(const Vectors& vectors) const {
-    double size = 0.0, curvature = 0.0;
+    double size = 0.0;
+    double curvature = 0.0;
     const auto include = [&size](double value, double scale) {
         size = std::isfinite(value) && scale > 0.0 ? std::max(size, std::abs(value) / scale) : size;
     };
@@ -126,7 +127,8 @@ MovingProblem::Crossing MovingProblem::crossing(double from) const {
     const auto look = [&](const Vector& lower, const Vector& upper, const Vector& lowerRate,
                           const Vector& upperRate, const char* what) {
         for (std::size_t k = 0; k < lower.size(); ++k) {
-            const double room = upper[k] - lower[k], rate = upperRate[k] - lowerRate[k];
+            const double room = upper[k] - lower[k];
+            const double rate = upperRate[k] - lowerRate[k];
             if (!std::isfinite(room) || (room + from * rate >= 0.0 && rate >= 0.0)) {
                 continue;
             }

@@ -49,7 +49,10 @@ Line::Solve solverOf(const KktFactor& factor) {
 Line::Solve solverOf(const KktInverse& inverse, std::size_t n) {
     return [&inverse, n](Moving& x, Moving& y) {
         const std::vector<std::size_t>& members = inverse.members();
-        Vector b1(members.size()), b2(members.size()), u1, u2;
+        Vector b1(members.size());
+        Vector b2(members.size());
+        Vector u1;
+        Vector u2;
         const auto each = [&](Vector& first, Vector& second, auto&& copy) {
             for (std::size_t k = 0; k < members.size(); ++k) {
                 const bool isFree = members[k] < n;
@@ -68,14 +71,14 @@ Line::Solve solverOf(const KktInverse& inverse, std::size_t n) {
 
 class Path::Tracer {
 public:
-    Tracer(Path& path, MovingProblem& problem, double from, double to, const Settings& settings)
+    Tracer(Path& path, MovingProblem& problem, double from, double to, Settings settings)
         : path_(&path),
           problem_(&problem),
           t_(from),
           crossing_(problem.crossing(from)),
           to_(std::min(to, crossing_.t)),
           isCutShort_(to_ < to),
-          settings_(settings) {}
+          settings_(std::move(settings)) {}
 
     void run();
 
@@ -127,7 +130,8 @@ void Path::Tracer::run() {
 
 // Takes the one constraint that ends the line in or out, if that is all there is to do.
 bool Path::Tracer::exchange() {
-    const std::size_t n = problem_->data().n, m = problem_->data().m;
+    const std::size_t n = problem_->data().n;
+    const std::size_t m = problem_->data().m;
     if (!inverse_ || line_->events().size() != 1) {
         return false;
     }
@@ -154,6 +158,7 @@ std::optional<Line> Path::Tracer::lineOf(const WorkingSet& set, double t) {
 }
 
 // A working set that is right from t on.
+// NOLINTNEXTLINE(readability-function-size,readability-function-cognitive-complexity)
 bool Path::Tracer::find() {
     if (isCutShort_ && t_ >= to_) {
         path_->status_ = Status::Infeasible;
@@ -209,7 +214,8 @@ bool Path::Tracer::find() {
 // Whether the proof that there is no optimum at `tried` is one for all t behind the present one. If
 // not, `ahead` is where it begins to be one.
 bool Path::Tracer::isTheEnd(const Result& result, double tried, double& ahead) {
-    double slope = 0.0, value = 0.0;
+    double slope = 0.0;
+    double value = 0.0;
     const frontend::Vectors& rates = problem_->rates();
     if (result.status == Status::Infeasible && result.farkas) {
         const auto add = [&](const Vector& multipliers, const Vector& lower, const Vector& upper) {

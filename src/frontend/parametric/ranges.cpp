@@ -98,9 +98,11 @@ std::vector<std::size_t> Mover::placesOf(Number number) const {
 }
 
 // In blocks, so that memory stays O(n + m) times their width.
+// NOLINTNEXTLINE(readability-function-cognitive-complexity): three kinds in turn
 Mover::Moves Mover::movesOf(Number number) const {
     constexpr std::size_t Width = 64;
-    const std::size_t n = optimum_.data.n, m = optimum_.data.m;
+    const std::size_t n = optimum_.data.n;
+    const std::size_t m = optimum_.data.m;
     const std::size_t count = number == Number::Row ? m : n;
     Moves moves{std::vector<Steps>(count), Vector(count, 0.0), Vector(count, 0.0)};
     const std::vector<std::size_t> places = placesOf(number);
@@ -152,7 +154,8 @@ bool Mover::isConsistent(Number number,
         }
     }
     for (const std::size_t j : implicit_.factor().free()) {
-        double sum = number == Number::Cost && j == place ? 1.0 : 0.0, size = 1.0;
+        double sum = number == Number::Cost && j == place ? 1.0 : 0.0;
+        double size = 1.0;
         for (std::size_t i = 0; i < data.n && data.quadratic; ++i) {
             sum += data.columnOfH(j)[i] * moved.x(i, k);
             size += std::abs(data.columnOfH(j)[i] * moved.x(i, k));
@@ -168,6 +171,7 @@ bool Mover::isConsistent(Number number,
     return true;
 }
 
+// NOLINTNEXTLINE(readability-function-cognitive-complexity): one ratio test
 Steps Mover::stepsOf(Number number,
                      std::size_t place,
                      const Triple& moved,
@@ -245,9 +249,9 @@ Range rangeOf(double value, double objective, const Mover::Moves& moves, std::si
 // A side that is not held may move away, and up to where it would be.
 Range idle(double side, double value, double objective, bool isLower) {
     const double near = isLower ? std::max(value, side) : std::min(value, side);
-    return {
-        side,        isLower ? -Infinity : near, isLower ? near : Infinity, objective, objective,
-        near == side};
+    Range range{side, near, near, objective, objective, near == side};
+    (isLower ? range.least : range.most) = isLower ? -Infinity : Infinity;
+    return range;
 }
 
 void sidesInto(std::vector<Range>& lower,
@@ -276,7 +280,8 @@ Ranges ranges(const Result& result, const Problem& problem) {
     const FloatingPointGuard environment;
     Optimum optimum(result, problem, "ranges");
     const frontend::Data data = optimum.data;
-    const std::vector<Hold> rows = optimum.rows, bounds = optimum.bounds;
+    const std::vector<Hold> rows = optimum.rows;
+    const std::vector<Hold> bounds = optimum.bounds;
     const Vector rowValues = optimum.rowValues;
     Ranges all;
     all.weakRows = optimum.weakRows;

@@ -62,7 +62,7 @@ public:
     Search(Regions& regions,
            const Problem& problem,
            const Parameters& parameters,
-           const RegionSettings& settings);
+           RegionSettings settings);
 
     void run();
 
@@ -85,8 +85,10 @@ private:
 Regions::Search::Search(Regions& regions,
                         const Problem& problem,
                         const Parameters& parameters,
-                        const RegionSettings& settings)
-    : regions_(&regions), data_(frontend::checkedCopy(problem, "Regions")), settings_(settings) {
+                        RegionSettings settings)
+    : regions_(&regions),
+      data_(frontend::checkedCopy(problem, "Regions")),
+      settings_(std::move(settings)) {
     const std::size_t p = parameters.least.size();
     if (p == 0 || parameters.most.size() != p) {
         refuse("least and most have to have an entry for each parameter");
@@ -177,7 +179,9 @@ void Regions::Search::visit(const Vector& theta) {
 CriticalRegion Regions::Search::regionOf(const Result& result,
                                          const Problem& at,
                                          const Vector& theta) const {
-    const std::size_t n = data_.n, m = data_.m, p = theta.size();
+    const std::size_t n = data_.n;
+    const std::size_t m = data_.m;
+    const std::size_t p = theta.size();
     const frontend::Implicit implicit(frontend::Optimum(result, at, "Regions"));
     const frontend::Optimum& optimum = implicit.optimum();
     Triple moved(n, m, p);
@@ -200,7 +204,8 @@ CriticalRegion Regions::Search::regionOf(const Result& result,
         }
     };
     // Of a constraint that is not held, against its own sides, which move, too.
-    Dense rowRates(m, p), boundRates = moved.x;
+    Dense rowRates(m, p);
+    Dense boundRates = moved.x;
     for (std::size_t k = 0; k < p; ++k) {
         for (std::size_t j = 0; j < n; ++j) {
             frontend::axpy(moved.x(j, k), data_.columnOfA(j), rowRates.column(k), m);
@@ -237,7 +242,8 @@ void Regions::Search::cross(std::size_t region) {
     const std::size_t p = box_.size();
     HalfSpaces spaces(box_);
     // A copy: visits add regions.
-    const Vector E = regions_->regions_[region].E, e = regions_->regions_[region].e;
+    const Vector E = regions_->regions_[region].E;
+    const Vector e = regions_->regions_[region].e;
     for (std::size_t k = 0; k < e.size(); ++k) {
         const auto first = E.begin() + static_cast<std::ptrdiff_t>(k * p);
         spaces.add(Vector(first, first + static_cast<std::ptrdiff_t>(p)), e[k]);

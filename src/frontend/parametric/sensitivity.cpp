@@ -27,7 +27,8 @@ void require(bool isRight, const char* function, const char* what) {
 
 bool fits(const MatrixView& matrix, std::size_t rows, std::size_t cols) {
     const bool byColumns = matrix.order() == Order::ColumnMajor;
-    const std::size_t lines = byColumns ? cols : rows, length = byColumns ? rows : cols;
+    const std::size_t lines = byColumns ? cols : rows;
+    const std::size_t length = byColumns ? rows : cols;
     if (matrix.empty()) {
         return true;
     }
@@ -133,7 +134,8 @@ Gradients Sensitivity::Factors::backward(const MatrixView& dx,
                                          const MatrixView& dy,
                                          const MatrixView& dz) const {
     const frontend::Optimum& optimum = implicit_.optimum();
-    const std::size_t n = optimum.data.n, m = optimum.data.m;
+    const std::size_t n = optimum.data.n;
+    const std::size_t m = optimum.data.m;
     const std::size_t count = std::max({dx.cols(), dy.cols(), dz.cols()});
     require(fits(dx, n, count) && fits(dz, n, count), "backward",
             "dx and dz have a row for each variable and a column for each right-hand side");
@@ -169,13 +171,15 @@ void Sensitivity::Factors::addMatrixGradients(const Triple& adjoint,
                                               std::size_t k,
                                               Gradients& gradients) const {
     const frontend::Point& point = implicit_.optimum().point;
-    const std::size_t n = point.x.size(), m = point.y.size();
+    const std::size_t n = point.x.size();
+    const std::size_t m = point.y.size();
     const double* u = adjoint.x.column(k);
     const double* v = adjoint.y.column(k);
     for (std::size_t j = 0; j < n; ++j) {
         double* ofH = gradients.H.data() + (k * n + j) * n;
         double* ofA = gradients.A.data() + (k * n + j) * m;
-        const double xj = point.x[j], uj = u[j];
+        const double xj = point.x[j];
+        const double uj = u[j];
         for (std::size_t i = 0; i < n; ++i) {
             ofH[i] = -0.5 * (u[i] * xj + point.x[i] * uj);
         }
@@ -196,7 +200,8 @@ void Sensitivity::Factors::requireShapes(const Change& change) const {
 
 SolutionChange Sensitivity::Factors::forward(std::span<const Change> changes) const {
     const frontend::Optimum& optimum = implicit_.optimum();
-    const std::size_t n = optimum.data.n, m = optimum.data.m;
+    const std::size_t n = optimum.data.n;
+    const std::size_t m = optimum.data.m;
     Triple change(n, m, changes.size());
     for (std::size_t k = 0; k < changes.size(); ++k) {
         const Change& d = changes[k];

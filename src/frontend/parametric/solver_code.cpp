@@ -173,7 +173,8 @@ std::string solverCode(const Problem& problem, const std::string& name) {
     const FloatingPointGuard environment;
     frontend::requireIdentifier(name, "solverCode");
     const frontend::Data data = frontend::checkedCopy(problem, "solverCode");
-    const std::size_t n = data.n, m = data.m;
+    const std::size_t n = data.n;
+    const std::size_t m = data.m;
     frontend::Dense U(n, n);
     U.values = data.quadratic ? data.H : U.values;
     if (n == 0 || !factoriseUpper(U, 1e-14)) {
@@ -184,7 +185,8 @@ std::string solverCode(const Problem& problem, const std::string& name) {
         inverse(k, k) = 1.0;
     }
     solveUpper(U, inverse.values.data(), n);
-    frontend::Vector rows, J;
+    frontend::Vector rows;
+    frontend::Vector J;
     for (std::size_t i = 0; i < std::max(m, std::size_t{1}); ++i) {
         for (std::size_t j = 0; j < n; ++j) {
             rows.push_back(m == 0 ? 0.0 : data.columnOfA(j)[i]);

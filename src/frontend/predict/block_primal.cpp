@@ -32,11 +32,11 @@ bool BlockPrimal::suits(const Data& data) {
     return data.m == 0 || (data.m == 1 && data.rowLower[0] == data.rowUpper[0]);
 }
 
-BlockPrimal::BlockPrimal(Subproblem& problem, const Sides& first, Control& control)
+BlockPrimal::BlockPrimal(Subproblem& problem, Sides first, Control& control)
     : data_(problem.data()),
       system_(problem.freeSystem()),
       control_(control),
-      first_(first),
+      first_(std::move(first)),
       x_(data_.n),
       g_(data_.c),
       isFree_(data_.n, false) {

@@ -22,7 +22,7 @@ public:
     [[nodiscard]] static bool suits(const Data& data);
 
     /// @param first  of its bounds the start is made
-    BlockPrimal(Subproblem& problem, const Sides& first, Control& control);
+    BlockPrimal(Subproblem& problem, Sides first, Control& control);
 
     /// Whether no multiplier has the wrong sign any more, but for rounding.
     [[nodiscard]] bool run();

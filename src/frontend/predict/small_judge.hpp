@@ -62,7 +62,7 @@ struct Weighed {
     Octet relative;
     Octet weight;
     Octet rest;
-    bool isSound;
+    bool isSound = false;
 };
 
 /// What the farthest that variable j may be from zero is: 1, x_j, or a bound.

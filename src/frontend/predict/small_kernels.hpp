@@ -72,11 +72,11 @@ struct SmallSideExtent {
 struct SmallGradient {
     SmallSums product;
     SmallSums pull;
-    const double* c;
-    const double* z;
-    const double* x;
-    const double* lower;
-    const double* upper;
+    const double* c = nullptr;
+    const double* z = nullptr;
+    const double* x = nullptr;
+    const double* lower = nullptr;
+    const double* upper = nullptr;
 };
 
 /// What entries of the gradient are measured by.

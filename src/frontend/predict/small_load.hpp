@@ -65,7 +65,7 @@ HWY_INLINE Octet sidesAt(const double* sides, std::size_t i, std::size_t count, 
 struct SideLook {
     Octet largest;
     Octet equal;  ///< how many in a lane
-    bool isSound;
+    bool isSound = false;
 };
 
 /// Eight pairs of sides. Sums and products as they are written, not fused.

@@ -129,7 +129,7 @@ struct Farthest {
 
     /// The first one of the largest.
     HWY_INLINE SmallViolation result() const {
-        SmallViolation worst;
+        SmallViolation worst{};
         worst.amount = largestLane(amount);
         const Octet lanes = numbersOfLanes();
         Octet first = octetOf(NoRow);
