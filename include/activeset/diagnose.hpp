@@ -17,6 +17,7 @@ struct Finding {
     std::string text{};                  ///< what it does to a solve, one sentence
 };
 
+/// What is remarkable about the data of a problem.
 struct Diagnosis {
     std::size_t equalities = 0;        ///< rows whose sides are equal
     std::size_t equalityRank = 0;      ///< of them, numerically

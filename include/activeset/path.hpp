@@ -54,7 +54,11 @@ class ACTIVESET_API Path {
 public:
     /// Follows the optimum from `from` to `to`, from ≤ to.
     ///
-    /// @param settings  of the solves at the start and at breakpoints where several things happen
+    /// @param problem    at the parameter 0
+    /// @param direction  what a unit of the parameter adds to its vectors
+    /// @param from       first value of the parameter
+    /// @param to         last one
+    /// @param settings   of the solves at the start and at breakpoints where several things happen
     /// @raises std::invalid_argument for faults of the problem, of the direction and the range
     Path(const Problem& problem,
          const Direction& direction,

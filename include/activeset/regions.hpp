@@ -32,6 +32,7 @@ struct CriticalRegion {
     std::vector<double> offset{};  ///< n
 };
 
+/// How critical regions are sought.
 struct RegionSettings {
     Settings each{};           ///< of the solves
     std::size_t most = 10000;  ///< regions, at which the search ends

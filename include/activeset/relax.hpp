@@ -13,6 +13,7 @@ enum class Norm {
     LInf  ///< max w_i·|v_i|
 };
 
+/// By which norm rows and bounds give way, and which of them may.
 struct RelaxSettings {
     Norm norm = Norm::L1;
     /// m, from 0 up; empty stands for 1. A row of infinite weight stays as it is.
