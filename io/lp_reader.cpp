@@ -171,9 +171,11 @@ void LpReader::readSection() {
                                         " cannot be read here; expected " + "bounds or end");
     }
     static_cast<void>(tokens_.take());
+    isInBounds_ = true;
     while (tokens_.next().kind != LpKind::End && !isSectionWord()) {
         readBound();
     }
+    isInBounds_ = false;
 }
 
 void LpReader::readBound() {

@@ -84,6 +84,8 @@ private:
     [[nodiscard]] bool startsNew() const { return tokens_.isLabel() || isSectionWord(); }
     /// Terms up to something that continues no sum. `quadratic`: where brackets may stand.
     Sum sum(bool quadratic);
+    /// A sign at the beginning of a line goes on with a row, but begins the next bound.
+    [[nodiscard]] bool continuesSum() const;
     /// Leaves signs in front of a bracket behind, if one comes next.
     bool acceptBracket(double& sign);
     /// [ a x^2 + b x*y … ] / 2; without the half the terms count as they stand.
@@ -106,6 +108,7 @@ private:
     LinearPart linear_{};
     std::unordered_map<std::string_view, std::uint32_t> columns_{};
     std::unordered_map<std::string, int> rows_{};
+    bool isInBounds_ = false;
     std::vector<std::size_t> boundedAt_{};  ///< by column, offset of the last bound
 };
 

@@ -75,7 +75,7 @@ LpReader::Sum LpReader::sum(bool quadratic) {
     Sum result;
     result.offset = tokens_.next().offset;
     bool isFirst = true;
-    while (isFirst || tokens_.isSign('+') || tokens_.isSign('-') || tokens_.isSign('[')) {
+    while (isFirst || continuesSum()) {
         double sign = 1.0;
         if (acceptBracket(sign)) {
             if (!quadratic) {
@@ -89,6 +89,11 @@ LpReader::Sum LpReader::sum(bool quadratic) {
         isFirst = false;
     }
     return result;
+}
+
+bool LpReader::continuesSum() const {
+    const bool isSign = tokens_.isSign('+') || tokens_.isSign('-') || tokens_.isSign('[');
+    return isSign && !(isInBounds_ && tokens_.next().beginsLine);
 }
 
 bool LpReader::acceptBracket(double& sign) {

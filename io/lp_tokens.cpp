@@ -8,26 +8,11 @@
 #include <system_error>
 
 #include "io/location.hpp"
+#include "io/lp_words.hpp"
 
 namespace activeset::io {
 
-namespace {
-
-constexpr std::size_t MaxNameLength = 255;
-
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
-
-bool beginsName(char character) {
-    constexpr std::string_view Marks = "_!\"#$%&(),;?@'`{}~|";
-    const bool isLetter =
-        (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-    return isLetter || Marks.find(character) != std::string_view::npos ||
-           static_cast<unsigned char>(character) >= 0x80;
-}
-
-}  // namespace
+using namespace lp;
 
 LpToken LpTokens::take() {
     const LpToken taken = next_;
@@ -95,8 +80,7 @@ void LpTokens::read() {
         readNumber();
     } else if (beginsName(first)) {
         std::size_t end = position_;
-        while (end < text_.size() &&
-               (beginsName(text_[end]) || isDigit(text_[end]) || text_[end] == '.')) {
+        while (end < text_.size() && continuesName(text_[end])) {
             ++end;
         }
         next_.kind = LpKind::Name;

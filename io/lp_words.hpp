@@ -18,6 +18,25 @@ inline std::string lowered(std::string_view text) {
     return result;
 }
 
+inline constexpr std::size_t MaxNameLength = 255;
+
+inline bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+
+/// Whether a name may begin with it; digits and points may follow.
+inline bool beginsName(char character) {
+    constexpr std::string_view Marks = "_!\"#$%&(),;?@'`{}~|";
+    const bool isLetter =
+        (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+    return isLetter || Marks.find(character) != std::string_view::npos ||
+           static_cast<unsigned char>(character) >= 0x80;
+}
+
+inline bool continuesName(char character) {
+    return beginsName(character) || isDigit(character) || character == '.';
+}
+
 template <std::size_t Count>
 bool isOneOf(std::string_view word, const std::array<std::string_view, Count>& words) {
     return std::find(words.begin(), words.end(), lowered(word)) != words.end();

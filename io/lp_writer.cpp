@@ -9,13 +9,6 @@ namespace activeset::io {
 
 namespace {
 
-bool isLetterOrMark(char character) {
-    constexpr std::string_view Marks = "_!\"#$%&(),;?@'`{}~|";
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           Marks.find(character) != std::string_view::npos ||
-           static_cast<unsigned char>(character) >= 0x80;
-}
-
 /// Whether an LP file has this as a name, and not as a number, a word or two tokens.
 bool isName(const std::string& name) {
     const bool isWord = lp::isOneOf(name, lp::RowWords) || lp::isOneOf(name, lp::BoundWords) ||
@@ -23,10 +16,8 @@ bool isName(const std::string& name) {
                         lp::isOneOf(name, lp::InfinityWords) || lp::lowered(name) == "free" ||
                         lp::lowered(name) == "end" || lp::lowered(name) == "subject" ||
                         lp::lowered(name) == "such";
-    return !name.empty() && name.size() <= 255 && !isWord && isLetterOrMark(name.front()) &&
-           std::all_of(name.begin(), name.end(), [](char c) {
-               return isLetterOrMark(c) || c == '.' || (c >= '0' && c <= '9');
-           });
+    return !name.empty() && name.size() <= lp::MaxNameLength && !isWord &&
+           lp::beginsName(name.front()) && std::all_of(name.begin(), name.end(), lp::continuesName);
 }
 
 class LpText {

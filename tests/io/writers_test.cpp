@@ -21,7 +21,7 @@ Model every() {
             .A = {1, 2, 0, 1.0 / 3, 0, -1, 4, 0, 0, 1, 0, 0},
             .rowLower = {-Inf, 1, 2, 0},
             .rowUpper = {4, Inf, 2, 8},
-            .lower = {0, -Inf, 5},
+            .lower = {-2, -Inf, 5},
             .upper = {Inf, 3, 5},
             .variables = {"x", "y", "z"},
             .rows = {"up", "low", "both", "range"}};
