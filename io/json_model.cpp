@@ -47,7 +47,7 @@ public:
         }
         cursor_.end();
         if (!hasSchema_) {
-            throw ReadError(file_, 0, "expected \"schema\": \"" + std::string(Schema) + "\"");
+            throw ReadError(file_, 0, R"(expected "schema": ")" + std::string(Schema) + '"');
         }
         return finished();
     }
@@ -56,18 +56,11 @@ private:
     void readMember(const std::string& key) {
         const std::size_t offset = cursor_.offset();
         if (key == "schema") {
-            hasSchema_ = cursor_.string() == Schema;
-            if (!hasSchema_) {
-                cursor_.failAt(offset, "expected the schema \"" + std::string(Schema) + "\"");
-            }
+            readSchema();
         } else if (key == "name") {
             model_.name = cursor_.string();
         } else if (key == "sense") {
-            const std::string sense = cursor_.string();
-            model_.maximise = sense == "max";
-            if (!model_.maximise && sense != "min") {
-                cursor_.failAt(offset, "expected \"min\" or \"max\", found " + quoted(sense));
-            }
+            readSense();
         } else if (key == "constant") {
             model_.constant = cursor_.number();
         } else if (key == "variables" || key == "rows") {
@@ -88,6 +81,21 @@ private:
         }
     }
 
+    void readSchema() {
+        const std::size_t offset = cursor_.offset();
+        hasSchema_ = cursor_.string() == Schema;
+        if (!hasSchema_) {
+            cursor_.failAt(offset, R"(expected the schema ")" + std::string(Schema) + '"');
+        }
+    }
+    void readSense() {
+        const std::size_t offset = cursor_.offset();
+        const std::string sense = cursor_.string();
+        model_.maximise = sense == "max";
+        if (!model_.maximise && sense != "min") {
+            cursor_.failAt(offset, R"(expected "min" or "max", found )" + quoted(sense));
+        }
+    }
     void readNames(std::vector<std::string>& names) {
         std::unordered_set<std::string> known;
         cursor_.open('[');
@@ -146,11 +154,12 @@ private:
                       const char* name,
                       std::size_t size,
                       double absent) const {
-        if (!part) {
-            return Numbers(size, absent);
+        Numbers values(size, absent);
+        if (part) {
+            require(part->offset, name, part->values.size(), size);
+            values = part->values;
         }
-        require(part->offset, name, part->values.size(), size);
-        return part->values;
+        return values;
     }
     static void fillNames(std::vector<std::string>& names, std::size_t count, char letter) {
         const bool isFilled = !names.empty();

@@ -98,7 +98,6 @@ private:
              "multiples of earlier rows: constraints tie, and multipliers are not unique");
     }
 
-    /// Gram and Schmidt, twice, for unit rows.
     void lookAtEqualities() {
         constexpr double Dependent = 1e-12;
         std::vector<Vector> basis;
@@ -110,14 +109,7 @@ private:
             }
             ++diagnosis_.equalities;
             Vector row = unitRow(i);
-            for (int sweep = 0; sweep < 2 && !row.empty(); ++sweep) {
-                for (const Vector& member : basis) {
-                    const double share = dot(member, row);
-                    for (std::size_t j = 0; j < n_; ++j) {
-                        row[j] -= share * member[j];
-                    }
-                }
-            }
+            removeShares(basis, row);
             const double norm = std::sqrt(dot(row, row));
             if (!(norm > Dependent)) {
                 dependent.push_back(i);
@@ -132,6 +124,19 @@ private:
         find("dependent equalities", std::move(dependent),
              "combinations of the equalities before them: consistent ones are dropped, others make "
              "the problem infeasible");
+    }
+
+    /// Makes a row orthogonal to an orthonormal basis: Gram and Schmidt, twice.
+    static void removeShares(const std::vector<Vector>& basis, Vector& row) {
+        constexpr int Sweeps = 2;
+        for (int sweep = 0; sweep < Sweeps && !row.empty(); ++sweep) {
+            for (const Vector& member : basis) {
+                const double share = dot(member, row);
+                for (std::size_t j = 0; j < row.size(); ++j) {
+                    row[j] -= share * member[j];
+                }
+            }
+        }
     }
 
     /// Gershgorin's circles, and the diagonal.
