@@ -19,8 +19,8 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-Data dataOf(const activeset::io::Problem& file) {
-    Data data;
+ProblemData dataOf(const activeset::io::Problem& file) {
+    ProblemData data;
     data.n = file.n;
     data.m = file.mEq + file.mIneq;
     data.A.resize(data.n * data.m);
@@ -56,10 +56,10 @@ const char* outcomeOf(const Run& run) {
 }
 
 Json solve(const std::string& name, double seconds) {
-    const Data data = dataOf(activeset::io::readProblem(name));
+    const ProblemData data = dataOf(activeset::io::readProblem(name));
     const activeset::Settings settings{.timeLimit = std::chrono::duration<double>(seconds)};
     Control control(settings, std::numeric_limits<std::size_t>::max());
-    Prepared problem(data);
+    ProblemCache problem(data);
     Vector start(data.n);
     for (std::size_t j = 0; j < data.n; ++j) {
         start[j] = std::min(std::max(0.0, problem.scaled.lower[j]), problem.scaled.upper[j]);
@@ -67,7 +67,7 @@ Json solve(const std::string& name, double seconds) {
     Vector noHessian;
     const auto progress = [&problem](const double* x) { return problem.progressAt(x); };
     const Run run =
-        runCore(problem.lowering(), noHessian, problem.scaled.c, start, {}, {}, control, progress);
+        runCore(problem.coreForm(), noHessian, problem.scaled.c, start, {}, {}, control, progress);
     const activeset::Progress end = progress(run.x.empty() ? start.data() : run.x.data());
     return {{"outcome", outcomeOf(run)},
             {"code", run.exitCode},

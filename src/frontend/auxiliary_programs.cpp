@@ -17,7 +17,7 @@ struct RowSide {
     bool isUpper = true;
 };
 
-std::vector<RowSide> sidesOf(const Data& data) {
+std::vector<RowSide> sidesOf(const ProblemData& data) {
     std::vector<RowSide> sides;
     for (std::size_t i = 0; i < data.m; ++i) {
         if (data.rowUpper[i] < Infinity) {
@@ -31,8 +31,8 @@ std::vector<RowSide> sidesOf(const Data& data) {
 }
 
 // min γ subject to row·x − γ ≤ upper, row·x + γ ≥ lower, γ ≥ 0 and the bounds.
-Data relaxed(const Data& data, const std::vector<RowSide>& sides) {
-    Data result;
+ProblemData relaxed(const ProblemData& data, const std::vector<RowSide>& sides) {
+    ProblemData result;
     result.n = data.n + 1;
     result.m = sides.size();
     result.c.assign(result.n, 0.0);
@@ -56,8 +56,8 @@ Data relaxed(const Data& data, const std::vector<RowSide>& sides) {
 }
 
 // Sides become 0, bounds 0 or ±1; below the rows of A stand those of H.
-Data rayProblem(const Data& data) {
-    Data result;
+ProblemData rayProblem(const ProblemData& data) {
+    ProblemData result;
     const std::size_t curved = data.quadratic ? data.n : 0;
     result.n = data.n;
     result.m = data.m + curved;
@@ -81,9 +81,12 @@ Data rayProblem(const Data& data) {
 
 }  // namespace
 
-Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, Control& control) {
+Relaxation relax(const ProblemData& scaled,
+                 const Vector& x,
+                 const Settings& settings,
+                 Control& control) {
     const std::vector<RowSide> sides = sidesOf(scaled);
-    Prepared problem(relaxed(scaled, sides));
+    ProblemCache problem(relaxed(scaled, sides));
     Vector start = x;
     for (std::size_t j = 0; j < scaled.n; ++j) {
         start[j] = std::min(std::max(start[j], scaled.lower[j]), scaled.upper[j]);
@@ -104,8 +107,8 @@ Relaxation relax(const Data& scaled, const Vector& x, const Settings& settings, 
     return result;
 }
 
-Vector steepestRay(const Data& scaled, const Settings& settings, Control& control) {
-    Prepared problem(rayProblem(scaled));
+Vector steepestRay(const ProblemData& scaled, const Settings& settings, Control& control) {
+    ProblemCache problem(rayProblem(scaled));
     BareAnswer answer = solveBare(problem, Vector(scaled.n, 0.0), {}, settings, control);
     if (!(answer.objective < 0.0)) {
         return {};

@@ -16,14 +16,16 @@ struct Relaxation {
     Vector y;  ///< multipliers, of which Aᵀy + z = 0 holds
     Vector z;
 };
-[[nodiscard]] Relaxation relax(const Data& scaled,
+[[nodiscard]] Relaxation relax(const ProblemData& scaled,
                                const Vector& x,
                                const Settings& settings,
                                Control& control);
 
 /// The steepest d with entries up to 1, H·d = 0 and no finite side ahead, in scaled variables;
 /// empty where none descends.
-[[nodiscard]] Vector steepestRay(const Data& scaled, const Settings& settings, Control& control);
+[[nodiscard]] Vector steepestRay(const ProblemData& scaled,
+                                 const Settings& settings,
+                                 Control& control);
 
 }  // namespace activeset::frontend
 

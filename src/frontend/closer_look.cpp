@@ -25,8 +25,8 @@ void magnify(Vector& sides, const std::vector<Sum>& values, double factor) {
     }
 }
 
-Data magnified(const Data& data, const Vector& x, double factor) {
-    Data result = data;
+ProblemData magnified(const ProblemData& data, const Vector& x, double factor) {
+    ProblemData result = data;
     std::vector<Sum> gradient = curvedSums(data, x);
     addLinear(gradient, data);
     std::vector<Sum> places(data.n);
@@ -53,13 +53,13 @@ struct Magnified {
 
 /// The minimum of ½dᵀHd + (H·x + c)ᵀd over the d for which x + d is feasible, found with d and all
 /// sides as many times larger as `factor` says. All sides are formed in extended precision.
-Magnified solveMagnified(const Data& data,
+Magnified solveMagnified(const ProblemData& data,
                          const BestPoint& best,
                          double factor,
                          const Settings& settings,
                          Control& control) {
     const Vector& at = best.point().x;
-    Prepared problem(magnified(data, at, factor));
+    ProblemCache problem(magnified(data, at, factor));
     Magnified result{solveBare(problem, Vector(data.n, 0.0), best.set(), settings, control), 0.0};
     result.rise = result.answer.objective / factor;
     for (std::size_t j = 0; j < data.n; ++j) {
@@ -69,7 +69,7 @@ Magnified solveMagnified(const Data& data,
 }
 
 // What a closer look has found that did not lead to a better point.
-void doubt(const Prepared& problem, const Magnified& seen, BestPoint& best) {
+void doubt(const ProblemCache& problem, const Magnified& seen, BestPoint& best) {
     const Judgement& judgement = best.judgement();
     if (seen.answer.isSolved) {
         const double size = std::max(Units(problem.user, best.point().x).ofObjective(),
@@ -82,7 +82,7 @@ void doubt(const Prepared& problem, const Magnified& seen, BestPoint& best) {
 
 }  // namespace
 
-std::optional<Farkas> lookCloser(Prepared& problem,
+std::optional<Farkas> lookCloser(ProblemCache& problem,
                                  BestPoint& best,
                                  const Settings& settings,
                                  Control& control) {

@@ -14,7 +14,7 @@ namespace activeset::frontend {
 /// better one.
 ///
 /// @return the Farkas vector, if there is no feasible point
-[[nodiscard]] std::optional<Farkas> lookCloser(Prepared& problem,
+[[nodiscard]] std::optional<Farkas> lookCloser(ProblemCache& problem,
                                                BestPoint& best,
                                                const Settings& settings,
                                                Control& control);

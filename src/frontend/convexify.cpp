@@ -21,7 +21,7 @@ std::string printed(double value) {
                              .ptr};
 }
 
-std::string messageOf(const Data& data, double shift) {
+std::string messageOf(const ProblemData& data, double shift) {
     if (!(shift < Infinity)) {
         return "H is not convex";
     }
@@ -31,7 +31,7 @@ std::string messageOf(const Data& data, double shift) {
 
 }  // namespace
 
-Result solveConvexified(Prepared& problem,
+Result solveConvexified(ProblemCache& problem,
                         Vector x,
                         const WorkingSet& set,
                         const Settings& settings,
@@ -39,7 +39,7 @@ Result solveConvexified(Prepared& problem,
     const double shift = problem.hessianShift(control);
     const bool isShifted =
         shift > 0.0 && relativeShift(problem.user, shift) <= settings.convexityTolerance;
-    Prepared& convex = isShifted ? *problem.shifted() : problem;
+    ProblemCache& convex = isShifted ? *problem.shifted() : problem;
     Result result = solvePrepared(convex, std::move(x), set, settings, control);
     if (isShifted) {
         result.hessianShift = shift;

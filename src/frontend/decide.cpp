@@ -16,7 +16,7 @@ namespace {
 
 class Decision {
 public:
-    Decision(Prepared& problem, const Settings& settings, Control& control)
+    Decision(ProblemCache& problem, const Settings& settings, Control& control)
         : problem_(problem),
           settings_(settings),
           control_(control),
@@ -48,7 +48,7 @@ private:
     [[nodiscard]] bool settlesInfeasible(std::optional<Farkas> farkas);
     [[nodiscard]] bool isUndecided() const;
 
-    Prepared& problem_;
+    ProblemCache& problem_;
     const Settings& settings_;
     Control& control_;
     ProximalLoop loop_;
@@ -92,7 +92,7 @@ void Decision::decide(Vector x, const WorkingSet& set) {
 
 // Each row is 0 then.
 void Decision::decideWithoutVariables() {
-    const Data& data = problem_.scaled;
+    const ProblemData& data = problem_.scaled;
     loop_.considerStart();
     for (std::size_t i = 0; i < data.m; ++i) {
         if (data.rowLower[i] > 0.0 || data.rowUpper[i] < 0.0) {
@@ -183,7 +183,7 @@ bool Decision::settlesByRelaxation() {
     }
     // Feasible after all, and the core was misled by equalities that nearly depend on one another.
     loop_.resumeFrom(std::move(relaxation.x),
-                     Lowering(withoutDependentEqualities(problem_.scaled)));
+                     CoreForm(withoutDependentEqualities(problem_.scaled)));
     return false;
 }
 
@@ -253,7 +253,7 @@ Status statusOf(const Answer& answer, double tolerance) {
                                                                      : answer.status;
 }
 
-Answer decide(Prepared& problem,
+Answer decide(ProblemCache& problem,
               Vector x,
               const WorkingSet& set,
               const Settings& settings,

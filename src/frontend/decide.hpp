@@ -26,8 +26,11 @@ struct Answer {
 [[nodiscard]] Status statusOf(const Answer& answer, double tolerance);
 
 /// Solves from a point and a working set in scaled variables.
-[[nodiscard]] Answer decide(
-    Prepared& problem, Vector x, const WorkingSet& set, const Settings& settings, Control& control);
+[[nodiscard]] Answer decide(ProblemCache& problem,
+                            Vector x,
+                            const WorkingSet& set,
+                            const Settings& settings,
+                            Control& control);
 
 }  // namespace activeset::frontend
 

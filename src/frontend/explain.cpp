@@ -13,13 +13,14 @@ namespace activeset {
 namespace {
 
 using frontend::Answer;
-using frontend::Data;
+using frontend::ProblemData;
 using frontend::Vector;
 
 /// The finite sides of rows and bounds, one after the other.
-class Sides {
+class FiniteSides {
 public:
-    explicit Sides(Data& data) : lists_{&data.rowLower, &data.rowUpper, &data.lower, &data.upper} {}
+    explicit FiniteSides(ProblemData& data)
+        : lists_{&data.rowLower, &data.rowUpper, &data.lower, &data.upper} {}
 
     [[nodiscard]] std::size_t count() const {
         std::size_t total = 0;
@@ -60,12 +61,12 @@ public:
         }
         result.isFound = true;
         result.isMinimal = true;
-        const Sides sides(data_);
+        const FiniteSides sides(data_);
         for (std::size_t side = 0; side < sides.count(); ++side) {
             if (!isFinite(sides[side])) {
                 continue;
             }
-            const Data before = data_;
+            const ProblemData before = data_;
             sides[side] = isUpper(side) ? Infinity : -Infinity;
             if (!contradicts()) {
                 data_ = before;
@@ -101,7 +102,7 @@ private:
         if (control_.mustEnd()) {
             return false;
         }
-        frontend::Prepared problem(data_);
+        frontend::ProblemCache problem(data_);
         const Answer answer =
             frontend::decide(problem, Vector(data_.n, 0.0), {}, settings_, control_);
         control_.rethrow();
@@ -128,7 +129,7 @@ private:
 
     Settings settings_;
     frontend::Control control_;
-    Data data_;
+    ProblemData data_;
 };
 
 }  // namespace

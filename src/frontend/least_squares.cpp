@@ -163,7 +163,7 @@ private:
     const Settings& settings_;
     Control control_;
     Vector zeros_;
-    Data constraints_;
+    ProblemData constraints_;
 };
 
 std::vector<Fault> faultsOf(const LeastSquares& problem, const Settings& settings) {

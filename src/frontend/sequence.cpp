@@ -41,8 +41,8 @@ void Sequence::beginAt(const VectorView& x) {
         last_.x.assign(x.data(), x.data() + x.size());
     }
     last_.workingSet.clear();
-    if (prepared_) {
-        prepared_->forget();
+    if (cache_) {
+        cache_->forget();
     }
 }
 
@@ -53,7 +53,7 @@ void Sequence::shareMatrices(const Problem& problem) {
 }
 
 void Sequence::solve(const Problem& problem,
-                     const Data* data,
+                     const ProblemData* data,
                      const Settings& settings,
                      Control& control,
                      Result& result) {
@@ -82,12 +82,12 @@ bool Sequence::solveSmall(const Problem& problem,
 }
 
 Result Sequence::solveGenerally(const Problem& problem,
-                                const Data* data,
+                                const ProblemData* data,
                                 const Settings& settings,
                                 Control& control) {
     if (data == nullptr) {
         std::vector<Fault> faults;
-        const bool areMatricesKnown = prepared_ && !haveMatricesChanged_;
+        const bool areMatricesKnown = cache_ && !haveMatricesChanged_;
         if (!areMatricesKnown) {
             addFaults(problem, MatrixParts, faults);
         }
@@ -98,27 +98,27 @@ Result Sequence::solveGenerally(const Problem& problem,
         }
     }
     prepare(problem, data);
-    Result result = solveConvexified(*prepared_, last_.x, last_.workingSet, settings, control);
+    Result result = solveConvexified(*cache_, last_.x, last_.workingSet, settings, control);
     // Scaled without a look at its vectors; by itself it may do better.
     if (areMatricesShared_ && result.status == Status::Inaccurate) {
-        Prepared alone(copyOf(problem));
+        ProblemCache alone(copyOf(problem));
         result = solveConvexified(alone, last_.x, last_.workingSet, settings, control);
     }
     return result;
 }
 
-void Sequence::prepare(const Problem& problem, const Data* data) {
-    if (!prepared_ || haveMatricesChanged_) {
+void Sequence::prepare(const Problem& problem, const ProblemData* data) {
+    if (!cache_ || haveMatricesChanged_) {
         if (areMatricesShared_) {
-            prepared_ = std::make_unique<Prepared>(copyOf(problem, MatrixParts));
+            cache_ = std::make_unique<ProblemCache>(copyOf(problem, MatrixParts));
             haveVectorsChanged_ = true;
         } else {
-            prepared_ = std::make_unique<Prepared>(data != nullptr ? *data : copyOf(problem));
+            cache_ = std::make_unique<ProblemCache>(data != nullptr ? *data : copyOf(problem));
             haveVectorsChanged_ = false;
         }
     }
     if (haveVectorsChanged_) {
-        prepared_->updateVectors(data != nullptr ? *data : copyOf(problem, VectorParts));
+        cache_->updateVectors(data != nullptr ? *data : copyOf(problem, VectorParts));
     }
     haveMatricesChanged_ = false;
     haveVectorsChanged_ = false;

@@ -40,7 +40,7 @@ public:
     ///                small road has not ended
     /// @param result  as it is made, or as the last solve has left it
     void solve(const Problem& problem,
-               const Data* data,
+               const ProblemData* data,
                const Settings& settings,
                Control& control,
                Result& result);
@@ -51,13 +51,13 @@ private:
                                   Control& control,
                                   Result& result);
     [[nodiscard]] Result solveGenerally(const Problem& problem,
-                                        const Data* data,
+                                        const ProblemData* data,
                                         const Settings& settings,
                                         Control& control);
-    void prepare(const Problem& problem, const Data* data);
+    void prepare(const Problem& problem, const ProblemData* data);
     void keep(const Result& result);
 
-    std::unique_ptr<Prepared> prepared_;
+    std::unique_ptr<ProblemCache> cache_;
     SmallProblem small_;
     bool isContinued_;
     bool areMatricesShared_ = false;

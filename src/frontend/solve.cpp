@@ -45,13 +45,13 @@ const char* textOf(Status status) noexcept {
 
 namespace {
 
-constexpr double WorthIt = 1e-10;  // an absolute gap above this is made smaller if it can be
+constexpr double LargeGap = 1e-10;  // an absolute gap above this is made smaller if it can be
 
 // Where the solve begins, in scaled variables: inside the bounds. A start much farther out than
 // anything in the data is none: points there have too few digits to be judged by.
-frontend::Vector startOf(const frontend::Prepared& problem, frontend::Vector x) {
+frontend::Vector startOf(const frontend::ProblemCache& problem, frontend::Vector x) {
     constexpr double Far = 1e8;
-    const frontend::Data& data = problem.user;
+    const frontend::ProblemData& data = problem.user;
     const double size = frontend::largestMagnitude(x);
     if (size > Far && size > Far * frontend::mostSize(data)) {  // which is 1 at least
         x.clear();
@@ -86,7 +86,7 @@ std::size_t automaticLimit(std::size_t n, std::size_t m) {
     return 100000 + 100 * (n + m);
 }
 
-Result solvePrepared(Prepared& problem,
+Result solvePrepared(ProblemCache& problem,
                      Vector x,
                      const WorkingSet& set,
                      const Settings& settings,
@@ -98,8 +98,8 @@ Result solvePrepared(Prepared& problem,
     Point point = problem.scaling.unscaled(std::move(answer.point));
     settle(problem.user, point);
     if (statusOf(answer, settings.tolerance) == Status::Optimal &&
-        answer.judgement.certificate.gap.absolute > WorthIt) {
-        balance(problem.user, answer.set, settings.tolerance, point, answer.judgement);
+        answer.judgement.certificate.gap.absolute > LargeGap) {
+        correctGap(problem.user, answer.set, settings.tolerance, point, answer.judgement);
     }
     result.status = statusOf(answer, settings.tolerance);
     result.x = std::move(point.x);
@@ -138,13 +138,13 @@ Result solveGenerally(const Problem& problem,
     if (!faults.empty()) {
         return frontend::invalid(std::move(faults));
     }
-    frontend::Prepared prepared(frontend::copyOf(problem));
+    frontend::ProblemCache cache(frontend::copyOf(problem));
     const WarmStart* warm = problem.warmStart;
     frontend::Vector start = warm != nullptr ? warm->x : frontend::Vector();
     if (warm == nullptr && !problem.start.empty()) {
         start.assign(problem.start.data(), problem.start.data() + problem.start.size());
     }
-    return frontend::solveConvexified(prepared, std::move(start),
+    return frontend::solveConvexified(cache, std::move(start),
                                       warm != nullptr ? warm->workingSet : WorkingSet(), settings,
                                       control);
 }

@@ -17,13 +17,19 @@ void requireNoSolve();
 [[nodiscard]] std::size_t automaticLimit(std::size_t n, std::size_t m);
 
 /// @param x  in the caller's variables; of any length and with any entries, what is missing is 0
-[[nodiscard]] Result solvePrepared(
-    Prepared& problem, Vector x, const WorkingSet& set, const Settings& settings, Control& control);
+[[nodiscard]] Result solvePrepared(ProblemCache& problem,
+                                   Vector x,
+                                   const WorkingSet& set,
+                                   const Settings& settings,
+                                   Control& control);
 
 /// The same, with H + δI in the place of H where H misses convexity by no more than the settings
 /// allow. The objective is that of H itself.
-[[nodiscard]] Result solveConvexified(
-    Prepared& problem, Vector x, const WorkingSet& set, const Settings& settings, Control& control);
+[[nodiscard]] Result solveConvexified(ProblemCache& problem,
+                                      Vector x,
+                                      const WorkingSet& set,
+                                      const Settings& settings,
+                                      Control& control);
 
 }  // namespace activeset::frontend
 

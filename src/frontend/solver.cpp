@@ -10,12 +10,12 @@
 
 namespace activeset {
 
-using frontend::Data;
 using frontend::Part;
+using frontend::ProblemData;
 
 namespace {
 
-Problem viewOf(const Data& data) {
+Problem viewOf(const ProblemData& data) {
     Problem problem;
     problem.c = data.c;
     problem.rowLower = data.rowLower;
@@ -130,7 +130,7 @@ private:
         return faults_.at(static_cast<std::size_t>(part));
     }
 
-    Data data_;
+    ProblemData data_;
     std::array<std::vector<Fault>, frontend::AllParts.size()> faults_;
     frontend::Sequence sequence_;
 };

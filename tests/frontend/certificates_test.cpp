@@ -10,11 +10,11 @@
 namespace activeset::test {
 namespace {
 
-using frontend::Data;
+using frontend::ProblemData;
 
 class Certificates : public FreshState {};
 
-Data dataOf(const Sample& sample) {
+ProblemData dataOf(const Sample& sample) {
     return frontend::copyOf(sample.view());
 }
 
@@ -49,7 +49,7 @@ TEST_F(Certificates, OfOptimaAreUndoneByAnyWrongNumber) {
         const Sample sample = inUnits(randomSample(seed, 6, false), unit);
         const Result r = solve(sample.view());
         ASSERT_EQ(r.status, Status::Optimal) << "seed " << seed;
-        const Data data = dataOf(sample);
+        const ProblemData data = dataOf(sample);
         const frontend::Point right{r.x, r.y, r.z};
         EXPECT_TRUE(judge(data, right).certificate.holds(Tolerance));
         for (auto part : {&frontend::Point::x, &frontend::Point::y, &frontend::Point::z}) {
@@ -138,17 +138,17 @@ TEST_F(Certificates, MeasureTheGapOfAPointThatIsFeasibleButNotOptimal) {
 // other change may make anything worse.
 TEST_F(Certificates, AreBalancedOnlyWhereTheLargestResidualFalls) {
     const Sample s{2, 0, {}, {1.0, 1.0}, {}, {}, {}, {1e9, 1e5}, {Infinity, Infinity}, {}};
-    const Data data = dataOf(s);
+    const ProblemData data = dataOf(s);
     WorkingSet set;
     set.atLower = {0, 1};
     frontend::Point point{{1e9, 1e5}, {}, {std::nextafter(-1.0, 0.0), -1.0}};
     frontend::Judgement judgement = judge(data, point);
     EXPECT_NEAR(judgement.certificate.gap.absolute, 1.1e-7, 1e-8);
-    balance(data, set, 1e-9, point, judgement);
+    correctGap(data, set, 1e-9, point, judgement);
     EXPECT_LT(judgement.certificate.gap.absolute, 1e-12);
     EXPECT_LT(judgement.certificate.dual.absolute, 1e-9);
     const frontend::Point before = point;
-    balance(data, set, 1e-9, point, judgement);
+    correctGap(data, set, 1e-9, point, judgement);
     EXPECT_EQ(point.z, before.z);
 
     // With x₂ ≥ 1e3 it would take 1e-10, which is much for an entry of the gradient.
@@ -156,7 +156,7 @@ TEST_F(Certificates, AreBalancedOnlyWhereTheLargestResidualFalls) {
     near.lower[1] = 1e3;
     point = {{1e9, 1e3}, {}, {std::nextafter(-1.0, 0.0), -1.0}};
     judgement = judge(dataOf(near), point);
-    balance(dataOf(near), set, 1e-9, point, judgement);
+    correctGap(dataOf(near), set, 1e-9, point, judgement);
     EXPECT_EQ(point.z[1], -1.0);
 }
 

@@ -73,7 +73,7 @@ TEST_F(FrontEndHardCases, WithTinyCostsAndLargeBoundsAreProvedByTheirObjective) 
     const Result r = solve(s.view());
     EXPECT_EQ(r.status, Status::Optimal);
     EXPECT_NEAR(r.objective, -999.0, 1e-9);
-    const frontend::Data data = frontend::copyOf(s.view());
+    const frontend::ProblemData data = frontend::copyOf(s.view());
     EXPECT_FALSE(frontend::judge(data, {{0, 1}, {-1}, {0, 0}}).certificate.holds(1e-9));
 }
 
@@ -97,7 +97,7 @@ TEST_F(FrontEndHardCases, WithLittleCurvatureAreNotUnbounded) {
     const double little = 0x1p-35;
     const Sample s{2, 0, {4 + little, 4, 4, 4}, {-1, 1}, {}, {}, {}, {}, {}, {}};
     EXPECT_NE(solve(s.view()).status, Status::Unbounded);
-    const frontend::Data data = frontend::copyOf(s.view());
+    const frontend::ProblemData data = frontend::copyOf(s.view());
     EXPECT_FALSE(frontend::holds(frontend::judgeRay(data, {1, -1}), 1e-9));
 }
 

@@ -10,15 +10,15 @@
 namespace activeset::test {
 namespace {
 
-using frontend::Data;
+using frontend::ProblemData;
 using frontend::Vector;
 using ::testing::ElementsAre;
 
 class Parts : public FreshState {};
 
 // −1 ≤ x₁ + 2x₂ ≤ 3, 3x₁ − x₂ = 4, x₁ = 0, x₂ ≤ 5.
-Data fourKinds() {
-    Data data;
+ProblemData fourKinds() {
+    ProblemData data;
     data.n = 2;
     data.m = 2;
     data.c = {0, 0};
@@ -31,7 +31,7 @@ Data fourKinds() {
 }
 
 TEST_F(Parts, CoreFormHasOneRowForEachFiniteSide) {
-    const frontend::Lowering form(fourKinds());
+    const frontend::CoreForm form(fourKinds());
     EXPECT_THAT(form.A, ElementsAre(1, -1, 2, -2));
     EXPECT_THAT(form.b, ElementsAre(3, 1));
     EXPECT_THAT(form.Aeq, ElementsAre(3, 1, -1, 0));  // the row, then x₁ = 0
@@ -41,7 +41,7 @@ TEST_F(Parts, CoreFormHasOneRowForEachFiniteSide) {
 }
 
 TEST_F(Parts, CoreFormTakesWorkingSetsAndMultipliersBothWays) {
-    frontend::Lowering form(fourKinds());
+    frontend::CoreForm form(fourKinds());
     WorkingSet set;
     set.equalities = {1};
     set.rowsAtLower = {0};
@@ -61,7 +61,7 @@ TEST_F(Parts, CoreFormTakesWorkingSetsAndMultipliersBothWays) {
     EXPECT_THAT(y, ElementsAre(-1, 10));
     EXPECT_THAT(z, ElementsAre(20, 7));
 
-    Data other = fourKinds();
+    ProblemData other = fourKinds();
     other.rowUpper[0] = 8;
     EXPECT_TRUE(form.updateSides(other));
     EXPECT_THAT(form.b, ElementsAre(8, 1));
@@ -71,7 +71,7 @@ TEST_F(Parts, CoreFormTakesWorkingSetsAndMultipliersBothWays) {
 }
 
 TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {
-    Data data;
+    ProblemData data;
     data.n = 2;
     data.m = 1;
     data.quadratic = true;
@@ -104,13 +104,13 @@ TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {
 }
 
 TEST_F(Parts, ScalingChangesNoDigitAndNoObjective) {
-    Data data = fourKinds();
+    ProblemData data = fourKinds();
     data.quadratic = true;
     data.H = {0x1p40, 0x1p20, 0x1p20, 3};
     data.c = {0x3p20, -7};
     data.A = {0x1p-30, 0x3p10, 0x5p-20, 0x1p4};
     const frontend::Scaling scaling = frontend::Scaling::of(data);
-    const Data scaled = scaling.apply(data);
+    const ProblemData scaled = scaling.apply(data);
     const double first = scaling.column[0], second = scaling.column[1];
     EXPECT_EQ(scaled.H[1], 0x1p20 * first * second * scaling.objective);
     EXPECT_EQ(scaled.H[1], scaled.H[2]);

@@ -58,7 +58,7 @@ TEST_F(Predictions, AreMadeByTheDualMethodsAlone) {
     for (unsigned seed = 0; seed < 1000; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         const Sample sample = randomSample(seed, 12, seed % 2 == 0);
-        const frontend::Data data = frontend::copyOf(sample.view());
+        const frontend::ProblemData data = frontend::copyOf(sample.view());
         frontend::Subproblem problem(data, 0.0);
         if (!data.quadratic || !problem.isDefinite() ||
             problem.factor()(data.n - 1, data.n - 1) < 1e-2) {
@@ -68,7 +68,7 @@ TEST_F(Predictions, AreMadeByTheDualMethodsAlone) {
         const Result cold = solve(sample.view(), settings);
         ++met[cold.status];
         frontend::Control control(settings, 1000);
-        frontend::Sides first(data);
+        frontend::Constraints first(data);
         for (std::size_t k = seed % 3; k < first.count() && seed % 5 == 0; k += 3) {
             if (first[k] == frontend::Side::None && first.upper(k) < Infinity) {
                 first.hold(k, frontend::Side::Upper);
@@ -76,7 +76,7 @@ TEST_F(Predictions, AreMadeByTheDualMethodsAlone) {
         }
         const frontend::DualOutcome outcomes[]{
             frontend::BlockDual(problem, first, control).run(),
-            solveDual(data, problem.factor(), frontend::Sides(data), control)};
+            solveDual(data, problem.factor(), frontend::Constraints(data), control)};
         for (const frontend::DualOutcome& outcome : outcomes) {
             ++ends[&outcome - outcomes][outcome.end];
             if (cold.status == Status::Infeasible) {
@@ -125,12 +125,12 @@ TEST_F(Predictions, AreMadeByThePrimalMethodAlone) {
     for (unsigned seed = 0; seed < 200; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Sample s = nearlySingular(10 + seed % 40, seed);
-        const frontend::Data data = frontend::copyOf(s.view());
+        const frontend::ProblemData data = frontend::copyOf(s.view());
         frontend::Subproblem problem(data, 0.0);
         ASSERT_TRUE(frontend::BlockPrimal::suits(data));
         const Settings settings;
         frontend::Control control(settings, 1000);
-        frontend::Sides first(data);
+        frontend::Constraints first(data);
         for (std::size_t k = 1; k < first.count() && seed % 3 == 0; k += 2) {
             first.hold(k, frontend::Side::Upper);
         }
@@ -145,18 +145,18 @@ TEST_F(Predictions, AreMadeByThePrimalMethodAlone) {
     EXPECT_GE(ended, 180);
     Sample s = nearlySingular(10, 0);
     s.rowLower = s.rowUpper = {21.0};
-    const frontend::Data data = frontend::copyOf(s.view());
+    const frontend::ProblemData data = frontend::copyOf(s.view());
     frontend::Subproblem problem(data, 0.0);
     const Settings settings;
     frontend::Control control(settings, 1000);
-    EXPECT_FALSE(frontend::BlockPrimal(problem, frontend::Sides(data), control).run());
+    EXPECT_FALSE(frontend::BlockPrimal(problem, frontend::Constraints(data), control).run());
 }
 
 /// What a contradiction does not need, the ray of the dual method does not drop one by one first.
 TEST_F(Predictions, EndAtAContradictionWithTheRowsThatItNeeds) {
     for (const std::uint64_t seed : {1U, 2U, 3U}) {
         const bench::Problem p = bench::randomProblem(60, 0.6, seed);
-        frontend::Data data;
+        frontend::ProblemData data;
         data.n = p.n;
         data.m = p.mIneq + 1;
         data.quadratic = true;
@@ -176,7 +176,7 @@ TEST_F(Predictions, EndAtAContradictionWithTheRowsThatItNeeds) {
         const Settings settings;
         frontend::Control control(settings, 1000);
         const frontend::DualOutcome outcome =
-            frontend::BlockDual(problem, frontend::Sides(data), control).run();
+            frontend::BlockDual(problem, frontend::Constraints(data), control).run();
         ASSERT_EQ(outcome.end, frontend::DualOutcome::Infeasible);
         EXPECT_LE(outcome.steps, 30U);
         EXPECT_EQ(std::ranges::count(outcome.point.z, 0.0), static_cast<long>(p.n));

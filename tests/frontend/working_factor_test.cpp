@@ -14,7 +14,7 @@ class WorkingFactors : public FreshState {};
 
 /// n = 40 with 60 rows; of each second row from 40 on a copy, of each odd one a near copy.
 struct Rows {
-    frontend::Data data;
+    frontend::ProblemData data;
     frontend::Dense factor;
 
     explicit Rows(unsigned seed) {
@@ -84,7 +84,7 @@ TEST_F(WorkingFactors, SolveWithTheSetThatThereIs) {
 
 /// By hand: H = I, rows (1, 0) and (1, 1e-6). The second leaves (0, 1e-6).
 TEST_F(WorkingFactors, SeeWhatCancelsInTheSchurComplement) {
-    frontend::Data data;
+    frontend::ProblemData data;
     data.n = 2;
     data.m = 3;
     data.A = {1.0, 1.0, 1.0, 0.0, 1e-6, 1e-10};

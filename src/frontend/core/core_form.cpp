@@ -7,8 +7,8 @@ namespace activeset::frontend {
 
 namespace {
 
-std::vector<Lowering::Origin> equalitiesOf(const Data& data) {
-    std::vector<Lowering::Origin> result;
+std::vector<CoreForm::Origin> equalitiesOf(const ProblemData& data) {
+    std::vector<CoreForm::Origin> result;
     for (std::size_t i = 0; i < data.m; ++i) {
         if (data.rowLower[i] == data.rowUpper[i]) {
             result.push_back({i, true, true});
@@ -22,8 +22,8 @@ std::vector<Lowering::Origin> equalitiesOf(const Data& data) {
     return result;
 }
 
-std::vector<Lowering::Origin> inequalitiesOf(const Data& data) {
-    std::vector<Lowering::Origin> result;
+std::vector<CoreForm::Origin> inequalitiesOf(const ProblemData& data) {
+    std::vector<CoreForm::Origin> result;
     for (std::size_t i = 0; i < data.m; ++i) {
         if (data.rowLower[i] == data.rowUpper[i]) {
             continue;
@@ -38,9 +38,9 @@ std::vector<Lowering::Origin> inequalitiesOf(const Data& data) {
     return result;
 }
 
-bool isSame(const std::vector<Lowering::Origin>& a, const std::vector<Lowering::Origin>& b) {
+bool isSame(const std::vector<CoreForm::Origin>& a, const std::vector<CoreForm::Origin>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](const Lowering::Origin& left, const Lowering::Origin& right) {
+                      [](const CoreForm::Origin& left, const CoreForm::Origin& right) {
                           return left.index == right.index && left.isRow == right.isRow &&
                                  left.isUpper == right.isUpper;
                       });
@@ -48,7 +48,7 @@ bool isSame(const std::vector<Lowering::Origin>& a, const std::vector<Lowering::
 
 }  // namespace
 
-Lowering::Lowering(const Data& data)
+CoreForm::CoreForm(const ProblemData& data)
     : n_(data.n), m_(data.m), inequalities_(inequalitiesOf(data)), equalities_(equalitiesOf(data)) {
     A.assign(inequalities_.size() * n_, 0.0);
     Aeq.assign(equalities_.size() * n_, 0.0);
@@ -66,7 +66,7 @@ Lowering::Lowering(const Data& data)
     copySides(data);
 }
 
-void Lowering::copySides(const Data& data) {
+void CoreForm::copySides(const ProblemData& data) {
     b.clear();
     for (const Origin& origin : inequalities_) {
         b.push_back(origin.isUpper ? data.rowUpper[origin.index] : -data.rowLower[origin.index]);
@@ -83,7 +83,7 @@ void Lowering::copySides(const Data& data) {
     }
 }
 
-bool Lowering::updateSides(const Data& data) {
+bool CoreForm::updateSides(const ProblemData& data) {
     if (!isSame(equalities_, equalitiesOf(data)) || !isSame(inequalities_, inequalitiesOf(data))) {
         return false;
     }
@@ -91,7 +91,7 @@ bool Lowering::updateSides(const Data& data) {
     return true;
 }
 
-CoreSet Lowering::toCore(const WorkingSet& set) const {
+CoreSet CoreForm::toCore(const WorkingSet& set) const {
     CoreSet core;
     const auto contains = [](const std::vector<std::size_t>& list, std::size_t index) {
         return std::find(list.begin(), list.end(), index) != list.end();
@@ -112,7 +112,7 @@ CoreSet Lowering::toCore(const WorkingSet& set) const {
     return core;
 }
 
-WorkingSet Lowering::fromCore(const CoreSet& set, const std::vector<std::size_t>& dropped) const {
+WorkingSet CoreForm::fromCore(const CoreSet& set, const std::vector<std::size_t>& dropped) const {
     WorkingSet result;
     for (const std::size_t k : set.inequalities) {
         const Origin& origin = inequalities_[k];
@@ -133,7 +133,7 @@ WorkingSet Lowering::fromCore(const CoreSet& set, const std::vector<std::size_t>
     return result;
 }
 
-void Lowering::multipliers(const double* lambda, Vector& y, Vector& z) const {
+void CoreForm::multipliers(const double* lambda, Vector& y, Vector& z) const {
     y.assign(m_, 0.0);
     z.assign(n_, 0.0);
     for (const Origin& origin : equalities_) {

@@ -17,9 +17,9 @@ struct CoreSet {
 /// A·x ≤ b, Aeq·x = beq, lb ≤ x ≤ ub, out of one problem whose objective is not looked at. Rows
 /// with equal sides are equalities, and so are variables with equal bounds; of other rows each
 /// finite side is an inequality, the lower one negated.
-class Lowering {
+class CoreForm {
 public:
-    explicit Lowering(const Data& data);
+    explicit CoreForm(const ProblemData& data);
 
     /// One row of A or Aeq: row `index` of the problem, or, in Aeq, variable `index`.
     struct Origin {
@@ -34,7 +34,7 @@ public:
 
     /// New right-hand sides and bounds, where the same ones are finite and the same ones equal;
     /// false, nothing changed, where they are not.
-    [[nodiscard]] bool updateSides(const Data& data);
+    [[nodiscard]] bool updateSides(const ProblemData& data);
 
     /// A working set of the problem as one of the core; what does not exist is left out.
     [[nodiscard]] CoreSet toCore(const WorkingSet& set) const;
@@ -47,7 +47,7 @@ public:
     Vector A, b, Aeq, beq, lb, ub;  ///< for the core, which reads them only
 
 private:
-    void copySides(const Data& data);
+    void copySides(const ProblemData& data);
 
     std::size_t n_;
     std::size_t m_;

@@ -69,18 +69,18 @@ struct PoolRelease {
 
 void solveInto(Run& run,
                WatchedSolver& solver,
-               Lowering& lowering,
+               CoreForm& coreForm,
                IoptObjective& objective,
                IoptOption& options,
                const Vector& x,
                const CoreSet& set) {
-    const std::size_t n = lowering.variables();
-    const std::size_t mIneq = lowering.inequalities().size();
-    const std::size_t mEq = lowering.equalities().size();
+    const std::size_t n = coreForm.variables();
+    const std::size_t mIneq = coreForm.inequalities().size();
+    const std::size_t mEq = coreForm.equalities().size();
     // After the objective: it needs to know how many variables there are.
-    LinearConstraint constraint(wrapped(lowering.A, mIneq, n), wrapped(lowering.b, mIneq, 1),
-                                wrapped(lowering.Aeq, mEq, n), wrapped(lowering.beq, mEq, 1),
-                                wrapped(lowering.lb, n, 1), wrapped(lowering.ub, n, 1));
+    LinearConstraint constraint(wrapped(coreForm.A, mIneq, n), wrapped(coreForm.b, mIneq, 1),
+                                wrapped(coreForm.Aeq, mEq, n), wrapped(coreForm.beq, mEq, 1),
+                                wrapped(coreForm.lb, n, 1), wrapped(coreForm.ub, n, 1));
     const ASsolution solution =
         solver(objective, constraint, vxCreateDoubleMatrixFrom(x.data(), n, 1), options,
                columnOf(set.inequalities), columnOf(set.lower), columnOf(set.upper));
@@ -101,7 +101,7 @@ void solveInto(Run& run,
 
 }  // namespace
 
-Run runCore(Lowering& lowering,
+Run runCore(CoreForm& coreForm,
             Vector& H,
             Vector& c,
             const Vector& x,
@@ -110,7 +110,7 @@ Run runCore(Lowering& lowering,
             Control& control,
             const std::function<Progress(const double* x)>& progress) {
     Run run;
-    const std::size_t n = lowering.variables();
+    const std::size_t n = coreForm.variables();
     const CallScope scope;
     const PoolRelease pool;
     const CountsGuard counts;  // whoever uses the classes finds theirs again
@@ -124,7 +124,7 @@ Run runCore(Lowering& lowering,
         objective = std::make_unique<QPobjective>(wrapped(H, n, n), linear);
     }
     try {
-        solveInto(run, solver, lowering, *objective, options, x, set);
+        solveInto(run, solver, coreForm, *objective, options, x, set);
         run.end = endOf(run.exitCode, solver, control);
     } catch (const HostError& error) {
         if (error.identifier() == OutOfMemoryIdentifier) {

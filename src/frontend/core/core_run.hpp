@@ -37,11 +37,11 @@ struct Run {
     Vector phaseOneLambda;
 };
 
-/// Minimises ½xᵀHx + cᵀx over the constraints of `lowering`, from x and a working set.
+/// Minimises ½xᵀHx + cᵀx over the constraints of `coreForm`, from x and a working set.
 ///
 /// @param H         n × n or empty, for a linear objective
 /// @param progress  says how far the point x has come; asked when there is a callback
-[[nodiscard]] Run runCore(Lowering& lowering,
+[[nodiscard]] Run runCore(CoreForm& coreForm,
                           Vector& H,
                           Vector& c,
                           const Vector& x,

@@ -21,8 +21,11 @@ double norm(const Vector& values) {
 
 }  // namespace
 
-ActiveSetFit::ActiveSetFit(
-    const Fit& fit, const Data& constraints, Control& control, Vector x, const WorkingSet& guess)
+ActiveSetFit::ActiveSetFit(const Fit& fit,
+                           const ProblemData& constraints,
+                           Control& control,
+                           Vector x,
+                           const WorkingSet& guess)
     : fit_(fit),
       constraints_(constraints),
       control_(control),

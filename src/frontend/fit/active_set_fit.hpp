@@ -15,7 +15,7 @@ public:
     /// Begins at a feasible point and a guess of the working set, which mostly is the solution's.
     /// Keeps references to fit, constraints and control.
     ActiveSetFit(const Fit& fit,
-                 const Data& constraints,
+                 const ProblemData& constraints,
                  Control& control,
                  Vector x,
                  const WorkingSet& guess);
@@ -40,7 +40,7 @@ private:
     void reportPass(double step);
 
     const Fit& fit_;
-    const Data& constraints_;
+    const ProblemData& constraints_;
     Control& control_;
     Point point_;
     Sides sides_;

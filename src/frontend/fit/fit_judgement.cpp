@@ -46,7 +46,7 @@ Columns residualOf(const Fit& fit, const Vector& x) {
 
 /// Rᵀρ + Aᵀy, the sizes of the terms multiplied out.
 std::vector<Sum> forcesOf(const Fit& fit,
-                          const Data& constraints,
+                          const ProblemData& constraints,
                           const Columns& residual,
                           const Vector& y) {
     const Columns large = transposedProduct(fit.R, residual.value.data());
@@ -63,7 +63,7 @@ std::vector<Sum> forcesOf(const Fit& fit,
 }
 
 /// Sets z where x lies at a bound that may bear it and adds it to the forces.
-void setBoundMultipliers(const Data& constraints, Point& point, std::vector<Sum>& forces) {
+void setBoundMultipliers(const ProblemData& constraints, Point& point, std::vector<Sum>& forces) {
     for (std::size_t j = 0; j < constraints.n; ++j) {
         const double wanted = -static_cast<double>(forces[j].value);
         const double side = wanted > 0.0 ? constraints.upper[j] : constraints.lower[j];
@@ -142,7 +142,7 @@ struct Slackness {
     }
 };
 
-Slackness slacknessOf(const Data& constraints, const Point& point) {
+Slackness slacknessOf(const ProblemData& constraints, const Point& point) {
     Slackness slack;
     const std::vector<Sum> rows =
         constraints.m == 0 ? std::vector<Sum>() : rowValues(constraints, point.x);
@@ -158,7 +158,7 @@ Slackness slacknessOf(const Data& constraints, const Point& point) {
 
 }  // namespace
 
-FitJudgement judge(const Fit& fit, const Data& constraints, Point& point) {
+FitJudgement judge(const Fit& fit, const ProblemData& constraints, Point& point) {
     FitJudgement judgement;
     project(point.y, constraints.rowLower, constraints.rowUpper);
     const Columns residual = residualOf(fit, point.x);

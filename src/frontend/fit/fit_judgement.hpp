@@ -18,7 +18,7 @@ struct FitJudgement {
 ///     f(x) − f(x*) ≤ slackness + ½‖δ‖² + Σ |g'_j|·|x_j|,   g' = Rᵀ(ρ + δ) + Aᵀy + z,
 ///
 /// as ρ + δ is dual feasible up to g'. δ takes up what the rounding of x makes of the gradient.
-[[nodiscard]] FitJudgement judge(const Fit& fit, const Data& constraints, Point& point);
+[[nodiscard]] FitJudgement judge(const Fit& fit, const ProblemData& constraints, Point& point);
 
 }  // namespace activeset::frontend
 

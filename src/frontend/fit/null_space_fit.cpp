@@ -56,7 +56,7 @@ Vector leastSquares(const PivotedQr& qr, std::size_t cols, Vector r) {
 
 }  // namespace
 
-NullSpaceFit::NullSpaceFit(const Fit& fit, const Data& constraints, Sides& sides)
+NullSpaceFit::NullSpaceFit(const Fit& fit, const ProblemData& constraints, Sides& sides)
     : fit_(fit),
       constraints_(constraints),
       free_([&] {

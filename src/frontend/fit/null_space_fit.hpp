@@ -22,7 +22,7 @@ using Sides = std::vector<signed char>;
 class NullSpaceFit {
 public:
     /// Keeps references to fit and constraints. Rows that depend on those held are set free.
-    NullSpaceFit(const Fit& fit, const Data& constraints, Sides& sides);
+    NullSpaceFit(const Fit& fit, const ProblemData& constraints, Sides& sides);
 
     /// Moves x to the minimum on the working set.
     void moveToMinimum(Vector& x) const;
@@ -47,7 +47,7 @@ private:
     [[nodiscard]] Vector correction(Vector& residual, Vector left, const Vector& slope) const;
 
     const Fit& fit_;
-    const Data& constraints_;
+    const ProblemData& constraints_;
     std::vector<std::size_t> free_;
     std::vector<std::size_t> held_;  // rows
     Sides sides_;

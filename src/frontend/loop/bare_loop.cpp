@@ -21,7 +21,7 @@ private:
 };
 
 // The vector that proves a contradiction, if the loop ends with one.
-std::optional<Farkas> follow(ProximalLoop& loop, const Prepared& problem) {
+std::optional<Farkas> follow(ProximalLoop& loop, const ProblemCache& problem) {
     while (true) {
         switch (loop.run()) {
             case LoopEnd::Proved:
@@ -52,7 +52,7 @@ std::optional<Farkas> follow(ProximalLoop& loop, const Prepared& problem) {
 
 }  // namespace
 
-BareAnswer solveBare(Prepared& problem,
+BareAnswer solveBare(ProblemCache& problem,
                      const Vector& start,
                      const WorkingSet& set,
                      const Settings& settings,

@@ -19,7 +19,7 @@ struct BareAnswer {
 
 /// Solves a convex problem from a point in its variables. Passes count and limits hold, but the
 /// caller's callback hears nothing: it would be told of another problem.
-[[nodiscard]] BareAnswer solveBare(Prepared& problem,
+[[nodiscard]] BareAnswer solveBare(ProblemCache& problem,
                                    const Vector& start,
                                    const WorkingSet& set,
                                    const Settings& settings,

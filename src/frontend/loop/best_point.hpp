@@ -13,7 +13,7 @@ namespace activeset::frontend {
 /// Points are in scaled variables; they are judged by the caller's data.
 class BestPoint {
 public:
-    BestPoint(Prepared& problem, const Settings& settings, Control& control)
+    BestPoint(ProblemCache& problem, const Settings& settings, Control& control)
         : problem_(problem), settings_(settings), control_(control) {}
 
     /// Keeps the point if its largest relative residual is smaller.
@@ -48,7 +48,7 @@ public:
 private:
     [[nodiscard]] Judgement judged(const Point& point, const WorkingSet& set);
 
-    Prepared& problem_;
+    ProblemCache& problem_;
     const Settings& settings_;
     Control& control_;
     Point point_;

@@ -17,7 +17,7 @@ constexpr double FarkasTolerance = 1e-9;  // of the residual, relative
 constexpr double RayTolerance = 1e-12;    // of rays, which are refined
 
 // No proof in view of a point that satisfies the constraints and is within the radius for them.
-bool isRefuted(const Farkas& farkas, const Prepared& problem, const BestPoint& best) {
+bool isRefuted(const Farkas& farkas, const ProblemCache& problem, const BestPoint& best) {
     if (best.isEmpty() || !(best.judgement().certificate.primal.relative <= FarkasTolerance)) {
         return false;
     }
@@ -30,7 +30,7 @@ bool isRefuted(const Farkas& farkas, const Prepared& problem, const BestPoint& b
 
 }  // namespace
 
-std::optional<Farkas> provenFarkas(const Prepared& problem, Vector y, const BestPoint& best) {
+std::optional<Farkas> provenFarkas(const ProblemCache& problem, Vector y, const BestPoint& best) {
     Farkas farkas =
         judgeFarkas(problem.user, problem.scaling.unscaled({Vector(), std::move(y), Vector()}).y);
     if (!holds(farkas, FarkasTolerance, leastSize(problem.user)) ||
@@ -40,7 +40,9 @@ std::optional<Farkas> provenFarkas(const Prepared& problem, Vector y, const Best
     return farkas;
 }
 
-std::optional<Farkas> provenFarkasFar(const Prepared& problem, Vector y, const BestPoint& best) {
+std::optional<Farkas> provenFarkasFar(const ProblemCache& problem,
+                                      Vector y,
+                                      const BestPoint& best) {
     constexpr double Far = 1e12;
     std::optional<Farkas> farkas = provenFarkas(problem, std::move(y), best);
     if (farkas && !(farkas->radius >= Far * leastSize(problem.user))) {
@@ -49,7 +51,7 @@ std::optional<Farkas> provenFarkasFar(const Prepared& problem, Vector y, const B
     return farkas;
 }
 
-std::optional<ProvenRay> provenRay(const Prepared& problem, const Vector& direction) {
+std::optional<ProvenRay> provenRay(const ProblemCache& problem, const Vector& direction) {
     Vector users = alongSides(problem.scaled, direction);
     users = problem.scaling.unscaled({std::move(users), {}, {}}).x;
     const double length = largestMagnitude(users);

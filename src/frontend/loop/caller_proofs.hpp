@@ -11,12 +11,12 @@ namespace activeset::frontend {
 /// The Farkas vector that scaled multipliers of rows make, with what bounds can take, if it proves
 /// that there is no feasible point. The best point, if it is feasible, is none of those for which
 /// it may be true.
-[[nodiscard]] std::optional<Farkas> provenFarkas(const Prepared& problem,
+[[nodiscard]] std::optional<Farkas> provenFarkas(const ProblemCache& problem,
                                                  Vector y,
                                                  const BestPoint& best);
 
 /// The same of multipliers out of equations that may be nearly singular: it has to reach farther.
-[[nodiscard]] std::optional<Farkas> provenFarkasFar(const Prepared& problem,
+[[nodiscard]] std::optional<Farkas> provenFarkasFar(const ProblemCache& problem,
                                                     Vector y,
                                                     const BestPoint& best);
 
@@ -27,7 +27,8 @@ struct ProvenRay {
 
 /// A scaled direction in the caller's variables, if the problem is unbounded along it wherever it
 /// is feasible.
-[[nodiscard]] std::optional<ProvenRay> provenRay(const Prepared& problem, const Vector& direction);
+[[nodiscard]] std::optional<ProvenRay> provenRay(const ProblemCache& problem,
+                                                 const Vector& direction);
 
 }  // namespace activeset::frontend
 

@@ -17,7 +17,7 @@ constexpr int MostSteps = 8;     // that may be small
 constexpr double Step = 1.02;
 
 // −dᵀHd/‖d‖², a little more, so that rounding does not ask for it twice.
-double leastShift(const Data& data, const Vector& direction) {
+double leastShift(const ProblemData& data, const Vector& direction) {
     constexpr double Margin = 1.0 + 1e-3;
     const double length = std::sqrt(dot(direction.data(), direction.data(), data.n));
     Vector unit = direction;
@@ -27,8 +27,8 @@ double leastShift(const Data& data, const Vector& direction) {
     return -Margin * curvature(data, unit).absolute;
 }
 
-Data shifted(const Data& data, double shift) {
-    Data result = data;
+ProblemData shifted(const ProblemData& data, double shift) {
+    ProblemData result = data;
     for (std::size_t j = 0; j < data.n; ++j) {
         result.H[j * (data.n + 1)] += shift;
     }
@@ -37,14 +37,14 @@ Data shifted(const Data& data, double shift) {
 
 }  // namespace
 
-ShiftedProblem shiftedProblem(Prepared& problem, Control& control) {
+ShiftedProblem shiftedProblem(ProblemCache& problem, Control& control) {
     double shift = leastShift(problem.user, problem.convexity().direction);
     for (int trial = 0; trial < MostTrials && shift > 0.0 && std::isfinite(shift); ++trial) {
         control.poll();
         if (control.mustEnd()) {
             break;
         }
-        auto candidate = std::make_unique<Prepared>(shifted(problem.user, shift));
+        auto candidate = std::make_unique<ProblemCache>(shifted(problem.user, shift));
         const Convexity& convexity = candidate->convexity();
         if (convexity.kind != Convexity::None) {
             return {shift, std::move(candidate)};
@@ -56,7 +56,7 @@ ShiftedProblem shiftedProblem(Prepared& problem, Control& control) {
     return {Infinity, nullptr};
 }
 
-double relativeShift(const Data& data, double shift) {
+double relativeShift(const ProblemData& data, double shift) {
     const double largest = largestMagnitude(data.H);
     double squares = 0.0;
     for (const double entry : data.H) {

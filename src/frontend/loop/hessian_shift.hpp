@@ -10,8 +10,8 @@ namespace activeset::frontend {
 
 /// The problem with H + δI in the place of H, in the caller's variables.
 struct ShiftedProblem {
-    double shift = 0.0;                 ///< δ; infinite where none was found
-    std::unique_ptr<Prepared> problem;  ///< convex; null where none was found
+    double shift = 0.0;                     ///< δ; infinite where none was found
+    std::unique_ptr<ProblemCache> problem;  ///< convex; null where none was found
 };
 
 /// Of a problem that is not convex. No δ below −dᵀHd/‖d‖² is enough, where d is the direction along
@@ -19,10 +19,10 @@ struct ShiftedProblem {
 /// the last one is doubled, until the factorisation finds no such direction: the δ that is found is
 /// mostly the least one to three digits, and always less than twice it. None is found once the
 /// control ends the search.
-[[nodiscard]] ShiftedProblem shiftedProblem(Prepared& problem, Control& control);
+[[nodiscard]] ShiftedProblem shiftedProblem(ProblemCache& problem, Control& control);
 
 /// δ in proportion to ‖H‖_F, which is at least the largest eigenvalue.
-[[nodiscard]] double relativeShift(const Data& data, double shift);
+[[nodiscard]] double relativeShift(const ProblemData& data, double shift);
 
 }  // namespace activeset::frontend
 

@@ -27,7 +27,7 @@ double roomOf(double value, double rate, double lower, double upper) {
 
 }  // namespace
 
-double lineSearch(const Data& data, const Vector& x, const Vector& d) {
+double lineSearch(const ProblemData& data, const Vector& x, const Vector& d) {
     std::vector<Sum> gradient = curvedSums(data, x);
     addLinear(gradient, data);
     const std::vector<Sum> curved = curvedSums(data, d);

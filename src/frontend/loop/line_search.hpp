@@ -9,7 +9,7 @@ namespace activeset::frontend {
 /// The t that minimises the objective at x + t·d, d the difference of two points of that size, as
 /// far as the sides of rows and bounds let it; 0 where d does not descend, and where it descends
 /// without end.
-[[nodiscard]] double lineSearch(const Data& data, const Vector& x, const Vector& d);
+[[nodiscard]] double lineSearch(const ProblemData& data, const Vector& x, const Vector& d);
 
 }  // namespace activeset::frontend
 

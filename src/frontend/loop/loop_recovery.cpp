@@ -11,7 +11,7 @@ namespace activeset::frontend {
 
 // Steps that do not get shorter go the same way, along which a slope may be tiny and its end far.
 bool ProximalLoop::prolong(const Vector& last) {
-    const Data& data = problem_.scaled;
+    const ProblemData& data = problem_.scaled;
     if (!mayProlong_) {
         return false;
     }
@@ -64,8 +64,8 @@ bool ProximalLoop::recover() {
     return true;
 }
 
-void ProximalLoop::resumeFrom(Vector x, Lowering form) {
-    problem_.setLowering(std::move(form));
+void ProximalLoop::resumeFrom(Vector x, CoreForm form) {
+    problem_.setCoreForm(std::move(form));
     centre_ = std::move(x);
     set_ = {};
     stage_ = Stage::Begin;

@@ -11,7 +11,7 @@ namespace activeset::frontend {
 void Perturbation::putOn(int strength) {
     constexpr double Smallest = 1e-7;
     constexpr double Growth = 4.0;
-    Lowering& form = problem_.lowering();
+    CoreForm& form = problem_.coreForm();
     if (!unperturbed_) {
         unperturbed_ = form;
     }
@@ -32,7 +32,7 @@ void Perturbation::putOn(int strength) {
 
 void Perturbation::takeOff() noexcept {
     if (unperturbed_) {
-        problem_.setLowering(std::move(*unperturbed_));
+        problem_.setCoreForm(std::move(*unperturbed_));
         unperturbed_.reset();
     }
 }

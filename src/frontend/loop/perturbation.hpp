@@ -12,7 +12,7 @@ namespace activeset::frontend {
 /// put back when it is taken off or destroyed.
 class Perturbation {
 public:
-    explicit Perturbation(Prepared& problem) : problem_(problem) {}
+    explicit Perturbation(ProblemCache& problem) : problem_(problem) {}
     Perturbation(const Perturbation&) = delete;
     Perturbation& operator=(const Perturbation&) = delete;
     ~Perturbation() { takeOff(); }
@@ -23,8 +23,8 @@ public:
     void takeOff() noexcept;
 
 private:
-    Prepared& problem_;
-    std::optional<Lowering> unperturbed_;
+    ProblemCache& problem_;
+    std::optional<CoreForm> unperturbed_;
 };
 
 }  // namespace activeset::frontend

@@ -11,7 +11,7 @@ namespace activeset::frontend {
 namespace {
 
 // The same rows and variables with equal sides.
-bool haveSameEqualities(const Data& a, const Data& b) {
+bool haveSameEqualities(const ProblemData& a, const ProblemData& b) {
     for (std::size_t i = 0; i < a.m; ++i) {
         if ((a.rowLower[i] == a.rowUpper[i]) != (b.rowLower[i] == b.rowUpper[i])) {
             return false;
@@ -27,10 +27,10 @@ bool haveSameEqualities(const Data& a, const Data& b) {
 
 }  // namespace
 
-Prepared::Prepared(Data problem)
+ProblemCache::ProblemCache(ProblemData problem)
     : user(std::move(problem)), scaling(Scaling::of(user)), scaled(scaling.apply(user)) {}
 
-void Prepared::updateVectors(const Data& problem) {
+void ProblemCache::updateVectors(const ProblemData& problem) {
     if (convexity_ && convexity_->kind != Convexity::Strict && !haveSameEqualities(user, problem)) {
         convexity_.reset();  // other equalities leave other directions
         shift_ = 0.0;
@@ -46,12 +46,12 @@ void Prepared::updateVectors(const Data& problem) {
     user.upper = problem.upper;
     user.constant = problem.constant;
     scaling.applyToVectors(user, scaled);
-    if (lowering_ && !lowering_->updateSides(scaled)) {
-        lowering_.reset();
+    if (coreForm_ && !coreForm_->updateSides(scaled)) {
+        coreForm_.reset();
     }
 }
 
-void Prepared::forget() {
+void ProblemCache::forget() {
     if (shifted_) {
         shifted_->forget();
     }
@@ -60,10 +60,10 @@ void Prepared::forget() {
     }
     proximal_.reset();
     refinement_.reset();
-    lowering_.reset();
+    coreForm_.reset();
 }
 
-Subproblem* Prepared::subproblem(double rho) {
+Subproblem* ProblemCache::subproblem(double rho) {
     std::optional<Subproblem>& kept = rho > 0.0 ? proximal_ : itself_;
     if (!kept || kept->rho() != rho) {
         kept.emplace(scaled, rho);
@@ -71,7 +71,7 @@ Subproblem* Prepared::subproblem(double rho) {
     return kept->isDefinite() ? &*kept : nullptr;
 }
 
-const Convexity& Prepared::convexity() {
+const Convexity& ProblemCache::convexity() {
     if (!convexity_) {
         const bool hasFactor = scaled.quadratic && subproblem(0.0) != nullptr;
         convexity_ = hasFactor ? Convexity{Convexity::Strict, {}} : convexityOf(scaled);
@@ -80,7 +80,7 @@ const Convexity& Prepared::convexity() {
     return *convexity_;
 }
 
-double Prepared::hessianShift(Control& control) {
+double ProblemCache::hessianShift(Control& control) {
     if (shift_ == 0.0 && convexity().kind == Convexity::None) {
         ShiftedProblem found = shiftedProblem(*this, control);
         if (control.mustEnd()) {
@@ -92,21 +92,21 @@ double Prepared::hessianShift(Control& control) {
     return shift_;
 }
 
-const Refinement& Prepared::refinementOf(const WorkingSet& set) {
+const Refinement& ProblemCache::refinementOf(const WorkingSet& set) {
     if (!refinement_ || !(refinement_->set() == set)) {
         refinement_.emplace(scaled, set);
     }
     return *refinement_;
 }
 
-Lowering& Prepared::lowering() {
-    if (!lowering_) {
-        lowering_.emplace(scaled);
+CoreForm& ProblemCache::coreForm() {
+    if (!coreForm_) {
+        coreForm_.emplace(scaled);
     }
-    return *lowering_;
+    return *coreForm_;
 }
 
-Vector& Prepared::hessianPlus(double rho) {
+Vector& ProblemCache::hessianPlus(double rho) {
     const std::size_t n = scaled.n;
     if (!hessian_) {
         hessian_ = scaled.H;
@@ -121,7 +121,7 @@ Vector& Prepared::hessianPlus(double rho) {
     return *hessian_;
 }
 
-Progress Prepared::progressAt(const double* x) const {
+Progress ProblemCache::progressAt(const double* x) const {
     Vector rows(scaled.m, 0.0);
     double value = scaled.constant;
     Progress progress;

@@ -16,15 +16,15 @@
 
 namespace activeset::frontend {
 
-class Prepared {
+class ProblemCache {
 public:
-    explicit Prepared(Data problem);
-    Prepared(const Prepared&) = delete;
-    Prepared& operator=(const Prepared&) = delete;
-    ~Prepared() = default;
+    explicit ProblemCache(ProblemData problem);
+    ProblemCache(const ProblemCache&) = delete;
+    ProblemCache& operator=(const ProblemCache&) = delete;
+    ~ProblemCache() = default;
 
     /// Takes over c, sides and bounds of a problem with the same matrices.
-    void updateVectors(const Data& problem);
+    void updateVectors(const ProblemData& problem);
     /// Leaves nothing that depends on which problems with these matrices were solved before.
     void forget();
 
@@ -34,29 +34,29 @@ public:
     /// found, or the control has ended the search.
     [[nodiscard]] double hessianShift(Control& control);
     /// The problem with that δ; null for one that is convex.
-    [[nodiscard]] Prepared* shifted() { return shifted_.get(); }
+    [[nodiscard]] ProblemCache* shifted() { return shifted_.get(); }
     /// The problem with the proximal weight ρ, or, for ρ = 0, itself; null unless H + ρI is safely
     /// positive definite. The last one with ρ > 0 is kept, and that with ρ = 0.
     [[nodiscard]] Subproblem* subproblem(double rho);
     /// The equations of a working set, factorised; the last ones are kept.
     [[nodiscard]] const Refinement& refinementOf(const WorkingSet& set);
     /// The constraints as the core takes them.
-    [[nodiscard]] Lowering& lowering();
-    void setLowering(Lowering lowering) { lowering_ = std::move(lowering); }
+    [[nodiscard]] CoreForm& coreForm();
+    void setCoreForm(CoreForm coreForm) { coreForm_ = std::move(coreForm); }
     /// H + ρI, n × n, for the core; empty when both are zero.
     [[nodiscard]] Vector& hessianPlus(double rho);
     /// How far a point in scaled variables has come.
     [[nodiscard]] Progress progressAt(const double* x) const;
 
-    Data user;
+    ProblemData user;
     Scaling scaling;
-    Data scaled;
+    ProblemData scaled;
 
 private:
-    std::optional<Lowering> lowering_;
+    std::optional<CoreForm> coreForm_;
     std::optional<Convexity> convexity_;
     double shift_ = 0.0;  ///< 0 until one was sought to the end
-    std::unique_ptr<Prepared> shifted_;
+    std::unique_ptr<ProblemCache> shifted_;
     std::optional<Subproblem> itself_;
     std::optional<Subproblem> proximal_;
     std::optional<Refinement> refinement_;

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t MostProximalSteps = 200;
 constexpr int MostInexactProofs = 2;
 constexpr int FewSteadySteps = 3;
-constexpr double Steady = 0.1;  // of the pull of the step before
+constexpr double Steady = 0.1;  // of the force of the step before
 
 double distance(const Vector& a, const Vector& b) {
     double largest = 0.0;
@@ -34,7 +34,7 @@ Vector difference(const Vector& a, const Vector& b) {
 
 }  // namespace
 
-Vector originOf(const Data& data) {
+Vector originOf(const ProblemData& data) {
     Vector x(data.n);
     for (std::size_t j = 0; j < x.size(); ++j) {
         x[j] = std::min(std::max(0.0, data.lower[j]), data.upper[j]);
@@ -42,7 +42,7 @@ Vector originOf(const Data& data) {
     return x;
 }
 
-ProximalLoop::ProximalLoop(Prepared& problem, const Settings& settings, Control& control)
+ProximalLoop::ProximalLoop(ProblemCache& problem, const Settings& settings, Control& control)
     : problem_(problem),
       settings_(settings),
       control_(control),
@@ -51,7 +51,7 @@ ProximalLoop::ProximalLoop(Prepared& problem, const Settings& settings, Control&
 
 void ProximalLoop::begin(Vector x, const WorkingSet& set) {
     start_ = std::move(x);
-    startSet_ = set.size() != 0 ? Sides(problem_.scaled, set).workingSet() : WorkingSet();
+    startSet_ = set.size() != 0 ? Constraints(problem_.scaled, set).workingSet() : WorkingSet();
     reset();
 }
 
@@ -63,7 +63,7 @@ void ProximalLoop::reset() {
     set_ = startSet_;
     rho_ = problem_.convexity().kind == Convexity::Strict ? 0.0 : firstWeight(problem_.scaled);
     precision_ = {};
-    lastPull_ = Infinity;
+    lastForce_ = Infinity;
     steadySteps_ = 0;
     failures_ = 0;
     inexactProofs_ = 0;
@@ -110,7 +110,7 @@ ProximalLoop::Next ProximalLoop::beginStep() {
 ProximalLoop::Next ProximalLoop::runOnCore() {
     const Run run = runOfStep();
     effort_.exitCode = run.exitCode;
-    const Lowering& form = problem_.lowering();
+    const CoreForm& form = problem_.coreForm();
     switch (run.end) {
         case RunEnd::Optimal: {
             Point point;
@@ -118,17 +118,9 @@ ProximalLoop::Next ProximalLoop::runOnCore() {
             point.x = run.x;
             return takeMinimum(std::move(point), form.fromCore(run.set, run.droppedEqualities));
         }
-        case RunEnd::Infeasible: {
-            claim_ = {};
-            if (!run.phaseOneLambda.empty()) {
-                Vector z;
-                form.multipliers(run.phaseOneLambda.data(), claim_.y, z);
-                if (!run.x.empty()) {
-                    best_.considerWithoutMultipliers(run.x);
-                }
-            }
+        case RunEnd::Infeasible:
+            takeClaim(run);
             return LoopEnd::ClaimsInfeasible;
-        }
         case RunEnd::Stopped:
             considerReached(run);
             return LoopEnd::Stopped;
@@ -141,6 +133,19 @@ ProximalLoop::Next ProximalLoop::runOnCore() {
     }
 }
 
+// What phase one says of sides that contradict each other.
+void ProximalLoop::takeClaim(const Run& run) {
+    claim_ = {};
+    if (run.phaseOneLambda.empty()) {
+        return;
+    }
+    Vector z;
+    problem_.coreForm().multipliers(run.phaseOneLambda.data(), claim_.y, z);
+    if (!run.x.empty()) {
+        best_.considerWithoutMultipliers(run.x);
+    }
+}
+
 Run ProximalLoop::runOfStep() {
     Vector c = problem_.scaled.c;
     axpy(-rho_, centre_.data(), c.data(), c.size());
@@ -148,8 +153,8 @@ Run ProximalLoop::runOfStep() {
     constexpr double Rounding = 1e-14;
     Precision precision = precision_;
     precision.violation = std::max(precision.violation, Rounding * largestMagnitude(centre_));
-    return runCore(problem_.lowering(), problem_.hessianPlus(rho_), c, centre_,
-                   problem_.lowering().toCore(set_), precision, control_,
+    return runCore(problem_.coreForm(), problem_.hessianPlus(rho_), c, centre_,
+                   problem_.coreForm().toCore(set_), precision, control_,
                    [this](const double* x) { return problem_.progressAt(x); });
 }
 
@@ -160,13 +165,13 @@ void ProximalLoop::considerReached(const Run& run) {
         return;
     }
     Point point;
-    problem_.lowering().multipliers(run.lambda.data(), point.y, point.z);
+    problem_.coreForm().multipliers(run.lambda.data(), point.y, point.z);
     point.x = run.x;
     const Vector users = problem_.scaling.unscaled({run.x, {}, {}}).x;
     if (violation(problem_.user, users).relative <= settings_.tolerance) {
         best_.forget();
     }
-    best_.consider(std::move(point), problem_.lowering().fromCore(run.set, run.droppedEqualities));
+    best_.consider(std::move(point), problem_.coreForm().fromCore(run.set, run.droppedEqualities));
 }
 
 // A minimum of the step: is it one of the problem?
@@ -186,7 +191,7 @@ ProximalLoop::Next ProximalLoop::takeMinimum(Point point, const WorkingSet& set)
         return std::nullopt;
     }
     const double step = distance(minimum_, centre_);
-    drift_ = {{}, rho_ * step > Steady * lastPull_, steadySteps_ >= FewSteadySteps};
+    drift_ = {{}, rho_ * step > Steady * lastForce_, steadySteps_ >= FewSteadySteps};
     if (rho_ > 0.0 && step > 0.0 && (drift_.isSteady || drift_.isLasting)) {
         drift_.direction = difference(minimum_, centre_);
         stage_ = Stage::Recentre;
@@ -199,12 +204,12 @@ ProximalLoop::Next ProximalLoop::takeMinimum(Point point, const WorkingSet& set)
 ProximalLoop::Next ProximalLoop::recentre() {
     constexpr double NoStep = 1e-13;
     const double step = distance(minimum_, centre_);
-    const double pull = rho_ * step;
+    const double force = rho_ * step;
     const Vector last = std::exchange(centre_, minimum_);
-    const bool isSteady = !(pull < Steady * lastPull_);
+    const bool isSteady = !(force < Steady * lastForce_);
     const bool isOneTooMany = effort_.proximalSteps > MostProximalSteps;
     if (isSteady && rho_ > 0.0 && !isOneTooMany && prolong(last)) {
-        lastPull_ = Infinity;
+        lastForce_ = Infinity;
         return std::nullopt;
     }
     const bool hasConverged =
@@ -217,7 +222,7 @@ ProximalLoop::Next ProximalLoop::recentre() {
         rho_ = std::max(0.1 * rho_, leastWeight(problem_.scaled));
         ++steadySteps_;
     }
-    lastPull_ = pull;
+    lastForce_ = force;
     return std::nullopt;
 }
 

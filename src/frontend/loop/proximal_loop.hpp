@@ -47,7 +47,7 @@ struct Effort {
 class ProximalLoop {
 public:
     /// Keeps references to all three. Begins nowhere: see begin().
-    ProximalLoop(Prepared& problem, const Settings& settings, Control& control);
+    ProximalLoop(ProblemCache& problem, const Settings& settings, Control& control);
     ProximalLoop(const ProximalLoop&) = delete;
     ProximalLoop& operator=(const ProximalLoop&) = delete;
     ~ProximalLoop() = default;
@@ -69,7 +69,7 @@ public:
     /// After ClaimsInfeasible: false when that, too, was once too often.
     [[nodiscard]] bool mayGoOn() { return ++failures_ <= MostFailures; }
     /// Goes on from this point, with another form of the constraints for the core.
-    void resumeFrom(Vector x, Lowering form);
+    void resumeFrom(Vector x, CoreForm form);
     /// Steps that do not get shorter may be prolonged from now on: they are no ray.
     void allowLongSteps() { mayProlong_ = true; }
 
@@ -101,6 +101,7 @@ private:
     [[nodiscard]] Next predictMinimum();
     [[nodiscard]] Next takePredicted(Point point, const WorkingSet& set);
     [[nodiscard]] Next runOnCore();
+    void takeClaim(const Run& run);
     [[nodiscard]] Run runOfStep();
     void considerReached(const Run& run);
     [[nodiscard]] Next takeMinimum(Point point, const WorkingSet& set);
@@ -109,7 +110,7 @@ private:
     [[nodiscard]] Next fail(Failure failure);
     void doNotPredict();
 
-    Prepared& problem_;
+    ProblemCache& problem_;
     const Settings& settings_;
     Control& control_;
     BestPoint best_;
@@ -123,11 +124,11 @@ private:
     // since the start
     Stage stage_ = Stage::Begin;
     Vector centre_;
-    WorkingSet set_;              ///< where the next step begins
-    double rho_ = 0.0;            ///< weight of the proximal term; 0 for the problem itself
-    Precision precision_;         ///< of runs of the core
-    double lastPull_ = Infinity;  ///< ρ·‖step‖ of the last step
-    int steadySteps_ = 0;         ///< that pulled nearly as much as the one before
+    WorkingSet set_;               ///< where the next step begins
+    double rho_ = 0.0;             ///< weight of the proximal term; 0 for the problem itself
+    Precision precision_;          ///< of runs of the core
+    double lastForce_ = Infinity;  ///< ρ·‖step‖ of the last step
+    int steadySteps_ = 0;          ///< that pulled nearly as much as the one before
     int failures_ = 0;
     int inexactProofs_ = 0;  ///< within the tolerance, not within rounding
 
@@ -138,7 +139,7 @@ private:
 };
 
 /// The point between the bounds that is nearest to zero, where points have the most digits.
-[[nodiscard]] Vector originOf(const Data& data);
+[[nodiscard]] Vector originOf(const ProblemData& data);
 
 }  // namespace activeset::frontend
 

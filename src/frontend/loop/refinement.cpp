@@ -29,7 +29,7 @@ std::vector<std::size_t> freeVariables(const std::vector<bool>& isFixed) {
     return result;
 }
 
-std::vector<bool> fixedVariables(const Data& data, const WorkingSet& set) {
+std::vector<bool> fixedVariables(const ProblemData& data, const WorkingSet& set) {
     std::vector<bool> result(data.n, false);
     for (const auto* list : {&set.atLower, &set.atUpper, &set.fixed}) {
         for (const std::size_t j : *list) {
@@ -46,7 +46,7 @@ std::vector<std::size_t> rowsOf(const WorkingSet& set) {
     return rows;
 }
 
-Dense hessianOf(const Data& data, const std::vector<std::size_t>& variables) {
+Dense hessianOf(const ProblemData& data, const std::vector<std::size_t>& variables) {
     if (!data.quadratic) {
         return {};
     }
@@ -61,7 +61,7 @@ Dense hessianOf(const Data& data, const std::vector<std::size_t>& variables) {
 
 }  // namespace
 
-Refinement::Refinement(const Data& data, const WorkingSet& set, double flat)
+Refinement::Refinement(const ProblemData& data, const WorkingSet& set, double flat)
     : data_(data),
       set_(set),
       rows_(rowsOf(set)),

@@ -25,7 +25,7 @@ public:
     ///
     /// @param flat  curvature of the reduced Hessian that counts as none, in proportion to the
     ///              largest; what may be rounding of H never counts
-    Refinement(const Data& data, const WorkingSet& set, double flat = 1e-11);
+    Refinement(const ProblemData& data, const WorkingSet& set, double flat = 1e-11);
 
     [[nodiscard]] const WorkingSet& set() const { return set_; }
     /// Moves x, y and z to the solution, as far as doubles can. The number of corrections made.
@@ -63,7 +63,7 @@ private:
     [[nodiscard]] Point correction(const Residuals& residuals) const;
     void setBoundMultipliers(Point& point) const;
 
-    const Data& data_;
+    const ProblemData& data_;
     WorkingSet set_;
     std::vector<std::size_t> rows_;
     std::vector<bool> isFixed_;

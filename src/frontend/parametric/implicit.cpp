@@ -43,7 +43,7 @@ Implicit::Implicit(Optimum optimum)
       factor_(optimum_.data, optimum_.freeVariables(), optimum_.heldRows()) {}
 
 void Implicit::solve(Triple& b) const {
-    const Data& data = optimum_.data;
+    const ProblemData& data = optimum_.data;
     const std::size_t n = data.n;
     const std::size_t m = data.m;
     const std::size_t count = b.x.cols;

@@ -84,7 +84,9 @@ Dense pseudoInverse(const PivotedQr& qr, const Dense& B) {
 
 }  // namespace
 
-KktFactor::KktFactor(const Data& data, std::vector<std::size_t> free, std::vector<std::size_t> rows)
+KktFactor::KktFactor(const ProblemData& data,
+                     std::vector<std::size_t> free,
+                     std::vector<std::size_t> rows)
     : free_(std::move(free)),
       rows_(std::move(rows)),
       H_(free_.size(), free_.size()),

@@ -22,7 +22,9 @@ namespace activeset::frontend {
 class KktFactor {
 public:
     /// @pre `free` and `rows` are ascending, in range.
-    KktFactor(const Data& data, std::vector<std::size_t> free, std::vector<std::size_t> rows);
+    KktFactor(const ProblemData& data,
+              std::vector<std::size_t> free,
+              std::vector<std::size_t> rows);
 
     [[nodiscard]] const std::vector<std::size_t>& free() const { return free_; }
     [[nodiscard]] const std::vector<std::size_t>& rows() const { return rows_; }

@@ -16,7 +16,7 @@ constexpr double Singular = 1e-10;  // a pivot, in proportion to what it is the 
 
 }  // namespace
 
-KktInverse::KktInverse(const Data& data, const KktFactor& factor)
+KktInverse::KktInverse(const ProblemData& data, const KktFactor& factor)
     : data_(&data), members_(factor.free()) {
     for (const std::size_t i : factor.rows()) {
         members_.push_back(data.n + i);

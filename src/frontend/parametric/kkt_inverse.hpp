@@ -16,7 +16,7 @@ namespace activeset::frontend {
 class KktInverse {
 public:
     /// @pre factor.isRegular()
-    KktInverse(const Data& data, const KktFactor& factor);
+    KktInverse(const ProblemData& data, const KktFactor& factor);
 
     [[nodiscard]] const std::vector<std::size_t>& members() const { return members_; }
     /// Takes a member in; false, nothing changed, where K would be singular.
@@ -34,7 +34,7 @@ private:
     [[nodiscard]] double entry(std::size_t a, std::size_t b) const;
     void reserve(std::size_t order);
 
-    const Data* data_;
+    const ProblemData* data_;
     std::vector<std::size_t> members_;
     std::size_t leading_ = 0;
     Vector values_;

@@ -163,7 +163,7 @@ void Line::correct(const Held& held, const Solve& solve) {
 
 // H·x, A·x, gradient and z from x and y, and whether what should be zero is.
 void Line::findMultipliers(const Held& held) {
-    const Data& data = problem_->data();
+    const ProblemData& data = problem_->data();
     const Vectors& rates = problem_->rates();
     curved_ = zeros(data.n);
     rowValues_ = zeros(data.m);
@@ -235,7 +235,7 @@ void Line::limit(double value, double rate, double size, double sizeOfRate, cons
 }
 
 void Line::findLimits(const Held& held) {
-    const Data& data = problem_->data();
+    const ProblemData& data = problem_->data();
     const Vectors& rates = problem_->rates();
     const double gradient = largestMagnitude(vectors_.c) + largestMagnitude(curved_.value);
     const double gradientRate = largestMagnitude(rates.c) + largestMagnitude(curved_.rate);

@@ -24,7 +24,7 @@ public:
     /// @raises std::invalid_argument, see Path
     MovingProblem(const Problem& problem, const Direction& direction);
 
-    [[nodiscard]] const Data& data() const { return data_; }
+    [[nodiscard]] const ProblemData& data() const { return data_; }
     [[nodiscard]] const Vectors& rates() const { return rates_; }
     /// The largest magnitude in row i of A.
     [[nodiscard]] double rowSize(std::size_t i) const { return rowSizes_[i]; }
@@ -54,7 +54,7 @@ public:
     [[nodiscard]] Crossing crossing(double from) const;
 
 private:
-    Data data_;
+    ProblemData data_;
     Vectors rates_;
     Vector rowSizes_;
 };

@@ -24,7 +24,7 @@ Hold equalityBy(double multiplier) {
 
 }  // namespace
 
-Data checkedCopy(const Problem& problem, const char* caller) {
+ProblemData checkedCopy(const Problem& problem, const char* caller) {
     const std::vector<Fault> faults = faultsOf(problem);
     if (!faults.empty()) {
         refuse(caller, "the problem has faults: " + messageOf(faults));

@@ -33,7 +33,7 @@ struct Optimum {
     [[nodiscard]] std::vector<std::size_t> freeVariables() const;
     [[nodiscard]] std::vector<std::size_t> heldRows() const;
 
-    Data data;  ///< H with the shift of the result
+    ProblemData data;  ///< H with the shift of the result
     Point point;
     Vector rowValues;          ///< A·x
     Vector rowSizes;           ///< the largest magnitude in each row of A
@@ -50,7 +50,7 @@ private:
 };
 
 /// The data of a problem; what is wrong with them is raised.
-[[nodiscard]] Data checkedCopy(const Problem& problem, const char* caller);
+[[nodiscard]] ProblemData checkedCopy(const Problem& problem, const char* caller);
 
 }  // namespace activeset::frontend
 

@@ -142,7 +142,7 @@ bool Mover::isConsistent(Number number,
                          std::size_t k,
                          const double* rowRates) const {
     constexpr double Residue = 1e-8;
-    const frontend::Data& data = optimum_.data;
+    const frontend::ProblemData& data = optimum_.data;
     if (implicit_.factor().isRegular()) {
         return true;
     }
@@ -177,7 +177,7 @@ Steps Mover::stepsOf(Number number,
                      const Triple& moved,
                      std::size_t k,
                      const double* rowRates) const {
-    const frontend::Data& data = optimum_.data;
+    const frontend::ProblemData& data = optimum_.data;
     const frontend::Point& at = optimum_.point;
     Steps steps;
     if (!isConsistent(number, place, moved, k, rowRates)) {
@@ -279,7 +279,7 @@ void sidesInto(std::vector<Range>& lower,
 Ranges ranges(const Result& result, const Problem& problem) {
     const FloatingPointGuard environment;
     Optimum optimum(result, problem, "ranges");
-    const frontend::Data data = optimum.data;
+    const frontend::ProblemData data = optimum.data;
     const std::vector<Hold> rows = optimum.rows;
     const std::vector<Hold> bounds = optimum.bounds;
     const Vector rowValues = optimum.rowValues;

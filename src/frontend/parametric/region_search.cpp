@@ -75,7 +75,7 @@ private:
 
     Regions* regions_;
     frontend::Box box_;
-    frontend::Data data_;
+    frontend::ProblemData data_;
     Dense c_;
     Dense rows_;
     Dense bounds_;
@@ -144,7 +144,7 @@ void Regions::Search::visit(const Vector& theta) {
     if (regions_->find(theta)) {
         return;
     }
-    frontend::Data at = data_;
+    frontend::ProblemData at = data_;
     move(at.c, c_, theta);
     for (Vector* sides : {&at.rowLower, &at.rowUpper}) {
         move(*sides, rows_, theta);

@@ -13,9 +13,9 @@ namespace activeset {
 
 namespace {
 
-using frontend::Data;
 using frontend::Dense;
 using frontend::Hold;
+using frontend::ProblemData;
 using frontend::Triple;
 
 void require(bool isRight, const char* function, const char* what) {
@@ -190,7 +190,7 @@ void Sensitivity::Factors::addMatrixGradients(const Triple& adjoint,
 }
 
 void Sensitivity::Factors::requireShapes(const Change& change) const {
-    const Data& data = implicit_.optimum().data;
+    const ProblemData& data = implicit_.optimum().data;
     require(fits(change.H, data.n, data.n) && fits(change.A, data.m, data.n) &&
                 fits(change.c, data.n) && fits(change.rowLower, data.m) &&
                 fits(change.rowUpper, data.m) && fits(change.lower, data.n) &&

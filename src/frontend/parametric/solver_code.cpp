@@ -172,7 +172,7 @@ constexpr const char* Loop = R"({
 std::string solverCode(const Problem& problem, const std::string& name) {
     const FloatingPointGuard environment;
     frontend::requireIdentifier(name, "solverCode");
-    const frontend::Data data = frontend::checkedCopy(problem, "solverCode");
+    const frontend::ProblemData data = frontend::checkedCopy(problem, "solverCode");
     const std::size_t n = data.n;
     const std::size_t m = data.m;
     frontend::Dense U(n, n);

@@ -22,7 +22,7 @@ constexpr std::size_t MostPulls = 8;
 
 }  // namespace
 
-BlockDual::BlockDual(Subproblem& problem, Sides first, Control& control)
+BlockDual::BlockDual(Subproblem& problem, Constraints first, Control& control)
     : data_(problem.data()),
       weights_(problem.weights()),
       equality_(problem),

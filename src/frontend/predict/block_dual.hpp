@@ -22,7 +22,7 @@ namespace activeset::frontend {
 class BlockDual {
 public:
     /// @param first  equalities, and constraints that may be active
-    BlockDual(Subproblem& problem, Sides first, Control& control);
+    BlockDual(Subproblem& problem, Constraints first, Control& control);
 
     [[nodiscard]] DualOutcome run();
 
@@ -54,7 +54,7 @@ private:
     void contradict(const Violated& entering, Vector r);
     void hold(const Violated& newcomer);
     void solve(List& wanted);
-    [[nodiscard]] bool hasRisen(const Sides& before) const;
+    [[nodiscard]] bool hasRisen(const Constraints& before) const;
     void accept();
     void release(std::size_t constraint);
     void ignoreNothing() { isIgnored_.assign(isIgnored_.size(), false); }
@@ -63,10 +63,10 @@ private:
         return sign == 0.0 || sign * multiplier > 0.0;
     }
 
-    const Data& data_;
+    const ProblemData& data_;
     const Vector& weights_;
     EqualityProblem equality_;
-    Sides sides_;  // W and, within a step, what may join it
+    Constraints sides_;  // W and, within a step, what may join it
     Control& control_;
     List W_;
     Vector lambda_;  // of each constraint; 0 outside of W

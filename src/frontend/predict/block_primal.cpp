@@ -14,11 +14,11 @@ namespace {
 constexpr std::size_t MostFreed = 8;  // in a step
 
 /// x moved along the row by so much, inside the bounds.
-double shifted(const Data& data, const Vector& x, std::size_t j, double t) {
+double shifted(const ProblemData& data, const Vector& x, std::size_t j, double t) {
     return std::min(std::max(x[j] + t * data.A[j], data.lower[j]), data.upper[j]);
 }
 
-double valueOfRow(const Data& data, const Vector& x, double t) {
+double valueOfRow(const ProblemData& data, const Vector& x, double t) {
     double value = 0.0;
     for (std::size_t j = 0; j < data.n; ++j) {
         value += data.A[j] * shifted(data, x, j, t);
@@ -28,11 +28,11 @@ double valueOfRow(const Data& data, const Vector& x, double t) {
 
 }  // namespace
 
-bool BlockPrimal::suits(const Data& data) {
+bool BlockPrimal::suits(const ProblemData& data) {
     return data.m == 0 || (data.m == 1 && data.rowLower[0] == data.rowUpper[0]);
 }
 
-BlockPrimal::BlockPrimal(Subproblem& problem, Sides first, Control& control)
+BlockPrimal::BlockPrimal(Subproblem& problem, Constraints first, Control& control)
     : data_(problem.data()),
       system_(problem.freeSystem()),
       control_(control),
@@ -252,8 +252,8 @@ BlockPrimal::List BlockPrimal::mostWrong() const {
     return result;
 }
 
-Sides BlockPrimal::sides() const {
-    Sides result = first_;
+Constraints BlockPrimal::sides() const {
+    Constraints result = first_;
     for (std::size_t j = 0; j < data_.n; ++j) {
         if (result[data_.m + j] != Side::Both) {
             const Side side = x_[j] == data_.lower[j] ? Side::Lower : Side::Upper;

@@ -19,16 +19,16 @@ namespace activeset::frontend {
 class BlockPrimal {
 public:
     /// Whether there are only bounds and at most one row, an equality.
-    [[nodiscard]] static bool suits(const Data& data);
+    [[nodiscard]] static bool suits(const ProblemData& data);
 
     /// @param first  of its bounds the start is made
-    BlockPrimal(Subproblem& problem, Sides first, Control& control);
+    BlockPrimal(Subproblem& problem, Constraints first, Control& control);
 
     /// Whether no multiplier has the wrong sign any more, but for rounding.
     [[nodiscard]] bool run();
     [[nodiscard]] std::size_t steps() const { return steps_; }
     /// After a success.
-    [[nodiscard]] Sides sides() const;
+    [[nodiscard]] Constraints sides() const;
 
 private:
     using List = std::vector<std::size_t>;
@@ -43,10 +43,10 @@ private:
     [[nodiscard]] double chooseMultiplier() const;
     [[nodiscard]] List mostWrong() const;
 
-    const Data& data_;
+    const ProblemData& data_;
     FreeSystem& system_;
     Control& control_;
-    Sides first_;
+    Constraints first_;
     Vector x_;
     Vector g_;      // H·x + c
     double y_ = 0;  // of the row

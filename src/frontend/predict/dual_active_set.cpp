@@ -34,7 +34,7 @@ struct Entering {
 
 class DualMethod {
 public:
-    DualMethod(const Data& data, const Dense& factor, Sides guess, Control& control)
+    DualMethod(const ProblemData& data, const Dense& factor, Constraints guess, Control& control)
         : data_(data),
           sides_(std::move(guess)),
           control_(control),
@@ -229,8 +229,8 @@ private:
         return result;
     }
 
-    const Data& data_;
-    Sides sides_;
+    const ProblemData& data_;
+    Constraints sides_;
     Control& control_;
     DualFactors factors_;
     std::vector<bool> isIgnored_;  // depends on the members, and is where they put it
@@ -245,7 +245,10 @@ private:
 
 }  // namespace
 
-DualOutcome solveDual(const Data& data, const Dense& factor, Sides guess, Control& control) {
+DualOutcome solveDual(const ProblemData& data,
+                      const Dense& factor,
+                      Constraints guess,
+                      Control& control) {
     return DualMethod(data, factor, std::move(guess), control).run();
 }
 

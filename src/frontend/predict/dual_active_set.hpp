@@ -16,9 +16,9 @@ namespace activeset::frontend {
 /// objective rises with every constraint that arrives, so that no set comes twice.
 ///
 /// @param factor  the upper Cholesky factor of H
-[[nodiscard]] DualOutcome solveDual(const Data& data,
+[[nodiscard]] DualOutcome solveDual(const ProblemData& data,
                                     const Dense& factor,
-                                    Sides guess,
+                                    Constraints guess,
                                     Control& control);
 
 }  // namespace activeset::frontend

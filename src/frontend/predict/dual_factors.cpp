@@ -28,7 +28,7 @@ ConstBlock triangle(const Dense& matrix, std::size_t order) {
 }
 
 // Those with equal sides first.
-std::vector<std::size_t> orderedMembers(const Sides& sides) {
+std::vector<std::size_t> orderedMembers(const Constraints& sides) {
     std::vector<std::size_t> members = sides.members();
     std::stable_partition(members.begin(), members.end(),
                           [&](std::size_t k) { return sides[k] == Side::Both; });
@@ -37,7 +37,7 @@ std::vector<std::size_t> orderedMembers(const Sides& sides) {
 
 }  // namespace
 
-DualFactors::DualFactors(const Dense& factor, const Sides& sides)
+DualFactors::DualFactors(const Dense& factor, const Constraints& sides)
     : n_(factor.rows), R_(n_, n_), members_(orderedMembers(sides)) {
     const std::size_t count = std::min(members_.size(), n_);
     members_.resize(count);

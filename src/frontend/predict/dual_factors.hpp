@@ -19,7 +19,7 @@ public:
     /// on others before them.
     ///
     /// @param factor  U of H = UᵀU, in the upper triangle
-    DualFactors(const Dense& factor, const Sides& sides);
+    DualFactors(const Dense& factor, const Constraints& sides);
 
     /// In the order of their arrival.
     [[nodiscard]] const std::vector<std::size_t>& members() const { return members_; }

@@ -13,7 +13,7 @@ struct DualOutcome {
         Slow,    ///< constraints come one by one now; the set has multipliers of the right signs
         Stopped  ///< by the control, by the limit of steps or by rounding
     } end = Stopped;
-    Sides sides;  ///< holds the working set
+    Constraints sides;  ///< holds the working set
     Point point;
     std::size_t steps = 0;  ///< working sets that were tried
 };

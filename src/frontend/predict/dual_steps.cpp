@@ -31,7 +31,7 @@ void BlockDual::solve(List& wanted) {
 // the misses a·x − side of each set's minimum are its slopes there, 0 for members: so it rises by
 // Σ λ'_k·miss_k over newcomers, less Σ λ_k·miss'_k over those that left. The difference of the two
 // values would drown in rounding where H is nearly singular.
-bool BlockDual::hasRisen(const Sides& before) const {
+bool BlockDual::hasRisen(const Constraints& before) const {
     constexpr double Rounding = 1e-12;
     const List& V = equality_.members();
     std::vector<bool> isMember(sides_.count(), false);
@@ -129,7 +129,7 @@ void BlockDual::followPath(List wanted) {
 
 // Several violated constraints at once. False, nothing changed, where that does not raise Φ.
 bool BlockDual::takesIn(const std::vector<Violated>& newcomers) {
-    const Sides before = sides_;
+    const Constraints before = sides_;
     const auto wanted = [&] {
         List list = W_;
         for (const Violated& newcomer : newcomers) {

@@ -52,7 +52,7 @@ void EqualityProblem::setMembers(const List& wanted) {
     takeProducts(newcomers);
 }
 
-void EqualityProblem::solve(const Sides& sides, Vector& multipliers) const {
+void EqualityProblem::solve(const Constraints& sides, Vector& multipliers) const {
     constexpr int Corrections = 2;
     multipliers.resize(members().size());
     for (std::size_t k = 0; k < multipliers.size(); ++k) {
@@ -83,7 +83,7 @@ Vector EqualityProblem::valuesOf(const List& constraints, const Vector& multipli
     return values;
 }
 
-Vector EqualityProblem::minimiser(const Sides& sides, const Vector& multipliers) const {
+Vector EqualityProblem::minimiser(const Constraints& sides, const Vector& multipliers) const {
     Vector x = t_;
     columns_.subtract(members(), multipliers.data(), x.data());
     blas::trsvUpper(Op::None, viewOf(factor_), x.data());
@@ -91,7 +91,7 @@ Vector EqualityProblem::minimiser(const Sides& sides, const Vector& multipliers)
     return x;
 }
 
-void EqualityProblem::setBounds(const Sides& sides, Vector& x) const {
+void EqualityProblem::setBounds(const Constraints& sides, Vector& x) const {
     for (const std::size_t k : members()) {
         if (!sides.isRow(k)) {
             x[k - data_.m] = sides.target(k);
@@ -99,7 +99,7 @@ void EqualityProblem::setBounds(const Sides& sides, Vector& x) const {
     }
 }
 
-void EqualityProblem::moveToSides(const Sides& sides,
+void EqualityProblem::moveToSides(const Constraints& sides,
                                   const Vector& values,
                                   Vector& x,
                                   Vector& multipliers) const {
@@ -128,7 +128,7 @@ void EqualityProblem::correct(Vector& x,
     axpy(1.0, change.data(), multipliers.data(), change.size());
 }
 
-void EqualityProblem::refine(const Sides& sides, Vector& x, Vector& multipliers) const {
+void EqualityProblem::refine(const Constraints& sides, Vector& x, Vector& multipliers) const {
     constexpr int MostCorrections = 4;
     constexpr double Small = 1e-11;  // a correction of such residuals leaves rounding
     setBounds(sides, x);
@@ -193,7 +193,7 @@ void EqualityProblem::refineDependence(std::size_t q, Vector& r) const {
     }
 }
 
-Point pointOf(const Data& data,
+Point pointOf(const ProblemData& data,
               const NamedColumns::List& constraints,
               const Vector& multipliers,
               Vector x) {

@@ -22,18 +22,18 @@ public:
     /// Makes members of the constraints in a list but for those that depend on others before them.
     void setMembers(const List& wanted);
     /// λ, an entry a member, of the values that `sides` holds them at.
-    void solve(const Sides& sides, Vector& multipliers) const;
+    void solve(const Constraints& sides, Vector& multipliers) const;
     /// x for these λ.
-    [[nodiscard]] Vector minimiser(const Sides& sides, const Vector& multipliers) const;
+    [[nodiscard]] Vector minimiser(const Constraints& sides, const Vector& multipliers) const;
     /// What constraints that were members make of the x for these λ.
     [[nodiscard]] Vector valuesOf(const List& constraints, const Vector& multipliers) const;
     /// Corrects both for what x misses of the members' sides, given the values of all constraints.
-    void moveToSides(const Sides& sides,
+    void moveToSides(const Constraints& sides,
                      const Vector& values,
                      Vector& x,
                      Vector& multipliers) const;
     /// Corrects both for what is left of the equations in extended precision.
-    void refine(const Sides& sides, Vector& x, Vector& multipliers) const;
+    void refine(const Constraints& sides, Vector& x, Vector& multipliers) const;
 
     /// What constraint q has in common with the members.
     struct Dependence {
@@ -46,11 +46,11 @@ public:
     void refineDependence(std::size_t q, Vector& r) const;
 
 private:
-    void setBounds(const Sides& sides, Vector& x) const;
+    void setBounds(const Constraints& sides, Vector& x) const;
     void correct(Vector& x, Vector& multipliers, Vector gradient, const Vector& misses) const;
     void takeProducts(const List& constraints);
 
-    const Data& data_;
+    const ProblemData& data_;
     const Dense& factor_;
     NamedColumns& columns_;
     WorkingFactor& working_;
@@ -59,7 +59,7 @@ private:
 };
 
 /// y and z out of multipliers, one a constraint of the list.
-[[nodiscard]] Point pointOf(const Data& data,
+[[nodiscard]] Point pointOf(const ProblemData& data,
                             const NamedColumns::List& constraints,
                             const Vector& multipliers,
                             Vector x);

@@ -74,7 +74,7 @@ void FreeSystem::solve(Vector& f, Vector& r) const {
     blas::trsvUpper(Op::None, viewOf(L_), f.data());
 }
 
-void addHessianColumns(const Data& data,
+void addHessianColumns(const ProblemData& data,
                        const std::vector<std::size_t>& list,
                        const double* x,
                        double* v) {

@@ -18,7 +18,7 @@ public:
     using List = std::vector<std::size_t>;
 
     /// Keeps a reference.
-    explicit FreeSystem(const Data& data) : data_(data) {}
+    explicit FreeSystem(const ProblemData& data) : data_(data) {}
 
     /// False, and nothing may be solved, where rounding leaves one of the factors without a pivot.
     [[nodiscard]] bool setSets(const List& F, const List& R);
@@ -31,7 +31,7 @@ private:
     [[nodiscard]] bool factoriseFree();
     [[nodiscard]] bool factoriseRows();
 
-    const Data& data_;
+    const ProblemData& data_;
     bool isFactorised_ = false;
     List F_;
     List R_;
@@ -41,7 +41,7 @@ private:
 };
 
 /// v += Σ x_j·H(:,j) over j in a list.
-void addHessianColumns(const Data& data,
+void addHessianColumns(const ProblemData& data,
                        const std::vector<std::size_t>& list,
                        const double* x,
                        double* v);

@@ -10,7 +10,7 @@
 
 namespace activeset::frontend {
 
-NamedColumns::NamedColumns(const Data& data, const Dense& factor)
+NamedColumns::NamedColumns(const ProblemData& data, const Dense& factor)
     : data_(data), factor_(factor), place_(data.m + data.n, None), columns_(data.n, 0) {}
 
 NamedColumns::List NamedColumns::missingOf(const List& wanted) const {

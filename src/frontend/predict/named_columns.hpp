@@ -22,7 +22,7 @@ public:
     /// Keeps references to both.
     ///
     /// @param factor  Lᵀ, in the upper triangle
-    NamedColumns(const Data& data, const Dense& factor);
+    NamedColumns(const ProblemData& data, const Dense& factor);
 
     [[nodiscard]] std::size_t constraints() const { return place_.size(); }
     /// Forms the columns that are missing, all at once. Where they would become too many, all go
@@ -51,7 +51,7 @@ private:
     void formInner(std::size_t added);
     [[nodiscard]] std::size_t runLength(const List& list, std::size_t first) const;
 
-    const Data& data_;
+    const ProblemData& data_;
     const Dense& factor_;
     std::vector<std::size_t> place_;  // of each constraint among the columns, or None
     Dense columns_;                   // the first count_ are in use

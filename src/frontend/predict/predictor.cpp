@@ -15,7 +15,7 @@ namespace {
 
 // Bounds by the free variables, and few rows beside them. Rows that may come and go mislead a
 // guess; equalities only cost.
-bool areRowsFew(const Data& data, const Sides& start) {
+bool areRowsFew(const ProblemData& data, const Constraints& start) {
     constexpr std::size_t VariablesPerRow = 8;
     constexpr std::size_t VariablesPerEquality = 3;
     std::size_t equalities = 0;
@@ -38,7 +38,10 @@ void refine(Subproblem& problem, DualOutcome& outcome, Control& control) {
     outcome.point = pointOf(problem.data(), equality.members(), multipliers, std::move(x));
 }
 
-void guess(Subproblem& problem, const Sides& start, Control& control, Prediction& prediction) {
+void guess(Subproblem& problem,
+           const Constraints& start,
+           Control& control,
+           Prediction& prediction) {
     PrimalDualGuess guess(problem, start, control);
     prediction.isSettled = guess.run();
     prediction.rounds += guess.rounds();
@@ -51,8 +54,8 @@ void guess(Subproblem& problem, const Sides& start, Control& control, Prediction
 }  // namespace
 
 Prediction predict(Subproblem& problem, const WorkingSet& first, Control& control) {
-    const Data& data = problem.data();
-    const Sides start(data, first);
+    const ProblemData& data = problem.data();
+    const Constraints start(data, first);
     Prediction prediction;
     if (areRowsFew(data, start)) {
         guess(problem, start, control, prediction);

@@ -10,12 +10,12 @@
 
 namespace activeset::frontend {
 
-PrimalDualGuess::PrimalDualGuess(Subproblem& problem, const Sides& first, Control& control)
+PrimalDualGuess::PrimalDualGuess(Subproblem& problem, const Constraints& first, Control& control)
     : data_(problem.data()),
       system_(problem.freeSystem()),
       control_(control),
       sides_(first),
-      isWarm_(first.all() != Sides(data_).all()),
+      isWarm_(first.all() != Constraints(data_).all()),
       point_{Vector(data_.n, 0.0), Vector(data_.m, 0.0), Vector(data_.n, 0.0)} {}
 
 bool PrimalDualGuess::run() {

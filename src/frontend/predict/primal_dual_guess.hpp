@@ -19,13 +19,13 @@ class PrimalDualGuess {
 public:
     /// @param first  where to begin; with equalities alone a few sweeps of coordinate descent on
     ///               the bounds choose the start
-    PrimalDualGuess(Subproblem& problem, const Sides& first, Control& control);
+    PrimalDualGuess(Subproblem& problem, const Constraints& first, Control& control);
 
     /// Whether a round has changed nothing, so that the point is the minimum.
     [[nodiscard]] bool run();
     [[nodiscard]] std::size_t rounds() const { return rounds_; }
     /// After a success.
-    [[nodiscard]] const Sides& sides() const { return sides_; }
+    [[nodiscard]] const Constraints& sides() const { return sides_; }
     [[nodiscard]] Point point() &&;
 
 private:
@@ -35,10 +35,10 @@ private:
     [[nodiscard]] std::size_t exchangeRows();
     void refine();
 
-    const Data& data_;
+    const ProblemData& data_;
     FreeSystem& system_;
     Control& control_;
-    Sides sides_;
+    Constraints sides_;
     bool isWarm_;
     std::size_t rounds_ = 0;
     Point point_;

@@ -55,7 +55,7 @@ void writeWorkingSet(SmallMemory& m, const SmallDual& dual, WorkingSet& set) {
     list(m, shape.rows(), shape.n, set.fixed, set.atLower, set.atUpper);
 }
 
-Vector startOf(const Problem& problem, const WarmStart& start, const Data& data) {
+Vector startOf(const Problem& problem, const WarmStart& start, const ProblemData& data) {
     Vector x(data.n, 0.0);
     std::copy_n(start.x.begin(), std::min(data.n, start.x.size()), x.begin());
     if (start.x.empty() && problem.warmStart == nullptr && !problem.start.empty()) {
@@ -69,7 +69,7 @@ Vector startOf(const Problem& problem, const WarmStart& start, const Data& data)
 }
 
 // As of any other contradiction that was predicted: for points of all sizes that matter.
-std::optional<Farkas> provedContradiction(const Data& data, Vector y) {
+std::optional<Farkas> provedContradiction(const ProblemData& data, Vector y) {
     constexpr double ProofTolerance = 1e-9;
     constexpr double Far = 1e12;
     Farkas farkas = judgeFarkas(data, std::move(y));
@@ -107,11 +107,11 @@ void writeOptimum(const Problem& problem,
                   const SmallOptimum& optimum,
                   bool isSetWanted,
                   Result& result) {
-    constexpr double WorthIt = 1e-10;  // an absolute gap above this is made smaller if it can be
+    constexpr double LargeGap = 1e-10;  // an absolute gap above this is made smaller if it can be
     SmallMemory& memory = optimum.memory;
     const SmallShape& shape = memory.shape;
     const double* const z = memory.multipliers + shape.rows();
-    const bool isBalanced = !(optimum.judgement.certificate.gap.absolute > WorthIt);
+    const bool isBalanced = !(optimum.judgement.certificate.gap.absolute > LargeGap);
     clear(result);
     result.status = Status::Optimal;
     result.wasPredicted = true;
@@ -126,7 +126,7 @@ void writeOptimum(const Problem& problem,
     if (!isBalanced) {
         Judgement best = optimum.judgement;
         Point point{std::move(result.x), std::move(result.y), std::move(result.z)};
-        balance(copyOf(problem), result.workingSet, optimum.tolerance, point, best);
+        correctGap(copyOf(problem), result.workingSet, optimum.tolerance, point, best);
         take(result, std::move(point), best);
     }
 }
@@ -147,7 +147,7 @@ bool writeContradiction(const Problem& problem,
     for (std::size_t k = 0; k < dual.factor().size(); ++k) {
         set(dual.constraintOf(k), -memory.sign[k] * memory.p[k]);
     }
-    const Data data = copyOf(problem);
+    const ProblemData data = copyOf(problem);
     std::optional<Farkas> farkas = provedContradiction(data, std::move(y));
     if (!farkas) {
         return false;
@@ -157,7 +157,7 @@ bool writeContradiction(const Problem& problem,
     result.farkas = std::move(farkas);
     result.workingSet.clear();
     if (start.workingSet.size() != 0) {
-        result.workingSet = Sides(data, start.workingSet).workingSet();
+        result.workingSet = Constraints(data, start.workingSet).workingSet();
     }
     Point point{startOf(problem, start, data), Vector(data.m, 0.0), Vector(data.n, 0.0)};
     const Judgement judgement = judge(data, point);

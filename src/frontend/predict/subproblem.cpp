@@ -8,11 +8,11 @@ namespace activeset::frontend {
 
 namespace {
 
-Data shifted(const Data& problem, double rho) {
+ProblemData shifted(const ProblemData& problem, double rho) {
     if (!(rho > 0.0)) {
         return {};
     }
-    Data result = problem;
+    ProblemData result = problem;
     result.H.grow(result.n * result.n);
     for (std::size_t j = 0; j < result.n; ++j) {
         result.H[j * result.n + j] += rho;
@@ -21,7 +21,7 @@ Data shifted(const Data& problem, double rho) {
     return result;
 }
 
-Dense hessianOf(const Data& data) {
+Dense hessianOf(const ProblemData& data) {
     if (!data.quadratic) {
         return {data.n, data.n};
     }
@@ -33,7 +33,7 @@ Dense hessianOf(const Data& data) {
 
 }  // namespace
 
-Subproblem::Subproblem(const Data& problem, double rho)
+Subproblem::Subproblem(const ProblemData& problem, double rho)
     : problem_(problem),
       rho_(rho),
       shifted_(shifted(problem, rho)),
@@ -59,7 +59,7 @@ void Subproblem::setCentre(const Vector& centre) {
 
 const Vector& Subproblem::weights() {
     if (weights_.empty()) {
-        const Data& all = data();
+        const ProblemData& all = data();
         Vector squares(all.m + all.n, 0.0);
         for (std::size_t j = 0; j < all.n; ++j) {
             const double scale = 1.0 / all.columnOfH(j)[j];

@@ -17,7 +17,7 @@ namespace activeset::frontend {
 class Subproblem {
 public:
     /// Keeps a reference to the problem, whose matrices must not change.
-    Subproblem(const Data& problem, double rho);
+    Subproblem(const ProblemData& problem, double rho);
     Subproblem(const Subproblem&) = delete;
     Subproblem& operator=(const Subproblem&) = delete;
     ~Subproblem() = default;
@@ -30,7 +30,7 @@ public:
     /// Leaves the factor, and nothing of the constraints that were looked at.
     void forget();
 
-    [[nodiscard]] const Data& data() const { return rho_ > 0.0 ? shifted_ : problem_; }
+    [[nodiscard]] const ProblemData& data() const { return rho_ > 0.0 ? shifted_ : problem_; }
     /// The upper Cholesky factor Lᵀ of H + ρI.
     [[nodiscard]] const Dense& factor() const { return factor_; }
     [[nodiscard]] NamedColumns& columns() { return sets_->columns; }
@@ -41,13 +41,13 @@ public:
     [[nodiscard]] const Vector& weights();
 
 private:
-    const Data& problem_;
+    const ProblemData& problem_;
     double rho_;
-    Data shifted_;  // for ρ > 0
+    ProblemData shifted_;  // for ρ > 0
     Dense factor_;
     bool isDefinite_;
     struct Sets {
-        Sets(const Data& data, const Dense& factor)
+        Sets(const ProblemData& data, const Dense& factor)
             : columns(data, factor), working(columns), free(data) {}
         NamedColumns columns;
         WorkingFactor working;

@@ -8,7 +8,7 @@
 
 namespace activeset::frontend {
 
-void writeRow(const Data& data, std::size_t k, double* target) {
+void writeRow(const ProblemData& data, std::size_t k, double* target) {
     if (k >= data.m) {
         std::fill_n(target, data.n, 0.0);
         target[k - data.m] = 1.0;
@@ -20,7 +20,9 @@ void writeRow(const Data& data, std::size_t k, double* target) {
 }
 
 // Column by column of A, in bands of rows whose targets stay in the cache.
-void writeRows(const Data& data, const std::vector<std::size_t>& constraints, double* target) {
+void writeRows(const ProblemData& data,
+               const std::vector<std::size_t>& constraints,
+               double* target) {
     constexpr std::size_t Band = 8;
     for (std::size_t first = 0; first < constraints.size(); first += Band) {
         const std::size_t last = std::min(first + Band, constraints.size());
@@ -39,7 +41,8 @@ void writeRows(const Data& data, const std::vector<std::size_t>& constraints, do
     }
 }
 
-Sides::Sides(const Data& data) : data_(&data), held_(data.m + data.n, Side::None) {
+Constraints::Constraints(const ProblemData& data)
+    : data_(&data), held_(data.m + data.n, Side::None) {
     for (std::size_t k = 0; k < held_.size(); ++k) {
         if (lower(k) == upper(k)) {
             held_[k] = Side::Both;
@@ -47,7 +50,7 @@ Sides::Sides(const Data& data) : data_(&data), held_(data.m + data.n, Side::None
     }
 }
 
-Sides::Sides(const Data& data, const WorkingSet& set) : Sides(data) {
+Constraints::Constraints(const ProblemData& data, const WorkingSet& set) : Constraints(data) {
     const auto take = [this](const std::vector<std::size_t>& indices, std::size_t first,
                              std::size_t count, Side side) {
         for (const std::size_t index : indices) {
@@ -64,12 +67,12 @@ Sides::Sides(const Data& data, const WorkingSet& set) : Sides(data) {
     take(set.atUpper, data.m, data.n, Side::Upper);
 }
 
-std::size_t Sides::size() const {
+std::size_t Constraints::size() const {
     const auto none = std::count(held_.begin(), held_.end(), Side::None);
     return held_.size() - static_cast<std::size_t>(none);
 }
 
-std::vector<std::size_t> Sides::members() const {
+std::vector<std::size_t> Constraints::members() const {
     std::vector<std::size_t> result;
     result.reserve(size());
     for (std::size_t k = 0; k < held_.size(); ++k) {
@@ -80,7 +83,7 @@ std::vector<std::size_t> Sides::members() const {
     return result;
 }
 
-Vector Sides::targets() const {
+Vector Constraints::targets() const {
     Vector result;
     result.reserve(size());
     for (std::size_t k = 0; k < held_.size(); ++k) {
@@ -91,7 +94,7 @@ Vector Sides::targets() const {
     return result;
 }
 
-WorkingSet Sides::workingSet() const {
+WorkingSet Constraints::workingSet() const {
     WorkingSet set;
     for (const std::size_t member : members()) {
         const std::size_t index = isRow(member) ? member : member - data_->m;
@@ -109,13 +112,13 @@ WorkingSet Sides::workingSet() const {
     return set;
 }
 
-Vector Sides::row(std::size_t k) const {
+Vector Constraints::row(std::size_t k) const {
     Vector result(data_->n);
     writeRow(*data_, k, result.data());
     return result;
 }
 
-Vector Sides::values(const Vector& x) const {
+Vector Constraints::values(const Vector& x) const {
     Vector result = product(data_->A, data_->m, x);
     result.insert(result.end(), x.begin(), x.end());
     return result;

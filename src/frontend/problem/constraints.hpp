@@ -14,17 +14,19 @@ namespace activeset::frontend {
 enum class Side : std::uint8_t { None, Lower, Upper, Both };
 
 /// Writes the gradient of constraint k, n entries.
-void writeRow(const Data& data, std::size_t k, double* target);
+void writeRow(const ProblemData& data, std::size_t k, double* target);
 /// Writes those of many constraints, one behind the other; of bounds only the entry that is not 0,
 /// where the target is 0.
-void writeRows(const Data& data, const std::vector<std::size_t>& constraints, double* target);
+void writeRows(const ProblemData& data,
+               const std::vector<std::size_t>& constraints,
+               double* target);
 
-class Sides {
+class Constraints {
 public:
     /// Equalities and nothing else.
-    explicit Sides(const Data& data);
+    explicit Constraints(const ProblemData& data);
     /// Equalities, and of a working set what exists.
-    Sides(const Data& data, const WorkingSet& set);
+    Constraints(const ProblemData& data, const WorkingSet& set);
 
     [[nodiscard]] std::size_t count() const { return held_.size(); }
     [[nodiscard]] Side operator[](std::size_t k) const { return held_[k]; }
@@ -68,7 +70,7 @@ public:
     }
 
 private:
-    const Data* data_;
+    const ProblemData* data_;
     std::vector<Side> held_;
 };
 

@@ -33,7 +33,7 @@ private:
     Vector values_;
 };
 
-Columns transposedColumns(const Data& data, const Vector& y) {
+Columns transposedColumns(const ProblemData& data, const Vector& y) {
     Columns columns(data.n);
     exactTransposedProduct({data.A.data(), data.m, data.n, data.m}, y.data(), columns.view());
     return columns;
@@ -41,13 +41,13 @@ Columns transposedColumns(const Data& data, const Vector& y) {
 
 }  // namespace
 
-std::vector<Sum> rowValues(const Data& data, const Vector& x) {
+std::vector<Sum> rowValues(const ProblemData& data, const Vector& x) {
     Columns columns(data.m);
     exactProduct({data.A.data(), data.m, data.n, data.m}, x.data(), columns.view());
     return columns.sums();
 }
 
-std::vector<Sum> curvedSums(const Data& data, const Vector& x) {
+std::vector<Sum> curvedSums(const ProblemData& data, const Vector& x) {
     if (!data.quadratic) {
         return std::vector<Sum>(data.n);
     }
@@ -56,24 +56,24 @@ std::vector<Sum> curvedSums(const Data& data, const Vector& x) {
     return columns.sums();
 }
 
-void addLinear(std::vector<Sum>& sums, const Data& data) {
+void addLinear(std::vector<Sum>& sums, const ProblemData& data) {
     for (std::size_t j = 0; j < data.n; ++j) {
         sums[j].add(data.c[j]);
     }
 }
 
-void addTransposedProduct(std::vector<Sum>& sums, const Data& data, const Vector& y) {
+void addTransposedProduct(std::vector<Sum>& sums, const ProblemData& data, const Vector& y) {
     transposedColumns(data, y).addTo(sums);
 }
 
-std::vector<Sum> gradientSums(const Data& data, const Vector& x, const Vector& y) {
+std::vector<Sum> gradientSums(const ProblemData& data, const Vector& x, const Vector& y) {
     std::vector<Sum> sums = curvedSums(data, x);
     addLinear(sums, data);
     addTransposedProduct(sums, data, y);
     return sums;
 }
 
-std::vector<Sum> transposedSums(const Data& data, const Vector& y) {
+std::vector<Sum> transposedSums(const ProblemData& data, const Vector& y) {
     return transposedColumns(data, y).sums();
 }
 

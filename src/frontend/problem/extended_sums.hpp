@@ -35,16 +35,18 @@ struct Sum {
 }
 
 /// A·x, m sums.
-[[nodiscard]] std::vector<Sum> rowValues(const Data& data, const Vector& x);
+[[nodiscard]] std::vector<Sum> rowValues(const ProblemData& data, const Vector& x);
 /// H·x, n sums.
-[[nodiscard]] std::vector<Sum> curvedSums(const Data& data, const Vector& x);
+[[nodiscard]] std::vector<Sum> curvedSums(const ProblemData& data, const Vector& x);
 /// Adds c.
-void addLinear(std::vector<Sum>& sums, const Data& data);
+void addLinear(std::vector<Sum>& sums, const ProblemData& data);
 /// Adds Aᵀy.
-void addTransposedProduct(std::vector<Sum>& sums, const Data& data, const Vector& y);
+void addTransposedProduct(std::vector<Sum>& sums, const ProblemData& data, const Vector& y);
 /// H·x + c + Aᵀy and Aᵀy, n sums.
-[[nodiscard]] std::vector<Sum> gradientSums(const Data& data, const Vector& x, const Vector& y);
-[[nodiscard]] std::vector<Sum> transposedSums(const Data& data, const Vector& y);
+[[nodiscard]] std::vector<Sum> gradientSums(const ProblemData& data,
+                                            const Vector& x,
+                                            const Vector& y);
+[[nodiscard]] std::vector<Sum> transposedSums(const ProblemData& data, const Vector& y);
 
 }  // namespace activeset::frontend
 

@@ -39,7 +39,7 @@ void copySides(const VectorView& lower, const VectorView& upper, Vector& lowers,
 }
 
 // Halves that differ by rounding become their mean.
-void copyHessian(const MatrixView& matrix, Data& data) {
+void copyHessian(const MatrixView& matrix, ProblemData& data) {
     copyMatrix(matrix, data.H);
     const bool isExact = data.H.empty() || isSymmetric(data.H.data(), data.n, data.n);
     for (std::size_t j = 0; j < data.n && !isExact; ++j) {
@@ -88,7 +88,7 @@ std::size_t variablesOf(const Problem& problem) {
     return problem.H.cols() != 0 ? problem.H.cols() : problem.A.cols();
 }
 
-void copyPart(const Problem& problem, Part part, Data& data) {
+void copyPart(const Problem& problem, Part part, ProblemData& data) {
     switch (part) {
         case Part::Hessian:
             copyHessian(problem.H, data);
@@ -111,7 +111,7 @@ void copyPart(const Problem& problem, Part part, Data& data) {
     }
 }
 
-void complete(Data& data) {
+void complete(ProblemData& data) {
     data.c.resize(data.n, 0.0);
     data.rowLower.resize(data.m, -Infinity);
     data.rowUpper.resize(data.m, Infinity);
@@ -119,8 +119,8 @@ void complete(Data& data) {
     data.upper.resize(data.n, Infinity);
 }
 
-Data copyOf(const Problem& problem, std::span<const Part> parts) {
-    Data data;
+ProblemData copyOf(const Problem& problem, std::span<const Part> parts) {
+    ProblemData data;
     data.n = variablesOf(problem);
     data.m = problem.A.rows();
     for (const Part part : parts) {

@@ -15,7 +15,7 @@ namespace activeset::frontend {
 
 /// min ½xᵀHx + cᵀx + constant subject to rowLower ≤ A·x ≤ rowUpper, lower ≤ x ≤ upper. What the
 /// caller left out is written out: zeros, infinities. Matrices are column-major without gaps.
-struct Data {
+struct ProblemData {
     std::size_t n = 0;
     std::size_t m = 0;
     bool quadratic = false;  ///< H has an entry that is not zero; H is empty otherwise
@@ -62,11 +62,11 @@ inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
 
 /// Copies one part of a problem, which has no faults there; a vector that is absent is empty then.
 /// A start is not part of the data.
-void copyPart(const Problem& problem, Part part, Data& data);
+void copyPart(const Problem& problem, Part part, ProblemData& data);
 /// Writes out what is absent. Once no part has faults, the sizes are true.
-void complete(Data& data);
+void complete(ProblemData& data);
 /// Copies all of a problem without faults, or some parts and what stands for absent vectors.
-[[nodiscard]] Data copyOf(const Problem& problem, std::span<const Part> parts = AllParts);
+[[nodiscard]] ProblemData copyOf(const Problem& problem, std::span<const Part> parts = AllParts);
 
 }  // namespace activeset::frontend
 

@@ -25,7 +25,7 @@ double powerOfTwoNear(double value) {
 
 // One sweep: the square roots of the largest scaled entries of columns and rows are taken off.
 // False, nothing changed, where all of them are near 1.
-bool sweep(const Data& data, Scaling& scaling) {
+bool sweep(const ProblemData& data, Scaling& scaling) {
     Vector column(data.n, 0.0);
     Vector row(data.m, 0.0);
     for (std::size_t j = 0; j < data.n; ++j) {
@@ -89,7 +89,7 @@ struct Extent {
 // The entries of the matrices do not tell how large the variables are. Where all that does tell,
 // sides, bounds and the minimum without them, says that they are far from 1, one factor for all of
 // them brings them there: the core's tolerances are absolute.
-void chooseUnit(const Data& data, Scaling& scaling) {
+void chooseUnit(const ProblemData& data, Scaling& scaling) {
     constexpr double Far = 1e3;
     Extent extent;
     for (std::size_t i = 0; i < data.m; ++i) {
@@ -123,7 +123,7 @@ void chooseUnit(const Data& data, Scaling& scaling) {
 
 }  // namespace
 
-Scaling Scaling::of(const Data& data) {
+Scaling Scaling::of(const ProblemData& data) {
     Scaling scaling{Vector(data.n, 1.0), Vector(data.m, 1.0), 1.0};
     for (int k = 0; k < MostSweeps && sweep(data, scaling); ++k) {
     }
@@ -141,8 +141,8 @@ Scaling Scaling::of(const Data& data) {
     return scaling;
 }
 
-Data Scaling::apply(const Data& data) const {
-    Data result;
+ProblemData Scaling::apply(const ProblemData& data) const {
+    ProblemData result;
     result.n = data.n;
     result.m = data.m;
     result.quadratic = data.quadratic;
@@ -166,7 +166,7 @@ Data Scaling::apply(const Data& data) const {
     return result;
 }
 
-void Scaling::applyToVectors(const Data& data, Data& result) const {
+void Scaling::applyToVectors(const ProblemData& data, ProblemData& result) const {
     result.c = data.c;
     result.rowLower = data.rowLower;
     result.rowUpper = data.rowUpper;

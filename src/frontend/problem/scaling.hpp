@@ -14,11 +14,11 @@ struct Scaling {
     double objective = 1.0;
 
     /// The scaling under which rows and columns of [H Aᵀ; A 0] have largest entries near 1.
-    [[nodiscard]] static Scaling of(const Data& data);
+    [[nodiscard]] static Scaling of(const ProblemData& data);
 
-    [[nodiscard]] Data apply(const Data& data) const;
+    [[nodiscard]] ProblemData apply(const ProblemData& data) const;
     /// The same for all but the matrices.
-    void applyToVectors(const Data& data, Data& result) const;
+    void applyToVectors(const ProblemData& data, ProblemData& result) const;
     /// A point of the scaled problem as one of the caller's, and the other way round.
     [[nodiscard]] Point unscaled(Point point) const;
     [[nodiscard]] Point scaled(Point point) const;

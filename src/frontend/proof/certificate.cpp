@@ -50,7 +50,7 @@ std::pair<double, double> missOf(Extended value, double lower, double upper) {
                : std::pair(std::max(above, 0.0), upper < Infinity ? std::abs(upper) : 0.0);
 }
 
-Residual violation(const Data& data,
+Residual violation(const ProblemData& data,
                    const std::vector<Sum>& rows,
                    const Vector& x,
                    const Units& units) {
@@ -81,7 +81,7 @@ constexpr double Close = 1e-11;
 /// Chooses the multipliers of bounds that serve a proof best.
 class BoundMultipliers {
 public:
-    BoundMultipliers(const Data& data, const Point& point, const Units& units)
+    BoundMultipliers(const ProblemData& data, const Point& point, const Units& units)
         : data_(data),
           x_(point.x),
           units_(units),
@@ -137,7 +137,7 @@ private:
         return std::max(floor, sum * largestY_);
     }
 
-    const Data& data_;
+    const ProblemData& data_;
     const Vector& x_;
     const Units& units_;
     double largestX_;
@@ -145,7 +145,7 @@ private:
 };
 
 /// Projects y and chooses z; the residuals of the gradient that are left, n of them.
-std::vector<Sum> settle(const Data& data,
+std::vector<Sum> settle(const ProblemData& data,
                         const std::vector<Sum>& curved,
                         const Units& units,
                         Point& point,
@@ -192,7 +192,7 @@ double termsOf(const std::vector<Sum>& residuals, const Vector& x, const Units& 
 
 /// The same as the weight, of what is left of them where x and y are taken to more digits: they are
 /// in error by no more than the curvature makes of the digits.
-double weightBehind(const Data& data,
+double weightBehind(const ProblemData& data,
                     std::vector<Sum> residuals,
                     const Point& point,
                     const Point& digits,
@@ -238,7 +238,7 @@ struct Objectives {
     double rounding = 0.0;   ///< that slackness and the objective may contain
     double terms = 0.0;      ///< the size of what they are summed from
 
-    Objectives(const Data& data,
+    Objectives(const ProblemData& data,
                const std::vector<Sum>& rows,
                const std::vector<Sum>& curved,
                const Point& point) {
@@ -271,11 +271,11 @@ struct Objectives {
 
 }  // namespace
 
-Residual violation(const Data& data, const Vector& x) {
+Residual violation(const ProblemData& data, const Vector& x) {
     return violation(data, rowValues(data, x), x, Units(data, x));
 }
 
-void settle(const Data& data, Point& point) {
+void settle(const ProblemData& data, Point& point) {
     Residual residual;
     static_cast<void>(
         settle(data, curvedSums(data, point.x), Units(data, point.x), point, residual));
@@ -284,7 +284,7 @@ void settle(const Data& data, Point& point) {
 // For multipliers that are exact the objective of the optimum is the Lagrangian at x, to first
 // order in what x misses: objective minus slackness. What the rounding of the multipliers takes
 // from their own dual objective says nothing about x.
-Judgement judge(const Data& data, Point point, const Point* digits) {
+Judgement judge(const ProblemData& data, Point point, const Point* digits) {
     Judgement judgement;
     Certificate& certificate = judgement.certificate;
     const Units units(data, point.x);

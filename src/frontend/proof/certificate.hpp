@@ -11,7 +11,7 @@ namespace activeset::frontend {
 /// Multipliers become zero where the side that they would stand for is absent. Those of bounds take
 /// up what the gradient misses where the bound is there, and go where they are nothing but the
 /// rounding of the terms of the gradient and weigh in the gap.
-void settle(const Data& data, Point& point);
+void settle(const ProblemData& data, Point& point);
 
 struct Judgement {
     Certificate certificate;
@@ -26,10 +26,10 @@ struct Judgement {
 ///
 /// @param digits  more digits of x and y, to be added to them, which bring the gradient nearer to
 ///                zero than doubles can; z is not read
-[[nodiscard]] Judgement judge(const Data& data, Point point, const Point* digits = nullptr);
+[[nodiscard]] Judgement judge(const ProblemData& data, Point point, const Point* digits = nullptr);
 
 /// The largest violation of a row or bound.
-[[nodiscard]] Residual violation(const Data& data, const Vector& x);
+[[nodiscard]] Residual violation(const ProblemData& data, const Vector& x);
 
 }  // namespace activeset::frontend
 

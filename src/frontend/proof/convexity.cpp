@@ -19,13 +19,13 @@ namespace {
 // a direction, in proportion to its terms: what rounding of H, and of d, makes of zero is less.
 constexpr double Negligible = 1e-12;
 
-Dense matrixOf(const Data& data) {
+Dense matrixOf(const ProblemData& data) {
     Dense H(data.n, data.n);
     H.values = data.H;
     return H;
 }
 
-Dense freePart(const Data& data, const std::vector<std::size_t>& free) {
+Dense freePart(const ProblemData& data, const std::vector<std::size_t>& free) {
     Dense H(free.size(), free.size());
     for (std::size_t j = 0; j < free.size(); ++j) {
         for (std::size_t i = 0; i < free.size(); ++i) {
@@ -47,7 +47,7 @@ double squaredLength(const Vector& values) {
 /// H on the null space of the equalities.
 class ReducedCurvature {
 public:
-    explicit ReducedCurvature(const Data& data)
+    explicit ReducedCurvature(const ProblemData& data)
         : data_(data), equalities_(data), qr_(equalities_.freeColumns(data)) {}
 
     /// n entries, or none: a direction along which the curvature may be negative.
@@ -100,14 +100,14 @@ private:
         return complete();
     }
 
-    const Data& data_;
+    const ProblemData& data_;
     Equalities equalities_;
     PivotedQr qr_;
 };
 
 }  // namespace
 
-Convexity convexityOf(const Data& data) {
+Convexity convexityOf(const ProblemData& data) {
     if (!data.quadratic) {
         return {Convexity::Semidefinite, {}};
     }
@@ -127,7 +127,7 @@ Convexity convexityOf(const Data& data) {
     return {Convexity::None, direction};
 }
 
-Residual curvature(const Data& data, const Vector& direction) {
+Residual curvature(const ProblemData& data, const Vector& direction) {
     const std::vector<Sum> curved = curvedSums(data, direction);
     Extended sum = 0;
     double size = 0.0;

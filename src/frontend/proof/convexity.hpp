@@ -20,10 +20,10 @@ struct Convexity {
 
 /// Not convex is said only of a direction that was judged in extended precision: the equalities
 /// stay along it, and the curvature is beyond the rounding of ‖H‖·‖d‖².
-[[nodiscard]] Convexity convexityOf(const Data& data);
+[[nodiscard]] Convexity convexityOf(const ProblemData& data);
 
 /// dᵀHd, in proportion to Σ |d_i·H_ij·d_j|.
-[[nodiscard]] Residual curvature(const Data& data, const Vector& direction);
+[[nodiscard]] Residual curvature(const ProblemData& data, const Vector& direction);
 
 }  // namespace activeset::frontend
 

@@ -4,7 +4,7 @@
 
 namespace activeset::frontend {
 
-Equalities::Equalities(const Data& data) {
+Equalities::Equalities(const ProblemData& data) {
     for (std::size_t i = 0; i < data.m; ++i) {
         if (data.rowLower[i] == data.rowUpper[i]) {
             rows.push_back(i);
@@ -15,7 +15,7 @@ Equalities::Equalities(const Data& data) {
     }
 }
 
-Dense Equalities::columns(const Data& data) const {
+Dense Equalities::columns(const ProblemData& data) const {
     Dense result(data.n, rows.size() + variables.size());
     for (std::size_t j = 0; j < data.n; ++j) {
         for (std::size_t k = 0; k < rows.size(); ++k) {
@@ -28,7 +28,7 @@ Dense Equalities::columns(const Data& data) const {
     return result;
 }
 
-Dense Equalities::freeColumns(const Data& data) const {
+Dense Equalities::freeColumns(const ProblemData& data) const {
     Dense result(free.size(), rows.size());
     for (std::size_t j = 0; j < free.size(); ++j) {
         for (std::size_t k = 0; k < rows.size(); ++k) {
@@ -38,11 +38,11 @@ Dense Equalities::freeColumns(const Data& data) const {
     return result;
 }
 
-Data withoutDependentEqualities(const Data& data) {
+ProblemData withoutDependentEqualities(const ProblemData& data) {
     const Equalities equalities(data);
     const std::size_t rows = equalities.rows.size();
     const PivotedQr qr(equalities.columns(data));
-    Data result = data;
+    ProblemData result = data;
     for (std::size_t k = qr.rank(); k < rows + equalities.variables.size(); ++k) {
         const std::size_t member = qr.pivot(k);
         if (member < rows) {

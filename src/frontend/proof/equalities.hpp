@@ -11,12 +11,12 @@
 namespace activeset::frontend {
 
 struct Equalities {
-    explicit Equalities(const Data& data);
+    explicit Equalities(const ProblemData& data);
 
     /// Their gradients as columns, those of variables last, n × (rows + variables).
-    [[nodiscard]] Dense columns(const Data& data) const;
+    [[nodiscard]] Dense columns(const ProblemData& data) const;
     /// The gradients of the rows, free variables only, free × rows.
-    [[nodiscard]] Dense freeColumns(const Data& data) const;
+    [[nodiscard]] Dense freeColumns(const ProblemData& data) const;
 
     std::vector<std::size_t> rows;
     std::vector<std::size_t> variables;  ///< with equal bounds
@@ -25,7 +25,7 @@ struct Equalities {
 
 /// The problem without the equalities that depend on others, to a tolerance more generous than
 /// that of the core. Whether they agree with the others is left to the certificate.
-[[nodiscard]] Data withoutDependentEqualities(const Data& data);
+[[nodiscard]] ProblemData withoutDependentEqualities(const ProblemData& data);
 
 }  // namespace activeset::frontend
 

@@ -29,7 +29,7 @@ double unitFor(double value) {
     return std::ldexp(1.0, std::clamp(-std::ilogb(value), -Most, Most));
 }
 
-Sum valueOf(const Data& data, const Vector& y, const Vector& z) {
+Sum valueOf(const ProblemData& data, const Vector& y, const Vector& z) {
     Sum value;
     addSides(value, y, data.rowLower, data.rowUpper);
     addSides(value, z, data.lower, data.upper);
@@ -38,7 +38,7 @@ Sum valueOf(const Data& data, const Vector& y, const Vector& z) {
 
 /// How large the multipliers are. A row weighs as much as its entries, or as its side does among
 /// variables of natural size.
-double sizeOf(const Data& data, const Farkas& farkas) {
+double sizeOf(const ProblemData& data, const Farkas& farkas) {
     const double variable = Units(data, {}).variable;
     double size = largestMagnitude(farkas.z);
     for (std::size_t i = 0; i < data.m; ++i) {
@@ -53,7 +53,7 @@ double sizeOf(const Data& data, const Farkas& farkas) {
 }
 
 /// What Aᵀy + z misses, and what of it bounds do not take up.
-void measure(const Data& data, const std::vector<Sum>& sums, double slack, Farkas& farkas) {
+void measure(const ProblemData& data, const std::vector<Sum>& sums, double slack, Farkas& farkas) {
     double unbounded = 0.0;
     Sum taken;
     for (std::size_t j = 0; j < data.n; ++j) {
@@ -77,7 +77,7 @@ void measure(const Data& data, const std::vector<Sum>& sums, double slack, Farka
 
 }  // namespace
 
-Farkas judgeFarkas(const Data& data, Vector y) {
+Farkas judgeFarkas(const ProblemData& data, Vector y) {
     Farkas farkas;
     project(y, data.rowLower, data.rowUpper);
     std::vector<Sum> sums = transposedSums(data, y);

@@ -8,7 +8,7 @@ namespace activeset::frontend {
 
 /// Σ y⁺·rowUpper − … brought near −1 by a power of two, the residual of Aᵀy + z and the radius, of
 /// the vectors that are returned. z is chosen: what bounds can take of −Aᵀy.
-[[nodiscard]] Farkas judgeFarkas(const Data& data, Vector y);
+[[nodiscard]] Farkas judgeFarkas(const ProblemData& data, Vector y);
 /// Whether they prove it for points of the size `variable` and far beyond.
 [[nodiscard]] bool holds(const Farkas& farkas, double tolerance, double variable = 1.0);
 

@@ -21,7 +21,7 @@ struct Member {
     bool isEquality = false;
 };
 
-std::vector<Member> membersOf(const Data& data, const WorkingSet& set, Point& point) {
+std::vector<Member> membersOf(const ProblemData& data, const WorkingSet& set, Point& point) {
     std::vector<Member> members;
     const auto addRows = [&](const std::vector<std::size_t>& rows, const Vector& sides,
                              bool equal) {
@@ -67,8 +67,11 @@ double largestAbsolute(const Certificate& certificate) {
 
 }  // namespace
 
-void balance(
-    const Data& data, const WorkingSet& set, double tolerance, Point& point, Judgement& judgement) {
+void correctGap(const ProblemData& data,
+                const WorkingSet& set,
+                double tolerance,
+                Point& point,
+                Judgement& judgement) {
     for (int change = 0; change < MostChanges; ++change) {
         Point trial = point;
         const std::vector<Member> members = membersOf(data, set, trial);

@@ -9,8 +9,11 @@ namespace activeset::frontend {
 /// Changes multipliers of the working set by so little that the largest absolute residual, be it
 /// that of the gap, falls, and all stay within 1e-11, and the tolerance, in proportion; leaves the
 /// point alone where that cannot be.
-void balance(
-    const Data& data, const WorkingSet& set, double tolerance, Point& point, Judgement& judgement);
+void correctGap(const ProblemData& data,
+                const WorkingSet& set,
+                double tolerance,
+                Point& point,
+                Judgement& judgement);
 
 }  // namespace activeset::frontend
 

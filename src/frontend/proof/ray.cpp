@@ -17,9 +17,9 @@ namespace {
 constexpr double Rounding = 8.0 * std::numeric_limits<double>::epsilon();
 // dᵀHd, in proportion to its terms: what rounding the entries of a singular H may make of zero.
 constexpr double Flat = 4.0 * std::numeric_limits<double>::epsilon();
-constexpr double Nearly = 1e-9;    // what a direction along a side may miss of it
-constexpr double Nothing = 1e-12;  // entries of a direction, the largest being 1
-constexpr double Crumb = 1e-17;    // the same, where no side tells that they are to be 0
+constexpr double Nearly = 1e-9;       // what a direction along a side may miss of it
+constexpr double Negligible = 1e-12;  // entries of a direction, the largest being 1
+constexpr double Crumb = 1e-17;       // the same, where no side tells that they are to be 0
 
 /// How the equalities take up H·d: its residual goes into `curved`.
 struct Taken {
@@ -27,12 +27,12 @@ struct Taken {
     std::vector<Sum> remainder;  ///< H·d − Eᵀw, of fixed variables what their bounds take
 };
 
-Taken takenUp(const Data& data, const Equalities& equalities, std::vector<Sum> curved) {
+Taken takenUp(const ProblemData& data, const Equalities& equalities, std::vector<Sum> curved) {
     Taken result{Vector(data.m, 0.0), std::move(curved)};
     const std::size_t count = equalities.rows.size();
     const bool isNeeded =
         std::any_of(equalities.free.begin(), equalities.free.end(), [&](std::size_t j) {
-            return magnitude(result.remainder[j].value) > Nothing * result.remainder[j].scale;
+            return magnitude(result.remainder[j].value) > Negligible * result.remainder[j].scale;
         });
     if (count == 0 || !isNeeded) {
         return result;
@@ -59,7 +59,7 @@ Taken takenUp(const Data& data, const Equalities& equalities, std::vector<Sum> c
 
 }  // namespace
 
-Ray judgeRay(const Data& data, const Vector& direction) {
+Ray judgeRay(const ProblemData& data, const Vector& direction) {
     Ray ray;
     const auto miss = [&ray](double residual, double scale) {
         ray.residual.absolute = std::max(ray.residual.absolute, residual);
@@ -115,13 +115,13 @@ bool holds(const Ray& ray, double tolerance, double variable) {
            -ray.slope >= Far * variable * ray.missed && ray.residual.relative <= tolerance;
 }
 
-Vector alongSides(const Data& data, Vector direction) {
+Vector alongSides(const ProblemData& data, Vector direction) {
     const double length = largestMagnitude(direction);
     std::vector<std::size_t> free;
     for (std::size_t j = 0; j < data.n; ++j) {
         const bool isBounded = data.lower[j] > -Infinity || data.upper[j] < Infinity;
         const bool isFixed = data.lower[j] > -Infinity && data.upper[j] < Infinity;
-        const double least = (isBounded ? Nothing : Crumb) * length;
+        const double least = (isBounded ? Negligible : Crumb) * length;
         if (isFixed || std::abs(direction[j]) <= least) {
             direction[j] = 0.0;
         } else {

@@ -17,12 +17,12 @@ struct Ray {
     double scale = 0.0;       ///< the size of the terms of it
     double missed = 0.0;  ///< Σ |H·d − Eᵀw|: by so much times |x| the slope is another at x
 };
-[[nodiscard]] Ray judgeRay(const Data& data, const Vector& direction);
+[[nodiscard]] Ray judgeRay(const ProblemData& data, const Vector& direction);
 /// Whether it is one for points of the size `variable` and far beyond.
 [[nodiscard]] bool holds(const Ray& ray, double tolerance, double variable = 1.0);
 
 /// Takes off a direction what it misses of the sides that it nearly runs along.
-[[nodiscard]] Vector alongSides(const Data& data, Vector direction);
+[[nodiscard]] Vector alongSides(const ProblemData& data, Vector direction);
 
 }  // namespace activeset::frontend
 

@@ -25,7 +25,7 @@ double largestFinite(const Vector& values) {
 
 }  // namespace
 
-double largestEntryOfRow(const Data& data, std::size_t i) {
+double largestEntryOfRow(const ProblemData& data, std::size_t i) {
     double largest = 0.0;
     for (std::size_t j = 0; j < data.n; ++j) {
         largest = std::max(largest, std::abs(data.columnOfA(j)[i]));
@@ -33,7 +33,7 @@ double largestEntryOfRow(const Data& data, std::size_t i) {
     return largest;
 }
 
-Units::Units(const Data& data, const Vector& x) {
+Units::Units(const ProblemData& data, const Vector& x) {
     const double H = largestMagnitude(data.H);
     const double c = largestMagnitude(data.c);
     entry = largestMagnitude(data.A);
@@ -49,7 +49,7 @@ Units::Units(const Data& data, const Vector& x) {
     gradient = slope > 0.0 ? slope : 1.0;
 }
 
-double Units::ofRow(const Data& data, std::size_t i) const {
+double Units::ofRow(const ProblemData& data, std::size_t i) const {
     const double largest = largestEntryOfRow(data, i);
     return (largest > 0.0 ? largest : entry) * variable;
 }
@@ -58,12 +58,12 @@ double Units::ofObjective() const {
     return std::min(1.0, gradient * variable);
 }
 
-double leastSize(const Data& data) {
+double leastSize(const ProblemData& data) {
     const double smallest = Units(data, {}).smallest;
     return smallest < Infinity ? std::max(1.0, smallest) : 1.0;
 }
 
-double mostSize(const Data& data) {
+double mostSize(const ProblemData& data) {
     return std::max(1.0, Units(data, {}).variable);
 }
 

@@ -14,19 +14,19 @@ struct Units {
     double entry = 1.0;          ///< of A
     double smallest = Infinity;  ///< that any part of the data tells of a variable
 
-    Units(const Data& data, const Vector& x);
+    Units(const ProblemData& data, const Vector& x);
 
     /// Of a row with small terms. Rows of zeros are judged like others.
-    [[nodiscard]] double ofRow(const Data& data, std::size_t i) const;
+    [[nodiscard]] double ofRow(const ProblemData& data, std::size_t i) const;
     /// Of the objective, but no more than 1.
     [[nodiscard]] double ofObjective() const;
 };
 
-[[nodiscard]] double largestEntryOfRow(const Data& data, std::size_t i);
+[[nodiscard]] double largestEntryOfRow(const ProblemData& data, std::size_t i);
 /// A lower bound, by what the data tell, of how large variables are; never less than 1.
-[[nodiscard]] double leastSize(const Data& data);
+[[nodiscard]] double leastSize(const ProblemData& data);
 /// An upper bound of the same; never less than 1.
-[[nodiscard]] double mostSize(const Data& data);
+[[nodiscard]] double mostSize(const ProblemData& data);
 
 }  // namespace activeset::frontend
 

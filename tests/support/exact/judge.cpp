@@ -262,7 +262,7 @@ private:
     }
 
     const Sample& s_;
-    Data data_;
+    ProblemData data_;
     const Result& r_;
     Verdict verdict_;
     double tolerance_ = 1e-9;

@@ -77,7 +77,7 @@ public:
 /// Rows and variables with the sides that they have.
 class Sides {
 public:
-    Sides(const Sample& sample, const Data& data) : n_(data.n) {
+    Sides(const Sample& sample, const ProblemData& data) : n_(data.n) {
         for (std::size_t i = 0; i < sample.m; ++i) {
             add(data.A[i], sample.rowLower, sample.rowUpper, i);
         }
@@ -122,7 +122,7 @@ private:
     std::size_t n_;
 };
 
-ConvexProgram reduced(const Data& data, const Sides& sides, const AffineSpace& space) {
+ConvexProgram reduced(const ProblemData& data, const Sides& sides, const AffineSpace& space) {
     ConvexProgram program;
     Vector gradient = product(data.H, space.origin);
     for (std::size_t j = 0; j < data.n; ++j) {
@@ -185,7 +185,7 @@ void requireRay(const ConvexProgram& program) {
 
 }  // namespace
 
-Data::Data(const Sample& sample)
+ProblemData::ProblemData(const Sample& sample)
     : n(sample.n), H(n, Vector(n)), A(sample.m, Vector(n)), c(rationals(sample.c, n)) {
     for (std::size_t j = 0; j < n; ++j) {
         for (std::size_t i = 0; i < n && !sample.H.empty(); ++i) {
@@ -197,12 +197,12 @@ Data::Data(const Sample& sample)
     }
 }
 
-Rational Data::objective(const Vector& x) const {
+Rational ProblemData::objective(const Vector& x) const {
     return dot(c, x) + dot(x, product(H, x)) / 2;
 }
 
 Truth truthOf(const Sample& sample) {
-    const Data data(sample);
+    const ProblemData data(sample);
     const Sides sides(sample, data);
     const AffineSpace space(sides.equalities, sides.equalTo, data.n);
     const ConvexProgram program = reduced(data, sides, space);

@@ -10,8 +10,8 @@
 namespace activeset::test::exact {
 
 /// Data as they are in a Sample, by rows.
-struct Data {
-    explicit Data(const Sample& sample);
+struct ProblemData {
+    explicit ProblemData(const Sample& sample);
 
     [[nodiscard]] Rational objective(const Vector& x) const;
 
