@@ -24,8 +24,11 @@ bool LpReader::isNumber() const {
 
 double LpReader::unsignedNumber() {
     const LpToken token = tokens_.take();
-    const double value = token.kind == LpKind::Name ? Infinite : token.value;
-    return value >= InfiniteBound ? Infinite : value;
+    const bool isInfinite = token.kind == LpKind::Name || token.value >= InfiniteBound;
+    if (isInfinite) {
+        return Infinite;
+    }
+    return token.value;
 }
 
 double LpReader::number(const char* what) {

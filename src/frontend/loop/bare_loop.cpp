@@ -20,32 +20,29 @@ private:
     Control& control_;
 };
 
+// What a claim of the loop comes to, in the caller's data.
+std::optional<Farkas> proofOf(ProximalLoop& loop, const ProblemCache& problem) {
+    const InfeasibilityClaim& claim = loop.claim();
+    if (claim.y.empty()) {
+        return std::nullopt;
+    }
+    return claim.isPredicted ? provenFarkasFar(problem, claim.y, loop.best())
+                             : provenFarkas(problem, claim.y, loop.best());
+}
+
 // The vector that proves a contradiction, if the loop ends with one.
 std::optional<Farkas> follow(ProximalLoop& loop, const ProblemCache& problem) {
     while (true) {
-        switch (loop.run()) {
-            case LoopEnd::Proved:
-            case LoopEnd::Stopped:
-                return std::nullopt;
-            case LoopEnd::ClaimsInfeasible: {
-                const InfeasibilityClaim& claim = loop.claim();
-                const auto proven = claim.isPredicted ? provenFarkasFar : provenFarkas;
-                std::optional<Farkas> farkas;
-                if (!claim.y.empty()) {
-                    farkas = proven(problem, claim.y, loop.best());
-                }
-                if (farkas || !claim.isPredicted) {
-                    return farkas;
-                }
-                break;
+        const LoopEnd end = loop.run();
+        if (end == LoopEnd::Proved || end == LoopEnd::Stopped ||
+            (end == LoopEnd::Failed && !loop.recover())) {
+            return std::nullopt;
+        }
+        if (end == LoopEnd::ClaimsInfeasible) {
+            std::optional<Farkas> farkas = proofOf(loop, problem);
+            if (farkas || !loop.claim().isPredicted) {
+                return farkas;
             }
-            case LoopEnd::Drifts:
-                break;
-            case LoopEnd::Failed:
-                if (!loop.recover()) {
-                    return std::nullopt;
-                }
-                break;
         }
     }
 }
