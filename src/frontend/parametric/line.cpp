@@ -171,10 +171,11 @@ void Line::findMultipliers(const Held& held) {
     addProduct(data.A, data.m, x_, rowValues_);
     gradient_ = zeros(data.n);
     addTransposedProduct(data.A, data.m, y_, gradient_);
-    const double sizes[] = {largestMagnitude(curved_.value) + largestMagnitude(vectors_.c) +
-                                largestMagnitude(gradient_.value),
-                            largestMagnitude(curved_.rate) + largestMagnitude(rates.c) +
-                                largestMagnitude(gradient_.rate)};
+    // The terms of H·x, which may cancel: no entry of H is larger than the largest of its diagonal.
+    const double sizes[] = {problem_->curvature() * largestMagnitude(x_.value) +
+                                largestMagnitude(vectors_.c) + largestMagnitude(gradient_.value),
+                            problem_->curvature() * largestMagnitude(x_.rate) +
+                                largestMagnitude(rates.c) + largestMagnitude(gradient_.rate)};
     z_ = zeros(data.n);
     residual_ = 0.0;
     for (std::size_t j = 0; j < data.n; ++j) {

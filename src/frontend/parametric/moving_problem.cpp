@@ -54,22 +54,21 @@ MovingProblem::MovingProblem(const Problem& problem, const Direction& direction)
         for (std::size_t i = 0; i < data_.m; ++i) {
             rowSizes_[i] = std::max(rowSizes_[i], std::abs(data_.columnOfA(j)[i]));
         }
+        curvature_ = std::max(curvature_, data_.quadratic ? data_.columnOfH(j)[j] : 0.0);
     }
 }
 
 double MovingProblem::sizeOfX(const Vectors& vectors) const {
     double size = 0.0;
-    double curvature = 0.0;
     const auto include = [&size](double value, double scale) {
         size = std::isfinite(value) && scale > 0.0 ? std::max(size, std::abs(value) / scale) : size;
     };
     for (std::size_t j = 0; j < data_.n; ++j) {
         include(vectors.lower[j], 1.0);
         include(vectors.upper[j], 1.0);
-        curvature = std::max(curvature, data_.quadratic ? data_.columnOfH(j)[j] : 0.0);
     }
     for (const double cost : vectors.c) {
-        include(cost, curvature);
+        include(cost, curvature_);
     }
     for (std::size_t i = 0; i < data_.m; ++i) {
         include(vectors.rowLower[i], rowSizes_[i]);
@@ -81,6 +80,7 @@ double MovingProblem::sizeOfX(const Vectors& vectors) const {
 void MovingProblem::shift(double shift) {
     data_.H.resize(data_.n * data_.n, 0.0);
     data_.quadratic = true;
+    curvature_ += shift;
     for (std::size_t j = 0; j < data_.n; ++j) {
         data_.H[j * (data_.n + 1)] += shift;
     }

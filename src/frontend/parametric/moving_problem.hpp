@@ -28,6 +28,8 @@ public:
     [[nodiscard]] const Vectors& rates() const { return rates_; }
     /// The largest magnitude in row i of A.
     [[nodiscard]] double rowSize(std::size_t i) const { return rowSizes_[i]; }
+    /// The largest diagonal entry of H.
+    [[nodiscard]] double curvature() const { return curvature_; }
     /// How large x is by what the vectors say: sides by their rows, c by the largest entry of H.
     /// What is below rounding of it is 0.
     [[nodiscard]] double sizeOfX(const Vectors& vectors) const;
@@ -57,6 +59,7 @@ private:
     ProblemData data_;
     Vectors rates_;
     Vector rowSizes_;
+    double curvature_ = 0.0;
 };
 
 }  // namespace activeset::frontend

@@ -12,6 +12,7 @@
 
 #include "frontend/parametric/kkt_inverse.hpp"
 #include "frontend/parametric/line.hpp"
+#include "frontend/parametric/regular_set.hpp"
 #include "host/floating_point.hpp"
 
 namespace activeset {
@@ -23,6 +24,7 @@ using frontend::KktInverse;
 using frontend::Line;
 using frontend::Moving;
 using frontend::MovingProblem;
+using frontend::RegularSet;
 using frontend::Vector;
 
 namespace {
@@ -86,7 +88,7 @@ private:
     [[nodiscard]] bool exchange();
     [[nodiscard]] bool find();
     [[nodiscard]] bool isTheEnd(const Result& result, double tried, double& ahead);
-    [[nodiscard]] std::optional<Line> lineOf(const WorkingSet& set, double t);
+    [[nodiscard]] std::optional<Line> lineOf(const Result& result, double t);
     [[nodiscard]] bool isBehind(double t) const { return t > t_ + Same * size(); }
     [[nodiscard]] double size() const { return std::max({to_ - t_, std::abs(to_), std::abs(t_)}); }
     void end(const Result& result);
@@ -148,11 +150,12 @@ bool Path::Tracer::exchange() {
     return line_->isSolution() && !isBehind(line_->from()) && isBehind(line_->to());
 }
 
-// The line of a working set at t.
-std::optional<Line> Path::Tracer::lineOf(const WorkingSet& set, double t) {
-    held_ = Held(*problem_, set);
+// The line of the optimum at t.
+std::optional<Line> Path::Tracer::lineOf(const Result& result, double t) {
     inverse_.reset();
-    factor_.emplace(problem_->data(), held_.freeVariables(), held_.heldRows());
+    const RegularSet set(*problem_, t, result);
+    held_ = set.held();
+    factor_ = set.factor();
     Line line(*problem_, held_, t, solverOf(*factor_));
     return line.isSolution() ? std::optional(std::move(line)) : std::nullopt;
 }
@@ -183,7 +186,7 @@ bool Path::Tracer::find() {
                 path_->hessianShift_ += result.hessianShift;
             }
             warm_ = result.warmStart();
-            const std::optional<Line> line = lineOf(result.workingSet, tried);
+            const std::optional<Line> line = lineOf(result, tried);
             if (line && !isBehind(line->from())) {
                 if (factor_->isRegular()) {
                     inverse_.emplace(problem_->data(), *factor_);
