@@ -50,6 +50,9 @@ struct IsolverAS::RatioScan {
 
 namespace {
 
+// A constraint farther along p than this blocks nothing.
+constexpr double FarthestStep = 1e30;
+
 bool contains(const size_t* list, size_t count, size_t value) {
     return std::find(list, list + count, value) != list + count;
 }
@@ -102,7 +105,7 @@ IsolverAS::Blocking IsolverAS::_blockingConstraint(const Matrix& p) {
     const auto upper = [this](size_t j) { return constraint->getindexUB()[j]; };
     _reservePassVectors();
     RatioScan scan{TolDegeneracy * p.norm(), options->getTolCon(), {}};
-    scan.nearest.alpha = 1e30;
+    scan.nearest.alpha = FarthestStep;
     // Among equal ratios the first one scanned wins.
     _scanKind(
         scan, ConstraintKind::Inequality, OPTsizes::getmIneq(), p,

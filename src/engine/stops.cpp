@@ -8,6 +8,13 @@
 using activeset::ObjectiveKind;
 using Matrix = OPTMatrix<double>;
 
+namespace {
+
+constexpr size_t ErrorNormFactor = 100;  // times n·√ε
+constexpr double PassesBetweenRepairs = 50.0;
+
+}  // namespace
+
 bool IsolverAS::_unboundedOrIllPosed(Matrix& p, double& /*alpha*/) {
     _requireProblem();
     if (!_isLinear()) {
@@ -26,7 +33,8 @@ bool IsolverAS::_isLinear() const {
 }
 
 double IsolverAS::getErrorNorm() const {  // NOLINT(readability-convert-member-functions-to-static)
-    return static_cast<double>(100 * OPTsizes::getnVar()) * std::sqrt(activeset::machineEpsilon());
+    return static_cast<double>(ErrorNormFactor * OPTsizes::getnVar()) *
+           std::sqrt(activeset::machineEpsilon());
 }
 
 void IsolverAS::_activesetUpdate(bool checkObjectiveLimit) {
@@ -38,7 +46,7 @@ void IsolverAS::_activesetUpdate(bool checkObjectiveLimit) {
     if (currentIter > options->getMaxIter() || !_mayGoOn()) {
         solution.setSolutionState(ASQP::MaxIterReached);
     }
-    if (vxRemainder(currentIter, 50.0) == 0.0) {
+    if (vxRemainder(currentIter, PassesBetweenRepairs) == 0.0) {
         _repairFeasibility();
     }
     if (options->getObjectiveLimit() > -utGetRealMax() && checkObjectiveLimit) {

@@ -15,8 +15,8 @@ namespace {
 // Upwards: what is printed has to be enough.
 std::string printed(double value) {
     std::array<char, 32> text{};
-    constexpr double Up = 1.01;
-    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), Up * value,
+    constexpr double RoundedUp = 1.01;
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), RoundedUp * value,
                                        std::chars_format::general, 3)
                              .ptr};
 }

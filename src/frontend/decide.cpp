@@ -172,13 +172,13 @@ bool Decision::settlesClaim() {
 }
 
 bool Decision::settlesByRelaxation() {
-    constexpr double Much = 1e-6;
+    constexpr double ClearViolation = 1e-6;
     Relaxation relaxation = relax(problem_.scaled, loop_.centre(), settings_, control_);
     best_.considerWithoutMultipliers(relaxation.x);
     if (settlesInfeasible(provenFarkas(problem_, relaxation.y, best_))) {
         return true;
     }
-    if (relaxation.isSolved && relaxation.violation > Much) {
+    if (relaxation.isSolved && relaxation.violation > ClearViolation) {
         return true;  // infeasible, so it seems, but without a proof nothing is said
     }
     // Feasible after all, and the core was misled by equalities that nearly depend on one another.

@@ -99,7 +99,7 @@ private:
     }
 
     void lookAtEqualities() {
-        constexpr double Dependent = 1e-12;
+        constexpr double DependentRow = 1e-12;
         std::vector<Vector> basis;
         std::vector<std::size_t> dependent;
         for (std::size_t i = 0; i < m_; ++i) {
@@ -111,7 +111,7 @@ private:
             Vector row = unitRow(i);
             removeShares(basis, row);
             const double norm = std::sqrt(dot(row, row));
-            if (!(norm > Dependent)) {
+            if (!(norm > DependentRow)) {
                 dependent.push_back(i);
                 continue;
             }
@@ -168,7 +168,7 @@ private:
     }
 
     void lookAtVariables() {
-        constexpr double Big = 1e8;
+        constexpr double BigBound = 1e8;
         std::vector<std::size_t> big;
         std::vector<std::size_t> unused;
         for (std::size_t j = 0; j < n_; ++j) {
@@ -177,7 +177,7 @@ private:
             diagnosis_.freeVariables += lower == -Infinity && upper == Infinity ? 1U : 0U;
             diagnosis_.fixedVariables += lower == upper ? 1U : 0U;
             const auto isBig = [&](double side) {
-                return std::isfinite(side) && std::abs(side) >= Big;
+                return std::isfinite(side) && std::abs(side) >= BigBound;
             };
             if (isBig(lower) || isBig(upper)) {
                 big.push_back(j);
@@ -224,8 +224,8 @@ private:
         }
         diagnosis_.smallestCoefficient = largest == 0.0 ? 0.0 : smallest;
         diagnosis_.largestCoefficient = largest;
-        constexpr double Wide = 1e9;
-        if (largest > 0.0 && largest / smallest > Wide) {
+        constexpr double WideRange = 1e9;
+        if (largest > 0.0 && largest / smallest > WideRange) {
             diagnosis_.findings.push_back(
                 {"wide range of coefficients",
                  {},

@@ -22,7 +22,7 @@ namespace {
 
 /// Of the largest diagonal entry, where all that is wrong with the square is its rounding and a
 /// start is all that is wanted.
-constexpr double Shift = 1e-10;
+constexpr double SquareShift = 1e-10;
 
 bool areFinite(const Vector& values) {
     return std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
@@ -114,7 +114,7 @@ private:
         Result result = solve(problem, settings);
         if (result.status == Status::Unbounded || result.status == Status::NotConvex) {
             // By the squared condition only: a sum of squares is neither.
-            const double shift = Shift * largestDiagonal(square.H);
+            const double shift = SquareShift * largestDiagonal(square.H);
             for (std::size_t j = 0; j < square.H.cols; ++j) {
                 square.H(j, j) += shift;
             }

@@ -45,15 +45,13 @@ const char* textOf(Status status) noexcept {
 
 namespace {
 
-constexpr double LargeGap = 1e-10;  // an absolute gap above this is made smaller if it can be
-
 // Where the solve begins, in scaled variables: inside the bounds. A start much farther out than
 // anything in the data is none: points there have too few digits to be judged by.
 frontend::Vector startOf(const frontend::ProblemCache& problem, frontend::Vector x) {
-    constexpr double Far = 1e8;
+    constexpr double FarStart = 1e8;
     const frontend::ProblemData& data = problem.user;
     const double size = frontend::largestMagnitude(x);
-    if (size > Far && size > Far * frontend::mostSize(data)) {  // which is 1 at least
+    if (size > FarStart && size > FarStart * frontend::mostSize(data)) {  // which is 1 at least
         x.clear();
     }
     x.resize(data.n, 0.0);

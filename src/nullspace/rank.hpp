@@ -10,7 +10,8 @@ namespace activeset {
 /// 100·n·ε for the n variables of the problem; entries strictly below it count as zero. Absolute:
 /// it is not scaled by the size of the rows.
 [[nodiscard]] inline double rankTolerance() {
-    return 100.0 * static_cast<double>(OPTsizes::getnVar()) * machineEpsilon();
+    constexpr double RankFactor = 100.0;
+    return RankFactor * static_cast<double>(OPTsizes::getnVar()) * machineEpsilon();
 }
 
 }  // namespace activeset

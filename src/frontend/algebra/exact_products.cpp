@@ -58,16 +58,16 @@ HWY_INLINE void storeSums(const Eight& from,
 /// Stores value and rest of what has been summed. Whether the sums are in the range in which the
 /// bound of their errors holds.
 HWY_INLINE bool finish(Eight& sums, const SumsView& to, std::size_t k, std::size_t count) {
-    constexpr double Largest = 0x1p1000;
-    constexpr double Smallest = 0x1p-900;
+    constexpr double LargestSum = 0x1p1000;
+    constexpr double SmallestSum = 0x1p-900;
     for (std::size_t p = 0; p < Octet::Parts; ++p) {
         const auto value = hn::Add(sums.value.parts[p], sums.errors.parts[p]);
         sums.errors.parts[p] = errorOfSum(sums.value.parts[p], sums.errors.parts[p], value);
         sums.value.parts[p] = value;
     }
     storeSums(sums, to, k, count);
-    return areZeroOrWithin(sums.scale, Smallest, Largest) &&
-           areWithin(sums.errors, -Largest, Largest);
+    return areZeroOrWithin(sums.scale, SmallestSum, LargestSum) &&
+           areWithin(sums.errors, -LargestSum, LargestSum);
 }
 
 /// The next entries of a vector that are not zero, 64 at most.

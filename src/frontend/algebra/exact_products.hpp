@@ -35,10 +35,10 @@ void exactTransposedProduct(const ColumnMajor& a, const double* y, const SumsVie
 
 /// By how much a sum of so many products may differ from the exact one; docs/method.md derives it.
 [[nodiscard]] constexpr double boundOfRounding(std::size_t terms, double scale) {
-    constexpr double UnitSquared = 1.25e-32;  // of rounding, 2⁻¹⁰⁶, and a little more
-    constexpr double Smallest = 4.9406564584124654e-324;
+    constexpr double UnitRoundoffSquared = 1.25e-32;  // of rounding, 2⁻¹⁰⁶, and a little more
+    constexpr double SmallestDouble = 4.9406564584124654e-324;
     const auto count = static_cast<double>(terms + 1);
-    return UnitSquared * count * count * scale + count * Smallest;
+    return UnitRoundoffSquared * count * count * scale + count * SmallestDouble;
 }
 
 /// The functions that do it with an instruction set that the processor has. They return false where

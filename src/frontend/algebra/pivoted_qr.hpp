@@ -10,13 +10,16 @@
 
 namespace activeset::frontend {
 
+/// A column depends on those before it if they leave this part of its length.
+inline constexpr double DependentColumns = 1e-11;
+
 /// B·D = Q·R·Pᵀ, rows × cols, Householder with column pivoting; D, powers of two, brings the
 /// columns to length 1, so that each is measured by its own size. Columns that depend on those
 /// before them are behind `rank`.
 class PivotedQr {
 public:
     /// @param dependent  of a column's length: what is left of one that depends on those before it
-    explicit PivotedQr(Dense matrix, double dependent = 1e-11);
+    explicit PivotedQr(Dense matrix, double dependent = DependentColumns);
 
     [[nodiscard]] std::size_t rank() const { return rank_; }
     /// The column of B in place k.

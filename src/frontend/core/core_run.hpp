@@ -9,11 +9,16 @@
 
 namespace activeset::frontend {
 
-/// How exact a run has to be, in scaled variables.
+/// The first run's precision; what follows after a failure is in loop_recovery.cpp.
+inline constexpr double FirstViolation = 1e-9;
+inline constexpr double FirstStep = 1e-10;
+inline constexpr double FirstMultiplier = 1e-12;
+
+/// How exact a run has to be, absolute in scaled variables.
 struct Precision {
-    double violation = 1e-9;    ///< the core's TolCon
-    double step = 1e-10;        ///< the core's TolX
-    double multiplier = 1e-12;  ///< one that is less negative than this counts as zero
+    double violation = FirstViolation;    ///< the core's TolCon
+    double step = FirstStep;              ///< the core's TolX
+    double multiplier = FirstMultiplier;  ///< one that is less negative than this counts as zero
 };
 
 /// Why a run ended.

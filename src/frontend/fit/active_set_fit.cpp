@@ -13,7 +13,7 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Rounding = 10.0 * std::numeric_limits<double>::epsilon();
+constexpr double RateRounding = 10.0 * std::numeric_limits<double>::epsilon();
 
 double norm(const Vector& values) {
     return std::sqrt(dot(values.data(), values.data(), values.size()));
@@ -95,7 +95,7 @@ std::optional<ActiveSetFit::Blocking> ActiveSetFit::ratioTest(const Vector& step
     Blocking first;
     const auto meet = [&](std::size_t k, double value, double rate, double size, double lower,
                           double upper) {
-        if (sides_[k] != 0 || !(std::abs(rate) > Rounding * (std::abs(value) + size))) {
+        if (sides_[k] != 0 || !(std::abs(rate) > RateRounding * (std::abs(value) + size))) {
             return;
         }
         const double room = std::max(rate > 0.0 ? upper - value : value - lower, 0.0);
@@ -140,13 +140,13 @@ std::optional<std::size_t> ActiveSetFit::wrongSign(const NullSpaceFit& fit) cons
         for (std::size_t i = 0; i < m; ++i) {
             lengths[i] = std::max(lengths[i], std::abs(column[i]));
             ofRows[i] = std::max(ofRows[i], column[i] != 0.0 ? noise[j] : 0.0);
-            sizes[j] += Rounding * std::abs(column[i] * point_.y[i]);
+            sizes[j] += RateRounding * std::abs(column[i] * point_.y[i]);
         }
     }
     for (std::size_t i = 0; i < m; ++i) {
         if (sides_[i] != 0 && lengths[i] > 0.0) {
             look(i, point_.y[i],
-                 std::max(ofRows[i] / lengths[i], Rounding * std::abs(point_.y[i])));
+                 std::max(ofRows[i] / lengths[i], RateRounding * std::abs(point_.y[i])));
         }
     }
     for (std::size_t j = 0; j < constraints_.n; ++j) {

@@ -191,11 +191,11 @@ FitJudgement judge(const Fit& fit, const ProblemData& constraints, Point& point)
     const double largestX = largestMagnitude(point.x);
     const double size = std::max(
         {magnitude(half), magnitude(half - slack.value), std::min(1.0, 0.5 * magnitude(given))});
-    constexpr double Negligible = 1e-13;
+    constexpr double NegligibleError = 1e-13;
     const double error =
         magnitude(slack.value) + slack.rounding + rounding +
         errorOfGradient(fit, forces, largestX > 0.0 ? largestX : std::min(1.0, units.variable),
-                        Negligible * size);
+                        NegligibleError * size);
     judgement.certificate.primal = violation(constraints, point.x);
     judgement.certificate.dual = gradientResidual(forces);
     judgement.certificate.gap = {gap, error == 0.0 ? 0.0 : error / size};

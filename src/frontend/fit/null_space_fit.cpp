@@ -11,7 +11,7 @@ namespace activeset::frontend {
 namespace {
 
 /// Columns of the fit count as dependent by rounding alone, as for any orthogonal least squares.
-constexpr double Dependent = std::numeric_limits<double>::epsilon();
+constexpr double DependentColumn = std::numeric_limits<double>::epsilon();
 
 /// s − R·x − ρ, rounded once.
 Vector residualOf(const Dense& R, const Vector& s, const Vector& x, const Vector& rho) {
@@ -79,7 +79,7 @@ NullSpaceFit::NullSpaceFit(const Fit& fit, const ProblemData& constraints, Sides
       }()),
       rows_(heldRows()),
       basis_(held_.empty() ? Dense() : rows_.nullSpace()),
-      reduced_(reducedFit(), Dependent * static_cast<double>(fit.T.rows + fit.T.cols)) {
+      reduced_(reducedFit(), DependentColumn * static_cast<double>(fit.T.rows + fit.T.cols)) {
     keepIndependent(sides);
     sides_ = sides;
 }
@@ -197,7 +197,7 @@ Vector NullSpaceFit::correction(Vector& residual, Vector left, const Vector& slo
 
 void NullSpaceFit::refine(Vector& x) const {
     constexpr int MostCorrections = 4;
-    constexpr double Enough = 2.0 * std::numeric_limits<double>::epsilon();
+    constexpr double LastDigits = 2.0 * std::numeric_limits<double>::epsilon();
     moveToSides(x);
     if (reduced_.rank() == 0) {
         return;
@@ -215,7 +215,7 @@ void NullSpaceFit::refine(Vector& x) const {
         for (std::size_t j = 0; j < free_.size(); ++j) {
             x[free_[j]] += step[j];
         }
-        if (size <= Enough * largestMagnitude(x)) {
+        if (size <= LastDigits * largestMagnitude(x)) {
             return;
         }
     }
@@ -243,7 +243,7 @@ void NullSpaceFit::setMultipliers(Point& point) const {
 }
 
 Vector NullSpaceFit::noiseOfGradient(const Vector& x) const {
-    constexpr double Unit = 10.0 * std::numeric_limits<double>::epsilon();
+    constexpr double GradientRounding = 10.0 * std::numeric_limits<double>::epsilon();
     Vector sizes(fit_.T.rows);
     for (std::size_t i = 0; i < sizes.size(); ++i) {
         sizes[i] = std::abs(fit_.t[i]);
@@ -258,7 +258,7 @@ Vector NullSpaceFit::noiseOfGradient(const Vector& x) const {
         for (std::size_t i = 0; i < sizes.size(); ++i) {
             noise[j] += std::abs(fit_.T(i, j)) * sizes[i];
         }
-        noise[j] *= Unit * static_cast<double>(noise.size());
+        noise[j] *= GradientRounding * static_cast<double>(noise.size());
     }
     return noise;
 }

@@ -13,8 +13,7 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double FarkasTolerance = 1e-9;  // of the residual, relative
-constexpr double RayTolerance = 1e-12;    // of rays, which are refined
+constexpr double RayTolerance = 1e-12;  // residual of a ray, which is refined, relative
 
 // No proof in view of a point that satisfies the constraints and is within the radius for them.
 bool isRefuted(const Farkas& farkas, const ProblemCache& problem, const BestPoint& best) {
@@ -43,9 +42,8 @@ std::optional<Farkas> provenFarkas(const ProblemCache& problem, Vector y, const 
 std::optional<Farkas> provenFarkasFar(const ProblemCache& problem,
                                       Vector y,
                                       const BestPoint& best) {
-    constexpr double Far = 1e12;
     std::optional<Farkas> farkas = provenFarkas(problem, std::move(y), best);
-    if (farkas && !(farkas->radius >= Far * leastSize(problem.user))) {
+    if (farkas && !(farkas->radius >= PredictedRadius * leastSize(problem.user))) {
         farkas.reset();
     }
     return farkas;

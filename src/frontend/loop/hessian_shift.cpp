@@ -14,17 +14,17 @@ namespace {
 
 constexpr int MostTrials = 100;  // nearly all double δ, which begins at some curvature of H
 constexpr int MostSteps = 8;     // that may be small
-constexpr double Step = 1.02;
+constexpr double LeastGrowth = 1.02;
 
 // −dᵀHd/‖d‖², a little more, so that rounding does not ask for it twice.
 double leastShift(const ProblemData& data, const Vector& direction) {
-    constexpr double Margin = 1.0 + 1e-3;
+    constexpr double ShiftMargin = 1.0 + 1e-3;
     const double length = std::sqrt(dot(direction.data(), direction.data(), data.n));
     Vector unit = direction;
     for (double& entry : unit) {
         entry /= length;
     }
-    return -Margin * curvature(data, unit).absolute;
+    return -ShiftMargin * curvature(data, unit).absolute;
 }
 
 ProblemData shifted(const ProblemData& data, double shift) {
@@ -51,7 +51,7 @@ ShiftedProblem shiftedProblem(ProblemCache& problem, Control& control) {
         }
         // Near the least shift the direction is nearly the eigenvector that sets it.
         const double least = leastShift(problem.user, convexity.direction);
-        shift = least > (trial < MostSteps ? Step : 2.0) * shift ? least : 2.0 * shift;
+        shift = least > (trial < MostSteps ? LeastGrowth : 2.0) * shift ? least : 2.0 * shift;
     }
     return {Infinity, nullptr};
 }

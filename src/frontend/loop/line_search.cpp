@@ -14,8 +14,8 @@ namespace {
 
 // A rate that is nothing but the rounding of d, in proportion to its terms, and of the points that
 // d comes from.
-constexpr double Along = 1e-12;
-constexpr double Rounding = 4.0 * std::numeric_limits<double>::epsilon();
+constexpr double RateRounding = 1e-12;
+constexpr double ValueRounding = 4.0 * std::numeric_limits<double>::epsilon();
 
 /// How far a value may go that changes by `rate` for every unit.
 double roomOf(double value, double rate, double lower, double upper) {
@@ -44,7 +44,7 @@ double lineSearch(const ProblemData& data, const Vector& x, const Vector& d) {
     const std::vector<Sum> rates = rowValues(data, d);
     for (std::size_t i = 0; i < data.m; ++i) {
         const auto rate = static_cast<double>(rates[i].value);
-        if (std::abs(rate) > Along * rates[i].scale + Rounding * values[i].scale) {
+        if (std::abs(rate) > RateRounding * rates[i].scale + ValueRounding * values[i].scale) {
             room = std::min(room, roomOf(static_cast<double>(values[i].value), rate,
                                          data.rowLower[i], data.rowUpper[i]));
         }

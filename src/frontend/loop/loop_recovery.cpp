@@ -9,6 +9,18 @@
 
 namespace activeset::frontend {
 
+namespace {
+
+// The next run is more precise by this factor, down to the least violation and step.
+constexpr double Sharpening = 0.1;
+constexpr double LeastViolation = 1e-14;
+constexpr double LeastStep = 1e-15;
+// The next ρ after steps without a proof, and after a Hessian that was not positive definite.
+constexpr double LessWeight = 1e-2;
+constexpr double MoreWeight = 100.0;
+
+}  // namespace
+
 // Steps that do not get shorter go the same way, along which a slope may be tiny and its end far.
 bool ProximalLoop::prolong(const Vector& last) {
     const ProblemData& data = problem_.scaled;
@@ -18,9 +30,9 @@ bool ProximalLoop::prolong(const Vector& last) {
     Vector direction = centre_;
     axpy(-1.0, last.data(), direction.data(), direction.size());
     for (std::size_t j = 0; j < data.n; ++j) {
-        constexpr double Near = 1e-12;  // where a bound is met the step goes along it
+        constexpr double AtBound = 1e-12;  // where a bound is met the step goes along it
         const double bound = direction[j] > 0.0 ? data.upper[j] : data.lower[j];
-        if (std::isfinite(bound) && std::abs(bound - centre_[j]) <= Near * std::abs(bound)) {
+        if (std::isfinite(bound) && std::abs(bound - centre_[j]) <= AtBound * std::abs(bound)) {
             centre_[j] = bound;
             direction[j] = 0.0;
         }
@@ -47,15 +59,15 @@ bool ProximalLoop::recover() {
     }
     switch (failure_) {
         case Failure::NoProof:
-            precision_.violation = std::max(1e-14, 0.1 * precision_.violation);
-            precision_.step = std::max(1e-15, 0.1 * precision_.step);
-            precision_.multiplier = 0.1 * precision_.multiplier;
+            precision_.violation = std::max(LeastViolation, Sharpening * precision_.violation);
+            precision_.step = std::max(LeastStep, Sharpening * precision_.step);
+            precision_.multiplier = Sharpening * precision_.multiplier;
             // Far out a step may be short only because it is lost in the rounding of the point.
-            rho_ = rho_ > 0.0 ? std::max(1e-2 * rho_, leastWeight(problem_.scaled))
+            rho_ = rho_ > 0.0 ? std::max(LessWeight * rho_, leastWeight(problem_.scaled))
                               : firstWeight(problem_.scaled);
             break;
         case Failure::NotDefinite:
-            rho_ = rho_ > 0.0 ? 100.0 * rho_ : firstWeight(problem_.scaled);
+            rho_ = rho_ > 0.0 ? MoreWeight * rho_ : firstWeight(problem_.scaled);
             break;
         case Failure::Core:
             perturbation_.putOn(failures_);

@@ -9,8 +9,8 @@
 namespace activeset::frontend {
 
 void Perturbation::putOn(int strength) {
-    constexpr double Smallest = 1e-7;
-    constexpr double Growth = 4.0;
+    constexpr double LeastPerturbation = 1e-7;
+    constexpr double PerturbationGrowth = 4.0;
     CoreForm& form = problem_.coreForm();
     if (!unperturbed_) {
         unperturbed_ = form;
@@ -20,7 +20,7 @@ void Perturbation::putOn(int strength) {
         state = state * 6364136223846793005U + 1442695040888963407U;
         return 1.0 + static_cast<double>(state >> 11U) * 0x1p-53;
     };
-    const double size = Smallest * std::pow(Growth, strength);
+    const double size = LeastPerturbation * std::pow(PerturbationGrowth, strength);
     for (double& side : form.b) {
         side += size * random() * std::max(1.0, std::abs(side));
     }

@@ -16,7 +16,8 @@ namespace {
 constexpr std::size_t MostProximalSteps = 200;
 constexpr int MostInexactProofs = 2;
 constexpr int FewSteadySteps = 3;
-constexpr double Steady = 0.1;  // of the force of the step before
+constexpr double SteadyShare = 0.1;  // of the force of the step before: a step that pulls as much
+constexpr double WeightDecay = 0.1;  // of ρ after a steady step
 
 double distance(const Vector& a, const Vector& b) {
     double largest = 0.0;
@@ -150,9 +151,10 @@ Run ProximalLoop::runOfStep() {
     Vector c = problem_.scaled.c;
     axpy(-rho_, centre_.data(), c.data(), c.size());
     // What rounding makes of a point far out is no violation.
-    constexpr double Rounding = 1e-14;
+    constexpr double ViolationRounding = 1e-14;
     Precision precision = precision_;
-    precision.violation = std::max(precision.violation, Rounding * largestMagnitude(centre_));
+    precision.violation =
+        std::max(precision.violation, ViolationRounding * largestMagnitude(centre_));
     return runCore(problem_.coreForm(), problem_.hessianPlus(rho_), c, centre_,
                    problem_.coreForm().toCore(set_), precision, control_,
                    [this](const double* x) { return problem_.progressAt(x); });
@@ -191,7 +193,7 @@ ProximalLoop::Next ProximalLoop::takeMinimum(Point point, const WorkingSet& set)
         return std::nullopt;
     }
     const double step = distance(minimum_, centre_);
-    drift_ = {{}, rho_ * step > Steady * lastForce_, steadySteps_ >= FewSteadySteps};
+    drift_ = {{}, rho_ * step > SteadyShare * lastForce_, steadySteps_ >= FewSteadySteps};
     if (rho_ > 0.0 && step > 0.0 && (drift_.isSteady || drift_.isLasting)) {
         drift_.direction = difference(minimum_, centre_);
         stage_ = Stage::Recentre;
@@ -206,7 +208,7 @@ ProximalLoop::Next ProximalLoop::recentre() {
     const double step = distance(minimum_, centre_);
     const double force = rho_ * step;
     const Vector last = std::exchange(centre_, minimum_);
-    const bool isSteady = !(force < Steady * lastForce_);
+    const bool isSteady = !(force < SteadyShare * lastForce_);
     const bool isOneTooMany = effort_.proximalSteps > MostProximalSteps;
     if (isSteady && rho_ > 0.0 && !isOneTooMany && prolong(last)) {
         lastForce_ = Infinity;
@@ -219,7 +221,7 @@ ProximalLoop::Next ProximalLoop::recentre() {
         return fail(Failure::NoProof);
     }
     if (isSteady) {
-        rho_ = std::max(0.1 * rho_, leastWeight(problem_.scaled));
+        rho_ = std::max(WeightDecay * rho_, leastWeight(problem_.scaled));
         ++steadySteps_;
     }
     lastForce_ = force;

@@ -10,14 +10,15 @@ namespace activeset::frontend {
 /// With a small enough weight the first minimum is one of a linear program itself, and without an H
 /// the size of ρ does not touch the condition of the subproblem.
 [[nodiscard]] inline double firstWeight(const ProblemData& data) {
-    constexpr double OfCurvature = 1e-6;
-    constexpr double OfLinear = 1e-9;
-    return data.quadratic ? OfCurvature * largestMagnitude(data.H) : OfLinear;
+    constexpr double WeightOfCurvature = 1e-6;
+    constexpr double WeightOfLinear = 1e-9;
+    return data.quadratic ? WeightOfCurvature * largestMagnitude(data.H) : WeightOfLinear;
 }
 
 /// Less than this is lost in rounding.
 [[nodiscard]] inline double leastWeight(const ProblemData& data) {
-    return 1e-10 * firstWeight(data);
+    constexpr double LeastShare = 1e-10;
+    return LeastShare * firstWeight(data);
 }
 
 }  // namespace activeset::frontend

@@ -14,9 +14,9 @@ namespace {
 // Curvature in the reduced Hessian that counts as none: this part of the largest, and what rounding
 // of a product with H makes of none.
 double flatCurvature(const Dense& reduced, const Dense& H, double flat) {
-    constexpr double Rounding = 4.0 * std::numeric_limits<double>::epsilon();
+    constexpr double CurvatureRounding = 4.0 * std::numeric_limits<double>::epsilon();
     return std::max(flat * largestDiagonal(reduced),
-                    Rounding * static_cast<double>(H.rows) * largestMagnitude(H.values));
+                    CurvatureRounding * static_cast<double>(H.rows) * largestMagnitude(H.values));
 }
 
 std::vector<std::size_t> freeVariables(const std::vector<bool>& isFixed) {

@@ -11,6 +11,9 @@
 
 namespace activeset::frontend {
 
+/// Curvature of a reduced Hessian that counts as none, in proportion to the largest.
+inline constexpr double FlatReduced = 1e-11;
+
 /// The equations
 ///
 ///     H·x + c + Aᵀy + z = 0,   rows and bounds of the working set hold with equality
@@ -25,7 +28,7 @@ public:
     ///
     /// @param flat  curvature of the reduced Hessian that counts as none, in proportion to the
     ///              largest; what may be rounding of H never counts
-    Refinement(const ProblemData& data, const WorkingSet& set, double flat = 1e-11);
+    Refinement(const ProblemData& data, const WorkingSet& set, double flat = FlatReduced);
 
     [[nodiscard]] const WorkingSet& set() const { return set_; }
     /// Moves x, y and z to the solution, as far as doubles can. The number of corrections made.

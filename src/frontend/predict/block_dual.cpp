@@ -13,10 +13,12 @@ namespace {
 
 // By how much a value may be beyond its side, in proportion to 1, the side and, at a point that
 // has been refined, the terms of the value.
-constexpr double OnTheWay = 1e-10;
-constexpr double AtTheEnd = 1e-13;
+constexpr double ViolationOnTheWay = 1e-10;
+constexpr double ViolationAtTheEnd = 1e-13;
+// Of the first: by so much a member misses its side where rounding has eaten its equation.
+constexpr double MissedShare = 0.1;
 // Violations that may be rounding of a point far out.
-constexpr double Little = 1e-7;
+constexpr double LittleViolation = 1e-7;
 // Single steps in a row after which more are to be expected.
 constexpr std::size_t MostPulls = 8;
 
@@ -39,7 +41,7 @@ DualOutcome BlockDual::run() {
     bool isStuck = false;
     while (end == DualOutcome::Stopped && !isStuck && !control_.mustEnd()) {
         computePoint();
-        std::vector<Violated> candidates = violated(OnTheWay);
+        std::vector<Violated> candidates = violated(ViolationOnTheWay);
         if (isMinimum(candidates)) {
             end = DualOutcome::Optimal;
         } else if (!seen_.insert(sides_.all()).second) {
@@ -93,7 +95,8 @@ void BlockDual::computePoint() {
     // Far from the members' sides, as where H is nearly singular, t and Gλ have cancelled.
     const bool isMissed = std::any_of(W_.begin(), W_.end(), [this](std::size_t k) {
         const double target = sides_.target(k);
-        return std::abs(values_[k] - target) > 0.1 * OnTheWay * (1.0 + std::abs(target));
+        return std::abs(values_[k] - target) >
+               MissedShare * ViolationOnTheWay * (1.0 + std::abs(target));
     });
     if (isMissed) {
         equality_.moveToSides(sides_, values_, x_, trial_);
@@ -104,13 +107,14 @@ void BlockDual::computePoint() {
 // Where little or nothing is violated the point is refined, and judged by what rounding leaves of
 // it then; where the set comes back that was judged so, by what a proof allows.
 bool BlockDual::isMinimum(std::vector<Violated>& candidates) {
-    const bool isLittle = std::all_of(candidates.begin(), candidates.end(),
-                                      [](const Violated& one) { return one.amount <= Little; });
+    const bool isLittle =
+        std::all_of(candidates.begin(), candidates.end(),
+                    [](const Violated& one) { return one.amount <= LittleViolation; });
     if (!isLittle) {
         return false;
     }
     refinePoint();
-    candidates = violated(seen_.contains(sides_.all()) ? OnTheWay : AtTheEnd);
+    candidates = violated(seen_.contains(sides_.all()) ? ViolationOnTheWay : ViolationAtTheEnd);
     return candidates.empty();
 }
 
@@ -146,14 +150,15 @@ std::vector<BlockDual::Violated> BlockDual::violated(double tolerance) const {
 }
 
 std::size_t BlockDual::mostNewcomers() const {
-    constexpr double OfVariables = 0.06;
+    constexpr double NewcomersPerVariable = 0.06;
     constexpr std::size_t Few = 8;
-    return std::max(Few, static_cast<std::size_t>(OfVariables * static_cast<double>(data_.n)));
+    return std::max(Few,
+                    static_cast<std::size_t>(NewcomersPerVariable * static_cast<double>(data_.n)));
 }
 
 // The worst, of those that are not much better than the worst, and no more than there is room for.
 std::vector<BlockDual::Violated> BlockDual::newcomersOf(std::vector<Violated> candidates) const {
-    constexpr double OfWorst = 0.2;
+    constexpr double ShareOfWorst = 0.2;
     const auto isWorse = [](const Violated& a, const Violated& b) {
         return a.weighed > b.weighed || (a.weighed == b.weighed && a.constraint < b.constraint);
     };
@@ -161,7 +166,7 @@ std::vector<BlockDual::Violated> BlockDual::newcomersOf(std::vector<Violated> ca
     std::partial_sort(candidates.begin(), candidates.begin() + static_cast<std::ptrdiff_t>(most),
                       candidates.end(), isWorse);
     candidates.resize(most);
-    const double least = OfWorst * candidates.front().weighed;
+    const double least = ShareOfWorst * candidates.front().weighed;
     std::erase_if(candidates, [least](const Violated& one) { return one.weighed < least; });
     return candidates;
 }

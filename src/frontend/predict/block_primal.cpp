@@ -80,7 +80,7 @@ bool BlockPrimal::run() {
 // t: where it is what it is to be, by bisection.
 bool BlockPrimal::findFeasiblePoint() {
     constexpr int MostHalvings = 200;
-    constexpr double Farthest = 1e30;
+    constexpr double FarthestShift = 1e30;
     if (data_.m == 0) {
         return true;
     }
@@ -92,7 +92,7 @@ bool BlockPrimal::findFeasiblePoint() {
     };
     double high = now == wanted ? 0.0 : 1.0;
     while (!isBeyond(high)) {
-        if (high > Farthest) {
+        if (high > FarthestShift) {
             return false;
         }
         high *= 2.0;
@@ -231,14 +231,14 @@ double BlockPrimal::chooseMultiplier() const {
 
 // The fixed variables that would lower the objective most, of each by itself.
 BlockPrimal::List BlockPrimal::mostWrong() const {
-    constexpr double Rounding = 1e-13;
+    constexpr double SlopeRounding = 1e-13;
     std::vector<std::pair<double, std::size_t>> candidates;
     for (std::size_t j = 0; j < data_.n; ++j) {
         const double pull = y_ * entryOfRow(j);
         const double slope = g_[j] + pull;
         const double amount = x_[j] == data_.lower[j] ? -slope : slope;
         const double size = 1.0 + std::abs(g_[j]) + std::abs(pull);
-        if (!isFree_[j] && data_.lower[j] < data_.upper[j] && amount > Rounding * size) {
+        if (!isFree_[j] && data_.lower[j] < data_.upper[j] && amount > SlopeRounding * size) {
             candidates.emplace_back(-amount / std::sqrt(data_.columnOfH(j)[j]), j);
         }
     }

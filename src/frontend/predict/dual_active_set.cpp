@@ -14,10 +14,8 @@ namespace {
 
 constexpr std::size_t None = std::numeric_limits<std::size_t>::max();
 
-// A row that moves by less than this part of what it would move without members depends on them.
-constexpr double Dependent = 1e-18;
-// Such a row is where the members put it if their values, so combined, are its own up to this part.
-constexpr double Consistent = 1e-9;
+// A row depends on the members if they leave it less than this part of its mobility.
+constexpr double DependentMobility = 1e-18;
 // Steps after which x and the multipliers are computed anew, so that no rounding adds up.
 constexpr std::size_t StepsBetweenMinimisations = 32;
 
@@ -123,7 +121,7 @@ private:
             entry *= entering.sign;
         }
         image_ = factors_.image(entering.outward);
-        const double negligible = Dependent * dot(image_.data(), image_.data(), data_.n);
+        const double negligible = DependentMobility * dot(image_.data(), image_.data(), data_.n);
         if (!(factors_.mobility(image_) > negligible) && isImplied(entering)) {
             isIgnored_[entering.constraint] = true;
             return true;
@@ -205,7 +203,7 @@ private:
             value -= term;
             scale += std::abs(term);
         }
-        return value - entering.sign * entering.target <= Consistent * scale;
+        return value - entering.sign * entering.target <= ImpliedTolerance * scale;
     }
 
     // outward + Wᵀ·change = 0 while no multiplier gets the wrong sign.

@@ -13,7 +13,7 @@ namespace activeset::frontend {
 namespace {
 
 // A column of R whose diagonal entry is this part of its length depends on those before it.
-constexpr double Dependent = 1e-9;
+constexpr double DependentDiagonal = 1e-9;
 
 Block columnsOf(Dense& matrix, std::size_t first, std::size_t count) {
     return {matrix.column(first), matrix.rows, count};
@@ -63,7 +63,7 @@ void DualFactors::dropDependentMembers() {
     for (std::size_t k = 0; k < members_.size();) {
         const double* column = R_.column(k);
         const double length = std::sqrt(dot(column, column, k + 1));
-        if (std::abs(column[k]) > Dependent * length) {
+        if (std::abs(column[k]) > DependentDiagonal * length) {
             ++k;
         } else {
             remove(k, none);

@@ -6,6 +6,10 @@
 
 namespace activeset::frontend {
 
+/// A constraint that depends on the members is where they put it if the value that theirs combine
+/// to is beyond its side by no more than this, in proportion to the terms.
+inline constexpr double ImpliedTolerance = 1e-9;
+
 struct DualOutcome {
     enum End {
         Optimal,

@@ -32,7 +32,7 @@ void BlockDual::solve(List& wanted) {
 // Σ λ'_k·miss_k over newcomers, less Σ λ_k·miss'_k over those that left. The difference of the two
 // values would drown in rounding where H is nearly singular.
 bool BlockDual::hasRisen(const Constraints& before) const {
-    constexpr double Rounding = 1e-12;
+    constexpr double RiseRounding = 1e-12;
     const List& V = equality_.members();
     std::vector<bool> isMember(sides_.count(), false);
     double rise = 0.0;
@@ -54,7 +54,7 @@ bool BlockDual::hasRisen(const Constraints& before) const {
     for (std::size_t k = 0; k < left.size(); ++k) {
         add(-lambda_[left[k]] * (values[k] - before.target(left[k])));
     }
-    return rise > Rounding * scale;
+    return rise > RiseRounding * scale;
 }
 
 void BlockDual::accept() {
@@ -214,7 +214,6 @@ BlockDual::Pulled BlockDual::enter(const Violated& entering) {
 // A constraint that depends on W has the value that the values of W combine to, wherever x is: what
 // rounding makes of a point far out does not enter.
 bool BlockDual::isImplied(const Violated& entering, const Vector& r) const {
-    constexpr double Consistent = 1e-9;
     const std::size_t q = entering.constraint;
     const double sign = entering.side == Side::Upper ? 1.0 : -1.0;
     const double target = entering.side == Side::Upper ? sides_.upper(q) : sides_.lower(q);
@@ -225,7 +224,7 @@ bool BlockDual::isImplied(const Violated& entering, const Vector& r) const {
         value += term;
         scale += std::abs(term);
     }
-    return sign * (value - target) <= Consistent * scale;
+    return sign * (value - target) <= ImpliedTolerance * scale;
 }
 
 // a_q = Wᵀr while no multiplier gets the wrong sign.

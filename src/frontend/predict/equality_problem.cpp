@@ -130,10 +130,9 @@ void EqualityProblem::correct(Vector& x,
 
 void EqualityProblem::refine(const Constraints& sides, Vector& x, Vector& multipliers) const {
     constexpr int MostCorrections = 4;
-    constexpr double Small = 1e-11;  // a correction of such residuals leaves rounding
     setBounds(sides, x);
     double size = Infinity;
-    for (int k = 0; k < MostCorrections && size > Small; ++k) {
+    for (int k = 0; k < MostCorrections && size > SmallResidual; ++k) {
         const Point at = pointOf(data_, members(), multipliers, x);
         const std::vector<Sum> gradient = gradientSums(data_, at.x, at.y);
         const std::vector<Sum> rows = rowValues(data_, at.x);
@@ -162,12 +161,12 @@ EqualityProblem::Dependence EqualityProblem::dependenceOf(std::size_t q) {
     working_.solveUpper(projection.u.data());
     if (projection.own == 0.0) {
         // Of a combination that is exact, what is rounding beside q itself.
-        constexpr double Rounding = 1e-11;
+        constexpr double CombinationRounding = 1e-11;
         const double whole = columns_.inner(q, q);
         for (std::size_t k = 0; k < projection.u.size(); ++k) {
             double& entry = projection.u[k];
             const double part = entry * entry * columns_.inner(members()[k], members()[k]);
-            entry = part > Rounding * Rounding * whole ? entry : 0.0;
+            entry = part > CombinationRounding * CombinationRounding * whole ? entry : 0.0;
         }
     }
     return {std::move(projection.u), projection.own};

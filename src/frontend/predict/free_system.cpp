@@ -41,7 +41,7 @@ bool FreeSystem::factoriseFree() {
 }
 
 bool FreeSystem::factoriseRows() {
-    constexpr double Dependent = 1e-13;  // of the largest diagonal entry
+    constexpr double DependentSchurPivot = 1e-13;  // of the largest diagonal entry
     Q_ = Dense(F_.size(), R_.size());
     for (std::size_t k = 0; k < F_.size(); ++k) {
         const double* column = data_.columnOfA(F_[k]);
@@ -58,7 +58,7 @@ bool FreeSystem::factoriseRows() {
     }
     solveUpperTransposed(L_, Q_.values.data(), R_.size());
     blas::gram(viewOf(Q_), Block(S_.values.data(), R_.size(), R_.size()));
-    return factoriseUpper(S_, Dependent);
+    return factoriseUpper(S_, DependentSchurPivot);
 }
 
 void FreeSystem::solve(Vector& f, Vector& r) const {

@@ -178,12 +178,11 @@ std::size_t PrimalDualGuess::exchangeRows() {
 // The equations again, for what is left of their residuals in extended precision.
 void PrimalDualGuess::refine() {
     constexpr int MostCorrections = 4;
-    constexpr double Small = 1e-11;  // a correction of such residuals leaves rounding
     const Polishing polishing(control_);
     const std::vector<std::size_t>& F = system_.free();
     const std::vector<std::size_t>& R = system_.rows();
     double size = Infinity;
-    for (int k = 0; k < MostCorrections && size > Small; ++k) {
+    for (int k = 0; k < MostCorrections && size > SmallResidual; ++k) {
         const std::vector<Sum> gradient = gradientSums(data_, point_.x, point_.y);
         const std::vector<Sum> rows = R.empty() ? std::vector<Sum>() : rowValues(data_, point_.x);
         Vector f(F.size());

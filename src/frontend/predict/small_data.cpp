@@ -9,12 +9,11 @@ namespace activeset::frontend {
 namespace {
 
 // Sums of products of three factors stay far from overflow, and their errors from underflow.
-constexpr double Smallest = 1e-60;
-constexpr double Largest = 1e60;
+constexpr double SmallestEntry = 1e-60;
+constexpr double LargestEntry = 1e60;
 constexpr double SmallestPivot = 1e-12;  // in proportion to the diagonal entry
 constexpr double SmallestNorm = 1e-100;
-constexpr double SymmetryTolerance = 1e-10;  // as where faults are looked for
-constexpr double SideTolerance = 1e-13;      // what rounding may take from a side
+constexpr double SideTolerance = 1e-13;  // what rounding may take from a side
 
 bool hasMemory(const MatrixView& matrix) {
     const bool byColumns = matrix.order() == Order::ColumnMajor;
@@ -67,7 +66,7 @@ bool loadHessian(const MatrixView& H, SmallMemory& memory, double& largest) {
         std::fill_n(memory.data + j * leading, shape.head(), 0.0);
         memory.data[j * leading + j] = 1.0;
     }
-    return largest >= Smallest && largest <= Largest &&  // so NaN is not
+    return largest >= SmallestEntry && largest <= LargestEntry &&  // so NaN is not
            makeSymmetric(memory.data, shape.n, leading, largest);
 }
 
@@ -93,7 +92,7 @@ bool loadRows(const MatrixView& A, SmallMemory& memory, double& largest) {
     for (std::size_t j = 0; j < shape.n; ++j) {
         rows[j * leading + shape.m] = memory.c[j];
     }
-    return largest <= Largest;  // so NaN is not
+    return largest <= LargestEntry;  // so NaN is not
 }
 
 /// Sides of constraints `first` to `first + count`, and absent ones up to `first + padded`.
@@ -112,7 +111,7 @@ bool loadSides(const VectorView& lower,
                                   memory.highest + first});
     memory.equalities += extent.equal;
     largest = extent.largest;
-    return extent.isSound && largest <= Largest;
+    return extent.isSound && largest <= LargestEntry;
 }
 
 SmallMatrix imagesOf(const SmallMemory& memory) {
@@ -158,7 +157,7 @@ bool loadVectors(const Problem& problem, SmallMemory& memory, SmallExtent& exten
     extent.c =
         memory.kernels.copy(problem.c.data(), 0, problem.c.size(), 1, memory.c, 0, shape.head());
     memory.equalities = 0;
-    return extent.c <= Largest && std::isfinite(problem.constant) &&
+    return extent.c <= LargestEntry && std::isfinite(problem.constant) &&
            loadSides(problem.rowLower, problem.rowUpper, shape.m, 0, shape.rows(), memory,
                      extent.rowSides) &&
            loadSides(problem.lower, problem.upper, shape.n, shape.rows(), shape.head(), memory,

@@ -10,10 +10,14 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Rounding = 1e-13;   // of a value, in proportion to the norms of image and z
-constexpr double Dependent = 1e-10;  // ‖u‖ of a row that members combine to, its image being 1
-constexpr double TooClose = 1e-7;    // below it the point depends on the last digits of sides
-constexpr double NoMultiplier = 1e-13;  // a change of this size is one of rounding
+// What rounding makes of a value, in proportion to the norms of image and z.
+constexpr double ViolationRounding = 1e-13;
+// ‖u‖ of a row that the members combine to; the norm of its image is 1.
+constexpr double DependentImage = 1e-10;
+// With a shorter u the point depends on the last digits of the sides.
+constexpr double TooClose = 1e-7;
+// A smaller change of a multiplier is rounding.
+constexpr double NegligibleChange = 1e-13;
 constexpr std::size_t StepsBetweenPolls = 8;
 
 }  // namespace
@@ -142,12 +146,12 @@ bool SmallDual::beginAgain() {
 
 // Whether what is farthest away is so by rounding only.
 bool SmallDual::isSettled(const SmallViolation& worst) {
-    constexpr double Clearly = 1e-6;
-    if (worst.amount > Clearly * size_ && size_ > 0.0) {
+    constexpr double ClearViolation = 1e-6;
+    if (worst.amount > ClearViolation * size_ && size_ > 0.0) {
         return false;
     }
     size_ = std::max(size_, std::sqrt(m_.kernels.dot(m_.z, m_.z, m_.shape.head())));
-    return !(worst.amount > Rounding * size_);
+    return !(worst.amount > ViolationRounding * size_);
 }
 
 SmallDual::End SmallDual::pull(std::size_t i) {
@@ -160,7 +164,7 @@ SmallDual::End SmallDual::pull(std::size_t i) {
     while (steps_++ < most) {
         const double squaredNorm = factor_.project();
         const bool isDependent =
-            !(squaredNorm > Dependent * Dependent) || factor_.size() == m_.shape.n;
+            !(squaredNorm > DependentImage * DependentImage) || factor_.size() == m_.shape.n;
         if (!isDependent && squaredNorm < TooClose * TooClose) {
             return End::GivenUp;
         }
@@ -168,7 +172,7 @@ SmallDual::End SmallDual::pull(std::size_t i) {
         double step = whole;
         std::size_t blocking = factor_.size();
         for (std::size_t k = 0; k < factor_.size(); ++k) {
-            if (m_.isEquality[k] == 0.0 && m_.p[k] > NoMultiplier &&
+            if (m_.isEquality[k] == 0.0 && m_.p[k] > NegligibleChange &&
                 m_.lambda[k] < step * m_.p[k]) {
                 step = m_.lambda[k] / m_.p[k];
                 blocking = k;

@@ -11,8 +11,8 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Exact = 1e-13;       // a residual in proportion that rounding leaves
-constexpr double Feasible = 0x1p-49;  // the same of sides
+constexpr double ExactResidual = 1e-13;   // a residual in proportion that rounding leaves
+constexpr double FeasibleSide = 0x1p-49;  // the same of sides
 constexpr std::size_t MostCorrections = 3;
 
 }  // namespace
@@ -122,11 +122,11 @@ bool SmallProblem::proveOptimum(const Problem& problem, double tolerance, Result
     do {
         refinement.correct();
         judgement = judge(memory_, extent_, problem.constant);
-    } while (
-        ++corrections < MostCorrections &&
-        !(judgement.certificate.holds(Exact) && judgement.certificate.primal.relative <= Feasible));
+    } while (++corrections < MostCorrections &&
+             !(judgement.certificate.holds(ExactResidual) &&
+               judgement.certificate.primal.relative <= FeasibleSide));
     if (!judgement.certificate.holds(tolerance) ||
-        !(judgement.certificate.primal.relative <= Feasible)) {
+        !(judgement.certificate.primal.relative <= FeasibleSide)) {
         return false;
     }
     const SmallOptimum optimum{memory_, dual_, judgement, tolerance};

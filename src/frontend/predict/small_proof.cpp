@@ -59,10 +59,10 @@ double unitOfRow(const SmallMemory& m, std::size_t i, double otherwise) {
 
 // What rounding x and y leaves of an entry of the gradient, in proportion to its terms, and of one
 // with tiny terms, in proportion to those of others.
-constexpr double Rounding = 4.0 * std::numeric_limits<double>::epsilon();
-constexpr double RoundingOfOthers = 2.0 * Rounding;
+constexpr double GradientRounding = 4.0 * std::numeric_limits<double>::epsilon();
+constexpr double RoundingOfOthers = 2.0 * GradientRounding;
 // What the sums may miss, in proportion to their terms: those of short steps are formed in doubles.
-constexpr double Evaluation = 1e-21;
+constexpr double SumRounding = 1e-21;
 
 /// The magnitude of the side that value + rest misses.
 double sideMissed(const SmallMemory& m, std::size_t i, double value, double rest) {
@@ -114,7 +114,7 @@ Judgement judge(SmallMemory& m, const SmallExtent& extent, double constant) {
     judgement.certificate.primal = violationOf(m, extent, units);
     const SmallGradientProof gradient =
         kernels.weighGradient(gradientOf(m),
-                              {Rounding, RoundingOfOthers, Evaluation, extent.H * farthest,
+                              {GradientRounding, RoundingOfOthers, SumRounding, extent.H * farthest,
                                std::min(1.0, units.gradient), variable, farthest, Infinity},
                               shape.head());
     TwoSum quadratic;

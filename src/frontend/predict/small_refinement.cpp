@@ -94,7 +94,7 @@ void SmallRefinement::findStep() {
 }
 
 void SmallRefinement::correct() {
-    constexpr double Short = 1e-6;  // a step whose products need no more than double precision
+    constexpr double ShortStep = 1e-6;  // a step whose products need no more than double precision
     formResiduals();
     findStep();
     const std::size_t head = m_.shape.head();
@@ -105,7 +105,7 @@ void SmallRefinement::correct() {
     m_.kernels.addScaled(1.0, m_.step, m_.x, head);
     moveToBounds();
     const SmallStep step = m_.kernels.moved(m_.x, m_.step, m_.u, head);
-    if (!(step.length <= Short * step.size)) {
+    if (!(step.length <= ShortStep * step.size)) {
         setMultipliers();
         formSums();
         return;

@@ -70,11 +70,9 @@ Vector startOf(const Problem& problem, const WarmStart& start, const ProblemData
 
 // As of any other contradiction that was predicted: for points of all sizes that matter.
 std::optional<Farkas> provedContradiction(const ProblemData& data, Vector y) {
-    constexpr double ProofTolerance = 1e-9;
-    constexpr double Far = 1e12;
     Farkas farkas = judgeFarkas(data, std::move(y));
     const double size = leastSize(data);
-    if (!holds(farkas, ProofTolerance, size) || !(farkas.radius >= Far * size)) {
+    if (!holds(farkas, FarkasTolerance, size) || !(farkas.radius >= PredictedRadius * size)) {
         return std::nullopt;
     }
     return farkas;
@@ -107,7 +105,6 @@ void writeOptimum(const Problem& problem,
                   const SmallOptimum& optimum,
                   bool isSetWanted,
                   Result& result) {
-    constexpr double LargeGap = 1e-10;  // an absolute gap above this is made smaller if it can be
     SmallMemory& memory = optimum.memory;
     const SmallShape& shape = memory.shape;
     const double* const z = memory.multipliers + shape.rows();

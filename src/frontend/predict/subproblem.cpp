@@ -8,6 +8,10 @@ namespace activeset::frontend {
 
 namespace {
 
+// H + ρI is safely positive definite if its pivots are above n times this part of the largest
+// diagonal entry.
+constexpr double SafePivot = 1e-15;
+
 ProblemData shifted(const ProblemData& problem, double rho) {
     if (!(rho > 0.0)) {
         return {};
@@ -38,7 +42,7 @@ Subproblem::Subproblem(const ProblemData& problem, double rho)
       rho_(rho),
       shifted_(shifted(problem, rho)),
       factor_(hessianOf(data())),
-      isDefinite_(factoriseUpper(factor_, 1e-15 * static_cast<double>(problem.n))),
+      isDefinite_(factoriseUpper(factor_, SafePivot * static_cast<double>(problem.n))),
       sets_(std::in_place, data(), factor_) {}
 
 void Subproblem::forget() {

@@ -12,6 +12,10 @@
 
 namespace activeset::frontend {
 
+/// Refinement of a prediction ends with a correction of residuals up to this, in proportion to
+/// their terms: it leaves nothing but rounding.
+inline constexpr double SmallResidual = 1e-11;
+
 /// ½xᵀHx + cᵀx + ½ρ‖x − centre‖² under the constraints of a problem. What is formed of its matrices
 /// stays valid while only vectors of the problem change, and from centre to centre.
 class Subproblem {

@@ -14,7 +14,7 @@ namespace {
 
 // Where no more than this part of the square of a column is left beside the others, the difference
 // that says so has lost too many digits.
-constexpr double Doubtful = 1e-10;
+constexpr double DoubtfulPivot = 1e-10;
 
 ConstBlock triangle(const Dense& matrix, std::size_t order) {
     return {matrix.values.data(), order, order, matrix.rows};
@@ -135,7 +135,7 @@ std::size_t WorkingFactor::appendAtOnce(const List& newcomers, std::size_t first
     for (std::size_t j = 0; j < done; ++j) {
         const double pivot = R_(before + j, before + j);
         const std::size_t newcomer = newcomers[first + j];
-        if (!(pivot * pivot > Doubtful * columns_.inner(newcomer, newcomer))) {
+        if (!(pivot * pivot > DoubtfulPivot * columns_.inner(newcomer, newcomer))) {
             done = j;
         }
     }
@@ -157,7 +157,7 @@ void WorkingFactor::appendAlone(std::size_t newcomer) {
 // Where the Schur complement cancels, the projection is done by the columns themselves, and once
 // more for what rounding left of it: as good as an orthogonal factorisation.
 WorkingFactor::Projection WorkingFactor::projectionOf(std::size_t q) const {
-    constexpr double Dependent = 1e-16;
+    constexpr double DependentProjection = 1e-16;
     constexpr int Passes = 2;
     const std::size_t k = members_.size();
     const double whole = columns_.inner(q, q);
@@ -167,7 +167,7 @@ WorkingFactor::Projection WorkingFactor::projectionOf(std::size_t q) const {
     }
     blas::trsvUpper(Op::Transpose, triangle(R_, k), result.u.data());
     result.own -= dot(result.u.data(), result.u.data(), k);
-    if (result.own > Doubtful * whole) {
+    if (result.own > DoubtfulPivot * whole) {
         return result;
     }
     Vector rest = columns_.columnOf(q);
@@ -182,7 +182,7 @@ WorkingFactor::Projection WorkingFactor::projectionOf(std::size_t q) const {
         columns_.subtract(members_, change.data(), rest.data());
     }
     result.own = dot(rest.data(), rest.data(), rest.size());
-    if (!(result.own > Dependent * whole)) {
+    if (!(result.own > DependentProjection * whole)) {
         result.own = 0.0;
     }
     return result;
@@ -193,9 +193,9 @@ void WorkingFactor::solveUpper(double* u) const {
 }
 
 bool WorkingFactor::isDoubtful() const {
-    constexpr double ManyDigits = 1e-7;
+    constexpr double LostDigits = 1e-7;
     for (std::size_t k = 0; k < members_.size(); ++k) {
-        if (R_(k, k) * R_(k, k) <= ManyDigits * columns_.inner(members_[k], members_[k])) {
+        if (R_(k, k) * R_(k, k) <= LostDigits * columns_.inner(members_[k], members_[k])) {
             return true;
         }
     }

@@ -61,8 +61,8 @@ public:
     [[nodiscard]] Vector values(const Vector& x) const;
     /// The side that a value lies beyond, by more than rounding.
     [[nodiscard]] Side beyond(std::size_t k, double value) const {
-        constexpr double Rounding = 1e-11;
-        const double slack = Rounding * (value > 1.0 ? value : value < -1.0 ? -value : 1.0);
+        constexpr double SideRounding = 1e-11;
+        const double slack = SideRounding * (value > 1.0 ? value : value < -1.0 ? -value : 1.0);
         if (value > upper(k) + slack) {
             return Side::Upper;
         }

@@ -15,10 +15,6 @@ namespace {
 
 using frontend::Part;
 
-/// Rounding in a matrix that was computed, not typed, leaves its halves apart by less than this
-/// times its largest entry.
-constexpr double SymmetryTolerance = 1e-10;
-
 /// Of the faults of a part so many are told one by one; one more stands for the others.
 constexpr std::size_t MostTold = 100;
 
@@ -242,7 +238,7 @@ private:
         }
         for (std::size_t j = 0; j < H.cols(); ++j) {
             for (std::size_t i = 0; i < j; ++i) {
-                if (std::abs(H(i, j) - H(j, i)) > SymmetryTolerance * largest) {
+                if (std::abs(H(i, j) - H(j, i)) > frontend::SymmetryTolerance * largest) {
                     addAsymmetry(i, j);
                 }
             }

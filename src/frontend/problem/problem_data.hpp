@@ -57,7 +57,10 @@ inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
 /// One line a fault, as far as they can be read; no line end behind the last one.
 [[nodiscard]] std::string messageOf(const std::vector<Fault>& faults);
 
-/// Whether an n × n matrix is, to the last bit.
+/// Rounding in a matrix that was computed, not typed, leaves its halves apart by less than this
+/// times its largest entry.
+inline constexpr double SymmetryTolerance = 1e-10;
+/// Whether an n × n matrix equals its transpose, bit for bit.
 [[nodiscard]] bool isSymmetric(const double* values, std::size_t n, std::size_t leading);
 
 /// Copies one part of a problem, which has no faults there; a vector that is absent is empty then.

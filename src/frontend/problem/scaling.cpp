@@ -13,7 +13,7 @@ namespace activeset::frontend {
 namespace {
 
 constexpr int MostSweeps = 8;
-constexpr double Near = 2.0;         // a largest entry within [1/Near, Near] is near 1
+constexpr double NearOne = 2.0;      // a largest entry within [1/NearOne, NearOne] is near 1
 constexpr int LargestExponent = 60;  // products of three factors stay far from overflow
 
 double powerOfTwoNear(double value) {
@@ -42,7 +42,7 @@ bool sweep(const ProblemData& data, Scaling& scaling) {
     }
     const auto isSettled = [](double largest) {
         return !(largest > 0.0 && std::isfinite(largest)) ||
-               (largest >= 1.0 / Near && largest <= Near);
+               (largest >= 1.0 / NearOne && largest <= NearOne);
     };
     if (std::all_of(column.begin(), column.end(), isSettled) &&
         std::all_of(row.begin(), row.end(), isSettled)) {
@@ -90,7 +90,7 @@ struct Extent {
 // sides, bounds and the minimum without them, says that they are far from 1, one factor for all of
 // them brings them there: the core's tolerances are absolute.
 void chooseUnit(const ProblemData& data, Scaling& scaling) {
-    constexpr double Far = 1e3;
+    constexpr double FarFromOne = 1e3;
     Extent extent;
     for (std::size_t i = 0; i < data.m; ++i) {
         extent.add(data.rowLower[i] * scaling.row[i]);
@@ -108,9 +108,9 @@ void chooseUnit(const ProblemData& data, Scaling& scaling) {
     }
     extent.add(bend > 0.0 ? slope / bend : 0.0);
     double unit = 1.0;
-    if (extent.largest > 0.0 && extent.largest < 1.0 / Far) {
+    if (extent.largest > 0.0 && extent.largest < 1.0 / FarFromOne) {
         unit = powerOfTwoNear(extent.largest);
-    } else if (extent.largest > 0.0 && extent.smallest > Far) {
+    } else if (extent.largest > 0.0 && extent.smallest > FarFromOne) {
         unit = powerOfTwoNear(extent.smallest);
     }
     for (double& factor : scaling.column) {

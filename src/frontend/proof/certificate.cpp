@@ -72,11 +72,11 @@ Residual violation(const ProblemData& data,
 
 /// What the entries of the gradient may miss because x and y are rounded: this much of the sizes of
 /// their terms.
-constexpr double Rounding = 4.0 * std::numeric_limits<double>::epsilon();
+constexpr double GradientRounding = 4.0 * std::numeric_limits<double>::epsilon();
 
 /// A multiplier that is so close to what its entry of the gradient asks for, in proportion to the
 /// terms, is left as it is.
-constexpr double Close = 1e-11;
+constexpr double CloseMultiplier = 1e-11;
 
 /// Chooses the multipliers of bounds that serve a proof best.
 class BoundMultipliers {
@@ -100,17 +100,18 @@ public:
         const double left = magnitude(force.value + given);
         const double scale = force.scale + std::abs(given);
         const double size = magnitude(force.value);
-        const bool isRounding = size <= Rounding * scale;
-        if (given == 0.0 ? isRounding : !isRounding && left <= Close * scale) {
+        const bool isRounding = size <= GradientRounding * scale;
+        if (given == 0.0 ? isRounding : !isRounding && left <= CloseMultiplier * scale) {
             return {given, left, scale};
         }
         const double lower = data_.lower[j];
         const double upper = data_.upper[j];
         const double wanted = -static_cast<double>(force.value);
         const bool isBounded = projected(wanted, lower, upper) == wanted;
-        const double most = Close / Rounding * (scale + std::min(1.0, units_.gradient));
+        const double most =
+            CloseMultiplier / GradientRounding * (scale + std::min(1.0, units_.gradient));
         const double ownScale = std::max(scale, std::min(most, floorOf(j, isBounded)));
-        if (!(size <= Rounding * ownScale)) {
+        if (!(size <= GradientRounding * ownScale)) {
             return isBounded ? Choice{wanted, magnitude(force.value + wanted), scale}
                              : Choice{0.0, size, scale};
         }
@@ -174,7 +175,7 @@ double weightOf(const std::vector<Sum>& residuals, const Vector& x, const Units&
     double weight = 0.0;
     for (std::size_t j = 0; j < x.size(); ++j) {
         const double residual = magnitude(residuals[j].value);
-        const bool isRounding = residual <= Rounding * residuals[j].scale;
+        const bool isRounding = residual <= GradientRounding * residuals[j].scale;
         weight += residual * (isRounding ? std::max(std::abs(x[j]), unit) : farthest);
     }
     return weight;
@@ -197,10 +198,12 @@ double weightBehind(const ProblemData& data,
                     const Point& point,
                     const Point& digits,
                     const Units& units) {
-    constexpr double Far = 1e-6;  // what moves x or y by more of their size is another point
+    // What moves x or y by more of their size is another point.
+    constexpr double LargestDigits = 1e-6;
     const double unit = std::min(1.0, units.variable);
-    if (!(largestMagnitude(digits.x) <= Far * std::max(largestMagnitude(point.x), unit)) ||
-        !(largestMagnitude(digits.y) <= Far * largestMagnitude(point.y))) {
+    if (!(largestMagnitude(digits.x) <=
+          LargestDigits * std::max(largestMagnitude(point.x), unit)) ||
+        !(largestMagnitude(digits.y) <= LargestDigits * largestMagnitude(point.y))) {
         return weightOf(residuals, point.x, units);
     }
     const std::vector<Sum> curved = curvedSums(data, digits.x);

@@ -17,7 +17,9 @@ namespace {
 
 // Curvature in proportion to ‖H‖·‖d‖², ‖H‖ its largest entry, and what an equality may miss along
 // a direction, in proportion to its terms: what rounding of H, and of d, makes of zero is less.
-constexpr double Negligible = 1e-12;
+constexpr double NegligibleCurvature = 1e-12;
+// Rounding of a curvature, in proportion to n·‖H‖·‖d‖².
+constexpr double CurvatureRounding = 4.0 * std::numeric_limits<double>::epsilon();
 
 Dense matrixOf(const ProblemData& data) {
     Dense H(data.n, data.n);
@@ -35,9 +37,9 @@ Dense freePart(const ProblemData& data, const std::vector<std::size_t>& free) {
     return H;
 }
 
-// Rounding of a curvature vᵀHv, v of length 1.
+// What rounding makes of a curvature vᵀHv, v of length 1.
 double roundingOfCurvature(std::size_t n, double largestOfH) {
-    return 4.0 * std::numeric_limits<double>::epsilon() * static_cast<double>(n) * largestOfH;
+    return CurvatureRounding * static_cast<double>(n) * largestOfH;
 }
 
 double squaredLength(const Vector& values) {
@@ -70,13 +72,14 @@ public:
     [[nodiscard]] bool bendsDown(const Vector& direction) const {
         const std::vector<Sum> rows = rowValues(data_, direction);
         for (const std::size_t i : equalities_.rows) {
-            if (std::abs(static_cast<double>(rows[i].value)) > Negligible * rows[i].scale) {
+            if (std::abs(static_cast<double>(rows[i].value)) >
+                NegligibleCurvature * rows[i].scale) {
                 return false;
             }
         }
         const double size = largestMagnitude(data_.H) * squaredLength(direction);
         const Residual bend = curvature(data_, direction);
-        return bend.absolute < -Negligible * size && bend.relative < -Negligible;
+        return bend.absolute < -NegligibleCurvature * size && bend.relative < -NegligibleCurvature;
     }
 
 private:

@@ -15,7 +15,7 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Insignificant = 1e-12;  // a value, in proportion to its terms
+constexpr double InsignificantValue = 1e-12;  // a value, in proportion to its terms
 
 void multiply(Vector& values, double factor) {
     for (double& value : values) {
@@ -71,7 +71,7 @@ void measure(const ProblemData& data, const std::vector<Sum>& sums, double slack
             unbounded = std::max(unbounded, residual);
         }
     }
-    slack -= static_cast<double>(taken.value) * (1.0 + Insignificant);
+    slack -= static_cast<double>(taken.value) * (1.0 + InsignificantValue);
     farkas.radius = !(slack > 0.0) ? 0.0 : unbounded > 0.0 ? slack / unbounded : Infinity;
 }
 
@@ -96,7 +96,7 @@ Farkas judgeFarkas(const ProblemData& data, Vector y) {
     farkas.z = std::move(z);
     const Sum value = valueOf(data, farkas.y, farkas.z);
     const auto weight = static_cast<double>(value.value);
-    if (weight < -Insignificant * value.scale) {
+    if (weight < -InsignificantValue * value.scale) {
         farkas.value = weight;
         measure(data, sums, -weight - roundingOf(value, data.n + data.m), farkas);
     }
@@ -106,9 +106,9 @@ Farkas judgeFarkas(const ProblemData& data, Vector y) {
 }
 
 bool holds(const Farkas& farkas, double tolerance, double variable) {
-    constexpr double Far = 1e6;
+    constexpr double LeastRadius = 1e6;
     return farkas.value < 0.0 && farkas.residual.relative <= tolerance &&
-           farkas.radius >= Far * variable;
+           farkas.radius >= LeastRadius * variable;
 }
 
 }  // namespace activeset::frontend

@@ -6,6 +6,12 @@
 
 namespace activeset::frontend {
 
+/// The residual of Aᵀy + z that a proof may have, relative to the multipliers.
+inline constexpr double FarkasTolerance = 1e-9;
+/// The radius, in units of the least size of the variables, that multipliers need which come out of
+/// equations that may be nearly singular.
+inline constexpr double PredictedRadius = 1e12;
+
 /// Σ y⁺·rowUpper − … brought near −1 by a power of two, the residual of Aᵀy + z and the radius, of
 /// the vectors that are returned. z is chosen: what bounds can take of −Aᵀy.
 [[nodiscard]] Farkas judgeFarkas(const ProblemData& data, Vector y);

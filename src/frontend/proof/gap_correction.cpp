@@ -11,7 +11,8 @@ namespace activeset::frontend {
 namespace {
 
 constexpr int MostChanges = 4;
-constexpr double Exact = 1e-11;  // residuals in proportion stay within this, and the tolerance
+// Relative residuals stay within this, and within the tolerance.
+constexpr double ExactResidual = 1e-11;
 
 /// One member of the working set, and what changing its multiplier would cost.
 struct Member {
@@ -87,7 +88,7 @@ void correctGap(const ProblemData& data,
         const Judgement after = judge(data, trial);
         const bool isBetter =
             largestAbsolute(after.certificate) < largestAbsolute(judgement.certificate);
-        if (!isBetter || !(after.certificate.holds(std::min(Exact, tolerance)))) {
+        if (!isBetter || !(after.certificate.holds(std::min(ExactResidual, tolerance)))) {
             return;
         }
         point = std::move(trial);

@@ -14,12 +14,18 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Rounding = 8.0 * std::numeric_limits<double>::epsilon();
+// By how much a direction may miss a side because its entries are rounded, in proportion to the
+// terms; what misses a quarter of that needs no correction.
+constexpr double SideRounding = 8.0 * std::numeric_limits<double>::epsilon();
+constexpr double ExactlyAlong = 0.25 * SideRounding;
+// By how much a direction misses a side that it is meant to run along, in proportion to the terms.
+constexpr double NearlyAlong = 1e-9;
 // dᵀHd, in proportion to its terms: what rounding the entries of a singular H may make of zero.
-constexpr double Flat = 4.0 * std::numeric_limits<double>::epsilon();
-constexpr double Nearly = 1e-9;       // what a direction along a side may miss of it
-constexpr double Negligible = 1e-12;  // entries of a direction, the largest being 1
-constexpr double Crumb = 1e-17;       // the same, where no side tells that they are to be 0
+constexpr double FlatCurvature = 4.0 * std::numeric_limits<double>::epsilon();
+// Entries of a direction that are zero but for rounding, in proportion to the largest: of a
+// variable with a bound, and of one that no bound keeps in place.
+constexpr double NegligibleEntry = 1e-12;
+constexpr double NegligibleFreeEntry = 1e-17;
 
 /// How the equalities take up H·d: its residual goes into `curved`.
 struct Taken {
@@ -32,7 +38,8 @@ Taken takenUp(const ProblemData& data, const Equalities& equalities, std::vector
     const std::size_t count = equalities.rows.size();
     const bool isNeeded =
         std::any_of(equalities.free.begin(), equalities.free.end(), [&](std::size_t j) {
-            return magnitude(result.remainder[j].value) > Negligible * result.remainder[j].scale;
+            return magnitude(result.remainder[j].value) >
+                   NegligibleEntry * result.remainder[j].scale;
         });
     if (count == 0 || !isNeeded) {
         return result;
@@ -70,7 +77,7 @@ Ray judgeRay(const ProblemData& data, const Vector& direction) {
         const double beyond =
             std::max(lower > -Infinity ? -value : 0.0, upper < Infinity ? value : 0.0);
         miss(beyond, scale);
-        ray.meetsNoSide = ray.meetsNoSide && beyond <= Rounding * scale;
+        ray.meetsNoSide = ray.meetsNoSide && beyond <= SideRounding * scale;
     };
     const std::vector<Sum> rows = rowValues(data, direction);
     for (std::size_t i = 0; i < data.m; ++i) {
@@ -102,17 +109,18 @@ Ray judgeRay(const ProblemData& data, const Vector& direction) {
         bend.value -= rows[i].value * 2 * taken.rows[i];
         bend.scale += 2 * rows[i].scale * std::abs(taken.rows[i]);
     }
-    ray.isFlat = magnitude(bend.value) <= Flat * bend.scale + roundingOf(bend, 2 * data.n);
+    ray.isFlat = magnitude(bend.value) <= FlatCurvature * bend.scale + roundingOf(bend, 2 * data.n);
     ray.slope = static_cast<double>(slope.value);
     ray.scale = slope.scale;
     return ray;
 }
 
 bool holds(const Ray& ray, double tolerance, double variable) {
-    constexpr double Descent = 1e-13;
-    constexpr double Far = 1e6;
-    return ray.isFlat && ray.meetsNoSide && ray.slope < -Descent * ray.scale && ray.slope < 0.0 &&
-           -ray.slope >= Far * variable * ray.missed && ray.residual.relative <= tolerance;
+    constexpr double LeastDescent = 1e-13;
+    constexpr double LeastReach = 1e6;
+    return ray.isFlat && ray.meetsNoSide && ray.slope < -LeastDescent * ray.scale &&
+           ray.slope < 0.0 && -ray.slope >= LeastReach * variable * ray.missed &&
+           ray.residual.relative <= tolerance;
 }
 
 Vector alongSides(const ProblemData& data, Vector direction) {
@@ -121,7 +129,7 @@ Vector alongSides(const ProblemData& data, Vector direction) {
     for (std::size_t j = 0; j < data.n; ++j) {
         const bool isBounded = data.lower[j] > -Infinity || data.upper[j] < Infinity;
         const bool isFixed = data.lower[j] > -Infinity && data.upper[j] < Infinity;
-        const double least = (isBounded ? Negligible : Crumb) * length;
+        const double least = (isBounded ? NegligibleEntry : NegligibleFreeEntry) * length;
         if (isFixed || std::abs(direction[j]) <= least) {
             direction[j] = 0.0;
         } else {
@@ -132,12 +140,12 @@ Vector alongSides(const ProblemData& data, Vector direction) {
     std::vector<Sum> rows = rowValues(data, direction);
     for (std::size_t i = 0; i < data.m; ++i) {
         const bool isOneSided = data.rowLower[i] > -Infinity || data.rowUpper[i] < Infinity;
-        if (isOneSided && magnitude(rows[i].value) <= Nearly * rows[i].scale) {
+        if (isOneSided && magnitude(rows[i].value) <= NearlyAlong * rows[i].scale) {
             along.push_back(i);
         }
     }
     const bool isExact = std::all_of(along.begin(), along.end(), [&](std::size_t i) {
-        return magnitude(rows[i].value) <= 0.25 * Rounding * rows[i].scale;
+        return magnitude(rows[i].value) <= ExactlyAlong * rows[i].scale;
     });
     if (isExact) {
         return direction;
