@@ -53,6 +53,11 @@ def test_examples_of_documents(document, tmp_path, monkeypatch):
             exec(compile(block, document, "exec"), scope)
 
 
+def test_the_program_of_the_readme_is_the_example():
+    block = (ROOT / "README.md").read_text(encoding="utf-8").split("```cpp\n")[1].split("```")[0]
+    assert block == (ROOT / "examples" / "quick_start.cpp").read_text(encoding="utf-8")
+
+
 def test_the_store_has_an_example_that_runs():
     pytest.importorskip("zarr")
     assert doctest.testmod(importlib.import_module("activeset.batch")) == (0, 7)
