@@ -132,14 +132,14 @@ ACTIVESET_C_API int activeset_problem_set_warm_start(activeset_problem* problem,
 
 /* What a callback is told after every pass of the core. */
 typedef struct activeset_progress {
-    size_t struct_size;
-    int64_t iteration; /* passes so far, over all phases */
-    int32_t phase_one; /* 1 while it looks for a feasible point */
-    int32_t reserved;
-    double objective; /* at the present point, constant included */
-    double violation; /* the largest there, absolute */
-    int64_t active;   /* members of the working set */
-    double step;      /* Euclidean norm of the last step, in scaled variables */
+    size_t struct_size; /* of the library that calls */
+    int64_t iteration;  /* passes so far, over all phases */
+    int32_t phase_one;  /* 1 while it looks for a feasible point */
+    int32_t reserved;   /* 0 */
+    double objective;   /* at the present point, constant included */
+    double violation;   /* the largest there, absolute */
+    int64_t active;     /* members of the working set */
+    double step;        /* Euclidean norm of the last step, in scaled variables */
 } activeset_progress;
 
 /* Ends solves from another thread. */
@@ -156,7 +156,7 @@ ACTIVESET_C_API void activeset_interrupt_all(int flag);
 
 /* How a problem is solved, and when to give up. */
 typedef struct activeset_options {
-    size_t struct_size;
+    size_t struct_size; /* sizeof this structure; set by its init function */
     double tolerance;   /* relative size up to which residuals support ACTIVESET_OPTIMAL; (0, 1] */
     int32_t start_mode; /* an activeset_start */
     int32_t reserved;   /* 0 */
@@ -179,15 +179,15 @@ ACTIVESET_C_API void activeset_options_init(activeset_options* options);
 
 /* As it is, and in proportion to the terms that it is the sum of. */
 typedef struct activeset_residual {
-    double absolute;
-    double relative;
+    double absolute; /* in the units of the problem */
+    double relative; /* without a unit */
 } activeset_residual;
 
 /* Hx + c + Aᵀy + z = 0, y and z positive at an upper side, negative at a lower one, of any sign at
  * an equality. To first order the optimal value changes by −y_i when the active side of row i grows
  * by one. Arrays that a solve has nothing for are filled with NaN, sides with ACTIVESET_FREE. */
 typedef struct activeset_result {
-    size_t struct_size;
+    size_t struct_size; /* sizeof this structure; set by its init function */
 
     /* Set by the caller: arrays to be written, or null. */
     double* x;            /* n */
@@ -202,27 +202,27 @@ typedef struct activeset_result {
     int64_t message_size; /* of `message`, its end counted in */
 
     /* Written. */
-    int32_t status;        /* an activeset_status */
-    int32_t exit_code;     /* of the last run of the core; −5 without one */
-    int32_t was_predicted; /* 1: the start was predicted */
-    int32_t reserved;
-    double objective; /* constant included; NaN without a point */
-    activeset_residual primal;
-    activeset_residual dual;
-    activeset_residual gap;
+    int32_t status;                        /* an activeset_status */
+    int32_t exit_code;                     /* of the last run of the core; −5 without one */
+    int32_t was_predicted;                 /* 1: the start was predicted */
+    int32_t reserved;                      /* 0 */
+    double objective;                      /* constant included; NaN without a point */
+    activeset_residual primal;             /* largest violation of a row or bound */
+    activeset_residual dual;               /* largest entry of Hx + c + Aᵀy + z */
+    activeset_residual gap;                /* primal minus dual objective */
     activeset_residual farkas_residual;    /* of Aᵀ·farkas_y + farkas_z; 0 without a vector */
     double farkas_value;                   /* what the sides add up to; 0 without a vector */
     activeset_residual direction_residual; /* see Result::directionResidual in qp.hpp */
-    int64_t phase_one_iterations;
-    int64_t main_iterations;
-    int64_t prediction_iterations;
-    int64_t dual_iterations;
-    int64_t proximal_iterations;
-    int64_t refinement_iterations;
-    double setup_seconds;
-    double solve_seconds;
-    double polish_seconds;
-    double total_seconds;
+    int64_t phase_one_iterations;          /* passes that look for a feasible point */
+    int64_t main_iterations;               /* passes from there to the optimum */
+    int64_t prediction_iterations;         /* rounds of guessing the working set */
+    int64_t dual_iterations;               /* steps of the dual method */
+    int64_t proximal_iterations;           /* subproblems of the proximal-point loop */
+    int64_t refinement_iterations;         /* corrections in extended precision */
+    double setup_seconds;                  /* checks, copies, scaling */
+    double solve_seconds;                  /* active-set iterations */
+    double polish_seconds;                 /* refinement and certificates */
+    double total_seconds;                  /* of the whole call */
     double hessian_shift; /* H + this times I was solved, which H misses to be convex; 0 for H */
 } activeset_result;
 
@@ -231,13 +231,13 @@ ACTIVESET_C_API void activeset_result_init(activeset_result* result);
 
 /* One mistake in the data of a problem. */
 typedef struct activeset_fault {
-    size_t struct_size;
-    int64_t row;    /* 0-based; of a shape that does not fit, what was given */
-    int64_t col;    /* 0 for vectors */
-    double value;   /* of the entry */
-    int64_t count;  /* mistakes that it stands for */
-    char name[32];  /* of the part, "rowLower" for example */
-    char text[256]; /* one line, cut to fit */
+    size_t struct_size; /* sizeof this structure; set by the caller */
+    int64_t row;        /* 0-based; of a shape that does not fit, what was given */
+    int64_t col;        /* 0 for vectors */
+    double value;       /* of the entry */
+    int64_t count;      /* mistakes that it stands for */
+    char name[32];      /* of the part, "rowLower" for example */
+    char text[256];     /* one line, cut to fit */
 } activeset_fault;
 
 /* Writes the first `capacity` faults, whose struct_size the caller has set, and how many there are;
@@ -309,27 +309,27 @@ ACTIVESET_C_API int activeset_solver_solve(activeset_solver* solver, activeset_r
 /* `count` problems of the same sizes. Problem k has its part at data + k·stride; a stride of 0 is a
  * part that all share. Matrices have no gaps. */
 typedef struct activeset_batch {
-    size_t struct_size;
-    int64_t count;
-    int64_t n;
-    int64_t m;
-    int32_t order;    /* of H and A */
-    int32_t threads;  /* 0: as many as there are processors */
-    int64_t chain;    /* neighbours that begin at the optimum before them; 0 and 1: none */
-    const double* H;  /* n × n */
-    int64_t H_stride; /* in numbers, as all strides */
-    const double* c;
-    int64_t c_stride;
-    const double* A; /* m × n */
-    int64_t A_stride;
-    const double* row_lower;
-    int64_t row_lower_stride;
-    const double* row_upper;
-    int64_t row_upper_stride;
-    const double* lower;
-    int64_t lower_stride;
-    const double* upper;
-    int64_t upper_stride;
+    size_t struct_size;       /* sizeof this structure; set by its init function */
+    int64_t count;            /* problems */
+    int64_t n;                /* variables of each */
+    int64_t m;                /* rows of each */
+    int32_t order;            /* of H and A */
+    int32_t threads;          /* 0: as many as there are processors */
+    int64_t chain;            /* neighbours that begin at the optimum before them; 0 and 1: none */
+    const double* H;          /* n × n */
+    int64_t H_stride;         /* in numbers, as all strides */
+    const double* c;          /* n */
+    int64_t c_stride;         /* from c of a problem to that of the next */
+    const double* A;          /* m × n */
+    int64_t A_stride;         /* from A of a problem to that of the next */
+    const double* row_lower;  /* m */
+    int64_t row_lower_stride; /* from row_lower of a problem to that of the next */
+    const double* row_upper;  /* m */
+    int64_t row_upper_stride; /* from row_upper of a problem to that of the next */
+    const double* lower;      /* n */
+    int64_t lower_stride;     /* from lower of a problem to that of the next */
+    const double* upper;      /* n */
+    int64_t upper_stride;     /* from upper of a problem to that of the next */
 
     /* Arrays to be written, or null; problem k has its part at k times the length. */
     double* x;         /* count · n */

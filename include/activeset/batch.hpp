@@ -24,6 +24,7 @@ struct VectorBatch {
     VectorView first{};      ///< of problem 0
     std::size_t stride = 0;  ///< in numbers
 
+    /// The vector of problem k.
     [[nodiscard]] constexpr VectorView operator[](std::size_t k) const noexcept {
         return first.data() == nullptr ? first
                                        : VectorView(first.data() + k * stride, first.size());
@@ -35,6 +36,7 @@ struct MatrixBatch {
     MatrixView first{};      ///< of problem 0
     std::size_t stride = 0;  ///< in numbers
 
+    /// Whether all problems have the same matrix.
     [[nodiscard]] constexpr bool isShared() const noexcept {
         return stride == 0 || first.data() == nullptr;
     }
@@ -46,7 +48,7 @@ struct MatrixBatch {
 
 /// `count` problems of the same sizes; parts as in Problem. What is empty is absent in all.
 struct ProblemBatch {
-    std::size_t count = 0;
+    std::size_t count = 0;   ///< problems
     MatrixBatch H{};         ///< n × n
     VectorBatch c{};         ///< n
     MatrixBatch A{};         ///< m × n

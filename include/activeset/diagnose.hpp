@@ -24,10 +24,10 @@ struct Diagnosis {
     double smallestEigenvalue[2]{};    ///< of H: not below the first, not above the second
     double largestEigenvalue[2]{};     ///< likewise
     double smallestCoefficient = 0.0;  ///< in magnitude, of H, c and A, zeros left out
-    double largestCoefficient = 0.0;
-    std::size_t freeVariables = 0;
-    std::size_t fixedVariables = 0;
-    std::vector<Finding> findings{};
+    double largestCoefficient = 0.0;   ///< likewise
+    std::size_t freeVariables = 0;     ///< without a bound
+    std::size_t fixedVariables = 0;    ///< whose bounds are equal
+    std::vector<Finding> findings{};   ///< one for each kind
     std::vector<Fault> faults{};  ///< of data that cannot be solved; nothing else is filled then
 };
 

@@ -14,15 +14,15 @@ namespace activeset {
 /// The data of one fit, all of it the caller's. n is the number of columns of R, k that of its
 /// rows; both may be 0. Other parts that are empty are absent, as in Problem.
 struct LeastSquares {
-    MatrixView R{};        ///< k × n
-    VectorView s{};        ///< k
-    VectorView weights{};  ///< k, at least 0: the diagonal of W
-    MatrixView W{};        ///< k × k, symmetric, positive definite; instead of weights
-    MatrixView A{};        ///< m × n
-    VectorView rowLower{};
-    VectorView rowUpper{};
-    VectorView lower{};
-    VectorView upper{};
+    MatrixView R{};         ///< k × n
+    VectorView s{};         ///< k
+    VectorView weights{};   ///< k, at least 0: the diagonal of W
+    MatrixView W{};         ///< k × k, symmetric, positive definite; instead of weights
+    MatrixView A{};         ///< m × n
+    VectorView rowLower{};  ///< m
+    VectorView rowUpper{};  ///< m
+    VectorView lower{};     ///< n
+    VectorView upper{};     ///< n
 };
 
 /// Solves one fit. Its result is read as that of a problem with H = RᵀWR, c = −RᵀWs and the

@@ -25,9 +25,9 @@ struct Direction {
 /// The optimum from one breakpoint to the next. With s = t − from it is x + s·dx, with the
 /// multipliers y + s·dy and z + s·dz and the objective objective + s·slope + ½s²·curvature.
 struct Piece {
-    double from = 0.0;
-    double to = 0.0;
-    WorkingSet workingSet{};
+    double from = 0.0;         ///< first value of the parameter
+    double to = 0.0;           ///< last one
+    WorkingSet workingSet{};   ///< the same all along
     std::vector<double> x{};   ///< n
     std::vector<double> y{};   ///< m, signs as in Result
     std::vector<double> z{};   ///< n
@@ -35,16 +35,16 @@ struct Piece {
     std::vector<double> dy{};  ///< m
     std::vector<double> dz{};  ///< n
     double objective = 0.0;    ///< constant included
-    double slope = 0.0;
-    double curvature = 0.0;
+    double slope = 0.0;        ///< of the objective at `from`
+    double curvature = 0.0;    ///< of the objective
 };
 
 /// The optimum at one value of the parameter.
 struct PathPoint {
-    std::vector<double> x{};
-    std::vector<double> y{};
-    std::vector<double> z{};
-    double objective = 0.0;
+    std::vector<double> x{};  ///< n
+    std::vector<double> y{};  ///< m, signs as in Result
+    std::vector<double> z{};  ///< n
+    double objective = 0.0;   ///< constant included
 };
 
 /// The optima of a problem over a range of the parameter. Neighbouring pieces meet in x where the

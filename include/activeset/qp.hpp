@@ -43,26 +43,36 @@ enum class Order { ColumnMajor, RowMajor };
 class VectorView {
 public:
     constexpr VectorView() noexcept = default;
+    /// `size` numbers from `data` on.
     constexpr VectorView(const double* data, std::size_t size) noexcept
         : data_(data), size_(size) {}
     // Whatever is contiguous is a vector, without a word about it.
     // NOLINTBEGIN(google-explicit-constructor,hicpp-explicit-conversions)
+    /// The numbers of a span.
     constexpr VectorView(std::span<const double> values) noexcept
         : VectorView(values.data(), values.size()) {}
+    /// The numbers of a span.
     constexpr VectorView(std::span<double> values) noexcept
         : VectorView(values.data(), values.size()) {}
+    /// The numbers of a vector, which must outlive the view.
     VectorView(const std::vector<double>& values) noexcept
         : VectorView(values.data(), values.size()) {}
+    /// The numbers of an array.
     template <std::size_t Size>
     constexpr VectorView(const std::array<double, Size>& values) noexcept
         : VectorView(values.data(), Size) {}
+    /// The numbers of an array.
     template <std::size_t Size>
     constexpr VectorView(const double (&values)[Size]) noexcept : VectorView(values, Size) {}
     // NOLINTEND(google-explicit-constructor,hicpp-explicit-conversions)
 
+    /// The first number; null for an absent vector.
     [[nodiscard]] constexpr const double* data() const noexcept { return data_; }
+    /// How many numbers there are.
     [[nodiscard]] constexpr std::size_t size() const noexcept { return size_; }
+    /// Whether there are none.
     [[nodiscard]] constexpr bool empty() const noexcept { return size_ == 0; }
+    /// One number, 0-based. @pre i < size()
     [[nodiscard]] constexpr double operator[](std::size_t i) const noexcept { return data_[i]; }
 
 private:
@@ -96,11 +106,17 @@ public:
         available_ = values.size();
     }
 
+    /// The first element; null for an absent matrix.
     [[nodiscard]] constexpr const double* data() const noexcept { return data_; }
+    /// How many rows there are.
     [[nodiscard]] constexpr std::size_t rows() const noexcept { return rows_; }
+    /// How many columns there are.
     [[nodiscard]] constexpr std::size_t cols() const noexcept { return cols_; }
+    /// The distance between neighbouring columns, or rows, in numbers.
     [[nodiscard]] constexpr std::size_t leading() const noexcept { return leading_; }
+    /// How the elements lie in memory.
     [[nodiscard]] constexpr Order order() const noexcept { return order_; }
+    /// Whether there are no elements.
     [[nodiscard]] constexpr bool empty() const noexcept { return rows_ == 0 || cols_ == 0; }
     /// How many elements the memory is known to hold; the largest number where nobody said.
     [[nodiscard]] constexpr std::size_t available() const noexcept { return available_; }
@@ -110,6 +126,7 @@ public:
         moved.data_ += numbers;
         return moved;
     }
+    /// One element, 0-based. @pre row < rows() and col < cols()
     [[nodiscard]] constexpr double operator()(std::size_t row, std::size_t col) const noexcept {
         return order_ == Order::ColumnMajor ? data_[col * leading_ + row]
                                             : data_[row * leading_ + col];
@@ -126,13 +143,14 @@ private:
 
 /// Constraints that hold with equality, by kind; 0-based, ascending.
 struct WorkingSet {
-    std::vector<std::size_t> equalities{};  ///< rows whose sides are equal
-    std::vector<std::size_t> rowsAtLower{};
-    std::vector<std::size_t> rowsAtUpper{};
-    std::vector<std::size_t> atLower{};  ///< variables
-    std::vector<std::size_t> atUpper{};
-    std::vector<std::size_t> fixed{};  ///< variables whose bounds are equal
+    std::vector<std::size_t> equalities{};   ///< rows whose sides are equal
+    std::vector<std::size_t> rowsAtLower{};  ///< rows at their lower side
+    std::vector<std::size_t> rowsAtUpper{};  ///< rows at their upper side
+    std::vector<std::size_t> atLower{};      ///< variables
+    std::vector<std::size_t> atUpper{};      ///< variables at their upper bound
+    std::vector<std::size_t> fixed{};        ///< variables whose bounds are equal
 
+    /// How many constraints hold.
     [[nodiscard]] std::size_t size() const noexcept {
         return equalities.size() + rowsAtLower.size() + rowsAtUpper.size() + atLower.size() +
                atUpper.size() + fixed.size();
@@ -150,22 +168,22 @@ struct WorkingSet {
 /// Where a solve of a similar problem may begin. Entries that make no sense for that problem are
 /// left out; nothing has to fit exactly.
 struct WarmStart {
-    std::vector<double> x{};
-    WorkingSet workingSet{};
+    std::vector<double> x{};  ///< n
+    WorkingSet workingSet{};  ///< constraints that are likely to hold
 };
 
 /// The data of one problem, all of it the caller's. n is the length of c, or, without c, the number
 /// of columns of H, or, without both, of A; it may be 0. What is empty is absent: no H is a linear
 /// program, no c is zero, no side or bound is infinite, no start is zero.
 struct Problem {
-    MatrixView H{};         ///< n × n, symmetric, positive semidefinite
-    VectorView c{};         ///< n
-    MatrixView A{};         ///< m × n
-    VectorView rowLower{};  ///< m
-    VectorView rowUpper{};  ///< m
-    VectorView lower{};     ///< n
-    VectorView upper{};     ///< n
-    double constant = 0.0;
+    MatrixView H{};                        ///< n × n, symmetric, positive semidefinite
+    VectorView c{};                        ///< n
+    MatrixView A{};                        ///< m × n
+    VectorView rowLower{};                 ///< m
+    VectorView rowUpper{};                 ///< m
+    VectorView lower{};                    ///< n
+    VectorView upper{};                    ///< n
+    double constant = 0.0;                 ///< added to the objective
     VectorView start{};                    ///< n; need not be feasible
     const WarmStart* warmStart = nullptr;  ///< goes before `start`
 };
@@ -175,8 +193,8 @@ struct Fault {
     std::string name{};  ///< as the member of Problem is called; "settings.tolerance", likewise
     /// 0-based position of the entry; of a shape that does not fit, what was given.
     std::size_t row = 0;
-    std::size_t col = 0;  ///< 0 for vectors
-    double value = 0.0;
+    std::size_t col = 0;    ///< 0 for vectors
+    double value = 0.0;     ///< of the entry
     std::string text{};     ///< one line: what was given and what is expected, no full stop
     std::size_t count = 1;  ///< that it stands for: the last one of a part with many
 };
@@ -229,12 +247,12 @@ struct Settings {
     /// to 1: up to here H + δI is solved in its place, δ being Result::hessianShift. The default is
     /// enough for numbers of 7 digits, or of float; 0 takes H as it is.
     double convexityTolerance = 1e-6;
-    Start startMode = Start::Automatic;
+    Start startMode = Start::Automatic;  ///< where the solve begins
     /// Most passes over all phases; 0 stands for a limit that no sound problem meets.
     std::size_t maxIterations = 0;
     /// From 0 up.
     std::chrono::duration<double> timeLimit = std::chrono::duration<double>::max();
-    std::stop_token stop{};
+    std::stop_token stop{};  ///< ends the solve when a stop is requested
     /// Called after every pass of the core, so that Start::Automatic leaves predictions out; false
     /// ends the solve. It must not start another solve itself.
     std::function<bool(const Progress&)> onPass{};
@@ -242,8 +260,8 @@ struct Settings {
 
 /// A residual as it is, and in proportion to the terms that it is the sum of.
 struct Residual {
-    double absolute = 0.0;
-    double relative = 0.0;
+    double absolute = 0.0;  ///< in the units of the problem
+    double relative = 0.0;  ///< without a unit
 };
 
 /// What a point and its multipliers are worth, from the caller's data alone, in extended
@@ -260,6 +278,7 @@ struct Certificate {
     /// less than 1 where the data are all small; rounding is counted in.
     Residual gap{Infinity, Infinity};
 
+    /// Whether all three relative residuals are at most `tolerance`.
     [[nodiscard]] bool holds(double tolerance) const noexcept {
         return primal.relative <= tolerance && dual.relative <= tolerance &&
                gap.relative <= tolerance;
@@ -269,9 +288,9 @@ struct Certificate {
 /// Multipliers which show that no point satisfies the constraints: Aᵀy + z = 0, yet y and z weigh
 /// the sides that they stand for to less than 0. Signs as in Result.
 struct Farkas {
-    std::vector<double> y{};
-    std::vector<double> z{};
-    Residual residual{};  ///< of Aᵀy + z = 0
+    std::vector<double> y{};  ///< m
+    std::vector<double> z{};  ///< n
+    Residual residual{};      ///< of Aᵀy + z = 0
     /// Σ y⁺·rowUpper − y⁻·rowLower + z⁺·upper − z⁻·lower: at most −1, above −2
     double value = 0.0;
     /// No x with Σ |x_j| below it is feasible. Infinite where finite bounds take up the residual.
@@ -280,8 +299,8 @@ struct Farkas {
 
 /// The work that a solve took.
 struct Iterations {
-    std::size_t phaseOne = 0;
-    std::size_t main = 0;
+    std::size_t phaseOne = 0;    ///< passes that look for a feasible point
+    std::size_t main = 0;        ///< passes from there to the optimum
     std::size_t prediction = 0;  ///< rounds of guessing the working set
     std::size_t dual = 0;        ///< steps of the dual method, where guessing did not end
     std::size_t proximal = 0;    ///< subproblems of the proximal-point loop
@@ -293,24 +312,24 @@ struct Times {
     double setup = 0.0;   ///< checks, copies, scaling
     double solve = 0.0;   ///< active-set iterations
     double polish = 0.0;  ///< refinement and certificates
-    double total = 0.0;
+    double total = 0.0;   ///< of the whole call
 };
 
 /// gradient + Aᵀy + z = 0, with y (per row) and z (per variable) positive at an upper side,
 /// negative at a lower one, of any sign at an equality. For A·x ≤ b alone, y ≥ 0. To first order
 /// the optimal value changes by −y_i when the active side of row i grows by one.
 struct Result {
-    Status status = Status::Failed;
-    int exitCode = -5;  ///< of the last run of the core, see docs/states.md; −5 without one
-    std::vector<double> x{};
-    double objective = 0.0;  ///< constant included
+    Status status = Status::Failed;  ///< how the solve ended
+    int exitCode = -5;        ///< of the last run of the core, see docs/states.md; −5 without one
+    std::vector<double> x{};  ///< n; empty where there is no point
+    double objective = 0.0;   ///< constant included
     /// δ where H misses convexity and H + δI was solved, 0 otherwise. Multipliers, certificate and
     /// status are of that problem; the objective is of H.
     double hessianShift = 0.0;
-    std::vector<double> y{};
-    std::vector<double> z{};
-    WorkingSet workingSet{};
-    Certificate certificate{};
+    std::vector<double> y{};          ///< m
+    std::vector<double> z{};          ///< n
+    WorkingSet workingSet{};          ///< constraints that hold with equality at x
+    Certificate certificate{};        ///< residuals of x, y and z
     std::optional<Farkas> farkas{};   ///< for Infeasible, else absent
     std::vector<double> direction{};  ///< for Unbounded and NotConvex, else empty
     /// For Unbounded what sides and H·d = A_eqᵀw miss along d; for NotConvex the curvature dᵀHd.
@@ -321,11 +340,12 @@ struct Result {
     std::string message{};
     /// The start was predicted; with no iterations of the core the prediction was the solution.
     bool wasPredicted = false;
-    Iterations iterations{};
-    Times times{};
+    Iterations iterations{};  ///< the work that it took
+    Times times{};            ///< and the time
 
     /// For the next, similar problem.
     [[nodiscard]] WarmStart warmStart() const { return {x, workingSet}; }
+    /// Whether the point is a proved optimum.
     explicit operator bool() const noexcept { return status == Status::Optimal; }
 };
 
@@ -350,16 +370,23 @@ class ACTIVESET_API Solver {
 public:
     /// Faults in the problem show when it is solved.
     explicit Solver(const Problem& problem, Settings settings = {});
+    /// Takes over the sequence; `other` may only be assigned to or destroyed then.
     Solver(Solver&& other) noexcept;
+    /// Likewise.
     Solver& operator=(Solver&& other) noexcept;
     Solver(const Solver&) = delete;
     Solver& operator=(const Solver&) = delete;
     ~Solver();
 
+    /// Replaces H, n × n; what was kept of the matrices goes.
     void setHessian(const MatrixView& H);
+    /// Replaces c, n, and the constant.
     void setLinear(const VectorView& c, double constant = 0.0);
+    /// Replaces A, m × n; what was kept of the matrices goes.
     void setRows(const MatrixView& A);
+    /// Replaces the sides of the rows, m each; empty for infinite ones.
     void setRowSides(const VectorView& lower, const VectorView& upper);
+    /// Replaces the bounds, n each; empty for infinite ones.
     void setBounds(const VectorView& lower, const VectorView& upper);
     /// Where the next solve starts, instead of at the last optimum; by default from zero.
     void restartFrom(WarmStart start = {});
@@ -405,11 +432,12 @@ struct ManySettings {
 struct Conflict {
     bool isFound = false;    ///< no point satisfies all of them
     bool isMinimal = false;  ///< left without any one of them, the others have a common point
-    std::vector<std::size_t> rowsAtLower{};
-    std::vector<std::size_t> rowsAtUpper{};
-    std::vector<std::size_t> atLower{};
-    std::vector<std::size_t> atUpper{};
+    std::vector<std::size_t> rowsAtLower{};  ///< rows whose lower side takes part
+    std::vector<std::size_t> rowsAtUpper{};  ///< rows whose upper side takes part
+    std::vector<std::size_t> atLower{};      ///< variables whose lower bound takes part
+    std::vector<std::size_t> atUpper{};      ///< variables whose upper bound takes part
 
+    /// How many sides take part.
     [[nodiscard]] std::size_t size() const noexcept {
         return rowsAtLower.size() + rowsAtUpper.size() + atLower.size() + atUpper.size();
     }

@@ -10,11 +10,11 @@ namespace activeset {
 
 /// The values that one number may have while the working set stays that of an optimum.
 struct Range {
-    double value = 0.0;  ///< as the problem has it; infinite for a side that is absent
-    double least = 0.0;
-    double most = 0.0;
+    double value = 0.0;             ///< as the problem has it; infinite for a side that is absent
+    double least = 0.0;             ///< may be −∞
+    double most = 0.0;              ///< may be ∞
     double objectiveAtLeast = 0.0;  ///< the optimal value there; its limit at an infinite end
-    double objectiveAtMost = 0.0;
+    double objectiveAtMost = 0.0;   ///< likewise at the other end
     /// One end, or both, is where the number is: there the working set changes at once, because a
     /// multiplier or a slack is 0, members depend on one another or the optimum is not unique.
     bool isDegenerate = false;
@@ -30,7 +30,7 @@ struct Ranges {
     std::vector<Range> upper{};     ///< n
     /// Rows and variables on a side whose multiplier is 0 to rounding; ascending.
     std::vector<std::size_t> weakRows{};
-    std::vector<std::size_t> weakBounds{};
+    std::vector<std::size_t> weakBounds{};  ///< variables
 };
 
 /// O(n²(n + m)).

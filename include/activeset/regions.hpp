@@ -25,7 +25,7 @@ struct Parameters {
 /// The parameters E·θ ≤ e with one working set, and the optimum there, x = gain·θ + offset. No row
 /// of E follows from the others and the box; each has length 1. The box is not among them.
 struct CriticalRegion {
-    WorkingSet workingSet{};
+    WorkingSet workingSet{};       ///< of the optima in the region
     std::vector<double> E{};       ///< rows × p, row by row
     std::vector<double> e{};       ///< rows
     std::vector<double> gain{};    ///< n × p, row by row
@@ -51,7 +51,9 @@ public:
             const Parameters& parameters,
             const RegionSettings& settings = {});
 
+    /// The regions, in the order in which they were found.
     [[nodiscard]] const std::vector<CriticalRegion>& all() const noexcept { return regions_; }
+    /// How many parameters there are, p.
     [[nodiscard]] std::size_t parameters() const noexcept { return least_.size(); }
     /// Neither the number of regions nor a solve without an outcome ended the search.
     [[nodiscard]] bool isComplete() const noexcept { return isComplete_; }

@@ -15,7 +15,7 @@ enum class Norm {
 
 /// By which norm rows and bounds give way, and which of them may.
 struct RelaxSettings {
-    Norm norm = Norm::L1;
+    Norm norm = Norm::L1;  ///< of the weighted violations
     /// m, from 0 up; empty stands for 1. A row of infinite weight stays as it is.
     VectorView rowWeights{};
     /// n, likewise for bounds; empty stands for infinity: bounds stay.
@@ -28,12 +28,13 @@ struct RelaxSettings {
 struct Relaxation {
     /// Optimal: proved to be nearest. Infeasible: what may not give way contradicts itself.
     Status status = Status::Failed;
-    std::vector<double> x{};
+    std::vector<double> x{};               ///< n; empty where none was found
     std::vector<double> rowViolation{};    ///< m
     std::vector<double> boundViolation{};  ///< n
     double distance = 0.0;                 ///< the norm of the violations
     std::vector<Fault> faults{};           ///< for Invalid
 
+    /// Whether the point is proved to be nearest.
     explicit operator bool() const noexcept { return status == Status::Optimal; }
 };
 

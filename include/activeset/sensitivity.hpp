@@ -22,12 +22,12 @@ enum class Derivative {
 
 /// Where an optimum is not differentiable, why.
 struct Smoothness {
-    Derivative derivative = Derivative::Full;
+    Derivative derivative = Derivative::Full;  ///< which derivative is given
     /// Rows and variables on a side whose multiplier is 0 to rounding, held or not; ascending.
     std::vector<std::size_t> weakRows{};
-    std::vector<std::size_t> weakBounds{};
-    std::size_t dependent = 0;  ///< members of the working set that depend on others
-    std::size_t flat = 0;       ///< dimension in which the objective is flat on the working set
+    std::vector<std::size_t> weakBounds{};  ///< variables
+    std::size_t dependent = 0;              ///< members of the working set that depend on others
+    std::size_t flat = 0;  ///< dimension in which the objective is flat on the working set
 };
 
 /// A change of the data. What is empty does not change. The change of H counts by its symmetric
@@ -71,12 +71,15 @@ public:
     /// @raises std::invalid_argument when the problem has faults, the result is not optimal or its
     ///         point is not that of this problem; std::bad_alloc
     Sensitivity(const Result& result, const Problem& problem);
+    /// Takes over the factors; `other` may only be assigned to or destroyed then.
     Sensitivity(Sensitivity&& other) noexcept;
+    /// Likewise.
     Sensitivity& operator=(Sensitivity&& other) noexcept;
     Sensitivity(const Sensitivity&) = delete;
     Sensitivity& operator=(const Sensitivity&) = delete;
     ~Sensitivity();
 
+    /// Whether the solution is differentiable here, and if not, why.
     [[nodiscard]] const Smoothness& smoothness() const noexcept;
 
     /// What a loss gains per unit of each number in the data, from what it gains per unit of x, y
@@ -96,6 +99,7 @@ public:
     ///
     /// @raises std::invalid_argument for a shape that does not fit
     [[nodiscard]] SolutionChange forward(std::span<const Change> changes) const;
+    /// The same for one change.
     [[nodiscard]] SolutionChange forward(const Change& change) const;
 
 private:
