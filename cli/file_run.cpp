@@ -41,7 +41,8 @@ bool isProblemFile(const std::filesystem::path& path) {
             name.resize(name.size() - packed.size());
         }
     }
-    return name.ends_with(".qps") || name.ends_with(".mps") || name.ends_with(".lp");
+    return name.ends_with(".qps") || name.ends_with(".mps") || name.ends_with(".lp") ||
+           name.ends_with(".npz");
 }
 
 }  // namespace
@@ -109,7 +110,8 @@ std::vector<std::string> expanded(const std::vector<std::string>& files) {
             throw io::ReadError(file, 0, "cannot be read: " + error.message());
         }
         if (inside.empty()) {
-            throw io::ReadError(file, 0, "cannot be read: no .qps, .mps or .lp in this folder");
+            throw io::ReadError(file, 0,
+                                "cannot be read: no .qps, .mps, .lp or .npz in this folder");
         }
         std::sort(inside.begin(), inside.end());
         result.insert(result.end(), inside.begin(), inside.end());

@@ -17,7 +17,8 @@ const std::map<std::string, Start> Starts{
 const std::map<std::string, io::Format> Formats{{"auto", io::Format::Automatic},
                                                 {"mps", io::Format::Mps},
                                                 {"lp", io::Format::Lp},
-                                                {"json", io::Format::Json}};
+                                                {"json", io::Format::Json},
+                                                {"npz", io::Format::Npz}};
 
 constexpr const char* ProblemGroup = "Problem";
 constexpr const char* Method = "Method";
@@ -86,7 +87,7 @@ void addProblemOptions(CLI::App& command, SolveOptions& options) {
         "Files and folders; - is standard input")
         ->required();
     add(command, ProblemGroup, "--format", options.format, "WORD [auto]",
-        "Format of the files: mps, lp, json, or auto, by their suffix")
+        "Format of the files: mps, lp, json, npz, or auto, by their suffix")
         ->check(CLI::IsMember(formatWords()));
 }
 
@@ -116,7 +117,7 @@ void addOutputOptions(CLI::App& command, SolveOptions& options) {
         ->check(CLI::Range(1, 1024))
         ->group(Method);
     add(command, Output, "-o,--output", options.output, "FILE",
-        "Write the results to FILE: .json, .csv (a table) or .sol (one point)");
+        "Write the results to FILE: .json, .csv (a table), .sol or .npz (one result)");
     command.add_flag("--solution", options.solution, "Print the point and the multipliers by name")
         ->group(Output);
     command.add_flag("--json", options.json, "Print one JSON object a file instead of text")

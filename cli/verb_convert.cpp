@@ -40,15 +40,16 @@ void addConvert(CLI::App& app, Action& chosen) {
         ->required()
         ->group("Problem");
     command
-        .add_option("TO", options->to, "File to write, .lp, .json, or MPS; - is standard output")
+        .add_option("TO", options->to,
+                    "File to write, .lp, .json, .npz, or MPS; - is standard output")
         ->group("Problem");
-    command.add_option("--format", options->format, "Format of FROM: mps, lp, json, or auto")
+    command.add_option("--format", options->format, "Format of FROM: mps, lp, json, npz, or auto")
         ->option_text("WORD [auto]")
-        ->check(CLI::IsMember({"auto", "mps", "lp", "json"}))
+        ->check(CLI::IsMember(formatWords()))
         ->group("Problem");
     command.add_option("--to", options->target, "Format of TO, likewise")
         ->option_text("WORD [auto]")
-        ->check(CLI::IsMember({"auto", "mps", "lp", "json"}))
+        ->check(CLI::IsMember(formatWords()))
         ->group("Output");
     command.callback([&chosen, options] {
         chosen = [options] {

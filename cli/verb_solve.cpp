@@ -15,6 +15,7 @@
 #include "cli/file_run.hpp"
 #include "cli/interrupt.hpp"
 #include "cli/json_result.hpp"
+#include "cli/npz_result.hpp"
 #include "cli/numbers.hpp"
 #include "cli/result_file.hpp"
 #include "cli/solve_options.hpp"
@@ -79,7 +80,7 @@ private:
                 table_ << csvHeading() << std::flush;
             }
         }
-        if (suffix == ".sol" && files_.size() != 1) {
+        if ((suffix == ".sol" || suffix == ".npz") && files_.size() != 1) {
             throw io::ReadError(options_.output, 0, "holds one result; use .json or .csv for more");
         }
         if (options_.csv) {
@@ -207,6 +208,8 @@ private:
                       solution.hasPoint()
                           ? solText(model, solution.result.x, solution.objective)
                           : fmt::format("# {}\n", activeset::textOf(solution.result.status)));
+        } else if (options_.output.ends_with(".npz")) {
+            writeFile(options_.output, npzText(model, solution));
         }
     }
 
@@ -256,8 +259,12 @@ void checkOptions(const SolveOptions& options, const CLI::App& command) {
         options.strictSettings.display != "off") {
         throw CLI::ValidationError("--json leaves no room for a table; use --display off");
     }
-    if (!options.output.empty() && suffix != ".json" && suffix != ".csv" && suffix != ".sol") {
-        throw CLI::ValidationError("-o takes a file that ends in .json, .csv or .sol");
+    if (!options.output.empty() && suffix != ".json" && suffix != ".csv" && suffix != ".sol" &&
+        suffix != ".npz") {
+        throw CLI::ValidationError("-o takes a file that ends in .json, .csv, .sol or .npz");
+    }
+    if (options.strict && (suffix == ".sol" || suffix == ".npz")) {
+        throw CLI::ValidationError("--strict writes .json or .csv");
     }
     if (options.resume && suffix != ".csv") {
         throw CLI::ValidationError("--resume needs -o FILE.csv");

@@ -1,4 +1,4 @@
-// One reader per format of problem files, and one writer.
+// One reader per format of problem files.
 #ifndef ACTIVESET_IO_FORMAT_READERS_HPP
 #define ACTIVESET_IO_FORMAT_READERS_HPP
 
@@ -20,6 +20,9 @@ namespace activeset::io {
 [[nodiscard]] Model readJson(std::string_view text,
                              const std::string& file,
                              const ReadLimits& limits);
+[[nodiscard]] Model readNpz(std::string_view text,
+                            const std::string& file,
+                            const ReadLimits& limits);
 
 }  // namespace activeset::io
 

@@ -8,32 +8,9 @@
 #include <system_error>
 
 #include "io/location.hpp"
+#include "io/utf8.hpp"
 
 namespace activeset::io {
-
-namespace {
-
-/// UTF-8 of a code point.
-void append(std::string& text, unsigned code) {
-    const auto byte = [&](unsigned value) { text += static_cast<char>(value); };
-    if (code < 0x80) {
-        byte(code);
-    } else if (code < 0x800) {
-        byte(0xC0 | code >> 6U);
-        byte(0x80 | (code & 0x3FU));
-    } else {
-        if (code < 0x10000) {
-            byte(0xE0 | code >> 12U);
-        } else {
-            byte(0xF0 | code >> 18U);
-            byte(0x80 | (code >> 12U & 0x3FU));
-        }
-        byte(0x80 | (code >> 6U & 0x3FU));
-        byte(0x80 | (code & 0x3FU));
-    }
-}
-
-}  // namespace
 
 void JsonCursor::skipBlanks() {
     position_ = std::min(text_.find_first_not_of(" \t\r\n", position_), text_.size());
@@ -142,7 +119,7 @@ void JsonCursor::appendEscaped(std::string& result) {
         position_ += 2;
         code = 0x10000 + ((code - 0xD800) << 10U) + ((hexadecimal() - 0xDC00) & 0x3FFU);
     }
-    append(result, code);
+    appendUtf8(result, code);
 }
 
 unsigned JsonCursor::hexadecimal() {

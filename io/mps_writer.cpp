@@ -148,6 +148,8 @@ std::string modelText(const Model& model, Format format) {
             return lpText(model);
         case Format::Json:
             return jsonText(model);
+        case Format::Npz:
+            return npzText(model);
         default:
             return mpsText(model);
     }

@@ -42,6 +42,9 @@ Format formatOf(const std::string& path) {
     if (name.ends_with(".json")) {
         return Format::Json;
     }
+    if (name.ends_with(".npz")) {
+        return Format::Npz;
+    }
     return Format::Mps;
 }
 
@@ -54,6 +57,8 @@ Model readModelText(std::string_view text,
             return readLp(text, file, limits);
         case Format::Json:
             return readJson(text, file, limits);
+        case Format::Npz:
+            return readNpz(text, file, limits);
         default:
             return readMps(text, file, limits);
     }

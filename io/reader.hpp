@@ -14,16 +14,17 @@ namespace activeset::io {
 
 /// What the reader refuses before it asks for the memory.
 struct ReadLimits {
-    std::size_t textBytes = std::size_t{1} << 30U;   ///< of the decompressed text
+    std::size_t textBytes = std::size_t{1} << 30U;   ///< of the decompressed text or members
     std::size_t denseBytes = std::size_t{1} << 31U;  ///< of H, A and Aeq together
 };
 
 /// The format of a problem file.
 enum class Format {
-    Automatic,  ///< by the suffix: .lp, .json, else MPS; before .gz and .bz2
+    Automatic,  ///< by the suffix: .lp, .json, .npz, else MPS; before .gz and .bz2
     Mps,        ///< MPS and QPS
     Lp,
-    Json
+    Json,
+    Npz  ///< an archive of arrays
 };
 
 /// The format that the name of a file stands for; Mps where it says nothing.

@@ -10,7 +10,8 @@
 namespace activeset::io {
 
 /// The model in that format, from which the reader makes it again bit for bit (LP: the curvature
-/// and constants to rounding; a model whose names the format cannot hold gets x1, …, r1, …).
+/// and constants to rounding; a model whose names the format cannot hold gets x1, …, r1, …; NPZ
+/// holds the minimum, its equalities last).
 /// Automatic is MPS.
 [[nodiscard]] std::string modelText(const Model& model, Format format);
 
@@ -18,6 +19,7 @@ namespace activeset::io {
 [[nodiscard]] std::string mpsText(const Model& model);
 [[nodiscard]] std::string lpText(const Model& model);
 [[nodiscard]] std::string jsonText(const Model& model);
+[[nodiscard]] std::string npzText(const Model& model);
 
 /// The shortest decimal number that is read as `value`.
 [[nodiscard]] std::string exactNumber(double value);

@@ -18,7 +18,7 @@ if TYPE_CHECKING:
 
 
 def read(path: str | os.PathLike[str]) -> Problem:
-    """Read an MPS or QPS file, plain or compressed with gzip.
+    """Read an MPS, QPS, LP, JSON or NPZ file, plain or compressed with gzip or bzip2.
 
     Rows and variables have their names of the file. Of a maximum the negated objective is the
     problem's.
