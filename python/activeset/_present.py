@@ -13,6 +13,7 @@ if TYPE_CHECKING:
     from ._result import Result
 
 _SHOWN = 6  # entries of a vector
+_LEAST = 1e-16  # smaller residuals are not told apart
 
 
 def _vector(values: np.ndarray[Any, Any], names: tuple[str, ...] | None) -> str:
@@ -23,27 +24,51 @@ def _vector(values: np.ndarray[Any, Any], names: tuple[str, ...] | None) -> str:
     return f"({', '.join(shown)}{more})"
 
 
+def _count(number: int, what: str) -> str:
+    return f"{number} {what}{'' if number == 1 else 's'}"
+
+
+def _residual(value: float) -> str:
+    return f"{value:.1e}" if value == 0.0 or value >= _LEAST else f"below {_LEAST:.0e}"
+
+
+def _point(result: Result) -> list[tuple[str, str]]:
+    working = result.working_set
+    rows = working.equalities.size + working.rows_at_lower.size + working.rows_at_upper.size
+    bounds = working.at_lower.size + working.at_upper.size + working.fixed.size
+    residuals = ", ".join(f"{name} {_residual(residual.relative)}" for name, residual in
+                          zip(result.certificate._fields, result.certificate))
+    split = result.z.size
+    names = result.row_names
+    multipliers = [("z", result.z, names[:split] if names else None),
+                   ("y", result.y, names[split:] if names else None)]
+    return [
+        ("objective", f"{result.obj:.10g}"),
+        ("x", _vector(result.x, result.names)),
+        *((name, _vector(values, own)) for name, values, own in multipliers if values.size),
+        ("active", f"{_count(rows, 'row')}, {_count(bounds, 'bound')}"),
+        ("relative residuals", residuals),
+    ]
+
+
+def _proof(result: Result) -> list[tuple[str, str]]:
+    """What shows that there is no optimum. The point that a solve ends at says nothing then."""
+    if result.farkas is not None:
+        weighed = np.count_nonzero(result.farkas.z) + np.count_nonzero(result.farkas.y)
+        bounds = np.count_nonzero(result.farkas.z_box)
+        return [("proof", f"weights of {_count(int(weighed), 'row')} and "
+                          f"{_count(int(bounds), 'bound')} that add up to a contradiction")]
+    if result.direction is not None:
+        return [("direction", _vector(result.direction, result.names))]
+    return []
+
+
 def _lines(result: Result) -> list[tuple[str, str]]:
-    lines = [("status", result.message)]
-    if result.x.size:
-        working = result.working_set
-        rows = (working.equalities.size + working.rows_at_lower.size + working.rows_at_upper.size)
-        bounds = working.at_lower.size + working.at_upper.size + working.fixed.size
-        residuals = ", ".join(
-            f"{name} {residual.relative:.1e}"
-            for name, residual in zip(result.certificate._fields, result.certificate))
-        row_names = result.row_names
-        split = result.z.size
-        lines += [
-            ("objective", f"{result.obj:.10g}"),
-            ("x", _vector(result.x, result.names)),
-            ("z", _vector(result.z, row_names[:split] if row_names else None)),
-            ("y", _vector(result.y, row_names[split:] if row_names else None)),
-            ("active", f"{rows} rows, {bounds} bounds"),
-            ("relative residuals", residuals),
-        ]
-    lines.append(("time", f"{result.times.total:.3g} s, {result.iterations.total} iterations"))
-    return lines
+    has_proof = result.farkas is not None or result.direction is not None
+    shown = _proof(result) if has_proof else _point(result) if result.x.size else []
+    return [("status", result.message), *shown,
+            ("time", f"{result.times.total:.3g} s, "
+                     f"{_count(result.iterations.total, 'iteration')}")]
 
 
 def text(result: Result) -> str:

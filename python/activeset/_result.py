@@ -52,8 +52,7 @@ class Status(str, enum.Enum):
 
 _MEANING = {
     "optimal": "proved to the tolerance",
-    "infeasible": "no point satisfies the constraints: r.farkas proves it, "
-                  "explain_infeasibility names those that contradict one another",
+    "infeasible": "no point satisfies the constraints; explain_infeasibility tells why",
     "unbounded": "the objective falls without end along r.direction",
     "not convex": "P has negative curvature along r.direction",
     "iteration limit": "the point reached so far",

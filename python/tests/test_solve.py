@@ -140,6 +140,7 @@ def test_presentations_name_the_outcome_and_the_variables(parts):
     assert plain["status"] == "optimal" and plain["x"] == r.x.tolist()
     bad = activeset.solve_qp(None, [1.0], [[1.0], [-1.0]], [0.0, -1.0])
     json.dumps(bad.to_dict(), allow_nan=False)
+    assert "objective" not in repr(bad) and "2 rows" in repr(bad)
     pytest.importorskip("pandas")
     assert r.to_series()["b"] == r.x[1]
 
