@@ -38,14 +38,19 @@ def assert_same(left, right):
         np.testing.assert_array_equal(array, right[name])
 
 
-def test_a_store_gives_what_memory_gives(tmp_path):
-    job, parts = make(tmp_path / "s.zarr")
+@pytest.mark.parametrize("kind", ["folder", "memory://activeset", "file://"])
+def test_a_store_gives_what_memory_gives(tmp_path, kind):
+    place = tmp_path / "s.zarr"
+    if kind != "folder":
+        pytest.importorskip("fsspec")
+        place = f"{kind}{place}"
+    job, parts = make(place)
     assert job.progress() == (0, 7) and (job.status == -1).all()
     r = job.solve(threads=2).result()
     plain = activeset.solve_batch(**parts)
     for name in ("x", "y", "z", "z_box", "obj", "status", "certificate", "iterations"):
         np.testing.assert_array_equal(getattr(r, name), getattr(plain, name))
-    assert batch.open(str(tmp_path / "s.zarr")).summary() == plain.summary()
+    assert batch.open(str(place)).summary() == plain.summary()
     np.testing.assert_array_equal(job.problem(-1).solve().x, plain.problem(49).solve().x)
     assert "7 done, 50 optimal" in repr(job)
 
