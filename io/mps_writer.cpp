@@ -134,7 +134,8 @@ private:
 
 std::string exactNumber(double value) {
     std::array<char, 40> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value + 0.0).ptr;
+    const auto* const end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), value + 0.0).ptr;
     return {digits.data(), end};
 }
 

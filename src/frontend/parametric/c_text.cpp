@@ -65,7 +65,10 @@ void writeArray(std::ostream& text, const char* name, const std::vector<std::siz
 std::string Regions::code(const std::string& name) const {
     frontend::requireIdentifier(name, "Regions");
     const std::size_t p = parameters();
-    std::vector<double> E, e, gain, offset;
+    std::vector<double> E;
+    std::vector<double> e;
+    std::vector<double> gain;
+    std::vector<double> offset;
     std::vector<std::size_t> first{0};
     for (const CriticalRegion& region : regions_) {
         E.insert(E.end(), region.E.begin(), region.E.end());
