@@ -18,6 +18,7 @@ if TYPE_CHECKING:
 
     from ._problem import Problem
     from ._records import Settings
+    from ._sensitivity import Gradients
 
     Array = NDArray[Any]
 
@@ -58,6 +59,27 @@ class BatchResult:
     def residuals(self) -> Array | None:
         """Relative residuals: primal, dual, gap."""
         return None if self.certificate is None else self.certificate[:, 1::2]
+
+    def backward(self, dx: ArrayLike | None = None, dz: ArrayLike | None = None,
+                 dy: ArrayLike | None = None, dz_box: ArrayLike | None = None, *,
+                 threads: int = 0) -> Gradients:
+        """Gradients of a loss from its gradients in x, z, y and z_box of all problems.
+
+        Each of those has the shape of the array that it belongs to. Parts of the problems that have
+        the axis of the batch have it in their gradient, too; of shared ones the gradient is the sum
+        over all problems. What has a multiplier holds; sides that are merely touched are held only
+        where the others leave the optimum flat. The gradients of problems that are not optimal are
+        NaN. x, z, y and z_box have to be there, and problems and arrays as they were.
+
+        Examples
+        --------
+        >>> solve_batch([[1.0]], [[-1.0], [-2.0]], ub=[1.5]).backward([[1.0], [1.0]]).q
+        array([[-1.],
+               [-0.]])
+        """
+        from ._batch_gradients import gradients
+
+        return gradients(self._batch, self, {"x": dx, "z": dz, "y": dy, "z_box": dz_box}, threads)
 
     def summary(self) -> dict[Status, int]:
         """How many problems ended how."""

@@ -158,6 +158,14 @@ def solve_batch(
     time_limit: float | None,
     progress: Callable[[int, int], object] | None,
 ) -> None: ...
+def backward_batch(
+    count: int,
+    inputs: dict[str, NDArray[Any]],
+    solution: dict[str, NDArray[Any]],
+    loss: dict[str, NDArray[Any]],
+    outputs: dict[str, NDArray[Any]],
+    threads: int,
+) -> None: ...
 def explain(
     problem: Problem, settings: Settings | None
 ) -> tuple[bool, bool, _Indices, _Indices, _Indices, _Indices]: ...

@@ -25,7 +25,10 @@ if TYPE_CHECKING:
     from typing import Any
 
     import pandas as pd
-    from numpy.typing import NDArray
+    from numpy.typing import ArrayLike, NDArray
+
+    from ._problem import Problem
+    from ._sensitivity import Gradients, Sensitivity
 
     Vector = NDArray[np.float64]
 
@@ -186,6 +189,26 @@ class Result(_core.ResultBase):
         if not self.found:
             raise SolveError(self.message, self)
         return self
+
+    def sensitivity(self, problem: Problem) -> Sensitivity:
+        """The derivatives of this optimum of the problem: factors for many right-hand sides."""
+        from ._sensitivity import Sensitivity
+
+        return Sensitivity(self, problem)
+
+    def backward(self, problem: Problem, dx: ArrayLike | None = None,
+                 dz: ArrayLike | None = None, dy: ArrayLike | None = None,
+                 dz_box: ArrayLike | None = None) -> Gradients:
+        """Gradients of a loss in the parts of the problem, as `Sensitivity.backward` has them.
+
+        A result does not keep its problem. ValueError where the problem is another one.
+        """
+        return self.sensitivity(problem).backward(dx, dz, dy, dz_box)
+
+    def forward(self, problem: Problem, **changes: ArrayLike
+                ) -> tuple[Vector, Vector, Vector, Vector]:
+        """What x, z, y and z_box gain per unit of changes of the parts (`Sensitivity.forward`)."""
+        return self.sensitivity(problem).forward(**changes)
 
     def to_series(self) -> pd.Series[float]:
         """The point as a pandas Series, by the names of the variables."""

@@ -22,7 +22,10 @@ if TYPE_CHECKING:
 
 @dataclass(frozen=True)
 class Gradients:
-    """Gradients of a loss in the parts of a problem; for several right-hand sides, a last axis."""
+    """Gradients of a loss in the parts of a problem; for several right-hand sides, a last axis.
+
+    Of a batch (`BatchResult.backward`), the first axis of parts that have one is that of the batch.
+    """
 
     P: Array
     q: Array

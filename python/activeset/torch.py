@@ -5,18 +5,18 @@ The derivative is that of the exact optimum, from its working set; see `activese
 
 from __future__ import annotations
 
-import numpy as np
 import torch
 
-from ._problem import Problem
-from ._sensitivity import Sensitivity
-from ._many import solve_many
+from ._batch import solve_batch
+from ._faults import ProblemError
+from ._result import SolveError
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from typing import Any
 
 _NAMES = ("P", "q", "G", "h", "A", "b")
+_AXES = (2, 1, 2, 1, 2, 1)  # of one problem
 
 
 class _Solve(torch.autograd.Function):  # type: ignore[misc]
@@ -24,27 +24,21 @@ class _Solve(torch.autograd.Function):  # type: ignore[misc]
 
     @staticmethod
     def forward(ctx: Any, *parts: Any) -> Any:
-        axes = (2, 1, 2, 1, 2, 1)
-        arrays = [None if part.numel() == 0 else part.detach().cpu().double().numpy()
-                  for part in parts]
-        counts = {array.shape[0] for array, axis in zip(arrays, axes)
-                  if array is not None and array.ndim > axis}
-        if len(counts) > 1:
-            raise ValueError(f"QPFunction: the parts are of batches of {sorted(counts)} problems")
-        count = next(iter(counts), 1)
-        problems = []
-        for k in range(count):
-            own = [array if array is None or array.ndim == axis else array[k]
-                   for array, axis in zip(arrays, axes)]
-            problems.append(Problem(**dict(zip(_NAMES, own))))
-        results = solve_many(problems, progress=False)
-        for result in results:
-            result.raise_for_status()
-        ctx.pairs = list(zip(results, problems))
-        ctx.axes = axes
+        arrays: list[Any] = [None if part.numel() == 0 else part.detach().cpu().double().numpy().copy()
+                             for part in parts]
+        if all(array is None or array.ndim <= axis for array, axis in zip(arrays, _AXES)):
+            arrays[1] = arrays[1][None]  # a batch of one
+        given: dict[str, Any] = dict(zip(_NAMES, arrays))
+        try:
+            solved = solve_batch(**given, progress=False, out=("x", "y", "z", "z_box", "obj"))
+        except ProblemError as error:
+            raise ValueError(f"QPFunction: {error}") from None
+        for k in solved.failed:
+            solved.problem(k).solve().raise_for_status()
+            raise SolveError(f"QPFunction: problem {k} is {solved.statuses[solved.status[k]]}")
+        ctx.solved = solved
         ctx.like = parts
-        solution = np.stack([result.x for result in results])
-        return torch.as_tensor(solution, dtype=parts[0].dtype, device=parts[0].device)
+        return torch.tensor(solved.x, dtype=parts[0].dtype, device=parts[0].device)
 
     @staticmethod
     def backward(ctx: Any, gradient: Any) -> Any:
@@ -56,16 +50,13 @@ class _Gradient(torch.autograd.Function):  # type: ignore[misc]
 
     @staticmethod
     def forward(_: Any, ctx: Any, gradient: Any, *parts: Any) -> Any:
-        given = gradient.detach().cpu().double().numpy()
-        gradients = [Sensitivity(*pair).backward(given[k]) for k, pair in enumerate(ctx.pairs)]
+        gradients = ctx.solved.backward(gradient.detach().cpu().double().numpy())
         made: list[Any] = []
-        for name, part, axis in zip(_NAMES, parts, ctx.axes):
+        for name, part in zip(_NAMES, parts):
             if part.numel() == 0:
                 made.append(None)
                 continue
-            values = np.stack([getattr(own, name) for own in gradients])
-            if part.dim() == axis:
-                values = values.sum(axis=0)
+            values = getattr(gradients, name).reshape(tuple(part.shape))
             made.append(torch.as_tensor(values, dtype=part.dtype, device=part.device))
         return tuple(made)
 

@@ -43,6 +43,40 @@ def test_derivatives_are_those_of_differences():
     assert compared >= 40
 
 
+def shared_batch(count=7):
+    """Problems that share G and A; one of them is infeasible."""
+    first = problem(3)
+    rng = np.random.default_rng(3)
+    parts = {name: first[name] for name in ("G", "A", "lb")}
+    for name in ("P", "q", "h", "b", "ub"):
+        parts[name] = np.stack([first[name]] * count)
+    parts["q"] = parts["q"] + rng.normal(size=parts["q"].shape)
+    parts["ub"][-2] = parts["lb"] - 1.0
+    return parts, rng
+
+
+def test_a_batch_has_the_derivatives_of_its_problems():
+    parts, rng = shared_batch()
+    r = activeset.solve_batch(**parts, progress=False)
+    loss = {name: rng.normal(size=getattr(r, name).shape) for name in ("x", "z", "y", "z_box")}
+    g = r.backward(loss["x"], loss["z"], loss["y"], loss["z_box"], threads=3)
+    good = r.found
+    assert good.sum() == len(r) - 1 and np.all(np.isnan(g.q[~good]))
+    alone = []
+    for k in np.flatnonzero(good):
+        p = r.problem(k)
+        alone.append(p.solve().backward(p, *(loss[name][k] for name in loss)))
+    for name in ("P", "q", "h", "b", "ub"):
+        own = np.stack([getattr(a, name) for a in alone])
+        np.testing.assert_allclose(getattr(g, name)[good], own, atol=1e-9)
+    all_good = {name: part[good] if len(part) == len(r) else part for name, part in parts.items()}
+    g = activeset.solve_batch(**all_good, progress=False).backward(
+        *(loss[name][good] for name in loss))
+    for name in ("G", "A", "lb"):
+        own = np.sum([getattr(a, name) for a in alone], axis=0)
+        np.testing.assert_allclose(getattr(g, name), own, atol=1e-9)
+
+
 def test_a_path_is_the_optimum_everywhere(parts):
     p = activeset.Problem(**parts)
     dq = 3 * np.arange(4.0)
@@ -66,6 +100,13 @@ def test_wrong_arguments_are_named(parts):
         activeset.path(p, q=[1.0])
     with pytest.raises(ValueError, match="another problem"):
         activeset.Sensitivity(p.solve(), activeset.Problem(**problem(2)))
+    with pytest.raises(ValueError, match="another problem"):
+        p.solve().backward(activeset.Problem(**problem(2)), np.ones(4))
+    batch = activeset.solve_batch(P=np.eye(2), q=np.ones((3, 2)), progress=False)
+    with pytest.raises(ValueError, match=r"dx has the shape \(2,\), expected \(3, 2\)"):
+        batch.backward(np.ones(2))
+    with pytest.raises(ValueError, match="needs z, y, z_box"):
+        activeset.solve_batch(P=np.eye(2), q=np.ones((3, 2)), out=["x"]).backward(np.ones((3, 2)))
     with pytest.raises(ValueError, match="not optimal"):
         bad = activeset.Problem(None, [0.0], lb=[1.0], G=[[1.0]], h=[0.0])
         activeset.ranges(bad.solve(), bad)
@@ -83,6 +124,9 @@ def test_a_layer_of_torch_passes_gradcheck():
                  for k in ("P", "q", "G", "h", "A", "b")]
         symmetric = lambda P, *rest: solve((P + P.transpose(1, 2)) / 2, *rest)  # noqa: E731
         assert torch.autograd.gradcheck(symmetric, given, eps=1e-6, atol=1e-6)
+    shared, _ = shared_batch(4)  # lower bounds left out: no argument of the layer
+    given = [torch.tensor(shared[k], requires_grad=True) for k in ("P", "q", "G", "h", "A", "b")]
+    assert torch.autograd.gradcheck(symmetric, given, eps=1e-6, atol=1e-6)
     empty = torch.empty(0, dtype=torch.float64)
     P = torch.eye(2, dtype=torch.float64)
     q = torch.tensor([-1.0, 0.5], dtype=torch.float64, requires_grad=True)

@@ -42,6 +42,12 @@ Implicit::Implicit(Optimum optimum)
     : optimum_(std::move(optimum)),
       factor_(optimum_.data, optimum_.freeVariables(), optimum_.heldRows()) {}
 
+Derivative Implicit::derivative() const {
+    return !factor_.isRegular()                                       ? Derivative::LeastSquares
+           : optimum_.weakRows.empty() && optimum_.weakBounds.empty() ? Derivative::Full
+                                                                      : Derivative::OneSided;
+}
+
 void Implicit::solve(Triple& b) const {
     const ProblemData& data = optimum_.data;
     const std::size_t n = data.n;

@@ -2,6 +2,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PARAMETRIC_IMPLICIT_HPP
 #define ACTIVESET_SRC_FRONTEND_PARAMETRIC_IMPLICIT_HPP
 
+#include "activeset/sensitivity.hpp"
 #include "frontend/algebra/dense.hpp"
 #include "frontend/parametric/kkt_factor.hpp"
 #include "frontend/parametric/optimum.hpp"
@@ -24,6 +25,9 @@ public:
 
     [[nodiscard]] const Optimum& optimum() const { return optimum_; }
     [[nodiscard]] const KktFactor& factor() const { return factor_; }
+
+    /// Which derivative `solve` gives.
+    [[nodiscard]] Derivative derivative() const;
 
     /// b := the solution of H·x + Aᵀy + z = b.x, A·x = b.y on held rows, x = b.z on held bounds,
     /// y and z 0 elsewhere; what b has there does not matter.

@@ -17,6 +17,12 @@ namespace {
     throw std::invalid_argument("activeset: " + std::string(caller) + ": " + text);
 }
 
+constexpr double Zero = 1e-9;  // of the largest term of the gradient, or of the row
+
+bool touches(double value, double side, double scale) {
+    return std::isfinite(side) && std::abs(value - side) <= Zero * std::max(std::abs(side), scale);
+}
+
 // The side that the equality moves with, by the sign of its multiplier.
 Hold equalityBy(double multiplier) {
     return multiplier >= 0.0 ? Hold::EqualUpper : Hold::EqualLower;
@@ -32,7 +38,7 @@ ProblemData checkedCopy(const Problem& problem, const char* caller) {
     return copyOf(problem);
 }
 
-Optimum::Optimum(const Result& result, const Problem& problem, const char* caller)
+Optimum::Optimum(const Result& result, const Problem& problem, const char* caller, Members members)
     : data(checkedCopy(problem, caller)),
       point{result.x, result.y, result.z},
       rows(data.m, Hold::None),
@@ -61,9 +67,18 @@ Optimum::Optimum(const Result& result, const Problem& problem, const char* calle
             rowSizes[i] = std::max(rowSizes[i], std::abs(column[i]));
         }
     }
-    requireMembers(result.workingSet, caller);
+    if (members == Members::OfTheSet) {
+        requireMembers(result.workingSet, caller);
+    } else {
+        holdByMultipliers(members == Members::Touched, caller);
+    }
     requirePoint(result, caller);
     findWeak();
+}
+
+double Optimum::sizeOfGradient() const {
+    return std::max(
+        {largestMagnitude(data.c), largestMagnitude(point.y), largestMagnitude(point.z)});
 }
 
 std::vector<std::size_t> Optimum::freeVariables() const {
@@ -110,6 +125,34 @@ void Optimum::requireMembers(const WorkingSet& set, const char* caller) {
     hold(set.atUpper, data.upper, data.lower, bounds, Hold::Upper);
 }
 
+void Optimum::holdByMultipliers(bool touched, const char* caller) {
+    const double gradient = sizeOfGradient();
+    const double size = largestMagnitude(point.x);
+    const auto hold = [&](double multiplier, double value, double lower, double upper,
+                          double scale) {
+        if (lower == upper) {
+            return equalityBy(multiplier);
+        }
+        if (std::abs(multiplier) * scale > Zero * gradient) {
+            if (!std::isfinite(multiplier < 0.0 ? lower : upper)) {
+                refuse(caller,
+                       "the result is of another problem: it has a multiplier for a side that the "
+                       "problem does not have");
+            }
+            return multiplier < 0.0 ? Hold::Lower : Hold::Upper;
+        }
+        return touched && touches(value, lower, scale * size)   ? Hold::Lower
+               : touched && touches(value, upper, scale * size) ? Hold::Upper
+                                                                : Hold::None;
+    };
+    for (std::size_t i = 0; i < data.m; ++i) {
+        rows[i] = hold(point.y[i], rowValues[i], data.rowLower[i], data.rowUpper[i], rowSizes[i]);
+    }
+    for (std::size_t j = 0; j < data.n; ++j) {
+        bounds[j] = hold(point.z[j], point.x[j], data.lower[j], data.upper[j], 1.0);
+    }
+}
+
 // Whether the point satisfies the optimality conditions of these data, to what its certificate
 // says and a little more.
 void Optimum::requirePoint(const Result& result, const char* caller) {
@@ -149,14 +192,8 @@ void Optimum::requirePoint(const Result& result, const char* caller) {
 }
 
 void Optimum::findWeak() {
-    constexpr double Zero = 1e-9;  // of the largest term of the gradient, or of the row
-    const double gradient =
-        std::max({largestMagnitude(data.c), largestMagnitude(point.y), largestMagnitude(point.z)});
+    const double gradient = sizeOfGradient();
     const double size = largestMagnitude(point.x);
-    const auto touches = [&](double value, double side, double scale) {
-        return std::isfinite(side) &&
-               std::abs(value - side) <= Zero * std::max(std::abs(side), scale);
-    };
     for (std::size_t i = 0; i < data.m; ++i) {
         const double scale = rowSizes[i];
         const double value = rowValues[i];

@@ -24,14 +24,26 @@ enum class Hold : std::int8_t { None, Lower, Upper, EqualLower, EqualUpper };
     return hold == Hold::Lower || hold == Hold::EqualLower;
 }
 
+/// What an optimum holds, beside its equalities.
+enum class Members {
+    OfTheSet,  ///< what the working set of the result names
+    Strong,    ///< the sides that have a multiplier
+    Touched    ///< all sides that the point is on, or has a multiplier for
+};
+
 struct Optimum {
     /// @param caller  the name that stands in front of what is raised
     /// @raises std::invalid_argument, see Sensitivity
-    Optimum(const Result& result, const Problem& problem, const char* caller);
+    Optimum(const Result& result,
+            const Problem& problem,
+            const char* caller,
+            Members members = Members::OfTheSet);
 
     /// The variables that are not held, and the rows that are.
     [[nodiscard]] std::vector<std::size_t> freeVariables() const;
     [[nodiscard]] std::vector<std::size_t> heldRows() const;
+    /// The largest of costs and multipliers, by which multipliers are measured.
+    [[nodiscard]] double sizeOfGradient() const;
 
     ProblemData data;  ///< H with the shift of the result
     Point point;
@@ -45,6 +57,7 @@ struct Optimum {
 
 private:
     void requireMembers(const WorkingSet& set, const char* caller);
+    void holdByMultipliers(bool touched, const char* caller);
     void requirePoint(const Result& result, const char* caller);
     void findWeak();
 };

@@ -44,9 +44,7 @@ public:
           optimum_(implicit_.optimum()),
           rowSizes_(optimum_.rowSizes),
           x_(frontend::largestMagnitude(optimum_.point.x)),
-          gradient_(std::max({frontend::largestMagnitude(optimum_.data.c),
-                              frontend::largestMagnitude(optimum_.point.y),
-                              frontend::largestMagnitude(optimum_.point.z)})) {
+          gradient_(optimum_.sizeOfGradient()) {
         for (double& size : rowSizes_) {
             size = size > 0.0 ? size : 1.0;
         }

@@ -108,10 +108,7 @@ public:
         smoothness_.weakBounds = optimum.weakBounds;
         smoothness_.dependent = implicit_.factor().dependent();
         smoothness_.flat = implicit_.factor().flat();
-        smoothness_.derivative = !implicit_.factor().isRegular() ? Derivative::LeastSquares
-                                 : optimum.weakRows.empty() && optimum.weakBounds.empty()
-                                     ? Derivative::Full
-                                     : Derivative::OneSided;
+        smoothness_.derivative = implicit_.derivative();
     }
 
     [[nodiscard]] const Smoothness& smoothness() const { return smoothness_; }
