@@ -1,3 +1,4 @@
+// Steps of the primal active-set method on a fit.
 #include "frontend/fit/active_set_fit.hpp"
 
 #include <algorithm>
@@ -13,6 +14,7 @@ namespace activeset::frontend {
 
 namespace {
 
+// Rates and multipliers up to this, in proportion to their terms, are rounding.
 constexpr double RateRounding = 10.0 * std::numeric_limits<double>::epsilon();
 
 double norm(const Vector& values) {
@@ -30,34 +32,12 @@ ActiveSetFit::ActiveSetFit(const Fit& fit,
       constraints_(constraints),
       control_(control),
       point_{std::move(x), Vector(constraints.m, 0.0), Vector(constraints.n, 0.0)},
-      sides_(constraints.m + constraints.n, 0) {
-    const auto hold = [&](const std::vector<std::size_t>& list, std::size_t first, int side) {
-        for (const std::size_t k : list) {
-            sides_[first + k] = static_cast<signed char>(side);
-        }
-    };
-    hold(guess.rowsAtLower, 0, -1);
-    hold(guess.rowsAtUpper, 0, 1);
-    hold(guess.atLower, constraints.m, -1);
-    hold(guess.atUpper, constraints.m, 1);
-    for (std::size_t k = 0; k < sides_.size(); ++k) {
-        if (isFixed(k)) {
-            sides_[k] = 1;
-        }
-    }
-}
-
-bool ActiveSetFit::isFixed(std::size_t constraint) const {
-    const std::size_t m = constraints_.m;
-    return constraint < m
-               ? constraints_.rowLower[constraint] == constraints_.rowUpper[constraint]
-               : constraints_.lower[constraint - m] == constraints_.upper[constraint - m];
-}
+      held_(constraints, guess) {}
 
 bool ActiveSetFit::run() {
-    const std::size_t most = 3 * (sides_.size() + constraints_.n) + 1;
+    const std::size_t most = 3 * (held_.count() + constraints_.n) + 1;
     for (std::size_t step = 0; step < most && !control_.mustEnd(); ++step) {
-        const NullSpaceFit factors(fit_, constraints_, sides_);
+        const NullSpaceFit factors(fit_, constraints_, held_);
         Vector target = point_.x;
         factors.moveToMinimum(target);
         Vector along(target.size());
@@ -65,7 +45,7 @@ bool ActiveSetFit::run() {
         const std::optional<Blocking> blocking = ratioTest(along);
         if (blocking) {
             advance(along, blocking->length);
-            sides_[blocking->constraint] = blocking->isAtUpper ? 1 : -1;
+            held_.hold(blocking->constraint, blocking->side);
             reportPass(blocking->length * norm(along));
             continue;
         }
@@ -77,7 +57,7 @@ bool ActiveSetFit::run() {
             finish(factors);
             return true;
         }
-        sides_[*wrong] = 0;
+        held_.hold(*wrong, Side::None);
     }
     return false;
 }
@@ -89,18 +69,18 @@ void ActiveSetFit::advance(const Vector& step, double length) {
     }
 }
 
-// The first constraint that the step meets before its end. Rates that are nothing but rounding meet
-// none.
+// The first constraint that the step meets before its end. Rates that are rounding meet none.
 std::optional<ActiveSetFit::Blocking> ActiveSetFit::ratioTest(const Vector& step) const {
     Blocking first;
     const auto meet = [&](std::size_t k, double value, double rate, double size, double lower,
                           double upper) {
-        if (sides_[k] != 0 || !(std::abs(rate) > RateRounding * (std::abs(value) + size))) {
+        if (held_[k] != Side::None || !(std::abs(rate) > RateRounding * (std::abs(value) + size))) {
             return;
         }
         const double room = std::max(rate > 0.0 ? upper - value : value - lower, 0.0);
         if (room / std::abs(rate) < first.length) {
-            first = {k, room / std::abs(rate), rate > 0.0};
+            const Side side = rate > 0.0 ? Side::Upper : Side::Lower;
+            first = {k, room / std::abs(rate), lower == upper ? Side::Both : side};
         }
     };
     const std::size_t m = constraints_.m;
@@ -118,14 +98,14 @@ std::optional<ActiveSetFit::Blocking> ActiveSetFit::ratioTest(const Vector& step
     return first.length < 1.0 ? std::optional(first) : std::nullopt;
 }
 
-// The member of the working set whose multiplier is wrong by most in proportion to what rounding
-// may have made of it.
+// The member of the working set whose multiplier has the wrong sign by most, in proportion to its
+// rounding.
 std::optional<std::size_t> ActiveSetFit::wrongSign(const NullSpaceFit& fit) const {
     const Vector noise = fit.noiseOfGradient(point_.x);
     double most = 1.0;
     std::optional<std::size_t> worst;
     const auto look = [&](std::size_t k, double multiplier, double size) {
-        const double wrong = isFixed(k) ? 0.0 : -multiplier * sides_[k];
+        const double wrong = -multiplier * held_.sign(k);
         if (wrong > most * size) {
             most = wrong / size;
             worst = k;
@@ -144,28 +124,28 @@ std::optional<std::size_t> ActiveSetFit::wrongSign(const NullSpaceFit& fit) cons
         }
     }
     for (std::size_t i = 0; i < m; ++i) {
-        if (sides_[i] != 0 && lengths[i] > 0.0) {
+        if (held_[i] != Side::None && lengths[i] > 0.0) {
             look(i, point_.y[i],
                  std::max(ofRows[i] / lengths[i], RateRounding * std::abs(point_.y[i])));
         }
     }
     for (std::size_t j = 0; j < constraints_.n; ++j) {
-        if (sides_[m + j] != 0) {
+        if (held_[m + j] != Side::None) {
             look(m + j, point_.z[j], sizes[j]);
         }
     }
     return worst;
 }
 
-// The point in all digits; then multipliers of the wrong sign are rounding and go.
+// Refines the point. Multipliers that then still have the wrong sign are rounding and become zero.
 void ActiveSetFit::finish(const NullSpaceFit& fit) {
     fit.refine(point_.x);
     fit.setMultipliers(point_);
     advance(Vector(point_.x.size(), 0.0), 0.0);
     const std::size_t m = constraints_.m;
-    for (std::size_t k = 0; k < sides_.size(); ++k) {
+    for (std::size_t k = 0; k < held_.count(); ++k) {
         double& multiplier = k < m ? point_.y[k] : point_.z[k - m];
-        if (!isFixed(k) && multiplier * sides_[k] < 0.0) {
+        if (multiplier * held_.sign(k) < 0.0) {
             multiplier = 0.0;
         }
     }
@@ -184,28 +164,10 @@ void ActiveSetFit::reportPass(double step) {
         progress.objective =
             fit_.rest + 0.5 * dot(residual.data(), residual.data(), residual.size());
         progress.violation = violation(constraints_, point_.x).absolute;
-        progress.active = workingSet().size();
+        progress.active = held_.size();
         progress.step = step;
         return progress;
     });
-}
-
-WorkingSet ActiveSetFit::workingSet() const {
-    WorkingSet set;
-    const std::size_t m = constraints_.m;
-    for (std::size_t k = 0; k < m; ++k) {
-        if (sides_[k] != 0) {
-            auto& atSide = sides_[k] > 0 ? set.rowsAtUpper : set.rowsAtLower;
-            (isFixed(k) ? set.equalities : atSide).push_back(k);
-        }
-    }
-    for (std::size_t j = 0; j < constraints_.n; ++j) {
-        if (sides_[m + j] != 0) {
-            auto& atSide = sides_[m + j] > 0 ? set.atUpper : set.atLower;
-            (isFixed(m + j) ? set.fixed : atSide).push_back(j);
-        }
-    }
-    return set;
 }
 
 }  // namespace activeset::frontend

@@ -12,7 +12,7 @@ namespace activeset::frontend {
 
 class ActiveSetFit {
 public:
-    /// Begins at a feasible point and a guess of the working set, which mostly is the solution's.
+    /// Begins at a feasible point and a guess of the working set, which mostly is right.
     /// Keeps references to fit, constraints and control.
     ActiveSetFit(const Fit& fit,
                  const ProblemData& constraints,
@@ -20,19 +20,18 @@ public:
                  Vector x,
                  const WorkingSet& guess);
 
-    /// True where the conditions of an optimum hold, as far as rounding lets them.
+    /// True if the optimality conditions hold, but for rounding.
     bool run();
 
     [[nodiscard]] const Point& point() const { return point_; }
-    [[nodiscard]] WorkingSet workingSet() const;
+    [[nodiscard]] WorkingSet workingSet() const { return held_.workingSet(); }
 
 private:
     struct Blocking {
         std::size_t constraint = 0;
         double length = 1.0;
-        bool isAtUpper = false;
+        Side side = Side::None;
     };
-    [[nodiscard]] bool isFixed(std::size_t constraint) const;
     [[nodiscard]] std::optional<Blocking> ratioTest(const Vector& step) const;
     [[nodiscard]] std::optional<std::size_t> wrongSign(const NullSpaceFit& fit) const;
     void finish(const NullSpaceFit& fit);
@@ -43,7 +42,7 @@ private:
     const ProblemData& constraints_;
     Control& control_;
     Point point_;
-    Sides sides_;
+    Constraints held_;
 };
 
 }  // namespace activeset::frontend

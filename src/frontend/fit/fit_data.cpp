@@ -1,3 +1,4 @@
+// Checks the data of a fit, takes in weights, and forms the QR factors.
 #include "frontend/fit/fit_data.hpp"
 
 #include <algorithm>
@@ -15,7 +16,7 @@ namespace activeset::frontend {
 
 namespace {
 
-/// The text with another name for a part that is called by one letter.
+/// The text with `name` in the place of a part's name of one letter.
 std::string renamed(const std::string& text, char from, const char* name) {
     const auto isPartOfWord = [&](std::size_t place) {
         return place < text.size() && std::isalnum(static_cast<unsigned char>(text[place])) != 0;
@@ -29,7 +30,7 @@ std::string renamed(const std::string& text, char from, const char* name) {
     return result;
 }
 
-/// Adds the faults of one part of a stand-in, under the name that the part has here.
+/// Adds the faults of one part of a stand-in problem, under the name that the part has in a fit.
 void addFaults(std::vector<Fault>& faults,
                const Problem& standIn,
                std::size_t n,
@@ -138,7 +139,7 @@ bool takeIn(const LeastSquares& problem, Fit& fit) {
 }
 
 void PanelFactor::factorise(Dense matrix, std::size_t count, Control& control) {
-    constexpr std::size_t Operations = 50'000'000;  // of a panel: some milliseconds
+    constexpr std::size_t Operations = 50'000'000;  // for a panel: some milliseconds
     packed_ = std::move(matrix);
     scales_.assign(count, 0.0);
     const std::size_t ofColumn = 4 * packed_.rows * packed_.cols;

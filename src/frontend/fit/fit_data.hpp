@@ -1,5 +1,5 @@
-// The data of a fit: what is wrong with them, and what is left of them once weights and an
-// orthogonal factor are taken in.
+// The data of a fit: their faults, and the smaller problem that is left after weights and an
+// orthogonal factor.
 #ifndef ACTIVESET_SRC_FRONTEND_FIT_FIT_DATA_HPP
 #define ACTIVESET_SRC_FRONTEND_FIT_FIT_DATA_HPP
 
@@ -9,11 +9,11 @@
 
 namespace activeset::frontend {
 
-/// Packed columns of Householder's QR, a panel at a time; none of them is the identity.
+/// Householder's QR in packed columns, a panel at a time. Without columns it is the identity.
 class PanelFactor {
 public:
-    /// Takes in the first `count` columns and turns the others. `control` may end it between two
-    /// panels, and then it is of no use.
+    /// Factorises the first `count` columns and applies Qᵀ to the others. `control` may end it
+    /// between two panels; the factor must not be used then.
     void factorise(Dense matrix, std::size_t count, Control& control);
 
     [[nodiscard]] const Dense& packed() const { return packed_; }
@@ -39,18 +39,19 @@ struct Fit {
     double rest = 0.0;
 };
 
-/// The problem with the constraints of a fit and no objective; it looks at `zeros`, n of them.
+/// The problem with the constraints of a fit and no objective. It keeps a view of `zeros`, n
+/// entries.
 [[nodiscard]] Problem constraintsOf(const LeastSquares& problem, const Vector& zeros);
 
 /// All mistakes in the parts of the objective.
 [[nodiscard]] std::vector<Fault> faultsOfFit(const LeastSquares& problem);
 
-/// R and s, multiplied by a root of W.
+/// Forms R and s, multiplied by a root of W.
 /// @pre no faults
 /// @post false where W is not positive definite
 [[nodiscard]] bool takeIn(const LeastSquares& problem, Fit& fit);
 
-/// Q, T, t and rest; of no use where `control` ends it.
+/// Forms Q, T, t and rest. They must not be used if `control` has ended it.
 void reduce(Fit& fit, Control& control);
 
 }  // namespace activeset::frontend

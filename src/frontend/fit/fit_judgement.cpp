@@ -1,3 +1,4 @@
+// Sums of a fit in extended precision, and the bound for the error of its objective.
 #include "frontend/fit/fit_judgement.hpp"
 
 #include <algorithm>

@@ -10,7 +10,7 @@ namespace activeset::frontend {
 
 namespace {
 
-/// Columns of the fit count as dependent by rounding alone, as for any orthogonal least squares.
+/// Columns of the fit depend on others only to within rounding, as in any orthogonal method.
 constexpr double DependentColumn = std::numeric_limits<double>::epsilon();
 
 /// s − R·x − ρ, rounded once.
@@ -56,39 +56,40 @@ Vector leastSquares(const PivotedQr& qr, std::size_t cols, Vector r) {
 
 }  // namespace
 
-NullSpaceFit::NullSpaceFit(const Fit& fit, const ProblemData& constraints, Sides& sides)
+NullSpaceFit::NullSpaceFit(const Fit& fit, const ProblemData& constraints, Constraints& held)
     : fit_(fit),
       constraints_(constraints),
       free_([&] {
           std::vector<std::size_t> free;
           for (std::size_t j = 0; j < constraints.n; ++j) {
-              if (sides[constraints.m + j] == 0) {
+              if (held[constraints.m + j] == Side::None) {
                   free.push_back(j);
               }
           }
           return free;
       }()),
-      held_([&] {
-          std::vector<std::size_t> held;
+      heldRows_([&] {
+          std::vector<std::size_t> rows;
           for (std::size_t i = 0; i < constraints.m; ++i) {
-              if (sides[i] != 0) {
-                  held.push_back(i);
+              if (held[i] != Side::None) {
+                  rows.push_back(i);
               }
           }
-          return held;
+          return rows;
       }()),
-      rows_(heldRows()),
-      basis_(held_.empty() ? Dense() : rows_.nullSpace()),
+      held_(held),
+      rows_(columnsOfHeldRows()),
+      basis_(heldRows_.empty() ? Dense() : rows_.nullSpace()),
       reduced_(reducedFit(), DependentColumn * static_cast<double>(fit.T.rows + fit.T.cols)) {
-    keepIndependent(sides);
-    sides_ = sides;
+    keepIndependent(held);
+    held_ = held;
 }
 
-Dense NullSpaceFit::heldRows() const {
-    Dense rows(free_.size(), held_.size());
-    for (std::size_t k = 0; k < held_.size(); ++k) {
+Dense NullSpaceFit::columnsOfHeldRows() const {
+    Dense rows(free_.size(), heldRows_.size());
+    for (std::size_t k = 0; k < heldRows_.size(); ++k) {
         for (std::size_t j = 0; j < free_.size(); ++j) {
-            rows(j, k) = constraints_.columnOfA(free_[j])[held_[k]];
+            rows(j, k) = constraints_.columnOfA(free_[j])[heldRows_[k]];
         }
     }
     return rows;
@@ -99,17 +100,17 @@ Dense NullSpaceFit::reducedFit() const {
     for (std::size_t j = 0; j < free_.size(); ++j) {
         std::copy_n(fit_.T.column(free_[j]), fit_.T.rows, columns.column(j));
     }
-    return held_.empty() ? columns : product(columns, basis_);
+    return heldRows_.empty() ? columns : product(columns, basis_);
 }
 
-void NullSpaceFit::keepIndependent(Sides& sides) {
-    std::vector<bool> isKept(held_.size(), false);
+void NullSpaceFit::keepIndependent(Constraints& held) {
+    std::vector<bool> isKept(heldRows_.size(), false);
     for (std::size_t k = 0; k < rows_.rank(); ++k) {
         isKept[rows_.pivot(k)] = true;
     }
-    for (std::size_t k = 0; k < held_.size(); ++k) {
+    for (std::size_t k = 0; k < heldRows_.size(); ++k) {
         if (!isKept[k]) {
-            sides[held_[k]] = 0;
+            held.hold(heldRows_[k], Side::None);
         }
     }
 }
@@ -117,8 +118,8 @@ void NullSpaceFit::keepIndependent(Sides& sides) {
 void NullSpaceFit::moveToSides(Vector& x) const {
     const std::size_t m = constraints_.m;
     for (std::size_t j = 0; j < constraints_.n; ++j) {
-        if (sides_[m + j] != 0) {
-            x[j] = sides_[m + j] > 0 ? constraints_.upper[j] : constraints_.lower[j];
+        if (held_[m + j] != Side::None) {
+            x[j] = held_.target(m + j);
         }
     }
     if (rows_.rank() == 0) {
@@ -127,10 +128,8 @@ void NullSpaceFit::moveToSides(Vector& x) const {
     const std::vector<Sum> values = rowValues(constraints_, x);
     Vector step(free_.size(), 0.0);
     for (std::size_t k = 0; k < rows_.rank(); ++k) {
-        const std::size_t row = held_[rows_.pivot(k)];
-        const double side =
-            sides_[row] > 0 ? constraints_.rowUpper[row] : constraints_.rowLower[row];
-        step[k] = static_cast<double>(side - values[row].value);
+        const std::size_t row = heldRows_[rows_.pivot(k)];
+        step[k] = static_cast<double>(held_.target(row) - values[row].value);
     }
     rows_.solveTransposed(step.data());
     rows_.apply(step.data());
@@ -140,7 +139,7 @@ void NullSpaceFit::moveToSides(Vector& x) const {
 }
 
 Vector NullSpaceFit::fromNullSpace(const Vector& v) const {
-    if (held_.empty()) {
+    if (heldRows_.empty()) {
         return v;
     }
     Vector step(free_.size(), 0.0);
@@ -155,20 +154,20 @@ Vector NullSpaceFit::toNullSpace(const Vector& ofVariables) const {
     for (std::size_t j = 0; j < free_.size(); ++j) {
         ofFree[j] = ofVariables[free_[j]];
     }
-    return held_.empty() || basis_.cols == 0 ? ofFree : transposedProduct(basis_, ofFree);
+    return heldRows_.empty() || basis_.cols == 0 ? ofFree : transposedProduct(basis_, ofFree);
 }
 
 void NullSpaceFit::moveToMinimum(Vector& x) const {
     moveToSides(x);
-    const std::size_t dimension = held_.empty() ? free_.size() : basis_.cols;
+    const std::size_t dimension = heldRows_.empty() ? free_.size() : basis_.cols;
     const Vector step = fromNullSpace(leastSquares(reduced_, dimension, residualOf(fit_, x)));
     for (std::size_t j = 0; j < free_.size(); ++j) {
         x[free_[j]] += step[j];
     }
 }
 
-// With T_F·Z·P = Q·S: S⁻ᵀPᵀ(−Zᵀ·slope) is what Qᵀ of the residual has to change by, and what is
-// left of the first equation then belongs to v.
+// With T_F·Z·P = Q·S, Qᵀ times the residual has to change by S⁻ᵀPᵀ(−Zᵀ·slope). What is left of the
+// first equation then gives v.
 Vector NullSpaceFit::correction(Vector& residual, Vector left, const Vector& slope) const {
     fit_.Q.applyTransposed(left);
     reduced_.applyTransposed(left.data());
@@ -229,12 +228,12 @@ void NullSpaceFit::setMultipliers(Point& point) const {
     for (std::size_t j = 0; j < free_.size(); ++j) {
         ofFree[j] = force[free_[j]];
     }
-    const Vector y = leastSquares(rows_, held_.size(), ofFree);
-    for (std::size_t k = 0; k < held_.size(); ++k) {
-        point.y[held_[k]] = y[k];
+    const Vector y = leastSquares(rows_, heldRows_.size(), ofFree);
+    for (std::size_t k = 0; k < heldRows_.size(); ++k) {
+        point.y[heldRows_[k]] = y[k];
     }
     for (std::size_t j = 0; j < constraints_.n; ++j) {
-        if (sides_[constraints_.m + j] != 0) {
+        if (held_[constraints_.m + j] != Side::None) {
             point.z[j] = force[j] - (constraints_.m == 0 ? 0.0
                                                          : dot(constraints_.columnOfA(j),
                                                                point.y.data(), constraints_.m));

@@ -7,12 +7,9 @@
 #include "frontend/algebra/dense.hpp"
 #include "frontend/algebra/pivoted_qr.hpp"
 #include "frontend/fit/fit_data.hpp"
-#include "frontend/problem/problem_data.hpp"
+#include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
-
-/// Rows, then variables: −1 held at the lower side, 1 at the upper one, 0 not held.
-using Sides = std::vector<signed char>;
 
 /// Orthogonal factors for one working set. Held variables are taken out; with F the others and
 /// A_WF the held rows,
@@ -21,8 +18,8 @@ using Sides = std::vector<signed char>;
 ///     T·x)‖.
 class NullSpaceFit {
 public:
-    /// Keeps references to fit and constraints. Rows that depend on those held are set free.
-    NullSpaceFit(const Fit& fit, const ProblemData& constraints, Sides& sides);
+    /// Keeps references to fit and constraints. Takes rows that depend on others out of `held`.
+    NullSpaceFit(const Fit& fit, const ProblemData& constraints, Constraints& held);
 
     /// Moves x to the minimum on the working set.
     void moveToMinimum(Vector& x) const;
@@ -30,17 +27,18 @@ public:
     ///
     ///     ρ + R·x = s,   Zᵀ·R_Fᵀρ = 0
     ///
-    /// with what is left of these equations formed in extended precision.
+    /// whose residuals are formed in extended precision.
     void refine(Vector& x) const;
-    /// Multipliers of the working set at x: y by least squares on F, z as what then is left.
+    /// Multipliers of the working set at x: y by least squares on F, z from the rest of the
+    /// gradient.
     void setMultipliers(Point& point) const;
-    /// What rounding may have done to the gradient, entry by entry.
+    /// A bound for the rounding error of each entry of the gradient.
     [[nodiscard]] Vector noiseOfGradient(const Vector& x) const;
 
 private:
-    [[nodiscard]] Dense heldRows() const;
+    [[nodiscard]] Dense columnsOfHeldRows() const;
     [[nodiscard]] Dense reducedFit() const;
-    void keepIndependent(Sides& sides);
+    void keepIndependent(Constraints& held);
     void moveToSides(Vector& x) const;
     [[nodiscard]] Vector fromNullSpace(const Vector& v) const;
     [[nodiscard]] Vector toNullSpace(const Vector& ofVariables) const;
@@ -48,9 +46,9 @@ private:
 
     const Fit& fit_;
     const ProblemData& constraints_;
-    std::vector<std::size_t> free_;
-    std::vector<std::size_t> held_;  // rows
-    Sides sides_;
+    std::vector<std::size_t> free_;      // variables
+    std::vector<std::size_t> heldRows_;  // the dependent ones among them
+    Constraints held_;                   // without those
     PivotedQr rows_;
     Dense basis_;  // Z; empty without rows, where it is the identity
     PivotedQr reduced_;
