@@ -11,39 +11,36 @@ namespace activeset::frontend {
 
 namespace {
 
-// Curvature in the reduced Hessian that counts as none: this part of the largest, and what rounding
-// of a product with H makes of none.
+// The curvature of the reduced Hessian that counts as none: `flat` times the largest, or what the
+// rounding of products with H may make of zero.
 double flatCurvature(const Dense& reduced, const Dense& H, double flat) {
     constexpr double CurvatureRounding = 4.0 * std::numeric_limits<double>::epsilon();
     return std::max(flat * largestDiagonal(reduced),
                     CurvatureRounding * static_cast<double>(H.rows) * largestMagnitude(H.values));
 }
 
-std::vector<std::size_t> freeVariables(const std::vector<bool>& isFixed) {
+std::vector<std::size_t> freeVariables(const ProblemData& data, const Constraints& held) {
     std::vector<std::size_t> result;
-    for (std::size_t j = 0; j < isFixed.size(); ++j) {
-        if (!isFixed[j]) {
+    for (std::size_t j = 0; j < data.n; ++j) {
+        if (held[data.m + j] == Side::None) {
             result.push_back(j);
         }
     }
     return result;
 }
 
-std::vector<bool> fixedVariables(const ProblemData& data, const WorkingSet& set) {
-    std::vector<bool> result(data.n, false);
-    for (const auto* list : {&set.atLower, &set.atUpper, &set.fixed}) {
-        for (const std::size_t j : *list) {
-            result[j] = true;
+// Equalities come first, then rows at lower sides: of rows that depend on one another those that
+// come first are kept.
+std::vector<std::size_t> heldRows(const ProblemData& data, const Constraints& held) {
+    std::vector<std::size_t> result;
+    for (const Side side : {Side::Both, Side::Lower, Side::Upper}) {
+        for (std::size_t i = 0; i < data.m; ++i) {
+            if (held[i] == side) {
+                result.push_back(i);
+            }
         }
     }
     return result;
-}
-
-std::vector<std::size_t> rowsOf(const WorkingSet& set) {
-    std::vector<std::size_t> rows = set.equalities;
-    rows.insert(rows.end(), set.rowsAtLower.begin(), set.rowsAtLower.end());
-    rows.insert(rows.end(), set.rowsAtUpper.begin(), set.rowsAtUpper.end());
-    return rows;
 }
 
 Dense hessianOf(const ProblemData& data, const std::vector<std::size_t>& variables) {
@@ -64,38 +61,28 @@ Dense hessianOf(const ProblemData& data, const std::vector<std::size_t>& variabl
 Refinement::Refinement(const ProblemData& data, const WorkingSet& set, double flat)
     : data_(data),
       set_(set),
-      rows_(rowsOf(set)),
-      isFixed_(fixedVariables(data, set)),
-      free_(freeVariables(isFixed_)),
+      held_(Constraints::namedBy(data, set)),
+      rows_(heldRows(data, held_)),
+      free_(freeVariables(data, held_)),
       freeH_(hessianOf(data, free_)),
       qr_(rowsOfFreeVariables()),
       basis_(data.quadratic ? qr_.nullSpace() : Dense()),
       cholesky_(reducedCholesky(flat)) {}
 
-// The values that the members of the set are to have; they may have changed since the factors were
-// formed.
+// The values at which the rows are held; they may have changed since the factors were formed.
 Vector Refinement::sides() const {
-    Vector result;
-    const auto add = [&](const std::vector<std::size_t>& members, const Vector& sides) {
-        for (const std::size_t i : members) {
-            result.push_back(sides[i]);
-        }
-    };
-    add(set_.equalities, data_.rowLower);
-    add(set_.rowsAtLower, data_.rowLower);
-    add(set_.rowsAtUpper, data_.rowUpper);
+    Vector result(rows_.size());
+    std::transform(rows_.begin(), rows_.end(), result.begin(),
+                   [this](std::size_t i) { return held_.target(i); });
     return result;
 }
 
 void Refinement::moveToBounds(Vector& x) const {
-    const auto move = [&](const std::vector<std::size_t>& members, const Vector& bounds) {
-        for (const std::size_t j : members) {
-            x[j] = bounds[j];
+    for (std::size_t j = 0; j < data_.n; ++j) {
+        if (held_[data_.m + j] != Side::None) {
+            x[j] = held_.target(data_.m + j);
         }
-    };
-    move(set_.atLower, data_.lower);
-    move(set_.fixed, data_.lower);
-    move(set_.atUpper, data_.upper);
+    }
 }
 
 Dense Refinement::rowsOfFreeVariables() const {
@@ -137,7 +124,7 @@ Point Refinement::correction(const Residuals& residuals) const {
     Point result{Vector(data_.n, 0.0), Vector(data_.m, 0.0), {}};
     const std::size_t count = free_.size();
     const std::size_t rank = qr_.rank();
-    // The part of the step that the rows ask for.
+    // First the part of the step that takes the rows to their sides.
     Vector step(std::max(count, rows_.size()), 0.0);
     for (std::size_t k = 0; k < rank; ++k) {
         step[k] = static_cast<double>(residuals.rows[qr_.pivot(k)]);
@@ -185,7 +172,8 @@ Point Refinement::digitsBehind(const Point& point) const {
 void Refinement::setBoundMultipliers(Point& point) const {
     const std::vector<Sum> gradient = gradientSums(data_, point.x, point.y);
     for (std::size_t j = 0; j < data_.n; ++j) {
-        point.z[j] = isFixed_[j] ? -static_cast<double>(gradient[j].value) : 0.0;
+        const bool isFree = held_[data_.m + j] == Side::None;
+        point.z[j] = isFree ? 0.0 : -static_cast<double>(gradient[j].value);
     }
 }
 

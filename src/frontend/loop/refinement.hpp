@@ -1,12 +1,12 @@
-// The exact solution for a given working set: its equations are solved again and again for what is
-// left of their residuals, which are formed in extended precision.
+// The exact solution for a given working set: its equations are solved again and again for their
+// residuals, which are formed in extended precision.
 #ifndef ACTIVESET_SRC_FRONTEND_LOOP_REFINEMENT_HPP
 #define ACTIVESET_SRC_FRONTEND_LOOP_REFINEMENT_HPP
 
 #include "frontend/algebra/dense.hpp"
 #include "frontend/algebra/pivoted_cholesky.hpp"
 #include "frontend/algebra/pivoted_qr.hpp"
-#include "frontend/problem/problem_data.hpp"
+#include "frontend/problem/constraints.hpp"
 #include "frontend/proof/certificate.hpp"
 
 namespace activeset::frontend {
@@ -18,9 +18,9 @@ inline constexpr double FlatReduced = 1e-11;
 ///
 ///     H·x + c + Aᵀy + z = 0,   rows and bounds of the working set hold with equality
 ///
-/// in which y and z are zero outside the set. Variables at bounds are taken out; of the rest,
-/// QR of the rows and Cholesky of the reduced Hessian are formed once. Where that Hessian is
-/// singular, x moves in the other directions only.
+/// in which y and z are zero outside the set. Variables at bounds are taken out; for the others, QR
+/// of the rows and Cholesky of the reduced Hessian are formed once. Where that Hessian is singular,
+/// x does not move along its null space.
 class Refinement {
 public:
     /// Keeps a reference to the data. Their vectors may change between two corrections, the
@@ -31,10 +31,9 @@ public:
     Refinement(const ProblemData& data, const WorkingSet& set, double flat = FlatReduced);
 
     [[nodiscard]] const WorkingSet& set() const { return set_; }
-    /// Moves x, y and z to the solution, as far as doubles can. The number of corrections made.
+    /// Moves x, y and z to the solution, as far as doubles can. Returns the number of corrections.
     std::size_t apply(Point& point, std::size_t most) const;
-    /// What x and y of such a point are in error by: the digits that doubles had no room for.
-    /// No z.
+    /// The error of x and y of such a point: the digits for which doubles had no room. No z.
     [[nodiscard]] Point digitsBehind(const Point& point) const;
 
 private:
@@ -67,10 +66,10 @@ private:
     void setBoundMultipliers(Point& point) const;
 
     const ProblemData& data_;
-    WorkingSet set_;
-    std::vector<std::size_t> rows_;
-    std::vector<bool> isFixed_;
-    std::vector<std::size_t> free_;
+    WorkingSet set_;  // as it was asked for, by which the factors are found again
+    Constraints held_;
+    std::vector<std::size_t> rows_;  // those held
+    std::vector<std::size_t> free_;  // the variables that are not at bounds
     Dense freeH_;
     PivotedQr qr_;
     Dense basis_;

@@ -19,7 +19,7 @@ void writeRow(const ProblemData& data, std::size_t k, double* target) {
     }
 }
 
-// Column by column of A, in bands of rows whose targets stay in the cache.
+// Reads A column by column, for a band of rows at a time whose targets stay in the cache.
 void writeRows(const ProblemData& data,
                const std::vector<std::size_t>& constraints,
                double* target) {
@@ -51,7 +51,29 @@ Constraints::Constraints(const ProblemData& data)
 }
 
 Constraints::Constraints(const ProblemData& data, const WorkingSet& set) : Constraints(data) {
-    const auto take = [this](const std::vector<std::size_t>& indices, std::size_t first,
+    take(set);
+}
+
+Constraints Constraints::namedBy(const ProblemData& data, const WorkingSet& set) {
+    Constraints result(data);
+    std::fill(result.held_.begin(), result.held_.end(), Side::None);
+    const auto takeEqualities = [&](const std::vector<std::size_t>& indices, std::size_t first,
+                                    std::size_t count) {
+        for (const std::size_t index : indices) {
+            const std::size_t k = first + index;
+            if (index < count && std::isfinite(result.lower(k))) {
+                result.held_[k] = result.lower(k) == result.upper(k) ? Side::Both : Side::Lower;
+            }
+        }
+    };
+    takeEqualities(set.equalities, 0, data.m);
+    takeEqualities(set.fixed, data.m, data.n);
+    result.take(set);
+    return result;
+}
+
+void Constraints::take(const WorkingSet& set) {
+    const auto hold = [this](const std::vector<std::size_t>& indices, std::size_t first,
                              std::size_t count, Side side) {
         for (const std::size_t index : indices) {
             const std::size_t k = first + index;
@@ -61,10 +83,10 @@ Constraints::Constraints(const ProblemData& data, const WorkingSet& set) : Const
             }
         }
     };
-    take(set.rowsAtLower, 0, data.m, Side::Lower);
-    take(set.rowsAtUpper, 0, data.m, Side::Upper);
-    take(set.atLower, data.m, data.n, Side::Lower);
-    take(set.atUpper, data.m, data.n, Side::Upper);
+    hold(set.rowsAtLower, 0, data_->m, Side::Lower);
+    hold(set.rowsAtUpper, 0, data_->m, Side::Upper);
+    hold(set.atLower, data_->m, data_->n, Side::Lower);
+    hold(set.atUpper, data_->m, data_->n, Side::Upper);
 }
 
 std::size_t Constraints::size() const {

@@ -15,18 +15,22 @@ enum class Side : std::uint8_t { None, Lower, Upper, Both };
 
 /// Writes the gradient of constraint k, n entries.
 void writeRow(const ProblemData& data, std::size_t k, double* target);
-/// Writes those of many constraints, one behind the other; of bounds only the entry that is not 0,
-/// where the target is 0.
+/// Writes the gradients of many constraints one behind the other. Of a bound it writes only the
+/// entry that is not 0: the target has to be 0 there.
 void writeRows(const ProblemData& data,
                const std::vector<std::size_t>& constraints,
                double* target);
 
+/// All constraints of a problem, with the sides at which some of them are held: a working set as
+/// the front end works on it. WorkingSet, six lists, is what solves begin with and end with.
 class Constraints {
 public:
-    /// Equalities and nothing else.
+    /// Holds the equalities and nothing else.
     explicit Constraints(const ProblemData& data);
-    /// Equalities, and of a working set what exists.
+    /// Holds the equalities, and of a working set what exists.
     Constraints(const ProblemData& data, const WorkingSet& set);
+    /// Holds what exists of a working set, and no equality that it does not name.
+    [[nodiscard]] static Constraints namedBy(const ProblemData& data, const WorkingSet& set);
 
     [[nodiscard]] std::size_t count() const { return held_.size(); }
     [[nodiscard]] Side operator[](std::size_t k) const { return held_[k]; }
@@ -44,22 +48,22 @@ public:
     [[nodiscard]] double target(std::size_t k) const {
         return held_[k] == Side::Lower ? lower(k) : upper(k);
     }
-    /// 1 where a multiplier must not be negative, −1 where it must not be positive, else 0.
+    /// 1 where the multiplier must not be negative, −1 where it must not be positive, else 0.
     [[nodiscard]] double sign(std::size_t k) const {
         return held_[k] == Side::Upper ? 1.0 : held_[k] == Side::Lower ? -1.0 : 0.0;
     }
     /// The constraints that are held, ascending, and how many they are.
     [[nodiscard]] std::size_t size() const;
     [[nodiscard]] std::vector<std::size_t> members() const;
-    /// Their values.
+    /// The values at which they are held.
     [[nodiscard]] Vector targets() const;
-    /// The constraints that are held, by kind.
+    /// The same as lists, by kind.
     [[nodiscard]] WorkingSet workingSet() const;
     /// The gradient of a constraint.
     [[nodiscard]] Vector row(std::size_t k) const;
-    /// What all constraints make of a point.
+    /// The values of all constraints at a point.
     [[nodiscard]] Vector values(const Vector& x) const;
-    /// The side that a value lies beyond, by more than rounding.
+    /// The side beyond which a value of constraint k lies, by more than rounding; else None.
     [[nodiscard]] Side beyond(std::size_t k, double value) const {
         constexpr double SideRounding = 1e-11;
         const double slack = SideRounding * (value > 1.0 ? value : value < -1.0 ? -value : 1.0);
@@ -70,6 +74,8 @@ public:
     }
 
 private:
+    void take(const WorkingSet& set);
+
     const ProblemData* data_;
     std::vector<Side> held_;
 };

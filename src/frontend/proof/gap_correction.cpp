@@ -1,10 +1,13 @@
-// The duality gap of a point that is exact but for rounding: the sum of many products, each rounded
-// to the size of its factors. A change of one multiplier in its last digits takes up what is left,
-// and shows in the dual residual by that much.
+// The duality gap of an exact point is the sum of the rounding errors of many products. A change of
+// one multiplier in its last digits takes it up, and adds that much to the dual residual.
 #include "frontend/proof/gap_correction.hpp"
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
+
+#include "frontend/problem/constraints.hpp"
+#include "frontend/proof/units.hpp"
 
 namespace activeset::frontend {
 
@@ -14,51 +17,23 @@ constexpr int MostChanges = 4;
 // Relative residuals stay within this, and within the tolerance.
 constexpr double ExactResidual = 1e-11;
 
-/// One member of the working set, and what changing its multiplier would cost.
-struct Member {
-    double* multiplier = nullptr;
-    double side = 0.0;
-    double largest = 1.0;  ///< entry of its row
-    bool isEquality = false;
-};
-
-std::vector<Member> membersOf(const ProblemData& data, const WorkingSet& set, Point& point) {
-    std::vector<Member> members;
-    const auto addRows = [&](const std::vector<std::size_t>& rows, const Vector& sides,
-                             bool equal) {
-        for (const std::size_t i : rows) {
-            double largest = 0.0;
-            for (std::size_t j = 0; j < data.n; ++j) {
-                largest = std::max(largest, std::abs(data.columnOfA(j)[i]));
-            }
-            members.push_back({&point.y[i], sides[i], largest, equal});
-        }
-    };
-    const auto addBounds = [&](const std::vector<std::size_t>& variables, const Vector& bounds,
-                               bool equal) {
-        for (const std::size_t j : variables) {
-            members.push_back({&point.z[j], bounds[j], 1.0, equal});
-        }
-    };
-    addRows(set.equalities, data.rowLower, true);
-    addRows(set.rowsAtLower, data.rowLower, false);
-    addRows(set.rowsAtUpper, data.rowUpper, false);
-    addBounds(set.fixed, data.lower, true);
-    addBounds(set.atLower, data.lower, false);
-    addBounds(set.atUpper, data.upper, false);
-    return members;
+double& multiplierOf(Point& point, const Constraints& held, std::size_t k) {
+    return held.isRow(k) ? point.y[k] : point.z[k - point.y.size()];
 }
 
-// The dual residual that a change would leave, or the gap that the rounding of the multiplier does.
-double costOf(const Member& member, double gap) {
-    const double before = *member.multiplier;
-    const double after = before - gap / member.side;
-    const bool keepsSign = member.isEquality || before * after > 0.0;
-    if (member.side == 0.0 || !keepsSign) {
+// What taking up the gap by the multiplier of constraint k would cost: the dual residual that the
+// change would leave, or the gap that the rounding of the multiplier does.
+double costOf(
+    const ProblemData& data, const Constraints& held, std::size_t k, double before, double gap) {
+    const double side = held.target(k);
+    const double after = before - gap / side;
+    const bool keepsSign = held[k] == Side::Both || before * after > 0.0;
+    if (side == 0.0 || !keepsSign) {
         return Infinity;
     }
+    const double largest = held.isRow(k) ? largestEntryOfRow(data, k) : 1.0;
     const double spacing = std::nextafter(std::abs(after), Infinity) - std::abs(after);
-    return std::max(std::abs(after - before) * member.largest, spacing * std::abs(member.side));
+    return std::max(std::abs(after - before) * largest, spacing * std::abs(side));
 }
 
 double largestAbsolute(const Certificate& certificate) {
@@ -73,17 +48,24 @@ void correctGap(const ProblemData& data,
                 double tolerance,
                 Point& point,
                 Judgement& judgement) {
+    const Constraints held = Constraints::namedBy(data, set);
+    const std::vector<std::size_t> members = held.members();
     for (int change = 0; change < MostChanges; ++change) {
         Point trial = point;
-        const std::vector<Member> members = membersOf(data, set, trial);
-        const auto cheapest =
-            std::min_element(members.begin(), members.end(), [&](const Member& a, const Member& b) {
-                return costOf(a, judgement.signedGap) < costOf(b, judgement.signedGap);
-            });
-        if (cheapest == members.end() || !std::isfinite(costOf(*cheapest, judgement.signedGap))) {
+        double least = Infinity;
+        std::size_t cheapest = 0;
+        for (const std::size_t k : members) {
+            const double multiplier = multiplierOf(trial, held, k);
+            const double cost = costOf(data, held, k, multiplier, judgement.signedGap);
+            if (cost < least) {
+                least = cost;
+                cheapest = k;
+            }
+        }
+        if (!(least < Infinity)) {
             return;
         }
-        *cheapest->multiplier -= judgement.signedGap / cheapest->side;
+        multiplierOf(trial, held, cheapest) -= judgement.signedGap / held.target(cheapest);
         settle(data, trial);
         const Judgement after = judge(data, trial);
         const bool isBetter =

@@ -9,9 +9,9 @@ namespace activeset::frontend {
 /// An absolute gap above this is corrected where it can be.
 inline constexpr double LargeGap = 1e-10;
 
-/// Changes multipliers of the working set by so little that the largest absolute residual, be it
-/// that of the gap, falls, and all stay within 1e-11, and the tolerance, in proportion; leaves the
-/// point alone where that cannot be.
+/// Changes multipliers of the working set in their last digits so that the largest absolute
+/// residual falls, the gap counting as one. The relative residuals stay within 1e-11 and the
+/// tolerance. If that is not possible the point stays as it is.
 void correctGap(const ProblemData& data,
                 const WorkingSet& set,
                 double tolerance,
