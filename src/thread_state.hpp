@@ -108,6 +108,16 @@ extern constinit thread_local ThreadState* currentThreadState;
     return currentThreadState == nullptr ? makeThreadState() : *currentThreadState;
 }
 
+/// Releases the pool when a call ends, however it ends.
+struct PoolRelease {
+    PoolRelease() = default;
+    ~PoolRelease();  // in matrix/matrix_pool.cpp
+    PoolRelease(const PoolRelease&) = delete;
+    PoolRelease(PoolRelease&&) = delete;
+    PoolRelease& operator=(const PoolRelease&) = delete;
+    PoolRelease& operator=(PoolRelease&&) = delete;
+};
+
 /// Puts the size and working-set counts back as they were, unless told that all went well.
 class CountsGuard {
 public:

@@ -4,6 +4,7 @@
 
 #include "activeset/sizes.hpp"
 #include "activeset/solver.hpp"
+#include "host/interrupt.hpp"
 
 using activeset::ObjectiveKind;
 using Matrix = OPTMatrix<double>;
@@ -39,7 +40,7 @@ double IsolverAS::getErrorNorm() const {  // NOLINT(readability-convert-member-f
 
 void IsolverAS::_activesetUpdate(bool checkObjectiveLimit) {
     // Later stops overwrite earlier ones: the objective limit wins over the iteration limit.
-    if ((utInterruptState::flags_pending.load(std::memory_order_relaxed) & 1U) != 0) {
+    if (activeset::isInterruptPending()) {
         solution.setSolutionState(ASQP::Interrupted);
     }
     _incrementCurrentIter();

@@ -11,7 +11,8 @@ namespace activeset::frontend {
 
 namespace {
 
-/// One finite side of a row.
+/// One finite side of a row, which is one row of the relaxed problem. It says nothing about what is
+/// held, so it is no Constraints.
 struct RowSide {
     std::size_t row = 0;
     bool isUpper = true;
@@ -55,7 +56,7 @@ ProblemData relaxed(const ProblemData& data, const std::vector<RowSide>& sides) 
     return result;
 }
 
-// Sides become 0, bounds 0 or ±1; below the rows of A stand those of H.
+// Finite sides become 0, bounds 0 or ±1. The rows of H stand below those of A.
 ProblemData rayProblem(const ProblemData& data) {
     ProblemData result;
     const std::size_t curved = data.quadratic ? data.n : 0;

@@ -1,5 +1,5 @@
-// Two linear programs that always have a solution and answer what the problem itself leaves open:
-// is there a feasible point, and is there a direction without end.
+// Two linear programs that always have a solution. They tell whether there is a feasible point, and
+// whether there is a direction along which the objective falls without end.
 #ifndef ACTIVESET_SRC_FRONTEND_AUXILIARY_PROGRAMS_HPP
 #define ACTIVESET_SRC_FRONTEND_AUXILIARY_PROGRAMS_HPP
 
@@ -8,12 +8,13 @@
 
 namespace activeset::frontend {
 
-/// The smallest γ by which the sides of all rows have to give way, in scaled variables.
+/// The smallest γ by which the sides of all rows have to be moved so that there is a feasible
+/// point, in scaled variables.
 struct Relaxation {
     bool isSolved = false;
     double violation = 0.0;  ///< γ
     Vector x;
-    Vector y;  ///< multipliers, of which Aᵀy + z = 0 holds
+    Vector y;  ///< multipliers with Aᵀy + z = 0
     Vector z;
 };
 [[nodiscard]] Relaxation relax(const ProblemData& scaled,
@@ -21,8 +22,8 @@ struct Relaxation {
                                const Settings& settings,
                                Control& control);
 
-/// The steepest d with entries up to 1, H·d = 0 and no finite side ahead, in scaled variables;
-/// empty where none descends.
+/// The steepest descent d with entries up to 1, H·d = 0 and no finite side ahead, in scaled
+/// variables; empty if there is none.
 [[nodiscard]] Vector steepestRay(const ProblemData& scaled,
                                  const Settings& settings,
                                  Control& control);

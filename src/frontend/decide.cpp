@@ -90,7 +90,7 @@ void Decision::decide(Vector x, const WorkingSet& set) {
     }
 }
 
-// Each row is 0 then.
+// Without variables each row has the value 0.
 void Decision::decideWithoutVariables() {
     const ProblemData& data = problem_.scaled;
     loop_.considerStart();
@@ -111,7 +111,7 @@ void Decision::decideNotConvex() {
     answer_.directionResidual = curvature(problem_.user, answer_.direction);
 }
 
-// Until the loop has nothing more to say.
+// Runs the loop, and answers its endings, until there is an answer or nothing left to try.
 void Decision::follow() {
     while (true) {
         switch (loop_.run()) {
@@ -139,7 +139,7 @@ void Decision::follow() {
     }
 }
 
-// Whether there is neither a proof nor a reason to end.
+// True while there is neither a proof nor a reason to stop.
 bool Decision::isUndecided() const {
     return answer_.status == Status::Inaccurate && !best_.isProved() && !control_.mustEnd();
 }
@@ -153,8 +153,8 @@ bool Decision::settlesInfeasible(std::optional<Farkas> farkas) {
     return true;
 }
 
-// A contradiction is one if it is proved. Else the core looks for a point, and if it is the core
-// that has found none, the relaxed problem tells.
+// Settles the claim if it is proved. Otherwise the core looks for a feasible point after a
+// prediction; after the core itself the relaxed problem decides.
 bool Decision::settlesClaim() {
     const InfeasibilityClaim& claim = loop_.claim();
     if (claim.isPredicted) {
@@ -179,7 +179,7 @@ bool Decision::settlesByRelaxation() {
         return true;
     }
     if (relaxation.isSolved && relaxation.violation > ClearViolation) {
-        return true;  // infeasible, so it seems, but without a proof nothing is said
+        return true;  // it seems infeasible, but without a proof nothing is said
     }
     // Feasible after all, and the core was misled by equalities that nearly depend on one another.
     loop_.resumeFrom(std::move(relaxation.x),
@@ -187,7 +187,7 @@ bool Decision::settlesByRelaxation() {
     return false;
 }
 
-// Steps that do not get shorter may be the beginning of a ray.
+// Steps that do not get shorter may follow a ray.
 bool Decision::settlesDrift() {
     const Drift& drift = loop_.drift();
     if ((drift.isSteady && provesRay(drift.direction)) || (drift.isLasting && findsRay())) {
@@ -220,20 +220,20 @@ bool Decision::provesRay(const Vector& direction) {
     answer_.direction = std::move(ray->direction);
     answer_.directionResidual = ray->residual;
     if (!(best_.judgement().certificate.primal.relative <= FeasibleToRounding)) {
-        best_.forget();  // so that the ray begins at the feasible one
+        best_.forget();  // the ray has to begin at the feasible point
         best_.considerWithoutMultipliers(*feasible_);
     }
     return true;
 }
 
-// One near the origin, as far out any point satisfies all constraints in proportion, and feasible
-// but for rounding, as rows that contradict one another by little are satisfied to any tolerance.
-// If there is none the answer has the Farkas vector.
+// Looks for a feasible point near the origin, since far out any point satisfies all constraints in
+// proportion. It has to be feasible but for rounding, since rows that contradict one another by
+// little are satisfied to any tolerance. If there is none the answer gets the Farkas vector.
 bool Decision::hasFeasiblePoint() {
     if (!feasible_) {
         Relaxation relaxation =
             relax(problem_.scaled, originOf(problem_.scaled), settings_, control_);
-        const Vector users = problem_.scaling.unscaled({relaxation.x, {}, {}}).x;
+        const Vector users = problem_.scaling.unscaledVariables(relaxation.x);
         feasible_.emplace();
         if (violation(problem_.user, users).relative <= FeasibleToRounding) {
             feasible_ = std::move(relaxation.x);

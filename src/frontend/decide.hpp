@@ -10,7 +10,7 @@ namespace activeset::frontend {
 
 /// What a solve has found: the point in scaled variables, the proofs in the caller's.
 struct Answer {
-    Status status = Status::Inaccurate;  ///< never Optimal, of which statusOf() decides
+    Status status = Status::Inaccurate;  ///< never Optimal: statusOf() decides that
     Point point;
     WorkingSet set;
     Judgement judgement;
@@ -21,8 +21,7 @@ struct Answer {
     std::size_t corrections = 0;  ///< by refinement
 };
 
-/// The one place that says optimal: of a point whose certificate holds, unless something else is
-/// proved.
+/// The one place that says optimal: if the point's certificate holds and nothing else is proved.
 [[nodiscard]] Status statusOf(const Answer& answer, double tolerance);
 
 /// Solves from a point and a working set in scaled variables.

@@ -1,4 +1,4 @@
-// Rank, ranges and curiosities of the data, by plain passes over them.
+// Finds what is remarkable about the data: rank, ranges, rows and variables without use.
 #include "activeset/diagnose.hpp"
 
 #include <algorithm>
@@ -6,21 +6,13 @@
 #include <map>
 #include <utility>
 
+#include "frontend/problem/problem_data.hpp"
+
 namespace activeset {
 
 namespace {
 
-using Vector = std::vector<double>;
-
-std::size_t variablesIn(const Problem& problem) {
-    return !problem.c.empty() ? problem.c.size()
-                              : (!problem.H.empty() ? problem.H.cols() : problem.A.cols());
-}
-
-double sideOf(const VectorView& sides, std::size_t i, double absent) {
-    const double side = sides.empty() ? absent : sides[i];
-    return std::abs(side) >= AbsentSide ? absent : side;
-}
+using frontend::Vector;
 
 double dot(const Vector& a, const Vector& b) {
     double sum = 0.0;
@@ -33,7 +25,7 @@ double dot(const Vector& a, const Vector& b) {
 class Examination {
 public:
     explicit Examination(const Problem& problem)
-        : problem_(problem), n_(variablesIn(problem)), m_(problem.A.rows()) {}
+        : problem_(problem), n_(frontend::variablesOf(problem)), m_(problem.A.rows()) {}
 
     Diagnosis run() {
         lookAtRows();
@@ -51,7 +43,8 @@ private:
         }
     }
 
-    /// Divided by its norm, its first entry other than 0 positive; empty for a row of zeros.
+    /// The row divided by its norm, its first entry other than 0 positive; empty for a row of
+    /// zeros.
     [[nodiscard]] Vector unitRow(std::size_t i) const {
         Vector row(n_);
         double largest = 0.0;
@@ -85,8 +78,8 @@ private:
             } else if (!known.emplace(row, i).second) {
                 duplicates.push_back(i);
             }
-            if (sideOf(problem_.rowLower, i, -Infinity) == -Infinity &&
-                sideOf(problem_.rowUpper, i, Infinity) == Infinity) {
+            if (frontend::sideAt(problem_.rowLower, i, -Infinity) == -Infinity &&
+                frontend::sideAt(problem_.rowUpper, i, Infinity) == Infinity) {
                 sideless.push_back(i);
             }
         }
@@ -103,8 +96,8 @@ private:
         std::vector<Vector> basis;
         std::vector<std::size_t> dependent;
         for (std::size_t i = 0; i < m_; ++i) {
-            const double lower = sideOf(problem_.rowLower, i, -Infinity);
-            if (lower != sideOf(problem_.rowUpper, i, Infinity)) {
+            const double lower = frontend::sideAt(problem_.rowLower, i, -Infinity);
+            if (lower != frontend::sideAt(problem_.rowUpper, i, Infinity)) {
                 continue;
             }
             ++diagnosis_.equalities;
@@ -172,8 +165,8 @@ private:
         std::vector<std::size_t> big;
         std::vector<std::size_t> unused;
         for (std::size_t j = 0; j < n_; ++j) {
-            const double lower = sideOf(problem_.lower, j, -Infinity);
-            const double upper = sideOf(problem_.upper, j, Infinity);
+            const double lower = frontend::sideAt(problem_.lower, j, -Infinity);
+            const double upper = frontend::sideAt(problem_.upper, j, Infinity);
             diagnosis_.freeVariables += lower == -Infinity && upper == Infinity ? 1U : 0U;
             diagnosis_.fixedVariables += lower == upper ? 1U : 0U;
             const auto isBig = [&](double side) {

@@ -1,7 +1,6 @@
-// Why a problem is infeasible. A Farkas vector names sides that contradict one another; of these
-// each is left out in turn, and stays out if the others still do (deletion filter; Chinneck 2008).
+// Why a problem is infeasible. A Farkas vector names sides that contradict one another. Each of
+// them is left out in turn, and stays out if the others still do (deletion filter; Chinneck 2008).
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include "frontend/decide.hpp"
@@ -15,31 +14,6 @@ namespace {
 using frontend::Answer;
 using frontend::ProblemData;
 using frontend::Vector;
-
-/// The finite sides of rows and bounds, one after the other.
-class FiniteSides {
-public:
-    explicit FiniteSides(ProblemData& data)
-        : lists_{&data.rowLower, &data.rowUpper, &data.lower, &data.upper} {}
-
-    [[nodiscard]] std::size_t count() const {
-        std::size_t total = 0;
-        for (const Vector* list : lists_) {
-            total += list->size();
-        }
-        return total;
-    }
-    [[nodiscard]] double& operator[](std::size_t side) const {
-        std::size_t list = 0;
-        while (side >= lists_.at(list)->size()) {
-            side -= lists_.at(list++)->size();
-        }
-        return (*lists_.at(list))[side];
-    }
-
-private:
-    std::array<Vector*, 4> lists_;
-};
 
 class Explanation {
 public:
@@ -61,18 +35,10 @@ public:
         }
         result.isFound = true;
         result.isMinimal = true;
-        const FiniteSides sides(data_);
-        for (std::size_t side = 0; side < sides.count(); ++side) {
-            if (!isFinite(sides[side])) {
-                continue;
-            }
-            const ProblemData before = data_;
-            sides[side] = isUpper(side) ? Infinity : -Infinity;
-            if (!contradicts()) {
-                data_ = before;
-            }
-            result.isMinimal = result.isMinimal && !control_.mustEnd();
-        }
+        leaveOut(data_.rowLower, -Infinity, result);
+        leaveOut(data_.rowUpper, Infinity, result);
+        leaveOut(data_.lower, -Infinity, result);
+        leaveOut(data_.upper, Infinity, result);
         collect(data_.rowLower, result.rowsAtLower);
         collect(data_.rowUpper, result.rowsAtUpper);
         collect(data_.lower, result.atLower);
@@ -83,9 +49,19 @@ public:
 private:
     static bool isFinite(double side) { return side > -Infinity && side < Infinity; }
 
-    [[nodiscard]] bool isUpper(std::size_t side) const {
-        const std::size_t rows = data_.m;
-        return side < 2 * rows ? side >= rows : side >= 2 * rows + data_.n;
+    // Leaves out the sides of one kind that the contradiction does not need.
+    void leaveOut(Vector& sides, double absent, Conflict& result) {
+        for (std::size_t k = 0; k < sides.size(); ++k) {
+            if (!isFinite(sides[k])) {
+                continue;
+            }
+            const ProblemData before = data_;
+            sides[k] = absent;
+            if (!contradicts()) {
+                data_ = before;
+            }
+            result.isMinimal = result.isMinimal && !control_.mustEnd();
+        }
     }
 
     static void collect(const Vector& sides, std::vector<std::size_t>& members) {
@@ -96,8 +72,8 @@ private:
         }
     }
 
-    // Whether the sides that are left contradict one another; if so, those that the proof does not
-    // need are left out as well.
+    // Whether the sides that are left contradict one another. If so, leaves out those that the
+    // proof does not need.
     bool contradicts() {
         if (control_.mustEnd()) {
             return false;

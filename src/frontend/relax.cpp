@@ -1,20 +1,17 @@
-// The nearest feasible point, as a linear or quadratic program over x and what gives way.
+// The nearest feasible point, as a linear or quadratic program over x and slacks.
 #include "activeset/relax.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
+#include "frontend/problem/problem_data.hpp"
+
 namespace activeset {
 
 namespace {
 
-using Vector = std::vector<double>;
-
-double sideOf(const VectorView& sides, std::size_t i, double absent) {
-    const double side = sides.empty() ? absent : sides[i];
-    return std::abs(side) >= AbsentSide ? absent : side;
-}
+using frontend::Vector;
 
 /// A row of the problem, or a bound, seen as a row with one entry.
 struct Limit {
@@ -29,21 +26,21 @@ struct Limit {
     [[nodiscard]] bool isLimiting() const { return lower > -Infinity || upper < Infinity; }
 };
 
-/// min of the norm of s over (x, s); what each norm needs differs in slacks and rows.
+/// min ‖s‖ over (x, s). Norms differ in their slacks and rows.
 class Program {
 public:
     Program(const Problem& problem, const RelaxSettings& settings, std::size_t n, std::size_t m)
         : problem_(problem), settings_(settings), n_(n) {
         for (std::size_t i = 0; i < m; ++i) {
             const VectorView& weights = settings.rowWeights;
-            limits_.push_back({false, i, sideOf(problem.rowLower, i, -Infinity),
-                               sideOf(problem.rowUpper, i, Infinity),
+            limits_.push_back({false, i, frontend::sideAt(problem.rowLower, i, -Infinity),
+                               frontend::sideAt(problem.rowUpper, i, Infinity),
                                weights.empty() ? 1.0 : weights[i]});
         }
         for (std::size_t j = 0; j < n; ++j) {
             const VectorView& weights = settings.boundWeights;
-            limits_.push_back({true, j, sideOf(problem.lower, j, -Infinity),
-                               sideOf(problem.upper, j, Infinity),
+            limits_.push_back({true, j, frontend::sideAt(problem.lower, j, -Infinity),
+                               frontend::sideAt(problem.upper, j, Infinity),
                                weights.empty() ? Infinity : weights[j]});
         }
     }
@@ -154,7 +151,7 @@ private:
         return A_[column * rows_ + row];
     }
 
-    /// Violations are formed from x, so that they are those of the point that is returned.
+    /// Forms violations from x: they are those of the point that is returned.
     [[nodiscard]] Relaxation relaxationOf(const Result& result) const {
         Relaxation relaxation;
         relaxation.status = result.status;
@@ -187,7 +184,7 @@ private:
         relaxation.distance = distance;
         return relaxation;
     }
-    /// What rounding leaves counts as none.
+    /// A violation within rounding counts as none.
     [[nodiscard]] double violationOf(const Limit& limit, const Vector& x) const {
         double value = limit.isBound ? x[limit.index] : 0.0;
         double scale = std::abs(value);
@@ -233,17 +230,12 @@ void checkWeights(const VectorView& weights,
     }
 }
 
-std::size_t variablesIn(const Problem& problem) {
-    return !problem.c.empty() ? problem.c.size()
-                              : (!problem.H.empty() ? problem.H.cols() : problem.A.cols());
-}
-
 }  // namespace
 
 Relaxation relax(const Problem& problem, const RelaxSettings& settings) {
     Relaxation relaxation;
     relaxation.faults = faultsOf(problem);
-    const std::size_t n = variablesIn(problem);
+    const std::size_t n = frontend::variablesOf(problem);
     const std::size_t m = problem.A.rows();
     checkWeights(settings.rowWeights, m, "settings.rowWeights", relaxation.faults);
     checkWeights(settings.boundWeights, n, "settings.boundWeights", relaxation.faults);

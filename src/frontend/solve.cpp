@@ -45,8 +45,8 @@ const char* textOf(Status status) noexcept {
 
 namespace {
 
-// Where the solve begins, in scaled variables: inside the bounds. A start much farther out than
-// anything in the data is none: points there have too few digits to be judged by.
+// Where the solve begins, in scaled variables: between the bounds. A start much farther out than
+// anything in the data is dropped, because points there have too few digits.
 frontend::Vector startOf(const frontend::ProblemCache& problem, frontend::Vector x) {
     constexpr double FarStart = 1e8;
     const frontend::ProblemData& data = problem.user;
@@ -59,7 +59,7 @@ frontend::Vector startOf(const frontend::ProblemCache& problem, frontend::Vector
         x[j] = std::isfinite(x[j]) ? x[j] : 0.0;
         x[j] = std::min(std::max(x[j], data.lower[j]), data.upper[j]);
     }
-    return problem.scaling.scaled({std::move(x), {}, {}}).x;
+    return problem.scaling.scaledVariables(std::move(x));
 }
 
 }  // namespace

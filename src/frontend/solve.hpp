@@ -1,4 +1,4 @@
-// What solve() and Solver share: one run of the engine and its answer as a result.
+// What solve() and Solver share: one solve of checked data, and its answer as a result.
 #ifndef ACTIVESET_SRC_FRONTEND_SOLVE_HPP
 #define ACTIVESET_SRC_FRONTEND_SOLVE_HPP
 

@@ -5,14 +5,14 @@
 #include <thread>
 #include <vector>
 
-#include "activeset/host.hpp"
+#include "host/interrupt.hpp"
 
 namespace activeset::frontend {
 
 namespace {
 
-/// Without chains: enough for the counter not to be in the way, and few enough for all threads to
-/// end at about the same time.
+/// How many problems a piece has. Without chains: so many that the shared counter costs nothing,
+/// and so few that all threads end at about the same time.
 std::size_t pieceOf(std::size_t problems, const ManySettings& settings) {
     constexpr std::size_t Most = 64;
     constexpr std::size_t Shares = 256;
@@ -20,7 +20,7 @@ std::size_t pieceOf(std::size_t problems, const ManySettings& settings) {
                               : std::clamp<std::size_t>(problems / Shares, 1, Most);
 }
 
-// What the system does not give is not needed: fewer threads do the same work.
+// Fewer threads than wanted do the same work, so a thread that cannot be started is no error.
 void start(std::vector<std::jthread>& helpers,
            std::size_t count,
            const std::function<void()>& work) noexcept {
@@ -67,9 +67,7 @@ std::optional<Team::Piece> Team::next() {
 }
 
 std::optional<Status> Team::endBefore() const {
-    const bool flagged =
-        (utInterruptState::flags_pending.load(std::memory_order_relaxed) & 1U) != 0;
-    if (stop_.stop_requested() || flagged) {
+    if (stop_.stop_requested() || isInterruptPending()) {
         return Status::Interrupted;
     }
     if (settings_.timeLimit.count() >= 0.0 && timeLeft().count() <= 0.0) {
@@ -84,7 +82,7 @@ Settings Team::each() const {
     return each;
 }
 
-// One that is no limit goes on to the solve, which says so.
+// A limit that is not a number from 0 up goes on to the solve, which reports the fault.
 void Team::limit(Settings& each) const {
     each.timeLimit = settings_.timeLimit.count() >= 0.0
                          ? std::min(settings_.each.timeLimit, std::max(timeLeft(), {}))

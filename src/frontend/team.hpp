@@ -1,4 +1,4 @@
-// Several threads that share out many problems between them, with what ends all of them.
+// Several threads that share many problems, and what ends all of them.
 #ifndef ACTIVESET_SRC_FRONTEND_TEAM_HPP
 #define ACTIVESET_SRC_FRONTEND_TEAM_HPP
 
@@ -32,12 +32,12 @@ public:
         std::size_t count = 0;
     };
     [[nodiscard]] std::optional<Piece> next();
-    /// Why a problem is not begun.
+    /// The reason not to begin another problem, if there is one.
     [[nodiscard]] std::optional<Status> endBefore() const;
     /// The settings of every solve, and for the next one the time that is left.
     [[nodiscard]] Settings each() const;
     void limit(Settings& each) const;
-    /// So many more problems are done.
+    /// Counts `count` more problems as done.
     void report(std::size_t count) noexcept;
 
 private:

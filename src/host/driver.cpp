@@ -41,16 +41,6 @@ int skippedEntries(const vxArray* list, const size_t* variables, size_t count) {
     return skipped;
 }
 
-/// Empties the pool when a call ends, however it ends.
-struct PoolRelease {
-    PoolRelease() = default;
-    ~PoolRelease() { activeset::releaseMatrixPool(); }
-    PoolRelease(const PoolRelease&) = delete;
-    PoolRelease(PoolRelease&&) = delete;
-    PoolRelease& operator=(const PoolRelease&) = delete;
-    PoolRelease& operator=(PoolRelease&&) = delete;
-};
-
 }  // namespace
 
 int NullSpaceASdriver(const vxArray* H,
@@ -82,7 +72,7 @@ int NullSpaceASdriver(const vxArray* H,
     activeset::threadState().lastSolve = {};
     activeset::CountsGuard counts;  // as they were, if this call raises
     CallScope scope;
-    const PoolRelease pool;
+    const activeset::PoolRelease pool;
     requireRealDenseDoubles({H, c, A, b, Aeq, beq, lb, ub});
     QPobjective objective(H, c);  // before the constraints: it says how many variables there are
     LinearConstraint constraint(A, b, Aeq, beq, lb, ub);

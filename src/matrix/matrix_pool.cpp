@@ -107,6 +107,10 @@ void releaseMatrixPool() noexcept {
     }
 }
 
+PoolRelease::~PoolRelease() {
+    releaseMatrixPool();
+}
+
 KeepPoolMemory::KeepPoolMemory() noexcept {
     ++threadState().poolKeepers;
 }

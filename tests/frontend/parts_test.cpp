@@ -41,19 +41,21 @@ TEST_F(Parts, CoreFormHasOneRowForEachFiniteSide) {
 }
 
 TEST_F(Parts, CoreFormTakesWorkingSetsAndMultipliersBothWays) {
-    frontend::CoreForm form(fourKinds());
+    const ProblemData data = fourKinds();
+    frontend::CoreForm form(data);
     WorkingSet set;
     set.equalities = {1};
     set.rowsAtLower = {0};
     set.fixed = {0};
     set.atUpper = {1};
-    const frontend::CoreSet core = form.toCore(set);
+    const frontend::CoreSet core = form.toCore(frontend::Constraints(data, set));
     EXPECT_THAT(core.inequalities, ElementsAre(1));
     EXPECT_THAT(core.lower, ElementsAre());
     EXPECT_THAT(core.upper, ElementsAre(1));
-    EXPECT_EQ(form.fromCore(core, {}), set);
+    EXPECT_EQ(form.fromCore(data, core, {}).workingSet(), set);
     set.equalities.clear();
-    EXPECT_EQ(form.fromCore(core, {0}), set);  // without the equality that depends on others
+    EXPECT_EQ(form.fromCore(data, core, {0}).workingSet(),
+              set);  // without the equality that depends on others
 
     const Vector lambda{10, 20, 1, 2, 0, 0, 0, 7};  // Aeq, A, lower bounds, upper bounds
     Vector y, z;

@@ -4,23 +4,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "frontend/algebra/dense_views.hpp"
 #include "frontend/algebra/largest.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {
 
 namespace {
-
-using Mutable = BasicBlock<double>;
-using Constant = BasicBlock<const double>;
-
-Mutable viewOf(Dense& matrix) {
-    return {matrix.values.data(), matrix.rows, matrix.cols};
-}
-
-Constant viewOf(const Dense& matrix) {
-    return {matrix.values.data(), matrix.rows, matrix.cols};
-}
 
 Dense multiply(Op op, const Dense& a, const Dense& b) {
     Dense result(op == Op::None ? a.rows : a.cols, b.cols);
@@ -33,7 +23,7 @@ Dense multiply(Op op, const Dense& a, const Dense& b) {
 }  // namespace
 
 double dot(const double* a, const double* b, std::size_t count) {
-    // Four sums, in a fixed order: the compiler may not change it, and one would wait for itself.
+    // Four sums in a fixed order. In a single sum each addition would wait for the one before it.
     double sums[4] = {0.0, 0.0, 0.0, 0.0};  // NOLINT(modernize-avoid-c-arrays): registers
     std::size_t i = 0;
     for (; i + 4 <= count; i += 4) {
@@ -69,7 +59,7 @@ Vector transposedProduct(const Dense& a, const Vector& x) {
 
 Vector product(const Vector& a, std::size_t rows, const Vector& x) {
     Vector result(rows, 0.0);
-    blas::gemv(Op::None, 1.0, Constant(a.data(), rows, x.size()), x.data(), 0.0, result.data());
+    blas::gemv(Op::None, 1.0, ConstBlock(a.data(), rows, x.size()), x.data(), 0.0, result.data());
     return result;
 }
 

@@ -32,12 +32,12 @@ void axpy(double factor, const double* x, double* y, std::size_t count);
 [[nodiscard]] Dense product(const Dense& a, const Dense& b);
 [[nodiscard]] Dense transposedProduct(const Dense& a, const Dense& b);
 [[nodiscard]] Vector transposedProduct(const Dense& a, const Vector& x);
-/// a·x, a with so many rows, column-major without gaps.
+/// a·x; a has `rows` rows, column-major without gaps.
 [[nodiscard]] Vector product(const Vector& a, std::size_t rows, const Vector& x);
 /// y += a·x
 void addProduct(const Dense& a, const Vector& x, Vector& y);
 
-/// 0 where none is positive.
+/// The largest diagonal entry; 0 if none is positive.
 [[nodiscard]] double largestDiagonal(const Dense& a);
 /// a := its upper Cholesky factor; false, a destroyed, unless every pivot is greater than
 /// `tolerance` times the largest diagonal entry.

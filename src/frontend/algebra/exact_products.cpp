@@ -15,7 +15,7 @@ HWY_BEFORE_NAMESPACE();
 namespace activeset::frontend::HWY_NAMESPACE {
 namespace {
 
-/// Sums, of which `value` has the rounded part and `errors` what the roundings took off.
+/// Sums: `value` holds the rounded part, `errors` the sum of the rounding errors.
 template <std::size_t Count>
 struct Sums {
     Lanes<Count> value;
@@ -55,8 +55,8 @@ HWY_INLINE void storeSums(const Eight& from,
     storeFirst(from.scale, sums.scale + k, count);
 }
 
-/// Stores value and rest of what has been summed. Whether the sums are in the range in which the
-/// bound of their errors holds.
+/// Stores value and rest of the sums. Returns whether they are in the range in which the error
+/// bound holds.
 HWY_INLINE bool finish(Eight& sums, const SumsView& to, std::size_t k, std::size_t count) {
     constexpr double LargestSum = 0x1p1000;
     constexpr double SmallestSum = 0x1p-900;
@@ -70,7 +70,7 @@ HWY_INLINE bool finish(Eight& sums, const SumsView& to, std::size_t k, std::size
            areWithin(sums.errors, -LargestSum, LargestSum);
 }
 
-/// The next entries of a vector that are not zero, 64 at most.
+/// Up to 64 entries of a vector, the next ones that are not zero.
 struct Entries {
     static constexpr std::size_t Most = 64;
 
@@ -96,8 +96,8 @@ HWY_INLINE void takeNext(Entries& entries,
     entries.areLast = next == length;
 }
 
-/// Adds to up to eight sums, at k, the terms of some entries: termsOf(e) has the other factors of
-/// entry e. False where a finished sum is out of range.
+/// Adds the terms of some entries to up to eight sums, from sum k on. termsOf(e) returns the
+/// factors that belong to entry e. False where a finished sum is out of range.
 template <class Terms>
 HWY_INLINE bool addTerms(const Entries& entries,
                          const Terms& termsOf,
@@ -115,7 +115,7 @@ HWY_INLINE bool addTerms(const Entries& entries,
     return true;
 }
 
-/// sums += a·x, for columns of a that x names.
+/// sums += a·x for the columns of a that belong to the entries.
 HWY_INLINE bool addColumns(const ColumnMajor& a, const Entries& x, const SumsView& sums) {
     bool isInRange = true;
     std::size_t i = 0;
@@ -134,7 +134,7 @@ HWY_INLINE bool addColumns(const ColumnMajor& a, const Entries& x, const SumsVie
 }
 
 bool product(const ColumnMajor& a, const double* x, const SumsView& sums) {
-    // As many columns at a time as stay in the cache nearest by, or as the processor reads ahead.
+    // As many columns at a time as fit into the nearest cache, or as the processor reads ahead.
     constexpr std::size_t NearbyEntries = 4096;
     constexpr std::size_t ReadAhead = 8;
     const std::size_t most = a.rows * Entries::Most <= NearbyEntries ? Entries::Most : ReadAhead;
@@ -148,7 +148,8 @@ bool product(const ColumnMajor& a, const double* x, const SumsView& sums) {
     return isInRange;
 }
 
-/// sums += aᵀ·y, for rows of a that y names. They are copied first, eight entries of each together.
+/// sums += aᵀ·y for the rows of a that belong to the entries. The rows are copied first, eight
+/// entries at a time.
 HWY_INLINE bool addRows(const ColumnMajor& a, const Entries& y, const SumsView& sums) {
     HWY_ALIGN double rows[Entries::Most * OctetLanes];
     const auto terms = [&](std::size_t e) HWY_ATTR { return load(rows + e * OctetLanes); };
@@ -157,7 +158,7 @@ HWY_INLINE bool addRows(const ColumnMajor& a, const Entries& y, const SumsView& 
         const std::size_t count = a.cols - j < OctetLanes ? a.cols - j : OctetLanes;
         const double* columns[OctetLanes];
         for (std::size_t lane = 0; lane < OctetLanes; ++lane) {
-            // Lanes that do not count repeat the last one that does.
+            // Lanes beyond the last column repeat it.
             columns[lane] = a.data + (j + (lane < count ? lane : count - 1)) * a.ld;
         }
         for (std::size_t e = 0; e < y.count; ++e) {
@@ -170,7 +171,7 @@ HWY_INLINE bool addRows(const ColumnMajor& a, const Entries& y, const SumsView& 
     return isInRange;
 }
 
-/// The upper half of the lanes, or the lower one.
+/// The lower half of the lanes for `which` = 0, the upper half for 1.
 template <std::size_t Count>
 HWY_INLINE Lanes<Count / 2> half(const Lanes<Count>& a, std::size_t which) {
     HWY_ALIGN double lanes[Count];
@@ -207,7 +208,7 @@ HWY_INLINE Eight dot(const double* a, const double* b, std::size_t count) {
     return eight;
 }
 
-/// Eight columns at a time, each a sum of eight sums.
+/// Takes eight columns at a time; the sum of each column is joined from eight partial sums.
 HWY_INLINE bool columnByColumn(const ColumnMajor& a, const double* y, const SumsView& sums) {
     bool isInRange = true;
     for (std::size_t j = 0; j < a.cols; j += OctetLanes) {
@@ -229,7 +230,7 @@ bool transposed(const ColumnMajor& a, const double* y, const SumsView& sums) {
     for (std::size_t i = 0; i < a.rows; ++i) {
         count += y[i] != 0.0 ? 1U : 0U;
     }
-    // To copy a row costs twice what its sums cost, to join eight sums as much as four terms.
+    // Copying a row costs twice as much as summing it; joining eight sums costs four terms.
     if (3 * count > a.rows + 30) {
         return columnByColumn(a, y, sums);
     }
@@ -255,7 +256,7 @@ namespace activeset::frontend {
 
 namespace {
 
-/// One of the sums again, with the exponents of a long double where it has more than a double.
+/// Forms sum k anew in long double, whose exponents reach farther on most processors.
 void sumWidely(const double* a,
                std::size_t stride,
                const double* b,

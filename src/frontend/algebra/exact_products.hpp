@@ -25,15 +25,15 @@ struct SumsView {
     double* scale;
 };
 
-/// a·x, a.rows sums, and aᵀ·y, a.cols sums; terms with a zero entry of x or y are left out. A
-/// symmetric matrix has the two products in common; the first is faster. No memory is allocated;
-/// the views must not overlap what is read. The bits are the same for every instruction set with
-/// FMA, and for the baseline where no term is beyond 2^±900. An error of a sum of k terms is at
-/// most boundOfRounding(k, scale). What overflows shows as NaN or infinity in the scale.
+/// a·x, a.rows sums, and aᵀ·y, a.cols sums. Terms with a zero entry of x or y are left out. For a
+/// symmetric matrix both give the same; the first is faster. No memory is allocated; the views must
+/// not overlap the operands. All instruction sets with FMA give the same bits, and so does the
+/// baseline where no term is beyond 2^±900. A sum of k terms is wrong by at most
+/// boundOfRounding(k, scale). Overflow shows as NaN or infinity in the scale.
 void exactProduct(const ColumnMajor& a, const double* x, const SumsView& sums);
 void exactTransposedProduct(const ColumnMajor& a, const double* y, const SumsView& sums);
 
-/// By how much a sum of so many products may differ from the exact one; docs/method.md derives it.
+/// A bound for the error of a sum of `terms` products; docs/method.md derives it.
 [[nodiscard]] constexpr double boundOfRounding(std::size_t terms, double scale) {
     constexpr double UnitRoundoffSquared = 1.25e-32;  // of rounding, 2⁻¹⁰⁶, and a little more
     constexpr double SmallestDouble = 4.9406564584124654e-324;
@@ -41,8 +41,8 @@ void exactTransposedProduct(const ColumnMajor& a, const double* y, const SumsVie
     return UnitRoundoffSquared * count * count * scale + count * SmallestDouble;
 }
 
-/// The functions that do it with an instruction set that the processor has. They return false where
-/// a sum has to be formed anew in a wider range.
+/// The kernels for one instruction set, which the processor must have. They return false where a
+/// sum has to be formed anew with a wider exponent.
 struct ExactProducts {
     using Kernel = bool(const ColumnMajor& a, const double* x, const SumsView& sums);
     Kernel* product;

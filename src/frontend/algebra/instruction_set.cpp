@@ -1,3 +1,4 @@
+// Asks the processor for its instruction sets.
 #include "frontend/algebra/instruction_set.hpp"
 
 #include <algorithm>
@@ -13,7 +14,7 @@ namespace {
 
 constexpr std::array Names{"baseline", "avx2", "avx512"};
 
-// Whether the system saves the registers counts, too.
+// The compiler's built-in looks at the system as well: it has to save the registers.
 InstructionSet highest() {
 #if defined(__x86_64__)
     __builtin_cpu_init();

@@ -4,7 +4,7 @@
 
 namespace activeset::frontend {
 
-/// In ascending order: who has one has those before it.
+/// In ascending order: a processor with one of them has those before it.
 enum class InstructionSet {
     Baseline,  ///< what the library is compiled for
     Avx2,      ///< with FMA
@@ -19,7 +19,7 @@ enum class InstructionSet {
 /// "baseline", "avx2" or "avx512".
 [[nodiscard]] const char* nameOf(InstructionSet set);
 
-/// The one of three that belongs to a set; null stands for the one before it.
+/// The kernel for an instruction set; where it is null, the one before it.
 template <class Kernel>
 [[nodiscard]] Kernel* chosenOf(InstructionSet set, Kernel* baseline, Kernel* avx2, Kernel* avx512) {
     if (set == InstructionSet::Avx512 && avx512 != nullptr) {

@@ -44,7 +44,7 @@ public:
     }
     ~LargeVector() { giveBack(); }
 
-    /// Empties it where it has no room for so many numbers, and makes that room.
+    /// Makes room for `count` numbers; the entries are lost where there was too little.
     void makeRoom(std::size_t count) {
         if (capacity() >= count) {
             return;
@@ -55,8 +55,8 @@ public:
         }
         reserve(count);
     }
-    /// Changes its size to `count` and keeps what is in it; zeros follow. Its room at least
-    /// doubles.
+    /// Changes the size to `count`: entries stay, new ones are zero. Where it needs more room, the
+    /// room at least doubles.
     void grow(std::size_t count) {
         if (capacity() < count) {
             LargeVector grown;

@@ -1,4 +1,4 @@
-// Sixteen running maxima: one alone would wait for its last comparison.
+// Sixteen running maxima, because each comparison waits for the one before it.
 #include "frontend/algebra/largest.hpp"
 
 #undef HWY_TARGET_INCLUDE

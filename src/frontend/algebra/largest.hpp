@@ -16,7 +16,7 @@ namespace activeset::frontend {
 /// largest_k := max(largest_k, |values_k|·factor), likewise.
 void raiseToProducts(const double* values, double factor, double* largest, std::size_t count);
 
-/// The function that does the first with an instruction set that the processor has.
+/// The kernel of largestMagnitude() for one instruction set, which the processor must have.
 using LargestKernel = double(const double* values, std::size_t count);
 [[nodiscard]] LargestKernel* largestKernel(InstructionSet set);
 

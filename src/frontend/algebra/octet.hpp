@@ -153,8 +153,8 @@ HWY_INLINE bool areZeroOrWithin(const Octet& a, double lower, double upper) {
 
 // Of single registers V, from here on.
 
-/// a + b in the units that multiply, where a processor has others for sums: there a mixture of both
-/// kinds is faster.
+/// a + b as a fused multiply-add. Processors have separate units for sums and products; using both
+/// is faster.
 template <class V>
 HWY_INLINE V sumByFma(V a, V b) {
 #if HWY_NATIVE_FMA
@@ -193,8 +193,8 @@ HWY_INLINE V upperHalfOf(V a) {
 
 #endif
 
-/// The rounding error of the product a·b, exactly, unless it is too small for a double: by FMA, or
-/// by the products of halves, which are exact (Dekker).
+/// The rounding error of the product a·b, exactly unless it underflows: by FMA, or by the exact
+/// products of halves (Dekker).
 template <class V>
 HWY_INLINE V errorOfProduct(V a, V b, V product) {
 #if HWY_NATIVE_FMA

@@ -7,24 +7,10 @@
 #include <numeric>
 #include <utility>
 
+#include "frontend/algebra/dense_views.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {
-
-namespace {
-
-using Mutable = BasicBlock<double>;
-using Constant = BasicBlock<const double>;
-
-Mutable viewOf(Dense& matrix) {
-    return {matrix.values.data(), matrix.rows, matrix.cols};
-}
-
-Constant triangle(const Dense& matrix, std::size_t order) {
-    return {matrix.values.data(), order, order, matrix.rows};
-}
-
-}  // namespace
 
 PivotedCholesky::PivotedCholesky(Dense matrix, double negligible)
     : factor_(std::move(matrix)), pivots_(factor_.rows, 0) {
@@ -50,14 +36,14 @@ void PivotedCholesky::solve(double* v) const {
     for (std::size_t k = 0; k < rank_; ++k) {
         permuted[k] = v[pivot(k)];
     }
-    blas::trsvLower(Op::None, triangle(factor_, rank_), permuted.data());
-    blas::trsvLower(Op::Transpose, triangle(factor_, rank_), permuted.data());
+    blas::trsvLower(Op::None, leadingBlock(factor_, rank_), permuted.data());
+    blas::trsvLower(Op::Transpose, leadingBlock(factor_, rank_), permuted.data());
     for (std::size_t k = 0; k < factor_.rows; ++k) {
         v[pivot(k)] = permuted[k];
     }
 }
 
-// M₂₂ − W·Wᵀ, W the rows of L behind the rank: what the factorisation would have gone on with.
+// M₂₂ − W·Wᵀ, W being the rows of L behind the rank: what the factorisation would go on with.
 Dense PivotedCholesky::schurComplement(const Dense& matrix) const {
     Dense rest(factor_.rows - rank_, factor_.rows - rank_);
     for (std::size_t j = 0; j < rest.cols; ++j) {
@@ -66,7 +52,7 @@ Dense PivotedCholesky::schurComplement(const Dense& matrix) const {
         }
     }
     if (rank_ != 0) {
-        const Constant below(factor_.values.data() + rank_, rest.rows, rank_, factor_.rows);
+        const ConstBlock below(factor_.values.data() + rank_, rest.rows, rank_, factor_.rows);
         blas::gemm(Op::None, Op::Transpose, -1.0, below, below, 1.0, viewOf(rest));
     }
     return rest;
@@ -99,7 +85,7 @@ void PivotedCholesky::setNegative(std::size_t i, double ofI, std::size_t j, doub
     for (std::size_t k = 0; k < rank_; ++k) {
         leading[k] = -(ofI * factor_(i, k) + ofJ * factor_(j, k));
     }
-    blas::trsvLower(Op::Transpose, triangle(factor_, rank_), leading.data());
+    blas::trsvLower(Op::Transpose, leadingBlock(factor_, rank_), leading.data());
     leading[j] += ofJ;
     leading[i] += ofI;
     const double largest = largestMagnitude(leading);

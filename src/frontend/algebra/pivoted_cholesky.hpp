@@ -14,16 +14,17 @@ namespace activeset::frontend {
 /// M = P·L·Lᵀ·Pᵀ with pivoting on the diagonal, as far as M is positive: `rank` columns.
 class PivotedCholesky {
 public:
-    /// M symmetric, both halves; pivots up to `negligible`, an absolute size, are zeros. It has to
-    /// come from what M was formed of: where that cancels, all of M may be rounding.
+    /// Reads both halves of a symmetric M. Pivots up to `negligible`, which is absolute, count as
+    /// zeros. It has to come from the matrices that M was formed of: where they cancel, all of M
+    /// may be rounding.
     PivotedCholesky(Dense matrix, double negligible);
 
     [[nodiscard]] std::size_t rank() const { return rank_; }
     [[nodiscard]] bool isPositiveDefinite() const { return rank_ == factor_.rows; }
     /// v := a solution of M·v = r for an r in the range of M; entries behind the rank become 0.
     void solve(double* v) const;
-    /// Where M has a negative eigenvalue as far as the factor tells: a v with vᵀMv < 0, largest
-    /// entry 1; else empty.
+    /// A v with vᵀMv < 0 and largest entry 1, if the factor shows that M has a negative eigenvalue;
+    /// else empty.
     [[nodiscard]] const Vector& negativeDirection() const { return negative_; }
 
 private:

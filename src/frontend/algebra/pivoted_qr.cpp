@@ -5,28 +5,15 @@
 #include <cmath>
 #include <utility>
 
+#include "frontend/algebra/dense_views.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {
 
 namespace {
 
-using Mutable = BasicBlock<double>;
-using Constant = BasicBlock<const double>;
-
-Mutable viewOf(Dense& matrix) {
-    return {matrix.values.data(), matrix.rows, matrix.cols};
-}
-
-Constant columns(const Dense& matrix, std::size_t count) {
-    return {matrix.values.data(), matrix.rows, count};
-}
-
-Constant triangle(const Dense& matrix, std::size_t order) {
-    return {matrix.values.data(), order, order, matrix.rows};
-}
-
-// The columns get lengths from 1 to 2, by powers of two; those of zeros stay. The factors.
+// Scales the columns by powers of two to lengths from 1 to 2, but for columns of zeros. Returns the
+// factors.
 Vector normalise(Dense& matrix) {
     Vector factors(matrix.cols, 1.0);
     for (std::size_t j = 0; j < matrix.cols; ++j) {
@@ -60,11 +47,12 @@ PivotedQr::PivotedQr(Dense matrix, double dependent)
 }
 
 void PivotedQr::applyTransposed(double* v) const {
-    lapack::ormqr(Op::Transpose, columns(packed_, rank_), scales_.data(), {v, packed_.rows, 1});
+    lapack::ormqr(Op::Transpose, columnsOf(packed_, 0, rank_), scales_.data(),
+                  {v, packed_.rows, 1});
 }
 
 void PivotedQr::apply(double* v) const {
-    lapack::ormqr(Op::None, columns(packed_, rank_), scales_.data(), {v, packed_.rows, 1});
+    lapack::ormqr(Op::None, columnsOf(packed_, 0, rank_), scales_.data(), {v, packed_.rows, 1});
 }
 
 void PivotedQr::multiplyByFactors(double* v) const {
@@ -74,13 +62,13 @@ void PivotedQr::multiplyByFactors(double* v) const {
 }
 
 void PivotedQr::solve(double* v) const {
-    lapack::trtrs(triangle(packed_, rank_), {v, rank_, 1});
+    lapack::trtrs(leadingBlock(packed_, rank_), {v, rank_, 1});
     multiplyByFactors(v);
 }
 
 void PivotedQr::solveTransposed(double* v) const {
     multiplyByFactors(v);
-    lapack::trtrsTransposed(triangle(packed_, rank_), {v, rank_, 1});
+    lapack::trtrsTransposed(leadingBlock(packed_, rank_), {v, rank_, 1});
 }
 
 Dense PivotedQr::nullSpace() const {
@@ -88,7 +76,7 @@ Dense PivotedQr::nullSpace() const {
     for (std::size_t j = 0; j < basis.cols; ++j) {
         basis(rank_ + j, j) = 1.0;
     }
-    lapack::ormqr(Op::None, columns(packed_, rank_), scales_.data(), viewOf(basis));
+    lapack::ormqr(Op::None, columnsOf(packed_, 0, rank_), scales_.data(), viewOf(basis));
     return basis;
 }
 

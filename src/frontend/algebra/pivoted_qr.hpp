@@ -18,7 +18,7 @@ inline constexpr double DependentColumns = 1e-11;
 /// before them are behind `rank`.
 class PivotedQr {
 public:
-    /// @param dependent  of a column's length: what is left of one that depends on those before it
+    /// @param dependent  a column depends on those before it if they leave no more of its length
     explicit PivotedQr(Dense matrix, double dependent = DependentColumns);
 
     [[nodiscard]] std::size_t rank() const { return rank_; }

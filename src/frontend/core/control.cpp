@@ -1,7 +1,7 @@
 // Limits, stop token, interrupt flag and callback.
 #include "frontend/core/control.hpp"
 
-#include "activeset/host.hpp"
+#include "host/interrupt.hpp"
 
 namespace activeset::frontend {
 
@@ -34,9 +34,7 @@ void Control::poll() {
     if (mustEnd()) {
         return;
     }
-    const bool flagged =
-        (utInterruptState::flags_pending.load(std::memory_order_relaxed) & 1U) != 0;
-    if (settings_.stop.stop_requested() || flagged) {
+    if (settings_.stop.stop_requested() || isInterruptPending()) {
         end_ = Status::Interrupted;
     } else if (settings_.timeLimit < std::chrono::duration<double>::max() &&
                seconds() >= settings_.timeLimit.count()) {

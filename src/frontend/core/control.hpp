@@ -1,4 +1,4 @@
-// What may end a solve before its time, looked at after every pass of the core.
+// What may end a solve early. It is looked at after every pass of the core.
 #ifndef ACTIVESET_SRC_FRONTEND_CORE_CONTROL_HPP
 #define ACTIVESET_SRC_FRONTEND_CORE_CONTROL_HPP
 
@@ -16,15 +16,16 @@ namespace activeset::frontend {
 class Control {
 public:
     /// @param automaticLimit  stands for a Settings::maxIterations of 0
-    /// @param isTimed         whether somebody asks for seconds; without, they are 0 where there is
-    ///                        no limit, and no clock is read
+    /// @param isTimed         whether seconds() is asked for; if not, it is 0 unless there is a
+    /// time
+    ///                        limit, and no clock is read
     Control(const Settings& settings, std::size_t automaticLimit, bool isTimed = true);
 
-    /// Called at the end of a pass; `report` is asked only when somebody wants to know.
+    /// Called at the end of a pass; `report` is called only if there is a callback.
     void endPass(bool phaseOne, const std::function<Progress()>& report);
-    /// Whether the callback is left alone.
+    /// While it is quiet, the callback is not called.
     void setQuiet(bool isQuiet) { isQuiet_ = isQuiet; }
-    /// Looks at everything but the callback; for loops that make no passes.
+    /// Looks at limits, stop token and interrupt flag; for loops without passes of the core.
     void poll();
 
     [[nodiscard]] bool mustEnd() const { return end_.has_value(); }
@@ -34,9 +35,9 @@ public:
     [[nodiscard]] std::size_t mainPasses() const { return mainPasses_; }
     [[nodiscard]] std::size_t passesLeft() const;
     [[nodiscard]] double seconds() const;
-    /// So much of them passed while somebody was polishing.
+    /// How many of them were spent in a Polishing.
     [[nodiscard]] double polishSeconds() const { return polishSeconds_; }
-    /// What the callback raised is raised again: it may not pass through the core.
+    /// Raises again what the callback has raised, which must not pass through the core.
     void rethrow() const;
 
 private:
@@ -55,8 +56,8 @@ private:
     bool isPolishing_ = false;
 };
 
-/// Books the time of its life as that of refinement and proof; within another one it does nothing,
-/// and asks for no time.
+/// Counts the time of its life as spent on refinement and proof. Inside another one it does nothing
+/// and reads no clock.
 class Polishing {
 public:
     explicit Polishing(Control& control)

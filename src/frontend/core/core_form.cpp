@@ -1,66 +1,48 @@
 // From rows with two sides to the kinds of the core, and back.
 #include "frontend/core/core_form.hpp"
 
-#include <algorithm>
-
 namespace activeset::frontend {
 
 namespace {
 
-std::vector<CoreForm::Origin> equalitiesOf(const ProblemData& data) {
-    std::vector<CoreForm::Origin> result;
-    for (std::size_t i = 0; i < data.m; ++i) {
-        if (data.rowLower[i] == data.rowUpper[i]) {
-            result.push_back({i, true, true});
-        }
-    }
-    for (std::size_t j = 0; j < data.n; ++j) {
-        if (data.lower[j] == data.upper[j]) {
-            result.push_back({j, false, true});
-        }
+std::vector<CoreForm::Row> equalitiesOf(const Constraints& equalities) {
+    std::vector<CoreForm::Row> result;
+    for (const std::size_t k : equalities.members()) {
+        result.push_back({k, Side::Both});
     }
     return result;
 }
 
-std::vector<CoreForm::Origin> inequalitiesOf(const ProblemData& data) {
-    std::vector<CoreForm::Origin> result;
+std::vector<CoreForm::Row> inequalitiesOf(const ProblemData& data, const Constraints& equalities) {
+    std::vector<CoreForm::Row> result;
     for (std::size_t i = 0; i < data.m; ++i) {
-        if (data.rowLower[i] == data.rowUpper[i]) {
-            continue;
+        if (equalities[i] == Side::None && data.rowUpper[i] < Infinity) {
+            result.push_back({i, Side::Upper});
         }
-        if (data.rowUpper[i] < Infinity) {
-            result.push_back({i, true, true});
-        }
-        if (data.rowLower[i] > -Infinity) {
-            result.push_back({i, true, false});
+        if (equalities[i] == Side::None && data.rowLower[i] > -Infinity) {
+            result.push_back({i, Side::Lower});
         }
     }
     return result;
-}
-
-bool isSame(const std::vector<CoreForm::Origin>& a, const std::vector<CoreForm::Origin>& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](const CoreForm::Origin& left, const CoreForm::Origin& right) {
-                          return left.index == right.index && left.isRow == right.isRow &&
-                                 left.isUpper == right.isUpper;
-                      });
 }
 
 }  // namespace
 
-CoreForm::CoreForm(const ProblemData& data)
-    : n_(data.n), m_(data.m), inequalities_(inequalitiesOf(data)), equalities_(equalitiesOf(data)) {
+CoreForm::CoreForm(const ProblemData& data) : n_(data.n), m_(data.m) {
+    const Constraints equalities(data);
+    inequalities_ = inequalitiesOf(data, equalities);
+    equalities_ = equalitiesOf(equalities);
     A.assign(inequalities_.size() * n_, 0.0);
     Aeq.assign(equalities_.size() * n_, 0.0);
     for (std::size_t j = 0; j < n_; ++j) {
         const double* column = data.columnOfA(j);
         double* to = A.data() + j * inequalities_.size();
-        for (const Origin& origin : inequalities_) {
-            *to++ = origin.isUpper ? column[origin.index] : -column[origin.index];
+        for (const auto& [i, side] : inequalities_) {
+            *to++ = side == Side::Upper ? column[i] : -column[i];
         }
         to = Aeq.data() + j * equalities_.size();
-        for (const Origin& origin : equalities_) {
-            *to++ = origin.isRow ? column[origin.index] : (origin.index == j ? 1.0 : 0.0);
+        for (const auto& [k, side] : equalities_) {
+            *to++ = k < m_ ? column[k] : (k - m_ == j ? 1.0 : 0.0);
         }
     }
     copySides(data);
@@ -68,79 +50,79 @@ CoreForm::CoreForm(const ProblemData& data)
 
 void CoreForm::copySides(const ProblemData& data) {
     b.clear();
-    for (const Origin& origin : inequalities_) {
-        b.push_back(origin.isUpper ? data.rowUpper[origin.index] : -data.rowLower[origin.index]);
+    for (const auto& [i, side] : inequalities_) {
+        b.push_back(side == Side::Upper ? data.rowUpper[i] : -data.rowLower[i]);
     }
     beq.clear();
     lb = data.lower;
     ub = data.upper;
-    for (const Origin& origin : equalities_) {
-        beq.push_back(origin.isRow ? data.rowLower[origin.index] : data.lower[origin.index]);
-        if (!origin.isRow) {
-            lb[origin.index] = -Infinity;
-            ub[origin.index] = Infinity;
+    for (const auto& [k, side] : equalities_) {
+        beq.push_back(k < m_ ? data.rowLower[k] : data.lower[k - m_]);
+        if (k >= m_) {
+            lb[k - m_] = -Infinity;
+            ub[k - m_] = Infinity;
         }
     }
 }
 
 bool CoreForm::updateSides(const ProblemData& data) {
-    if (!isSame(equalities_, equalitiesOf(data)) || !isSame(inequalities_, inequalitiesOf(data))) {
+    const Constraints equalities(data);
+    if (equalities_ != equalitiesOf(equalities) ||
+        inequalities_ != inequalitiesOf(data, equalities)) {
         return false;
     }
     copySides(data);
     return true;
 }
 
-CoreSet CoreForm::toCore(const WorkingSet& set) const {
+CoreSet CoreForm::toCore(const Constraints& held) const {
     CoreSet core;
-    const auto contains = [](const std::vector<std::size_t>& list, std::size_t index) {
-        return std::find(list.begin(), list.end(), index) != list.end();
-    };
     for (std::size_t k = 0; k < inequalities_.size(); ++k) {
-        const Origin& origin = inequalities_[k];
-        if (contains(origin.isUpper ? set.rowsAtUpper : set.rowsAtLower, origin.index)) {
+        if (held[inequalities_[k].constraint] == inequalities_[k].side) {
             core.inequalities.push_back(k);
         }
     }
     for (std::size_t j = 0; j < n_; ++j) {
-        if (lb[j] > -Infinity && contains(set.atLower, j)) {
+        const Side side = held[m_ + j];
+        if (side == Side::Lower && lb[j] > -Infinity) {
             core.lower.push_back(j);
-        } else if (ub[j] < Infinity && contains(set.atUpper, j)) {
+        } else if (side == Side::Upper && ub[j] < Infinity) {
             core.upper.push_back(j);
         }
     }
     return core;
 }
 
-WorkingSet CoreForm::fromCore(const CoreSet& set, const std::vector<std::size_t>& dropped) const {
-    WorkingSet result;
+Constraints CoreForm::fromCore(const ProblemData& data,
+                               const CoreSet& set,
+                               const std::vector<std::size_t>& dropped) const {
+    Constraints held = Constraints::namedBy(data, {});
+    for (const auto& [k, side] : equalities_) {
+        held.hold(k, side);
+    }
+    for (const std::size_t k : dropped) {
+        held.hold(equalities_[k].constraint, Side::None);
+    }
     for (const std::size_t k : set.inequalities) {
-        const Origin& origin = inequalities_[k];
-        (origin.isUpper ? result.rowsAtUpper : result.rowsAtLower).push_back(origin.index);
+        held.hold(inequalities_[k].constraint, inequalities_[k].side);
     }
-    for (std::size_t k = 0; k < equalities_.size(); ++k) {
-        if (std::find(dropped.begin(), dropped.end(), k) == dropped.end()) {
-            const Origin& origin = equalities_[k];
-            (origin.isRow ? result.equalities : result.fixed).push_back(origin.index);
-        }
+    for (const std::size_t j : set.lower) {
+        held.hold(m_ + j, Side::Lower);
     }
-    result.atLower = set.lower;
-    result.atUpper = set.upper;
-    for (auto* list : {&result.equalities, &result.rowsAtLower, &result.rowsAtUpper,
-                       &result.atLower, &result.atUpper, &result.fixed}) {
-        std::sort(list->begin(), list->end());
+    for (const std::size_t j : set.upper) {
+        held.hold(m_ + j, Side::Upper);
     }
-    return result;
+    return held;
 }
 
 void CoreForm::multipliers(const double* lambda, Vector& y, Vector& z) const {
     y.assign(m_, 0.0);
     z.assign(n_, 0.0);
-    for (const Origin& origin : equalities_) {
-        (origin.isRow ? y : z)[origin.index] += *lambda++;
+    for (const auto& [k, side] : equalities_) {
+        (k < m_ ? y[k] : z[k - m_]) += *lambda++;
     }
-    for (const Origin& origin : inequalities_) {
-        y[origin.index] += origin.isUpper ? *lambda : -*lambda;
+    for (const auto& [i, side] : inequalities_) {
+        y[i] += side == Side::Upper ? *lambda : -*lambda;
         ++lambda;
     }
     for (std::size_t j = 0; j < n_; ++j) {

@@ -3,44 +3,47 @@
 #ifndef ACTIVESET_SRC_FRONTEND_CORE_CORE_FORM_HPP
 #define ACTIVESET_SRC_FRONTEND_CORE_CORE_FORM_HPP
 
-#include "frontend/problem/problem_data.hpp"
+#include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
 
-/// 0-based members of a working set of the core, by kind.
+/// 0-based members of a working set of the core, by kind, as the core numbers them.
 struct CoreSet {
     std::vector<std::size_t> inequalities;
     std::vector<std::size_t> lower;
     std::vector<std::size_t> upper;
 };
 
-/// A·x ≤ b, Aeq·x = beq, lb ≤ x ≤ ub, out of one problem whose objective is not looked at. Rows
-/// with equal sides are equalities, and so are variables with equal bounds; of other rows each
-/// finite side is an inequality, the lower one negated.
+/// The constraints of a problem as A·x ≤ b, Aeq·x = beq, lb ≤ x ≤ ub. Rows with equal sides and
+/// variables with equal bounds become equalities. Each finite side of another row becomes an
+/// inequality; lower sides are negated.
 class CoreForm {
 public:
     explicit CoreForm(const ProblemData& data);
 
-    /// One row of A or Aeq: row `index` of the problem, or, in Aeq, variable `index`.
-    struct Origin {
-        std::size_t index = 0;
-        bool isRow = true;
-        bool isUpper = true;  ///< of an inequality
+    /// What a row of A or Aeq stands for: a constraint in the numbering of Constraints, and the
+    /// side of it; Both in Aeq.
+    struct Row {
+        std::size_t constraint = 0;
+        Side side = Side::None;
+        friend bool operator==(const Row&, const Row&) = default;
     };
 
     [[nodiscard]] std::size_t variables() const { return n_; }
-    [[nodiscard]] const std::vector<Origin>& inequalities() const { return inequalities_; }
-    [[nodiscard]] const std::vector<Origin>& equalities() const { return equalities_; }
 
-    /// New right-hand sides and bounds, where the same ones are finite and the same ones equal;
-    /// false, nothing changed, where they are not.
+    /// Takes new right-hand sides and bounds, if the same sides are finite and the same ones equal;
+    /// else changes nothing and returns false.
     [[nodiscard]] bool updateSides(const ProblemData& data);
 
-    /// A working set of the problem as one of the core; what does not exist is left out.
-    [[nodiscard]] CoreSet toCore(const WorkingSet& set) const;
-    /// The other way round; the equalities but those `dropped` belong to it.
-    [[nodiscard]] WorkingSet fromCore(const CoreSet& set,
-                                      const std::vector<std::size_t>& dropped) const;
+    /// A working set of the problem as one of the core, which holds all equalities anyway. What
+    /// this form does not have is left out.
+    [[nodiscard]] CoreSet toCore(const Constraints& held) const;
+    /// The other way round, with the equalities of this form but those `dropped`.
+    ///
+    /// @param data  the problem that the constraints are of
+    [[nodiscard]] Constraints fromCore(const ProblemData& data,
+                                       const CoreSet& set,
+                                       const std::vector<std::size_t>& dropped) const;
     /// The multipliers of the core, in the order of docs/states.md, as y and z.
     void multipliers(const double* lambda, Vector& y, Vector& z) const;
 
@@ -51,8 +54,8 @@ private:
 
     std::size_t n_;
     std::size_t m_;
-    std::vector<Origin> inequalities_;
-    std::vector<Origin> equalities_;
+    std::vector<Row> inequalities_;
+    std::vector<Row> equalities_;
 };
 
 }  // namespace activeset::frontend

@@ -57,16 +57,6 @@ RunEnd endOf(int code, const WatchedSolver& solver, const Control& control) {
     }
 }
 
-/// Temporaries of the matrices go when a run ends, however it ends.
-struct PoolRelease {
-    PoolRelease() = default;
-    ~PoolRelease() { releaseMatrixPool(); }
-    PoolRelease(const PoolRelease&) = delete;
-    PoolRelease(PoolRelease&&) = delete;
-    PoolRelease& operator=(const PoolRelease&) = delete;
-    PoolRelease& operator=(PoolRelease&&) = delete;
-};
-
 void solveInto(Run& run,
                WatchedSolver& solver,
                CoreForm& coreForm,
@@ -75,8 +65,8 @@ void solveInto(Run& run,
                const Vector& x,
                const CoreSet& set) {
     const std::size_t n = coreForm.variables();
-    const std::size_t mIneq = coreForm.inequalities().size();
-    const std::size_t mEq = coreForm.equalities().size();
+    const std::size_t mIneq = coreForm.b.size();
+    const std::size_t mEq = coreForm.beq.size();
     // After the objective: it needs to know how many variables there are.
     LinearConstraint constraint(wrapped(coreForm.A, mIneq, n), wrapped(coreForm.b, mIneq, 1),
                                 wrapped(coreForm.Aeq, mEq, n), wrapped(coreForm.beq, mEq, 1),

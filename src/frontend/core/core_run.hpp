@@ -28,7 +28,7 @@ enum class RunEnd {
     NotDefinite,  ///< a reduced Hessian had no Cholesky factor
     Cycling,      ///< working sets come back, or too many were minimised over at one point
     Stopped,      ///< by the control
-    Broken        ///< an error of the core, or a stop that makes no sense
+    Broken        ///< an error of the core, or a stop that cannot be
 };
 
 struct Run {
@@ -45,7 +45,7 @@ struct Run {
 /// Minimises ½xᵀHx + cᵀx over the constraints of `coreForm`, from x and a working set.
 ///
 /// @param H         n × n or empty, for a linear objective
-/// @param progress  says how far the point x has come; asked when there is a callback
+/// @param progress  tells what is reached at the point x; called only if there is a callback
 [[nodiscard]] Run runCore(CoreForm& coreForm,
                           Vector& H,
                           Vector& c,

@@ -1,4 +1,4 @@
-// Working sets by hash, and minima by point.
+// Counts working sets by their hashes, and minima at one point.
 #include "frontend/core/cycle_detector.hpp"
 
 #include <algorithm>
@@ -9,9 +9,9 @@ namespace activeset::frontend {
 namespace {
 
 constexpr int AllowedReturns = 3;    // rounding may bring a set back once or twice
-constexpr double SamePoint = 1e-12;  // relative to the entry, or to 1 if that is smaller
+constexpr double SamePoint = 1e-12;  // relative to the entry, or to 1 if that is larger
 
-// The same for every order of the members.
+// Does not depend on the order of the members.
 std::uint64_t hashOf(const std::size_t* members, std::size_t count) {
     std::uint64_t hash = 0;
     for (std::size_t k = 0; k < count; ++k) {

@@ -1,4 +1,4 @@
-// Notices when an active-set method turns in circles.
+// Notices when an active-set method cycles.
 #ifndef ACTIVESET_SRC_FRONTEND_CORE_CYCLE_DETECTOR_HPP
 #define ACTIVESET_SRC_FRONTEND_CORE_CYCLE_DETECTOR_HPP
 
@@ -10,13 +10,14 @@
 
 namespace activeset::frontend {
 
-/// Is told of each minimum on a working set after which a constraint is dropped. With exact
-/// arithmetic each one is lower than the one before, so that no working set comes back.
+/// Is told of each minimum on a working set from which a constraint is dropped. In exact arithmetic
+/// each minimum is lower than the one before, so that no working set comes back.
 class CycleDetector {
 public:
-    /// Whether the method turns in circles: the working set has come back more often than rounding
-    /// explains, or too many minima lay at one point. Where far more constraints than variables
-    /// meet there are too many working sets to wait until one comes back.
+    /// Whether the method cycles: the working set has come back more often than rounding explains,
+    /// or too many minima lay at one point. The second test is for points where far more
+    /// constraints than variables meet: there are too many working sets to wait until one comes
+    /// back.
     ///
     /// @param members  numbers of the constraints, `count` of them, in any order
     /// @param point    the minimum, n entries

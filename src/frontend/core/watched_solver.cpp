@@ -1,4 +1,4 @@
-// What the solver does beside its method.
+// What the solver does besides its method.
 #include "frontend/core/watched_solver.hpp"
 
 #include <cmath>

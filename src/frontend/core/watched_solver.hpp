@@ -10,11 +10,11 @@
 
 namespace activeset::frontend {
 
-/// Counts its passes, ends when the control says so, takes multipliers that are negative by
-/// rounding for zeros, and notices when it turns in circles.
+/// Counts its passes, ends when the control says so, sets multipliers that are negative by rounding
+/// to zero, and notices when it cycles.
 class WatchedSolver : public NullSpaceAS {
 public:
-    /// How far a point has come; asked only when there is a callback.
+    /// Tells what is reached at a point; called only if there is a callback.
     using Report = std::function<Progress(const double* x)>;
 
     /// Keeps references to `control` and `progress`.
@@ -31,8 +31,8 @@ public:
     void computeLambda(OPTMatrix<double>& g, OPTMatrix<double>& multipliers) override;
 
     [[nodiscard]] bool isCycling() const { return isCycling_; }
-    /// Those of the minimum of phase one by constraint number, without those of the variable γ that
-    /// phase one adds; empty if phase one did not come to a minimum.
+    /// The multipliers of phase one's minimum by constraint number, without those of the variable γ
+    /// that phase one adds; empty if phase one has not reached a minimum.
     [[nodiscard]] const Vector& phaseOneMultipliers() const { return phaseOneMultipliers_; }
 
 protected:

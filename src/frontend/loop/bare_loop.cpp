@@ -9,12 +9,13 @@ namespace activeset::frontend {
 
 namespace {
 
-class Silence {
+/// Keeps the callback from being called.
+class WithoutCallback {
 public:
-    explicit Silence(Control& control) : control_(control) { control_.setQuiet(true); }
-    ~Silence() { control_.setQuiet(false); }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
+    explicit WithoutCallback(Control& control) : control_(control) { control_.setQuiet(true); }
+    ~WithoutCallback() { control_.setQuiet(false); }
+    WithoutCallback(const WithoutCallback&) = delete;
+    WithoutCallback& operator=(const WithoutCallback&) = delete;
 
 private:
     Control& control_;
@@ -30,7 +31,7 @@ std::optional<Farkas> proofOf(ProximalLoop& loop, const ProblemCache& problem) {
                              : provenFarkas(problem, claim.y, loop.best());
 }
 
-// The vector that proves a contradiction, if the loop ends with one.
+// The Farkas vector, if the loop ends with a contradiction that is proved.
 std::optional<Farkas> follow(ProximalLoop& loop, const ProblemCache& problem) {
     while (true) {
         const LoopEnd end = loop.run();
@@ -54,9 +55,9 @@ BareAnswer solveBare(ProblemCache& problem,
                      const WorkingSet& set,
                      const Settings& settings,
                      Control& control) {
-    const Silence silence(control);
+    const WithoutCallback silence(control);
     ProximalLoop loop(problem, settings, control);
-    loop.begin(problem.scaling.scaled({start, {}, {}}).x, set);
+    loop.begin(problem.scaling.scaledVariables(start), set);
     BestPoint& best = loop.best();
     std::optional<Farkas> farkas;
     const auto isUndecided = [&] { return !farkas && !best.isProved() && !control.mustEnd(); };

@@ -1,5 +1,5 @@
-// A loop without anybody who decides about more than its next step: for problems that are solved on
-// the way to the answer of another one.
+// A loop without decide.cpp around it: for problems that are solved on the way to the answer of
+// another one.
 #ifndef ACTIVESET_SRC_FRONTEND_LOOP_BARE_LOOP_HPP
 #define ACTIVESET_SRC_FRONTEND_LOOP_BARE_LOOP_HPP
 
@@ -17,8 +17,8 @@ struct BareAnswer {
     double objective = 0.0;
 };
 
-/// Solves a convex problem from a point in its variables. Passes count and limits hold, but the
-/// caller's callback hears nothing: it would be told of another problem.
+/// Solves a convex problem from a point in its variables. Its passes count and limits hold, but the
+/// caller's callback is not called, because it would be told of another problem.
 [[nodiscard]] BareAnswer solveBare(ProblemCache& problem,
                                    const Vector& start,
                                    const WorkingSet& set,

@@ -1,4 +1,4 @@
-// Which of two points is better.
+// Compares points by their largest relative residuals.
 #include "frontend/loop/best_point.hpp"
 
 #include <algorithm>
@@ -20,7 +20,7 @@ double errorOf(const Certificate& certificate) {
     double largest = 0.0;
     for (const Residual& residual : {certificate.primal, certificate.dual, certificate.gap}) {
         if (std::isnan(residual.relative)) {
-            return Infinity;  // never better than anything
+            return Infinity;  // worse than any other
         }
         largest = std::max(largest, residual.relative);
     }
@@ -76,8 +76,8 @@ void BestPoint::widenGap(double relative) {
     gap.relative = std::max(gap.relative, relative);
 }
 
-// Where all is solved as far as doubles can, and the rounding of large numbers is all that is left
-// to prove the objective by, more digits tell.
+// If the point is solved as far as doubles can, and only the rounding of large numbers keeps the
+// objective from being proved, judges it with more digits.
 Judgement BestPoint::judged(const Point& point, const WorkingSet& set) {
     const Point users = problem_.scaling.unscaled(point);
     Judgement judgement = judge(problem_.user, users);

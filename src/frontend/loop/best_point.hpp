@@ -1,4 +1,4 @@
-// The best point that a solve has met, with what it is worth.
+// The best point that a solve has met, with its judgement.
 #ifndef ACTIVESET_SRC_FRONTEND_LOOP_BEST_POINT_HPP
 #define ACTIVESET_SRC_FRONTEND_LOOP_BEST_POINT_HPP
 
@@ -22,15 +22,15 @@ public:
     void considerWithoutMultipliers(Vector x, const WorkingSet& set = {});
     /// Considers the solution of the equations of the set, sought from the point.
     void considerRefined(Point point, const WorkingSet& set);
-    /// Considers both, the second one unless the first one is exact.
+    /// Considers the point, and unless it is exact the refined one.
     void polish(Point point, const WorkingSet& set);
-    /// Considers the solution of the best point's set in which curvature counts that is left out
-    /// elsewhere because it may be rounding.
+    /// Considers the solution of the best point's set with all curvature, also such as elsewhere
+    /// counts as none because it may be rounding.
     void considerAlongFlat();
-    /// The next point that is considered is kept.
+    /// Makes the next point that is considered the best.
     void forget() { point_.x.clear(); }
-    /// Adds to the relative gap of the point, of which something is known that its residuals do not
-    /// tell.
+    /// Raises the relative gap of the point to `relative`, where more is known of its error than
+    /// its residuals tell.
     void widenGap(double relative);
 
     [[nodiscard]] bool isEmpty() const { return point_.x.empty(); }
@@ -57,9 +57,9 @@ private:
     std::size_t corrections_ = 0;
 };
 
-/// A violation, in proportion, that may be nothing but the rounding of x and of data that agree.
+/// A relative violation that may be the rounding of x, and of data that agree but for rounding.
 inline constexpr double FeasibleToRounding = 8.0 * std::numeric_limits<double>::epsilon();
-/// Residuals, in proportion, of a point that is solved as far as doubles can.
+/// The relative residuals of a point that is solved as far as doubles can.
 inline constexpr double ExactToRounding = 1e-12;
 
 }  // namespace activeset::frontend

@@ -15,13 +15,13 @@ namespace {
 
 constexpr double RayTolerance = 1e-12;  // residual of a ray, which is refined, relative
 
-// No proof in view of a point that satisfies the constraints and is within the radius for them.
+// Whether the best point contradicts the proof: it is feasible, and within the radius.
 bool isRefuted(const Farkas& farkas, const ProblemCache& problem, const BestPoint& best) {
     if (best.isEmpty() || !(best.judgement().certificate.primal.relative <= FarkasTolerance)) {
         return false;
     }
     double size = 0.0;
-    for (const double entry : problem.scaling.unscaled({best.point().x, {}, {}}).x) {
+    for (const double entry : problem.scaling.unscaledVariables(best.point().x)) {
         size += std::abs(entry);
     }
     return size >= 0.5 * farkas.radius;
@@ -51,12 +51,12 @@ std::optional<Farkas> provenFarkasFar(const ProblemCache& problem,
 
 std::optional<ProvenRay> provenRay(const ProblemCache& problem, const Vector& direction) {
     Vector users = alongSides(problem.scaled, direction);
-    users = problem.scaling.unscaled({std::move(users), {}, {}}).x;
+    users = problem.scaling.unscaledVariables(std::move(users));
     const double length = largestMagnitude(users);
     if (!(length > 0.0 && length < Infinity)) {
         return std::nullopt;
     }
-    // The largest entry becomes 1 where that leaves the proof as it is; a power of two always does.
+    // Scaled to a largest entry of 1 if that keeps the proof; a power of two always keeps it.
     for (const double unit : {length, std::ldexp(1.0, std::ilogb(length))}) {
         Vector candidate = users;
         for (double& entry : candidate) {

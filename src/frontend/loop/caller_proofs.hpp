@@ -1,4 +1,4 @@
-// What a solve claims in scaled variables, proved by the caller's data or not claimed at all.
+// Turns claims in scaled variables into proofs by the caller's data, or drops them.
 #ifndef ACTIVESET_SRC_FRONTEND_LOOP_CALLER_PROOFS_HPP
 #define ACTIVESET_SRC_FRONTEND_LOOP_CALLER_PROOFS_HPP
 
@@ -8,14 +8,13 @@
 
 namespace activeset::frontend {
 
-/// The Farkas vector that scaled multipliers of rows make, with what bounds can take, if it proves
-/// that there is no feasible point. The best point, if it is feasible, is none of those for which
-/// it may be true.
+/// The Farkas vector that scaled multipliers of rows give, with what bounds can take, if it proves
+/// that there is no feasible point. A best point that is feasible must be outside its radius.
 [[nodiscard]] std::optional<Farkas> provenFarkas(const ProblemCache& problem,
                                                  Vector y,
                                                  const BestPoint& best);
 
-/// The same of multipliers out of equations that may be nearly singular: it has to reach farther.
+/// The same for multipliers from equations that may be nearly singular: the radius must be larger.
 [[nodiscard]] std::optional<Farkas> provenFarkasFar(const ProblemCache& problem,
                                                     Vector y,
                                                     const BestPoint& best);
@@ -25,8 +24,8 @@ struct ProvenRay {
     Residual residual;
 };
 
-/// A scaled direction in the caller's variables, if the problem is unbounded along it wherever it
-/// is feasible.
+/// A scaled direction in the caller's variables, if the problem is unbounded along it from every
+/// feasible point.
 [[nodiscard]] std::optional<ProvenRay> provenRay(const ProblemCache& problem,
                                                  const Vector& direction);
 

@@ -12,11 +12,11 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr int MostTrials = 100;  // nearly all double δ, which begins at some curvature of H
-constexpr int MostSteps = 8;     // that may be small
+constexpr int MostTrials = 100;  // nearly all of them double δ
+constexpr int MostSteps = 8;     // trials in which δ may grow by little
 constexpr double LeastGrowth = 1.02;
 
-// −dᵀHd/‖d‖², a little more, so that rounding does not ask for it twice.
+// A little more than −dᵀHd/‖d‖², so that rounding does not find the same direction again.
 double leastShift(const ProblemData& data, const Vector& direction) {
     constexpr double ShiftMargin = 1.0 + 1e-3;
     const double length = std::sqrt(dot(direction.data(), direction.data(), data.n));
@@ -25,14 +25,6 @@ double leastShift(const ProblemData& data, const Vector& direction) {
         entry /= length;
     }
     return -ShiftMargin * curvature(data, unit).absolute;
-}
-
-ProblemData shifted(const ProblemData& data, double shift) {
-    ProblemData result = data;
-    for (std::size_t j = 0; j < data.n; ++j) {
-        result.H[j * (data.n + 1)] += shift;
-    }
-    return result;
 }
 
 }  // namespace
@@ -49,7 +41,7 @@ ShiftedProblem shiftedProblem(ProblemCache& problem, Control& control) {
         if (convexity.kind != Convexity::None) {
             return {shift, std::move(candidate)};
         }
-        // Near the least shift the direction is nearly the eigenvector that sets it.
+        // Near the least shift, the direction is nearly the eigenvector that determines it.
         const double least = leastShift(problem.user, convexity.direction);
         shift = least > (trial < MostSteps ? LeastGrowth : 2.0) * shift ? least : 2.0 * shift;
     }

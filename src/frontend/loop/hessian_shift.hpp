@@ -1,4 +1,5 @@
-// The least multiple of the identity that makes a problem convex which misses that by rounding.
+// The least multiple of the identity that makes a problem convex, for one that misses convexity by
+// rounding.
 #ifndef ACTIVESET_SRC_FRONTEND_LOOP_HESSIAN_SHIFT_HPP
 #define ACTIVESET_SRC_FRONTEND_LOOP_HESSIAN_SHIFT_HPP
 
@@ -14,10 +15,10 @@ struct ShiftedProblem {
     std::unique_ptr<ProblemCache> problem;  ///< convex; null where none was found
 };
 
-/// Of a problem that is not convex. No δ below −dᵀHd/‖d‖² is enough, where d is the direction along
-/// which H, or H with the δ before, bends down. Such numbers are tried as long as they grow, then
-/// the last one is doubled, until the factorisation finds no such direction: the δ that is found is
-/// mostly the least one to three digits, and always less than twice it. None is found once the
+/// Shifts a problem that is not convex. No δ below −dᵀHd/‖d‖² is enough, where d is a direction of
+/// negative curvature of H or of H + δI for an earlier δ. These numbers are tried as long as they
+/// grow; then the last one is doubled until the factorisation finds no such direction. The δ found
+/// mostly is the least one to three digits, and always less than twice that. None is found if the
 /// control ends the search.
 [[nodiscard]] ShiftedProblem shiftedProblem(ProblemCache& problem, Control& control);
 

@@ -12,12 +12,12 @@ namespace activeset::frontend {
 
 namespace {
 
-// A rate that is nothing but the rounding of d, in proportion to its terms, and of the points that
-// d comes from.
+// Rates up to these are rounding: of d, in proportion to the rate's terms, and of the points that d
+// is the difference of, in proportion to the value's terms.
 constexpr double RateRounding = 1e-12;
 constexpr double ValueRounding = 4.0 * std::numeric_limits<double>::epsilon();
 
-/// How far a value may go that changes by `rate` for every unit.
+/// The longest step until a value that changes by `rate` per unit reaches its side.
 double roomOf(double value, double rate, double lower, double upper) {
     if (rate == 0.0) {
         return Infinity;

@@ -1,4 +1,4 @@
-// How far a step goes on.
+// The exact line search along a step of the loop.
 #ifndef ACTIVESET_SRC_FRONTEND_LOOP_LINE_SEARCH_HPP
 #define ACTIVESET_SRC_FRONTEND_LOOP_LINE_SEARCH_HPP
 
@@ -6,9 +6,8 @@
 
 namespace activeset::frontend {
 
-/// The t that minimises the objective at x + t·d, d the difference of two points of that size, as
-/// far as the sides of rows and bounds let it; 0 where d does not descend, and where it descends
-/// without end.
+/// The t at which x + t·d has the least objective between the sides of rows and bounds; d is the
+/// difference of two points as large as x. 0 if d does not descend, or descends without end.
 [[nodiscard]] double lineSearch(const ProblemData& data, const Vector& x, const Vector& d);
 
 }  // namespace activeset::frontend

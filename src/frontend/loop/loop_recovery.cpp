@@ -1,4 +1,5 @@
-// What the loop does where plain steps are not enough: long ones, other numbers, other starts.
+// What the loop does when plain steps are not enough: longer steps, other weights and tolerances,
+// other starts.
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -21,7 +22,8 @@ constexpr double MoreWeight = 100.0;
 
 }  // namespace
 
-// Steps that do not get shorter go the same way, along which a slope may be tiny and its end far.
+// Steps that do not get shorter go in one direction, along which the slope may be tiny and its end
+// far.
 bool ProximalLoop::prolong(const Vector& last) {
     const ProblemData& data = problem_.scaled;
     if (!mayProlong_) {
@@ -30,7 +32,7 @@ bool ProximalLoop::prolong(const Vector& last) {
     Vector direction = centre_;
     axpy(-1.0, last.data(), direction.data(), direction.size());
     for (std::size_t j = 0; j < data.n; ++j) {
-        constexpr double AtBound = 1e-12;  // where a bound is met the step goes along it
+        constexpr double AtBound = 1e-12;  // relative: the step goes along a bound so close
         const double bound = direction[j] > 0.0 ? data.upper[j] : data.lower[j];
         if (std::isfinite(bound) && std::abs(bound - centre_[j]) <= AtBound * std::abs(bound)) {
             centre_[j] = bound;
@@ -62,7 +64,7 @@ bool ProximalLoop::recover() {
             precision_.violation = std::max(LeastViolation, Sharpening * precision_.violation);
             precision_.step = std::max(LeastStep, Sharpening * precision_.step);
             precision_.multiplier = Sharpening * precision_.multiplier;
-            // Far out a step may be short only because it is lost in the rounding of the point.
+            // Far out, a short step may be one that is lost in the rounding of the point.
             rho_ = rho_ > 0.0 ? std::max(LessWeight * rho_, leastWeight(problem_.scaled))
                               : firstWeight(problem_.scaled);
             break;
@@ -87,13 +89,13 @@ bool ProximalLoop::startOver() {
     const Vector origin = originOf(problem_.scaled);
     const bool isFromElsewhere =
         startSet_.size() != 0 || largestMagnitude(start_) > largestMagnitude(origin);
-    if (isFromElsewhere) {  // a start that does not serve is dropped
+    if (isFromElsewhere) {  // the start has led to nothing
         predicting_ = Predicting::Allowed;
         begin(origin, {});
         return true;
     }
     const bool hasPredicted = effort_.guesses + effort_.dualSteps > 0;
-    if (hasPredicted && predicting_ != Predicting::Off) {  // predictions have led astray
+    if (hasPredicted && predicting_ != Predicting::Off) {  // so have the predictions
         predicting_ = Predicting::Off;
         reset();
         return true;

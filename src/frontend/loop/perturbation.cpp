@@ -1,4 +1,4 @@
-// Random amounts, in proportion to the sides.
+// Moves sides by pseudo-random amounts, in proportion to their size.
 #include "frontend/loop/perturbation.hpp"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Sides that are moved apart for a while, against degenerate vertices.
+// Moves sides outwards for a while, against degenerate vertices.
 #ifndef ACTIVESET_SRC_FRONTEND_LOOP_PERTURBATION_HPP
 #define ACTIVESET_SRC_FRONTEND_LOOP_PERTURBATION_HPP
 
@@ -8,8 +8,8 @@
 
 namespace activeset::frontend {
 
-/// Moves the sides in the core's form of a problem outwards, each by an amount of its own. They are
-/// put back when it is taken off or destroyed.
+/// Moves each side in the core's form of a problem outwards by an amount of its own. The sides are
+/// put back when the perturbation is taken off or destroyed.
 class Perturbation {
 public:
     explicit Perturbation(ProblemCache& problem) : problem_(problem) {}
@@ -18,7 +18,7 @@ public:
     ~Perturbation() { takeOff(); }
 
     [[nodiscard]] bool isOn() const { return unperturbed_.has_value(); }
-    /// Adds one whose size grows with `strength`, from 1 up. The same in every run.
+    /// Adds a perturbation whose size grows with `strength`, from 1 up; the same in every run.
     void putOn(int strength);
     void takeOff() noexcept;
 

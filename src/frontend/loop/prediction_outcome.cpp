@@ -1,4 +1,5 @@
-// What becomes of a prediction: the minimum of a step, a contradiction, or where the core begins.
+// What the loop does with a prediction: it is the minimum of the step, or a contradiction, or the
+// core begins with it.
 #include <utility>
 
 #include "frontend/loop/proximal_loop.hpp"
@@ -6,7 +7,7 @@
 
 namespace activeset::frontend {
 
-// Somebody counts the passes of the core, or listens to them.
+// Whether the caller counts the passes of the core, or listens to them.
 bool ProximalLoop::isWatched() const {
     return settings_.onPass || settings_.maxIterations != 0;
 }
@@ -23,7 +24,7 @@ void ProximalLoop::doNotPredict() {
     }
 }
 
-// From the working set that there is to begin with.
+// Predicts from the present working set.
 ProximalLoop::Next ProximalLoop::predictMinimum() {
     control_.poll();
     Subproblem* const subproblem = mayPredict() ? problem_.subproblem(rho_) : nullptr;

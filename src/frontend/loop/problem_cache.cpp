@@ -1,4 +1,4 @@
-// What is kept of a problem, and what of it a change of its vectors leaves valid.
+// What is kept of a problem, and which parts stay valid when its vectors change.
 #include "frontend/loop/problem_cache.hpp"
 
 #include <algorithm>
@@ -10,7 +10,7 @@ namespace activeset::frontend {
 
 namespace {
 
-// The same rows and variables with equal sides.
+// Whether the same rows and variables have equal sides.
 bool haveSameEqualities(const ProblemData& a, const ProblemData& b) {
     for (std::size_t i = 0; i < a.m; ++i) {
         if ((a.rowLower[i] == a.rowUpper[i]) != (b.rowLower[i] == b.rowUpper[i])) {
@@ -32,7 +32,7 @@ ProblemCache::ProblemCache(ProblemData problem)
 
 void ProblemCache::updateVectors(const ProblemData& problem) {
     if (convexity_ && convexity_->kind != Convexity::Strict && !haveSameEqualities(user, problem)) {
-        convexity_.reset();  // other equalities leave other directions
+        convexity_.reset();  // it was tested on the null space of the equalities
         shift_ = 0.0;
         shifted_.reset();
     }
@@ -75,7 +75,7 @@ const Convexity& ProblemCache::convexity() {
     if (!convexity_) {
         const bool hasFactor = scaled.quadratic && subproblem(0.0) != nullptr;
         convexity_ = hasFactor ? Convexity{Convexity::Strict, {}} : convexityOf(scaled);
-        convexity_->direction = scaling.unscaled({std::move(convexity_->direction), {}, {}}).x;
+        convexity_->direction = scaling.unscaledVariables(std::move(convexity_->direction));
     }
     return *convexity_;
 }

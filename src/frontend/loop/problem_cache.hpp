@@ -1,5 +1,5 @@
-// A problem in all the forms that a solve needs, and what has been found out about it. It outlives
-// a solve where a sequence of problems shares the matrices.
+// A problem in all the forms that a solve needs, with what has been computed of it. It outlives the
+// solve where a sequence of problems shares the matrices.
 #ifndef ACTIVESET_SRC_FRONTEND_LOOP_PROBLEM_CACHE_HPP
 #define ACTIVESET_SRC_FRONTEND_LOOP_PROBLEM_CACHE_HPP
 
@@ -25,13 +25,13 @@ public:
 
     /// Takes over c, sides and bounds of a problem with the same matrices.
     void updateVectors(const ProblemData& problem);
-    /// Leaves nothing that depends on which problems with these matrices were solved before.
+    /// Forgets what depends on which problems with these matrices were solved before.
     void forget();
 
-    /// Its direction is in the caller's variables.
+    /// Tested once; the direction is in the caller's variables.
     [[nodiscard]] const Convexity& convexity();
-    /// 0 for a convex problem, else a δ with which H + δI makes it one; infinite where none was
-    /// found, or the control has ended the search.
+    /// 0 for a convex problem, else a δ with which H + δI is convex; infinite if none was found, or
+    /// the control has ended the search.
     [[nodiscard]] double hessianShift(Control& control);
     /// The problem with that δ; null for one that is convex.
     [[nodiscard]] ProblemCache* shifted() { return shifted_.get(); }
@@ -45,7 +45,7 @@ public:
     void setCoreForm(CoreForm coreForm) { coreForm_ = std::move(coreForm); }
     /// H + ρI, n × n, for the core; empty when both are zero.
     [[nodiscard]] Vector& hessianPlus(double rho);
-    /// How far a point in scaled variables has come.
+    /// Objective and violation at a point in scaled variables, for the callback.
     [[nodiscard]] Progress progressAt(const double* x) const;
 
     ProblemData user;

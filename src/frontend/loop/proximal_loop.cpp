@@ -16,8 +16,8 @@ namespace {
 constexpr std::size_t MostProximalSteps = 200;
 constexpr int MostInexactProofs = 2;
 constexpr int FewSteadySteps = 3;
-constexpr double SteadyShare = 0.1;  // of the force of the step before: a step that pulls as much
-constexpr double WeightDecay = 0.1;  // of ρ after a steady step
+constexpr double SteadyShare = 0.1;  // a step is steady if its ρ·‖step‖ is this share of the last
+constexpr double WeightDecay = 0.1;  // ρ after a steady step, in proportion to ρ before
 
 double distance(const Vector& a, const Vector& b) {
     double largest = 0.0;
@@ -56,7 +56,7 @@ void ProximalLoop::begin(Vector x, const WorkingSet& set) {
     reset();
 }
 
-// As if nothing had been done, but for the best point.
+// Forgets all that was done but the best point.
 void ProximalLoop::reset() {
     perturbation_.takeOff();
     stage_ = Stage::Begin;
@@ -111,13 +111,12 @@ ProximalLoop::Next ProximalLoop::beginStep() {
 ProximalLoop::Next ProximalLoop::runOnCore() {
     const Run run = runOfStep();
     effort_.exitCode = run.exitCode;
-    const CoreForm& form = problem_.coreForm();
     switch (run.end) {
         case RunEnd::Optimal: {
             Point point;
-            form.multipliers(run.lambda.data(), point.y, point.z);
+            problem_.coreForm().multipliers(run.lambda.data(), point.y, point.z);
             point.x = run.x;
-            return takeMinimum(std::move(point), form.fromCore(run.set, run.droppedEqualities));
+            return takeMinimum(std::move(point), setOf(run));
         }
         case RunEnd::Infeasible:
             takeClaim(run);
@@ -128,13 +127,19 @@ ProximalLoop::Next ProximalLoop::runOnCore() {
         default:
             if (!run.x.empty()) {
                 centre_ = run.x;
-                set_ = form.fromCore(run.set, run.droppedEqualities);
+                set_ = setOf(run);
             }
             return fail(run.end == RunEnd::NotDefinite ? Failure::NotDefinite : Failure::Core);
     }
 }
 
-// What phase one says of sides that contradict each other.
+// The working set with which a run has ended.
+WorkingSet ProximalLoop::setOf(const Run& run) {
+    const CoreForm& form = problem_.coreForm();
+    return form.fromCore(problem_.scaled, run.set, run.droppedEqualities).workingSet();
+}
+
+// Takes the multipliers of phase one as the claim that sides contradict each other.
 void ProximalLoop::takeClaim(const Run& run) {
     claim_ = {};
     if (run.phaseOneLambda.empty()) {
@@ -148,20 +153,20 @@ void ProximalLoop::takeClaim(const Run& run) {
 }
 
 Run ProximalLoop::runOfStep() {
-    Vector c = problem_.scaled.c;
-    axpy(-rho_, centre_.data(), c.data(), c.size());
-    // What rounding makes of a point far out is no violation.
+    Vector c = proximalSlope(problem_.scaled, rho_, centre_);
+    // The rounding of a point far out is no violation.
     constexpr double ViolationRounding = 1e-14;
     Precision precision = precision_;
     precision.violation =
         std::max(precision.violation, ViolationRounding * largestMagnitude(centre_));
-    return runCore(problem_.coreForm(), problem_.hessianPlus(rho_), c, centre_,
-                   problem_.coreForm().toCore(set_), precision, control_,
+    CoreForm& form = problem_.coreForm();
+    return runCore(form, problem_.hessianPlus(rho_), c, centre_,
+                   form.toCore(Constraints(problem_.scaled, set_)), precision, control_,
                    [this](const double* x) { return problem_.progressAt(x); });
 }
 
-// What a run has reached that was stopped: as it is, for the solution of its working set may lie
-// beyond other constraints. A feasible point is worth more than what was better in another way.
+// Considers what a stopped run has reached, without refinement, since the solution of its working
+// set may violate other constraints. A feasible point replaces any that is better otherwise.
 void ProximalLoop::considerReached(const Run& run) {
     if (run.x.empty() || best_.isProved()) {
         return;
@@ -169,14 +174,14 @@ void ProximalLoop::considerReached(const Run& run) {
     Point point;
     problem_.coreForm().multipliers(run.lambda.data(), point.y, point.z);
     point.x = run.x;
-    const Vector users = problem_.scaling.unscaled({run.x, {}, {}}).x;
+    const Vector users = problem_.scaling.unscaledVariables(run.x);
     if (violation(problem_.user, users).relative <= settings_.tolerance) {
         best_.forget();
     }
-    best_.consider(std::move(point), problem_.coreForm().fromCore(run.set, run.droppedEqualities));
+    best_.consider(std::move(point), setOf(run));
 }
 
-// A minimum of the step: is it one of the problem?
+// Judges a minimum of the step: it may be one of the problem.
 ProximalLoop::Next ProximalLoop::takeMinimum(Point point, const WorkingSet& set) {
     minimum_ = point.x;
     set_ = set;
@@ -202,7 +207,7 @@ ProximalLoop::Next ProximalLoop::takeMinimum(Point point, const WorkingSet& set)
     return recentre();
 }
 
-// The next step: from the minimum, with less weight on staying there.
+// Goes on from the minimum, with a smaller ρ if steps are steady.
 ProximalLoop::Next ProximalLoop::recentre() {
     constexpr double NoStep = 1e-13;
     const double step = distance(minimum_, centre_);

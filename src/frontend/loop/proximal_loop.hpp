@@ -14,7 +14,7 @@
 
 namespace activeset::frontend {
 
-/// How a loop ends. It can go on after each of these but the first and the last.
+/// How a run of the loop ends. It can be resumed after each of these but the first and the last.
 enum class LoopEnd {
     Proved,            ///< the best point is proved
     ClaimsInfeasible,  ///< see claim()
@@ -26,13 +26,13 @@ enum class LoopEnd {
 /// Multipliers by which the rows contradict one another, as far as a run tells.
 struct InfeasibilityClaim {
     Vector y;                  ///< in scaled variables; empty where the run has none
-    bool isPredicted = false;  ///< by a prediction: the core may still find a point
+    bool isPredicted = false;  ///< from a prediction; the core may still find a point
 };
 
 struct Drift {
     Vector direction;        ///< the last step, in scaled variables
-    bool isSteady = false;   ///< it pulled nearly as much as the one before
-    bool isLasting = false;  ///< some steps before did so, too
+    bool isSteady = false;   ///< ρ·‖step‖ fell by less than a factor of ten
+    bool isLasting = false;  ///< so it did in several steps before
 };
 
 /// What a loop has done.
@@ -46,7 +46,7 @@ struct Effort {
 
 class ProximalLoop {
 public:
-    /// Keeps references to all three. Begins nowhere: see begin().
+    /// Keeps references to all three. begin() has to follow.
     ProximalLoop(ProblemCache& problem, const Settings& settings, Control& control);
     ProximalLoop(const ProximalLoop&) = delete;
     ProximalLoop& operator=(const ProximalLoop&) = delete;
@@ -54,23 +54,23 @@ public:
 
     /// Chooses a start, in scaled variables.
     void begin(Vector x, const WorkingSet& set);
-    /// Whether the equations of the first working set have a solution that proves itself. It is not
-    /// asked where a prediction begins with that set anyway.
+    /// Whether the solution of the first working set's equations is a proved optimum. They are not
+    /// solved if a prediction will begin with that set anyway.
     [[nodiscard]] bool provesStart();
-    /// Takes steps until there is something to decide; called again, goes on.
+    /// Takes steps until there is something to decide; called again, it goes on.
     [[nodiscard]] LoopEnd run();
-    /// Begins again, but for the best point: from the origin, then without predictions. False when
+    /// Begins again, keeping the best point: from the origin, then without predictions. False when
     /// nothing is left to try.
     [[nodiscard]] bool startOver();
 
-    /// After Failed: what may help, more weight on staying, sides that are perturbed, or more
+    /// After Failed: prepares what may help, which is a larger ρ, perturbed sides, or more
     /// precision. False when the loop has failed too often.
     [[nodiscard]] bool recover();
-    /// After ClaimsInfeasible: false when that, too, was once too often.
+    /// After a claim that was not proved: counts it as a failure; false when there are too many.
     [[nodiscard]] bool mayGoOn() { return ++failures_ <= MostFailures; }
     /// Goes on from this point, with another form of the constraints for the core.
     void resumeFrom(Vector x, CoreForm form);
-    /// Steps that do not get shorter may be prolonged from now on: they are no ray.
+    /// Lets steps that do not get shorter be prolonged from now on: they are no ray.
     void allowLongSteps() { mayProlong_ = true; }
 
     [[nodiscard]] const InfeasibilityClaim& claim() const { return claim_; }
@@ -101,6 +101,7 @@ private:
     [[nodiscard]] Next predictMinimum();
     [[nodiscard]] Next takePredicted(Point point, const WorkingSet& set);
     [[nodiscard]] Next runOnCore();
+    [[nodiscard]] WorkingSet setOf(const Run& run);
     void takeClaim(const Run& run);
     [[nodiscard]] Run runOfStep();
     void considerReached(const Run& run);
@@ -128,7 +129,7 @@ private:
     double rho_ = 0.0;             ///< weight of the proximal term; 0 for the problem itself
     Precision precision_;          ///< of runs of the core
     double lastForce_ = Infinity;  ///< ρ·‖step‖ of the last step
-    int steadySteps_ = 0;          ///< that pulled nearly as much as the one before
+    int steadySteps_ = 0;  ///< steps in which ρ·‖step‖ fell by less than a factor of ten
     int failures_ = 0;
     int inexactProofs_ = 0;  ///< within the tolerance, not within rounding
 
@@ -138,7 +139,7 @@ private:
     Failure failure_ = Failure::NoProof;
 };
 
-/// The point between the bounds that is nearest to zero, where points have the most digits.
+/// The point between the bounds that is nearest to zero. Points near zero have the most digits.
 [[nodiscard]] Vector originOf(const ProblemData& data);
 
 }  // namespace activeset::frontend

@@ -7,15 +7,15 @@
 
 namespace activeset::frontend {
 
-/// With a small enough weight the first minimum is one of a linear program itself, and without an H
-/// the size of ρ does not touch the condition of the subproblem.
+/// The first ρ. With a small enough weight the first minimum is a minimum of the linear program
+/// itself, and without H the size of ρ does not change the condition of the subproblem.
 [[nodiscard]] inline double firstWeight(const ProblemData& data) {
     constexpr double WeightOfCurvature = 1e-6;
     constexpr double WeightOfLinear = 1e-9;
     return data.quadratic ? WeightOfCurvature * largestMagnitude(data.H) : WeightOfLinear;
 }
 
-/// Less than this is lost in rounding.
+/// The least ρ; less would be lost in rounding.
 [[nodiscard]] inline double leastWeight(const ProblemData& data) {
     constexpr double LeastShare = 1e-10;
     return LeastShare * firstWeight(data);

@@ -11,15 +11,15 @@ namespace activeset::frontend {
 
 namespace {
 
-// By how much a value may be beyond its side, in proportion to 1, the side and, at a point that
-// has been refined, the terms of the value.
+// By how much a value may be beyond its side, in proportion to 1 plus the side and, at a refined
+// point, the terms of the value.
 constexpr double ViolationOnTheWay = 1e-10;
 constexpr double ViolationAtTheEnd = 1e-13;
-// Of the first: by so much a member misses its side where rounding has eaten its equation.
+// A member that misses its side by more than this share of the first one has lost its digits.
 constexpr double MissedShare = 0.1;
-// Violations that may be rounding of a point far out.
+// Violations up to this may be the rounding of a point far out.
 constexpr double LittleViolation = 1e-7;
-// Single steps in a row after which more are to be expected.
+// After so many single steps in a row, more are to be expected.
 constexpr std::size_t MostPulls = 8;
 
 }  // namespace
@@ -45,7 +45,7 @@ DualOutcome BlockDual::run() {
         if (isMinimum(candidates)) {
             end = DualOutcome::Optimal;
         } else if (!seen_.insert(sides_.all()).second) {
-            isStuck = true;  // by rounding
+            isStuck = true;  // rounding has brought a set back
         } else if (W_.size() < data_.n && most_ > 1 && steps_ <= mostSteps &&
                    takesIn(newcomersOf(candidates))) {
             most_ = std::min(2 * most_, mostNewcomers());
@@ -53,7 +53,7 @@ DualOutcome BlockDual::run() {
         } else if (++pulls_ > MostPulls || steps_ > mostSteps) {
             end = DualOutcome::Slow;
         } else {
-            most_ = std::max<std::size_t>(most_ / 2, 1);  // where blocks fail they only cost
+            most_ = std::max<std::size_t>(most_ / 2, 1);  // blocks that fail only cost time
             const Pulled pulled = pull(*std::max_element(
                 candidates.begin(), candidates.end(),
                 [](const Violated& a, const Violated& b) { return a.weighed < b.weighed; }));
@@ -70,7 +70,7 @@ DualOutcome BlockDual::run() {
     return outcome;
 }
 
-// The first set without members that depend on others or have the wrong sign.
+// Drops from the first set what depends on other members, and what has the wrong sign.
 void BlockDual::start() {
     List wanted = sides_.members();
     std::stable_partition(wanted.begin(), wanted.end(),
@@ -92,7 +92,7 @@ void BlockDual::computePoint() {
     x_ = equality_.minimiser(sides_, trial_);
     values_ = sides_.values(x_);
     scales_.assign(values_.size(), 0.0);
-    // Far from the members' sides, as where H is nearly singular, t and Gλ have cancelled.
+    // Where x is far from the members' sides, t and Gλ have cancelled: H is nearly singular.
     const bool isMissed = std::any_of(W_.begin(), W_.end(), [this](std::size_t k) {
         const double target = sides_.target(k);
         return std::abs(values_[k] - target) >
@@ -104,8 +104,8 @@ void BlockDual::computePoint() {
     }
 }
 
-// Where little or nothing is violated the point is refined, and judged by what rounding leaves of
-// it then; where the set comes back that was judged so, by what a proof allows.
+// If little or nothing is violated, refines the point and looks again, to within rounding. A set
+// that comes back after that is accepted to within what a proof allows.
 bool BlockDual::isMinimum(std::vector<Violated>& candidates) {
     const bool isLittle =
         std::all_of(candidates.begin(), candidates.end(),
@@ -156,7 +156,8 @@ std::size_t BlockDual::mostNewcomers() const {
                     static_cast<std::size_t>(NewcomersPerVariable * static_cast<double>(data_.n)));
 }
 
-// The worst, of those that are not much better than the worst, and no more than there is room for.
+// The worst of the violated constraints: those not much better than the very worst, and no more
+// than there is room for.
 std::vector<BlockDual::Violated> BlockDual::newcomersOf(std::vector<Violated> candidates) const {
     constexpr double ShareOfWorst = 0.2;
     const auto isWorse = [](const Violated& a, const Violated& b) {

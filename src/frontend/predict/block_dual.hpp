@@ -15,10 +15,10 @@ namespace activeset::frontend {
 
 /// After Goldfarb and Idnani (1983), from those members of a first set whose multipliers have the
 /// right signs. Each step takes in the worst violated constraints together and drops whatever gets
-/// a multiplier of the wrong sign, as long as the dual objective rises; where it does not, they
-/// come in along a path on which it cannot fall, and at last one by one. So no set comes twice but
-/// for rounding, against which there is a limit of steps; and where they keep coming one by one
-/// the method ends, for one with other factors to go on.
+/// a multiplier of the wrong sign, as long as the dual objective rises. Where it does not, they
+/// come in along a path on which it cannot fall, and at last one by one. So only rounding can bring
+/// a set back, and a limit of steps guards against that. Where constraints keep coming one by one
+/// the method ends, and a method with orthogonal factors goes on.
 class BlockDual {
 public:
     /// @param first  equalities, and constraints that may be active
@@ -75,7 +75,7 @@ private:
     Vector values_;                     // of all constraints at x
     Vector scales_;                     // Σ |a_j·x_j| of rows where x is refined, else 0
     std::set<std::vector<Side>> seen_;  // sets that were left behind
-    std::vector<bool> isIgnored_;       // depends on W, and is where W puts it
+    std::vector<bool> isIgnored_;       // depends on W, which puts it on its side
     std::size_t most_ = 0;              // newcomers in a step
     std::size_t pulls_ = 0;             // since blocks were taken in
     std::size_t steps_ = 0;

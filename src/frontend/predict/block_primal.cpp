@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t MostFreed = 8;  // in a step
 
-/// x moved along the row by so much, inside the bounds.
+/// Entry j of x + t·a, a the row, moved between its bounds.
 double shifted(const ProblemData& data, const Vector& x, std::size_t j, double t) {
     return std::min(std::max(x[j] + t * data.A[j], data.lower[j]), data.upper[j]);
 }
@@ -76,8 +76,8 @@ bool BlockPrimal::run() {
     return false;
 }
 
-// On the curve of the points nearest to x inside the bounds of x + t·a the row's value rises with
-// t: where it is what it is to be, by bisection.
+// The points x + t·a, moved between the bounds, form a curve on which the row's value rises with t.
+// Bisection finds the t at which the value is the right one.
 bool BlockPrimal::findFeasiblePoint() {
     constexpr int MostHalvings = 200;
     constexpr double FarthestShift = 1e30;
@@ -113,7 +113,7 @@ bool BlockPrimal::findFeasiblePoint() {
     return true;
 }
 
-// Over the free variables, of which those that reach a bound become fixed.
+// Minimises over the free variables. Those that reach a bound become fixed.
 bool BlockPrimal::minimise() {
     while (!control_.mustEnd()) {
         const bool isRowFree = std::any_of(F_.begin(), F_.end(),
@@ -134,7 +134,7 @@ bool BlockPrimal::minimise() {
     return false;
 }
 
-// Newton's step, or as much of it as the bounds let.
+// Takes Newton's step, or as much of it as the bounds allow.
 BlockPrimal::Step BlockPrimal::takeStep() {
     const Vector p = direction();
     double alpha = 1.0;
@@ -183,9 +183,9 @@ Vector BlockPrimal::direction() {
     return p;
 }
 
-// Where nothing can move, variables that would leave their bounds the wrong way become fixed again;
-// if the worst of those that were freed is among them, all at bounds but that one: by itself it
-// goes the right way.
+// If nothing can move, fixes variables again that would go beyond their bounds. If the worst of the
+// variables that were freed is among them, fixes all others at bounds: by itself that one moves the
+// right way.
 BlockPrimal::Step BlockPrimal::fixBlocked(const Vector& reach) {
     List staying;
     bool isWorstBlocked = false;
@@ -206,8 +206,9 @@ BlockPrimal::Step BlockPrimal::fixBlocked(const Vector& reach) {
     return isStuck ? Step::Stuck : Step::Blocked;
 }
 
-// The multiplier of a row in which no free variable has an entry: between what those at bounds
-// allow, or between the two that contradict each other most.
+// The multiplier of a row in which no free variable has an entry. Variables at bounds allow an
+// interval, whose middle is taken; if they allow none, the middle between the two that contradict
+// each other most.
 double BlockPrimal::chooseMultiplier() const {
     double least = -Infinity;
     double most = Infinity;
@@ -229,7 +230,7 @@ double BlockPrimal::chooseMultiplier() const {
     return least > -Infinity ? least : most < Infinity ? most : 0.0;
 }
 
-// The fixed variables that would lower the objective most, of each by itself.
+// The fixed variables each of which, freed alone, would lower the objective most.
 BlockPrimal::List BlockPrimal::mostWrong() const {
     constexpr double SlopeRounding = 1e-13;
     std::vector<std::pair<double, std::size_t>> candidates;

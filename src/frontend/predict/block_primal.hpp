@@ -12,19 +12,20 @@
 
 namespace activeset::frontend {
 
-/// From a feasible point, the minimum over the free variables F is approached by Newton steps as
-/// far as the bounds let, variables that block becoming fixed; then the fixed variables whose
-/// multipliers are worst become free together. The objective falls all along, so it ends where
-/// exchanging all at once goes round in circles: where H is nearly singular.
+/// Starts at a feasible point. Newton steps over the free variables F go as far as the bounds
+/// allow, and variables that block become fixed, until the minimum over F is reached. Then the
+/// fixed variables with the worst multipliers become free together. The objective falls in every
+/// step, so the method ends also where exchanging all at once cycles, as it does for a nearly
+/// singular H.
 class BlockPrimal {
 public:
     /// Whether there are only bounds and at most one row, an equality.
     [[nodiscard]] static bool suits(const ProblemData& data);
 
-    /// @param first  of its bounds the start is made
+    /// @param first  its bounds give the start
     BlockPrimal(Subproblem& problem, Constraints first, Control& control);
 
-    /// Whether no multiplier has the wrong sign any more, but for rounding.
+    /// True at a minimum: no multiplier has the wrong sign, but for rounding.
     [[nodiscard]] bool run();
     [[nodiscard]] std::size_t steps() const { return steps_; }
     /// After a success.

@@ -1,4 +1,4 @@
-// One constraint at a time, the dual objective rising.
+// One constraint at a time; the dual objective rises.
 #include "frontend/predict/dual_active_set.hpp"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ constexpr std::size_t None = std::numeric_limits<std::size_t>::max();
 
 // A row depends on the members if they leave it less than this part of its mobility.
 constexpr double DependentMobility = 1e-18;
-// Steps after which x and the multipliers are computed anew, so that no rounding adds up.
+// After so many steps x and the multipliers are computed anew, so that rounding does not add up.
 constexpr std::size_t StepsBetweenMinimisations = 32;
 
 /// The constraint that is being pulled to its side.
@@ -59,7 +59,7 @@ public:
     }
 
 private:
-    // The factors may have left out members of the guess.
+    // Lets go of members of the guess that the factors have left out.
     void holdMembersOnly() {
         std::vector<Side> held(sides_.count(), Side::None);
         for (const std::size_t member : factors_.members()) {
@@ -79,7 +79,7 @@ private:
         sinceMinimisation_ = 0;
     }
 
-    // Members whose multipliers have the wrong sign go.
+    // Drops members whose multipliers have the wrong sign.
     void makeDualFeasible() {
         bool isFeasible = false;
         while (!isFeasible && !control_.mustEnd()) {
@@ -96,7 +96,7 @@ private:
         }
     }
 
-    // Equalities that depend on others are no members, and may yet contradict them.
+    // Equalities that depend on others are not members, but they may contradict them.
     [[nodiscard]] Entering mostViolated() const {
         const Vector values = sides_.values(x_);
         Entering worst;
@@ -114,7 +114,7 @@ private:
         return worst;
     }
 
-    // Brings a constraint to its side. False when nothing can: the multipliers then prove it.
+    // Brings a constraint to its side. False if nothing can; the multipliers then prove it.
     bool pull(Entering& entering) {
         entering.outward = sides_.row(entering.constraint);
         for (double& entry : entering.outward) {
@@ -156,7 +156,7 @@ private:
         return std::max(0.0, value - entering.sign * entering.target);
     }
 
-    // How far the multipliers may change, and which one becomes zero then.
+    // How far the multipliers may change until one becomes zero, and which one.
     [[nodiscard]] std::pair<double, std::size_t> firstSignChange(const Vector& change) const {
         std::pair<double, std::size_t> first{Infinity, None};
         for (std::size_t k = 0; k < change.size(); ++k) {
@@ -192,8 +192,8 @@ private:
         multipliers_.erase(multipliers_.begin() + static_cast<std::ptrdiff_t>(k));
     }
 
-    // A row that depends on the members is −Wᵀ·change, and has the value that theirs combine to,
-    // wherever x is: what rounding makes of a point far out does not enter.
+    // A row that depends on the members is −Wᵀ·change. Its value is that combination of their
+    // sides, whatever x is, so the rounding of a point far out does not matter.
     [[nodiscard]] bool isImplied(const Entering& entering) const {
         const Vector change = factors_.change(image_);
         double value = 0.0;
@@ -206,7 +206,7 @@ private:
         return value - entering.sign * entering.target <= ImpliedTolerance * scale;
     }
 
-    // outward + Wᵀ·change = 0 while no multiplier gets the wrong sign.
+    // outward + Wᵀ·change = 0, and no multiplier has the wrong sign.
     void contradict(const Entering& entering, const Vector& change) {
         multipliers_ = change;
         contradicted_ = entering.constraint;
@@ -231,7 +231,7 @@ private:
     Constraints sides_;
     Control& control_;
     DualFactors factors_;
-    std::vector<bool> isIgnored_;  // depends on the members, and is where they put it
+    std::vector<bool> isIgnored_;  // depends on the members, which put it on its side
     Vector x_;
     Vector multipliers_;  // of the members
     Vector image_;        // of the entering constraint

@@ -11,9 +11,9 @@
 namespace activeset::frontend {
 
 /// After Goldfarb and Idnani (1983), from the members of a guess whose multipliers have the right
-/// signs. In each step the most violated constraint is pulled to its side; its multiplier grows,
-/// and a member whose multiplier would change its sign on the way has to go first. The dual
-/// objective rises with every constraint that arrives, so that no set comes twice.
+/// signs. Each step pulls the most violated constraint to its side. Its multiplier grows, and a
+/// member leaves when its own multiplier reaches zero. The dual objective rises with every
+/// constraint that arrives, so no set comes back.
 ///
 /// @param factor  the upper Cholesky factor of H
 [[nodiscard]] DualOutcome solveDual(const ProblemData& data,

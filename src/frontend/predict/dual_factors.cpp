@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "frontend/algebra/dense_views.hpp"
 #include "host/lapack.hpp"
 #include "host/rotations.hpp"
 
@@ -15,19 +16,7 @@ namespace {
 // A column of R whose diagonal entry is this part of its length depends on those before it.
 constexpr double DependentDiagonal = 1e-9;
 
-Block columnsOf(Dense& matrix, std::size_t first, std::size_t count) {
-    return {matrix.column(first), matrix.rows, count};
-}
-
-ConstBlock columnsOf(const Dense& matrix, std::size_t first, std::size_t count) {
-    return {matrix.column(first), matrix.rows, count};
-}
-
-ConstBlock triangle(const Dense& matrix, std::size_t order) {
-    return {matrix.values.data(), order, order, matrix.rows};
-}
-
-// Those with equal sides first.
+// Constraints with equal sides come first.
 std::vector<std::size_t> orderedMembers(const Constraints& sides) {
     std::vector<std::size_t> members = sides.members();
     std::stable_partition(members.begin(), members.end(),
@@ -71,7 +60,7 @@ void DualFactors::dropDependentMembers() {
     }
 }
 
-// Of a bound, or of a row with few entries, only few rows of J are read.
+// For a bound, or a row with few entries, it reads only a few rows of J.
 Vector DualFactors::image(const Vector& row) const {
     std::vector<std::size_t> entries;
     for (std::size_t i = 0; i < n_; ++i) {
@@ -109,7 +98,7 @@ Vector DualFactors::change(const Vector& image) const {
     Vector result(q);
     std::transform(image.begin(), image.begin() + static_cast<std::ptrdiff_t>(q), result.begin(),
                    [](double entry) { return -entry; });
-    lapack::trtrs(triangle(R_, q), {result.data(), q, 1});
+    lapack::trtrs(leadingBlock(R_, q), {result.data(), q, 1});
     return result;
 }
 
@@ -128,7 +117,7 @@ void DualFactors::insert(std::size_t member, Vector image) {
     members_.push_back(member);
 }
 
-// Without column k, R has a subdiagonal from there on.
+// Without column k, R has a subdiagonal from column k on; rotations clear it.
 void DualFactors::remove(std::size_t k, Vector& image) {
     members_.erase(members_.begin() + static_cast<std::ptrdiff_t>(k));
     const std::size_t q = members_.size();
@@ -153,7 +142,7 @@ void DualFactors::remove(std::size_t k, Vector& image) {
 // w + Jᵀc + [R·multipliers; 0] = 0.
 void DualFactors::minimise(const Vector& c, Vector targets, Vector& x, Vector& multipliers) const {
     const std::size_t q = members_.size();
-    lapack::trtrsTransposed(triangle(R_, q), {targets.data(), q, 1});
+    lapack::trtrsTransposed(leadingBlock(R_, q), {targets.data(), q, 1});
     Vector w = image(c);
     multipliers.assign(q, 0.0);
     for (std::size_t k = 0; k < n_; ++k) {
@@ -164,7 +153,7 @@ void DualFactors::minimise(const Vector& c, Vector targets, Vector& x, Vector& m
             w[k] = -w[k];
         }
     }
-    lapack::trtrs(triangle(R_, q), {multipliers.data(), q, 1});
+    lapack::trtrs(leadingBlock(R_, q), {multipliers.data(), q, 1});
     x.assign(n_, 0.0);
     addProduct(J_, w, x);
 }

@@ -15,8 +15,8 @@ namespace activeset::frontend {
 /// or goes turns columns of J and rows of R, O(n²).
 class DualFactors {
 public:
-    /// The constraints that `sides` holds, equalities first, at most n; without those that depend
-    /// on others before them.
+    /// Takes in the constraints that `sides` holds, equalities first, at most n, but for those that
+    /// depend on others before them.
     ///
     /// @param factor  U of H = UᵀU, in the upper triangle
     DualFactors(const Dense& factor, const Constraints& sides);

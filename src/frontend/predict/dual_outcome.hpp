@@ -14,8 +14,8 @@ struct DualOutcome {
     enum End {
         Optimal,
         Infeasible,  ///< Aᵀy + z = 0, and the sides that y and z stand for contradict one another
-        Slow,    ///< constraints come one by one now; the set has multipliers of the right signs
-        Stopped  ///< by the control, by the limit of steps or by rounding
+        Slow,        ///< constraints come one by one; the multipliers have the right signs
+        Stopped      ///< by the control, by the limit of steps or by rounding
     } end = Stopped;
     Constraints sides;  ///< holds the working set
     Point point;

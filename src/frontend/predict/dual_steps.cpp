@@ -1,5 +1,5 @@
-// How the block dual method changes its working set: several constraints at once, along a path, or
-// one by one.
+// How the block dual method changes its working set: by several constraints at once, along a path,
+// or by one.
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -9,7 +9,7 @@
 
 namespace activeset::frontend {
 
-// Solves for a set. Those that depend on others leave it, the others get the order of the factor.
+// Solves for a set. Members that depend on others leave it; the others take the factor's order.
 void BlockDual::solve(List& wanted) {
     ++steps_;
     equality_.setMembers(wanted);
@@ -28,9 +28,9 @@ void BlockDual::solve(List& wanted) {
 }
 
 // Whether Φ is higher for the members and their multipliers λ' than for W and λ. It is concave, and
-// the misses a·x − side of each set's minimum are its slopes there, 0 for members: so it rises by
-// Σ λ'_k·miss_k over newcomers, less Σ λ_k·miss'_k over those that left. The difference of the two
-// values would drown in rounding where H is nearly singular.
+// its slopes are a·x − side at each set's minimum, 0 for members. So it rises by Σ λ'_k·slope_k
+// over newcomers minus Σ λ_k·slope'_k over those that left. The difference of the two values would
+// drown in rounding where H is nearly singular.
 bool BlockDual::hasRisen(const Constraints& before) const {
     constexpr double RiseRounding = 1e-12;
     const List& V = equality_.members();
@@ -73,7 +73,7 @@ void BlockDual::release(std::size_t constraint) {
     ignoreNothing();  // what depended on it may move now
 }
 
-// Drops whatever has the wrong sign until nothing has.
+// Drops members with the wrong sign until there are none.
 void BlockDual::dropUntilRight(List wanted) {
     for (;;) {
         solve(wanted);
@@ -92,9 +92,10 @@ void BlockDual::dropUntilRight(List wanted) {
     }
 }
 
-// From the multipliers of W, zero for newcomers, straight towards those of the whole set, as far as
-// no sign changes; what is zero there leaves, and so on. Φ rises all along, as it is concave and
-// highest at each end. At the start newcomers of the wrong sign leave together.
+// Goes from the multipliers of W, which are zero for newcomers, straight towards those of the whole
+// set, until a sign would change. Members that are zero there leave, and so on. Φ rises on the way,
+// because it is concave and the end is its maximum. At the start newcomers with the wrong sign
+// leave together.
 void BlockDual::followPath(List wanted) {
     Vector current = lambda_;
     for (;;) {
@@ -127,7 +128,7 @@ void BlockDual::followPath(List wanted) {
     }
 }
 
-// Several violated constraints at once. False, nothing changed, where that does not raise Φ.
+// Takes in several violated constraints at once. False, with nothing changed, if Φ does not rise.
 bool BlockDual::takesIn(const std::vector<Violated>& newcomers) {
     const Constraints before = sides_;
     const auto wanted = [&] {
@@ -156,8 +157,8 @@ bool BlockDual::takesIn(const std::vector<Violated>& newcomers) {
     return true;
 }
 
-// Goldfarb and Idnani's step. Per unit of its multiplier q moves by its own part of ‖g_q‖², and the
-// multipliers of W by −r.
+// Goldfarb and Idnani's step. Per unit of its multiplier, constraint q moves by what the members
+// leave of ‖g_q‖², and the multipliers of W change by −r.
 BlockDual::Pulled BlockDual::pull(const Violated& entering) {
     const std::size_t q = entering.constraint;
     const double sign = entering.side == Side::Upper ? 1.0 : -1.0;
@@ -211,8 +212,8 @@ BlockDual::Pulled BlockDual::enter(const Violated& entering) {
     return isHeld ? Pulled::Held : Pulled::Stuck;
 }
 
-// A constraint that depends on W has the value that the values of W combine to, wherever x is: what
-// rounding makes of a point far out does not enter.
+// A constraint that depends on W has the value that the sides of W combine to, whatever x is, so
+// the rounding of a point far out does not matter.
 bool BlockDual::isImplied(const Violated& entering, const Vector& r) const {
     const std::size_t q = entering.constraint;
     const double sign = entering.side == Side::Upper ? 1.0 : -1.0;
@@ -227,7 +228,7 @@ bool BlockDual::isImplied(const Violated& entering, const Vector& r) const {
     return sign * (value - target) <= ImpliedTolerance * scale;
 }
 
-// a_q = Wᵀr while no multiplier gets the wrong sign.
+// a_q = Wᵀr, and no multiplier has the wrong sign.
 void BlockDual::contradict(const Violated& entering, Vector r) {
     equality_.refineDependence(entering.constraint, r);
     const double sign = entering.side == Side::Upper ? 1.0 : -1.0;

@@ -6,18 +6,11 @@
 #include <iterator>
 #include <utility>
 
+#include "frontend/algebra/dense_views.hpp"
 #include "frontend/problem/extended_sums.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {
-
-namespace {
-
-ConstBlock viewOf(const Dense& matrix) {
-    return {matrix.values.data(), matrix.rows, matrix.cols};
-}
-
-}  // namespace
 
 EqualityProblem::EqualityProblem(Subproblem& problem)
     : data_(problem.data()),
@@ -160,7 +153,7 @@ EqualityProblem::Dependence EqualityProblem::dependenceOf(std::size_t q) {
     WorkingFactor::Projection projection = working_.projectionOf(q);
     working_.solveUpper(projection.u.data());
     if (projection.own == 0.0) {
-        // Of a combination that is exact, what is rounding beside q itself.
+        // Coefficients whose terms are rounding beside q itself become zero.
         constexpr double CombinationRounding = 1e-11;
         const double whole = columns_.inner(q, q);
         for (std::size_t k = 0; k < projection.u.size(); ++k) {

@@ -19,30 +19,29 @@ public:
     explicit EqualityProblem(Subproblem& problem);
 
     [[nodiscard]] const List& members() const { return working_.members(); }
-    /// Makes members of the constraints in a list but for those that depend on others before them.
+    /// Makes the constraints of a list members, but for those that depend on others before them.
     void setMembers(const List& wanted);
-    /// λ, an entry a member, of the values that `sides` holds them at.
+    /// λ, one entry a member, for the sides at which they are held.
     void solve(const Constraints& sides, Vector& multipliers) const;
     /// x for these λ.
     [[nodiscard]] Vector minimiser(const Constraints& sides, const Vector& multipliers) const;
-    /// What constraints that were members make of the x for these λ.
+    /// The values, at the x for these λ, of constraints that were members.
     [[nodiscard]] Vector valuesOf(const List& constraints, const Vector& multipliers) const;
-    /// Corrects both for what x misses of the members' sides, given the values of all constraints.
+    /// Corrects both so that x meets the members' sides; `values` are those of all constraints.
     void moveToSides(const Constraints& sides,
                      const Vector& values,
                      Vector& x,
                      Vector& multipliers) const;
-    /// Corrects both for what is left of the equations in extended precision.
+    /// Corrects both by the residuals of the equations, formed in extended precision.
     void refine(const Constraints& sides, Vector& x, Vector& multipliers) const;
 
     /// What constraint q has in common with the members.
     struct Dependence {
-        Vector r;  ///< S⁻¹Gᵀg_q: if q depends on them, it is Wᵀr, without rounding's entries
+        Vector r;  ///< S⁻¹Gᵀg_q: if q depends on them, a_q = Wᵀr, entries of rounding being zero
         double own = 0.0;  ///< what the members leave of ‖g_q‖², 0 where q depends on them
     };
     [[nodiscard]] Dependence dependenceOf(std::size_t q);
-    /// Corrects the entries of r that are not 0 for what is left of a_q − Wᵀr in extended
-    /// precision.
+    /// Corrects the entries of r that are not 0 by a_q − Wᵀr, formed in extended precision.
     void refineDependence(std::size_t q, Vector& r) const;
 
 private:

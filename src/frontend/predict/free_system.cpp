@@ -3,17 +3,10 @@
 
 #include <utility>
 
+#include "frontend/algebra/dense_views.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {
-
-namespace {
-
-ConstBlock viewOf(const Dense& matrix) {
-    return {matrix.values.data(), matrix.rows, matrix.cols};
-}
-
-}  // namespace
 
 bool FreeSystem::setSets(const List& F, const List& R) {
     if (isFactorised_ && F == F_ && R == R_) {
@@ -41,7 +34,7 @@ bool FreeSystem::factoriseFree() {
 }
 
 bool FreeSystem::factoriseRows() {
-    constexpr double DependentSchurPivot = 1e-13;  // of the largest diagonal entry
+    constexpr double DependentSchurPivot = 1e-13;  // in proportion to the largest diagonal entry
     Q_ = Dense(F_.size(), R_.size());
     for (std::size_t k = 0; k < F_.size(); ++k) {
         const double* column = data_.columnOfA(F_[k]);

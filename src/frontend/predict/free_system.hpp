@@ -20,7 +20,7 @@ public:
     /// Keeps a reference.
     explicit FreeSystem(const ProblemData& data) : data_(data) {}
 
-    /// False, and nothing may be solved, where rounding leaves one of the factors without a pivot.
+    /// False if a pivot is lost to rounding; nothing may be solved then.
     [[nodiscard]] bool setSets(const List& F, const List& R);
     [[nodiscard]] const List& free() const { return F_; }
     [[nodiscard]] const List& rows() const { return R_; }

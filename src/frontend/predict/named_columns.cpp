@@ -32,7 +32,7 @@ void NamedColumns::name(const List& wanted, const List& kept) {
     }
     const std::size_t n = data_.n;
     const std::size_t total = count_ + missing.size();
-    // What fails for want of memory leaves the columns that there are as they are.
+    // An allocation that fails leaves the present columns as they are.
     columns_.values.grow(n * total);
     columns_.cols = total;
     growInner(total);
@@ -47,7 +47,7 @@ void NamedColumns::name(const List& wanted, const List& kept) {
     }
 }
 
-// Moves what stays to the front, in the order that it had.
+// Moves the columns that stay to the front, in their order.
 void NamedColumns::keepOnly(const List& kept) {
     std::vector<std::size_t> constraintAt(count_, None);
     for (const std::size_t k : kept) {
@@ -86,7 +86,7 @@ void NamedColumns::growInner(std::size_t count) {
     inner_ = std::move(grown);
 }
 
-// Of the columns behind the first count_ with all.
+// Forms the products of the columns behind the first count_ with all columns.
 void NamedColumns::formInner(std::size_t added) {
     const std::size_t order = inner_.rows;
     const ConstBlock fresh(columns_.column(count_), data_.n, added);
@@ -104,7 +104,7 @@ void NamedColumns::formInner(std::size_t added) {
     }
 }
 
-// How many members of the list, from the first, lie side by side.
+// How many columns of the list, from place `first` on, lie side by side.
 std::size_t NamedColumns::runLength(const List& list, std::size_t first) const {
     std::size_t length = 1;
     while (first + length < list.size() &&

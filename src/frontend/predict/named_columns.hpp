@@ -1,5 +1,5 @@
-// The images L⁻¹a of constraints, H = L·Lᵀ, with their inner products: what the block dual method
-// needs of a constraint, formed when it is first named and kept.
+// The images L⁻¹a of constraints, H = L·Lᵀ, and their inner products: what the block dual method
+// needs of a constraint. They are formed when the constraint is first named, and kept.
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_NAMED_COLUMNS_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_NAMED_COLUMNS_HPP
 
@@ -25,8 +25,8 @@ public:
     NamedColumns(const ProblemData& data, const Dense& factor);
 
     [[nodiscard]] std::size_t constraints() const { return place_.size(); }
-    /// Forms the columns that are missing, all at once. Where they would become too many, all go
-    /// but those of `wanted` and `kept`.
+    /// Forms the columns that are missing, all at once. If there would be too many, those of
+    /// neither `wanted` nor `kept` go.
     void name(const List& wanted, const List& kept);
 
     /// g_iᵀg_k; both are named.

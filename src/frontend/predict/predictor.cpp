@@ -13,8 +13,8 @@ namespace activeset::frontend {
 
 namespace {
 
-// Bounds by the free variables, and few rows beside them. Rows that may come and go mislead a
-// guess; equalities only cost.
+// Whether the problem has few rows beside its bounds, so that a guess is worth while. Rows that may
+// come and go mislead it; equalities only cost time.
 bool areRowsFew(const ProblemData& data, const Constraints& start) {
     constexpr std::size_t VariablesPerRow = 8;
     constexpr std::size_t VariablesPerEquality = 3;
@@ -26,7 +26,7 @@ bool areRowsFew(const ProblemData& data, const Constraints& start) {
            VariablesPerEquality * equalities <= data.n;
 }
 
-// The point of the orthogonal factors, once more by the equations of its working set.
+// Computes the point of the orthogonal factors again, by the equations of its working set.
 void refine(Subproblem& problem, DualOutcome& outcome, Control& control) {
     const Polishing polishing(control);
     EqualityProblem equality(problem);

@@ -12,8 +12,8 @@ namespace activeset::frontend {
 struct Prediction {
     /// The point violates nothing, its multipliers have their signs.
     bool isSettled = false;
-    /// Instead: y and z of the point are multipliers by which the constraints contradict each
-    /// other.
+    /// The constraints contradict each other: y and z of the point are the multipliers that show
+    /// it.
     bool isInfeasible = false;
     Point point;
     WorkingSet set;

@@ -139,7 +139,7 @@ bool PrimalDualGuess::solve() {
     return true;
 }
 
-// The number of constraints that come, go or change sides.
+// Exchanges all that is wrong. Returns how many constraints come, go or change sides.
 std::size_t PrimalDualGuess::exchange() {
     std::size_t changes = exchangeRows();
     for (std::size_t j = 0; j < data_.n; ++j) {
@@ -175,7 +175,7 @@ std::size_t PrimalDualGuess::exchangeRows() {
     return changes;
 }
 
-// The equations again, for what is left of their residuals in extended precision.
+// Solves the equations again for their residuals, formed in extended precision.
 void PrimalDualGuess::refine() {
     constexpr int MostCorrections = 4;
     const Polishing polishing(control_);
@@ -205,7 +205,7 @@ void PrimalDualGuess::refine() {
         for (std::size_t i = 0; i < R.size(); ++i) {
             point_.y[R[i]] += r[i];
         }
-        // What the step adds to the gradient is small; double precision does.
+        // The step changes the gradient by little, so double precision is enough.
         Vector change(data_.n, 0.0);
         addHessianColumns(data_, F, step.data(), change.data());
         for (std::size_t j = 0; j < data_.n; ++j) {

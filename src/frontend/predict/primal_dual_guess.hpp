@@ -13,15 +13,15 @@ namespace activeset::frontend {
 ///
 ///     H_FF·x_F + A_RFᵀy = −c_F − H_FB·x_B,   A_RF·x_F = b_R − A_RB·x_B.
 ///
-/// Then free variables beyond a bound go to it, those at a bound whose multiplier has the wrong
-/// sign become free, rows come and go likewise. That ends after a few rounds or not at all.
+/// Then free variables beyond a bound go to it, and variables at a bound whose multiplier has the
+/// wrong sign become free; so do rows. This ends after a few rounds or not at all.
 class PrimalDualGuess {
 public:
     /// @param first  where to begin; with equalities alone a few sweeps of coordinate descent on
     ///               the bounds choose the start
     PrimalDualGuess(Subproblem& problem, const Constraints& first, Control& control);
 
-    /// Whether a round has changed nothing, so that the point is the minimum.
+    /// True once a round has changed nothing: the point is the minimum.
     [[nodiscard]] bool run();
     [[nodiscard]] std::size_t rounds() const { return rounds_; }
     /// After a success.

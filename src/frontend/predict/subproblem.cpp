@@ -12,19 +12,6 @@ namespace {
 // diagonal entry.
 constexpr double SafePivot = 1e-15;
 
-ProblemData shifted(const ProblemData& problem, double rho) {
-    if (!(rho > 0.0)) {
-        return {};
-    }
-    ProblemData result = problem;
-    result.H.grow(result.n * result.n);
-    for (std::size_t j = 0; j < result.n; ++j) {
-        result.H[j * result.n + j] += rho;
-    }
-    result.quadratic = true;
-    return result;
-}
-
 Dense hessianOf(const ProblemData& data) {
     if (!data.quadratic) {
         return {data.n, data.n};
@@ -37,10 +24,16 @@ Dense hessianOf(const ProblemData& data) {
 
 }  // namespace
 
+Vector proximalSlope(const ProblemData& data, double rho, const Vector& centre) {
+    Vector c = data.c;
+    axpy(-rho, centre.data(), c.data(), c.size());
+    return c;
+}
+
 Subproblem::Subproblem(const ProblemData& problem, double rho)
     : problem_(problem),
       rho_(rho),
-      shifted_(shifted(problem, rho)),
+      shifted_(rho > 0.0 ? shifted(problem, rho) : ProblemData()),
       factor_(hessianOf(data())),
       isDefinite_(factoriseUpper(factor_, SafePivot * static_cast<double>(problem.n))),
       sets_(std::in_place, data(), factor_) {}
@@ -53,8 +46,7 @@ void Subproblem::setCentre(const Vector& centre) {
     if (!(rho_ > 0.0)) {
         return;
     }
-    shifted_.c = problem_.c;
-    axpy(-rho_, centre.data(), shifted_.c.data(), centre.size());
+    shifted_.c = proximalSlope(problem_, rho_, centre);
     shifted_.rowLower = problem_.rowLower;
     shifted_.rowUpper = problem_.rowUpper;
     shifted_.lower = problem_.lower;

@@ -16,8 +16,11 @@ namespace activeset::frontend {
 /// their terms: it leaves nothing but rounding.
 inline constexpr double SmallResidual = 1e-11;
 
-/// ½xᵀHx + cᵀx + ½ρ‖x − centre‖² under the constraints of a problem. What is formed of its matrices
-/// stays valid while only vectors of the problem change, and from centre to centre.
+/// c − ρ·centre, the linear term of ½xᵀHx + cᵀx + ½ρ‖x − centre‖².
+[[nodiscard]] Vector proximalSlope(const ProblemData& data, double rho, const Vector& centre);
+
+/// ½xᵀHx + cᵀx + ½ρ‖x − centre‖² under the constraints of a problem. What is formed of the matrices
+/// stays valid while only vectors of the problem, and the centre, change.
 class Subproblem {
 public:
     /// Keeps a reference to the problem, whose matrices must not change.
@@ -31,7 +34,7 @@ public:
     [[nodiscard]] bool isDefinite() const { return isDefinite_; }
     /// Takes over the vectors of the problem and the centre, which counts for ρ > 0 only.
     void setCentre(const Vector& centre);
-    /// Leaves the factor, and nothing of the constraints that were looked at.
+    /// Keeps the factor, and forgets the constraints that were looked at.
     void forget();
 
     [[nodiscard]] const ProblemData& data() const { return rho_ > 0.0 ? shifted_ : problem_; }
@@ -40,8 +43,8 @@ public:
     [[nodiscard]] NamedColumns& columns() { return sets_->columns; }
     [[nodiscard]] WorkingFactor& working() { return sets_->working; }
     [[nodiscard]] FreeSystem& freeSystem() { return sets_->free; }
-    /// Of each constraint a, 1/√Σ a_j²/H_jj; 1 for one without entries. By it violations of
-    /// different constraints compare: an estimate of the length of a in the norm of H⁻¹.
+    /// 1/√(Σ a_j²/H_jj) for each constraint a, 1 for one without entries: the inverse of an
+    /// estimate of its length in the norm of H⁻¹. Violations times their weights can be compared.
     [[nodiscard]] const Vector& weights();
 
 private:

@@ -6,19 +6,16 @@
 #include <iterator>
 #include <utility>
 
+#include "frontend/algebra/dense_views.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {
 
 namespace {
 
-// Where no more than this part of the square of a column is left beside the others, the difference
-// that says so has lost too many digits.
+// If no more than this part of a column's squared length is left beside the others, the difference
+// that tells so has lost too many digits.
 constexpr double DoubtfulPivot = 1e-10;
-
-ConstBlock triangle(const Dense& matrix, std::size_t order) {
-    return {matrix.values.data(), order, order, matrix.rows};
-}
 
 }  // namespace
 
@@ -31,7 +28,7 @@ void WorkingFactor::setMembers(const List& wanted) {
 }
 
 void WorkingFactor::keepOnly(const List& wanted) {
-    // A factorisation works by blocks, where rotations take one column after the other.
+    // A factorisation works by blocks; rotations take one column after the other.
     constexpr std::size_t ColumnsPerRotation = 24;
     std::vector<bool> isWanted(isMember_.size(), false);
     for (const std::size_t k : wanted) {
@@ -62,8 +59,8 @@ void WorkingFactor::keepOnly(const List& wanted) {
     append(behind);
 }
 
-// Without column k the rest of R has a subdiagonal. Rotations of neighbouring rows clear it; each
-// column first takes those of the columns before it.
+// Without column k the rest of R has a subdiagonal, which rotations of neighbouring rows clear.
+// Each column is first turned by the rotations of the columns before it.
 void WorkingFactor::remove(std::size_t k) {
     isMember_[members_[k]] = false;
     members_.erase(members_.begin() + static_cast<std::ptrdiff_t>(k));
@@ -95,7 +92,8 @@ void WorkingFactor::grow(std::size_t order) {
     R_ = std::move(grown);
 }
 
-// All at once up to one that nearly depends on those before it, that one by itself, and so on.
+// Appends newcomers together up to one that nearly depends on those before it, then that one alone,
+// and so on.
 void WorkingFactor::append(const List& newcomers) {
     const std::size_t before = members_.size();
     grow(before + newcomers.size());
@@ -112,7 +110,7 @@ void WorkingFactor::append(const List& newcomers) {
     }
 }
 
-// R₁₂ = R⁻ᵀS₁₂, R₂₂ᵀR₂₂ = S₂₂ − R₁₂ᵀR₁₂, for the newcomers from the one in place `first` on. How
+// Appends the newcomers from place `first` on: R₁₂ = R⁻ᵀS₁₂, R₂₂ᵀR₂₂ = S₂₂ − R₁₂ᵀR₁₂. Returns how
 // many of them, in their order, have joined.
 std::size_t WorkingFactor::appendAtOnce(const List& newcomers, std::size_t first) {
     const std::size_t before = members_.size();
@@ -128,7 +126,7 @@ std::size_t WorkingFactor::appendAtOnce(const List& newcomers, std::size_t first
     }
     const Block beside(R_.column(before), before, added, R_.rows);
     const Block corner(R_.column(before) + before, added, added, R_.rows);
-    lapack::trtrsTransposed(triangle(R_, before), beside);
+    lapack::trtrsTransposed(leadingBlock(R_, before), beside);
     blas::subtractGram(beside, corner);
     const Int info = lapack::potrf(corner);
     std::size_t done = info > 0 ? static_cast<std::size_t>(info - 1) : added;
@@ -154,8 +152,8 @@ void WorkingFactor::appendAlone(std::size_t newcomer) {
     }
 }
 
-// Where the Schur complement cancels, the projection is done by the columns themselves, and once
-// more for what rounding left of it: as good as an orthogonal factorisation.
+// Where the Schur complement cancels, projects by the columns themselves, and once more to take off
+// what rounding has left: as good as an orthogonal factorisation.
 WorkingFactor::Projection WorkingFactor::projectionOf(std::size_t q) const {
     constexpr double DependentProjection = 1e-16;
     constexpr int Passes = 2;
@@ -165,7 +163,7 @@ WorkingFactor::Projection WorkingFactor::projectionOf(std::size_t q) const {
     for (std::size_t i = 0; i < k; ++i) {
         result.u[i] = columns_.inner(members_[i], q);
     }
-    blas::trsvUpper(Op::Transpose, triangle(R_, k), result.u.data());
+    blas::trsvUpper(Op::Transpose, leadingBlock(R_, k), result.u.data());
     result.own -= dot(result.u.data(), result.u.data(), k);
     if (result.own > DoubtfulPivot * whole) {
         return result;
@@ -175,7 +173,7 @@ WorkingFactor::Projection WorkingFactor::projectionOf(std::size_t q) const {
     for (int pass = 0; pass <= Passes; ++pass) {
         if (pass > 0) {
             columns_.products(members_, rest.data(), change.data());
-            blas::trsvUpper(Op::Transpose, triangle(R_, k), change.data());
+            blas::trsvUpper(Op::Transpose, leadingBlock(R_, k), change.data());
             axpy(1.0, change.data(), result.u.data(), k);
         }
         solveUpper(change.data());
@@ -189,7 +187,7 @@ WorkingFactor::Projection WorkingFactor::projectionOf(std::size_t q) const {
 }
 
 void WorkingFactor::solveUpper(double* u) const {
-    blas::trsvUpper(Op::None, triangle(R_, members_.size()), u);
+    blas::trsvUpper(Op::None, leadingBlock(R_, members_.size()), u);
 }
 
 bool WorkingFactor::isDoubtful() const {
@@ -203,7 +201,7 @@ bool WorkingFactor::isDoubtful() const {
 }
 
 void WorkingFactor::solve(double* v) const {
-    blas::trsvUpper(Op::Transpose, triangle(R_, members_.size()), v);
+    blas::trsvUpper(Op::Transpose, leadingBlock(R_, members_.size()), v);
     solveUpper(v);
 }
 

@@ -9,9 +9,9 @@
 
 namespace activeset::frontend {
 
-/// S = GᵀG = RᵀR, the columns of G those of the members. What a set shares with the one before it
-/// is not factorised again: newcomers are appended to R in one block, a few members that leave are
-/// taken out by plane rotations, O(k²) each.
+/// S = GᵀG = RᵀR, where G has the columns of the members. A change of the set does not factorise S
+/// anew: newcomers are appended to R in one block, and a few members that leave are taken out by
+/// plane rotations, O(k²) each.
 class WorkingFactor {
 public:
     using List = NamedColumns::List;
@@ -20,7 +20,7 @@ public:
     explicit WorkingFactor(const NamedColumns& columns)
         : columns_(columns), isMember_(columns.constraints(), false) {}
 
-    /// Makes members of the constraints in a list, which are named and differ. Those that were
+    /// Makes the constraints of a list members; they have to be named and distinct. Those that were
     /// members keep their order and come first. One that depends on those before it is left out.
     void setMembers(const List& wanted);
     [[nodiscard]] const List& members() const { return members_; }

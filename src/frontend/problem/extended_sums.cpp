@@ -1,3 +1,4 @@
+// Products of the matrices of a problem, in pairs of doubles.
 #include "frontend/problem/extended_sums.hpp"
 
 namespace activeset::frontend {

@@ -1,4 +1,4 @@
-// Sums in extended precision, of which rounding does not show in a double.
+// Sums in extended precision: rounded to double, they show no rounding error.
 #ifndef ACTIVESET_SRC_FRONTEND_PROBLEM_EXTENDED_SUMS_HPP
 #define ACTIVESET_SRC_FRONTEND_PROBLEM_EXTENDED_SUMS_HPP
 
@@ -11,7 +11,7 @@
 
 namespace activeset::frontend {
 
-/// The type of such sums.
+/// The type in which they are formed.
 using Extended = DoubleDouble;
 
 /// A sum, and the sum of the magnitudes of its terms.
@@ -29,7 +29,7 @@ struct Sum {
     return std::abs(static_cast<double>(value));
 }
 
-/// A bound for what rounding may have done to a sum of so many products of doubles.
+/// A bound for the rounding error of a sum of `terms` products of doubles.
 [[nodiscard]] inline double roundingOf(const Sum& sum, std::size_t terms) {
     return boundOfRounding(terms, sum.scale);
 }

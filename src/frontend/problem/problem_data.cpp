@@ -60,7 +60,7 @@ void copyHessian(const MatrixView& matrix, ProblemData& data) {
 
 }  // namespace
 
-// By bands of columns, of which the rows on the other side stay in the cache.
+// Takes a band of columns at a time, so that the rows on the other side stay in the cache.
 bool isSymmetric(const double* values, std::size_t n, std::size_t leading) {
     constexpr std::size_t Band = 16;
     const auto isMirrored = [&](std::size_t i, std::size_t first, std::size_t last) {
@@ -109,6 +109,16 @@ void copyPart(const Problem& problem, Part part, ProblemData& data) {
         case Part::Start:
             break;
     }
+}
+
+ProblemData shifted(const ProblemData& data, double shift) {
+    ProblemData result = data;
+    result.H.grow(data.n * data.n);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        result.H[j * (data.n + 1)] += shift;
+    }
+    result.quadratic = true;
+    return result;
 }
 
 void complete(ProblemData& data) {

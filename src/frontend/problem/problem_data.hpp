@@ -3,6 +3,7 @@
 #define ACTIVESET_SRC_FRONTEND_PROBLEM_PROBLEM_DATA_HPP
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <span>
 #include <string>
@@ -46,6 +47,10 @@ inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
 
 /// The number of variables that the views speak of.
 [[nodiscard]] std::size_t variablesOf(const Problem& problem);
+/// Side i, or `absent` where there is none. The views have no faults.
+[[nodiscard]] inline double sideAt(const VectorView& sides, std::size_t i, double absent) {
+    return sides.empty() || std::abs(sides[i]) >= AbsentSide ? absent : sides[i];
+}
 
 /// What is wrong with one part of a problem with n variables and m rows.
 [[nodiscard]] std::vector<Fault> faultsIn(const Problem& problem,
@@ -54,7 +59,7 @@ inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
                                           Part part);
 [[nodiscard]] std::vector<Fault> faultsIn(const Settings& settings);
 
-/// One line a fault, as far as they can be read; no line end behind the last one.
+/// One line for each of the first faults; no line end behind the last one.
 [[nodiscard]] std::string messageOf(const std::vector<Fault>& faults);
 
 /// Rounding in a matrix that was computed, not typed, leaves its halves apart by less than this
@@ -66,9 +71,11 @@ inline constexpr double SymmetryTolerance = 1e-10;
 /// Copies one part of a problem, which has no faults there; a vector that is absent is empty then.
 /// A start is not part of the data.
 void copyPart(const Problem& problem, Part part, ProblemData& data);
-/// Writes out what is absent. Once no part has faults, the sizes are true.
+/// The problem with H + shift·I in the place of H.
+[[nodiscard]] ProblemData shifted(const ProblemData& data, double shift);
+/// Gives absent vectors their entries. The sizes are right once no part has faults.
 void complete(ProblemData& data);
-/// Copies all of a problem without faults, or some parts and what stands for absent vectors.
+/// Copies a problem without faults, or some parts of it; vectors that are absent are written out.
 [[nodiscard]] ProblemData copyOf(const Problem& problem, std::span<const Part> parts = AllParts);
 
 }  // namespace activeset::frontend

@@ -23,8 +23,8 @@ double powerOfTwoNear(double value) {
     return std::ldexp(1.0, std::clamp(exponent, -LargestExponent, LargestExponent));
 }
 
-// One sweep: the square roots of the largest scaled entries of columns and rows are taken off.
-// False, nothing changed, where all of them are near 1.
+// One sweep divides columns and rows by the square roots of their largest scaled entries. False,
+// with nothing changed, if all of these are near 1.
 bool sweep(const ProblemData& data, Scaling& scaling) {
     Vector column(data.n, 0.0);
     Vector row(data.m, 0.0);
@@ -72,7 +72,7 @@ void divide(Vector& values, const Vector& factors) {
     }
 }
 
-/// The smallest and largest of some numbers, of those that are neither zero nor infinite.
+/// The smallest and the largest magnitude of numbers, without zeros and infinities.
 struct Extent {
     double smallest = Infinity;
     double largest = 0.0;
@@ -86,9 +86,9 @@ struct Extent {
     }
 };
 
-// The entries of the matrices do not tell how large the variables are. Where all that does tell,
-// sides, bounds and the minimum without them, says that they are far from 1, one factor for all of
-// them brings them there: the core's tolerances are absolute.
+// The matrices do not tell how large the variables are; sides, bounds and the minimum without them
+// do. Where all of these say that the variables are far from 1, one factor for all variables brings
+// them there, because the core's tolerances are absolute.
 void chooseUnit(const ProblemData& data, Scaling& scaling) {
     constexpr double FarFromOne = 1e3;
     Extent extent;
@@ -181,6 +181,16 @@ void Scaling::applyToVectors(const ProblemData& data, ProblemData& result) const
     multiply(result.rowUpper, row);
     divide(result.lower, column);
     divide(result.upper, column);
+}
+
+Vector Scaling::unscaledVariables(Vector x) const {
+    multiply(x, column);
+    return x;
+}
+
+Vector Scaling::scaledVariables(Vector x) const {
+    divide(x, column);
+    return x;
 }
 
 Point Scaling::unscaled(Point point) const {

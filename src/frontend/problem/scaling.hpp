@@ -22,6 +22,9 @@ struct Scaling {
     /// A point of the scaled problem as one of the caller's, and the other way round.
     [[nodiscard]] Point unscaled(Point point) const;
     [[nodiscard]] Point scaled(Point point) const;
+    /// The same of x alone.
+    [[nodiscard]] Vector unscaledVariables(Vector x) const;
+    [[nodiscard]] Vector scaledVariables(Vector x) const;
 };
 
 }  // namespace activeset::frontend
