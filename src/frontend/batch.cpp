@@ -1,4 +1,5 @@
-// Batches: from the caller's arrays by the roads of single solves to the caller's arrays.
+// Batches: reads problems from the caller's arrays, solves each like a single one, and writes the
+// results to the caller's arrays.
 #include "activeset/batch.hpp"
 
 #include <algorithm>
@@ -51,7 +52,7 @@ void write(const Result& result, const BatchOut& out, std::size_t k, const Probl
     }
 }
 
-/// One thread's part of the work.
+/// The work of one thread.
 class Worker {
 public:
     Worker(const ProblemBatch& problems,
@@ -64,7 +65,7 @@ public:
           areMatricesShared_(problems.H.isShared() && problems.A.isShared()),
           team_(team) {}
 
-    /// How many it has proved optimal.
+    /// Solves until there is nothing left. Returns how many problems it has proved optimal.
     std::size_t work() noexcept {
         const FloatingPointGuard environment;
         std::size_t optimal = 0;

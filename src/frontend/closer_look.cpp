@@ -15,9 +15,9 @@ namespace activeset::frontend {
 namespace {
 
 constexpr int MostLooks = 4;
-constexpr int MostBits = 60;  // a side is seen larger by
+constexpr int MostBits = 60;  // of the largest factor
 
-/// The sides as seen from these values; those out of sight are absent.
+/// The distances of sides from these values, multiplied by `factor`; far ones become absent.
 void magnify(Vector& sides, const std::vector<Sum>& values, double factor) {
     for (std::size_t k = 0; k < sides.size(); ++k) {
         const double side = static_cast<double>(sides[k] - values[k].value) * factor;
@@ -48,7 +48,7 @@ ProblemData magnified(const ProblemData& data, const Vector& x, double factor) {
 
 struct Magnified {
     BareAnswer answer;  ///< the point in the variables of the problem
-    double rise = 0.0;  ///< of the objective, from where the glass was held to that point
+    double rise = 0.0;  ///< of the objective, from the point that was looked at
 };
 
 /// The minimum of ½dᵀHd + (H·x + c)ᵀd over the d for which x + d is feasible, found with d and all
@@ -68,7 +68,7 @@ Magnified solveMagnified(const ProblemData& data,
     return result;
 }
 
-// What a closer look has found that did not lead to a better point.
+// Raises the gap by what a closer look has found, if that was no better point.
 void doubt(const ProblemCache& problem, const Magnified& seen, BestPoint& best) {
     const Judgement& judgement = best.judgement();
     if (seen.answer.isSolved) {
@@ -76,7 +76,7 @@ void doubt(const ProblemCache& problem, const Magnified& seen, BestPoint& best) 
                                      std::abs(judgement.objective));
         best.widenGap(std::abs(seen.rise / problem.scaling.objective) / size);
     } else if (!(judgement.certificate.primal.relative <= ExactToRounding)) {
-        best.widenGap(Infinity);  // nobody knows
+        best.widenGap(Infinity);  // nothing is known
     }
 }
 

@@ -1,4 +1,5 @@
-// A look at a proved point under a magnifying glass: what a tolerance hid there is large.
+// Solves a problem again as seen from a proved point, magnified: what the tolerance has hidden
+// there becomes large.
 #ifndef ACTIVESET_SRC_FRONTEND_CLOSER_LOOK_HPP
 #define ACTIVESET_SRC_FRONTEND_CLOSER_LOOK_HPP
 
@@ -8,10 +9,9 @@
 
 namespace activeset::frontend {
 
-/// A side that is missed by little may be far from any point that meets it, where rows are nearly
-/// parallel. While the best point is proved and misses a side by more than rounding, looks for one
-/// nearby that does not. What the nearest optimum costs more counts as gap of a point that has no
-/// better one.
+/// If rows are nearly parallel, a point that misses a side by little may be far from all points
+/// that meet it. While the best point is proved and misses a side by more than rounding, looks for
+/// a better one nearby. If there is none, what the nearest optimum costs more counts as gap.
 ///
 /// @return the Farkas vector, if there is no feasible point
 [[nodiscard]] std::optional<Farkas> lookCloser(ProblemCache& problem,

@@ -1,4 +1,4 @@
-// A solve of a problem whose H may have lost its convexity to rounding.
+// Solves a problem whose H may have lost its convexity by rounding.
 #include <array>
 #include <charconv>
 #include <string>
@@ -12,7 +12,7 @@ namespace activeset::frontend {
 
 namespace {
 
-// Upwards: what is printed has to be enough.
+// Rounds up, because the tolerance that is printed has to be large enough.
 std::string printed(double value) {
     std::array<char, 32> text{};
     constexpr double RoundedUp = 1.01;

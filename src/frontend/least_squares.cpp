@@ -20,8 +20,8 @@ namespace frontend {
 
 namespace {
 
-/// Of the largest diagonal entry, where all that is wrong with the square is its rounding and a
-/// start is all that is wanted.
+/// Added to the diagonal of the square, in proportion to its largest entry, if rounding has made it
+/// singular. It serves as a start only.
 constexpr double SquareShift = 1e-10;
 
 bool areFinite(const Vector& values) {
@@ -113,7 +113,7 @@ private:
         problem.constant = square.constant;
         Result result = solve(problem, settings);
         if (result.status == Status::Unbounded || result.status == Status::NotConvex) {
-            // By the squared condition only: a sum of squares is neither.
+            // A sum of squares is neither: rounding has made it so.
             const double shift = SquareShift * largestDiagonal(square.H);
             for (std::size_t j = 0; j < square.H.cols; ++j) {
                 square.H(j, j) += shift;
@@ -123,7 +123,7 @@ private:
         return result;
     }
 
-    /// Puts the solution by orthogonal factors into the place of the start.
+    /// Replaces the start by the solution from orthogonal factors.
     void improve(const Fit& fit, Result& result) {
         ActiveSetFit method(fit, constraints_, control_, result.x, result.workingSet);
         const bool isEnd = method.run();

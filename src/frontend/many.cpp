@@ -39,7 +39,7 @@ public:
     void forget() noexcept { sequence_.reset(); }
 
 private:
-    // The caller's data stay as they are meanwhile, so the same views have the same entries.
+    // The caller must not change data meanwhile, so equal views have equal entries.
     void begin(const Problem& problem, std::size_t n) {
         const bool isOptimumOfSize = !optimum_.x.empty() && optimum_.x.size() == n;
         const bool isContinued = sequence_ && n == frontend::variablesOf(last_);
@@ -59,7 +59,7 @@ private:
     }
 
     std::unique_ptr<Sequence> sequence_;
-    Problem last_;  ///< its matrices are looked at
+    Problem last_;  ///< whose matrices are compared
     WarmStart optimum_;
 };
 
@@ -79,7 +79,7 @@ public:
 
 private:
     void work() noexcept {
-        std::optional<Settings> each;  // one copy a thread: its stop token is counted
+        std::optional<Settings> each;  // one copy a thread, since copies of stop tokens are counted
         while (const auto piece = team_.next()) {
             Chain chain;
             for (std::size_t k = piece->first; k < piece->first + piece->count; ++k) {

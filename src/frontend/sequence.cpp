@@ -1,4 +1,4 @@
-// The small road first, with what it has kept; then the general one, with what that has kept.
+// Tries the small road first, then the general one, each with what it has kept.
 #include "frontend/sequence.hpp"
 
 #include <algorithm>
@@ -68,7 +68,7 @@ void Sequence::solve(const Problem& problem,
     isLastSmall_ = isSmall && isOptimal && isContinued_;
 }
 
-// From where the last solve on the same road has ended, if nothing has come in between.
+// Begins where the last solve on the small road ended, if no other solve came in between.
 bool Sequence::solveSmall(const Problem& problem,
                           const Settings& settings,
                           Control& control,
@@ -99,7 +99,7 @@ Result Sequence::solveGenerally(const Problem& problem,
     }
     prepare(problem, data);
     Result result = solveConvexified(*cache_, last_.x, last_.workingSet, settings, control);
-    // Scaled without a look at its vectors; by itself it may do better.
+    // Shared matrices are scaled without a look at the vectors; scaled alone it may be solved.
     if (areMatricesShared_ && result.status == Status::Inaccurate) {
         ProblemCache alone(copyOf(problem));
         result = solveConvexified(alone, last_.x, last_.workingSet, settings, control);

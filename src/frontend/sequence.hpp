@@ -1,5 +1,4 @@
-// Problems of the same sizes, one after the other: what the last one has left is where the next one
-// begins.
+// Problems of the same sizes, one after the other. Each begins where the last one has ended.
 #ifndef ACTIVESET_SRC_FRONTEND_SEQUENCE_HPP
 #define ACTIVESET_SRC_FRONTEND_SEQUENCE_HPP
 
@@ -23,13 +22,13 @@ public:
     Sequence& operator=(const Sequence&) = delete;
     ~Sequence() = default;
 
-    /// To be called where the next problem has other matrices, or other vectors, than the last.
+    /// Says that the next problem has other matrices, or other vectors, than the last.
     void changeMatrices();
     void changeVectors() { haveVectorsChanged_ = true; }
     /// Where the next solve begins.
     void restartFrom(WarmStart start);
-    /// Leaves nothing that depends on more than the matrices; the next solve begins at a point,
-    /// which may be empty.
+    /// Forgets what depends on more than the matrices. The next solve begins at the point x, which
+    /// may be empty.
     void beginAt(const VectorView& x);
     /// All problems to come have the matrices of this one. What is formed of them depends on no
     /// vectors, so that a solve after beginAt() has always the same bits.

@@ -111,7 +111,7 @@ public:
     Settings settings;
 
 private:
-    /// A quick look at vectors that are all there.
+    /// Whether a part has no faults at a quick look, which only full vectors pass.
     [[nodiscard]] bool isPlainlySound(const Problem& problem, Part part) const {
         switch (part) {
             case Part::Linear:

@@ -15,8 +15,8 @@ namespace activeset::frontend {
 
 namespace {
 
-// Curvature in proportion to ‖H‖·‖d‖², ‖H‖ its largest entry, and what an equality may miss along
-// a direction, in proportion to its terms: what rounding of H, and of d, makes of zero is less.
+// Curvature in proportion to ‖H‖·‖d‖², where ‖H‖ is the largest entry, and what an equality may
+// miss along a direction, in proportion to its terms. Rounding of H and d makes less of zero.
 constexpr double NegligibleCurvature = 1e-12;
 // Rounding of a curvature, in proportion to n·‖H‖·‖d‖².
 constexpr double CurvatureRounding = 4.0 * std::numeric_limits<double>::epsilon();
@@ -52,7 +52,7 @@ public:
     explicit ReducedCurvature(const ProblemData& data)
         : data_(data), equalities_(data), qr_(equalities_.freeColumns(data)) {}
 
-    /// n entries, or none: a direction along which the curvature may be negative.
+    /// A direction along which the curvature may be negative; empty if there is none.
     [[nodiscard]] Vector negativeDirection() const {
         const Dense H = freePart(data_, equalities_.free);
         const Dense basis = qr_.nullSpace();
@@ -83,7 +83,7 @@ public:
     }
 
 private:
-    // All n entries, what rounding makes the equalities miss taken off.
+    // All n entries, corrected for what rounding makes the equalities miss.
     [[nodiscard]] Vector onEqualities(Vector along) const {
         const auto complete = [&] {
             Vector direction(data_.n, 0.0);

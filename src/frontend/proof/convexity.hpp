@@ -1,5 +1,5 @@
-// Whether the objective is convex on the directions that the equalities leave, and the direction
-// that shows where it is not.
+// Whether the objective is convex on the null space of the equalities, and a direction that shows
+// that it is not.
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_CONVEXITY_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_CONVEXITY_HPP
 
@@ -7,7 +7,7 @@
 
 namespace activeset::frontend {
 
-/// H on the directions that the equalities leave.
+/// H on the null space of the equalities.
 struct Convexity {
     enum Kind {
         None,          ///< not convex: a direction of negative curvature was found
@@ -18,8 +18,8 @@ struct Convexity {
     Vector direction;  ///< in the variables of the data
 };
 
-/// Not convex is said only of a direction that was judged in extended precision: the equalities
-/// stay along it, and the curvature is beyond the rounding of ‖H‖·‖d‖².
+/// Says not convex only with a direction that was judged in extended precision: the equalities hold
+/// along it, and the curvature is negative beyond the rounding of ‖H‖·‖d‖².
 [[nodiscard]] Convexity convexityOf(const ProblemData& data);
 
 /// dᵀHd, in proportion to Σ |d_i·H_ij·d_j|.

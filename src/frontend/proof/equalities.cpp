@@ -1,4 +1,4 @@
-// The equalities of a problem, and those among them that say nothing new.
+// The equalities of a problem, and those among them that depend on others.
 #include "frontend/proof/equalities.hpp"
 #include "frontend/algebra/pivoted_qr.hpp"
 

@@ -1,6 +1,7 @@
-// For a feasible x, Σ r_j·x_j is at most the weighed sides, r = Aᵀy + z. Where the sides add up to
-// less than any such sum, nothing is feasible. Each entry of r is small; where x_j has a bound on
-// the side that matters the product is as well, and elsewhere as long as x_j is not too large.
+// For a feasible x, Σ r_j·x_j with r = Aᵀy + z is at most the sum of the weighed sides. If the
+// sides add up to less than any such sum can be, nothing is feasible. Each r_j is small. The
+// product r_j·x_j then is small where x_j has a bound on the side that matters, and elsewhere as
+// long as x_j is not too large: that is what the radius says.
 #include "frontend/proof/farkas.hpp"
 
 #include <algorithm>
@@ -36,7 +37,7 @@ Sum valueOf(const ProblemData& data, const Vector& y, const Vector& z) {
     return value;
 }
 
-/// How large the multipliers are. A row weighs as much as its entries, or as its side does among
+/// The size of the multipliers. A row counts by its entries, or by its side in proportion to
 /// variables of natural size.
 double sizeOf(const ProblemData& data, const Farkas& farkas) {
     const double variable = Units(data, {}).variable;
@@ -52,7 +53,7 @@ double sizeOf(const ProblemData& data, const Farkas& farkas) {
     return size;
 }
 
-/// What Aᵀy + z misses, and what of it bounds do not take up.
+/// Forms the residual of Aᵀy + z, and from what bounds do not take up the radius.
 void measure(const ProblemData& data, const std::vector<Sum>& sums, double slack, Farkas& farkas) {
     double unbounded = 0.0;
     Sum taken;

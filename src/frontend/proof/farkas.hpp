@@ -1,4 +1,4 @@
-// Multipliers by which constraints contradict one another, and how far that is true.
+// Multipliers by which constraints contradict one another, and the radius within which they do.
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_FARKAS_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_FARKAS_HPP
 
@@ -15,7 +15,7 @@ inline constexpr double PredictedRadius = 1e12;
 /// Σ y⁺·rowUpper − … brought near −1 by a power of two, the residual of Aᵀy + z and the radius, of
 /// the vectors that are returned. z is chosen: what bounds can take of −Aᵀy.
 [[nodiscard]] Farkas judgeFarkas(const ProblemData& data, Vector y);
-/// Whether they prove it for points of the size `variable` and far beyond.
+/// Whether they prove it for all points up to far more than the size `variable`.
 [[nodiscard]] bool holds(const Farkas& farkas, double tolerance, double variable = 1.0);
 
 }  // namespace activeset::frontend

@@ -1,5 +1,5 @@
-// Rays. An error δ of d or w shows in dᵀHd − 2wᵀEd by δ² only, so that real curvature, be it far
-// below the largest, is told from the rounding of d.
+// Rays. An error δ of d or w changes dᵀHd − 2wᵀEd by δ² only. So curvature far below the largest
+// can be told from the rounding of d.
 #include "frontend/proof/ray.hpp"
 #include "frontend/algebra/pivoted_qr.hpp"
 
@@ -27,10 +27,10 @@ constexpr double FlatCurvature = 4.0 * std::numeric_limits<double>::epsilon();
 constexpr double NegligibleEntry = 1e-12;
 constexpr double NegligibleFreeEntry = 1e-17;
 
-/// How the equalities take up H·d: its residual goes into `curved`.
+/// How the equalities take up H·d.
 struct Taken {
     Vector rows;                 ///< w, by equality
-    std::vector<Sum> remainder;  ///< H·d − Eᵀw, of fixed variables what their bounds take
+    std::vector<Sum> remainder;  ///< H·d − Eᵀw; for fixed variables the part of their bounds
 };
 
 Taken takenUp(const ProblemData& data, const Equalities& equalities, std::vector<Sum> curved) {

@@ -6,22 +6,22 @@
 
 namespace activeset::frontend {
 
-/// A direction d that no side ends, with H·d = Eᵀw, E the equalities, Ex = b: along it the gradient
-/// changes only by what the equalities take, and the objective by cᵀd + bᵀw for every unit. Where H
-/// is semidefinite H·d = 0 and w = 0.
+/// A direction d along which no side is met, with H·d = Eᵀw for the equalities Ex = b. Along it the
+/// gradient changes only by Eᵀw, and the objective by cᵀd + bᵀw per unit. If H is semidefinite,
+/// H·d = 0 and w = 0.
 struct Ray {
     Residual residual;        ///< the largest miss of sides and of H·d = Eᵀw
     bool meetsNoSide = true;  ///< but for rounding of d
     bool isFlat = true;       ///< dᵀHd is zero but for rounding of the entries of H
     double slope = 0.0;       ///< cᵀd + bᵀw
     double scale = 0.0;       ///< the size of the terms of it
-    double missed = 0.0;  ///< Σ |H·d − Eᵀw|: by so much times |x| the slope is another at x
+    double missed = 0.0;  ///< Σ |H·d − Eᵀw|: at x the slope is another by up to this times |x|
 };
 [[nodiscard]] Ray judgeRay(const ProblemData& data, const Vector& direction);
-/// Whether it is one for points of the size `variable` and far beyond.
+/// Whether it proves the problem unbounded up to points far beyond the size `variable`.
 [[nodiscard]] bool holds(const Ray& ray, double tolerance, double variable = 1.0);
 
-/// Takes off a direction what it misses of the sides that it nearly runs along.
+/// Corrects a direction that nearly runs along sides so that it does.
 [[nodiscard]] Vector alongSides(const ProblemData& data, Vector direction);
 
 }  // namespace activeset::frontend

@@ -6,7 +6,7 @@
 
 namespace activeset::frontend {
 
-/// What a multiplier may be, given the sides that there are.
+/// The multiplier, or 0 if the side that it would stand for is absent.
 [[nodiscard]] inline double projected(double multiplier, double lower, double upper) {
     if (multiplier > 0.0) {
         return upper < Infinity ? multiplier : 0.0;

@@ -1,4 +1,4 @@
-// What sides, bounds and the minimum without them tell of the variables.
+// Sizes of variables from sides, bounds and the minimum without constraints.
 #include "frontend/proof/units.hpp"
 
 #include <algorithm>

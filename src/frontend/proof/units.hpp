@@ -1,5 +1,5 @@
-// The sizes that are natural for the numbers of a problem, so that a residual can be small in
-// proportion to what the data are like, be they all tiny.
+// The natural sizes of the numbers of a problem. A residual is small in proportion to them, even if
+// all data are tiny.
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_UNITS_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_UNITS_HPP
 
@@ -7,25 +7,25 @@
 
 namespace activeset::frontend {
 
-/// 1 where the data do not tell.
+/// Sizes of variables and sums; 1 where the data do not tell.
 struct Units {
     double variable = 1.0;
     double gradient = 1.0;
     double entry = 1.0;          ///< of A
-    double smallest = Infinity;  ///< that any part of the data tells of a variable
+    double smallest = Infinity;  ///< smallest size of a variable that a part of the data tells
 
     Units(const ProblemData& data, const Vector& x);
 
-    /// Of a row with small terms. Rows of zeros are judged like others.
+    /// The size of row i, for rows with small terms. A row of zeros gets that of other rows.
     [[nodiscard]] double ofRow(const ProblemData& data, std::size_t i) const;
-    /// Of the objective, but no more than 1.
+    /// The size of the objective, but at most 1.
     [[nodiscard]] double ofObjective() const;
 };
 
 [[nodiscard]] double largestEntryOfRow(const ProblemData& data, std::size_t i);
-/// A lower bound, by what the data tell, of how large variables are; never less than 1.
+/// The smallest size of variables that the data tell, but at least 1.
 [[nodiscard]] double leastSize(const ProblemData& data);
-/// An upper bound of the same; never less than 1.
+/// The largest size of variables that the data tell, but at least 1.
 [[nodiscard]] double mostSize(const ProblemData& data);
 
 }  // namespace activeset::frontend
