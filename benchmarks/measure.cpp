@@ -11,15 +11,14 @@
 #include <string>
 #include <vector>
 
-#include "activeset/options_solution.hpp"
 #include "benchmarks/cases.hpp"
+#include "benchmarks/counted.hpp"
 #include "benchmarks/front_end.hpp"
 #include "benchmarks/kernels.hpp"
 #include "benchmarks/problem_file.hpp"
 #include "benchmarks/solve.hpp"
 #include "benchmarks/split_solve.hpp"
 #include "benchmarks/stopwatch.hpp"
-#include "benchmarks/work_counts.hpp"
 
 using namespace activeset::bench;  // NOLINT(google-build-using-namespace): the program's own
 using Json = nlohmann::ordered_json;
@@ -71,10 +70,6 @@ void takeTimes(const Settings& settings,
             return;
         }
     }
-}
-
-double over(double sum, size_t count) {
-    return sum / static_cast<double>(count);
 }
 
 /// At least one solve through the classes, several while there is time.
@@ -154,55 +149,6 @@ void addFrontEnd(const std::vector<Problem>& problems,
     line["front_dual_steps"] = over(steps, all.size());
     line["front_core_passes"] = over(corePasses, all.size());
     line["front_predicted"] = over(predicted, all.size());
-}
-
-/// Solves every problem once, counted, and judges what came out.
-std::vector<Outcome> countedOutcomes(const std::vector<Call>& calls,
-                                     const std::vector<Problem>& problems,
-                                     const std::string& prefix,
-                                     Json& line) {
-    std::vector<Outcome> outcomes;
-    Work total;
-    std::uint64_t hostRequests = 0;
-    double passes = 0.0;
-    double phaseOnePasses = 0.0;
-    double active = 0.0;
-    std::vector<double> values;
-    for (size_t k = 0; k < calls.size(); ++k) {
-        const std::uint64_t before = activeset::allocationCount();
-        const WorkCount count;
-        outcomes.push_back(calls[k].outcome([&] {
-            total += count.work();
-            hostRequests += activeset::allocationCount() - before;
-        }));
-        const Outcome& outcome = outcomes.back();
-        if (outcome.state != ASQP::Optimal) {
-            throw std::runtime_error("state " + std::to_string(outcome.state));
-        }
-        const double known = problems[k].optimum.value_or(outcome.value);
-        if (std::abs(outcome.value - known) > 1e-7 * (1.0 + std::abs(known))) {
-            throw std::runtime_error("objective " + std::to_string(outcome.value) + " is not " +
-                                     std::to_string(known));
-        }
-        passes += outcome.passes.iterations;
-        phaseOnePasses += outcome.passes.phaseOneIterations;
-        active += static_cast<double>(outcome.active);
-        values.push_back(outcome.value);
-    }
-    line[prefix + "passes"] = over(passes, calls.size());
-    line[prefix + "phase_one_passes"] = over(phaseOnePasses, calls.size());
-    line[prefix + "host_allocations"] = over(static_cast<double>(hostRequests), calls.size());
-    line[prefix + "allocations"] = over(static_cast<double>(total.requests), calls.size());
-    line[prefix + "flops"] = over(total.flops(), calls.size());
-    if (prefix.empty()) {
-        line["active"] = over(active, calls.size());
-        line["matrix_flops"] = over(total.matrixFlops, calls.size());
-        line["vector_flops"] = over(total.vectorFlops, calls.size());
-        line["rotation_flops"] = over(total.rotationFlops, calls.size());
-        line["peak_bytes"] = total.peakBytes;
-        line["values"] = values;
-    }
-    return outcomes;
 }
 
 Json measure(const Case& which, const Settings& settings) {

@@ -72,6 +72,23 @@ TEST_F(Parts, CoreFormTakesWorkingSetsAndMultipliersBothWays) {
     EXPECT_THAT(form.b, ElementsAre(8, 1));
 }
 
+TEST_F(Parts, ConstraintsTakeWhatExistsOfAWorkingSet) {
+    const ProblemData data = fourKinds();
+    WorkingSet set;
+    set.rowsAtLower = {0, 7};  // there is no row 7
+    set.atLower = {1};         // nor a lower bound of x₂
+    set.fixed = {0};
+    const auto named = frontend::Constraints::namedBy(data, set);
+    EXPECT_THAT(named.members(), ElementsAre(0, 2));
+    EXPECT_THAT(named.targets(), ElementsAre(-1, 0));
+    EXPECT_EQ(named.sign(0), -1.0);
+    set.rowsAtLower = {0};
+    set.atLower.clear();
+    EXPECT_EQ(named.workingSet(), set);
+    const frontend::Constraints all(data, set);
+    EXPECT_THAT(all.members(), ElementsAre(0, 1, 2));  // the equality, too, which is not named
+}
+
 TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {
     ProblemData data;
     data.n = 2;

@@ -286,26 +286,4 @@ std::string falseClaim(const Sample& sample,
     return Judge(sample, result).falseClaim(tolerance, constant);
 }
 
-std::string textOf(const Sample& sample) {
-    std::ostringstream text;
-    text << std::setprecision(17) << "n " << sample.n << ", m " << sample.m;
-    const auto list = [&](const char* name, const std::vector<double>& values) {
-        text << '\n' << name << " = {";
-        for (std::size_t k = 0; k < values.size(); ++k) {
-            text << (k == 0 ? "" : ", ") << values[k];
-        }
-        text << '}';
-    };
-    list("H", sample.H);
-    list("c", sample.c);
-    list("A", sample.A);
-    list("rowLower", sample.rowLower);
-    list("rowUpper", sample.rowUpper);
-    list("lower", sample.lower);
-    list("upper", sample.upper);
-    list("start", sample.start);
-    text << '\n';
-    return text.str();
-}
-
 }  // namespace activeset::test::exact

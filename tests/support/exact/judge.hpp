@@ -26,9 +26,6 @@ std::string falseClaim(const Sample& sample,
                        double tolerance = 1e-9,
                        double constant = 0.0);
 
-/// The problem as text, in full precision.
-std::string textOf(const Sample& sample);
-
 }  // namespace activeset::test::exact
 
 #endif

@@ -1,6 +1,8 @@
 #include "support/exact/truth.hpp"
 
 #include <cmath>
+#include <iomanip>
+#include <sstream>
 #include <stdexcept>
 
 namespace activeset::test::exact {
@@ -229,6 +231,28 @@ Truth truthOf(const Sample& sample) {
     }
     truth.optimum = data.objective(truth.x);
     return truth;
+}
+
+std::string textOf(const Sample& sample) {
+    std::ostringstream text;
+    text << std::setprecision(17) << "n " << sample.n << ", m " << sample.m;
+    const auto list = [&](const char* name, const std::vector<double>& values) {
+        text << '\n' << name << " = {";
+        for (std::size_t k = 0; k < values.size(); ++k) {
+            text << (k == 0 ? "" : ", ") << values[k];
+        }
+        text << '}';
+    };
+    list("H", sample.H);
+    list("c", sample.c);
+    list("A", sample.A);
+    list("rowLower", sample.rowLower);
+    list("rowUpper", sample.rowUpper);
+    list("lower", sample.lower);
+    list("upper", sample.upper);
+    list("start", sample.start);
+    text << '\n';
+    return text.str();
 }
 
 }  // namespace activeset::test::exact

@@ -3,6 +3,7 @@
 #define ACTIVESET_TESTS_SUPPORT_EXACT_TRUTH_HPP
 
 #include <optional>
+#include <string>
 
 #include "support/exact/convex_program.hpp"
 #include "support/sample.hpp"
@@ -32,6 +33,9 @@ struct Truth {
 ///
 /// @raises std::logic_error where a check fails
 Truth truthOf(const Sample& sample);
+
+/// The problem as text, in full precision.
+std::string textOf(const Sample& sample);
 
 }  // namespace activeset::test::exact
 
