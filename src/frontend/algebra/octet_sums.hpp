@@ -1,6 +1,6 @@
 // Eight sums of products at a time, each with its rounding errors summed beside it (Dot2 of Ogita,
-// Rump and Oishi 2005) and the sum of the magnitudes of its terms. Included by files of kernels, see
-// each_set.hpp.
+// Rump and Oishi 2005) and the sum of the magnitudes of its terms. Included by files of kernels,
+// see each_set.hpp.
 #if defined(ACTIVESET_SRC_FRONTEND_ALGEBRA_OCTET_SUMS_HPP) == defined(HWY_TARGET_TOGGLE)
 #ifdef ACTIVESET_SRC_FRONTEND_ALGEBRA_OCTET_SUMS_HPP
 #undef ACTIVESET_SRC_FRONTEND_ALGEBRA_OCTET_SUMS_HPP
