@@ -136,7 +136,7 @@ std::string exactNumber(double value) {
     std::array<char, 40> digits{};
     const auto* const end =
         std::to_chars(digits.data(), digits.data() + digits.size(), value + 0.0).ptr;
-    return {digits.data(), end};
+    return {digits.data(), static_cast<std::size_t>(end - digits.data())};
 }
 
 std::string mpsText(const Model& model) {
