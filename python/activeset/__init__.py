@@ -42,7 +42,7 @@ __all__ = [
     "ProblemError", "Progress", "ReadError", "Residual", "Result", "Settings", "SolveError",
     "Sensitivity", "Solver", "Status", "Times", "WarmStart", "WorkingSet", "batch", "compat",
     "explain_infeasibility", "linprog", "lsq_linear", "nnls", "path", "ranges", "read",
-    "solve_batch", "solve_ls", "solve_many", "solve_qp",
+    "regions", "solve_batch", "solve_ls", "solve_many", "solve_qp",
 ]
 
 _core.configure(Result, tuple(Status))
@@ -60,6 +60,7 @@ _LATER = {
     "path": "_path",
     "ranges": "_sensitivity",
     "read": "_files",
+    "regions": "_regions",
     "solve_batch": "_batch",
     "solve_ls": "_least_squares",
     "solve_many": "_many",
@@ -75,6 +76,7 @@ if TYPE_CHECKING:
     from ._linprog import linprog
     from ._many import solve_many
     from ._path import path
+    from ._regions import regions
     from ._sensitivity import Sensitivity, ranges
 
 

@@ -180,6 +180,34 @@ def path(
     start: float,
     stop: float,
 ) -> dict[str, Any]: ...
+def solver_code(problem: Problem, name: str) -> str: ...
+
+@final
+class Law:
+    def __init__(
+        self,
+        problem: Problem,
+        c: _Vector,
+        rows: _Vector,
+        bounds: _Vector,
+        least: _Vector,
+        most: _Vector,
+        limit: int,
+        samples: int,
+    ) -> None: ...
+    def __len__(self) -> int: ...
+    def is_complete(self) -> bool: ...
+    def look(self, thetas: _Vector) -> tuple[_Indices, _Vector]: ...
+    def region(
+        self, k: int
+    ) -> tuple[
+        _Vector,
+        _Vector,
+        _Vector,
+        _Vector,
+        tuple[_Indices, _Indices, _Indices, _Indices, _Indices, _Indices],
+    ]: ...
+    def code(self, name: str) -> str: ...
 
 @final
 class Derivatives:

@@ -119,6 +119,16 @@ class Problem:
         other._set({**self._parts(), **parts}, names, row_names, self._data)
         return other
 
+    def to_c(self, name: str = "solve") -> str:
+        """A solver for this P, G and A as a file of C99, without a library and with static memory.
+
+        ``int NAME(const double c[n], const double row_lower[m], const double row_upper[m], const
+        double lower[n], const double upper[n], double x[n])``, rows of G before those of A, returns
+        0 with the optimum in x, 1 where there is no feasible point, 2 where rounding kept it from
+        an end. ValueError where P is not positive definite.
+        """
+        return _core.solver_code(self, name)
+
     def save(self, path: str | PathLike[str]) -> None:
         """Write it to a file in NumPy's format .npz, which needs no trust to be read."""
         parts = {name: part for name, part in self._parts().items() if part is not None}

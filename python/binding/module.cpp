@@ -7,6 +7,7 @@
 #include "parametric.hpp"
 #include "problem_holder.hpp"
 #include "python.hpp"
+#include "regions.hpp"
 #include "result.hpp"
 #include "result_state.hpp"
 #include "solve.hpp"
@@ -41,6 +42,7 @@ PYBIND11_MODULE(_core, module) {
     addMany(module);
     addBatch(module);
     addParametric(module);
+    addRegions(module);
     module.def("configure", &configure);
     module.def("restore", &restore);
     module.def("end_tasks", &endTasks);

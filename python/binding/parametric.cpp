@@ -12,54 +12,13 @@
 #include "activeset/ranges.hpp"
 #include "activeset/sensitivity.hpp"
 #include "arrays.hpp"
+#include "parametric_arrays.hpp"
 #include "problem_holder.hpp"
 #include "result.hpp"
 
 namespace activeset::python {
 
 namespace {
-
-/// What std::invalid_argument says is a ValueError, whose text does not name C++.
-template <class Body>
-auto translated(Body body) {
-    try {
-        return body();
-    } catch (const std::invalid_argument& error) {
-        const std::string text = error.what();
-        const std::string prefix = "activeset: ";
-        throw py::value_error(text.starts_with(prefix) ? text.substr(prefix.size()) : text);
-    }
-}
-
-using Columns = py::array_t<double, py::array::f_style | py::array::forcecast>;
-using Vector = py::array_t<double, py::array::c_style | py::array::forcecast>;
-
-MatrixView viewOf(const Columns& array) {
-    if (array.ndim() != 2) {
-        throw py::value_error("expected an array of two dimensions");
-    }
-    return {array.data(), static_cast<std::size_t>(array.shape(0)),
-            static_cast<std::size_t>(array.shape(1))};
-}
-
-VectorView vectorIn(const Vector& array) {
-    return {array.data(), static_cast<std::size_t>(array.size())};
-}
-
-/// A copy, column by column where it has two dimensions or more.
-py::array arrayOf(const std::vector<double>& values, const std::vector<py::ssize_t>& shape) {
-    std::vector<py::ssize_t> strides;
-    py::ssize_t stride = sizeof(double);
-    for (const py::ssize_t length : shape) {
-        strides.push_back(stride);
-        stride *= length;
-    }
-    return py::array(py::dtype::of<double>(), shape, strides, values.data());
-}
-
-py::array vectorFrom(const std::vector<double>& values) {
-    return arrayOf(values, {static_cast<py::ssize_t>(values.size())});
-}
 
 struct Derivatives {
     std::unique_ptr<const Sensitivity> sensitivity;
@@ -81,8 +40,8 @@ py::dict smoothnessOf(const Derivatives& self) {
     const Smoothness& smoothness = self.sensitivity->smoothness();
     py::dict all;
     all["derivative"] = textOf(smoothness.derivative);
-    all["weakRows"] = python::arrayOf(smoothness.weakRows);
-    all["weakBounds"] = python::arrayOf(smoothness.weakBounds);
+    all["weakRows"] = arrayOf(smoothness.weakRows);
+    all["weakBounds"] = arrayOf(smoothness.weakBounds);
     all["dependent"] = smoothness.dependent;
     all["flat"] = smoothness.flat;
     return all;

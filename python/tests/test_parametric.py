@@ -1,5 +1,8 @@
 """Derivatives beside differences, ranges and paths beside solves."""
 
+import ctypes
+import subprocess
+
 import numpy as np
 import pytest
 
@@ -91,6 +94,36 @@ def test_a_path_is_the_optimum_everywhere(parts):
     assert len(found.plot().lines) == 4
 
 
+def test_an_explicit_law_is_the_optimum_everywhere(parts, tmp_path):
+    p = activeset.Problem(**parts)
+    rng = np.random.default_rng(1)
+    F, rows = rng.normal(size=(4, 2)), 0.1 * rng.normal(size=(5, 2))
+    law = activeset.regions(p, F, ([-2.0, -2.0], [2.0, 2.0]), h=rows)
+    assert law.is_complete and len(law) > 3
+    thetas = rng.uniform(-2.0, 2.0, size=(300, 2))
+    for theta, k, x in zip(thetas, law.find(thetas), law.x(thetas)):
+        r = p.replace(q=parts["q"] + F @ theta, h=parts["h"] + rows @ theta,
+                      l=parts["l"] + rows @ theta).solve()
+        assert r.found == (k >= 0)
+        if r.found:
+            np.testing.assert_allclose(x, r.x, atol=1e-8)
+            np.testing.assert_allclose(law[k].gain @ theta + law[k].offset, x, atol=1e-12)
+            assert np.all(law[k].E @ theta <= law[k].e + 1e-9)
+    assert np.all(np.isnan(law.x([3.0, 0.0]))) and law.find([3.0, 0.0]) == -1
+    (tmp_path / "both.c").write_text(law.to_c("law") + p.to_c("at_once"))
+    subprocess.run(["cc", "-std=c99", "-shared", "-fPIC", "-o", tmp_path / "both.so",
+                    tmp_path / "both.c", "-lm"], check=True)
+    library = ctypes.CDLL(str(tmp_path / "both.so"))
+    vector = np.ctypeslib.ndpointer(float, flags="C")
+    library.law.argtypes, library.at_once.argtypes = [vector] * 2, [vector] * 6
+    x = np.empty(4)
+    assert library.law(thetas[0].copy(), x) == law.find(thetas[0])
+    np.testing.assert_allclose(x, law.x(thetas[0]), atol=1e-12)
+    sides = [np.concatenate((parts[side], parts["b"])) for side in ("l", "h")]
+    assert library.at_once(parts["q"], *sides, parts["lb"], parts["ub"], x) == 0
+    np.testing.assert_allclose(x, p.solve().x, atol=1e-9)
+
+
 def test_wrong_arguments_are_named(parts):
     p = activeset.Problem(**parts)
     s = activeset.Sensitivity(p.solve(), p)
@@ -107,6 +140,15 @@ def test_wrong_arguments_are_named(parts):
         batch.backward(np.ones(2))
     with pytest.raises(ValueError, match="needs z, y, z_box"):
         activeset.solve_batch(P=np.eye(2), q=np.ones((3, 2)), out=["x"]).backward(np.ones((3, 2)))
+    law = activeset.regions(p, np.ones((4, 1)), ([0.0], [1.0]))
+    with pytest.raises(ValueError, match=r"expected \(1,\) or \(count, 1\)"):
+        law.x([0.0, 1.0])
+    with pytest.raises(ValueError, match="identifier"):
+        law.to_c("1 2")
+    with pytest.raises(ValueError, match=r"F has the shape \(3, 1\)"):
+        activeset.regions(p, np.ones((3, 1)), ([0.0], [1.0]))
+    with pytest.raises(ValueError, match="positive definite"):
+        activeset.regions(activeset.Problem(None, [1.0], lb=[0.0]), [[1.0]], ([0.0], [1.0]))
     with pytest.raises(ValueError, match="not optimal"):
         bad = activeset.Problem(None, [0.0], lb=[1.0], G=[[1.0]], h=[0.0])
         activeset.ranges(bad.solve(), bad)
