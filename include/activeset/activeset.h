@@ -41,8 +41,9 @@ typedef enum activeset_code {
     ACTIVESET_BAD_ARGUMENT =
         -1, /* a null handle, a negative size, a struct_size that is too small */
     ACTIVESET_OUT_OF_MEMORY = -2,
-    ACTIVESET_BUSY = -3, /* called inside a callback of another solve of this thread */
-    ACTIVESET_ERROR = -4 /* anything else */
+    ACTIVESET_BUSY = -3,           /* called inside a callback of another solve of this thread */
+    ACTIVESET_ERROR = -4,          /* anything else */
+    ACTIVESET_NOT_ITS_OPTIMUM = -5 /* the result is not optimal, or of another problem */
 } activeset_code;
 
 /* How a solve ended; see docs/frontend.md for what each one promises. */
@@ -347,6 +348,135 @@ ACTIVESET_C_API void activeset_batch_init(activeset_batch* batch);
  * threads at the same time; the time limit holds for all problems together. */
 ACTIVESET_C_API int activeset_solve_batch(const activeset_batch* batch,
                                           const activeset_options* options);
+
+/* ---- Beyond the point --------------------------------------------------------------------------
+ * What an optimum says about its neighbours; docs/parametric.md. Where a result is taken it has x,
+ * y, z, row_sides and bound_sides, as a solve of this problem has left them. struct_size is set by
+ * the caller; arrays that are null are not written. */
+
+/* Which derivative there is. */
+typedef enum activeset_derivative {
+    ACTIVESET_DERIVATIVE_FULL = 0,         /* the solution is differentiable */
+    ACTIVESET_DERIVATIVE_ONE_SIDED = 1,    /* a side holds, or is touched, without a multiplier */
+    ACTIVESET_DERIVATIVE_LEAST_SQUARES = 2 /* multipliers, or the point, are not unique */
+} activeset_derivative;
+
+/* What a loss gains per unit of each number of the problem. Of an equality the gradient is that of
+ * the side that its multiplier presses on. */
+typedef struct activeset_gradients {
+    size_t struct_size; /* sizeof this structure */
+    double* H;          /* n × n, symmetric, column by column */
+    double* c;          /* n */
+    double* A;          /* m × n, column by column */
+    double* row_lower;  /* m */
+    double* row_upper;  /* m */
+    double* lower;      /* n */
+    double* upper;      /* n */
+    int32_t derivative; /* written: an activeset_derivative */
+    int32_t reserved;   /* 0 */
+} activeset_gradients;
+
+/* The factors for the derivatives of one optimum; holds copies of all that it needs. */
+typedef struct activeset_sensitivity activeset_sensitivity;
+ACTIVESET_C_API int activeset_sensitivity_new(const activeset_problem* problem,
+                                              const activeset_result* result,
+                                              activeset_sensitivity** sensitivity);
+ACTIVESET_C_API void activeset_sensitivity_free(activeset_sensitivity* sensitivity);
+/* From what the loss gains per unit of x (n), y (m) and z (n), each null for none. */
+ACTIVESET_C_API int activeset_backward(const activeset_sensitivity* sensitivity,
+                                       const double* dx,
+                                       const double* dy,
+                                       const double* dz,
+                                       activeset_gradients* gradients);
+
+/* The values that one number may have, alone, while the working set stays that of an optimum. */
+typedef struct activeset_range {
+    double value;              /* as the problem has it */
+    double least;              /* −infinity without an end */
+    double most;               /* infinity without an end */
+    double objective_at_least; /* the optimal value there */
+    double objective_at_most;  /* likewise */
+    int32_t is_degenerate;     /* 1: the working set changes at once */
+    int32_t reserved;          /* 0 */
+} activeset_range;
+
+/* Of all numbers. */
+typedef struct activeset_ranges {
+    size_t struct_size;         /* sizeof this structure */
+    activeset_range* c;         /* n */
+    activeset_range* row_lower; /* m */
+    activeset_range* row_upper; /* m */
+    activeset_range* lower;     /* n */
+    activeset_range* upper;     /* n */
+} activeset_ranges;
+ACTIVESET_C_API int activeset_find_ranges(const activeset_problem* problem,
+                                          const activeset_result* result,
+                                          activeset_ranges* ranges);
+
+/* What the vectors of a problem gain per unit of a parameter t, null for nothing. */
+typedef struct activeset_direction {
+    size_t struct_size;      /* sizeof this structure */
+    const double* c;         /* n */
+    const double* row_lower; /* m */
+    const double* row_upper; /* m */
+    const double* lower;     /* n */
+    const double* upper;     /* n */
+} activeset_direction;
+
+/* The optimum from one breakpoint to the next: with s = t − from it is x + s·dx, and so on; the
+ * objective is objective + s·slope + ½s²·curvature. */
+typedef struct activeset_piece {
+    size_t struct_size;  /* sizeof this structure */
+    double* x;           /* n */
+    double* y;           /* m */
+    double* z;           /* n */
+    double* dx;          /* n */
+    double* dy;          /* m */
+    double* dz;          /* n */
+    int8_t* row_sides;   /* m values of activeset_side: the working set */
+    int8_t* bound_sides; /* n */
+    double from;         /* written, as what follows: the first t */
+    double to;           /* the last t */
+    double objective;    /* at `from` */
+    double slope;        /* of the objective there */
+    double curvature;    /* of the objective */
+} activeset_piece;
+
+/* How a path ends. */
+typedef struct activeset_path_end {
+    size_t struct_size;   /* sizeof this structure */
+    double* farkas_y;     /* m, for ACTIVESET_INFEASIBLE: the proof at every t behind the end; NaN
+                             where two sides cross, as the message says */
+    double* farkas_z;     /* n, likewise */
+    double* direction;    /* n, for ACTIVESET_UNBOUNDED */
+    char* message;        /* a text, cut to fit */
+    int64_t message_size; /* of `message`, its end counted in */
+    int32_t status;       /* written: ACTIVESET_OPTIMAL where the whole range was followed */
+    int32_t reserved;     /* 0 */
+    int64_t pieces;       /* how many there are */
+    double end;           /* the last t with an optimum */
+    double hessian_shift; /* as in activeset_result */
+} activeset_path_end;
+
+/* The optimum as a function of t; holds copies of all that it needs. */
+typedef struct activeset_path activeset_path;
+/* From `from` to `to`. ACTIVESET_BAD_ARGUMENT for faults of the problem, a direction that is not
+ * finite, and a range that is none. */
+ACTIVESET_C_API int activeset_path_new(const activeset_problem* problem,
+                                       const activeset_direction* direction,
+                                       double from,
+                                       double to,
+                                       const activeset_options* options,
+                                       activeset_path** path);
+ACTIVESET_C_API void activeset_path_free(activeset_path* path);
+ACTIVESET_C_API int activeset_path_result(const activeset_path* path, activeset_path_end* end);
+/* Piece k, 0-based. */
+ACTIVESET_C_API int activeset_path_get(const activeset_path* path,
+                                       int64_t k,
+                                       activeset_piece* piece);
+/* The optimum at t into arrays or null; ACTIVESET_BAD_ARGUMENT where the path does not reach. */
+ACTIVESET_C_API int activeset_path_at(
+    const activeset_path* path, double t, double* x, double* y, double* z, double* objective);
 
 #ifdef __cplusplus
 }

@@ -18,17 +18,6 @@ activeset_residual residualOf(const Residual& residual) {
     return {residual.absolute, residual.relative};
 }
 
-void write(const std::vector<double>* values, double* target, std::size_t count) {
-    if (target == nullptr) {
-        return;
-    }
-    if (values == nullptr || values->size() != count) {
-        std::fill_n(target, count, NotANumber);
-        return;
-    }
-    std::copy(values->begin(), values->end(), target);
-}
-
 void mark(const std::vector<std::size_t>& indices, std::int8_t side, std::int8_t* target) {
     for (const std::size_t index : indices) {
         target[index] = side;
@@ -168,6 +157,35 @@ void writeSides(const WorkingSet& set,
     }
 }
 
+void writeVector(const std::vector<double>& values, double* target, std::size_t count) {
+    if (target != nullptr && values.size() == count) {
+        std::copy(values.begin(), values.end(), target);
+    } else if (target != nullptr) {
+        std::fill_n(target, count, NotANumber);
+    }
+}
+
+Result resultOf(const activeset_result* given, std::size_t n, std::size_t m) {
+    require(given != nullptr);
+    const activeset_result known =
+        c_interface::known(given, activeset_result{}, offsetof(activeset_result, total_seconds));
+    const bool hasBounds = known.x != nullptr && known.z != nullptr && known.bound_sides != nullptr;
+    require((n == 0 || hasBounds) &&
+            (m == 0 || (known.y != nullptr && known.row_sides != nullptr)));
+    Result result;
+    const bool isStatus = known.status >= ACTIVESET_OPTIMAL && known.status <= ACTIVESET_FAILED;
+    result.status = isStatus ? static_cast<Status>(known.status) : Status::Failed;
+    result.x.assign(known.x, known.x + n);
+    result.y.assign(known.y, known.y + m);
+    result.z.assign(known.z, known.z + n);
+    result.workingSet = workingSetOf(known.row_sides, m, known.bound_sides, n);
+    result.objective = known.objective;
+    result.certificate.primal = {known.primal.absolute, known.primal.relative};
+    result.certificate.dual = {known.dual.absolute, known.dual.relative};
+    result.hessianShift = known.hessian_shift;
+    return result;
+}
+
 void writeText(const std::string& text, char* target, std::int64_t size) {
     if (target == nullptr || size <= 0) {
         return;
@@ -186,13 +204,14 @@ void writeText(const std::string& text, char* target, std::int64_t size) {
 void writeResult(const Result& result, std::size_t n, std::size_t m, activeset_result* target) {
     activeset_result known =
         c_interface::known(target, activeset_result{}, offsetof(activeset_result, total_seconds));
-    write(&result.x, known.x, n);
-    write(&result.y, known.y, m);
-    write(&result.z, known.z, n);
+    const std::vector<double> none;
+    writeVector(result.x, known.x, n);
+    writeVector(result.y, known.y, m);
+    writeVector(result.z, known.z, n);
     writeSides(result.workingSet, known.row_sides, m, known.bound_sides, n);
-    write(result.farkas ? &result.farkas->y : nullptr, known.farkas_y, m);
-    write(result.farkas ? &result.farkas->z : nullptr, known.farkas_z, n);
-    write(&result.direction, known.direction, n);
+    writeVector(result.farkas ? result.farkas->y : none, known.farkas_y, m);
+    writeVector(result.farkas ? result.farkas->z : none, known.farkas_z, n);
+    writeVector(result.direction, known.direction, n);
     writeText(result.message, known.message, known.message_size);
     setFigures(result, known);
     const std::size_t size = std::min(target->struct_size, sizeof known);

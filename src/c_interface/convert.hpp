@@ -32,6 +32,13 @@ void writeSides(const WorkingSet& set,
                 std::int8_t* boundSides,
                 std::size_t n);
 
+/// Values into an array of `count` numbers, or null; NaN where there are not so many.
+void writeVector(const std::vector<double>& values, double* target, std::size_t count);
+
+/// The optimum that the caller's struct has the arrays of.
+/// @raises BadArgument where one of them is null
+[[nodiscard]] Result resultOf(const activeset_result* given, std::size_t n, std::size_t m);
+
 /// Writes the members of `target` that the caller's version of the struct has.
 void writeResult(const Result& result, std::size_t n, std::size_t m, activeset_result* target);
 

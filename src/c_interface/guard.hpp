@@ -18,6 +18,9 @@ namespace activeset::c_interface {
 /// An argument that makes no sense; its code is ACTIVESET_BAD_ARGUMENT.
 struct BadArgument : std::exception {};
 
+/// A result that is no optimum of its problem; its code is ACTIVESET_NOT_ITS_OPTIMUM.
+struct NotItsOptimum : std::exception {};
+
 inline void require(bool isSound) {
     if (!isSound) {
         throw BadArgument();
@@ -32,6 +35,8 @@ int guarded(Work work) noexcept {
         return ACTIVESET_OK;
     } catch (const BadArgument&) {
         return ACTIVESET_BAD_ARGUMENT;
+    } catch (const NotItsOptimum&) {
+        return ACTIVESET_NOT_ITS_OPTIMUM;
     } catch (const std::bad_alloc&) {
         return ACTIVESET_OUT_OF_MEMORY;
     } catch (const std::length_error&) {

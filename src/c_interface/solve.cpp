@@ -63,6 +63,8 @@ const char* activeset_code_text(int code) {
             return "called inside a callback of another solve";
         case ACTIVESET_ERROR:
             return "error";
+        case ACTIVESET_NOT_ITS_OPTIMUM:
+            return "the result is not optimal, or of another problem";
         default:
             return "unknown";
     }
