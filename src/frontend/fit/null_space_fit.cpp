@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "frontend/problem/extended_sums.hpp"
+#include "frontend/problem/submatrices.hpp"
 
 namespace activeset::frontend {
 
@@ -78,21 +79,11 @@ NullSpaceFit::NullSpaceFit(const Fit& fit, const ProblemData& constraints, Const
           return rows;
       }()),
       held_(held),
-      rows_(columnsOfHeldRows()),
+      rows_(gradientsOf(constraints, heldRows_, free_)),
       basis_(heldRows_.empty() ? Dense() : rows_.nullSpace()),
       reduced_(reducedFit(), DependentColumn * static_cast<double>(fit.T.rows + fit.T.cols)) {
     keepIndependent(held);
     held_ = held;
-}
-
-Dense NullSpaceFit::columnsOfHeldRows() const {
-    Dense rows(free_.size(), heldRows_.size());
-    for (std::size_t k = 0; k < heldRows_.size(); ++k) {
-        for (std::size_t j = 0; j < free_.size(); ++j) {
-            rows(j, k) = constraints_.columnOfA(free_[j])[heldRows_[k]];
-        }
-    }
-    return rows;
 }
 
 Dense NullSpaceFit::reducedFit() const {

@@ -36,7 +36,6 @@ public:
     [[nodiscard]] Vector noiseOfGradient(const Vector& x) const;
 
 private:
-    [[nodiscard]] Dense columnsOfHeldRows() const;
     [[nodiscard]] Dense reducedFit() const;
     void keepIndependent(Constraints& held);
     void moveToSides(Vector& x) const;

@@ -7,6 +7,8 @@
 #include <limits>
 #include <utility>
 
+#include "frontend/problem/submatrices.hpp"
+
 namespace activeset::frontend {
 
 namespace {
@@ -43,19 +45,6 @@ std::vector<std::size_t> heldRows(const ProblemData& data, const Constraints& he
     return result;
 }
 
-Dense hessianOf(const ProblemData& data, const std::vector<std::size_t>& variables) {
-    if (!data.quadratic) {
-        return {};
-    }
-    Dense result(variables.size(), variables.size());
-    for (std::size_t j = 0; j < variables.size(); ++j) {
-        for (std::size_t i = 0; i < variables.size(); ++i) {
-            result(i, j) = data.columnOfH(variables[j])[variables[i]];
-        }
-    }
-    return result;
-}
-
 }  // namespace
 
 Refinement::Refinement(const ProblemData& data, const WorkingSet& set, double flat)
@@ -64,8 +53,8 @@ Refinement::Refinement(const ProblemData& data, const WorkingSet& set, double fl
       held_(Constraints::namedBy(data, set)),
       rows_(heldRows(data, held_)),
       free_(freeVariables(data, held_)),
-      freeH_(hessianOf(data, free_)),
-      qr_(rowsOfFreeVariables()),
+      freeH_(data.quadratic ? hessianOf(data, free_) : Dense()),
+      qr_(gradientsOf(data, rows_, free_)),
       basis_(data.quadratic ? qr_.nullSpace() : Dense()),
       cholesky_(reducedCholesky(flat)) {}
 
@@ -83,17 +72,6 @@ void Refinement::moveToBounds(Vector& x) const {
             x[j] = held_.target(data_.m + j);
         }
     }
-}
-
-Dense Refinement::rowsOfFreeVariables() const {
-    Dense result(free_.size(), rows_.size());
-    for (std::size_t k = 0; k < free_.size(); ++k) {
-        const double* column = data_.columnOfA(free_[k]);
-        for (std::size_t i = 0; i < rows_.size(); ++i) {
-            result(k, i) = column[rows_[i]];
-        }
-    }
-    return result;
 }
 
 PivotedCholesky Refinement::reducedCholesky(double flat) const {

@@ -57,7 +57,6 @@ private:
         }
     };
 
-    [[nodiscard]] Dense rowsOfFreeVariables() const;
     [[nodiscard]] PivotedCholesky reducedCholesky(double flat) const;
     [[nodiscard]] Vector sides() const;
     void moveToBounds(Vector& x) const;

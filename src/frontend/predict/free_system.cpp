@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "frontend/algebra/dense_views.hpp"
+#include "frontend/problem/submatrices.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {
@@ -35,13 +36,7 @@ bool FreeSystem::factoriseFree() {
 
 bool FreeSystem::factoriseRows() {
     constexpr double DependentSchurPivot = 1e-13;  // in proportion to the largest diagonal entry
-    Q_ = Dense(F_.size(), R_.size());
-    for (std::size_t k = 0; k < F_.size(); ++k) {
-        const double* column = data_.columnOfA(F_[k]);
-        for (std::size_t i = 0; i < R_.size(); ++i) {
-            Q_(k, i) = column[R_[i]];
-        }
-    }
+    Q_ = gradientsOf(data_, R_, F_);
     S_ = Dense(R_.size(), R_.size());
     if (R_.empty()) {
         return true;

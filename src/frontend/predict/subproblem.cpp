@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "frontend/problem/submatrices.hpp"
+
 namespace activeset::frontend {
 
 namespace {
@@ -11,16 +13,6 @@ namespace {
 // H + ρI is safely positive definite if its pivots are above n times this part of the largest
 // diagonal entry.
 constexpr double SafePivot = 1e-15;
-
-Dense hessianOf(const ProblemData& data) {
-    if (!data.quadratic) {
-        return {data.n, data.n};
-    }
-    Dense H;
-    H.rows = H.cols = data.n;
-    H.values = data.H;
-    return H;
-}
 
 }  // namespace
 

@@ -9,6 +9,7 @@
 #include "frontend/algebra/pivoted_cholesky.hpp"
 #include "frontend/algebra/pivoted_qr.hpp"
 #include "frontend/problem/extended_sums.hpp"
+#include "frontend/problem/submatrices.hpp"
 #include "frontend/proof/equalities.hpp"
 
 namespace activeset::frontend {
@@ -20,22 +21,6 @@ namespace {
 constexpr double NegligibleCurvature = 1e-12;
 // Rounding of a curvature, in proportion to n·‖H‖·‖d‖².
 constexpr double CurvatureRounding = 4.0 * std::numeric_limits<double>::epsilon();
-
-Dense matrixOf(const ProblemData& data) {
-    Dense H(data.n, data.n);
-    H.values = data.H;
-    return H;
-}
-
-Dense freePart(const ProblemData& data, const std::vector<std::size_t>& free) {
-    Dense H(free.size(), free.size());
-    for (std::size_t j = 0; j < free.size(); ++j) {
-        for (std::size_t i = 0; i < free.size(); ++i) {
-            H(i, j) = data.columnOfH(free[j])[free[i]];
-        }
-    }
-    return H;
-}
 
 // What rounding makes of a curvature vᵀHv, v of length 1.
 double roundingOfCurvature(std::size_t n, double largestOfH) {
@@ -50,11 +35,13 @@ double squaredLength(const Vector& values) {
 class ReducedCurvature {
 public:
     explicit ReducedCurvature(const ProblemData& data)
-        : data_(data), equalities_(data), qr_(equalities_.freeColumns(data)) {}
+        : data_(data),
+          equalities_(data),
+          qr_(gradientsOf(data, equalities_.rows, equalities_.free)) {}
 
     /// A direction along which the curvature may be negative; empty if there is none.
     [[nodiscard]] Vector negativeDirection() const {
-        const Dense H = freePart(data_, equalities_.free);
+        const Dense H = hessianOf(data_, equalities_.free);
         const Dense basis = qr_.nullSpace();
         const PivotedCholesky reduced(transposedProduct(basis, product(H, basis)),
                                       roundingOfCurvature(H.rows, largestMagnitude(data_.H)));
@@ -114,7 +101,7 @@ Convexity convexityOf(const ProblemData& data) {
     if (!data.quadratic) {
         return {Convexity::Semidefinite, {}};
     }
-    const PivotedCholesky whole(matrixOf(data),
+    const PivotedCholesky whole(hessianOf(data),
                                 roundingOfCurvature(data.n, largestMagnitude(data.H)));
     if (whole.isPositiveDefinite()) {
         return {Convexity::Strict, {}};

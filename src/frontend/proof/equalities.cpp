@@ -28,16 +28,6 @@ Dense Equalities::columns(const ProblemData& data) const {
     return result;
 }
 
-Dense Equalities::freeColumns(const ProblemData& data) const {
-    Dense result(free.size(), rows.size());
-    for (std::size_t j = 0; j < free.size(); ++j) {
-        for (std::size_t k = 0; k < rows.size(); ++k) {
-            result(j, k) = data.columnOfA(free[j])[rows[k]];
-        }
-    }
-    return result;
-}
-
 ProblemData withoutDependentEqualities(const ProblemData& data) {
     const Equalities equalities(data);
     const std::size_t rows = equalities.rows.size();

@@ -15,8 +15,6 @@ struct Equalities {
 
     /// Their gradients as columns, those of variables last, n × (rows + variables).
     [[nodiscard]] Dense columns(const ProblemData& data) const;
-    /// The gradients of the rows, free variables only, free × rows.
-    [[nodiscard]] Dense freeColumns(const ProblemData& data) const;
 
     std::vector<std::size_t> rows;
     std::vector<std::size_t> variables;  ///< with equal bounds

@@ -1,13 +1,15 @@
 // Rays. An error δ of d or w changes dᵀHd − 2wᵀEd by δ² only. So curvature far below the largest
 // can be told from the rounding of d.
 #include "frontend/proof/ray.hpp"
-#include "frontend/algebra/pivoted_qr.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
+#include "frontend/algebra/pivoted_qr.hpp"
 #include "frontend/problem/extended_sums.hpp"
+#include "frontend/problem/submatrices.hpp"
 #include "frontend/proof/equalities.hpp"
 
 namespace activeset::frontend {
@@ -44,7 +46,7 @@ Taken takenUp(const ProblemData& data, const Equalities& equalities, std::vector
     if (count == 0 || !isNeeded) {
         return result;
     }
-    const PivotedQr qr(equalities.freeColumns(data));
+    const PivotedQr qr(gradientsOf(data, equalities.rows, equalities.free));
     for (int correction = 0; correction < 2; ++correction) {
         Vector rest(std::max(equalities.free.size(), count), 0.0);
         for (std::size_t k = 0; k < equalities.free.size(); ++k) {
@@ -150,13 +152,7 @@ Vector alongSides(const ProblemData& data, Vector direction) {
     if (isExact) {
         return direction;
     }
-    Dense columns(free.size(), along.size());
-    for (std::size_t k = 0; k < along.size(); ++k) {
-        for (std::size_t j = 0; j < free.size(); ++j) {
-            columns(j, k) = data.columnOfA(free[j])[along[k]];
-        }
-    }
-    const PivotedQr qr(std::move(columns));
+    const PivotedQr qr(gradientsOf(data, along, free));
     for (int correction = 0; correction < 2; ++correction) {
         Vector step(std::max(free.size(), along.size()), 0.0);
         for (std::size_t k = 0; k < qr.rank(); ++k) {
