@@ -130,19 +130,6 @@ double errorOfGradient(const Fit& fit,
     return best;
 }
 
-/// Σ multiplier·(side − value) and Σ multiplier·side, and what rounding may have done to them.
-struct Slackness {
-    Extended value = 0;
-    double rounding = 0.0;
-
-    void add(double multiplier, const Sum& at, std::size_t terms, double lower, double upper) {
-        if (multiplier != 0.0) {
-            value += (Extended(multiplier > 0.0 ? upper : lower) - at.value) * multiplier;
-            rounding += roundingOf(at, terms) * std::abs(multiplier);
-        }
-    }
-};
-
 Slackness slacknessOf(const ProblemData& constraints, const Point& point) {
     Slackness slack;
     const std::vector<Sum> rows =

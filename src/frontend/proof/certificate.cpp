@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "frontend/algebra/dense.hpp"
+#include "frontend/proof/objectives.hpp"
 #include "frontend/proof/sides_sum.hpp"
 #include "frontend/proof/units.hpp"
 
@@ -218,59 +219,6 @@ double weightBehind(const ProblemData& data,
     }
     return weightOf(residuals, point.x, units) + magnitude(bend * 0.5);
 }
-
-/// Σ multiplier·(side − value), and what rounding may have done to it.
-struct Slackness {
-    Extended value = 0;
-    double rounding = 0.0;
-
-    void add(double multiplier, const Sum& at, std::size_t terms, double lower, double upper) {
-        if (multiplier != 0.0) {
-            const double side = multiplier > 0.0 ? upper : lower;
-            value += (side - at.value) * multiplier;
-            rounding += roundingOf(at, terms) * std::abs(multiplier);
-        }
-    }
-};
-
-/// The objective without the constant, and by how much it exceeds its lower bounds.
-struct Objectives {
-    Extended primal = 0;
-    Extended gap = 0;        ///< to the dual objective of the multipliers as they are
-    Extended slackness = 0;  ///< to the Lagrangian at x
-    double rounding = 0.0;   ///< that slackness and the objective may contain
-    double terms = 0.0;      ///< the size of what they are summed from
-
-    Objectives(const ProblemData& data,
-               const std::vector<Sum>& rows,
-               const std::vector<Sum>& curved,
-               const Point& point) {
-        Sum quadratic;
-        Sum linear;
-        Slackness slack;
-        for (std::size_t j = 0; j < data.n; ++j) {
-            const double x = point.x[j];
-            quadratic.value += curved[j].value * x;
-            quadratic.scale += curved[j].scale * std::abs(x);
-            linear.add(Extended(data.c[j]) * x);
-            slack.add(point.z[j], {x, 0.0}, 0, data.lower[j], data.upper[j]);
-        }
-        for (std::size_t i = 0; i < data.m; ++i) {
-            slack.add(point.y[i], rows[i], data.n, data.rowLower[i], data.rowUpper[i]);
-        }
-        Sum sides;
-        addSides(sides, point.y, data.rowLower, data.rowUpper);
-        addSides(sides, point.z, data.lower, data.upper);
-        primal = quadratic.value * 0.5 + linear.value;
-        gap = quadratic.value + linear.value + sides.value;
-        slackness = slack.value;
-        if (data.n != 0) {  // a bound for rounding is never 0
-            rounding =
-                slack.rounding + roundingOf(quadratic, 2 * data.n) + roundingOf(linear, data.n);
-        }
-        terms = std::max({quadratic.scale, linear.scale, sides.scale});
-    }
-};
 
 }  // namespace
 

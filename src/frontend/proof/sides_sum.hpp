@@ -2,6 +2,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_SIDES_SUM_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_SIDES_SUM_HPP
 
+#include <cmath>
+
 #include "frontend/problem/extended_sums.hpp"
 
 namespace activeset::frontend {
@@ -31,6 +33,20 @@ inline void addSides(Sum& sum,
         }
     }
 }
+
+/// Σ multiplier·(side − value), and a bound for its rounding error.
+struct Slackness {
+    Extended value = 0;
+    double rounding = 0.0;
+
+    void add(double multiplier, const Sum& at, std::size_t terms, double lower, double upper) {
+        if (multiplier != 0.0) {
+            const double side = multiplier > 0.0 ? upper : lower;
+            value += (side - at.value) * multiplier;
+            rounding += roundingOf(at, terms) * std::abs(multiplier);
+        }
+    }
+};
 
 }  // namespace activeset::frontend
 
