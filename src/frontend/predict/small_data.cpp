@@ -1,4 +1,4 @@
-// What is unusual in any way is left to the general road, which says what is wrong, or scales.
+// Loads small problems. Unusual data are left to the general road, which reports faults and scales.
 #include "frontend/predict/small_data.hpp"
 
 #include <algorithm>
@@ -11,7 +11,7 @@ namespace {
 // Sums of products of three factors stay far from overflow, and their errors from underflow.
 constexpr double SmallestEntry = 1e-60;
 constexpr double LargestEntry = 1e60;
-constexpr double SmallestPivot = 1e-12;  // in proportion to the diagonal entry
+constexpr double SmallestPivot = 1e-12;  // relative to the diagonal entry
 constexpr double SmallestNorm = 1e-100;
 constexpr double SideTolerance = 1e-13;  // what rounding may take from a side
 

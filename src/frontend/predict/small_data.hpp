@@ -16,8 +16,8 @@ struct SmallExtent {
     double bounds = 0.0;
 };
 
-/// Whether shapes and memory of all parts are as they have to be, the start has no faults, and the
-/// problem is small enough, with an H.
+/// Whether the problem is small and has an H, all parts have the right shapes and enough memory,
+/// and the start is finite.
 [[nodiscard]] bool isSmall(const Problem& problem);
 
 /// Copies H and A of a problem that is small, and forms the images. False where an entry is not
@@ -26,7 +26,7 @@ struct SmallExtent {
 [[nodiscard]] bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& extent);
 
 /// Copies c, sides and bounds. False where one is not a number, of an extraordinary size, or sides
-/// cross. Before the matrices; behind them, `transformLinear` has to follow.
+/// cross. loadMatrices() follows, or transformLinear() if the matrices are kept.
 [[nodiscard]] bool loadVectors(const Problem& problem, SmallMemory& memory, SmallExtent& extent);
 
 /// w = L⁻¹c by the images of the bounds.

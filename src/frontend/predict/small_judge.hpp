@@ -65,7 +65,7 @@ struct Weighed {
     bool isSound = false;
 };
 
-/// What the farthest that variable j may be from zero is: 1, x_j, or a bound.
+/// The farthest that a variable may be from zero: the largest of 1, |x_j| and its finite bounds.
 HWY_INLINE Part farthest(Part size, Part lower, Part upper, double infinity) {
     const Part one = spread(1.0);
     const Part bound = hn::Max(hn::Abs(lower), hn::Abs(upper));

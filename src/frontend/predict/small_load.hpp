@@ -1,4 +1,4 @@
-// Copies of data with what there is to know of their sizes. Included by small_kernels.cpp.
+// Copies data and finds the largest entries on the way. Included by small_kernels.cpp.
 #if defined(ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_LOAD_HPP) == defined(HWY_TARGET_TOGGLE)
 #ifdef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_LOAD_HPP
 #undef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_LOAD_HPP

@@ -10,8 +10,8 @@
 namespace activeset::frontend {
 
 /// n variables and m rows as they lie in memory. Constraint i is row i of A, constraint rows + j
-/// the bounds of variable j. What fills up is a row of zeros without sides, or a variable that no
-/// other one knows, with curvature 1 and no slope.
+/// the bounds of variable j. Padding rows are zeros without sides; padding variables have curvature
+/// 1, no slope, and no products with others.
 struct SmallShape {
     std::size_t n = 0;
     std::size_t m = 0;
@@ -33,8 +33,8 @@ public:
     /// in the caches.
     [[nodiscard]] static bool fits(const SmallShape& shape);
 
-    /// Makes room for a problem that fits. All arrays have what they had where the shape is as
-    /// before, else zeros.
+    /// Makes room for a problem that fits. The arrays keep their entries if the shape is as before;
+    /// else they are zero.
     /// @raises std::bad_alloc, with no shape and no arrays
     void reshape(const SmallShape& shape);
 

@@ -16,15 +16,14 @@ public:
     SmallProblem& operator=(const SmallProblem&) = delete;
     ~SmallProblem() = default;
 
-    /// What is as it was at the last solve, and to be used again.
+    /// What is unchanged since the last solve, and is used again.
     struct Kept {
         bool matrices = false;
         bool set = false;  ///< the working set it has ended with, if that was here
     };
 
-    // True where the optimum, or that there is no feasible point, was proved; `result`, be it new
-    // or that of another solve here, is written then, and asks for memory only where its vectors
-    // have none.
+    // True if the optimum, or infeasibility, was proved. Then `result` is written; it may be new or
+    // that of another solve here, and allocates only where its vectors have too little room.
 
     /// A problem by itself.
     [[nodiscard]] bool solve(const Problem& problem,

@@ -1,5 +1,5 @@
-// The point of a working set as exact as doubles are: one correction for the residuals, which are
-// formed in twice the precision, and those that it leaves.
+// The exact point of a working set: corrections for its residuals, which are formed in twice the
+// precision.
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_REFINEMENT_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_REFINEMENT_HPP
 

@@ -1,4 +1,4 @@
-// Only here the small road asks for memory: for the result's.
+// Writes results. The small road allocates memory only here.
 #include "frontend/predict/small_result.hpp"
 
 #include <algorithm>
@@ -15,7 +15,8 @@ namespace activeset::frontend {
 
 namespace {
 
-/// Constraints `first` to `first + count` by side: memory.values has the signs of members, and 0.
+/// Lists constraints `first` to `first + count` by side. memory.values has the sign of a member, 0
+/// for others.
 void list(const SmallMemory& m,
           std::size_t first,
           std::size_t count,
@@ -68,7 +69,7 @@ Vector startOf(const Problem& problem, const WarmStart& start, const ProblemData
     return x;
 }
 
-// As of any other contradiction that was predicted: for points of all sizes that matter.
+// The test that all predicted contradictions have to pass.
 std::optional<Farkas> provedContradiction(const ProblemData& data, Vector y) {
     Farkas farkas = judgeFarkas(data, std::move(y));
     const double size = leastSize(data);
@@ -78,7 +79,7 @@ std::optional<Farkas> provedContradiction(const ProblemData& data, Vector y) {
     return farkas;
 }
 
-/// What neither of the two writes; x, y, z and the working set keep their memory.
+/// Resets what the functions below do not write. x, y, z and the working set keep their memory.
 void clear(Result& result) {
     result.exitCode = -5;
     result.hessianShift = 0.0;
