@@ -12,7 +12,7 @@
 
 namespace activeset::cli {
 
-/// What has come of one file.
+/// The result of one file.
 struct FileOutcome {
     int status = 0;
     bool hasMemoryEnded = false;
@@ -22,9 +22,9 @@ struct FileOutcome {
     TableRow row{};
 };
 
-/// Calls `solve` for 0 to count − 1, `jobs` at a time, and `emit` with what it returns, in order
-/// and from one thread at a time, as soon as the ones before are through. Once an interrupt is
-/// pending no further one begins.
+/// Calls `solve` for 0 to count − 1, `jobs` at a time, and `emit` with each result, in order and
+/// from one thread at a time, as soon as those before it are out. Once an interrupt is pending, no
+/// other one begins.
 ///
 /// @return how many were begun
 [[nodiscard]] std::size_t runBatch(std::size_t count,

@@ -8,7 +8,7 @@
 
 namespace activeset::cli {
 
-/// One line on standard error, behind all that has gone to standard output.
+/// Writes one line to standard error, after everything that has gone to standard output.
 void printError(const std::string& line);
 
 /// `status`, or NoFile if standard output could not be written.
@@ -16,7 +16,7 @@ void printError(const std::string& line);
 
 [[nodiscard]] bool isTerminal(int descriptor);
 
-/// The file as people read it.
+/// The name of a file in messages.
 [[nodiscard]] std::string shownFile(const std::string& file);
 
 /// Whether the word of --color asks for colours on standard output.

@@ -1,4 +1,4 @@
-// A last word where a library that the tool uses crashes.
+// A message if a library that the tool uses crashes.
 #ifndef ACTIVESET_CLI_CRASH_MESSAGE_HPP
 #define ACTIVESET_CLI_CRASH_MESSAGE_HPP
 
@@ -8,7 +8,7 @@
 namespace activeset::cli {
 
 /// While it lives, a crash ends the process with a line on standard error and status HasFailed. The
-/// library that reads problem files does not look whether it got the memory that it asked for.
+/// library that reads problem files does not check its allocations.
 class CrashMessage {
 public:
     CrashMessage() noexcept;

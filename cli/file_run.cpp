@@ -24,7 +24,7 @@ namespace activeset::cli {
 
 namespace {
 
-/// Whether the system, and not what it says, keeps a file from being read.
+/// Whether a file cannot be read because of the system, not because of its contents.
 bool isAboutAccess(const std::string& message) {
     return message.starts_with("cannot be opened") || message.starts_with("cannot be read") ||
            message.starts_with("cannot be written");

@@ -11,7 +11,7 @@
 
 namespace activeset::cli {
 
-/// What is wrong with a file, or was.
+/// The error of a file, if there was one.
 struct FileError {
     int status = 0;  ///< Solved: nothing
     std::string text{};
@@ -21,14 +21,14 @@ struct FileError {
 /// Calls `work`; what it raises is an error about the file.
 [[nodiscard]] FileError attempt(const std::string& file, const std::function<void()>& work);
 
-/// The model in a file; one reading at a time, crashes of which are reported.
+/// Reads the model in a file, one at a time; a crash of the reader is reported.
 /// @raises io::ReadError
 [[nodiscard]] io::Model readFile(const std::string& file, io::Format format);
 
-/// Its notes, one line each.
+/// Prints the notes of a model, one line each.
 [[nodiscard]] std::vector<std::string> notesOf(const io::Model& model, const std::string& file);
 
-/// Folders replaced by the problem files in them, in the order of their names.
+/// The files, with each folder replaced by the problem files in it, in the order of their names.
 /// @raises io::ReadError
 [[nodiscard]] std::vector<std::string> expanded(const std::vector<std::string>& files);
 

@@ -24,7 +24,7 @@ const char* const StatusText =
 const char* const InterruptText =
     "Ctrl-C stops at the point reached and reports it; a second Ctrl-C ends the process.";
 
-/// `text` from column `column` on, behind what stands on the line already.
+/// Wraps `text` at 80 columns; the first line begins at `column`, behind what is there already.
 std::string wrapped(const std::string& text, std::size_t column) {
     std::istringstream words(text);
     std::string result;

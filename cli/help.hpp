@@ -7,10 +7,10 @@
 
 namespace activeset::cli {
 
-/// At most 80 columns wide; options in their groups.
+/// The help text, at most 80 columns wide, with options in their groups.
 [[nodiscard]] std::string helpText(const CLI::App& command);
 
-/// The manual page of the whole tool, in the language of man.
+/// The manual page of the whole tool, as man reads it.
 [[nodiscard]] std::string manualText(const CLI::App& app);
 
 /// A script that completes words for bash.

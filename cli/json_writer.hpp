@@ -1,5 +1,5 @@
-// JSON text, written member by member. No tree of values stands behind it: one allocates when it is
-// destroyed, which ends the process where memory has ended.
+// JSON text, written member by member, without a tree of values: destroying a tree allocates, which
+// ends the process where there is no memory.
 #ifndef ACTIVESET_CLI_JSON_WRITER_HPP
 #define ACTIVESET_CLI_JSON_WRITER_HPP
 

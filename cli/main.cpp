@@ -34,7 +34,7 @@ void describe(CLI::App& app, Action& chosen) {
          {addSolve, addExplain, addRelax, addCheck, addConvert, addCompare, addReport}) {
         add(app, chosen);
     }
-    // What the build installs is made by the tool itself.
+    // The build installs a manual page and a completion that the tool itself makes.
     const auto addText = [&](const char* name, std::string (*text)(const CLI::App&)) {
         app.add_subcommand(name)->group("")->callback([&app, &chosen, text] {
             chosen = [&app, text] {
@@ -65,8 +65,8 @@ int reportUsage(const CLI::App& app, const CLI::ParseError& error) {
     return BadUsage;
 }
 
-/// At their end other libraries may wait for ever for memory that does not come: a process whose
-/// address space is limited does not ask them to clean up.
+/// When they are unloaded, other libraries may wait for ever for memory that they do not get. So a
+/// process whose address space is limited leaves without asking them to clean up.
 int left(int status) {
     rlimit limit{};
     if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {

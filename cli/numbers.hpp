@@ -15,7 +15,7 @@ namespace activeset::cli {
     return fmt::format("{:.10g}", value + 0.0);
 }
 
-/// The size of an error: what no double could show beside 1 is only said to be small.
+/// The size of an error; one too small to show beside 1 in a double is only said to be small.
 [[nodiscard]] inline std::string shownResidual(double value) {
     constexpr double Negligible = 1e-16;
     if (value == 0.0) {

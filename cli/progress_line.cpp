@@ -1,4 +1,4 @@
-// A thread that writes the line; nobody waits for it.
+// A thread of its own writes the line.
 #include "cli/progress_line.hpp"
 
 #include <fmt/format.h>
@@ -16,7 +16,7 @@ constexpr std::chrono::seconds Patience{1};
 constexpr std::chrono::milliseconds Refresh{200};
 constexpr const char* Erase = "\r\x1b[K";
 
-/// "#####.....", as much of it as is done.
+/// "#####.....": the share of # is what is done.
 std::string bar(std::size_t done, std::size_t of) {
     constexpr std::size_t Width = 20;
     const std::size_t full = of == 0 ? 0 : Width * done / of;

@@ -13,11 +13,11 @@
 
 namespace activeset::cli {
 
-/// Shows nothing for a second, then what it was told last, several times a second, on standard
-/// error; it leaves no trace. Does nothing where standard error is no terminal.
+/// After a second it shows the latest state on standard error, several times a second, and erases
+/// it at the end. It does nothing if standard error is no terminal.
 class ProgressLine {
 public:
-    /// @param files  all that there are to be done
+    /// @param files  the number of files to solve
     ProgressLine(bool isWanted, std::size_t files);
     ~ProgressLine();
     ProgressLine(const ProgressLine&) = delete;
@@ -29,7 +29,7 @@ public:
     /// From any thread.
     void tell(const Progress& progress);
     void tellDone(std::size_t done);
-    /// Takes the line off, until it is time for the next one.
+    /// Erases the line until the next update.
     void erase();
 
 private:

@@ -1,4 +1,4 @@
-// Results as they were written before: for warm starts, comparisons and reports.
+// Reads results that the tool has written: for warm starts, comparisons and reports.
 #ifndef ACTIVESET_CLI_RESULT_FILE_HPP
 #define ACTIVESET_CLI_RESULT_FILE_HPP
 
@@ -16,11 +16,11 @@ namespace activeset::cli {
 [[nodiscard]] std::vector<nlohmann::json> readResults(const std::string& path);
 
 /// The point of a result, and its working set if it has one, for a model with the same names.
-/// What the model has no name for is left out, what the result has no value for starts at 0.
+/// Names that the model lacks are left out; variables without a value start at 0.
 /// @raises io::ReadError
 [[nodiscard]] WarmStart readWarmStart(const std::string& path, const io::Model& model);
 
-/// The point as lines of name and value.
+/// The point as lines with name and value.
 [[nodiscard]] std::string solText(const io::Model& model,
                                   const std::vector<double>& x,
                                   double objective);

@@ -9,7 +9,7 @@
 
 namespace activeset::cli {
 
-/// What has come of a model.
+/// The result of a model.
 struct Solution {
     Result result{};
     double objective = 0.0;          ///< with the sign of the file
@@ -22,7 +22,7 @@ struct Solution {
     [[nodiscard]] bool isProved() const;
 };
 
-/// The model as the front end takes it; valid as long as the model is there.
+/// The model as the front end takes it; valid while the model lives.
 [[nodiscard]] Problem viewsOf(const io::Model& model);
 
 /// @param warm  may be null
@@ -31,7 +31,7 @@ struct Solution {
                                   const Settings& settings,
                                   const WarmStart* warm);
 
-/// Looks for what contradicts what, for at most some seconds unless the settings allow less.
+/// Looks for a minimal conflict, for at most some seconds unless the settings allow less.
 /// @raises HostError
 void findConflict(const io::Model& model, Settings settings, Solution& solution);
 

@@ -41,7 +41,7 @@ struct SolveResult {
 /// Solves from a start at zero with an empty working set. The entry function prints its table on
 /// standard output.
 ///
-/// @param problem  left as it is; only lent to host arrays, which is why it is not const
+/// @param problem  not changed; it is not const because it is lent to host arrays
 /// @raises HostError
 [[nodiscard]] SolveResult solveProblem(io::Problem& problem, const SolverSettings& settings);
 

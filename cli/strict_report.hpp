@@ -10,7 +10,7 @@
 
 namespace activeset::cli {
 
-/// As ResultSchema; multipliers are those of the dense form, none is negative but of equalities.
+/// As ResultSchema. Multipliers are those of the dense form; only equalities have negative ones.
 inline constexpr const char* StrictSchema = "activeset-strict-result/1";
 
 /// The outcome in words, without its code.

@@ -16,7 +16,7 @@ namespace activeset::cli {
 
 namespace {
 
-/// Rounding leaves this much of the largest entry where a proof has none. JSON has all of it.
+/// Entries of a proof up to this part of the largest are rounding and are not shown. JSON has them.
 constexpr double Crumb = 1e-12;
 
 double crumbOf(const std::vector<double>& values) {
@@ -31,7 +31,7 @@ std::string line(const char* label, const std::string& text) {
     return fmt::format("{:<16} {}\n", label, text);
 }
 
-/// What stands behind an outcome that is no optimum.
+/// The lines that explain an outcome that is no optimum.
 std::string proofText(const Solution& solution) {
     const Result& result = solution.result;
     if (result.status == Status::Optimal || !solution.isProved()) {
@@ -111,7 +111,7 @@ std::string residualText(const Residual& residual) {
                        shownResidual(residual.relative));
 }
 
-/// Of a row or bound with a multiplier: at an upper side it is positive.
+/// The side of a row or bound that its multiplier belongs to: a positive one to the upper side.
 std::string multipliersText(const io::Model& model, const Result& result, double crumb) {
     std::vector<std::string> names;
     std::vector<double> values;
@@ -139,7 +139,7 @@ std::string farkasText(const io::Model& model, const Farkas& farkas) {
            multipliersText(model, proof, crumb);
 }
 
-/// How many characters a terminal shows.
+/// The number of characters that a terminal shows.
 std::size_t widthOf(const std::string& text) {
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
         return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;

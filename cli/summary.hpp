@@ -1,4 +1,4 @@
-// What has come of a model, for people.
+// The result of a model in words.
 #ifndef ACTIVESET_CLI_SUMMARY_HPP
 #define ACTIVESET_CLI_SUMMARY_HPP
 
@@ -12,10 +12,10 @@ namespace activeset::cli {
 /// "FILE: NAME, 3 variables, 2 rows", line end included.
 [[nodiscard]] std::string headingText(const io::Model& model, const std::string& file);
 
-/// Outcome, and what stands behind it, one fact a line.
+/// The outcome and what supports it, one fact a line.
 [[nodiscard]] std::string summaryText(const io::Model& model, const Solution& solution);
 
-/// Point and multipliers by name; where there is no optimum what proves that.
+/// Point and multipliers by name, or what proves that there is no optimum.
 [[nodiscard]] std::string solutionText(const io::Model& model, const Solution& solution);
 
 /// The ray or the direction of negative curvature by name.

@@ -1,4 +1,4 @@
-// The same row as text and with commas.
+// Writes the same row as text and with commas.
 #include "cli/table.hpp"
 
 #include <fmt/format.h>
@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t WidestFile = 36;
 
-/// The end of a long name tells more than its beginning.
+/// Shortens a long name at its beginning, since its end tells more.
 std::string cutFile(const std::string& file) {
     const std::string shown = shownFile(file);
     return shown.size() <= WidestFile ? shown : "..." + shown.substr(shown.size() - WidestFile + 3);

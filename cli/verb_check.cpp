@@ -1,4 +1,4 @@
-// activeset check: what there is to know about a problem before it is solved.
+// activeset check: what is remarkable about a problem, without solving it.
 #include <fmt/format.h>
 
 #include <algorithm>

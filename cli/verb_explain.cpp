@@ -60,7 +60,7 @@ int explainFile(const std::string& file, const SolveOptions& options) {
                              explanation(model, solution, settings))
                   << "\n";
     }
-    // To have explained is what was asked for.
+    // An explanation was asked for, so giving it is a success.
     const bool isExplained = solution.isProved() || solution.hasPoint();
     return isExplained ? Solved : exitStatusOf(solution.result.status);
 }

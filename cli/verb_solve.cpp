@@ -28,7 +28,7 @@ namespace activeset::cli {
 
 namespace {
 
-/// A solution of at most so many variables is shown without being asked for.
+/// A solution of at most this many variables is shown even if nobody asks for it.
 constexpr std::size_t SmallModel = 12;
 
 class SolveCommand {
@@ -135,7 +135,7 @@ private:
         writeOne(model, solution);
     }
 
-    /// A callback makes solves begin at the start, unless it is said where they begin.
+    /// With a callback, solves begin at the start, unless the options say where.
     void watch(Settings& settings, std::vector<Progress>& passes) const {
         const bool isShown = progress_->isShown();
         if (options_.trace) {

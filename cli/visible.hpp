@@ -7,7 +7,7 @@
 
 namespace activeset::cli {
 
-/// The text with what commands a terminal, or turns the direction of writing round, as escapes:
+/// The text, in which what commands a terminal or changes the direction of writing is escaped:
 /// control characters (\x1b, \x7f, \u009b) but for line ends, bidirectional controls (\u202e),
 /// bytes that are not UTF-8 (\xff).
 [[nodiscard]] std::string visible(std::string_view text);

@@ -12,7 +12,7 @@
 
 namespace activeset {
 
-/// What the data gain per unit of the parameter t: c(t) = problem.c + t·c, and so on for the sides.
+/// The rates of the data in the parameter t: c(t) = problem.c + t·c, and so on for the sides.
 /// What is empty stays. A side that is absent in the problem stays absent.
 struct Direction {
     VectorView c{};         ///< n
@@ -70,7 +70,7 @@ public:
     /// `end()`, and there is no optimum right behind it, as `farkas()` or `direction()` prove.
     /// Anything else: that of the solve which did not succeed.
     [[nodiscard]] Status status() const noexcept { return status_; }
-    /// What there is to say about a path that ends early.
+    /// Why a path ends early; else empty.
     [[nodiscard]] const std::string& message() const noexcept { return message_; }
     /// Where it ends.
     [[nodiscard]] double end() const noexcept { return end_; }

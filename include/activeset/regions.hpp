@@ -12,7 +12,7 @@
 
 namespace activeset {
 
-/// What the data gain per unit of each of p parameters θ, over a box. What is empty stays. Both
+/// The rates of the data in each of p parameters θ, over a box. What is empty stays. Both
 /// sides of a row move by the same, and both bounds of a variable.
 struct Parameters {
     MatrixView c{};       ///< n × p
@@ -36,7 +36,7 @@ struct CriticalRegion {
 struct RegionSettings {
     Settings each{};           ///< of the solves
     std::size_t most = 10000;  ///< regions, at which the search ends
-    /// After the facets, so many random parameters are tried for regions that no facet led to.
+    /// How many random parameters are tried, after the facets, for regions that no facet led to.
     std::size_t samples = 2000;
 };
 

@@ -10,7 +10,7 @@
 
 namespace activeset {
 
-/// Which derivative there is to give.
+/// Which derivative is given.
 enum class Derivative {
     Full,         ///< the solution is differentiable, and this is its derivative
     OneSided,     ///< of the side on which the weak constraints that are held stay held
@@ -42,7 +42,7 @@ struct Change {
     VectorView upper{};     ///< n
 };
 
-/// What changes make of the solution: a column for each, one behind the other.
+/// The changes of the solution: a column for each change of the data, one behind the other.
 struct SolutionChange {
     std::vector<double> x{};  ///< n × count
     std::vector<double> y{};  ///< m × count
@@ -82,9 +82,9 @@ public:
     /// Whether the solution is differentiable here, and if not, why.
     [[nodiscard]] const Smoothness& smoothness() const noexcept;
 
-    /// What a loss gains per unit of each number in the data, from what it gains per unit of x, y
-    /// and z: n, m and n rows, a column for each right-hand side; what is empty is 0. Of z only the
-    /// entries at bounds count, of y only those of rows that hold. O(n²) for each column.
+    /// The gradient of a loss in all data, from its gradients in x, y and z: n, m and n rows, a
+    /// column for each right-hand side; an empty one is 0. Only entries of z at bounds count, and
+    /// entries of y of rows that hold. O(n²) for each column.
     ///
     /// @raises std::invalid_argument for a shape that does not fit
     [[nodiscard]] Gradients backward(const MatrixView& dx,
@@ -95,7 +95,7 @@ public:
                                      const VectorView& dy = {},
                                      const VectorView& dz = {}) const;
 
-    /// What x, y and z gain per unit of each change.
+    /// The rates of x, y and z along each change of the data.
     ///
     /// @raises std::invalid_argument for a shape that does not fit
     [[nodiscard]] SolutionChange forward(std::span<const Change> changes) const;

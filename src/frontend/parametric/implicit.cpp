@@ -1,4 +1,5 @@
-// Held bounds are taken out, the others solved for, multipliers of bounds read off the gradient.
+// Takes out held bounds, solves for the other variables, and reads the multipliers of bounds off
+// the gradient.
 #include "frontend/parametric/implicit.hpp"
 
 #include <algorithm>

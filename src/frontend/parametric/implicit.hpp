@@ -30,7 +30,7 @@ public:
     [[nodiscard]] Derivative derivative() const;
 
     /// b := the solution of H·x + Aᵀy + z = b.x, A·x = b.y on held rows, x = b.z on held bounds,
-    /// y and z 0 elsewhere; what b has there does not matter.
+    /// y and z 0 elsewhere; the entries of b there are ignored.
     void solve(Triple& b) const;
 
 private:

@@ -12,7 +12,8 @@ namespace activeset::frontend {
 
 namespace {
 
-// Relative squares of pivots below which the Schur complement is left for orthogonal factors.
+// A Schur complement with smaller squared pivots, relative to its diagonal, is replaced by
+// orthogonal factors.
 constexpr double WellConditioned = 1e-11;
 
 BasicBlock<double> viewOf(Dense& matrix) {
@@ -131,7 +132,7 @@ void KktFactor::factoriseNullSpace() {
     factoriseReduced(qr.nullSpace());
 }
 
-// ZᵀHZ = P·L·Lᵀ·Pᵀ as far as pivots are positive; C = L⁻¹(ZP)ᵀ, or (LᵀL)⁻¹Lᵀ(ZP)ᵀ for a
+// ZᵀHZ = P·L·Lᵀ·Pᵀ for the positive pivots; C = L⁻¹(ZP)ᵀ, or (LᵀL)⁻¹Lᵀ(ZP)ᵀ for a
 // trapezoidal L.
 void KktFactor::factoriseReduced(const Dense& Z) {
     constexpr double Flat = 1e-11;  // of the largest diagonal entry of H_FF

@@ -2,7 +2,7 @@
 //
 //     [K k; kᵀ κ]⁻¹ = [K⁻¹ + w·wᵀ/δ, −w/δ; −wᵀ/δ, 1/δ],
 //
-// and backwards, K⁻¹ is what is left of the larger inverse after eliminating its last column.
+// and the other way round: eliminating the last column of the larger inverse leaves K⁻¹.
 #include "frontend/parametric/kkt_inverse.hpp"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Singular = 1e-10;  // a pivot, in proportion to what it is the difference of
+constexpr double Singular = 1e-10;  // for a pivot, relative to the terms it is the difference of
 
 }  // namespace
 

@@ -10,8 +10,8 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Rounding = 1e-10;  // of the terms that a value is the sum of
-constexpr double Violated = 1e-9;  // likewise, by which a constraint that does not move is violated
+constexpr double Rounding = 1e-10;  // of a value or rate, relative to its terms
+constexpr double Violated = 1e-9;   // relative violation of a constraint that does not move
 
 // y += a·x for value and rate together, column by column, past columns that do not count.
 void addProduct(const Vector& a, std::size_t rows, const Moving& x, Moving& y) {
@@ -122,7 +122,7 @@ Line::Line(const MovingProblem& problem, const Held& held, double t, const Solve
             x_.rate[j] = sideOf(hold, rates.lower[j], rates.upper[j]);
         }
     }
-    // The first correction, from zero, is the solution; the others take rounding away.
+    // The first correction, from zero, gives the solution; the others reduce its rounding.
     constexpr int Corrections = 3;
     constexpr double Refined = 1e-14;
     for (int k = 0; k <= Corrections; ++k) {
@@ -204,7 +204,7 @@ void Line::findMultipliers(const Held& held) {
     }
 }
 
-// A residual of 0/0 is none.
+// A residual of 0/0 counts as 0.
 void Line::miss(double residual, double size) {
     if (residual != 0.0) {
         residual_ = std::max(residual_, std::abs(residual) / size);

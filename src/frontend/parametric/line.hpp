@@ -41,7 +41,7 @@ struct Held {
 class Line {
 public:
     /// Solves K·(u, v) = (r_F, r_R) for two right-hand sides over all variables and rows at once;
-    /// what has no place in K is left as it is.
+    /// entries that are not in K stay as they are.
     using Solve = std::function<void(Moving& x, Moving& y)>;
 
     /// At t, for the working set that `solve` belongs to.

@@ -11,7 +11,7 @@ namespace activeset::frontend {
 
 namespace {
 
-// The part of a direction, written out; where a side is absent nothing moves.
+// A vector of the direction with all its entries. An absent side does not move.
 Vector completed(const VectorView& given, const Vector& values, const char* name) {
     Vector result(values.size(), 0.0);
     if (given.empty()) {
@@ -110,7 +110,7 @@ Problem MovingProblem::view(const Vectors& vectors) const {
 
 Result MovingProblem::solve(double t, const WarmStart& start, const Settings& settings) const {
     Vectors vectors = at(t);
-    // Sides that are equal by their data are so at every t; rounding must not cross them.
+    // Sides whose data are equal are equal at every t; rounding must not make them cross.
     for (std::size_t i = 0; i < data_.m; ++i) {
         vectors.rowUpper[i] = std::max(vectors.rowLower[i], vectors.rowUpper[i]);
     }

@@ -30,8 +30,8 @@ public:
     [[nodiscard]] double rowSize(std::size_t i) const { return rowSizes_[i]; }
     /// The largest diagonal entry of H.
     [[nodiscard]] double curvature() const { return curvature_; }
-    /// How large x is by what the vectors say: sides by their rows, c by the largest entry of H.
-    /// What is below rounding of it is 0.
+    /// The size of x that the vectors tell: sides by their rows, c by the largest entry of H.
+    /// Values within the rounding of it count as 0.
     [[nodiscard]] double sizeOfX(const Vectors& vectors) const;
     /// Whether both sides are the same at every t.
     [[nodiscard]] bool isFixedRow(std::size_t i) const {
@@ -40,7 +40,7 @@ public:
     [[nodiscard]] bool isFixedVariable(std::size_t j) const {
         return data_.lower[j] == data_.upper[j] && rates_.lower[j] == rates_.upper[j];
     }
-    /// From now on with H + shift·I.
+    /// Replaces H by H + shift·I.
     void shift(double shift);
     /// The vectors at t.
     [[nodiscard]] Vectors at(double t) const;

@@ -1,4 +1,4 @@
-// What a result must be like for its working set to be differentiated.
+// Checks that a result belongs to the problem, so that its working set can be differentiated.
 #include "frontend/parametric/optimum.hpp"
 
 #include <algorithm>
@@ -111,7 +111,7 @@ void Optimum::requireMembers(const WorkingSet& set, const char* caller) {
                        "the result is of another problem: its working set holds a side "
                        "that the problem does not have");
             }
-            // Of equal sides both hold, whichever the set names.
+            // If the sides are equal both are held, whichever the set names.
             holds[k] = sides[k] != others[k]
                            ? side
                            : equalityBy(&holds == &rows ? point.y[k] : point.z[k]);
