@@ -1,12 +1,26 @@
 // The result of a solve, member by member.
 #include "cli/json_result.hpp"
 
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <utility>
+
 #include "cli/json_writer.hpp"
 #include "cli/words.hpp"
 
 namespace activeset::cli {
 
 namespace {
+
+/// The kinds of members of a working set.
+constexpr std::array<std::pair<const char*, std::vector<std::size_t> WorkingSet::*>, 6> Kinds{
+    {{"equalities", &WorkingSet::equalities},
+     {"rows_at_lower", &WorkingSet::rowsAtLower},
+     {"rows_at_upper", &WorkingSet::rowsAtUpper},
+     {"at_lower", &WorkingSet::atLower},
+     {"at_upper", &WorkingSet::atUpper},
+     {"fixed", &WorkingSet::fixed}}};
 
 template <class Values>
 void addArray(JsonWriter& json, const char* key, const Values& values) {
@@ -56,12 +70,9 @@ void addResiduals(JsonWriter& json, const Certificate& certificate) {
 void addWorkingSet(JsonWriter& json, const WorkingSet& set) {
     json.key("working_set");
     json.open('{');
-    addArray(json, "equalities", set.equalities);
-    addArray(json, "rows_at_lower", set.rowsAtLower);
-    addArray(json, "rows_at_upper", set.rowsAtUpper);
-    addArray(json, "at_lower", set.atLower);
-    addArray(json, "at_upper", set.atUpper);
-    addArray(json, "fixed", set.fixed);
+    for (const auto& [name, members] : Kinds) {
+        addArray(json, name, set.*members);
+    }
     json.close('}');
 }
 
@@ -108,16 +119,39 @@ void addProof(JsonWriter& json, const io::Model& model, const Solution& solution
     json.close('}');
 }
 
-void addPasses(JsonWriter& json, const std::vector<Progress>& passes) {
+/// The members that `set` has and `other` has not, by kind.
+void addDifference(JsonWriter& json,
+                   const char* key,
+                   const WorkingSet& set,
+                   const WorkingSet& other) {
+    json.key(key);
+    json.open('{');
+    for (const auto& [name, members] : Kinds) {
+        std::vector<std::size_t> own;
+        std::set_difference((set.*members).begin(), (set.*members).end(), (other.*members).begin(),
+                            (other.*members).end(), std::back_inserter(own));
+        if (!own.empty()) {
+            addArray(json, name, own);
+        }
+    }
+    json.close('}');
+}
+
+void addPasses(JsonWriter& json, const io::Model& model, const std::vector<Progress>& passes) {
+    const double sign = model.maximise ? -1.0 : 1.0;
+    WorkingSet before;
     json.key("passes");
     json.open('[');
     for (const Progress& pass : passes) {
         json.open('{');
         json.member("pass", pass.iteration);
         json.member("phase_one", pass.phaseOne);
-        json.member("objective", pass.objective);
+        json.member("objective", sign * pass.objective + 0.0);
         json.member("violation", pass.violation);
         json.member("active", pass.active);
+        addDifference(json, "entering", pass.workingSet, before);
+        addDifference(json, "leaving", before, pass.workingSet);
+        before = pass.workingSet;
         json.close('}');
     }
     json.close(']');
@@ -149,7 +183,7 @@ std::string jsonText(const io::Model& model, const std::string& file, const Solu
     }
     addProof(json, model, solution);
     if (!solution.passes.empty()) {
-        addPasses(json, solution.passes);
+        addPasses(json, model, solution.passes);
     }
     json.close('}');
     return std::move(json).text();

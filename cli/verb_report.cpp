@@ -6,9 +6,9 @@
 #include "cli/console.hpp"
 #include "cli/exit_status.hpp"
 #include "cli/file_run.hpp"
-#include "cli/report/page.hpp"
 #include "cli/result_file.hpp"
 #include "cli/verbs.hpp"
+#include "report/page.hpp"
 
 namespace activeset::cli {
 
@@ -18,16 +18,6 @@ struct ReportOptions {
     std::string results;
     std::string output;
 };
-
-/// As text within a script element, which "</" would end.
-std::string embedded(const std::vector<nlohmann::json>& results) {
-    std::string text =
-        nlohmann::json(results).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    for (std::size_t at = 0; (at = text.find('<', at)) != std::string::npos; at += 6) {
-        text.replace(at, 1, "\\u003c");
-    }
-    return text;
-}
 
 }  // namespace
 
@@ -52,7 +42,9 @@ void addReport(CLI::App& app, Action& chosen) {
                     options->output.empty()
                         ? std::filesystem::path(name).replace_extension(".html").string()
                         : options->output;
-                writeFile(page, PageBefore + embedded(results) + PageAfter);
+                const std::string json = nlohmann::json(results).dump(
+                    -1, ' ', false, nlohmann::json::error_handler_t::replace);
+                writeFile(page, report::pageOf(json));
             });
             if (error.status != Solved) {
                 printError(error.text);

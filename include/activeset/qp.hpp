@@ -229,6 +229,8 @@ struct Progress {
     double violation = 0.0;     ///< largest violation there, absolute
     std::size_t active = 0;     ///< members of the working set
     double step = 0.0;          ///< Euclidean norm of the last step, in scaled variables
+    /// Its members; in phase one without the bound of the variable that phase one adds.
+    WorkingSet workingSet{};
 };
 
 /// Where a solve begins whose warm start, if there is one, is not the solution yet.

@@ -37,12 +37,12 @@ from ._faults import ProblemError
 __version__ = "0.1.0"
 
 __all__ = [
-    "BatchResult", "Certificate", "Conflict", "Farkas", "Fault", "Iterations", "Marginals",
-    "Problem",
-    "ProblemError", "Progress", "ReadError", "Residual", "Result", "Settings", "SolveError",
-    "Sensitivity", "Solver", "Status", "Times", "WarmStart", "WorkingSet", "batch", "compat",
-    "explain_infeasibility", "linprog", "lsq_linear", "nnls", "path", "ranges", "read",
-    "regions", "solve_batch", "solve_ls", "solve_many", "solve_qp",
+    "BatchResult", "Certificate", "Conflict", "Diagnosis", "Farkas", "Fault", "Finding",
+    "Iterations", "Marginals", "Problem", "ProblemError", "Progress", "ReadError", "Relaxation",
+    "Residual", "Result", "Settings", "SolveError", "Sensitivity",
+    "Solver", "Status", "Times", "WarmStart", "WorkingSet", "batch", "compat",
+    "diagnose", "explain_infeasibility", "linprog", "lsq_linear", "nnls", "path", "ranges", "read",
+    "regions", "relax", "solve_batch", "solve_ls", "solve_many", "solve_qp",
 ]
 
 _core.configure(Result, tuple(Status))
@@ -51,8 +51,12 @@ _atexit.register(_core.end_tasks)
 # Where the names are that are imported when they are first used.
 _LATER = {
     "BatchResult": "_batch",
+    "Diagnosis": "_diagnose",
+    "Finding": "_diagnose",
     "ReadError": "_files",
+    "Relaxation": "_relax",
     "Sensitivity": "_sensitivity",
+    "diagnose": "_diagnose",
     "explain_infeasibility": "_explain",
     "linprog": "_linprog",
     "lsq_linear": "_least_squares",
@@ -61,6 +65,7 @@ _LATER = {
     "ranges": "_sensitivity",
     "read": "_files",
     "regions": "_regions",
+    "relax": "_relax",
     "solve_batch": "_batch",
     "solve_ls": "_least_squares",
     "solve_many": "_many",
@@ -70,6 +75,7 @@ TYPE_CHECKING = False
 if TYPE_CHECKING:
     from . import batch, compat
     from ._batch import BatchResult, solve_batch
+    from ._diagnose import Diagnosis, Finding, diagnose
     from ._explain import explain_infeasibility
     from ._files import ReadError, read
     from ._least_squares import lsq_linear, nnls, solve_ls
@@ -77,6 +83,7 @@ if TYPE_CHECKING:
     from ._many import solve_many
     from ._path import path
     from ._regions import regions
+    from ._relax import Relaxation, relax
     from ._sensitivity import Sensitivity, ranges
 
 

@@ -169,6 +169,14 @@ def backward_batch(
 def explain(
     problem: Problem, settings: Settings | None
 ) -> tuple[bool, bool, _Indices, _Indices, _Indices, _Indices]: ...
+def relax(
+    problem: Problem,
+    norm: int,
+    row_weights: list[float],
+    bound_weights: list[float],
+    settings: Settings | None,
+) -> tuple[str, _Vector, _Vector, _Vector, float, list[Any]]: ...
+def diagnose(problem: Problem) -> tuple[Any, ...]: ...
 def ranges(result: Result, problem: Problem) -> dict[str, _Vector]: ...
 def path(
     problem: Problem,

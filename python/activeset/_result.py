@@ -22,6 +22,8 @@ from ._records import (
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
+    from collections.abc import Sequence
+    from os import PathLike
     from typing import Any
 
     import pandas as pd
@@ -29,6 +31,8 @@ if TYPE_CHECKING:
 
     from ._problem import Problem
     from ._sensitivity import Gradients, Sensitivity
+
+    from ._records import Progress
 
     Vector = NDArray[np.float64]
 
@@ -216,6 +220,23 @@ class Result(_core.ResultBase):
 
         names = self.names
         return pd.Series(self.x.copy(), index=None if names is None else list(names), name="x")
+
+    def report(self, path: str | PathLike[str], *, title: str = "result",
+               passes: Sequence[Progress] = ()) -> None:
+        """Write a page in HTML, complete in itself: outcome, proof, multipliers, bounds, solution.
+
+        Parameters
+        ----------
+        path : str or path
+            The file, which is replaced.
+        title : str, optional
+            What the page calls the problem.
+        passes : sequence of Progress, optional
+            What a callback was told, for plots over the passes.
+        """
+        from ._report import write
+
+        write(self, path, title, passes)
 
     def to_dict(self) -> dict[str, Any]:
         """The result in numbers, strings, lists and dictionaries, fit for JSON."""

@@ -8,6 +8,7 @@
 #include "problem_holder.hpp"
 #include "python.hpp"
 #include "regions.hpp"
+#include "relax.hpp"
 #include "result.hpp"
 #include "result_state.hpp"
 #include "solve.hpp"
@@ -43,6 +44,7 @@ PYBIND11_MODULE(_core, module) {
     addBatch(module);
     addParametric(module);
     addRegions(module);
+    addRelax(module);
     module.def("configure", &configure);
     module.def("restore", &restore);
     module.def("end_tasks", &endTasks);

@@ -1,8 +1,10 @@
-// The extension module activeset._reader: problem files. It is loaded when the first file is read.
+// The extension module activeset._reader: problem files and reports. It is loaded when the first file
+// is read or written.
 #include <pybind11/stl.h>
 
 #include "io/reader.hpp"
 #include "python.hpp"
+#include "report/page.hpp"
 
 namespace activeset::python {
 namespace {
@@ -60,8 +62,9 @@ py::dict read(const std::string& path) {
 PYBIND11_MODULE(_reader, module) {
     namespace py = pybind11;
     using namespace activeset;
-    module.doc() = "Reads problem files for the package activeset.";
+    module.doc() = "Reads problem files and makes reports for the package activeset.";
     py::register_exception<io::ReadError>(module, "ReadError", PyExc_ValueError).doc() =
         "A problem file that is missing, malformed or too large; the text has file and line.";
     module.def("read", &python::read);
+    module.def("page", &report::pageOf);
 }

@@ -13,8 +13,8 @@ import activeset
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MODULES = ["activeset"] + [f"activeset.{name}" for name in (
-    "_batch", "_explain", "_least_squares", "_linprog", "_many", "_path", "_problem",
-    "_sensitivity", "compat.quadprog", "compat.qpsolvers")]
+    "_batch", "_diagnose", "_explain", "_least_squares", "_linprog", "_many", "_path", "_problem",
+    "_relax", "_sensitivity", "compat.quadprog", "compat.qpsolvers")]
 
 
 @pytest.mark.parametrize("name", MODULES)

@@ -195,6 +195,10 @@ TEST_F(FrontEndControl, TellsTheCallbackHowFarItIs) {
                                if (!progress.phaseOne && !last.phaseOne && last.iteration > 0) {
                                    EXPECT_LE(progress.objective, before + 1e-9 * std::abs(before));
                                }
+                               // Phase one has a variable more, with a bound.
+                               EXPECT_LE(progress.workingSet.size(), progress.active);
+                               EXPECT_GE(progress.workingSet.size() + (progress.phaseOne ? 1 : 0),
+                                         progress.active);
                                before = progress.objective;
                                last = progress;
                                return true;
@@ -203,6 +207,7 @@ TEST_F(FrontEndControl, TellsTheCallbackHowFarItIs) {
     EXPECT_NEAR(last.objective, r.objective, 1e-9 * std::max(1.0, std::abs(r.objective)));
     EXPECT_NEAR(last.violation, 0.0, 1e-9);
     EXPECT_EQ(last.active, r.workingSet.size());
+    EXPECT_EQ(last.workingSet, r.workingSet);
 }
 
 TEST_F(FrontEndControl, BooksRefinementAndProofWhicheverWayAnAnswerIsFound) {

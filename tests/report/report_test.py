@@ -66,6 +66,7 @@ def check_single(reports, problem):
     assert float(reports.texts(".facts dd")[0]) == float(f"{result['objective']:.6g}")
     circles = reports.driver.find_elements(By.CSS_SELECTOR, "svg circle")
     assert len(circles) == 3 * len(result["passes"]) > 0
+    check_working_set(reports, result)
     sizes = [abs(v) for v in result["y"] + result["z"] if v]
     assert len(reports.texts(".bars tr")) == min(15, len(sizes))
     assert f"saves {max(sizes):.6g}".rstrip("0") in reports.texts(".bars tr")[0]
@@ -76,6 +77,21 @@ def check_single(reports, problem):
     again = [float(text) for text in reports.texts("[aria-label=solution] td:nth-child(2)")]
     assert again == sorted(shown)
     assert reports.fits(1280) and reports.fits(400)
+
+
+def check_working_set(reports, result):
+    """The changes of all passes lead to the set that the result has; the picture shows each."""
+    members, stays, left = set(), 0, 0
+    for change in result["passes"]:
+        leaving, entering = ({(kind, k) for kind, ks in change[key].items() for k in ks}
+                             for key in ("leaving", "entering"))
+        assert leaving <= members and not entering & members
+        members = (members - leaving) | entering
+        stays, left = stays + len(entering), left + len(leaving)
+    assert members == {(kind, k) for kind, ks in result["working_set"].items() for k in ks}
+    count = {name: len(reports.driver.find_elements(By.CSS_SELECTOR, f"#working-set .{name}"))
+             for name in ("stay", "enter", "leave")}
+    assert count == {"stay": stays, "enter": stays, "leave": left} and left > 0, count
 
 
 def check_dark(reports):

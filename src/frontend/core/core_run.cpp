@@ -79,13 +79,7 @@ void solveInto(Run& run,
     const OPTMatrix<double>& multipliers = solution.lambdaRef();
     run.x.assign(point.getData(), point.getData() + point.size());
     run.lambda.assign(multipliers.getData(), multipliers.getData() + multipliers.size());
-    const ActiveSet& active = solver.getActiveSet();
-    const auto copy = [](const std::size_t* list, std::size_t count) {
-        return std::vector<std::size_t>(list, list + count);
-    };
-    run.set = {copy(active.getWineq(), ActiveSet::getmaIneq()),
-               copy(active.getWlower(), ActiveSet::getmaLB()),
-               copy(active.getWupper(), ActiveSet::getmaUB())};
+    run.set = solver.coreSet();
     run.droppedEqualities = solver.getDroppedEqualities();
 }
 
@@ -104,7 +98,7 @@ Run runCore(CoreForm& coreForm,
     const CallScope scope;
     const PoolRelease pool;
     const CountsGuard counts;  // whoever uses the classes finds theirs again
-    WatchedSolver solver(control, precision.multiplier, progress);
+    WatchedSolver solver(control, coreForm, precision.multiplier, progress);
     ASoption options = optionsOf(precision);
     std::unique_ptr<IoptObjective> objective;
     vxArray* const linear = wrapped(c, n, 1);

@@ -1,7 +1,9 @@
 // What the solver does besides its method.
 #include "frontend/core/watched_solver.hpp"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "activeset/sizes.hpp"
 
@@ -65,11 +67,25 @@ void WatchedSolver::keepPhaseOneMultipliers(const OPTMatrix<double>& multipliers
     }
 }
 
+CoreSet WatchedSolver::coreSet() const {
+    const auto copy = [](const std::size_t* list, std::size_t count, std::size_t end) {
+        std::vector<std::size_t> members;
+        std::copy_if(list, list + count, std::back_inserter(members),
+                     [end](std::size_t k) { return k < end; });
+        return members;
+    };
+    const std::size_t n = coreForm_.variables();
+    return {copy(activeSet.getWineq(), ActiveSet::getmaIneq(), coreForm_.inequalities().size()),
+            copy(activeSet.getWlower(), ActiveSet::getmaLB(), n),
+            copy(activeSet.getWupper(), ActiveSet::getmaUB(), n)};
+}
+
 Progress WatchedSolver::report() {
     const double* point = solution.xstarRef().getData();
     const std::size_t n = OPTsizes::getnVar() - (isPhaseOne() ? 1 : 0);
     Progress progress = progress_(point);
     progress.active = ActiveSet::getmaConstr();
+    progress.workingSet = coreForm_.fromCore(coreSet(), getDroppedEqualities());
     double step = 0.0;
     for (std::size_t i = 0; i < n && n == last_.size() && hasDirection_; ++i) {
         step = std::hypot(step, point[i] - last_[i]);

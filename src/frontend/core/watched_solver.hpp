@@ -6,6 +6,7 @@
 
 #include "activeset/null_space.hpp"
 #include "frontend/core/control.hpp"
+#include "frontend/core/core_form.hpp"
 #include "frontend/core/cycle_detector.hpp"
 
 namespace activeset::frontend {
@@ -17,11 +18,14 @@ public:
     /// Tells what is reached at a point; called only if there is a callback.
     using Report = std::function<Progress(const double* x)>;
 
-    /// Keeps references to `control` and `progress`.
+    /// Keeps references to all but `rounding`.
     ///
     /// @param rounding  a multiplier that is less negative than this counts as zero
-    WatchedSolver(Control& control, double rounding, const Report& progress)
-        : control_(control), rounding_(rounding), progress_(progress) {}
+    WatchedSolver(Control& control,
+                  const CoreForm& coreForm,
+                  double rounding,
+                  const Report& progress)
+        : control_(control), coreForm_(coreForm), rounding_(rounding), progress_(progress) {}
     WatchedSolver(const WatchedSolver&) = delete;
     WatchedSolver& operator=(const WatchedSolver&) = delete;
     ~WatchedSolver() override = default;
@@ -30,6 +34,8 @@ public:
     /// Called at a minimum on the working set.
     void computeLambda(OPTMatrix<double>& g, OPTMatrix<double>& multipliers) override;
 
+    /// The present working set. Phase one has a variable more, whose bound is left out.
+    [[nodiscard]] CoreSet coreSet() const;
     [[nodiscard]] bool isCycling() const { return isCycling_; }
     /// The multipliers of phase one's minimum by constraint number, without those of the variable γ
     /// that phase one adds; empty if phase one has not reached a minimum.
@@ -44,6 +50,7 @@ private:
     [[nodiscard]] Progress report();
 
     Control& control_;
+    const CoreForm& coreForm_;
     double rounding_;
     const Report& progress_;
     CycleDetector cycles_;

@@ -164,7 +164,8 @@ void ActiveSetFit::reportPass(double step) {
         progress.objective =
             fit_.rest + 0.5 * dot(residual.data(), residual.data(), residual.size());
         progress.violation = violation(constraints_, point_.x).absolute;
-        progress.active = held_.size();
+        progress.workingSet = workingSet();
+        progress.active = progress.workingSet.size();
         progress.step = step;
         return progress;
     });

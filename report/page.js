@@ -1,4 +1,3 @@
-"use strict";
 // Draws the results that stand in the page. All text goes through textContent.
 const results = JSON.parse(document.getElementById("data").textContent);
 const page = document.getElementById("page");
@@ -160,6 +159,7 @@ function passes(r) {
   lines(box, "Objective", r.passes.map((pass) => pass.objective), false);
   lines(box, "Violation (logarithmic)", r.passes.map((pass) => pass.violation), true);
   lines(box, "Constraints in the working set", r.passes.map((pass) => pass.active), false);
+  if (r.passes[0].entering) pictureOf(r);
 }
 function bounds(r) {
   const set = r.working_set || {};

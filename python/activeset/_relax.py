@@ -1,0 +1,126 @@
+"""The nearest feasible point of an infeasible problem."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+
+import numpy as np
+
+from . import _core
+from ._faults import raise_invalid
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from collections.abc import Iterable
+
+    from numpy.typing import ArrayLike, NDArray
+
+    from ._problem import Problem
+    from ._records import Settings
+
+    Array = NDArray[np.float64]
+
+_NORMS = {"l1": 1, "l2": 2, "inf": 0}
+
+
+@dataclass(frozen=True)
+class Relaxation:
+    """A nearest feasible point, and by how much each row and bound gives way.
+
+    Violations are positive above an upper side, negative below a lower one. Rows are numbered
+    through, those of G first. `found` says that the point is proved to be nearest; status is
+    "infeasible" where what may not give way contradicts itself. `distance` is the norm of the
+    weighted violations. `text` names what gives way, one a line.
+    """
+
+    status: str
+    x: Array
+    row_violation: Array
+    bound_violation: Array
+    distance: float
+    text: str
+
+    @property
+    def found(self) -> bool:
+        """Whether the point is proved to be nearest."""
+        return self.status == "optimal"
+
+    def __bool__(self) -> bool:
+        return self.found
+
+    def __str__(self) -> str:
+        return self.text
+
+
+def relax(problem: Problem, *, norm: str = "l1", weights: ArrayLike | None = None,
+          bound_weights: ArrayLike | None = None, hard: Iterable[int | str] = (),
+          settings: Settings | None = None) -> Relaxation:
+    """Let rows give way until there is a feasible point; the objective is left out.
+
+    Parameters
+    ----------
+    problem : Problem
+    norm : {"l1", "l2", "inf"}
+        What is least: the sum of the violations (few rows give way), that of their squares (all
+        do, a little), or the largest one.
+    weights : array_like, optional
+        For each row, those of G first, from 0 up; 1 without. Infinite: the row stays.
+    bound_weights : array_like, optional
+        Likewise for the bounds of each variable. Without it bounds stay.
+    hard : iterable of int or str
+        Rows that stay, by position or name.
+    settings : Settings, optional
+
+    Raises
+    ------
+    ProblemError
+        The data, or the weights, have faults.
+
+    Examples
+    --------
+    >>> p = Problem(None, [1.0, 1.0], [1.0, 1.0], [4.0], lb=[3.0, 2.0], row_names=["capacity"])
+    >>> r = activeset.relax(p)
+    >>> print(r)
+    row 'capacity': 1 above
+    >>> r.x
+    array([3., 2.])
+    """
+    if norm not in _NORMS:
+        raise ValueError(f"norm has to be 'l1', 'l2' or 'inf', not {norm!r}")
+    rows = sum(problem._data.sizes[1:])
+    kept = [_position(problem, row, rows) for row in hard]
+    row_weights: Array = np.ones(0)
+    if weights is not None:
+        row_weights = np.array(weights, dtype=float)
+    elif kept:
+        row_weights = np.ones(rows)
+    if row_weights.shape not in ((0,), (rows,)):
+        raise ValueError(f"weights has shape {row_weights.shape}, expected ({rows},)")
+    row_weights[kept] = np.inf
+    bounds = np.zeros(0) if bound_weights is None else np.asarray(bound_weights, dtype=float)
+    if bounds.shape not in ((0,), (problem.n,)):
+        raise ValueError(f"bound_weights has shape {bounds.shape}, expected ({problem.n},)")
+    *parts, faults = _core.relax(problem, _NORMS[norm], row_weights.tolist(), bounds.tolist(),
+                                 settings)
+    if faults:
+        raise_invalid(faults, *problem._data.sizes[1:], problem._names)
+    status, x, row_violation, bound_violation, distance = parts
+    lines = [*_lines("row", row_violation, problem.row_names),
+             *_lines("bound of", bound_violation, problem.names)]
+    return Relaxation(status, x, row_violation, bound_violation, distance, "\n".join(lines))
+
+
+def _position(problem: Problem, row: int | str, rows: int) -> int:
+    if isinstance(row, str):
+        if problem.row_names is None or row not in problem.row_names:
+            raise ValueError(f"hard: there is no row {row!r}")
+        return problem.row_names.index(row)
+    if not 0 <= row < rows:
+        raise ValueError(f"hard: there is no row {row}")
+    return row
+
+
+def _lines(kind: str, violation: Array, names: tuple[str, ...] | None) -> list[str]:
+    largest = np.abs(violation).max(initial=0.0)
+    return [f"{kind} {repr(names[k]) if names else k}: {abs(v):.6g} {'above' if v > 0 else 'below'}"
+            for k, v in enumerate(violation) if abs(v) > 1e-9 * max(1.0, largest)]
