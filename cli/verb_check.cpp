@@ -49,8 +49,8 @@ std::string checkText(const io::Model& model, const Diagnosis& diagnosis) {
     const auto& low = diagnosis.smallestEigenvalue;
     const auto& high = diagnosis.largestEigenvalue;
     add("curvature",
-        fmt::format("smallest eigenvalue from {} to {}, largest from {} to {}", shownNumber(low[0]),
-                    shownNumber(low[1]), shownNumber(high[0]), shownNumber(high[1])));
+        fmt::format("smallest eigenvalue from {:.4g} to {:.4g}, largest from {:.4g} to {:.4g}",
+                    low[0] + 0.0, low[1] + 0.0, high[0] + 0.0, high[1] + 0.0));
     add("coefficients", fmt::format("from {:.1e} to {:.1e} in magnitude",
                                     diagnosis.smallestCoefficient, diagnosis.largestCoefficient));
     for (const Finding& finding : diagnosis.findings) {

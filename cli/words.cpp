@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 
@@ -12,7 +13,10 @@ namespace activeset::cli {
 
 namespace {
 
+// With a name and sides of usual length a line of text and a value stay below 100 columns.
 constexpr std::size_t LongestSum = 70;
+constexpr std::size_t ShortestSum = 20;
+constexpr std::size_t LongestWords = 80;
 
 std::string termText(double coefficient, const std::string& name, bool isFirst) {
     const char* const sign = coefficient < 0.0 ? (isFirst ? "-" : " - ") : (isFirst ? "" : " + ");
@@ -21,7 +25,8 @@ std::string termText(double coefficient, const std::string& name, bool isFirst) 
                        : fmt::format("{}{:.6g} {}", sign, size, name);
 }
 
-std::string sumText(const io::Model& model, std::size_t row) {
+/// The sum, or as many of its terms as have room in `longest` columns.
+std::string sumText(const io::Model& model, std::size_t row, std::size_t longest) {
     std::string text;
     std::size_t terms = 0;
     std::size_t shown = 0;
@@ -32,7 +37,7 @@ std::string sumText(const io::Model& model, std::size_t row) {
         }
         ++terms;
         const std::string term = termText(coefficient, model.variables[j], terms == 1);
-        if (shown + 1 == terms && text.size() + term.size() <= LongestSum) {
+        if (shown + 1 == terms && text.size() + term.size() <= longest) {
             text += term;
             ++shown;
         }
@@ -53,8 +58,12 @@ std::string sideText(double lower, double upper, Side side) {
 }  // namespace
 
 std::string rowWords(const io::Model& model, std::size_t row, Side side) {
-    return fmt::format("{}: {}{}", model.rows[row], sumText(model, row),
-                       sideText(model.rowLower[row], model.rowUpper[row], side));
+    constexpr std::size_t Ellipsis = 18;  // " + … (1000 terms)"
+    const std::string sides = sideText(model.rowLower[row], model.rowUpper[row], side);
+    const std::size_t others = model.rows[row].size() + sides.size() + Ellipsis;
+    const std::size_t left = LongestWords > others ? LongestWords - others : 0;
+    return fmt::format("{}: {}{}", model.rows[row],
+                       sumText(model, row, std::clamp(left, ShortestSum, LongestSum)), sides);
 }
 
 std::string boundWords(const io::Model& model, std::size_t column, Side side) {

@@ -66,15 +66,14 @@ std::vector<MatrixEntry> completeHessian(std::vector<MatrixEntry> given,
     std::sort(given.begin(), given.end(), isBefore);
     if (const MatrixEntry* const entry = firstRepeated(given); entry != nullptr) {
         Location{file, entry->line}.fail(
-            "a second entry for the pair " + describe(*entry, names) +
+            "a second entry for " + describe(*entry, names) +
             (full ? "" : "; QUADOBJ takes one triangle, QMATRIX both"));
     }
     if (full) {
         if (const MatrixEntry* const entry = firstUnsymmetric(given); entry != nullptr) {
             Location{file, entry->line}.fail(
                 "the entry for " + describe(*entry, names) +
-                " differs from the one across the diagonal; QMATRIX takes both " +
-                "triangles, QUADOBJ one");
+                " is not its mirror's; QMATRIX takes both triangles, QUADOBJ one");
         }
         return given;
     }

@@ -22,7 +22,7 @@ struct Location {
 
 /// Text of a file as a message shows it: in quotes, and cut if somebody wrote a novel.
 inline std::string quoted(std::string_view text) {
-    constexpr std::size_t Shown = 60;
+    constexpr std::size_t Shown = 32;
     std::string result = "'";
     result += text.substr(0, Shown);
     result += text.size() > Shown ? "...'" : "'";

@@ -22,8 +22,7 @@ void Scan::readCard(std::string_view line) {
     }
     if (section_ == Section::Columns && line.find("'MARKER'") != std::string_view::npos) {
         here_.fail(
-            "integer variables cannot be solved for; without the MARKER lines they are "
-            "continuous");
+            "integer variables cannot be solved for; without MARKER lines they are continuous");
     }
     const Card card = splitCard(line, section_, format_, columnTable_, here_);
     switch (section_) {
@@ -258,9 +257,8 @@ void Scan::finishBounds() {
         const std::string name = quoted(result_.columnNames[column]);
         if (bounds.lowerLine == 0 && bounds.upper < 0.0) {
             result_.notes.push_back(
-                {bounds.upperLine, "column " + name +
-                                       " has a negative upper bound and no lower one; it is "
-                                       "unbounded below"});
+                {bounds.upperLine,
+                 "column " + name + ": the negative upper bound removes the lower bound of 0"});
         } else if (bounds.lower > bounds.upper) {
             Location{here_.file, std::max(bounds.lowerLine, bounds.upperLine)}.fail(
                 "column " + name + " has a lower bound above its upper bound");

@@ -70,8 +70,10 @@ def diagnose(problem: Problem) -> Diagnosis:
     duplicate rows [1]
     unused variables [1]
     """
-    *numbers, findings, faults = _core.diagnose(problem)
+    (equalities, rank, smallest, largest, coefficients, free, fixed, found,
+     faults) = _core.diagnose(problem)
     if faults:
         raise_invalid(faults, *problem._data.sizes[1:], problem._names)
-    return Diagnosis(*numbers, [Finding(name, members, re.sub(r"\bH\b", "P", text))
-                                for name, members, text in findings])
+    findings = [Finding(name, members, re.sub(r"\bH\b", "P", text))
+                for name, members, text in found]
+    return Diagnosis(equalities, rank, smallest, largest, coefficients, free, fixed, findings)

@@ -100,11 +100,10 @@ def relax(problem: Problem, *, norm: str = "l1", weights: ArrayLike | None = Non
     bounds = np.zeros(0) if bound_weights is None else np.asarray(bound_weights, dtype=float)
     if bounds.shape not in ((0,), (problem.n,)):
         raise ValueError(f"bound_weights has shape {bounds.shape}, expected ({problem.n},)")
-    *parts, faults = _core.relax(problem, _NORMS[norm], row_weights.tolist(), bounds.tolist(),
-                                 settings)
+    status, x, row_violation, bound_violation, distance, faults = _core.relax(
+        problem, _NORMS[norm], row_weights.tolist(), bounds.tolist(), settings)
     if faults:
         raise_invalid(faults, *problem._data.sizes[1:], problem._names)
-    status, x, row_violation, bound_violation, distance = parts
     lines = [*_lines("row", row_violation, problem.row_names),
              *_lines("bound of", bound_violation, problem.names)]
     return Relaxation(status, x, row_violation, bound_violation, distance, "\n".join(lines))

@@ -25,8 +25,8 @@ std::string messageOf(const ProblemData& data, double shift) {
     if (!(shift < Infinity)) {
         return "H is not convex";
     }
-    return "H is not convex; H + " + printed(shift) + " I is, and is solved instead with a " +
-           "convexity tolerance of " + printed(relativeShift(data, shift));
+    return "H is not convex; H + " + printed(shift) + " I is: a convexity tolerance of " +
+           printed(relativeShift(data, shift)) + " solves that";
 }
 
 }  // namespace

@@ -115,8 +115,8 @@ private:
         }
         diagnosis_.equalityRank = basis.size();
         find("dependent equalities", std::move(dependent),
-             "combinations of the equalities before them: consistent ones are dropped, others make "
-             "the problem infeasible");
+             "combinations of earlier equalities: dropped where consistent, else the problem is "
+             "infeasible");
     }
 
     /// Makes a row orthogonal to an orthonormal basis: Gram and Schmidt, twice.
@@ -219,11 +219,11 @@ private:
         diagnosis_.largestCoefficient = largest;
         constexpr double WideRange = 1e9;
         if (largest > 0.0 && largest / smallest > WideRange) {
-            diagnosis_.findings.push_back(
-                {"wide range of coefficients",
-                 {},
-                 "largest and smallest differ by more than 1e9: the solver scales, yet other units "
-                 "make answers more exact"});
+            diagnosis_.findings.push_back({"wide range of coefficients",
+                                           {},
+                                           "they differ by more than 1e9: the solver scales, yet "
+                                           "other units make answers more "
+                                           "exact"});
         }
     }
 

@@ -94,7 +94,7 @@ TEST(Bounds, OfEveryTypeAloneAndTogether) {
         {" UP B x 3\n", 0, 3},
         {" UP B x 0\n", 0, 0},
         {" UP B x -3\n", -Infinity, -3,
-         "9: column 'x' has a negative upper bound and no lower one; it is unbounded below"},
+         "9: column 'x': the negative upper bound removes the lower bound of 0"},
         {" FX B x -4\n", -4, -4},
         {" FR B x\n", -Infinity, Infinity},
         {" MI B x\n", -Infinity, Infinity},

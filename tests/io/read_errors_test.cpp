@@ -35,8 +35,7 @@ const std::vector<ErrorCase> Cases{
     {smallFile("QUADOBJ\nQMATRIX\n"), "9: section QMATRIX: the file has it on line 8 already"},
     {smallFile("RHS r 5\n"), "8: unexpected 'r 5' after the section name"},
     {smallFile("SOS\n"),
-     "8: section 'SOS' cannot be read; a file has NAME, OBJSENSE, ROWS, COLUMNS, RHS, RANGES, "
-     "BOUNDS, QUADOBJ, QMATRIX or QSECTION, and ENDATA"},
+     "8: expected a section from NAME to ENDATA (docs/files.md), found 'SOS'"},
     {"OBJSENSE\nROWS\n", "2: OBJSENSE without MAX or MIN"},
     {"OBJSENSE\n BEST\n", "2: objective sense 'BEST' is neither MAX nor MIN"},
     {"OBJSENSE MAX\n MIN\n", "2: a second objective sense"},
@@ -54,7 +53,7 @@ const std::vector<ErrorCase> Cases{
     {replaced(7, " x r 2"), "7: a second entry for row 'r' in column 'x'"},
     {replaced(7, " y o 1\n x r 2"), "8: column 'x' was met before; its lines must stand together"},
     {replaced(6, " M1 'MARKER' 'INTORG'"),
-     "6: integer variables cannot be solved for; without the MARKER lines they are continuous"},
+     "6: integer variables cannot be solved for; without MARKER lines they are continuous"},
     // Numbers.
     {replaced(6, " x o 1,5"), "6: '1,5' is not a number"},
     {replaced(6, " x o +-1"), "6: '+-1' is not a number"},
@@ -87,10 +86,10 @@ const std::vector<ErrorCase> Cases{
     // The quadratic part.
     {smallFile("QUADOBJ\n x q 5\n"), "9: unknown column 'q'"},
     {smallFile("QUADOBJ\n x x 1\n x y 1\n y x 2\n x x 5\n"),
-     "11: a second entry for the pair ('x', 'y'); QUADOBJ takes one triangle, QMATRIX both"},
+     "11: a second entry for ('x', 'y'); QUADOBJ takes one triangle, QMATRIX both"},
     {smallFile("QMATRIX\n y x 1\n x y 1.5\n"),
-     "9: the entry for ('y', 'x') differs from the one across the diagonal; QMATRIX takes both "
-     "triangles, QUADOBJ one"},
+     "9: the entry for ('y', 'x') is not its mirror's; QMATRIX takes both triangles, "
+     "QUADOBJ one"},
     // Without the mark the error is that of the reading which got further: only the columns split
     // "cost of" from the number, so it is they that lead to line 6.
     {"ROWS\n N  cost of\n L  row\nCOLUMNS\n    x         cost of            1.0\n"
