@@ -84,7 +84,10 @@ std::string generalHelp(const CLI::App& app) {
             "  subject to x + y <= 4                st\n"
             "                                       capacity: x + y <= 4\n"
             "                                       end\n"
-            "  and solved by            activeset solve FILE.lp\n";
+            "  and solved by                        activeset solve FILE.lp\n"
+            "  why there is no solution             activeset explain FILE.lp\n"
+            "  a page to look at                    activeset solve FILE.lp -o r.json\n"
+            "                                       activeset report r.json\n";
     return text;
 }
 

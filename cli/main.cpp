@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <new>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "activeset/driver.hpp"
@@ -53,10 +55,13 @@ int reportUsage(const CLI::App& app, const CLI::ParseError& error) {
         return written(app.exit(error));
     }
     const std::vector<std::string> rest = app.remaining();
+    std::error_code absent;
     std::string line = error.what();
     if (app.get_subcommands().empty()) {
         line = rest.empty() ? "no command; try activeset solve FILE"
-                            : fmt::format("unknown command {}", rest.front());
+               : std::filesystem::exists(rest.front(), absent)
+                   ? fmt::format("unknown command {0}; try activeset solve {0}", rest.front())
+                   : fmt::format("unknown command {}", rest.front());
     }
     std::replace(line.begin(), line.end(), '\n', ' ');
     const std::string command =

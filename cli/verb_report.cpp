@@ -1,5 +1,6 @@
 // activeset report: results as a page to look at.
 #include <filesystem>
+#include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -8,6 +9,7 @@
 #include "cli/file_run.hpp"
 #include "cli/result_file.hpp"
 #include "cli/verbs.hpp"
+#include "cli/visible.hpp"
 #include "report/page.hpp"
 
 namespace activeset::cli {
@@ -30,7 +32,7 @@ void addReport(CLI::App& app, Action& chosen) {
         ->group("Problem");
     command
         .add_option("-o,--output", options->output,
-                    "The page; default: the name of the results, as .html")
+                    "The page; default: the name of the results, as .html, which is printed")
         ->option_text("FILE")
         ->group("Output");
     command.callback([&chosen, options] {
@@ -45,6 +47,9 @@ void addReport(CLI::App& app, Action& chosen) {
                 const std::string json = nlohmann::json(results).dump(
                     -1, ' ', false, nlohmann::json::error_handler_t::replace);
                 writeFile(page, report::pageOf(json));
+                if (options->output.empty()) {
+                    std::cout << visibleLine(page) << "\n";
+                }
             });
             if (error.status != Solved) {
                 printError(error.text);

@@ -41,11 +41,13 @@ TEST_F(Verbs, CheckNamesWhatIsRemarkable) {
     const Outcome odd = run("check odd.lp");
     EXPECT_EQ(odd.status, 0);
     EXPECT_THAT(odd.out, HasSubstr("3, of which 2 equalities of rank 1\n"));
-    EXPECT_THAT(odd.out, HasSubstr("dependent equalities: b\n  combinations of earlier equalities"));
+    EXPECT_THAT(odd.out,
+                HasSubstr("dependent equalities: b\n  combinations of earlier equalities"));
     EXPECT_THAT(run("check good.lp").out, HasSubstr("nothing that a solve would stumble over"));
 }
 
 TEST_F(Verbs, ConvertedFilesSaySame) {
+    EXPECT_THAT(run("good.lp").err, HasSubstr("try activeset solve good.lp"));
     EXPECT_EQ(run("convert good.lp good.json").status, 0);
     EXPECT_EQ(run("convert good.json good.mps").status, 0);
     EXPECT_EQ(run("convert good.mps --to lp").out, run("convert good.lp --to lp").out);

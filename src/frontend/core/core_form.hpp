@@ -3,6 +3,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_CORE_CORE_FORM_HPP
 #define ACTIVESET_SRC_FRONTEND_CORE_CORE_FORM_HPP
 
+#include <functional>
+
 #include "frontend/problem/constraints.hpp"
 
 namespace activeset::frontend {
@@ -13,6 +15,11 @@ struct CoreSet {
     std::vector<std::size_t> lower;
     std::vector<std::size_t> upper;
 };
+
+/// How far the core has come at the point x with a working set; asked only where there is a
+/// callback. `dropped` are equalities as in CoreForm::fromCore.
+using CoreReport = std::function<Progress(
+    const double* x, const CoreSet& set, const std::vector<std::size_t>& dropped)>;
 
 /// The constraints of a problem as A·x ≤ b, Aeq·x = beq, lb ≤ x ≤ ub. Rows with equal sides and
 /// variables with equal bounds become equalities. Each finite side of another row becomes an

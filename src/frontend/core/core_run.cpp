@@ -92,13 +92,13 @@ Run runCore(CoreForm& coreForm,
             const CoreSet& set,
             const Precision& precision,
             Control& control,
-            const std::function<Progress(const double* x)>& progress) {
+            const CoreReport& progress) {
     Run run;
     const std::size_t n = coreForm.variables();
     const CallScope scope;
     const PoolRelease pool;
     const CountsGuard counts;  // whoever uses the classes finds theirs again
-    WatchedSolver solver(control, coreForm, precision.multiplier, progress);
+    WatchedSolver solver(control, precision.multiplier, progress);
     ASoption options = optionsOf(precision);
     std::unique_ptr<IoptObjective> objective;
     vxArray* const linear = wrapped(c, n, 1);

@@ -53,7 +53,7 @@ struct Run {
                           const CoreSet& set,
                           const Precision& precision,
                           Control& control,
-                          const std::function<Progress(const double* x)>& progress);
+                          const CoreReport& progress);
 
 }  // namespace activeset::frontend
 

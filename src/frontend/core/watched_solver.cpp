@@ -68,24 +68,24 @@ void WatchedSolver::keepPhaseOneMultipliers(const OPTMatrix<double>& multipliers
 }
 
 CoreSet WatchedSolver::coreSet() const {
-    const auto copy = [](const std::size_t* list, std::size_t count, std::size_t end) {
+    const std::size_t n = OPTsizes::getnVar() - (isPhaseOne() ? 1 : 0);
+    const auto bounds = [n](const std::size_t* list, std::size_t count) {
         std::vector<std::size_t> members;
         std::copy_if(list, list + count, std::back_inserter(members),
-                     [end](std::size_t k) { return k < end; });
+                     [n](std::size_t variable) { return variable < n; });
         return members;
     };
-    const std::size_t n = coreForm_.variables();
-    return {copy(activeSet.getWineq(), ActiveSet::getmaIneq(), coreForm_.inequalities().size()),
-            copy(activeSet.getWlower(), ActiveSet::getmaLB(), n),
-            copy(activeSet.getWupper(), ActiveSet::getmaUB(), n)};
+    const std::size_t* const rows = activeSet.getWineq();
+    return {std::vector<std::size_t>(rows, rows + ActiveSet::getmaIneq()),
+            bounds(activeSet.getWlower(), ActiveSet::getmaLB()),
+            bounds(activeSet.getWupper(), ActiveSet::getmaUB())};
 }
 
 Progress WatchedSolver::report() {
     const double* point = solution.xstarRef().getData();
     const std::size_t n = OPTsizes::getnVar() - (isPhaseOne() ? 1 : 0);
-    Progress progress = progress_(point);
+    Progress progress = progress_(point, coreSet(), getDroppedEqualities());
     progress.active = ActiveSet::getmaConstr();
-    progress.workingSet = coreForm_.fromCore(coreSet(), getDroppedEqualities());
     double step = 0.0;
     for (std::size_t i = 0; i < n && n == last_.size() && hasDirection_; ++i) {
         step = std::hypot(step, point[i] - last_[i]);

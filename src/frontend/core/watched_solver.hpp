@@ -15,17 +15,13 @@ namespace activeset::frontend {
 /// to zero, and notices when it cycles.
 class WatchedSolver : public NullSpaceAS {
 public:
-    /// Tells what is reached at a point; called only if there is a callback.
-    using Report = std::function<Progress(const double* x)>;
+    using Report = CoreReport;
 
-    /// Keeps references to all but `rounding`.
+    /// Keeps references to `control` and `progress`.
     ///
     /// @param rounding  a multiplier that is less negative than this counts as zero
-    WatchedSolver(Control& control,
-                  const CoreForm& coreForm,
-                  double rounding,
-                  const Report& progress)
-        : control_(control), coreForm_(coreForm), rounding_(rounding), progress_(progress) {}
+    WatchedSolver(Control& control, double rounding, const Report& progress)
+        : control_(control), rounding_(rounding), progress_(progress) {}
     WatchedSolver(const WatchedSolver&) = delete;
     WatchedSolver& operator=(const WatchedSolver&) = delete;
     ~WatchedSolver() override = default;
@@ -50,7 +46,6 @@ private:
     [[nodiscard]] Progress report();
 
     Control& control_;
-    const CoreForm& coreForm_;
     double rounding_;
     const Report& progress_;
     CycleDetector cycles_;

@@ -162,7 +162,12 @@ Run ProximalLoop::runOfStep() {
     CoreForm& form = problem_.coreForm();
     return runCore(form, problem_.hessianPlus(rho_), c, centre_,
                    form.toCore(Constraints(problem_.scaled, set_)), precision, control_,
-                   [this](const double* x) { return problem_.progressAt(x); });
+                   [&](const double* x, const CoreSet& set, const auto& dropped) {
+                       Progress progress = problem_.progressAt(x);
+                       progress.workingSet =
+                           form.fromCore(problem_.scaled, set, dropped).workingSet();
+                       return progress;
+                   });
 }
 
 // Considers what a stopped run has reached, without refinement, since the solution of its working
