@@ -131,14 +131,19 @@ std::string strictSummaryText(const io::Problem& problem,
     std::string text;
     const auto out = std::back_inserter(text);
     fmt::format_to(out, "outcome          {} ({})\n", outcomeText(result), result.code);
-    fmt::format_to(out, "objective        {:.10g}{}{}\n", verdict.objective.value,
-                   problem.maximise ? ", a maximum" : "", mark(verdict.objective));
+    const bool isFeasible = result.code != -2 && result.code != -3;
+    if (isFeasible) {
+        fmt::format_to(out, "objective        {:.10g}{}{}\n", verdict.objective.value,
+                       problem.maximise ? ", a maximum" : "", mark(verdict.objective));
+    }
     fmt::format_to(out, "iterations       {}", result.iterations);
     if (result.phaseOneRan) {
         fmt::format_to(out, ", after {} of phase one", result.phaseOneIterations);
     }
     text += "\n";
-    addActive(text, result);
+    if (isFeasible) {
+        addActive(text, result);
+    }
     fmt::format_to(out, "primal residual  {:.1e}{}\n", verdict.primal.value, mark(verdict.primal));
     fmt::format_to(out, "dual residual    {:.1e}{}\n", verdict.dual.value, mark(verdict.dual));
     fmt::format_to(out, "complementarity  {:.1e}{}\n\n", verdict.complementarity.value,

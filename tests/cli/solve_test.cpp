@@ -110,6 +110,9 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
         const Outcome outcome = run("solve " + example.arguments);
         EXPECT_THAT(outcome.out, ::testing::HasSubstr(std::string("\n") + example.line + "\n"));
         EXPECT_EQ(outcome.status, example.status) << example.line;
+        const bool isWithout = (example.status >= 2 && example.status <= 4) ||
+                               outcome.out.find("before a feasible") != std::string::npos;
+        EXPECT_EQ(isWithout, outcome.out.find("\nobjective ") == std::string::npos);
     }
 }
 
