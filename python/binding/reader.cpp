@@ -1,5 +1,5 @@
-// The extension module activeset._reader: problem files and reports. It is loaded when the first file
-// is read or written.
+// The extension module activeset._reader: problem files and reports. It is loaded when the first
+// file is read or written.
 #include <pybind11/stl.h>
 
 #include "io/reader.hpp"

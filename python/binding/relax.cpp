@@ -74,10 +74,13 @@ py::tuple relax(const py::object& problem,
                 std::vector<double> boundWeights,
                 const py::object& settings) {
     requireNoCallback();
-    const auto task = std::make_shared<RelaxTask>(
-        holderOf(problem), norm == 1 ? Norm::L1 : norm == 2 ? Norm::L2 : Norm::LInf,
-        std::move(rowWeights), std::move(boundWeights),
-        settingsOf(settings.is_none() ? nullptr : settings.ptr()));
+    const auto task =
+        std::make_shared<RelaxTask>(holderOf(problem),
+                                    norm == 1   ? Norm::L1
+                                    : norm == 2 ? Norm::L2
+                                                : Norm::LInf,
+                                    std::move(rowWeights), std::move(boundWeights),
+                                    settingsOf(settings.is_none() ? nullptr : settings.ptr()));
     runAttended(task);
     const Relaxation& found = task->relaxation();
     return py::make_tuple(textOf(found.status), vectorOf(found.x), vectorOf(found.rowViolation),
