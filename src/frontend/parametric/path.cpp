@@ -12,6 +12,7 @@
 
 #include "frontend/parametric/kkt_inverse.hpp"
 #include "frontend/parametric/line.hpp"
+#include "frontend/parametric/line_solve.hpp"
 #include "frontend/parametric/regular_set.hpp"
 #include "host/floating_point.hpp"
 
@@ -22,54 +23,9 @@ using frontend::Held;
 using frontend::KktFactor;
 using frontend::KktInverse;
 using frontend::Line;
-using frontend::Moving;
 using frontend::MovingProblem;
 using frontend::RegularSet;
 using frontend::Vector;
-
-namespace {
-
-// By the factors, for any working set.
-Line::Solve solverOf(const KktFactor& factor) {
-    return [&factor](Moving& x, Moving& y) {
-        frontend::Dense b(factor.order(), 2);
-        const std::size_t free = factor.free().size();
-        const auto each = [&](auto&& copy) {
-            for (std::size_t k = 0; k < b.rows; ++k) {
-                const bool isFree = k < free;
-                const std::size_t place = isFree ? factor.free()[k] : factor.rows()[k - free];
-                copy(b(k, 0), (isFree ? x : y).value[place]);
-                copy(b(k, 1), (isFree ? x : y).rate[place]);
-            }
-        };
-        each([](double& entry, double value) { entry = value; });
-        factor.solve(b);
-        each([](double entry, double& value) { value = entry; });
-    };
-}
-
-Line::Solve solverOf(const KktInverse& inverse, std::size_t n) {
-    return [&inverse, n](Moving& x, Moving& y) {
-        const std::vector<std::size_t>& members = inverse.members();
-        Vector b1(members.size());
-        Vector b2(members.size());
-        Vector u1;
-        Vector u2;
-        const auto each = [&](Vector& first, Vector& second, auto&& copy) {
-            for (std::size_t k = 0; k < members.size(); ++k) {
-                const bool isFree = members[k] < n;
-                const std::size_t place = isFree ? members[k] : members[k] - n;
-                copy(first[k], (isFree ? x : y).value[place]);
-                copy(second[k], (isFree ? x : y).rate[place]);
-            }
-        };
-        each(b1, b2, [](double& entry, double value) { entry = value; });
-        inverse.multiply(b1, b2, u1, u2);
-        each(u1, u2, [](double entry, double& value) { value = entry; });
-    };
-}
-
-}  // namespace
 
 class Path::Tracer {
 public:
@@ -86,7 +42,9 @@ public:
 
 private:
     [[nodiscard]] bool exchange();
+    [[nodiscard]] bool begin();
     [[nodiscard]] bool find();
+    void keepInverse();
     [[nodiscard]] bool isTheEnd(const Result& result, double tried, double& ahead);
     [[nodiscard]] std::optional<Line> lineOf(const Result& result, double t);
     [[nodiscard]] bool isBehind(double t) const { return t > t_ + Same * size(); }
@@ -152,12 +110,34 @@ bool Path::Tracer::exchange() {
 
 // The line of the optimum at t.
 std::optional<Line> Path::Tracer::lineOf(const Result& result, double t) {
+    if (result.hessianShift != 0.0) {
+        problem_->shift(result.hessianShift);
+        path_->hessianShift_ += result.hessianShift;
+    }
+    warm_ = result.warmStart();
     inverse_.reset();
     const RegularSet set(*problem_, t, result);
     held_ = set.held();
     factor_ = set.factor();
     Line line(*problem_, held_, t, solverOf(*factor_));
     return line.isSolution() ? std::optional(std::move(line)) : std::nullopt;
+}
+
+void Path::Tracer::keepInverse() {
+    if (factor_->isRegular()) {
+        inverse_.emplace(problem_->data(), *factor_);
+    }
+}
+
+// The working set of the first optimum, where it is right behind it, too.
+bool Path::Tracer::begin() {
+    const Result result = problem_->solve(t_, warm_, settings_);
+    line_ = result ? lineOf(result, t_) : std::nullopt;
+    if (!line_ || isBehind(line_->from()) || !(isBehind(line_->to()) || t_ >= to_)) {
+        return false;
+    }
+    keepInverse();
+    return true;
 }
 
 // A working set that is right from t on.
@@ -167,6 +147,9 @@ bool Path::Tracer::find() {
         path_->status_ = Status::Infeasible;
         path_->message_ = crossing_.text;
         return false;
+    }
+    if (path_->pieces_.empty() && begin()) {
+        return true;
     }
     constexpr int MostHalvings = 80;
     const double start = t_;
@@ -181,16 +164,9 @@ bool Path::Tracer::find() {
                 return false;
             }
         } else {
-            if (result.hessianShift != 0.0) {
-                problem_->shift(result.hessianShift);
-                path_->hessianShift_ += result.hessianShift;
-            }
-            warm_ = result.warmStart();
             const std::optional<Line> line = lineOf(result, tried);
             if (line && !isBehind(line->from())) {
-                if (factor_->isRegular()) {
-                    inverse_.emplace(problem_->data(), *factor_);
-                }
+                keepInverse();
                 line_.emplace(*problem_, held_, start, solverOf(*factor_));
                 if (line_->isSolution() && (isBehind(line_->to()) || start >= to_)) {
                     return true;

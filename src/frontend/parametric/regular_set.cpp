@@ -50,20 +50,19 @@ RegularSet::RegularSet(const MovingProblem& problem, double t, const Result& res
       x_(result.x),
       y_(result.y),
       z_(result.z),
-      held_(problem, result.workingSet),
-      factor_(factorise()) {
+      held_(problem, result.workingSet) {
     const double gradient =
         std::max({largestMagnitude(sides_.c), largestMagnitude(y_), largestMagnitude(z_)});
     holdStrong(y_, gradient, held_.rows);
     holdStrong(z_, gradient, held_.bounds);
-    factor_ = factorise();
-    if (factor_.dependent() != 0) {
+    factor_.emplace(factorise());
+    if (factor_->dependent() != 0) {
         makeIndependent();
-        factor_ = factorise();
+        factor_.emplace(factorise());
     }
-    if (factor_.flat() != 0) {
+    if (factor_->flat() != 0) {
         closeFlat();
-        factor_ = factorise();
+        factor_.emplace(factorise());
     }
 }
 
@@ -92,8 +91,8 @@ void RegularSet::holdStrong(const Vector& multipliers,
 
 void RegularSet::makeIndependent() {
     const ProblemData& data = problem_->data();
-    const std::vector<std::size_t>& free = factor_.free();
-    const std::vector<std::size_t>& rows = factor_.rows();
+    const std::vector<std::size_t>& free = factor_->free();
+    const std::vector<std::size_t>& rows = factor_->rows();
     Dense A(rows.size(), free.size());
     for (std::size_t j = 0; j < free.size(); ++j) {
         for (std::size_t i = 0; i < rows.size(); ++i) {
@@ -189,8 +188,8 @@ void RegularSet::dropOne(Dense& rows, Dense& bounds, std::size_t k) {
 }
 
 void RegularSet::closeFlat() {
-    const std::vector<std::size_t>& free = factor_.free();
-    const Dense& flat = factor_.flatDirections();
+    const std::vector<std::size_t>& free = factor_->free();
+    const Dense& flat = factor_->flatDirections();
     Dense directions(x_.size(), flat.cols);
     for (std::size_t k = 0; k < flat.cols; ++k) {
         for (std::size_t j = 0; j < free.size(); ++j) {

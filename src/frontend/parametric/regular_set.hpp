@@ -2,6 +2,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PARAMETRIC_REGULAR_SET_HPP
 #define ACTIVESET_SRC_FRONTEND_PARAMETRIC_REGULAR_SET_HPP
 
+#include <optional>
+
 #include "frontend/parametric/kkt_factor.hpp"
 #include "frontend/parametric/line.hpp"
 #include "frontend/parametric/moving_problem.hpp"
@@ -16,7 +18,7 @@ public:
     RegularSet(const MovingProblem& problem, double t, const Result& result);
 
     [[nodiscard]] const Held& held() const { return held_; }
-    [[nodiscard]] const KktFactor& factor() const { return factor_; }
+    [[nodiscard]] const KktFactor& factor() const { return *factor_; }
 
 private:
     /// A step along ± a direction, and the constraint whose hold changes there.
@@ -47,7 +49,7 @@ private:
     Vector y_;
     Vector z_;
     Held held_;
-    KktFactor factor_;
+    std::optional<KktFactor> factor_;
 };
 
 }  // namespace activeset::frontend
