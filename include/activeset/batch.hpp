@@ -1,6 +1,6 @@
-// Many problems of one shape, from arrays to arrays: for batches that a vector of results would be
-// too large for, or too slow. Beside solveMany() of qp.hpp, which takes problems of any shapes and
-// returns all that there is to know of each.
+// Many problems of one shape, from arrays to arrays: for batches for which a vector of results
+// would be too large or too slow. solveMany() of qp.hpp takes problems of any shapes and returns a
+// complete result for each.
 //
 //     std::vector<double> x(count * n), objective(count);
 //     std::vector<activeset::Status> status(count);

@@ -1,4 +1,4 @@
-// What there is to know about the data of a problem before it is solved.
+// Looks at the data of a problem before it is solved.
 #ifndef ACTIVESET_DIAGNOSE_HPP
 #define ACTIVESET_DIAGNOSE_HPP
 

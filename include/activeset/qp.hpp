@@ -46,7 +46,7 @@ public:
     /// `size` numbers from `data` on.
     constexpr VectorView(const double* data, std::size_t size) noexcept
         : data_(data), size_(size) {}
-    // Whatever is contiguous is a vector, without a word about it.
+    // Contiguous memory is a vector: implicit conversions are wanted.
     // NOLINTBEGIN(google-explicit-constructor,hicpp-explicit-conversions)
     /// The numbers of a span.
     constexpr VectorView(std::span<const double> values) noexcept
@@ -97,7 +97,7 @@ public:
           cols_(cols),
           leading_(leading != 0 ? leading : (order == Order::ColumnMajor ? rows : cols)),
           order_(order) {}
-    /// A view of fewer elements than it needs is found by the checks of a solve.
+    /// The checks of a solve find a view that has too few elements.
     constexpr MatrixView(VectorView values,
                          std::size_t rows,
                          std::size_t cols,
@@ -118,9 +118,9 @@ public:
     [[nodiscard]] constexpr Order order() const noexcept { return order_; }
     /// Whether there are no elements.
     [[nodiscard]] constexpr bool empty() const noexcept { return rows_ == 0 || cols_ == 0; }
-    /// How many elements the memory is known to hold; the largest number where nobody said.
+    /// How many elements the memory holds; the largest number if that is not known.
     [[nodiscard]] constexpr std::size_t available() const noexcept { return available_; }
-    /// A matrix of the same kind so many numbers further on.
+    /// The same view of the memory `numbers` numbers further on.
     [[nodiscard]] constexpr MatrixView movedBy(std::size_t numbers) const noexcept {
         MatrixView moved = *this;
         moved.data_ += numbers;
@@ -155,7 +155,7 @@ struct WorkingSet {
         return equalities.size() + rowsAtLower.size() + rowsAtUpper.size() + atLower.size() +
                atUpper.size() + fixed.size();
     }
-    /// Leaves no members, and their memory for others.
+    /// Removes all members; the lists keep their memory.
     void clear() noexcept {
         for (auto* members :
              {&equalities, &rowsAtLower, &rowsAtUpper, &atLower, &atUpper, &fixed}) {
@@ -196,7 +196,7 @@ struct Fault {
     std::size_t col = 0;    ///< 0 for vectors
     double value = 0.0;     ///< of the entry
     std::string text{};     ///< one line: what was given and what is expected, no full stop
-    std::size_t count = 1;  ///< that it stands for: the last one of a part with many
+    std::size_t count = 1;  ///< of faults it stands for; more than 1 at the end of a long list
 };
 
 /// All mistakes in a problem, none for one that can be solved. Of those in a part (H, c and
@@ -221,7 +221,7 @@ enum class Status {
 /// "optimal", "infeasible", …
 [[nodiscard]] ACTIVESET_API const char* textOf(Status status) noexcept;
 
-/// What a callback is told after every pass.
+/// What the callback gets after every pass.
 struct Progress {
     std::size_t iteration = 0;  ///< passes so far, over all phases
     bool phaseOne = false;      ///< looking for a feasible point
@@ -233,7 +233,7 @@ struct Progress {
     WorkingSet workingSet{};
 };
 
-/// Where a solve begins whose warm start, if there is one, is not the solution yet.
+/// Where a solve begins, unless its warm start already is the solution.
 enum class Start {
     Automatic,  ///< Predict, unless a callback or a limit asks for the passes of the core
     Predict,    ///< at a prediction of the working set
@@ -242,17 +242,17 @@ enum class Start {
 
 /// How a problem is solved, and when to give up.
 struct Settings {
-    /// Relative size up to which residuals support `Status::Optimal`, and so of the error that the
-    /// objective may have; more than 0, at most 1.
+    /// The largest relative residuals of a point that is optimal, and so the largest relative error
+    /// of its objective; more than 0, at most 1.
     double tolerance = 1e-9;
-    /// How far H may be from convex, as data are that were rounded, in proportion to ‖H‖_F, from 0
-    /// to 1: up to here H + δI is solved in its place, δ being Result::hessianShift. The default is
+    /// The largest δ, in proportion to ‖H‖_F, with which H + δI is solved in place of an H that is
+    /// not convex, as rounded data may be; from 0 to 1. δ is Result::hessianShift. The default is
     /// enough for numbers of 7 digits, or of float; 0 takes H as it is.
     double convexityTolerance = 1e-6;
     Start startMode = Start::Automatic;  ///< where the solve begins
-    /// Most passes over all phases; 0 stands for a limit that no sound problem meets.
+    /// The most passes over all phases; 0 stands for a limit that no sound problem reaches.
     std::size_t maxIterations = 0;
-    /// From 0 up.
+    /// In seconds, from 0 up.
     std::chrono::duration<double> timeLimit = std::chrono::duration<double>::max();
     std::stop_token stop{};  ///< ends the solve when a stop is requested
     /// Called after every pass of the core, so that Start::Automatic leaves predictions out; false
@@ -266,7 +266,7 @@ struct Residual {
     double relative = 0.0;  ///< without a unit
 };
 
-/// What a point and its multipliers are worth, from the caller's data alone, in extended
+/// The residuals of a point and its multipliers, formed from the caller's data alone, in extended
 /// precision.
 struct Certificate {
     /// Largest violation of a row or bound. Terms below 1 are measured by 1, or by the size that
@@ -287,8 +287,8 @@ struct Certificate {
     }
 };
 
-/// Multipliers which show that no point satisfies the constraints: Aᵀy + z = 0, yet y and z weigh
-/// the sides that they stand for to less than 0. Signs as in Result.
+/// Multipliers which show that no point satisfies the constraints: Aᵀy + z = 0, but the sum of the
+/// sides, weighted by y and z, is less than 0. Signs as in Result.
 struct Farkas {
     std::vector<double> y{};  ///< m
     std::vector<double> z{};  ///< n
@@ -409,7 +409,7 @@ struct ManySettings {
     Settings each{};
     /// 0 stands for as many as there are processors.
     unsigned threads = 0;
-    /// So many neighbours form a chain, in which each problem without a warm start of its own
+    /// How many neighbours form a chain, in which each problem without a warm start of its own
     /// begins where the last optimum of its size was found; neighbours with views of the same H and
     /// A share what a Solver keeps. 0 and 1 stand for no chains. Threads share the chains out
     /// between them; results do not depend on how many there are.

@@ -16,8 +16,8 @@ namespace activeset {
 /// Beside the errors of the products themselves, which computing afresh has as well, each step adds
 /// rounding errors of at most ε·(max|r| + 2·max|α·A·p|). These are added up; when their sum reaches
 /// a ten-thousandth of TolCon, or after RefreshAfter steps, or when the point is not the one that
-/// the residuals were carried to, they are computed afresh. Small products are not worth it: they
-/// are always computed, so that ties between constraints are those of the plain computation.
+/// the residuals were carried to, they are computed afresh. Small products save no time: they are
+/// always computed, so that ties between constraints are those of the plain computation.
 class ACTIVESET_API CarriedResiduals {
 public:
     /// Products of at least this many matrix elements are carried.
