@@ -3,6 +3,8 @@
 //     minimise ½xᵀHx + cᵀx + constant
 //     subject to  rowLower ≤ A·x ≤ rowUpper,  lower ≤ x ≤ upper
 //
+// where any side may be soft: violated at a price that the objective pays.
+//
 // A program describes its data as views, which copy nothing, and gets a result that owns what it
 // holds. Everything that a result claims has been recomputed from the data as they were given.
 #ifndef ACTIVESET_QP_HPP
@@ -141,7 +143,46 @@ private:
     Order order_ = Order::ColumnMajor;
 };
 
-/// Constraints that hold with equality, by kind; 0-based, ascending.
+/// What it costs to violate sides, one entry for each row, or for each variable. A side that is
+/// missed by v ≥ 0 costs linear·v + ½·quadratic·v²; it is soft then. A linear penalty that is
+/// infinite leaves the side hard, whatever the quadratic one. Without linear penalties the sides
+/// with a positive quadratic one are soft, and the others are hard. Entries of sides that are
+/// absent are not used.
+struct Penalty {
+    VectorView lowerLinear{};     ///< from 0 up, infinite for a hard side
+    VectorView upperLinear{};     ///< likewise
+    VectorView lowerQuadratic{};  ///< from 0 up, finite; more than 0 where the linear one is 0
+    VectorView upperQuadratic{};  ///< likewise
+
+    /// Whether no side has a penalty.
+    [[nodiscard]] constexpr bool empty() const noexcept {
+        return lowerLinear.empty() && upperLinear.empty() && lowerQuadratic.empty() &&
+               upperQuadratic.empty();
+    }
+};
+
+/// Soft sides beyond which a point lies; 0-based, ascending.
+struct ViolatedSides {
+    std::vector<std::size_t> rowsAtLower{};  ///< rows below their lower side
+    std::vector<std::size_t> rowsAtUpper{};  ///< rows above their upper side
+    std::vector<std::size_t> atLower{};      ///< variables below their lower bound
+    std::vector<std::size_t> atUpper{};      ///< variables above their upper bound
+
+    /// How many sides are violated.
+    [[nodiscard]] std::size_t size() const noexcept {
+        return rowsAtLower.size() + rowsAtUpper.size() + atLower.size() + atUpper.size();
+    }
+    /// Leaves no members, and their memory for others.
+    void clear() noexcept {
+        for (auto* members : {&rowsAtLower, &rowsAtUpper, &atLower, &atUpper}) {
+            members->clear();
+        }
+    }
+    friend bool operator==(const ViolatedSides&, const ViolatedSides&) = default;
+};
+
+/// Constraints that hold with equality, by kind; 0-based, ascending. Soft sides that are violated
+/// do not hold: they are listed by themselves, and size() leaves them out.
 struct WorkingSet {
     std::vector<std::size_t> equalities{};   ///< rows whose sides are equal
     std::vector<std::size_t> rowsAtLower{};  ///< rows at their lower side
@@ -149,6 +190,7 @@ struct WorkingSet {
     std::vector<std::size_t> atLower{};      ///< variables
     std::vector<std::size_t> atUpper{};      ///< variables at their upper bound
     std::vector<std::size_t> fixed{};        ///< variables whose bounds are equal
+    ViolatedSides softViolated{};            ///< soft sides that do not hold
 
     /// How many constraints hold.
     [[nodiscard]] std::size_t size() const noexcept {
@@ -161,6 +203,7 @@ struct WorkingSet {
              {&equalities, &rowsAtLower, &rowsAtUpper, &atLower, &atUpper, &fixed}) {
             members->clear();
         }
+        softViolated.clear();
     }
     friend bool operator==(const WorkingSet&, const WorkingSet&) = default;
 };
@@ -186,6 +229,8 @@ struct Problem {
     double constant = 0.0;                 ///< added to the objective
     VectorView start{};                    ///< n; need not be feasible
     const WarmStart* warmStart = nullptr;  ///< goes before `start`
+    Penalty rowPenalty{};                  ///< m each; sides without one are hard
+    Penalty boundPenalty{};                ///< n each
 };
 
 /// One mistake in the data of a problem or in the settings of a solve.
@@ -200,8 +245,8 @@ struct Fault {
 };
 
 /// All mistakes in a problem, none for one that can be solved. Of those in a part (H, c and
-/// constant, A, the sides of the rows, the bounds, the start) the first hundred are listed; one
-/// more Fault stands for the rest and says how many they are.
+/// constant, A, the sides of the rows, the bounds, the start, the penalties) the first hundred are
+/// listed; one more Fault stands for the rest and says how many they are.
 [[nodiscard]] ACTIVESET_API std::vector<Fault> faultsOf(const Problem& problem);
 
 /// How a solve ended.
@@ -267,7 +312,7 @@ struct Residual {
 };
 
 /// The residuals of a point and its multipliers, formed from the caller's data alone, in extended
-/// precision.
+/// precision. Soft sides are no constraints here: what they cost is part of both objectives.
 struct Certificate {
     /// Largest violation of a row or bound. Terms below 1 are measured by 1, or by the size that
     /// the data give such terms where that is smaller.
@@ -319,12 +364,13 @@ struct Times {
 
 /// gradient + Aᵀy + z = 0, with y (per row) and z (per variable) positive at an upper side,
 /// negative at a lower one, of any sign at an equality. For A·x ≤ b alone, y ≥ 0. To first order
-/// the optimal value changes by −y_i when the active side of row i grows by one.
+/// the optimal value changes by −y_i when the active side of row i grows by one. A soft side that
+/// is missed by v ≥ 0 has |y| ≤ linear + quadratic·v, and equality where v > 0.
 struct Result {
     Status status = Status::Failed;  ///< how the solve ended
     int exitCode = -5;        ///< of the last run of the core, see docs/states.md; −5 without one
     std::vector<double> x{};  ///< n; empty where there is no point
-    double objective = 0.0;   ///< constant included
+    double objective = 0.0;   ///< constant included, and what violated soft sides cost
     /// δ where H misses convexity and H + δI was solved, 0 otherwise. Multipliers, certificate and
     /// status are of that problem; the objective is of H.
     double hessianShift = 0.0;
@@ -390,6 +436,8 @@ public:
     void setRowSides(const VectorView& lower, const VectorView& upper);
     /// Replaces the bounds, n each; empty for infinite ones.
     void setBounds(const VectorView& lower, const VectorView& upper);
+    /// What sides cost that are violated; both replace what there was.
+    void setPenalties(const Penalty& rows, const Penalty& bounds = {});
     /// Where the next solve starts, instead of at the last optimum; by default from zero.
     void restartFrom(WarmStart start = {});
     /// For the solves to come.
@@ -445,9 +493,9 @@ struct Conflict {
     }
 };
 
-/// Why a problem is infeasible; nothing is found for one that is not, or is not proved to be, nor
-/// where the data or the settings have faults. The limits in the settings hold for the whole
-/// explanation; where one ends it, the conflict is what had been found by then.
+/// Why a problem is infeasible, among its hard sides; nothing is found for one that is not, or is
+/// not proved to be, nor where the data or the settings have faults. The limits in the settings
+/// hold for the whole explanation; where one ends it, the conflict is what had been found by then.
 ///
 /// @raises as solve
 [[nodiscard]] ACTIVESET_API Conflict explainInfeasibility(const Problem& problem,

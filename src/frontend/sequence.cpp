@@ -7,6 +7,8 @@
 #include <span>
 #include <utility>
 
+#include "frontend/soft_solve.hpp"
+
 namespace activeset::frontend {
 
 namespace {
@@ -48,7 +50,7 @@ void Sequence::beginAt(const VectorView& x) {
 
 void Sequence::shareMatrices(const Problem& problem) {
     areMatricesShared_ = true;
-    small_.keepMatrices({.H = problem.H, .A = problem.A});
+    small_->keepMatrices({.H = problem.H, .A = problem.A});
     haveSmallMatricesChanged_ = false;
 }
 
@@ -57,6 +59,18 @@ void Sequence::solve(const Problem& problem,
                      const Settings& settings,
                      Control& control,
                      Result& result) {
+    if (hasPenalties(problem)) {
+        solveWithPenalties(problem, data, settings, control, result);
+    } else {
+        solveHard(problem, data, settings, control, result);
+    }
+}
+
+void Sequence::solveHard(const Problem& problem,
+                         const ProblemData* data,
+                         const Settings& settings,
+                         Control& control,
+                         Result& result) {
     const bool isSmall = solveSmall(problem, settings, control, result);
     if (!isSmall) {
         result = solveGenerally(problem, data, settings, control);
@@ -66,6 +80,36 @@ void Sequence::solve(const Problem& problem,
         keep(result);
     }
     isLastSmall_ = isSmall && isOptimal && isContinued_;
+}
+
+void Sequence::solveWithPenalties(const Problem& problem,
+                                  const ProblemData* data,
+                                  const Settings& settings,
+                                  Control& control,
+                                  Result& result) {
+    std::vector<Fault> faults;
+    addFaults(problem, std::array{Part::Penalties}, faults);
+    if (!faults.empty()) {
+        result = invalid(allFaults(problem, settings));
+        return;
+    }
+    const WarmStart start = last_;
+    const bool beginsHard = start.workingSet.softViolated.size() == 0;
+    Result first;
+    if (beginsHard) {
+        solveHard(withoutPenalties(problem), data, settings, control, result);
+        if (isSettled(problem, result)) {
+            return;
+        }
+        first = std::move(result);
+    }
+    result =
+        solveSoft(problem, data, start, beginsHard ? &first : nullptr, *this, settings, control);
+    isLastSmall_ = false;
+    last_ = start;
+    if (result.status == Status::Optimal && isContinued_) {
+        keep(result);
+    }
 }
 
 // Begins where the last solve on the small road ended, if no other solve came in between.
@@ -78,7 +122,7 @@ bool Sequence::solveSmall(const Problem& problem,
     }
     const SmallProblem::Kept kept{.matrices = !haveSmallMatricesChanged_, .set = isLastSmall_};
     haveSmallMatricesChanged_ = false;
-    return small_.solveNext(problem, kept, last_, settings, control, result);
+    return small_->solveNext(problem, kept, last_, settings, control, result);
 }
 
 Result Sequence::solveGenerally(const Problem& problem,

@@ -16,8 +16,10 @@ public:
     /// @param isContinued  whether problems begin where the one before them has ended; if not, the
     ///                     working sets of small ones are not listed
     explicit Sequence(bool isContinued = true) : isContinued_(isContinued) {
-        small_.listSets(isContinued);
+        small_->listSets(isContinued);
     }
+    /// Borrows what solves small problems, and lists their working sets.
+    explicit Sequence(SmallProblem& small) : small_(&small), isContinued_(true) {}
     Sequence(const Sequence&) = delete;
     Sequence& operator=(const Sequence&) = delete;
     ~Sequence() = default;
@@ -53,11 +55,22 @@ private:
                                         const ProblemData* data,
                                         const Settings& settings,
                                         Control& control);
+    void solveHard(const Problem& problem,
+                   const ProblemData* data,
+                   const Settings& settings,
+                   Control& control,
+                   Result& result);
+    void solveWithPenalties(const Problem& problem,
+                            const ProblemData* data,
+                            const Settings& settings,
+                            Control& control,
+                            Result& result);
     void prepare(const Problem& problem, const ProblemData* data);
     void keep(const Result& result);
 
     std::unique_ptr<ProblemCache> cache_;
-    SmallProblem small_;
+    SmallProblem ownSmall_;
+    SmallProblem* small_ = &ownSmall_;
     bool isContinued_;
     bool areMatricesShared_ = false;
     bool haveMatricesChanged_ = false;

@@ -11,6 +11,8 @@
 #include "frontend/predict/small_problem.hpp"
 #include "frontend/proof/gap_correction.hpp"
 #include "frontend/proof/units.hpp"
+#include "frontend/sequence.hpp"
+#include "frontend/soft/penalties.hpp"
 #include "frontend/solve.hpp"
 #include "host/array_shelf.hpp"
 #include "host/floating_point.hpp"
@@ -147,6 +149,20 @@ Result solveGenerally(const Problem& problem,
                                       control);
 }
 
+Result solveWithPenalties(const Problem& problem,
+                          const Settings& settings,
+                          frontend::Control& control) {
+    frontend::Sequence alone(frontend::SmallProblem::ofThread());
+    if (problem.warmStart != nullptr) {
+        alone.restartFrom(*problem.warmStart);
+    } else {
+        alone.beginAt(problem.start);
+    }
+    Result result;
+    alone.solve(problem, nullptr, settings, control, result);
+    return result;
+}
+
 }  // namespace
 
 Result solve(const Problem& problem, const Settings& settings) {
@@ -155,7 +171,9 @@ Result solve(const Problem& problem, const Settings& settings) {
     frontend::Control control(
         settings, frontend::automaticLimit(frontend::variablesOf(problem), problem.A.rows()));
     Result result;
-    if (!frontend::SmallProblem::ofThread().solve(problem, settings, control, result)) {
+    if (frontend::hasPenalties(problem)) {
+        result = solveWithPenalties(problem, settings, control);
+    } else if (!frontend::SmallProblem::ofThread().solve(problem, settings, control, result)) {
         result = solveGenerally(problem, settings, control);
     }
     return result;

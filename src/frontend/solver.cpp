@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "frontend/sequence.hpp"
+#include "frontend/soft/penalties.hpp"
 #include "host/floating_point.hpp"
 
 namespace activeset {
@@ -14,23 +15,6 @@ using frontend::Part;
 using frontend::ProblemData;
 
 namespace {
-
-Problem viewOf(const ProblemData& data) {
-    Problem problem;
-    problem.c = data.c;
-    problem.rowLower = data.rowLower;
-    problem.rowUpper = data.rowUpper;
-    problem.lower = data.lower;
-    problem.upper = data.upper;
-    problem.constant = data.constant;
-    if (data.quadratic) {
-        problem.H = MatrixView(data.H, data.n, data.n);
-    }
-    if (data.m > 0) {
-        problem.A = MatrixView(data.A, data.m, data.n);
-    }
-    return problem;
-}
 
 bool hasLength(const VectorView& vector, std::size_t size) {
     return vector.size() == size && vector.data() != nullptr;
@@ -82,7 +66,10 @@ public:
             }
         }
         frontend::copyPart(problem, part, data_);
-        if (part == Part::Hessian || part == Part::Rows) {
+        if (part == Part::Penalties) {
+            rowPenalty_.copy(problem.rowPenalty);
+            boundPenalty_.copy(problem.boundPenalty);
+        } else if (part == Part::Hessian || part == Part::Rows) {
             sequence_.changeMatrices();
         } else {
             sequence_.changeVectors();
@@ -103,7 +90,10 @@ public:
             return;
         }
         frontend::complete(data_);
-        sequence_.solve(viewOf(data_), &data_, settings, control, result);
+        Problem problem = frontend::viewOf(data_);
+        problem.rowPenalty = rowPenalty_.view();
+        problem.boundPenalty = boundPenalty_.view();
+        sequence_.solve(problem, &data_, settings, control, result);
     }
 
     void restart(WarmStart start) { sequence_.restartFrom(std::move(start)); }
@@ -131,6 +121,8 @@ private:
     }
 
     ProblemData data_;
+    frontend::PenaltyCopy rowPenalty_;
+    frontend::PenaltyCopy boundPenalty_;
     std::array<std::vector<Fault>, frontend::AllParts.size()> faults_;
     frontend::Sequence sequence_;
 };
@@ -173,6 +165,13 @@ void Solver::setBounds(const VectorView& lower, const VectorView& upper) {
     part.lower = lower;
     part.upper = upper;
     kept_->change(part, Part::Bounds);
+}
+
+void Solver::setPenalties(const Penalty& rows, const Penalty& bounds) {
+    Problem part;
+    part.rowPenalty = rows;
+    part.boundPenalty = bounds;
+    kept_->change(part, Part::Penalties);
 }
 
 void Solver::restartFrom(WarmStart start) {

@@ -35,6 +35,11 @@ ProblemData checkedCopy(const Problem& problem, const char* caller) {
     if (!faults.empty()) {
         refuse(caller, "the problem has faults: " + messageOf(faults));
     }
+    if (!problem.rowPenalty.empty() || !problem.boundPenalty.empty()) {
+        refuse(caller,
+               "the problem has soft sides (rowPenalty, boundPenalty), which it cannot "
+               "follow");
+    }
     return copyOf(problem);
 }
 

@@ -90,6 +90,7 @@ void clear(Result& result) {
     result.message.clear();
     result.wasPredicted = false;
     result.iterations = {};
+    result.workingSet.softViolated.clear();
 }
 
 void take(Result& result, Point point, const Judgement& judgement) {

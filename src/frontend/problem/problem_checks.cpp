@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "frontend/problem/fault_list.hpp"
 #include "frontend/problem/problem_data.hpp"
 #include "host/floating_point.hpp"
 
@@ -13,55 +14,21 @@ namespace activeset {
 
 namespace {
 
+using frontend::counted;
+using frontend::entry;
+using frontend::FaultList;
 using frontend::Part;
-
-/// Of the faults of a part so many are told one by one; one more stands for the others.
-constexpr std::size_t MostTold = 100;
+using frontend::printed;
 
 /// Of all faults so many have a line in the message.
 constexpr std::size_t MostLines = 10;
-
-/// The fewest digits that are read as the same number again.
-std::string printed(double value) {
-    if (std::isnan(value)) {
-        return "nan";
-    }
-    std::array<char, 32> text{};
-    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
-}
 
 std::string shape(std::size_t rows, std::size_t cols) {
     return std::to_string(rows) + " x " + std::to_string(cols);
 }
 
-std::string counted(std::size_t count, const char* one, const char* many) {
-    return std::to_string(count) + " " + (count == 1 ? one : many);
-}
-
-std::string entry(const char* name, std::size_t i) {
-    return std::string(name) + "(" + std::to_string(i) + ")";
-}
-
 std::string entry(const char* name, std::size_t i, std::size_t j) {
     return std::string(name) + "(" + std::to_string(i) + ", " + std::to_string(j) + ")";
-}
-
-const char* namesIn(Part part) {
-    switch (part) {
-        case Part::Hessian:
-            return "H";
-        case Part::Linear:
-            return "c and constant";
-        case Part::Rows:
-            return "A";
-        case Part::RowSides:
-            return "rowLower and rowUpper";
-        case Part::Bounds:
-            return "lower and upper";
-        case Part::Start:
-            break;
-    }
-    return "start";
 }
 
 // Four at a time, which do not wait for one another: 0 times a number is 0 or NaN.
@@ -106,25 +73,22 @@ public:
             case Part::Start:
                 inspectVector("start", problem_.start, n_);
                 break;
+            case Part::Penalties:
+                inspectPenalty({"rowPenalty.lowerLinear", "rowPenalty.upperLinear",
+                                "rowPenalty.lowerQuadratic", "rowPenalty.upperQuadratic"},
+                               problem_.rowPenalty, m_, "row of A");
+                inspectPenalty({"boundPenalty.lowerLinear", "boundPenalty.upperLinear",
+                                "boundPenalty.lowerQuadratic", "boundPenalty.upperQuadratic"},
+                               problem_.boundPenalty, n_, "variable");
+                break;
         }
-        if (faults_.size() > MostTold) {
-            Fault& rest = faults_.back();
-            rest.text = counted(rest.count, "more fault in ", "more faults in ") + namesIn(part);
-        }
-        return std::move(faults_);
+        return faults_.taken(part);
     }
 
 private:
-    /// Asks for the text only where somebody is going to read it.
     template <class Text>
     void add(const char* name, std::size_t row, std::size_t col, double value, Text text) {
-        if (faults_.size() < MostTold) {
-            faults_.push_back({name, row, col, value, text()});
-        } else if (faults_.size() == MostTold) {
-            faults_.push_back({name, row, col, value});
-        } else {
-            ++faults_.back().count;
-        }
+        faults_.add(name, row, col, value, text);
     }
 
     // False where its entries must not be looked at.
@@ -311,10 +275,48 @@ private:
         }
     }
 
+    /// Names of the linear penalties of lower and upper sides, and of the quadratic ones.
+    using PenaltyNames = std::array<const char*, 4>;
+
+    void inspectPenalty(const PenaltyNames& names,
+                        const Penalty& penalty,
+                        std::size_t size,
+                        const char* unit) {
+        inspectPenalty(names[0], penalty.lowerLinear, names[2], penalty.lowerQuadratic, size, unit);
+        inspectPenalty(names[1], penalty.upperLinear, names[3], penalty.upperQuadratic, size, unit);
+    }
+
+    void inspectPenalty(const char* linearName,
+                        const VectorView& linear,
+                        const char* quadraticName,
+                        const VectorView& quadratic,
+                        std::size_t size,
+                        const char* unit) {
+        const bool hasLinear = hasLength(linearName, linear, size, unit) && !linear.empty();
+        const bool hasQuadratic =
+            hasLength(quadraticName, quadratic, size, unit) && !quadratic.empty();
+        for (std::size_t i = 0; i < size && (hasLinear || hasQuadratic); ++i) {
+            const double l = hasLinear ? linear[i] : 1.0;
+            const double q = hasQuadratic ? quadratic[i] : 0.0;
+            if (!(l >= 0.0)) {
+                addEntry(linearName, i, l,
+                         ", expected a number from 0 up, or inf for a side that is hard");
+            }
+            if (!(q >= 0.0 && std::isfinite(q))) {
+                addEntry(quadraticName, i, q, ", expected a finite number from 0 up");
+            }
+            if (l == 0.0 && q == 0.0) {
+                addEntry(linearName, i, l,
+                         ", expected more than 0, as there is no quadratic penalty, or inf for a "
+                         "side that is hard");
+            }
+        }
+    }
+
     const Problem& problem_;
     std::size_t n_;
     std::size_t m_;
-    std::vector<Fault> faults_;
+    FaultList faults_;
 };
 
 }  // namespace

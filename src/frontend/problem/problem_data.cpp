@@ -107,6 +107,7 @@ void copyPart(const Problem& problem, Part part, ProblemData& data) {
             copySides(problem.lower, problem.upper, data.lower, data.upper);
             break;
         case Part::Start:
+        case Part::Penalties:
             break;
     }
 }
@@ -138,6 +139,23 @@ ProblemData copyOf(const Problem& problem, std::span<const Part> parts) {
     }
     complete(data);
     return data;
+}
+
+Problem viewOf(const ProblemData& data) {
+    Problem problem;
+    problem.c = data.c;
+    problem.rowLower = data.rowLower;
+    problem.rowUpper = data.rowUpper;
+    problem.lower = data.lower;
+    problem.upper = data.upper;
+    problem.constant = data.constant;
+    if (data.quadratic) {
+        problem.H = MatrixView(data.H, data.n, data.n);
+    }
+    if (data.m > 0) {
+        problem.A = MatrixView(data.A, data.m, data.n);
+    }
+    return problem;
 }
 
 }  // namespace activeset::frontend

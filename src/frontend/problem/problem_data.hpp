@@ -41,9 +41,9 @@ struct Point {
 };
 
 /// The parts of a problem that change and are checked one by one.
-enum class Part { Hessian, Linear, Rows, RowSides, Bounds, Start };
-inline constexpr std::array AllParts{Part::Hessian,  Part::Linear, Part::Rows,
-                                     Part::RowSides, Part::Bounds, Part::Start};
+enum class Part { Hessian, Linear, Rows, RowSides, Bounds, Start, Penalties };
+inline constexpr std::array AllParts{Part::Hessian, Part::Linear, Part::Rows,     Part::RowSides,
+                                     Part::Bounds,  Part::Start,  Part::Penalties};
 
 /// The number of variables that the views speak of.
 [[nodiscard]] std::size_t variablesOf(const Problem& problem);
@@ -69,7 +69,7 @@ inline constexpr double SymmetryTolerance = 1e-10;
 [[nodiscard]] bool isSymmetric(const double* values, std::size_t n, std::size_t leading);
 
 /// Copies one part of a problem, which has no faults there; a vector that is absent is empty then.
-/// A start is not part of the data.
+/// A start and penalties are not part of the data.
 void copyPart(const Problem& problem, Part part, ProblemData& data);
 /// The problem with H + shift·I in the place of H.
 [[nodiscard]] ProblemData shifted(const ProblemData& data, double shift);
@@ -77,6 +77,8 @@ void copyPart(const Problem& problem, Part part, ProblemData& data);
 void complete(ProblemData& data);
 /// Copies a problem without faults, or some parts of it; vectors that are absent are written out.
 [[nodiscard]] ProblemData copyOf(const Problem& problem, std::span<const Part> parts = AllParts);
+/// The data as a problem, without start and penalties, that lives no longer than they do.
+[[nodiscard]] Problem viewOf(const ProblemData& data);
 
 }  // namespace activeset::frontend
 

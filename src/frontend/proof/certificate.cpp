@@ -232,10 +232,14 @@ void settle(const ProblemData& data, Point& point) {
         settle(data, curvedSums(data, point.x), Units(data, point.x), point, residual));
 }
 
+Judgement judge(const ProblemData& data, Point point, const Point* digits) {
+    return settleAndJudge(data, point, digits);
+}
+
 // For multipliers that are exact the objective of the optimum is the Lagrangian at x, to first
 // order in what x misses: objective minus slackness. What the rounding of the multipliers takes
 // from their own dual objective says nothing about x.
-Judgement judge(const ProblemData& data, Point point, const Point* digits) {
+Judgement settleAndJudge(const ProblemData& data, Point& point, const Point* digits) {
     Judgement judgement;
     Certificate& certificate = judgement.certificate;
     const Units units(data, point.x);

@@ -28,6 +28,11 @@ struct Judgement {
 ///                zero than doubles can; z is not read
 [[nodiscard]] Judgement judge(const ProblemData& data, Point point, const Point* digits = nullptr);
 
+/// The same, and leaves the point so.
+[[nodiscard]] Judgement settleAndJudge(const ProblemData& data,
+                                       Point& point,
+                                       const Point* digits = nullptr);
+
 /// The largest violation of a row or bound.
 [[nodiscard]] Residual violation(const ProblemData& data, const Vector& x);
 
