@@ -199,7 +199,7 @@ double Piece::excess(std::size_t k, const Vector& x) const {
         value += DoubleDouble::product(data_.columnOfA(j)[k], x[j]);
     }
     value -= sideOf(data_, {k, beyond_[k]});
-    const double over = static_cast<double>(value);
+    const auto over = static_cast<double>(value);
     return std::max(0.0, beyond_[k] == Side::Upper ? over : -over);
 }
 
