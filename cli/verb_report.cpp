@@ -21,6 +21,21 @@ struct ReportOptions {
     std::string output;
 };
 
+/// Writes the page beside the results, unless told where, and says so.
+void makePage(const ReportOptions& options) {
+    const std::vector<nlohmann::json> results = readResults(options.results);
+    const std::string name = options.results == "-" ? "report" : options.results;
+    const std::string page = options.output.empty()
+                                 ? std::filesystem::path(name).replace_extension(".html").string()
+                                 : options.output;
+    const std::string json =
+        nlohmann::json(results).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    writeFile(page, report::pageOf(json));
+    if (options.output.empty()) {
+        std::cout << visibleLine(page) << "\n";
+    }
+}
+
 }  // namespace
 
 void addReport(CLI::App& app, Action& chosen) {
@@ -37,20 +52,7 @@ void addReport(CLI::App& app, Action& chosen) {
         ->group("Output");
     command.callback([&chosen, options] {
         chosen = [options] {
-            const FileError error = attempt(options->results, [&] {
-                const std::vector<nlohmann::json> results = readResults(options->results);
-                const std::string name = options->results == "-" ? "report" : options->results;
-                const std::string page =
-                    options->output.empty()
-                        ? std::filesystem::path(name).replace_extension(".html").string()
-                        : options->output;
-                const std::string json = nlohmann::json(results).dump(
-                    -1, ' ', false, nlohmann::json::error_handler_t::replace);
-                writeFile(page, report::pageOf(json));
-                if (options->output.empty()) {
-                    std::cout << visibleLine(page) << "\n";
-                }
-            });
+            const FileError error = attempt(options->results, [&] { makePage(*options); });
             if (error.status != Solved) {
                 printError(error.text);
             }

@@ -75,9 +75,7 @@ private:
             (key == "lower" ? lower_ : upper_) = vector(true);
         } else {
             cursor_.failAt(offset,
-                           "expected schema, name, sense, constant, variables, rows, H, c, A, "
-                           "row_lower, row_upper, lower or upper, found " +
-                               quoted(key));
+                           "expected a member that docs/files.md lists, found " + quoted(key));
         }
     }
 

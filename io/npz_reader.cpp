@@ -39,10 +39,10 @@ public:
             std::string_view name = member.name;
             name.remove_suffix(name.ends_with(Suffix) ? Suffix.size() : 0);
             if (std::find(Known.begin(), Known.end(), name) == Known.end()) {
-                throw ReadError(file, 0,
-                                "expected P, q, G, h, A, b, lb, ub, l, x0, constant, names or "
-                                "row_names, found " +
-                                    quoted(member.name));
+                throw ReadError(
+                    file, 0,
+                    "expected a part of a problem, P, q, G, ... (docs/files.md), found " +
+                        quoted(member.name));
             }
             if (!isPickledNone(member.bytes)) {
                 arrays_.emplace(name, parseNpy(member.bytes, place(std::string(name))));

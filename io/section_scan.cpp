@@ -95,7 +95,7 @@ void Scan::readHeader(std::string_view line) {
         std::find_if(Keywords.begin(), Keywords.end(),
                      [&](const Keyword& candidate) { return candidate.word == word; });
     if (keyword == Keywords.end()) {
-        here_.fail("expected a section from NAME to ENDATA (docs/files.md), found " + quoted(word));
+        here_.fail("expected a section from NAME to ENDATA, found " + quoted(word));
     }
     enter(keyword->section, std::string(word));
     const std::string_view rest = trimmed(line.substr(word.size()));

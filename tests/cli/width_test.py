@@ -21,6 +21,18 @@ MISUSE = (["solve"], ["solve", "absent.qps"], ["solve", ".", "--jobs", "0"], ["s
           ["solve", "f.lp", "--warm", "f.lp"], ["solve", "empty"], ["solve", "f.lp", "f.lp"])
 
 
+LONG = "a_name_that_somebody_took_from_a_database_with_many_columns"
+DAMAGED = {
+    "json": ['{"schema": "activeset-problem/1", "%s": [1]}' % LONG, '{"schema": "%s"}' % LONG,
+             '{"schema": "activeset-problem/1", "c": [1], "upper": ["%s"]}' % LONG],
+    "lp": [f"min x\nst\n x + {LONG} >= 1 <= {LONG}\n", f"min x * {LONG} * {LONG}\n",
+           f"min x\nst\n x >= 1\nbounds\n x + {LONG} <= 3\n", f"min x\n{LONG}\n x\nend\n",
+           "min x\nst\n x >= 1\nbounds\n x <= -1\n", "min x\nst\n [x^2] <= 1\n"],
+    "mps": [f"ROWS\n N o\nCOLUMNS\n x o 1\n{LONG}\n", f"ROWS\n N o\nCOLUMNS\n x {LONG} 1\n",
+            f"ROWS\n N o\nCOLUMNS\n x o {LONG}\n", f"ROWS\n Q {LONG}\n"],
+}
+
+
 def inputs(project):
     """Files with the word for their format."""
     corpora = {"lp": "lp", "json": "json", "npz": "npz", "reader": "mps"}
@@ -52,6 +64,10 @@ def main(tool, project):
             shutil.copy(file, folder / "f")
             for verb in VERBS:
                 widths.check([*verb, "--format", word, "f"])
+        for word, texts in DAMAGED.items():
+            for text in texts:
+                (folder / "f").write_text(text)
+                widths.check(["check", "--format", word, "f"])
         (folder / "empty").mkdir()
         (folder / "f.lp").write_text("min x\nst\n capacity: x + y <= 4\nbounds\n x >= 3\n y >= 2\n")
         for arguments in MISUSE:

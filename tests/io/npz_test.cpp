@@ -151,7 +151,7 @@ TEST(NpzFormat, NeverUnpicklesAndNamesTheMember) {
         {{{"q", one}, {"A", one}}, "A.npy: expected A and b, or neither"},
         {{{"q", one}, {"h", one}}, "h.npy: expected G beside it"},
         {{{"q", one}, {"names", npyBytes({""})}}, "names.npy: expected a name that is new"},
-        {{{"q", one}, {"Q", one}}, "row_names, found 'Q.npy'"},
+        {{{"q", one}, {"Q", one}}, "(docs/files.md), found 'Q.npy'"},
         {{{"constant", one}}, "t.npz: no variables; expected P, q"}};
     for (const auto& [members, part] : cases) {
         EXPECT_THAT(errorOfMembers(members), HasSubstr(part));

@@ -34,7 +34,7 @@ const std::vector<ErrorCase> Cases{
     {smallFile("QSECTION r\n x x 1\n"), "8: row 'r' is quadratic; only the objective may be"},
     {smallFile("QUADOBJ\nQMATRIX\n"), "9: section QMATRIX: the file has it on line 8 already"},
     {smallFile("RHS r 5\n"), "8: unexpected 'r 5' after the section name"},
-    {smallFile("SOS\n"), "8: expected a section from NAME to ENDATA (docs/files.md), found 'SOS'"},
+    {smallFile("SOS\n"), "8: expected a section from NAME to ENDATA, found 'SOS'"},
     {"OBJSENSE\nROWS\n", "2: OBJSENSE without MAX or MIN"},
     {"OBJSENSE\n BEST\n", "2: objective sense 'BEST' is neither MAX nor MIN"},
     {"OBJSENSE MAX\n MIN\n", "2: a second objective sense"},
