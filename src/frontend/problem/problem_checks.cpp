@@ -1,12 +1,11 @@
 // What can be wrong with the data of a problem, all of it at once.
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <string>
 #include <utility>
 
 #include "frontend/problem/fault_list.hpp"
+#include "frontend/problem/matrix_checks.hpp"
 #include "frontend/problem/problem_data.hpp"
 #include "host/floating_point.hpp"
 
@@ -23,30 +22,6 @@ using frontend::printed;
 /// Of all faults so many have a line in the message.
 constexpr std::size_t MostLines = 10;
 
-std::string shape(std::size_t rows, std::size_t cols) {
-    return std::to_string(rows) + " x " + std::to_string(cols);
-}
-
-std::string entry(const char* name, std::size_t i, std::size_t j) {
-    return std::string(name) + "(" + std::to_string(i) + ", " + std::to_string(j) + ")";
-}
-
-// Four at a time, which do not wait for one another: 0 times a number is 0 or NaN.
-bool areFinite(const double* values, std::size_t count) {
-    constexpr std::size_t Width = 4;
-    std::array<double, Width> zeros{};
-    std::size_t i = 0;
-    for (; i + Width <= count; i += Width) {
-        for (std::size_t k = 0; k < Width; ++k) {
-            zeros[k] += 0.0 * values[i + k];
-        }
-    }
-    for (; i < count; ++i) {
-        zeros[0] += 0.0 * values[i];
-    }
-    return zeros == std::array<double, Width>{};
-}
-
 class Inspection {
 public:
     Inspection(const Problem& problem, std::size_t n, std::size_t m)
@@ -61,7 +36,8 @@ public:
                 inspectLinear();
                 break;
             case Part::Rows:
-                inspectMatrix("A", problem_.A, m_, n_);
+                static_cast<void>(
+                    frontend::inspectMatrix(problem_.A, {"A", m_, n_, n_, m_ == 0}, faults_));
                 break;
             case Part::RowSides:
                 inspectSides("rowLower", problem_.rowLower, "rowUpper", problem_.rowUpper, m_,
@@ -91,94 +67,6 @@ private:
         faults_.add(name, row, col, value, text);
     }
 
-    // False where its entries must not be looked at.
-    bool fits(const char* name, const MatrixView& matrix, std::size_t rows, std::size_t cols) {
-        const bool isOptional = &matrix == &problem_.H || rows == 0;
-        if (isOptional && matrix.rows() == 0 && matrix.cols() == 0) {
-            return true;
-        }
-        if (matrix.rows() != rows || matrix.cols() != cols) {
-            add(name, matrix.rows(), matrix.cols(), 0.0, [&] {
-                const bool isTransposed = matrix.rows() == n_ && matrix.cols() != n_;
-                return std::string(name) + " is " + shape(matrix.rows(), matrix.cols()) +
-                       ", expected " + shape(rows, cols) + " for " +
-                       counted(n_, "variable", "variables") +
-                       (isTransposed ? "; is it transposed? Data row by row need Order::RowMajor"
-                                     : "");
-            });
-            return false;
-        }
-        return matrix.empty() || hasMemory(name, matrix);
-    }
-
-    bool hasMemory(const char* name, const MatrixView& matrix) {
-        const bool byColumns = matrix.order() == Order::ColumnMajor;
-        const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
-        const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
-        std::string why;
-        if (matrix.data() == nullptr) {
-            why = "points to no data";
-        } else if (matrix.leading() < inner) {
-            why = "has the leading dimension " + std::to_string(matrix.leading()) +
-                  ", expected at least " + std::to_string(inner) + ", the number of its " +
-                  (byColumns ? "rows" : "columns");
-        } else if (matrix.available() < inner ||
-                   (outer - 1) > (matrix.available() - inner) / matrix.leading()) {
-            why = "needs more than the " + std::to_string(matrix.available()) +
-                  " elements that it was given";
-        }
-        if (!why.empty()) {
-            add(name, 0, 0, 0.0, [&] {
-                return std::string(name) + ", " + shape(matrix.rows(), matrix.cols()) + ", " + why;
-            });
-        }
-        return why.empty();
-    }
-
-    void addEntry(const char* name, std::size_t i, std::size_t j, double value) {
-        add(name, i, j, value, [&] {
-            return entry(name, i, j) + " = " + printed(value) + ", expected a finite number";
-        });
-    }
-
-    void addAsymmetry(std::size_t i, std::size_t j) {
-        const MatrixView& H = problem_.H;
-        add("H", i, j, H(i, j), [&] {
-            return "H is not symmetric: " + entry("H", i, j) + " = " + printed(H(i, j)) + ", " +
-                   entry("H", j, i) + " = " + printed(H(j, i)) + "; both triangles are needed";
-        });
-    }
-
-    bool inspectMatrix(const char* name,
-                       const MatrixView& matrix,
-                       std::size_t rows,
-                       std::size_t cols) {
-        if (!fits(name, matrix, rows, cols)) {
-            return false;
-        }
-        if (matrix.empty()) {
-            return true;  // whatever it points to
-        }
-        const bool byColumns = matrix.order() == Order::ColumnMajor;
-        const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
-        const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
-        bool isFinite = true;
-        for (std::size_t o = 0; o < outer; ++o) {
-            if (areFinite(matrix.data() + o * matrix.leading(), inner)) {
-                continue;
-            }
-            isFinite = false;
-            for (std::size_t i = 0; i < inner; ++i) {
-                const std::size_t row = byColumns ? i : o;
-                const std::size_t col = byColumns ? o : i;
-                if (!std::isfinite(matrix(row, col))) {
-                    addEntry(name, row, col, matrix(row, col));
-                }
-            }
-        }
-        return isFinite;
-    }
-
     void inspectLinear() {
         inspectVector("c", problem_.c, n_);
         if (!std::isfinite(problem_.constant)) {
@@ -189,23 +77,8 @@ private:
     }
 
     void inspectHessian() {
-        const MatrixView& H = problem_.H;
-        if (!inspectMatrix("H", H, n_, n_) || H.empty() ||
-            frontend::isSymmetric(H.data(), H.cols(), H.leading())) {
-            return;
-        }
-        double largest = 0.0;
-        for (std::size_t j = 0; j < H.cols(); ++j) {
-            for (std::size_t i = 0; i < H.rows(); ++i) {
-                largest = std::max(largest, std::abs(H(i, j)));
-            }
-        }
-        for (std::size_t j = 0; j < H.cols(); ++j) {
-            for (std::size_t i = 0; i < j; ++i) {
-                if (std::abs(H(i, j) - H(j, i)) > frontend::SymmetryTolerance * largest) {
-                    addAsymmetry(i, j);
-                }
-            }
+        if (frontend::inspectMatrix(problem_.H, {"H", n_, n_, n_, true}, faults_)) {
+            frontend::inspectSymmetry(problem_.H, faults_);
         }
     }
 

@@ -1,0 +1,141 @@
+// Looks at shape, memory and entries of matrices.
+#include "frontend/problem/matrix_checks.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string>
+
+namespace activeset::frontend {
+
+namespace {
+
+std::string shape(std::size_t rows, std::size_t cols) {
+    return std::to_string(rows) + " x " + std::to_string(cols);
+}
+
+std::string entry(const char* name, std::size_t i, std::size_t j) {
+    return std::string(name) + "(" + std::to_string(i) + ", " + std::to_string(j) + ")";
+}
+
+// 0 times a number is 0, or NaN if it is not finite. Four sums do not wait for one another.
+bool areFinite(const double* values, std::size_t count) {
+    constexpr std::size_t Width = 4;
+    std::array<double, Width> zeros{};
+    std::size_t i = 0;
+    for (; i + Width <= count; i += Width) {
+        for (std::size_t k = 0; k < Width; ++k) {
+            zeros[k] += 0.0 * values[i + k];
+        }
+    }
+    for (; i < count; ++i) {
+        zeros[0] += 0.0 * values[i];
+    }
+    return zeros == std::array<double, Width>{};
+}
+
+bool hasMemory(const char* name, const MatrixView& matrix, FaultList& faults) {
+    const bool byColumns = matrix.order() == Order::ColumnMajor;
+    const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
+    const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
+    std::string why;
+    if (matrix.data() == nullptr) {
+        why = "points to no data";
+    } else if (matrix.leading() < inner) {
+        why = "has the leading dimension " + std::to_string(matrix.leading()) +
+              ", expected at least " + std::to_string(inner) + ", the number of its " +
+              (byColumns ? "rows" : "columns");
+    } else if (matrix.available() < inner ||
+               (outer - 1) > (matrix.available() - inner) / matrix.leading()) {
+        why = "needs more than the " + std::to_string(matrix.available()) +
+              " elements that it was given";
+    }
+    if (!why.empty()) {
+        faults.add(name, 0, 0, 0.0, [&] {
+            return std::string(name) + ", " + shape(matrix.rows(), matrix.cols()) + ", " + why;
+        });
+    }
+    return matrix.data() != nullptr && why.empty();
+}
+
+// False where its entries must not be read.
+bool fits(const MatrixView& matrix, const ExpectedMatrix& expected, FaultList& faults) {
+    if (expected.isOptional && matrix.rows() == 0 && matrix.cols() == 0) {
+        return true;
+    }
+    if (matrix.rows() != expected.rows || matrix.cols() != expected.cols) {
+        const bool isTransposed =
+            matrix.rows() == expected.variables && matrix.cols() != expected.variables;
+        faults.add(expected.name, matrix.rows(), matrix.cols(), 0.0, [&] {
+            return std::string(expected.name) + " is " + shape(matrix.rows(), matrix.cols()) +
+                   ", expected " + shape(expected.rows, expected.cols) + " for " +
+                   counted(expected.variables, "variable", "variables") +
+                   (isTransposed ? "; is it transposed? Data row by row need Order::RowMajor" : "");
+        });
+        return false;
+    }
+    return matrix.empty() || hasMemory(expected.name, matrix, faults);
+}
+
+void addEntry(const char* name, std::size_t i, std::size_t j, double value, FaultList& faults) {
+    faults.add(name, i, j, value, [&] {
+        return entry(name, i, j) + " = " + printed(value) + ", expected a finite number";
+    });
+}
+
+void addAsymmetry(const MatrixView& H, std::size_t i, std::size_t j, FaultList& faults) {
+    faults.add("H", i, j, H(i, j), [&] {
+        return "H is not symmetric: " + entry("H", i, j) + " = " + printed(H(i, j)) + ", " +
+               entry("H", j, i) + " = " + printed(H(j, i)) + "; both triangles are needed";
+    });
+}
+
+}  // namespace
+
+bool inspectMatrix(const MatrixView& matrix, const ExpectedMatrix& expected, FaultList& faults) {
+    if (!fits(matrix, expected, faults)) {
+        return false;
+    }
+    if (matrix.empty()) {
+        return true;  // whatever it points to
+    }
+    const bool byColumns = matrix.order() == Order::ColumnMajor;
+    const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
+    const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
+    bool isFinite = true;
+    for (std::size_t o = 0; o < outer; ++o) {
+        if (areFinite(matrix.data() + o * matrix.leading(), inner)) {
+            continue;
+        }
+        isFinite = false;
+        for (std::size_t i = 0; i < inner; ++i) {
+            const std::size_t row = byColumns ? i : o;
+            const std::size_t col = byColumns ? o : i;
+            if (!std::isfinite(matrix(row, col))) {
+                addEntry(expected.name, row, col, matrix(row, col), faults);
+            }
+        }
+    }
+    return isFinite;
+}
+
+void inspectSymmetry(const MatrixView& H, FaultList& faults) {
+    if (H.empty() || isSymmetric(H.data(), H.cols(), H.leading())) {
+        return;
+    }
+    double largest = 0.0;
+    for (std::size_t j = 0; j < H.cols(); ++j) {
+        for (std::size_t i = 0; i < H.rows(); ++i) {
+            largest = std::max(largest, std::abs(H(i, j)));
+        }
+    }
+    for (std::size_t j = 0; j < H.cols(); ++j) {
+        for (std::size_t i = 0; i < j; ++i) {
+            if (std::abs(H(i, j) - H(j, i)) > SymmetryTolerance * largest) {
+                addAsymmetry(H, i, j, faults);
+            }
+        }
+    }
+}
+
+}  // namespace activeset::frontend
