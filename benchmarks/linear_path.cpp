@@ -65,10 +65,12 @@ Json solve(const std::string& name, double seconds) {
         start[j] = std::min(std::max(0.0, problem.scaled.lower[j]), problem.scaled.upper[j]);
     }
     Vector noHessian;
-    const auto progress = [&problem](const double* x) { return problem.progressAt(x); };
+    const auto report = [&problem](const double* x, const auto&...) {
+        return problem.progressAt(x);
+    };
     const Run run =
-        runCore(problem.coreForm(), noHessian, problem.scaled.c, start, {}, {}, control, progress);
-    const activeset::Progress end = progress(run.x.empty() ? start.data() : run.x.data());
+        runCore(problem.coreForm(), noHessian, problem.scaled.c, start, {}, {}, control, report);
+    const activeset::Progress end = problem.progressAt(run.x.empty() ? start.data() : run.x.data());
     return {{"outcome", outcomeOf(run)},
             {"code", run.exitCode},
             {"objective", end.objective},
