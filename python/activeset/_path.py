@@ -91,7 +91,7 @@ class Path:
             ax = plt.subplots()[1]
         t = np.column_stack((self.breakpoints[:-1], self.breakpoints[1:])).ravel()
         steps = np.diff(self.breakpoints)[:, None]
-        ends = np.stack((self.x, self.x + steps * self.dx), axis=1).reshape(len(t), self.x.shape[1])
+        ends = np.stack((self.x, self.x + steps * self.dx), axis=1).reshape(len(t), -1)
         ax.plot(t, ends)
         ax.set_xlabel("t")
         ax.set_ylabel("x")

@@ -91,11 +91,7 @@ def test_a_path_is_the_optimum_everywhere(parts):
         np.testing.assert_allclose(x, r.x, atol=1e-9)
         assert value == pytest.approx(r.obj, 1e-9)
     pytest.importorskip("matplotlib").use("Agg")
-    lines = found.plot().lines
-    assert len(lines) == 4
-    np.testing.assert_allclose(lines[2].get_ydata()[-1], found.x_at(5.0)[2], atol=1e-12)
-    nowhere = activeset.path(activeset.Problem(None, [1.0], [[1.0]], [-1.0], lb=[0.0]), q=[1.0])
-    assert nowhere.status == "infeasible" and len(nowhere.plot().lines) == 1
+    assert len(found.plot().lines) == 4
 
 
 def test_an_explicit_law_is_the_optimum_everywhere(parts, tmp_path):

@@ -10,8 +10,10 @@
 namespace activeset::frontend {
 
 /// If rows are nearly parallel, a point that misses a side by little may be far from all points
-/// that meet it. While the best point is proved and misses a side by more than rounding, looks for
-/// a better one nearby. If there is none, what the nearest optimum costs more counts as gap.
+/// that meet it. While the best point is proved and misses a side by more than rounding, or by
+/// rounding among rows that nearly depend on one another, looks for a better one nearby. If there
+/// is none, what the nearest optimum costs more counts as gap; if that is not known either and rows
+/// nearly depend on one another, the gap becomes infinite.
 ///
 /// @return the Farkas vector, if there is no feasible point
 [[nodiscard]] std::optional<Farkas> lookCloser(ProblemCache& problem,

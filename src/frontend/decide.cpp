@@ -7,6 +7,7 @@
 #include "frontend/auxiliary_programs.hpp"
 #include "frontend/closer_look.hpp"
 #include "frontend/loop/caller_proofs.hpp"
+#include "frontend/nearest_point.hpp"
 #include "frontend/proof/convexity.hpp"
 #include "frontend/proof/equalities.hpp"
 
@@ -69,13 +70,12 @@ void Decision::decide(Vector x, const WorkingSet& set) {
         return;
     }
     control_.poll();
-    if (!control_.mustEnd() && loop_.provesStart()) {
-        return;
+    if (control_.mustEnd() || !loop_.provesStart()) {
+        do {
+            follow();
+            loop_.ensurePoint();
+        } while (isUndecided() && loop_.startOver());
     }
-    do {
-        follow();
-        loop_.ensurePoint();
-    } while (isUndecided() && loop_.startOver());
     if (isUndecided()) {
         best_.considerAlongFlat();
     }
@@ -214,7 +214,8 @@ bool Decision::findsRay() {
 // A ray has to begin at a feasible point.
 bool Decision::provesRay(const Vector& direction) {
     std::optional<ProvenRay> ray = provenRay(problem_, direction);
-    if (!ray || !hasFeasiblePoint()) {
+    if (!ray || !isBesideRay(problem_.user, ray->direction, settings_, control_) ||
+        !hasFeasiblePoint()) {
         return false;
     }
     answer_.direction = std::move(ray->direction);

@@ -72,5 +72,16 @@ INSTANTIATE_TEST_SUITE_P(
         return name;
     });
 
+// What x misses by rounding, of sides that end far from there: a point, a cone, a small problem.
+TEST(NearlyParallelSides, AreNotMetByRoundingAlone) {
+    for (const std::uint64_t seed : {400197U, 400207U, 402486U, 412038U, 413302U, 421172U}) {
+        SeededChoices choices(seed);
+        caseOf(Style::NearParallel, choices, 4)
+            .solve({}, [&](const Sample& sample, const Result& result) {
+                EXPECT_EQ(exact::judge(sample, result).wrong, "") << "seed " << seed;
+            });
+    }
+}
+
 }  // namespace
 }  // namespace activeset::test

@@ -5,6 +5,7 @@
 #include "frontend/core/cycle_detector.hpp"
 #include "frontend/loop/refinement.hpp"
 #include "frontend/problem/scaling.hpp"
+#include "frontend/proof/convexity.hpp"
 #include "support/fixture.hpp"
 
 namespace activeset::test {
@@ -166,6 +167,29 @@ TEST_F(Parts, CyclesAreSetsThatReturnOrMinimaAtOnePoint) {
         ++member;
     }
     EXPECT_EQ(member, 24U);  // the minimum after 20 + 2n
+}
+
+// Negative curvature counts beyond the rounding of ‖H‖·‖d‖², and along directions on which the
+// equalities stay: the second equality here leaves a factorisation as one that depends on the
+// first.
+TEST_F(Parts, NotConvexIsCheckedAgainAlongItsDirection) {
+    ProblemData data;
+    data.n = 2;
+    data.quadratic = true;
+    data.c = {0, 0};
+    data.lower = {-Infinity, -Infinity};
+    data.upper = {Infinity, Infinity};
+    data.H = {1, 0, 0, -1e-11};
+    EXPECT_EQ(frontend::convexityOf(data).kind, frontend::Convexity::None);
+    data.H = {1, 0, 0, -1e-13};
+    EXPECT_EQ(frontend::convexityOf(data).kind, frontend::Convexity::Semidefinite);
+    data.H = {1, 0, 0, -2};
+    data.m = 2;
+    data.A = {1, 1, 1, 1 + 8e-12};
+    data.rowLower = data.rowUpper = {0, 0};
+    EXPECT_EQ(frontend::convexityOf(data).kind, frontend::Convexity::Semidefinite);
+    data.A = {1, 1, 1, 1};
+    EXPECT_EQ(frontend::convexityOf(data).kind, frontend::Convexity::None);
 }
 
 }  // namespace

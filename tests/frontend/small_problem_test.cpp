@@ -56,7 +56,7 @@ TEST_F(SmallProblems, HaveTheAnswersOfTheGeneralRoad) {
     std::map<Status, int> met;
     int strict = 0;
     SmallProblem road;
-    for (unsigned seed = 0; seed < 1500; ++seed) {
+    for (unsigned seed = 0; seed < 1800; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         const Sample sample = randomSample(seed, seed % 10 == 0 ? 40 : 9, seed % 2 == 0);
         const std::optional<Result> small = solveSmall(road, sample.view());
@@ -78,7 +78,7 @@ TEST_F(SmallProblems, HaveTheAnswersOfTheGeneralRoad) {
         }
     }
     EXPECT_GT(met[Status::Optimal], strict * 9 / 10);
-    EXPECT_GE(met[Status::Infeasible], 10);
+    EXPECT_GT(met[Status::Infeasible], 10);
 }
 
 /// Gaps between columns, rows after rows, and a Hessian whose halves rounding has set apart.

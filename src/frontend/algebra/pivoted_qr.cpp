@@ -46,6 +46,16 @@ PivotedQr::PivotedQr(Dense matrix, double dependent)
     }
 }
 
+bool PivotedQr::isNearlyDependent() const {
+    constexpr double NearlyDependentColumns = 1e-4;  // what is left of one, its length near 1
+    for (std::size_t k = 0; k < scales_.size(); ++k) {
+        if (std::abs(packed_(k, k)) < NearlyDependentColumns) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void PivotedQr::applyTransposed(double* v) const {
     lapack::ormqr(Op::Transpose, columnsOf(packed_, 0, rank_), scales_.data(),
                   {v, packed_.rows, 1});

@@ -22,6 +22,9 @@ public:
     explicit PivotedQr(Dense matrix, double dependent = DependentColumns);
 
     [[nodiscard]] std::size_t rank() const { return rank_; }
+    /// Whether one of the first columns, as many as there are rows, nearly depends on those before
+    /// it, or depends on them.
+    [[nodiscard]] bool isNearlyDependent() const;
     /// The column of B in place k.
     [[nodiscard]] std::size_t pivot(std::size_t k) const {
         return static_cast<std::size_t>(pivots_[k] - 1);

@@ -19,6 +19,8 @@ constexpr double TooClose = 1e-7;
 // A smaller change of a multiplier is rounding.
 constexpr double NegligibleChange = 1e-13;
 constexpr std::size_t StepsBetweenPolls = 8;
+constexpr double NearlyDependentImage =
+    1e-4;  // what is left of an image, its norm 1, beside members
 
 }  // namespace
 
@@ -215,6 +217,46 @@ SmallDual::End SmallDual::minimise(Control& control) {
         end = control.mustEnd() ? End::GivenUp : pull(worst.index);
     }
     return end;
+}
+
+// The same row, and the same sides.
+bool SmallDual::repeatsMember(std::size_t i) const {
+    const SmallShape& shape = m_.shape;
+    const double* const rows = m_.data + shape.head();
+    const auto isSame = [&](double member) {
+        const auto other = static_cast<std::size_t>(member);
+        bool areEqual = i < shape.m && other < shape.m && m_.lower[i] == m_.lower[other] &&
+                        m_.upper[i] == m_.upper[other];
+        for (std::size_t j = 0; j < shape.n && areEqual; ++j) {
+            areEqual = rows[j * shape.height() + i] == rows[j * shape.height() + other];
+        }
+        return areEqual;
+    };
+    return std::any_of(m_.member, m_.member + factor_.size(), isSame);
+}
+
+bool SmallDual::isNearlyDependent() {
+    const SmallShape& shape = m_.shape;
+    for (std::size_t k = 0; k < factor_.size(); ++k) {
+        if (m_.T[k * shape.head() + k] * NearlyDependentImage > 1.0) {
+            return true;
+        }
+    }
+    const double* const value = m_.products.value + shape.head();
+    const double* const rest = m_.products.rest + shape.head();
+    for (std::size_t i = 0; i < shape.constraints() && factor_.size() < shape.n; ++i) {
+        const bool isRow = i < shape.rows();
+        const double at = isRow ? value[i] : m_.x[i - shape.rows()];
+        const double more = isRow ? rest[i] : 0.0;
+        const bool isMissed = (m_.lower[i] - at) - more > 0.0 || (at - m_.upper[i]) + more > 0.0;
+        if (isMissed && m_.multipliers[i] == 0.0 && !repeatsMember(i)) {
+            gather(i, 1.0);
+            if (factor_.project() < NearlyDependentImage * NearlyDependentImage) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 }  // namespace activeset::frontend

@@ -27,6 +27,10 @@ public:
     [[nodiscard]] bool beginAgain();
     [[nodiscard]] End minimise(Control& control);
 
+    /// Whether members, or they and a side without a multiplier that the point in the memory
+    /// misses, are nearly dependent, or quite.
+    [[nodiscard]] bool isNearlyDependent();
+
     [[nodiscard]] std::size_t steps() const { return steps_; }
     [[nodiscard]] const SmallFactor& factor() const { return factor_; }
     [[nodiscard]] std::size_t constraintOf(std::size_t k) const {
@@ -45,6 +49,7 @@ private:
     void leave(std::size_t k);
     void solve();
     void dropWrongSigns();
+    [[nodiscard]] bool repeatsMember(std::size_t i) const;
     [[nodiscard]] bool isSettled(const SmallViolation& worst);
     [[nodiscard]] End pull(std::size_t i);
 

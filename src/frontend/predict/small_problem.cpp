@@ -126,7 +126,8 @@ bool SmallProblem::proveOptimum(const Problem& problem, double tolerance, Result
              !(judgement.certificate.holds(ExactResidual) &&
                judgement.certificate.primal.relative <= FeasibleSide));
     if (!judgement.certificate.holds(tolerance) ||
-        !(judgement.certificate.primal.relative <= FeasibleSide)) {
+        !(judgement.certificate.primal.relative <= FeasibleSide) ||
+        (judgement.isDelicate && dual_.isNearlyDependent())) {
         return false;
     }
     const SmallOptimum optimum{memory_, dual_, judgement, tolerance};

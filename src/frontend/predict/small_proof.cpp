@@ -71,7 +71,8 @@ double sideMissed(const SmallMemory& m, std::size_t i, double value, double rest
     return side < Infinity ? side : 0.0;
 }
 
-Residual violationOf(SmallMemory& m, const SmallExtent& extent, const Units& units) {
+/// What rows and bounds miss, and whether that is delicate.
+void judgeSides(SmallMemory& m, const SmallExtent& extent, const Units& units, Judgement& all) {
     const SmallShape& shape = m.shape;
     const SmallKernels& kernels = m.kernels;
     Largest largest;
@@ -86,6 +87,7 @@ Residual violationOf(SmallMemory& m, const SmallExtent& extent, const Units& uni
                 const bool isTiny = !(scale + side >= 1.0);
                 largest.add(m.values[i], scale + side,
                             isTiny ? unitOfRow(m, i, extent.A) * units.variable : 1.0);
+                all.isDelicate = all.isDelicate || m.multipliers[i] == 0.0;
             }
         }
     }
@@ -95,10 +97,14 @@ Residual violationOf(SmallMemory& m, const SmallExtent& extent, const Units& uni
             if (!(m.values[j] <= 0.0)) {
                 const double side = sideMissed(m, bounds + j, m.x[j], 0.0);
                 largest.add(m.values[j], std::abs(m.x[j]) + side, units.variable);
+                all.isDelicate = all.isDelicate || m.multipliers[bounds + j] == 0.0;
             }
         }
     }
-    return largest.result();
+    const double own = std::max(kernels.largest(m.products.scale, shape.head()), extent.c);
+    all.isDelicate =
+        all.isDelicate || kernels.largest(m.pull.scale, shape.head()) > Cancelling * own;
+    all.certificate.primal = largest.result();
 }
 
 }  // namespace
@@ -111,7 +117,7 @@ Judgement judge(SmallMemory& m, const SmallExtent& extent, double constant) {
     const double variable = std::min(1.0, units.variable);
     const double farthest = std::max(largest, variable);
     Judgement judgement;
-    judgement.certificate.primal = violationOf(m, extent, units);
+    judgeSides(m, extent, units, judgement);
     const SmallGradientProof gradient =
         kernels.weighGradient(gradientOf(m),
                               {GradientRounding, RoundingOfOthers, SumRounding, extent.H * farthest,

@@ -71,6 +71,35 @@ Residual violation(const ProblemData& data,
     return largest;
 }
 
+bool missesUnweighedSide(const ProblemData& data,
+                         const std::vector<Sum>& rows,
+                         const Point& point) {
+    const auto misses = [](double multiplier, Extended value, double lower, double upper) {
+        return multiplier == 0.0 && !(missOf(value, lower, upper).first <= 0.0);
+    };
+    bool isMissed = false;
+    for (std::size_t i = 0; i < data.m && !isMissed; ++i) {
+        isMissed = misses(point.y[i], rows[i].value, data.rowLower[i], data.rowUpper[i]);
+    }
+    for (std::size_t j = 0; j < data.n && !isMissed; ++j) {
+        isMissed = misses(point.z[j], point.x[j], data.lower[j], data.upper[j]);
+    }
+    return isMissed;
+}
+
+/// @param sums  H·x + c + Aᵀy, of which H·x is given as well
+bool haveCancelled(const ProblemData& data,
+                   const std::vector<Sum>& curved,
+                   const std::vector<Sum>& sums) {
+    double all = 0.0;
+    double own = 0.0;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        all = std::max(all, sums[j].scale);
+        own = std::max(own, curved[j].scale + std::abs(data.c[j]));
+    }
+    return all > Cancelling * own;
+}
+
 /// What the entries of the gradient may miss because x and y are rounded: this much of the sizes of
 /// their terms.
 constexpr double GradientRounding = 4.0 * std::numeric_limits<double>::epsilon();
@@ -263,6 +292,8 @@ Judgement settleAndJudge(const ProblemData& data, Point& point, const Point* dig
     judgement.error = largest({certificate.primal.relative, certificate.dual.relative,
                                proportion(magnitude(values.slackness) + weight, terms)});
     judgement.objective = static_cast<double>(values.primal + data.constant);
+    judgement.isDelicate =
+        haveCancelled(data, curved, residuals) || missesUnweighedSide(data, rows, point);
     return judgement;
 }
 

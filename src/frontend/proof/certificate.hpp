@@ -20,7 +20,14 @@ struct Judgement {
     /// The largest residual in proportion to its terms, that of the gap included: near 1e-16 where
     /// all is solved as far as doubles can, even where that proves little.
     double error = Infinity;
+    /// Whether what sides are missed by may matter, be it rounding alone: one of them has no
+    /// multiplier to weigh the miss, or multipliers are large and cancel.
+    bool isDelicate = false;
 };
+
+/// Multipliers whose terms of the gradient are so many times larger than all others cancel: their
+/// rows are nearly parallel.
+inline constexpr double Cancelling = 1e4;
 
 /// Of the point as settle() would leave it.
 ///

@@ -125,6 +125,31 @@ bool holds(const Ray& ray, double tolerance, double variable) {
            ray.residual.relative <= tolerance;
 }
 
+bool isDoubtful(const ProblemData& data, const Vector& direction) {
+    const std::vector<Sum> rows = rowValues(data, direction);
+    std::vector<std::size_t> along;
+    bool isMissed = false;
+    for (std::size_t i = 0; i < data.m; ++i) {
+        const bool hasLower = data.rowLower[i] > -Infinity;
+        const bool hasUpper = data.rowUpper[i] < Infinity;
+        if ((hasLower || hasUpper) && magnitude(rows[i].value) <= SideRounding * rows[i].scale) {
+            along.push_back(i);
+            isMissed =
+                isMissed || (hasLower && rows[i].value < 0.0) || (hasUpper && rows[i].value > 0.0);
+        }
+    }
+    if (!isMissed) {
+        return false;
+    }
+    Dense columns(data.n, along.size());
+    for (std::size_t j = 0; j < data.n; ++j) {
+        for (std::size_t k = 0; k < along.size() && direction[j] != 0.0; ++k) {
+            columns(j, k) = data.columnOfA(j)[along[k]];
+        }
+    }
+    return PivotedQr(std::move(columns)).isNearlyDependent();
+}
+
 Vector alongSides(const ProblemData& data, Vector direction) {
     const double length = largestMagnitude(direction);
     std::vector<std::size_t> free;

@@ -21,6 +21,10 @@ struct Ray {
 /// Whether it proves the problem unbounded up to points far beyond the size `variable`.
 [[nodiscard]] bool holds(const Ray& ray, double tolerance, double variable = 1.0);
 
+/// Whether d misses, if by rounding alone, sides that nearly depend on one another: there may be no
+/// direction nearby that meets them.
+[[nodiscard]] bool isDoubtful(const ProblemData& data, const Vector& direction);
+
 /// Corrects a direction that nearly runs along sides so that it does.
 [[nodiscard]] Vector alongSides(const ProblemData& data, Vector direction);
 
