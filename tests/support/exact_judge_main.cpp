@@ -38,19 +38,43 @@ std::string kindOf(const std::string& wrong) {
     return wrong.substr(0, wrong.find_first_of("-0123456789"));
 }
 
+void print(const Result& result) {
+    const Certificate& certificate = result.certificate;
+    std::printf("residuals: primal %.2e, dual %.2e, gap %.2e\n", certificate.primal.relative,
+                certificate.dual.relative, certificate.gap.relative);
+    const auto list = [](const char* name, const Numbers& values) {
+        std::printf("%s =", name);
+        for (const double value : values) {
+            std::printf(" %.17g", value);
+        }
+        std::printf("\n");
+    };
+    list("x", result.x);
+    list("y", result.y);
+    list("z", result.z);
+    list("direction", result.direction);
+}
+
+/// @param shown  the problem, if it is to be written down
+void note(Counts& counts,
+          std::uint64_t seed,
+          const std::string& what,
+          const Sample* shown,
+          const Result& result) {
+    std::vector<std::uint64_t>& seeds = counts.wrong[kindOf(what)];
+    if (shown != nullptr && seeds.size() < 3) {
+        std::printf("-- seed %llu: %s\n%s", static_cast<unsigned long long>(seed), what.c_str(),
+                    exact::textOf(*shown).c_str());
+        print(result);
+    }
+    seeds.push_back(seed);
+}
+
 Counts run(Style style, const Options& options) {
     Counts counts;
     for (std::uint64_t seed = options.seed; seed < options.seed + options.count; ++seed) {
         SeededChoices choices(seed);
         const StyledCase styled = caseOf(style, choices, options.largest);
-        const auto note = [&](const std::string& what, const Sample& sample) {
-            std::vector<std::uint64_t>& seeds = counts.wrong[kindOf(what)];
-            if (options.show && seeds.size() < 3) {
-                std::printf("-- seed %llu: %s\n%s", static_cast<unsigned long long>(seed),
-                            what.c_str(), exact::textOf(sample).c_str());
-            }
-            seeds.push_back(seed);
-        };
         try {
             styled.solve({}, [&](const Sample& sample, const Result& result) {
                 const exact::Verdict verdict = exact::judge(sample, result);
@@ -60,11 +84,12 @@ Counts run(Style style, const Options& options) {
                 if (verdict.isInaccurate) {
                     counts.inaccurate.push_back(seed);
                 } else if (!verdict.wrong.empty()) {
-                    note(verdict.wrong, sample);
+                    note(counts, seed, verdict.wrong, options.show ? &sample : nullptr, result);
                 }
             });
         } catch (const std::exception& error) {
-            note(std::string("raised ") + error.what(), styled.sample);
+            note(counts, seed, std::string("raised ") + error.what(),
+                 options.show ? &styled.sample : nullptr, {});
         }
     }
     return counts;
