@@ -28,6 +28,7 @@ from ._records import (
     Residual,
     Settings,
     Times,
+    ViolatedSides,
     WarmStart,
     WorkingSet,
 )
@@ -40,7 +41,7 @@ __all__ = [
     "BatchResult", "Certificate", "Conflict", "Diagnosis", "Farkas", "Fault", "Finding",
     "Iterations", "Marginals", "Problem", "ProblemError", "Progress", "ReadError", "Relaxation",
     "Residual", "Result", "Settings", "SolveError", "Sensitivity",
-    "Solver", "Status", "Times", "WarmStart", "WorkingSet", "batch", "compat",
+    "Solver", "Status", "Times", "ViolatedSides", "WarmStart", "WorkingSet", "batch", "compat",
     "diagnose", "explain_infeasibility", "linprog", "lsq_linear", "nnls", "path", "ranges", "read",
     "regions", "relax", "solve_batch", "solve_ls", "solve_many", "solve_qp",
 ]

@@ -1,4 +1,4 @@
-from collections.abc import Callable, Sequence
+from collections.abc import Callable, Mapping, Sequence
 from typing import Any, final
 
 import numpy as np
@@ -10,6 +10,8 @@ from ._result import Result, Status
 
 _Vector = NDArray[np.float64]
 _Indices = NDArray[np.int64]
+
+_Violated = tuple[_Indices, _Indices, _Indices, _Indices]
 
 LONG_SOLVE: int
 
@@ -43,7 +45,7 @@ class ResultBase:
     @property
     def _working_set(
         self,
-    ) -> tuple[_Indices, _Indices, _Indices, _Indices, _Indices, _Indices]: ...
+    ) -> tuple[_Indices, _Indices, _Indices, _Indices, _Indices, _Indices, _Violated | None]: ...
     @property
     def _certificate(self) -> tuple[float, float, float, float, float, float]: ...
     @property
@@ -89,12 +91,13 @@ class Solver:
         ub: ArrayLike | None = None,
         l: ArrayLike | None = None,
         constant: float | None = None,
+        soft: Mapping[str, Any] | None = None,
     ) -> None: ...
     def restart(self, warm_start: WarmStart | Result | None = None) -> None: ...
 
 class ProblemData:
     def __init__(self, parts: dict[str, Any], like: ProblemData | None = None) -> None: ...
-    def part(self, name: str) -> _Vector | None: ...
+    def part(self, name: str) -> Any: ...
     def views(self) -> dict[str, tuple[Any, ...]]: ...
     def faults(self) -> list[tuple[str, int, int, float, str, int]]: ...
     def set_names(
@@ -133,6 +136,7 @@ def solve_qp(
     l: ArrayLike | None = None,
     constant: float = 0.0,
     x0: ArrayLike | None = None,
+    soft: Mapping[str, Any] | None = None,
     warm_start: WarmStart | Result | None = None,
     settings: Settings | None = None,
     verbose: bool = False,

@@ -14,8 +14,11 @@ if TYPE_CHECKING:
 _SHOWN = 10  # lines of a message
 _NAN = float("nan")
 _MATRICES = ("P", "G", "A", "R", "W")
-_ENTRY = r"\b(H|c|A|rowLower|rowUpper|lower|upper|start|R|s|W|weights)\((\d+)(?:, (\d+))?\)"
+_PENALTY = r"(?:row|bound)Penalty\.(?:lower|upper)(?:Linear|Quadratic)"
+_ENTRY = (rf"\b(H|c|A|rowLower|rowUpper|lower|upper|start|R|s|W|weights|{_PENALTY})"
+          r"\((\d+)(?:, (\d+))?\)")
 _PLAIN = {"H": "P", "c": "q", "lower": "lb", "upper": "ub", "start": "x0", "weights": "W"}
+_BOTH_SIDES = ("b", "soft['b']", "soft['b', quadratic]")
 _SETTINGS = {"settings.timeLimit": "settings.time_limit",
              "settings.convexityTolerance": "settings.convexity_tolerance"}
 
@@ -50,13 +53,19 @@ class Terms:
             own = {"A": "G", "rowLower": "l", "rowUpper": "h"}[name] if in_g else (
                 "A" if name == "A" else "b")
             return own, row if in_g else row - self.inequalities
+        if "Penalty." in name:
+            whose, side = name.split("Penalty.")
+            plain = whose.replace("bound", "") + ("Lower" if side.startswith("lower") else "Upper")
+            own, row = self.part(plain[0].lower() + plain[1:], row)
+            kind = ", quadratic" if side.endswith("Quadratic") else ""
+            return f"soft['{own}'{kind}]", row
         return _PLAIN.get(name, _SETTINGS.get(name, name)), row
 
     def label(self, name: str, row: int, col: int | None = None) -> str:
         """As in h[3], with the names of row and variable where there are any."""
         own, index = self.part(name, row)
         label = f"{own}[{index}]" if col is None else f"{own}[{index}, {col}]"
-        if name in ("A", "rowLower", "rowUpper"):
+        if name in ("A", "rowLower", "rowUpper") or name.startswith("rowPenalty"):
             if self.row_names:
                 label += f" (row '{self.row_names[row]}')"
         elif name != "H" and self.names:
@@ -95,7 +104,7 @@ def translated(faults: Sequence[Any], inequalities: int, equalities: int,
     result: list[Fault] = []
     for fault in faults:
         entry = terms.fault(*fault)
-        if not (entry.name == "b" and any(
+        if not (entry.name in _BOTH_SIDES and any(
                 entry[:2] == other[:2] and entry.count == 1 for other in result)):
             result.append(entry)
     return result
@@ -166,6 +175,13 @@ def misfits(parts: Mapping[str, Any], n: int | None = None, rows: int | None = N
             is_number = isinstance(parts[name], (int, float))
             given = "is a number, expected shape" if is_number else f"has shape {shape}, expected"
             fault(name, f"{given} ({text}{comma})")
+    if "soft" in parts and not faults and n is not None:
+        from . import _soft
+
+        try:
+            _soft.arrays(parts["soft"], n, rows or 0, equalities or 0)
+        except ProblemError as error:
+            faults.extend(error.faults)
     return faults
 
 
@@ -175,6 +191,8 @@ def _shapes(parts: Mapping[str, Any], faults: list[Fault]) -> dict[str, tuple[in
 
     shapes: dict[str, tuple[int, ...]] = {}
     for name, given in parts.items():
+        if name == "soft":
+            continue  # whose shape depends on those of the others
         try:
             if name == "constant":
                 float(given)

@@ -4,12 +4,12 @@ from __future__ import annotations
 
 import numpy as np
 
-from . import _convert, _core
+from . import _convert, _core, _soft
 from ._faults import translated
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from collections.abc import Sequence
+    from collections.abc import Mapping, Sequence
     from os import PathLike
     from typing import Any
 
@@ -21,7 +21,7 @@ if TYPE_CHECKING:
     Vector = NDArray[np.float64]
     Names = tuple[tuple[str, ...] | None, tuple[str, ...] | None]
 
-_PARTS = ("P", "q", "G", "h", "A", "b", "lb", "ub", "l", "x0")
+_PARTS = ("P", "q", "G", "h", "A", "b", "lb", "ub", "l", "x0", "soft")
 
 
 class Problem:
@@ -32,7 +32,7 @@ class Problem:
 
     Parameters
     ----------
-    P, q, G, h, A, b, lb, ub, l, constant, x0, names, row_names
+    P, q, G, h, A, b, lb, ub, l, constant, x0, soft, names, row_names
         As in `solve_qp`.
 
     Raises
@@ -57,10 +57,11 @@ class Problem:
                  lb: ArrayLike | None = None, ub: ArrayLike | None = None, *,
                  l: ArrayLike | None = None,  # noqa: E741
                  constant: float = 0.0, x0: ArrayLike | None = None,
+                 soft: Mapping[str, Any] | None = None,
                  names: Sequence[str] | None = None,
                  row_names: Sequence[str] | None = None) -> None:
         self._set({"P": P, "q": q, "G": G, "h": h, "A": A, "b": b, "lb": lb, "ub": ub, "l": l,
-                   "constant": constant, "x0": x0}, names, row_names, None)
+                   "constant": constant, "x0": x0, "soft": soft}, names, row_names, None)
 
     def _set(self, parts: dict[str, Any], names: Any, row_names: Any,
              like: _core.ProblemData | None) -> None:
@@ -80,6 +81,12 @@ class Problem:
     ub: Vector | None = property(lambda self: self._data.part("ub"))  # type: ignore[assignment]
     l: Vector | None = property(lambda self: self._data.part("l"))  # type: ignore  # noqa: E741
     x0: Vector | None = property(lambda self: self._data.part("x0"))  # type: ignore[assignment]
+
+    @property
+    def soft(self) -> Mapping[str, Any] | None:
+        """What sides cost that are violated, as it was given."""
+        soft: Mapping[str, Any] | None = self._data.part("soft")
+        return soft
 
     @property
     def constant(self) -> float:
@@ -132,6 +139,7 @@ class Problem:
     def save(self, path: str | PathLike[str]) -> None:
         """Write it to a file in NumPy's format .npz, which needs no trust to be read."""
         parts = {name: part for name, part in self._parts().items() if part is not None}
+        parts.update(_soft.flat(parts.pop("soft", None)))
         for name, value in (("names", self.names), ("row_names", self.row_names)):
             if value is not None:
                 parts[name] = np.array(value, dtype=np.str_)
@@ -144,6 +152,7 @@ class Problem:
         with np.load(path, allow_pickle=False) as file:
             parts: dict[str, Any] = {name: file[name] for name in file.files}
         constant = float(parts.pop("constant", 0.0))
+        parts["soft"] = _soft.taken(parts)
         return cls(parts.pop("P", None), parts.pop("q", None), constant=constant, **parts)
 
     def _parts(self) -> dict[str, Any]:

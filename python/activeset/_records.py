@@ -93,11 +93,19 @@ class Certificate(Record, fields="primal dual gap"):
         return all(residual.relative <= tol for residual in self)
 
 
-class WorkingSet(Record, fields="equalities rows_at_lower rows_at_upper at_lower at_upper fixed"):
+class ViolatedSides(Record, fields="rows_at_lower rows_at_upper at_lower at_upper"):
+    """Soft sides beyond which a point lies, numbered as in WorkingSet."""
+
+    __slots__ = ()
+
+
+class WorkingSet(Record, fields="equalities rows_at_lower rows_at_upper at_lower at_upper fixed "
+                                "soft_violated", defaults=(None,)):
     """Constraints that hold with equality, as 0-based ascending integer arrays.
 
     Rows are numbered through: those of G first, then those of A. Rows whose sides are equal are in
-    `equalities`, variables whose bounds are equal in `fixed`.
+    `equalities`, variables whose bounds are equal in `fixed`. Soft sides that are violated do not
+    hold: they are in `soft_violated`, ViolatedSides or, where there are none, None.
     """
 
     __slots__ = ()

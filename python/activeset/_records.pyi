@@ -16,6 +16,12 @@ class Certificate(NamedTuple):
     gap: Residual
     def holds(self, tol: float) -> bool: ...
 
+class ViolatedSides(NamedTuple):
+    rows_at_lower: _Indices
+    rows_at_upper: _Indices
+    at_lower: _Indices
+    at_upper: _Indices
+
 class WorkingSet(NamedTuple):
     equalities: _Indices
     rows_at_lower: _Indices
@@ -23,6 +29,7 @@ class WorkingSet(NamedTuple):
     at_lower: _Indices
     at_upper: _Indices
     fixed: _Indices
+    soft_violated: ViolatedSides | None = ...
     def mask(self, n: int) -> _Indices: ...
 
 class WarmStart(NamedTuple):

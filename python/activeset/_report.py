@@ -68,7 +68,8 @@ def _point(result: Result) -> dict[str, Any]:
     return {**point, "x": _numbers(result.x),
             "y": _numbers(np.concatenate((result.z, result.y))), "z": _numbers(result.z_box),
             "working_set": {name: members.tolist()
-                            for name, members in result.working_set._asdict().items()}}
+                            for name, members in result.working_set._asdict().items()
+                            if name != "soft_violated"}}
 
 
 def fields(result: Result, title: str, passes: Sequence[Progress]) -> dict[str, Any]:

@@ -16,6 +16,7 @@ from ._records import (
     Marginals,
     Residual,
     Times,
+    ViolatedSides,
     WarmStart,
     WorkingSet,
 )
@@ -114,7 +115,8 @@ class Result(_core.ResultBase):
     @property
     def working_set(self) -> WorkingSet:
         """Constraints that hold with equality."""
-        return WorkingSet(*self._working_set)
+        *held, violated = self._working_set
+        return WorkingSet(*held, None if violated is None else ViolatedSides(*violated))
 
     @property
     def active_mask(self) -> NDArray[np.int64]:

@@ -119,11 +119,12 @@ PyObject* update(PyObject* self,
                  Py_ssize_t positional,
                  PyObject* keywords) noexcept {
     static const Signature<Parts - 1> signature(
-        "update", 0, 0, {"P", "q", "G", "h", "A", "b", "lb", "ub", "l", "constant"});
+        "update", 0, 0, {"P", "q", "G", "h", "A", "b", "lb", "ub", "l", "constant", "soft"});
     return guarded([&] {
         const auto values = signature.read(args, positional, keywords);
         GivenParts given{};
-        std::copy(values.begin(), values.end(), given.begin());
+        std::copy(values.begin(), values.end() - 1, given.begin());
+        given[Soft] = values.back();
         const Kept& kept = keptIn(self);
         awaitLeftBehind(kept);
         (*Turn(kept.sequence)).update(given);
@@ -241,10 +242,11 @@ array([0.5, 1.5])
 )";
 
 constexpr const char* UpdateText =
-    R"(update($self, /, *, P=None, q=None, G=None, h=None, A=None, b=None, lb=None, ub=None, l=None, constant=None)
+    R"(update($self, /, *, P=None, q=None, G=None, h=None, A=None, b=None, lb=None, ub=None, l=None, constant=None, soft=None)
 --
 
-Replace parts of the problem by others of the same shape; None leaves a part as it is.
+Replace parts of the problem by others of the same shape; None leaves a part as it is. A `soft`
+replaces all penalties; an empty one makes all sides hard.
 
 Where a shape or a type does not fit, ProblemError lists what, and nothing is replaced. Entries are
 checked by the next solve, which raises ProblemError until the part is set again.)";

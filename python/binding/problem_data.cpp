@@ -52,6 +52,24 @@ std::shared_ptr<const JoinedRows> joined(const MatrixView& G, const MatrixView& 
     return both;
 }
 
+SoftSides::SoftSides(py::handle soft,
+                     std::size_t variables,
+                     std::size_t inequalities,
+                     std::size_t equalities) {
+    const py::sequence arrays =
+        packaged("activeset._soft", "arrays")(soft, variables, inequalities, equalities);
+    std::size_t next = 0;
+    for (VectorView* view : {&rows.lowerLinear, &rows.upperLinear, &rows.lowerQuadratic,
+                             &rows.upperQuadratic, &bounds.lowerLinear, &bounds.upperLinear,
+                             &bounds.lowerQuadratic, &bounds.upperQuadratic}) {
+        const py::object array = arrays[next];
+        if (!array.is_none()) {
+            *view = vectorOf(array.ptr(), "soft", owners[next]);
+        }
+        ++next;
+    }
+}
+
 ProblemData::ProblemData(const GivenParts& given, const ProblemData* like) {
     bool isRead = false;
     try {
@@ -110,14 +128,22 @@ bool ProblemData::read(const GivenParts& given, std::optional<std::size_t> varia
     const bool hasSides = given[G] == nullptr || given[h] != nullptr || given[l] != nullptr;
     const bool hasVariables = variables || given[q] != nullptr || given[P] != nullptr ||
                               given[G] != nullptr || given[A] != nullptr;
-    return hasVariables && hasSides && (given[A] == nullptr || given[b] != nullptr) &&
-           (given[P] == nullptr || py::detail::array_proxy(owners_[P].ptr())->nd == 2) &&
-           (given[P] == nullptr || (views_.H.rows() == n_ && views_.H.cols() == n_)) &&
-           (given[G] == nullptr || G_.cols() == n_) && (given[A] == nullptr || A_.cols() == n_) &&
-           hasSize(views_.c, given[q], n_) && hasSize(h_, given[h], rowsOfG_) &&
-           hasSize(l_, given[l], rowsOfG_) && hasSize(b_, given[b], rowsOfA_) &&
-           hasSize(views_.lower, given[lb], n_) && hasSize(views_.upper, given[ub], n_) &&
-           hasSize(views_.start, given[X0], n_);
+    const bool areFitting =
+        hasVariables && hasSides && (given[A] == nullptr || given[b] != nullptr) &&
+        (given[P] == nullptr || py::detail::array_proxy(owners_[P].ptr())->nd == 2) &&
+        (given[P] == nullptr || (views_.H.rows() == n_ && views_.H.cols() == n_)) &&
+        (given[G] == nullptr || G_.cols() == n_) && (given[A] == nullptr || A_.cols() == n_) &&
+        hasSize(views_.c, given[q], n_) && hasSize(h_, given[h], rowsOfG_) &&
+        hasSize(l_, given[l], rowsOfG_) && hasSize(b_, given[b], rowsOfA_) &&
+        hasSize(views_.lower, given[lb], n_) && hasSize(views_.upper, given[ub], n_) &&
+        hasSize(views_.start, given[X0], n_);
+    if (areFitting && given[Soft] != nullptr) {
+        owners_[Soft] = py::reinterpret_borrow<py::object>(given[Soft]);
+        soft_ = SoftSides(given[Soft], n_, rowsOfG_, rowsOfA_);
+        views_.rowPenalty = soft_.rows;
+        views_.boundPenalty = soft_.bounds;
+    }
+    return areFitting;
 }
 
 void ProblemData::joinRows(const ProblemData* like) {

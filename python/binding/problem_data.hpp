@@ -15,10 +15,10 @@
 namespace activeset::python {
 
 /// In the order of solve_qp's parameters.
-enum Part : std::size_t { P, q, G, h, A, b, lb, ub, l, Constant, X0, Parts };
+enum Part : std::size_t { P, q, G, h, A, b, lb, ub, l, Constant, X0, Soft, Parts };
 
-inline constexpr std::array<const char*, Parts> PartNames{"P",  "q",  "G", "h",        "A", "b",
-                                                          "lb", "ub", "l", "constant", "x0"};
+inline constexpr std::array<const char*, Parts> PartNames{
+    "P", "q", "G", "h", "A", "b", "lb", "ub", "l", "constant", "x0", "soft"};
 
 /// Borrowed references, null for what is absent.
 using GivenParts = std::array<PyObject*, Parts>;
@@ -26,6 +26,20 @@ using GivenParts = std::array<PyObject*, Parts>;
 /// Rows of G and A together, column by column.
 struct JoinedRows {
     std::vector<double> values;
+};
+
+/// What sides cost that are violated, in arrays that live as long as this.
+struct SoftSides {
+    SoftSides() = default;
+    /// @raises ProblemError for what is no such thing
+    SoftSides(py::handle soft,
+              std::size_t variables,
+              std::size_t inequalities,
+              std::size_t equalities);
+
+    std::array<py::object, 8> owners;
+    Penalty rows;
+    Penalty bounds;
 };
 
 class ProblemData {
@@ -53,6 +67,7 @@ private:
     void joinRows(const ProblemData* like);
 
     std::array<py::object, Parts> owners_;
+    SoftSides soft_;
     MatrixView G_;
     MatrixView A_;
     VectorView h_;

@@ -31,7 +31,8 @@ void configureResults(py::type resultClass, py::tuple statuses);
 /// @raises TypeError for anything else
 [[nodiscard]] const Result& resultIn(py::handle object);
 
-/// A working set as a tuple of six arrays, in the order of its members, and back.
+/// A working set as a tuple of six arrays, in the order of its members, and one of four, or None,
+/// for the soft sides that are violated; and back.
 [[nodiscard]] py::tuple tupleOf(const WorkingSet& set);
 [[nodiscard]] WorkingSet workingSetOf(const py::sequence& arrays);
 

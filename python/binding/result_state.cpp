@@ -57,18 +57,35 @@ Status statusOf(const std::string& text) {
 
 }  // namespace
 
+py::object tupleOf(const ViolatedSides& sides) {
+    if (sides.size() == 0) {
+        return py::none();
+    }
+    return py::make_tuple(arrayOf(sides.rowsAtLower), arrayOf(sides.rowsAtUpper),
+                          arrayOf(sides.atLower), arrayOf(sides.atUpper));
+}
+
 py::tuple tupleOf(const WorkingSet& set) {
     return py::make_tuple(arrayOf(set.equalities), arrayOf(set.rowsAtLower),
                           arrayOf(set.rowsAtUpper), arrayOf(set.atLower), arrayOf(set.atUpper),
-                          arrayOf(set.fixed));
+                          arrayOf(set.fixed), tupleOf(set.softViolated));
 }
 
 WorkingSet workingSetOf(const py::sequence& arrays) {
-    if (arrays.size() != 6) {
-        throw py::value_error("a working set has six parts");
+    if (arrays.size() != 6 && arrays.size() != 7) {
+        throw py::value_error("a working set has six parts, or seven");
     }
     const auto list = [&](std::size_t k) { return indicesOf(arrays[k]); };
-    return {list(0), list(1), list(2), list(3), list(4), list(5)};
+    WorkingSet set{list(0), list(1), list(2), list(3), list(4), list(5)};
+    if (arrays.size() == 7 && !py::object(arrays[6]).is_none()) {
+        const py::sequence soft = arrays[6];
+        if (soft.size() != 4) {
+            throw py::value_error("violated sides have four parts");
+        }
+        const auto sides = [&](std::size_t k) { return indicesOf(soft[k]); };
+        set.softViolated = {sides(0), sides(1), sides(2), sides(3)};
+    }
+    return set;
 }
 
 WarmStart warmStartOf(py::handle given) {

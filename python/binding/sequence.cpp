@@ -11,6 +11,7 @@ namespace activeset::python {
 struct Sequence::Views {
     std::array<py::object, Parts> owners;
     std::array<VectorView, Parts> vectors;
+    SoftSides soft;
     MatrixView P;
     MatrixView G;
     MatrixView A;
@@ -79,6 +80,9 @@ Sequence::Views Sequence::read(const GivenParts& given) const {
             throw py::error_already_set();
         }
     }
+    if (given[Soft] != nullptr) {
+        views.soft = SoftSides(given[Soft], n_, rowsOfG_, rowsOfA_);
+    }
     return views;
 }
 
@@ -132,6 +136,9 @@ void Sequence::update(const GivenParts& given) {
         replace(lower_, 0, views.vectors[lb]);
         replace(upper_, 0, views.vectors[ub]);
         solver_.setBounds(lower_, upper_);
+    }
+    if (given[Soft] != nullptr) {
+        solver_.setPenalties(views.soft.rows, views.soft.bounds);
     }
 }
 

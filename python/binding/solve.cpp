@@ -32,7 +32,15 @@ struct OneSolve {
     }
 };
 
-enum Parameter : std::size_t { Warm = 11, SettingsAt, Verbose, Callback, Names, RowNames, Count };
+enum Parameter : std::size_t {
+    Warm = Parts,
+    SettingsAt,
+    Verbose,
+    Callback,
+    Names,
+    RowNames,
+    Count
+};
 
 using Given = std::array<PyObject*, Count>;
 
@@ -66,8 +74,8 @@ PyObject* solveQp(PyObject* /*module*/,
                   PyObject* keywords) noexcept {
     static const Signature<Count> signature(
         "solve_qp", 2, 8,
-        {"P", "q", "G", "h", "A", "b", "lb", "ub", "l", "constant", "x0", "warm_start", "settings",
-         "verbose", "callback", "names", "row_names"});
+        {"P", "q", "G", "h", "A", "b", "lb", "ub", "l", "constant", "x0", "soft", "warm_start",
+         "settings", "verbose", "callback", "names", "row_names"});
     return guarded([&] {
         const Given given = signature.read(args, positional, keywords);
         GivenParts parts{};

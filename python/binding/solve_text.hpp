@@ -5,7 +5,7 @@
 namespace activeset::python {
 
 inline constexpr char SolveQpText[] =
-    R"(solve_qp(P, q, G=None, h=None, A=None, b=None, lb=None, ub=None, *, l=None, constant=0.0, x0=None, warm_start=None, settings=None, verbose=False, callback=None, names=None, row_names=None)
+    R"(solve_qp(P, q, G=None, h=None, A=None, b=None, lb=None, ub=None, *, l=None, constant=0.0, x0=None, soft=None, warm_start=None, settings=None, verbose=False, callback=None, names=None, row_names=None)
 --
 
 Solve a convex quadratic or linear program and prove the answer.
@@ -31,6 +31,12 @@ constant : float
     Added to the objective.
 x0 : (n,) array_like, optional
     Where to start; it need not be feasible.
+soft : mapping, optional
+    Sides that may be violated, at a price: from "h", "l", "b", "lb", "ub" to a linear penalty, or
+    to a tuple (linear, quadratic). Penalties are numbers or arrays with an entry for each side;
+    infinite linear ones leave a side hard, None is left out. A side that is missed by v >= 0 adds
+    ``linear v + 1/2 quadratic v**2`` to the objective, and its multiplier is at most
+    ``linear + quadratic v``. What is violated is listed in ``result.working_set.soft_violated``.
 warm_start : WarmStart or Result, optional
     The end of the solve of a similar problem; goes before x0.
 settings : Settings, optional
@@ -60,6 +66,8 @@ Examples
 >>> r = activeset.solve_qp(np.eye(2), [-2.0, -3.0], G=[1.0, 1.0], h=[3.0])
 >>> r.status, r.x, r.z, r.obj
 (<Status.OPTIMAL: 'optimal'>, array([1., 2.]), array([1.]), -5.5)
+>>> activeset.solve_qp(np.eye(2), [-2.0, -3.0], [1.0, 1.0], [3.0], soft={"h": 0.5}).x
+array([1.5, 2.5])
 )";
 
 }  // namespace activeset::python

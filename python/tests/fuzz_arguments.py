@@ -98,7 +98,10 @@ def problem(rng, n):
         parts["A"], parts["b"] = root[-1], 0.0
     for _ in range(rng.choice([0, 1, 1, 2])):
         parts[rng.choice(["P", "q", "G", "h", "A", "b", "lb", "ub", "l", "x0", "constant", "names",
-                          "row_names"])] = value(rng, n)
+                          "row_names", "soft"])] = value(rng, n)
+    if rng.random() < 0.2:
+        side = rng.choice(["h", "l", "b", "lb", "ub", "x"])
+        parts["soft"] = {side: rng.choice([1.0, (0.5, 1.0), value(rng, n), (value(rng, n), None)])}
     return parts
 
 

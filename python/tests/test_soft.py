@@ -1,0 +1,80 @@
+"""Soft sides from Python: what `soft` says, in every way of solving."""
+
+import pickle
+
+import numpy as np
+import pytest
+
+import activeset
+from activeset import Problem, ProblemError, Solver, solve_qp
+
+EYE = np.eye(2)
+
+
+def test_sides_give_way_at_their_price():
+    # x - 2 + y = 0 each with y <= 0.5, against the hard x0 + x1 <= 3 with y = 1
+    r = solve_qp(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], soft={"h": 0.5})
+    assert np.allclose(r.x, [1.5, 2.5]) and np.allclose(r.z, [0.5])
+    assert r.obj == pytest.approx(0.5 * (r.x @ r.x) - [2, 3] @ r.x + 0.5 * 1.0)
+    assert r.working_set.soft_violated.rows_at_upper.tolist() == [0]
+    assert solve_qp(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0]).working_set.soft_violated is None
+    # x = (2, 3) - v and v = x0 + x1 - 3
+    curved = solve_qp(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], soft={"h": (None, 1.0)})
+    assert np.allclose(curved.z, [2 / 3]) and np.allclose(curved.x, [4 / 3, 7 / 3])
+
+
+def test_every_side_has_its_rows():
+    # One variable, pulled to 0 by the objective; each side pushes it to another place.
+    for side, parts, x in (("l", {"G": [[1.0]], "l": [2.0]}, 0.5), ("lb", {"lb": [2.0]}, 0.5),
+                           ("b", {"A": [[1.0]], "b": [2.0]}, 0.5),
+                           ("b", {"A": [[1.0]], "b": [-2.0]}, -0.5),
+                           ("h", {"G": [[1.0]], "h": [-2.0]}, -0.5), ("ub", {"ub": [-2.0]}, -0.5)):
+        assert np.allclose(solve_qp([[1.0]], [0.0], **parts, soft={side: [0.5]}).x, x), side
+    # Rows of G, then those of A; the other rows stay hard.
+    r = solve_qp(EYE, None, [[1.0, 0.0], [0.0, 1.0]], l=[1.0, 1.0], A=[[1.0, 1.0]], b=[5.0],
+                 soft={"l": [np.inf, 0.1], "b": 1.0})
+    assert np.allclose(r.x, [1.0, 1.0]) and np.allclose(r.y, [-1.0])
+
+
+def test_problems_and_solvers_keep_them(tmp_path):
+    p = Problem(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], soft={"h": (0.5, None), "lb": 2.0},
+                lb=[0.0, 0.0])
+    for other in (p, pickle.loads(pickle.dumps(p)), p.replace(lb=[-1.0, -1.0])):
+        assert np.allclose(other.solve().x, [1.5, 2.5])
+    p.save(tmp_path / "soft.npz")
+    assert np.allclose(Problem.load(tmp_path / "soft.npz").solve().x, [1.5, 2.5])
+    assert np.allclose(activeset.solve_many([p, p], chain=2)[1].x, [1.5, 2.5])
+    warm = pickle.loads(pickle.dumps(p.solve()))
+    assert warm.warm_start.working_set.soft_violated.rows_at_upper.tolist() == [0]
+    assert np.allclose(p.solve(warm_start=warm).x, [1.5, 2.5])
+    solver = Solver(p)
+    assert np.allclose(solver.solve().x, [1.5, 2.5])
+    solver.update(soft={})
+    assert np.allclose(solver.solve().x, [1.0, 2.0])
+    solver.update(soft={"h": 0.25})
+    assert np.allclose(solver.solve().x, [1.75, 2.75])
+
+
+@pytest.mark.parametrize(("soft", "text"), [
+    ({"h": [1.0, 2.0]}, "soft['h'] has 2 entries, expected one or 1"),
+    ({"G": 1.0}, "soft has 'G', expected l, h, b, lb, ub"),
+    (3.0, "soft is of type float"),
+    ({"h": (1.0, 2.0, 3.0)}, "soft['h'] is a tuple of 3"),
+    ({"h": -1.0}, "soft['h'][0] = -1, expected a number from 0 up"),
+    ({"h": (0.0, np.inf)}, "soft['h', quadratic][0] = inf, expected a finite number"),
+    ({"ub": [1.0, np.nan]}, "soft['ub'][1] = nan"),
+])
+def test_what_is_no_penalty_is_refused(soft, text):
+    with pytest.raises(ProblemError) as caught:
+        solve_qp(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], soft=soft)
+    assert text in str(caught.value)
+    solver = Solver(Problem(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0]))
+    with pytest.raises(ProblemError):
+        solver.update(soft=soft)
+        solver.solve()
+
+
+def test_derivatives_refuse_soft_sides():
+    p = Problem(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], soft={"h": 0.5})
+    with pytest.raises(ValueError, match="soft sides"):
+        activeset.ranges(p.solve(), p)
