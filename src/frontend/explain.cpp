@@ -62,12 +62,12 @@ private:
 
     // Leaves out the sides of one kind that the contradiction does not need.
     void leaveOut(Vector& sides, double absent, Conflict& result) {
-        for (std::size_t k = 0; k < sides.size(); ++k) {
-            if (!isFinite(sides[k])) {
+        for (double& side : sides) {
+            if (!isFinite(side)) {
                 continue;
             }
             const ProblemData before = data_;
-            sides[k] = absent;
+            side = absent;
             if (!contradicts()) {
                 data_ = before;
             }
