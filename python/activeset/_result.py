@@ -115,8 +115,9 @@ class Result(_core.ResultBase):
     @property
     def working_set(self) -> WorkingSet:
         """Constraints that hold with equality."""
-        *held, violated = self._working_set
-        return WorkingSet(*held, None if violated is None else ViolatedSides(*violated))
+        equal, lower, upper, at_lower, at_upper, fixed, violated = self._working_set
+        return WorkingSet(equal, lower, upper, at_lower, at_upper, fixed,
+                          None if violated is None else ViolatedSides(*violated))
 
     @property
     def active_mask(self) -> NDArray[np.int64]:

@@ -99,5 +99,7 @@ def _joined(given: Mapping[str, tuple[Vector, Vector]], sides: tuple[str, ...],
     if not any(side in given for side in sides):
         return None
     hard = (np.inf, 0.0)[kind]
-    return np.concatenate([given[side][kind] if side in given else np.full(size, hard)
-                           for side, size in zip(sides, sizes)])
+    joined: Vector = np.concatenate([
+        given[side][kind] if side in given else np.full(size, hard)
+        for side, size in zip(sides, sizes)])
+    return joined
