@@ -3,6 +3,7 @@
 
 #include "frontend/core/core_form.hpp"
 #include "frontend/core/cycle_detector.hpp"
+#include "frontend/loop/caller_proofs.hpp"
 #include "frontend/loop/refinement.hpp"
 #include "frontend/problem/scaling.hpp"
 #include "frontend/proof/convexity.hpp"
@@ -88,6 +89,9 @@ TEST_F(Parts, ConstraintsTakeWhatExistsOfAWorkingSet) {
     EXPECT_EQ(named.workingSet(), set);
     const frontend::Constraints all(data, set);
     EXPECT_THAT(all.members(), ElementsAre(0, 1, 2));  // the equality, too, which is not named
+    WorkingSet beyond;
+    beyond.equalities = beyond.rowsAtUpper = beyond.atUpper = {2};  // one past the last
+    EXPECT_THAT(frontend::Constraints::namedBy(data, beyond).members(), ElementsAre());
 }
 
 TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {
@@ -190,6 +194,30 @@ TEST_F(Parts, NotConvexIsCheckedAgainAlongItsDirection) {
     EXPECT_EQ(frontend::convexityOf(data).kind, frontend::Convexity::Semidefinite);
     data.A = {1, 1, 1, 1};
     EXPECT_EQ(frontend::convexityOf(data).kind, frontend::Convexity::None);
+}
+
+// x₁ ≤ 0 and x₁ + εx₂ ≥ 1: nothing near the origin, but all x₂ from 1/ε on.
+TEST_F(Parts, AFeasiblePointFarOutRefutesAContradiction) {
+    constexpr double Far = 2e10;
+    ProblemData data;
+    data.n = 2;
+    data.m = 2;
+    data.c = {0, 0};
+    data.A = {1, 1, 0, 1e-10};
+    data.rowLower = {-Infinity, 1};
+    data.rowUpper = {0, Infinity};
+    data.lower = {-Infinity, -Infinity};
+    data.upper = {Infinity, Infinity};
+    frontend::ProblemCache cache(data);
+    const Settings settings;
+    frontend::Control control(settings, 100);
+    frontend::BestPoint best(cache, settings, control);
+    const Vector y = cache.scaling.scaled({{}, {1, -1}, {}}).y;
+    const auto farkas = frontend::provenFarkas(cache, y, best);
+    ASSERT_TRUE(farkas);
+    EXPECT_LT(farkas->radius, Far);
+    best.considerWithoutMultipliers(cache.scaling.scaled({{0, Far}, {}, {}}).x);
+    EXPECT_FALSE(frontend::provenFarkas(cache, y, best));
 }
 
 }  // namespace
