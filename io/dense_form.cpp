@@ -93,7 +93,9 @@ void checkDenseSize(std::size_t variables,
     const double bytes = n * (n + static_cast<double>(sides)) * sizeof(double);
     if (bytes > static_cast<double>(limit)) {
         const auto inMegabytes = [](double value) {
-            return std::to_string(static_cast<long long>(std::ceil(value / Megabyte))) + " MB";
+            constexpr double Most = 1e18;
+            const double size = std::ceil(std::min(value / Megabyte, Most));
+            return std::to_string(static_cast<long long>(size)) + " MB";
         };
         Location{file, 0}.fail("out of memory: the dense matrices of " + std::to_string(variables) +
                                " variables would take " + inMegabytes(bytes) + ", more than the " +

@@ -45,7 +45,10 @@ public:
                         quoted(member.name));
             }
             if (!isPickledNone(member.bytes)) {
-                arrays_.emplace(name, parseNpy(member.bytes, place(std::string(name))));
+                if (!arrays_.emplace(name, parseNpy(member.bytes, place(std::string(name))))
+                         .second) {
+                    fail(std::string(name), "expected one member of this name, found two");
+                }
             }
         }
     }
@@ -60,8 +63,10 @@ public:
         static_cast<void>(vector("x0"));  // a start is no part of a problem
         setSizes({P ? P->columns : 0, q ? q->rows : 0, G ? G->columns : 0, A ? A->columns : 0,
                   lower ? lower->rows : 0, upper ? upper->rows : 0});
-        const std::size_t inequalities = G ? G->rows : 0;
-        const std::size_t m = inequalities + (A ? A->rows : 0);
+        // From here on rows have bytes in the file: their number is no matter of trust.
+        requireSize("G", G ? G->columns : n_, n_);
+        requireSize("A", A ? A->columns : n_, n_);
+        const std::size_t m = (G ? G->rows : 0) + (A ? A->rows : 0);
         checkDenseSize(n_, 2 * m, limit, file_);
         setNames(m);
         model_.c = completed("q", q, n_, 0.0, 0.0);

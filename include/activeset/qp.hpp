@@ -147,7 +147,7 @@ private:
 /// missed by v ≥ 0 costs linear·v + ½·quadratic·v²; it is soft then. A linear penalty that is
 /// infinite leaves the side hard, whatever the quadratic one. Without linear penalties the sides
 /// with a positive quadratic one are soft, and the others are hard. Entries of sides that are
-/// absent are not used.
+/// absent are checked, but not used.
 struct Penalty {
     VectorView lowerLinear{};     ///< from 0 up, infinite for a hard side
     VectorView upperLinear{};     ///< likewise

@@ -113,12 +113,15 @@ def _outputs(batch: Batch, out: Mapping[str, Array] | Sequence[str] | None) -> d
         shape = (batch.count, *own)
         if given is None:
             given = np.empty(shape, kind)
-        is_plain = isinstance(given, np.ndarray) and given.dtype == kind and given.flags.writeable
+        is_plain = (isinstance(given, np.ndarray) and given.dtype == kind
+                    and given.flags.writeable and given.flags.aligned)
         if not is_plain or given.shape != shape or not given.flags.c_contiguous:
             raise fault(f"out['{name}']", f"has to be a writeable array of {np.dtype(kind)}, "
                                           f"without gaps, of shape {shape}")
         if any(np.may_share_memory(given, part) for part in batch.parts.values()):
             raise fault(f"out['{name}']", "overlaps a part of the problems")
+        if any(np.may_share_memory(given, other) for other in arrays.values()):
+            raise fault(f"out['{name}']", "overlaps another output")
         arrays[name] = given
     return arrays
 

@@ -32,7 +32,7 @@ def gradients(batch: Batch, solved: BatchResult, loss: Mapping[str, Any],
                          "leave out")
     given = {}
     for name, value in loss.items():
-        array = np.zeros_like(found[name]) if value is None else np.array(value, np.float64)
+        array = np.zeros_like(found[name]) if value is None else np.array(value, np.float64, order="C")
         if array.shape != found[name].shape:
             raise ValueError(f"backward: d{name} has the shape {array.shape}, expected "
                              f"{found[name].shape}")
@@ -41,12 +41,13 @@ def gradients(batch: Batch, solved: BatchResult, loss: Mapping[str, Any],
     rows = m + batch.rows_of_A
     out = {name: np.empty((count, size)) for name, size in
            (("c", n), ("rowLower", rows), ("rowUpper", rows), ("lower", n), ("upper", n))}
-    y = np.concatenate((found["z"], found["y"]), axis=1)
+    y = np.ascontiguousarray(np.concatenate((found["z"], found["y"]), axis=1))
     if count:
         _core.backward_batch(
             count, batch.inputs(), {"x": found["x"], "y": y, "z": found["z_box"],
                                     "status": solved.status},
-            {"x": given["x"], "y": np.concatenate((given["z"], given["y"]), axis=1),
+            {"x": given["x"], "y": np.ascontiguousarray(
+                np.concatenate((given["z"], given["y"]), axis=1)),
              "z": given["z_box"]}, out, threads)
     return _divided(batch, out, found["x"], y)
 

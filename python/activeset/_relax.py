@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import operator
 from dataclasses import dataclass
 
 import numpy as np
@@ -92,7 +93,7 @@ def relax(problem: Problem, *, norm: str = "l1", weights: ArrayLike | None = Non
     row_weights: Array = np.ones(0)
     if weights is not None:
         row_weights = np.array(weights, dtype=float)
-    elif kept:
+    if kept and row_weights.size == 0:
         row_weights = np.ones(rows)
     if row_weights.shape not in ((0,), (rows,)):
         raise ValueError(f"weights has shape {row_weights.shape}, expected ({rows},)")
@@ -114,6 +115,7 @@ def _position(problem: Problem, row: int | str, rows: int) -> int:
         if problem.row_names is None or row not in problem.row_names:
             raise ValueError(f"hard: there is no row {row!r}")
         return problem.row_names.index(row)
+    row = operator.index(row)
     if not 0 <= row < rows:
         raise ValueError(f"hard: there is no row {row}")
     return row

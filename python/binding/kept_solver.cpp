@@ -160,7 +160,7 @@ int initialise(PyObject* self, PyObject* args, PyObject* keywords) noexcept {
         }
         const auto orNull = [](PyObject* given) { return Py_IsNone(given) != 0 ? nullptr : given; };
         const Control control = controlOf(orNull(settings), nullptr, orNull(callback));
-        const ProblemHolder& holder = holderOf(problem);
+        const ProblemHolder holder = holderOf(problem);
         auto kept = std::make_unique<Kept>();
         kept->sequence = std::make_shared<Sequence>(*holder.data, control.settings);
         kept->settings = control.settings;

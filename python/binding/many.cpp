@@ -30,7 +30,7 @@ public:
         : settings_(std::move(settings)), progress_(std::move(progress)) {
         for (const py::handle problem : problems) {
             serveSignals(holders_.size());
-            const ProblemHolder& holder = holderOf(problem);
+            const ProblemHolder holder = holderOf(problem);
             holders_.push_back(holder);
             views_.push_back(holder.data->views());
         }

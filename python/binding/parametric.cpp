@@ -3,6 +3,7 @@
 #include "parametric.hpp"
 
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -15,6 +16,7 @@
 #include "parametric_arrays.hpp"
 #include "problem_holder.hpp"
 #include "result.hpp"
+#include "task.hpp"
 
 namespace activeset::python {
 
@@ -27,10 +29,12 @@ struct Derivatives {
 };
 
 Derivatives derivativesOf(py::handle result, py::handle given) {
-    const ProblemHolder& problem = holderOf(given);
+    const ProblemHolder problem = holderOf(given);
     const Problem& views = problem.data->views();
+    const Result& solved = resultIn(result);
     return translated([&] {
-        return Derivatives{std::make_unique<const Sensitivity>(resultIn(result), views),
+        const WithoutGil released;
+        return Derivatives{std::make_unique<const Sensitivity>(solved, views),
                            static_cast<py::ssize_t>(problem.data->variables()),
                            static_cast<py::ssize_t>(views.A.rows())};
     });
@@ -52,8 +56,11 @@ py::dict backward(const Derivatives& self,
                   const Columns& dy,
                   const Columns& dz) {
     const py::ssize_t n = self.n, m = self.m, count = dx.shape(1);
-    const Gradients gradients =
-        translated([&] { return self.sensitivity->backward(viewOf(dx), viewOf(dy), viewOf(dz)); });
+    const MatrixView x = viewOf(dx), y = viewOf(dy), z = viewOf(dz);
+    const Gradients gradients = translated([&] {
+        const WithoutGil released;
+        return self.sensitivity->backward(x, y, z);
+    });
     py::dict all;
     all["H"] = arrayOf(gradients.H, {n, n, count});
     all["c"] = arrayOf(gradients.c, {n, count});
@@ -96,8 +103,12 @@ py::array tableOf(const std::vector<Range>& ranges) {
 }
 
 py::dict rangesIn(py::handle result, py::handle given) {
-    const ProblemHolder& problem = holderOf(given);
-    const Ranges all = translated([&] { return ranges(resultIn(result), problem.data->views()); });
+    const ProblemHolder problem = holderOf(given);
+    const Result& solved = resultIn(result);
+    const Ranges all = translated([&] {
+        const WithoutGil released;
+        return ranges(solved, problem.data->views());
+    });
     py::dict tables;
     tables["c"] = tableOf(all.c);
     tables["rowLower"] = tableOf(all.rowLower);
@@ -136,13 +147,19 @@ py::dict pathOf(py::handle given,
                 const Vector& upper,
                 double from,
                 double to) {
-    const ProblemHolder& problem = holderOf(given);
+    const ProblemHolder problem = holderOf(given);
     const Direction direction{vectorIn(c), vectorIn(rowLower), vectorIn(rowUpper), vectorIn(lower),
                               vectorIn(upper)};
-    const Path path = translated([&] {
-        const WithoutGil released;
-        return Path(problem.data->views(), direction, from, to);
-    });
+    // By value: what is looked at outlives a task that is left behind.
+    const auto traced = std::make_shared<std::optional<Path>>();
+    const auto task = std::make_shared<FunctionTask>(
+        [traced, problem, direction, from, to, c, rowLower, rowUpper, lower, upper](auto stop) {
+            Settings settings;
+            settings.stop = std::move(stop);
+            traced->emplace(problem.data->views(), direction, from, to, settings);
+        });
+    translated([&] { runAttended(task); });
+    const Path& path = **traced;
     const std::vector<Piece>& pieces = path.pieces();
     const std::size_t n = problem.data->variables(), m = problem.data->views().A.rows();
     py::dict all;

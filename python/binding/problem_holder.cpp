@@ -70,7 +70,7 @@ void addProblemHolder(py::module_& module) {
         });
 }
 
-const ProblemHolder& holderOf(py::handle problem) {
+ProblemHolder holderOf(py::handle problem) {
     if (!py::hasattr(problem, "_data")) {
         throw py::type_error("expected a Problem");
     }
@@ -78,7 +78,7 @@ const ProblemHolder& holderOf(py::handle problem) {
     if (!py::isinstance<ProblemHolder>(data)) {
         throw py::type_error("expected a Problem");
     }
-    return data.cast<const ProblemHolder&>();  // the problem keeps it
+    return data.cast<const ProblemHolder&>();
 }
 
 }  // namespace activeset::python

@@ -16,9 +16,9 @@ struct ProblemHolder {
 
 void addProblemHolder(py::module_& module);
 
-/// That of a Problem.
+/// That of a Problem, which may be given other data meanwhile.
 /// @raises TypeError for anything else
-[[nodiscard]] const ProblemHolder& holderOf(py::handle problem);
+[[nodiscard]] ProblemHolder holderOf(py::handle problem);
 
 }  // namespace activeset::python
 

@@ -2,6 +2,8 @@
 #include "regions.hpp"
 
 #include <limits>
+#include <memory>
+#include <optional>
 #include <utility>
 
 #include "activeset/regions.hpp"
@@ -9,6 +11,7 @@
 #include "parametric_arrays.hpp"
 #include "problem_holder.hpp"
 #include "result.hpp"
+#include "task.hpp"
 
 namespace activeset::python {
 
@@ -35,19 +38,28 @@ Law lawOf(py::handle given,
           std::size_t limit,
           std::size_t samples) {
     requireNoCallback();
-    const ProblemHolder& problem = holderOf(given);
+    const ProblemHolder problem = holderOf(given);
     const Parameters parameters{viewOf(c), viewOf(rows), viewOf(bounds), vectorIn(least),
                                 vectorIn(most)};
-    return translated([&] {
-        const WithoutGil released;
-        return Law{Regions(problem.data->views(), parameters, {.most = limit, .samples = samples}),
-                   problem.data->variables()};
-    });
+    // By value: what is looked at outlives a task that is left behind.
+    const auto law = std::make_shared<std::optional<Law>>();
+    const auto task = std::make_shared<FunctionTask>(
+        [law, problem, parameters, limit, samples, c, rows, bounds, least, most](auto stop) {
+            RegionSettings settings{.most = limit, .samples = samples};
+            settings.each.stop = std::move(stop);
+            law->emplace(Law{Regions(problem.data->views(), parameters, settings),
+                             problem.data->variables()});
+        });
+    translated([&] { runAttended(task); });
+    return std::move(**law);
 }
 
 /// The rows of a C-ordered array of parameters: the region of each, −1 for none, and x.
 py::tuple look(const Law& law, const Vector& thetas) {
     const std::size_t p = law.regions.parameters();
+    if (thetas.ndim() != 2 || static_cast<std::size_t>(thetas.shape(1)) != p) {
+        throw py::value_error("expected one column for each parameter");
+    }
     const auto count = static_cast<std::size_t>(thetas.shape(0));
     py::array_t<std::int64_t> found(static_cast<py::ssize_t>(count));
     py::array_t<double> points({static_cast<py::ssize_t>(count), static_cast<py::ssize_t>(law.n)});
@@ -71,7 +83,7 @@ py::tuple regionOf(const Law& law, std::size_t k) {
 }
 
 std::string solverCodeOf(py::handle given, const std::string& name) {
-    const ProblemHolder& problem = holderOf(given);
+    const ProblemHolder problem = holderOf(given);
     return translated([&] { return solverCode(problem.data->views(), name); });
 }
 

@@ -9,8 +9,10 @@
 #define ACTIVESET_PYTHON_TASK_HPP
 
 #include <exception>
+#include <functional>
 #include <memory>
 #include <stop_token>
+#include <utility>
 
 #include "python.hpp"
 
@@ -44,6 +46,17 @@ private:
     std::stop_source stop_;
     std::exception_ptr raised_;
     bool isDone_ = false;  // with the mutex of the crew held
+};
+
+/// A task that is one function, handed the token that stops it. What the function captures is kept
+/// alive, and destroyed with the GIL.
+class FunctionTask : public Task {
+public:
+    explicit FunctionTask(std::function<void(std::stop_token)> work) : work_(std::move(work)) {}
+    void run() override { work_(stop().get_token()); }
+
+private:
+    std::function<void(std::stop_token)> work_;
 };
 
 /// Runs the task on another thread and waits for it, with the GIL released.

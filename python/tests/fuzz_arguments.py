@@ -4,6 +4,7 @@ An exception that is none of Python's own for bad arguments, or a crash, is a de
 called last is in the file fuzz_arguments.last of the folder for temporary files.
 """
 
+import functools
 import pathlib
 import random
 import sys
@@ -162,6 +163,9 @@ def once(rng):
         r = activeset.solve_batch(**{"P": None, "q": None, **given}, out=out, settings=SMALL,
                                   threads=rng.choice([1, 2]), chain=rng.choice([0, 2]))
         repr(r), r.summary(), r.failed, r.problem(0)
+        changes = [value(rng, n) for _ in range(rng.randint(1, 4))]
+        yield "BatchResult.backward", (given, changes)
+        r.backward(*changes, threads=rng.choice([1, 2]))
         return
     yield "Problem", parts
     p = activeset.Problem(**{"P": None, "q": None, **parts})
@@ -178,6 +182,22 @@ def once(rng):
                 s.restart(thing(rng, n))
             except EXPECTED:
                 pass
+        return
+    if what == 10 and rng.random() < 0.5:
+        function = rng.choice([activeset.relax, activeset.diagnose, activeset.path,
+                               activeset.ranges, activeset.regions, activeset.Sensitivity])
+        r = activeset.solve_qp(**{"P": None, "q": None, **parts}, settings=SMALL)
+        first = [r, p] if function in (activeset.ranges, activeset.Sensitivity) else [p]
+        more = [value(rng, n) for _ in range(rng.randint(0, 3))]
+        if function is activeset.regions:
+            more = [value(rng, n), (value(rng, n), value(rng, n)), *more]
+        elif function is activeset.path and rng.random() < 0.7:
+            more = [0.0, rng.choice([1.0, 1e3, number(rng)])]
+            function = functools.partial(function, **{rng.choice(["q", "h", "lb"]): value(rng, n)})
+        yield str(function), (parts, more)
+        found = function(*first, *more)
+        if isinstance(found, activeset.Sensitivity):
+            found.backward(*[value(rng, n) for _ in range(rng.randint(1, 4))])
         return
     activeset.explain_infeasibility(p, settings=SMALL)
     results = activeset.solve_many([p, p.replace(q=value(rng, n)), p], rng.choice([0, 1, 2]),

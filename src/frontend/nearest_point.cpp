@@ -13,11 +13,11 @@ namespace activeset::frontend {
 
 namespace {
 
-/// The distances of sides from these values, multiplied by `factor`; far ones become absent.
-void magnify(Vector& sides, const std::vector<Sum>& values, double factor) {
+/// The distances of sides from these values, multiplied by `factor`; far ones become `absent`.
+void magnify(Vector& sides, double absent, const std::vector<Sum>& values, double factor) {
     for (std::size_t k = 0; k < sides.size(); ++k) {
         const double side = static_cast<double>(sides[k] - values[k].value) * factor;
-        sides[k] = std::abs(side) < AbsentSide ? side : std::copysign(Infinity, sides[k]);
+        sides[k] = std::abs(side) < AbsentSide ? side : absent;
     }
 }
 
@@ -25,7 +25,7 @@ void magnify(Vector& sides, const std::vector<Sum>& values, double factor) {
 
 int bitsOf(double size) {
     constexpr int Most = 200;
-    return std::clamp(-std::ilogb(size), 0, Most);
+    return size > 0.0 ? std::clamp(-std::ilogb(size), 0, Most) : 0;
 }
 
 void magnifySides(ProblemData& data, const std::vector<Sum>& rows, const Vector& x, double factor) {
@@ -33,10 +33,10 @@ void magnifySides(ProblemData& data, const std::vector<Sum>& rows, const Vector&
     for (std::size_t j = 0; j < data.n; ++j) {
         places[j].value = x[j];
     }
-    magnify(data.rowLower, rows, factor);
-    magnify(data.rowUpper, rows, factor);
-    magnify(data.lower, places, factor);
-    magnify(data.upper, places, factor);
+    magnify(data.rowLower, -Infinity, rows, factor);
+    magnify(data.rowUpper, Infinity, rows, factor);
+    magnify(data.lower, -Infinity, places, factor);
+    magnify(data.upper, Infinity, places, factor);
 }
 
 ProblemData surroundings(const ProblemData& data, const Vector& x, int bits) {

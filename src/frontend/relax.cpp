@@ -43,6 +43,11 @@ public:
                                frontend::sideAt(problem.upper, j, Infinity),
                                weights.empty() ? Infinity : weights[j]});
         }
+        double largest = 0.0;
+        for (const Limit& limit : limits_) {
+            largest = limit.givesWay() ? std::max(largest, limit.weight) : largest;
+        }
+        unit_ = largest > 0.0 ? largest : 1.0;
     }
 
     Relaxation solve() {
@@ -115,9 +120,9 @@ private:
             return;
         }
         // w·v ≤ t as a·x − t/w ≤ upper; a row of weight 0 gives way for nothing.
-        if (limit.weight > 0.0) {
-            entry(addRow(limit, -Infinity, limit.upper), n_) = -1.0 / limit.weight;
-            entry(addRow(limit, limit.lower, Infinity), n_) = 1.0 / limit.weight;
+        if (const double give = unit_ / limit.weight; give < Infinity) {
+            entry(addRow(limit, -Infinity, limit.upper), n_) = -give;
+            entry(addRow(limit, limit.lower, Infinity), n_) = give;
         } else {
             addRow(limit, -Infinity, Infinity);
             addRow(limit, -Infinity, Infinity);
@@ -126,13 +131,13 @@ private:
     void addOwnSlacks(const Limit& limit, std::size_t row) {
         entry(row, limit.slack) = -1.0;
         if (settings_.norm == Norm::L2) {
-            H_[limit.slack * columns_ + limit.slack] = limit.weight;
+            H_[limit.slack * columns_ + limit.slack] = limit.weight / unit_;
             return;
         }
         entry(row, limit.slack + 1) = 1.0;
         const bool hasSide[] = {limit.upper<Infinity, limit.lower> - Infinity};
         for (const std::size_t k : {0U, 1U}) {
-            c_[limit.slack + k] = limit.weight;
+            c_[limit.slack + k] = limit.weight / unit_;
             lower_[limit.slack + k] = 0.0;
             upper_[limit.slack + k] = hasSide[k] ? Infinity : 0.0;
         }
@@ -203,6 +208,7 @@ private:
     const activeset::Problem& problem_;
     const RelaxSettings& settings_;
     std::size_t n_;
+    double unit_ = 1.0;  ///< of weights in the program: the largest one
     std::vector<Limit> limits_{};
     std::size_t columns_ = 0;
     std::size_t rows_ = 0;

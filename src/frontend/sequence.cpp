@@ -23,6 +23,19 @@ void addFaults(const Problem& problem, std::span<const Part> parts, std::vector<
     }
 }
 
+/// Puts a warm start back, also where a solve raises.
+class Restored {
+public:
+    Restored(WarmStart& target, WarmStart& value) : target_(target), value_(value) {}
+    ~Restored() { std::swap(target_, value_); }
+    Restored(const Restored&) = delete;
+    Restored& operator=(const Restored&) = delete;
+
+private:
+    WarmStart& target_;
+    WarmStart& value_;
+};
+
 }  // namespace
 
 void Sequence::changeMatrices() {
@@ -93,7 +106,7 @@ void Sequence::solveWithPenalties(const Problem& problem,
         result = invalid(allFaults(problem, settings));
         return;
     }
-    const WarmStart start = last_;
+    WarmStart start = last_;
     const bool beginsHard = start.workingSet.softViolated.size() == 0;
     Result first;
     if (beginsHard) {
@@ -103,10 +116,12 @@ void Sequence::solveWithPenalties(const Problem& problem,
         }
         first = std::move(result);
     }
-    result =
-        solveSoft(problem, data, start, beginsHard ? &first : nullptr, *this, settings, control);
+    {
+        const Restored restored(last_, start);
+        result = solveSoft(problem, data, start, beginsHard ? &first : nullptr, *this, settings,
+                           control);
+    }
     isLastSmall_ = false;
-    last_ = start;
     if (result.status == Status::Optimal && isContinued_) {
         keep(result);
     }

@@ -127,6 +127,9 @@ bool SoftWalk::walk() {
         const double before = result_.objective;
         make(next, withoutFall > 0);
         solvePiece();
+        if (result_.status == Status::Infeasible) {
+            return false;  // by rounding: the point before lies in this piece, too
+        }
         withoutFall = result_.objective < before ? 0 : withoutFall + 1;
     }
     return false;

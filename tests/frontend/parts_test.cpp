@@ -5,6 +5,7 @@
 #include "frontend/core/cycle_detector.hpp"
 #include "frontend/loop/caller_proofs.hpp"
 #include "frontend/loop/refinement.hpp"
+#include "frontend/nearest_point.hpp"
 #include "frontend/problem/scaling.hpp"
 #include "frontend/proof/convexity.hpp"
 #include "support/fixture.hpp"
@@ -92,6 +93,15 @@ TEST_F(Parts, ConstraintsTakeWhatExistsOfAWorkingSet) {
     WorkingSet beyond;
     beyond.equalities = beyond.rowsAtUpper = beyond.atUpper = {2};  // one past the last
     EXPECT_THAT(frontend::Constraints::namedBy(data, beyond).members(), ElementsAre());
+}
+
+TEST_F(Parts, FarSidesBecomeAbsentOnTheirOwnSide) {
+    ProblemData data = fourKinds();
+    const Vector x = {1, -1};
+    frontend::magnifySides(data, frontend::rowValues(data, x), x, 0x1p100);
+    EXPECT_THAT(data.lower, ElementsAre(-Infinity, -Infinity));  // the first was 0
+    EXPECT_THAT(data.upper, ElementsAre(Infinity, Infinity));
+    EXPECT_THAT(data.rowLower, ElementsAre(0, 0));  // x is on both
 }
 
 TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {

@@ -398,6 +398,31 @@ TEST(SoftSides, StayInASequence) {
     }
 }
 
+// All sides are soft, two of them the same but for rounding: a piece between them has no points to
+// a solve, the problem has.
+TEST(SoftSides, ThatAreAllSoftAreNeverInfeasible) {
+    const Numbers H{0.50169649882091349};
+    const Numbers c{-1.4524649437552366};
+    const Numbers A{2, -2, -2};
+    const Numbers rowLower{1, 0, -1.902547857692225e-15};
+    const Numbers rowUpper{1.1341832722508833, 0.7566107661762147, 8.0974521423077742e-15};
+    const Numbers lower{1};
+    const Numbers upper{1.00000000000001};
+    const Numbers rowLinear[] = {{100, 13.0612, 1000}, {.01, .102108, 10}, {10, 0, 0}};
+    const Numbers boundLinear[] = {{0}, {634.219}, {.1}};
+    const Result result = solve({.H = {H, 1, 1},
+                                 .c = c,
+                                 .A = {A, 3, 1},
+                                 .rowLower = rowLower,
+                                 .rowUpper = rowUpper,
+                                 .lower = lower,
+                                 .upper = upper,
+                                 .rowPenalty = {rowLinear[0], rowLinear[1], rowLinear[2]},
+                                 .boundPenalty = {boundLinear[0], boundLinear[1], boundLinear[2]}});
+    EXPECT_EQ(result.status, Status::Optimal);
+    EXPECT_NEAR(result.objective, 105.05, 0.01);
+}
+
 TEST(SoftSides, RefusePenaltiesThatAreNone) {
     Pulled pulled;
     const auto textOfFault = [&](const Penalty& penalty) {

@@ -2,6 +2,7 @@
 #include "frontend/soft/penalties.hpp"
 
 #include <cmath>
+#include <utility>
 
 namespace activeset::frontend {
 
@@ -89,10 +90,12 @@ std::vector<std::size_t>& listOf(ViolatedSides& sides, bool isRow, Side side) {
 }
 
 void PenaltyCopy::copy(const Penalty& penalty) {
-    assign(lowerLinear, penalty.lowerLinear);
-    assign(upperLinear, penalty.upperLinear);
-    assign(lowerQuadratic, penalty.lowerQuadratic);
-    assign(upperQuadratic, penalty.upperQuadratic);
+    PenaltyCopy fresh;  // whole, or none of it
+    assign(fresh.lowerLinear, penalty.lowerLinear);
+    assign(fresh.upperLinear, penalty.upperLinear);
+    assign(fresh.lowerQuadratic, penalty.lowerQuadratic);
+    assign(fresh.upperQuadratic, penalty.upperQuadratic);
+    *this = std::move(fresh);
 }
 
 }  // namespace activeset::frontend

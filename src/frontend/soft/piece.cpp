@@ -92,7 +92,7 @@ void Piece::turnSides() {
 
 // With the sign of the side, 1 for an upper one at u: linear·(a·x − u) and the square.
 void Piece::addCosts() {
-    std::vector<std::size_t> curved;
+    std::vector<std::pair<std::size_t, double>> curved;
     Vector row(data_.n);
     for (const std::size_t k : penalties_.constraints()) {
         if (beyond_[k] == Side::None) {
@@ -104,7 +104,7 @@ void Piece::addCosts() {
         const double linear = slope - penalty.quadratic * at;
         constant_ += (0.5 * penalty.quadratic * at - slope) * at;
         if (penalty.quadratic > 0.0) {
-            curved.push_back(k);
+            curved.emplace_back(k, penalty.quadratic);
         }
         if (k >= data_.m) {
             c_[k - data_.m] += linear;
@@ -127,8 +127,7 @@ void Piece::addCosts() {
     } else {
         H_.assign(data_.n * data_.n, 0.0);
     }
-    for (const std::size_t k : curved_) {
-        const double quadratic = penalties_.of(k, beyond_[k]).quadratic;
+    for (const auto& [k, quadratic] : curved_) {
         if (k >= data_.m) {
             H_[(k - data_.m) * (data_.n + 1)] += quadratic;
             continue;

@@ -3,6 +3,9 @@
 #ifndef ACTIVESET_SRC_FRONTEND_SOFT_PIECE_HPP
 #define ACTIVESET_SRC_FRONTEND_SOFT_PIECE_HPP
 
+#include <utility>
+#include <vector>
+
 #include "frontend/soft/penalties.hpp"
 
 namespace activeset::frontend {
@@ -51,8 +54,9 @@ private:
     const Penalties& penalties_;
     std::vector<Side> beyond_;
     bool hasOtherHessian_ = false;
-    std::vector<std::size_t> curved_;  ///< constraints whose curvature is in H_
-    LargeVector H_;                    ///< empty where it is that of the data
+    /// Constraints whose curvature is in H_, with their quadratic penalties.
+    std::vector<std::pair<std::size_t, double>> curved_;
+    LargeVector H_;  ///< empty where it is that of the data
     Vector c_, rowLower_, rowUpper_, lower_, upper_;
     double constant_ = 0.0;
 };
