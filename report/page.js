@@ -85,11 +85,14 @@ function plot(parent, caption) {
   draw(svg, "line", { class: "axis", x1: Left, y1: Top, x2: Left, y2: Height - Bottom });
   return svg;
 }
+// Math.min and Math.max take no more arguments than the stack holds.
+const least = (values) => values.reduce((a, b) => Math.min(a, b), Infinity);
+const largest = (values) => values.reduce((a, b) => Math.max(a, b), -Infinity);
 function lines(parent, caption, values, isLog) {
   const svg = plot(parent, caption);
   const of = (v) => (isLog ? Math.log10(Math.max(v, 1e-16)) : v);
   const scaled = values.map(of);
-  const low = Math.min(...scaled), high = Math.max(...scaled), span = high - low || 1;
+  const low = least(scaled), high = largest(scaled), span = high - low || 1;
   const x = (k) => Left + (k + 0.5) * (Width - Left) / values.length;
   const y = (v) => Height - Bottom - (v - low) / span * (Height - Bottom - Top);
   draw(svg, "path", { class: "line", d: scaled.map((v, k) => `${k ? "L" : "M"}${x(k).toFixed(1)} ${y(v).toFixed(1)}`).join("") });
@@ -103,23 +106,23 @@ function lines(parent, caption, values, isLog) {
 function histogram(parent, caption, values, unit) {
   const svg = plot(parent, caption);
   const logs = values.map((v) => Math.log10(Math.max(v, 1e-6)));
-  const low = Math.min(...logs), span = Math.max(...logs) - low || 1, Bins = 12;
+  const low = least(logs), span = largest(logs) - low || 1, Bins = 12;
   const counts = new Array(Bins).fill(0);
   for (const v of logs) counts[Math.min(Bins - 1, Math.floor((v - low) / span * Bins))] += 1;
-  const most = Math.max(...counts), step = (Width - Left) / Bins;
+  const most = largest(counts), step = (Width - Left) / Bins;
   counts.forEach((count, k) => {
     const height = count / most * (Height - Bottom - Top);
     const bar = draw(svg, "rect", { class: "bar", x: Left + k * step + 1, width: step - 2, y: Height - Bottom - height, height });
     draw(bar, "title", {}, String(count));
   });
   draw(svg, "text", { x: Left - 5, y: Top + 8, "text-anchor": "end" }, String(most));
-  draw(svg, "text", { x: Left, y: Height - 8 }, shown(Math.min(...values)));
-  draw(svg, "text", { x: Width - 2, y: Height - 8, "text-anchor": "end" }, `${shown(Math.max(...values))} ${unit}`);
+  draw(svg, "text", { x: Left, y: Height - 8 }, shown(least(values)));
+  draw(svg, "text", { x: Width - 2, y: Height - 8, "text-anchor": "end" }, `${shown(largest(values))} ${unit}`);
 }
 function bars(entries, label) { // [name, size, text, at a lower side]
   const body = make("tbody", null, null, make("table", null, "bars", make("div", null, "scroll")));
   body.parentNode.setAttribute("aria-label", label);
-  const most = Math.max(...entries.map((entry) => entry[1]));
+  const most = largest(entries.map((entry) => entry[1]));
   for (const [name, size, text, isLow] of entries) {
     const row = make("tr", null, null, body);
     make("td", name, null, row);

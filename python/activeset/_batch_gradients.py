@@ -45,7 +45,7 @@ def gradients(batch: Batch, solved: BatchResult, loss: Mapping[str, Any],
     if count:
         _core.backward_batch(
             count, batch.inputs(), {"x": found["x"], "y": y, "z": found["z_box"],
-                                    "status": solved.status},
+                                    "status": np.array(solved.status)},
             {"x": given["x"], "y": np.ascontiguousarray(
                 np.concatenate((given["z"], given["y"]), axis=1)),
              "z": given["z_box"]}, out, threads)
