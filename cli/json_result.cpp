@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "cli/json_writer.hpp"
+#include "cli/soft_sides.hpp"
 #include "cli/words.hpp"
 
 namespace activeset::cli {
@@ -73,6 +74,26 @@ void addWorkingSet(JsonWriter& json, const WorkingSet& set) {
     for (const auto& [name, members] : Kinds) {
         addArray(json, name, set.*members);
     }
+    json.close('}');
+}
+
+/// Soft sides beyond which the point lies, where there are any: positions by kind, and of each in
+/// that order what it says, by how much it is missed and what that costs.
+void addViolated(JsonWriter& json, const io::Model& model, const Result& result) {
+    const ViolatedSides& sides = result.workingSet.softViolated;
+    if (sides.size() == 0) {
+        return;
+    }
+    const ViolatedWords violated = violatedWords(model, result);
+    json.key("soft_violated");
+    json.open('{');
+    addArray(json, "rows_at_lower", sides.rowsAtLower);
+    addArray(json, "rows_at_upper", sides.rowsAtUpper);
+    addArray(json, "at_lower", sides.atLower);
+    addArray(json, "at_upper", sides.atUpper);
+    addArray(json, "words", violated.words);
+    addArray(json, "violation", violated.violations);
+    addArray(json, "cost", violated.costs);
     json.close('}');
 }
 
@@ -180,6 +201,7 @@ std::string jsonText(const io::Model& model, const std::string& file, const Solu
         addArray(json, "y", result.y);
         addArray(json, "z", result.z);
         addWorkingSet(json, result.workingSet);
+        addViolated(json, model, result);
     }
     addProof(json, model, solution);
     if (!solution.passes.empty()) {

@@ -3,14 +3,23 @@
 #define ACTIVESET_CLI_NPZ_RESULT_HPP
 
 #include <string>
+#include <string_view>
 
 #include "cli/solve_model.hpp"
+#include "cli/warm_start.hpp"
 #include "io/model.hpp"
 
 namespace activeset::cli {
 
-/// The archive: outcome and names; with a point objective, x, y, z; else the arrays of the proof.
+/// The archive: outcome and names; with a point objective, x, y, z, and the working set as a side
+/// for each row and variable; else the arrays of the proof.
 [[nodiscard]] std::string npzText(const io::Model& model, const Solution& solution);
+
+/// The point in such an archive. Of the arrays x and names must be there.
+///
+/// @param path  for messages
+/// @raises io::ReadError
+[[nodiscard]] StoredPoint npzPoint(std::string_view text, const std::string& path);
 
 }  // namespace activeset::cli
 

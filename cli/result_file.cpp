@@ -4,10 +4,11 @@
 #include <fmt/format.h>
 
 #include <charconv>
-#include <map>
 #include <sstream>
 
 #include "cli/json_result.hpp"
+#include "cli/npz_result.hpp"
+#include "cli/warm_start.hpp"
 #include "io/file_text.hpp"
 #include "io/read_error.hpp"
 
@@ -28,58 +29,35 @@ std::string textOf(const std::string& path) {
     throw io::ReadError(path, line, message);
 }
 
-std::map<std::string, std::size_t> positionsOf(const std::vector<std::string>& names) {
-    std::map<std::string, std::size_t> positions;
-    for (std::size_t k = 0; k < names.size(); ++k) {
-        positions.emplace(names[k], k);
-    }
-    return positions;
+template <class Value>
+std::vector<Value> listOf(const json& object, const char* key) {
+    return object.value(key, std::vector<Value>{});
 }
 
-/// Members of one kind, moved from the positions of the result to those of the model.
-std::vector<std::size_t> moved(const json& set,
-                               const char* kind,
-                               const json& names,
-                               const std::map<std::string, std::size_t>& positions) {
-    std::vector<std::size_t> members;
-    for (const json& member : set.value(kind, json::array())) {
-        const auto found = positions.find(names.at(member.get<std::size_t>()).get<std::string>());
-        if (found != positions.end()) {
-            members.push_back(found->second);
-        }
-    }
-    std::sort(members.begin(), members.end());
-    return members;
-}
-
-WarmStart warmStartOf(const json& result, const io::Model& model) {
-    const auto columns = positionsOf(model.variables);
-    const auto rows = positionsOf(model.rows);
-    const json& names = result.at("names");
-    const json& rowNames = result.at("row_names");
-    const json& x = result.at("x");
-    WarmStart warm;
-    warm.x.assign(model.n(), 0.0);
-    for (std::size_t j = 0; j < x.size(); ++j) {
-        const auto found = columns.find(names.at(j).get<std::string>());
-        if (found != columns.end()) {
-            warm.x[found->second] = x[j].get<double>();
-        }
-    }
+StoredPoint pointOf(const json& result) {
     const json set = result.value("working_set", json::object());
-    warm.workingSet = {.equalities = moved(set, "equalities", rowNames, rows),
-                       .rowsAtLower = moved(set, "rows_at_lower", rowNames, rows),
-                       .rowsAtUpper = moved(set, "rows_at_upper", rowNames, rows),
-                       .atLower = moved(set, "at_lower", names, columns),
-                       .atUpper = moved(set, "at_upper", names, columns),
-                       .fixed = moved(set, "fixed", names, columns)};
-    return warm;
+    const json soft = result.value("soft_violated", json::object());
+    const auto members = [](const json& of, const char* kind) {
+        return listOf<std::size_t>(of, kind);
+    };
+    return {.variables = result.at("names").get<std::vector<std::string>>(),
+            .rows = result.at("row_names").get<std::vector<std::string>>(),
+            .x = result.at("x").get<std::vector<double>>(),
+            .workingSet = {.equalities = members(set, "equalities"),
+                           .rowsAtLower = members(set, "rows_at_lower"),
+                           .rowsAtUpper = members(set, "rows_at_upper"),
+                           .atLower = members(set, "at_lower"),
+                           .atUpper = members(set, "at_upper"),
+                           .fixed = members(set, "fixed"),
+                           .softViolated = {.rowsAtLower = members(soft, "rows_at_lower"),
+                                            .rowsAtUpper = members(soft, "rows_at_upper"),
+                                            .atLower = members(soft, "at_lower"),
+                                            .atUpper = members(soft, "at_upper")}}};
 }
 
-WarmStart warmStartOfSol(const std::string& path, const std::string& text, const io::Model& model) {
-    const auto columns = positionsOf(model.variables);
-    WarmStart warm;
-    warm.x.assign(model.n(), 0.0);
+/// Lines with a name and a value; others begin with #.
+StoredPoint pointOfSol(const std::string& path, const std::string& text) {
+    StoredPoint stored;
     std::istringstream lines(text);
     std::size_t number = 0;
     for (std::string line; std::getline(lines, line);) {
@@ -94,12 +72,10 @@ WarmStart warmStartOfSol(const std::string& path, const std::string& text, const
         if (blank == std::string::npos || std::from_chars(digits, end, value).ptr != end) {
             fail(path, number, "expected a name and a number");
         }
-        const auto found = columns.find(line.substr(0, line.find_last_not_of(" \t", blank) + 1));
-        if (found != columns.end()) {
-            warm.x[found->second] = value;
-        }
+        stored.variables.push_back(line.substr(0, line.find_last_not_of(" \t", blank) + 1));
+        stored.x.push_back(value);
     }
-    return warm;
+    return stored;
 }
 
 /// Adds what a text holds: one value, an array of them, or one a line.
@@ -121,6 +97,20 @@ void parseInto(std::vector<json>& results, const std::string& text) {
     }
 }
 
+StoredPoint readPoint(const std::string& path) {
+    if (path.ends_with(".npz")) {
+        return npzPoint(textOf(path), path);
+    }
+    if (!path.ends_with(".json")) {
+        return pointOfSol(path, textOf(path));
+    }
+    const std::vector<json> results = readResults(path);
+    if (results.size() != 1 || !results.front().contains("x")) {
+        fail(path, 0, "expected one result with a point to start from");
+    }
+    return pointOf(results.front());
+}
+
 }  // namespace
 
 std::vector<json> readResults(const std::string& path) {
@@ -140,18 +130,17 @@ std::vector<json> readResults(const std::string& path) {
 }
 
 WarmStart readWarmStart(const std::string& path, const io::Model& model) {
-    if (!path.ends_with(".json")) {
-        return warmStartOfSol(path, textOf(path), model);
-    }
-    const std::vector<json> results = readResults(path);
-    if (results.size() != 1 || !results.front().contains("x")) {
-        fail(path, 0, "expected one result with a point to start from");
-    }
+    WarmStart warm;
+    bool isSound = false;
     try {
-        return warmStartOf(results.front(), model);
+        isSound = moveTo(model, readPoint(path), warm);
     } catch (const json::exception&) {
+        isSound = false;
+    }
+    if (!isSound) {
         fail(path, 0, "the result does not have the form that activeset solve -o writes");
     }
+    return warm;
 }
 
 std::string solText(const io::Model& model, const std::vector<double>& x, double objective) {

@@ -6,6 +6,15 @@
 
 namespace activeset::cli {
 
+namespace {
+
+Penalty viewOf(const io::Penalties& penalty) {
+    return {penalty.lowerLinear, penalty.upperLinear, penalty.lowerQuadratic,
+            penalty.upperQuadratic};
+}
+
+}  // namespace
+
 bool Solution::hasPoint() const {
     switch (result.status) {
         case Status::Optimal:
@@ -45,6 +54,8 @@ Problem viewsOf(const io::Model& model) {
     views.lower = model.lower;
     views.upper = model.upper;
     views.constant = model.constant;
+    views.rowPenalty = viewOf(model.rowPenalty);
+    views.boundPenalty = viewOf(model.boundPenalty);
     return views;
 }
 

@@ -111,7 +111,7 @@ void addMethodOptions(CLI::App& command, SolveOptions& options) {
 
 void addOutputOptions(CLI::App& command, SolveOptions& options) {
     add(command, Output, "--warm", options.warm, "FILE",
-        "Start from a result: .json or .sol, matched by names")
+        "Start from a result: .json, .npz or .sol, by names")
         ->group(Method);
     add(command, Output, "--jobs", options.jobs, "COUNT [1]", "Files that are solved at a time")
         ->check(CLI::Range(1, 1024))

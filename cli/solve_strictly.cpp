@@ -36,7 +36,7 @@ void solveStrictly(const io::Model& model,
                    const std::string& file,
                    const SolveOptions& options,
                    FileOutcome& outcome) {
-    io::Problem problem = io::denseForm(model);
+    io::Problem problem = io::denseForm(model, file);
     if (!options.json) {
         std::cout << visible(fmt::format("{}: {}{}{}, {}, {}\n", shownFile(file), model.name,
                                          model.name.empty() ? "" : ", ",

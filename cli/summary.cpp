@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "cli/numbers.hpp"
+#include "cli/soft_sides.hpp"
 #include "cli/words.hpp"
 
 namespace activeset::cli {
@@ -129,6 +130,13 @@ std::string multipliersText(const io::Model& model, const Result& result, double
                           : "multipliers other than 0\n" + valuesText(names, values);
 }
 
+std::string violatedText(const io::Model& model, const Result& result) {
+    const ViolatedWords violated = violatedWords(model, result);
+    return violated.words.empty()
+               ? ""
+               : "soft sides that give way, by\n" + valuesText(violated.words, violated.violations);
+}
+
 std::string farkasText(const io::Model& model, const Farkas& farkas) {
     Result proof;  // for its multipliers
     proof.y = farkas.y;
@@ -187,6 +195,9 @@ std::string summaryText(const io::Model& model, const Solution& solution) {
         line("objective", shownNumber(solution.objective) + (model.maximise ? ", a maximum" : ""));
     text += line("solved", effortText(result));
     text += line("active", activeText(result.workingSet));
+    if (const std::size_t missed = result.workingSet.softViolated.size(); missed > 0) {
+        text += line("violated", counted(missed, "soft side", "soft sides"));
+    }
     const Certificate& certificate = result.certificate;
     text += line("primal residual", residualText(certificate.primal));
     text += line("dual residual", residualText(certificate.dual));
@@ -230,7 +241,8 @@ std::string conflictText(const io::Model& model, const Conflict& conflict) {
 std::string solutionText(const io::Model& model, const Solution& solution) {
     const Result& result = solution.result;
     if (solution.hasPoint()) {
-        return "x\n" + valuesText(model.variables, result.x) + multipliersText(model, result, 0.0);
+        return "x\n" + valuesText(model.variables, result.x) + multipliersText(model, result, 0.0) +
+               violatedText(model, result);
     }
     if (result.farkas) {
         return farkasText(model, *result.farkas);

@@ -26,9 +26,9 @@ void convert(const ConvertOptions& options) {
         printError(note);
     }
     const io::Format target = formatNamed(options.target);
-    writeFile(
-        options.to,
-        io::modelText(model, target == io::Format::Automatic ? io::formatOf(options.to) : target));
+    const io::Format format = target == io::Format::Automatic ? io::formatOf(options.to) : target;
+    writeFile(options.to,
+              io::modelText(model, format, options.to == "-" ? "standard output" : options.to));
 }
 
 }  // namespace

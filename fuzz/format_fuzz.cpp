@@ -32,6 +32,14 @@ void judgeSides(const std::vector<double>& lower, const std::vector<double>& upp
     }
 }
 
+/// An entry for each row or variable, or none at all.
+void judgePrices(const std::vector<double>& prices, std::size_t count, bool mayBeInfinite) {
+    require(prices.empty() || prices.size() == count, "penalties of another size");
+    for (const double price : prices) {
+        require(price >= 0.0 && (mayBeInfinite || std::isfinite(price)), "no penalty");
+    }
+}
+
 void judgeModel(const io::Model& model) {
     const std::size_t n = model.n();
     const std::size_t m = model.m();
@@ -40,6 +48,10 @@ void judgeModel(const io::Model& model) {
                 model.rowLower.size() == m && model.rowUpper.size() == m &&
                 model.lower.size() == n && model.upper.size() == n,
             "parts of different sizes");
+    for (const io::PenaltyPart& part : io::PenaltyParts) {
+        judgePrices(model.rowPenalty.*part.values, m, part.mayBeInfinite);
+        judgePrices(model.boundPenalty.*part.values, n, part.mayBeInfinite);
+    }
     for (const auto* names : {&model.variables, &model.rows}) {
         require(std::set<std::string>(names->begin(), names->end()).size() == names->size(),
                 "a name stands for two");
@@ -67,6 +79,11 @@ void judgeWriter(const io::Model& model) {
                 back.rowUpper == model.rowUpper && back.lower == model.lower &&
                 back.upper == model.upper && back.maximise == model.maximise,
             "what was written is read in another way");
+    for (const io::PenaltyPart& part : io::PenaltyParts) {
+        require(back.rowPenalty.*part.values == model.rowPenalty.*part.values &&
+                    back.boundPenalty.*part.values == model.boundPenalty.*part.values,
+                "penalties are read in another way");
+    }
 }
 
 /// Few bytes are an archive. Those that are none are members, NAME=BYTES, with "--" between them.

@@ -133,7 +133,11 @@ Model modelOf(ScannedFile scanned, LinearPart linear, std::size_t limit, const s
     return model;
 }
 
-Problem denseForm(const Model& model) {
+Problem denseForm(const Model& model, const std::string& file) {
+    const std::string soft = softMember(model);
+    if (!soft.empty()) {
+        throw ReadError(file, 0, soft + " is soft, and the dense form has no penalties");
+    }
     Problem problem;
     problem.n = model.n();
     fillRows(problem, model, placeRows(problem, model));

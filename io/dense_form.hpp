@@ -28,7 +28,10 @@ void checkDenseSize(std::size_t variables,
                             const std::string& file);
 
 /// The same problem with rows of one side.
-[[nodiscard]] Problem denseForm(const Model& model);
+///
+/// @param file  named in the error
+/// @raises ReadError (line 0) for soft sides, which the dense form cannot have
+[[nodiscard]] Problem denseForm(const Model& model, const std::string& file);
 
 }  // namespace activeset::io
 

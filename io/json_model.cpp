@@ -1,14 +1,12 @@
 // Problems in JSON, as docs/files.md describes them: read and written.
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <optional>
-#include <unordered_set>
 
-#include "io/coin_deck.hpp"
 #include "io/dense_form.hpp"
 #include "io/format_readers.hpp"
 #include "io/json_cursor.hpp"
+#include "io/json_parts.hpp"
 #include "io/location.hpp"
 #include "io/writer.hpp"
 
@@ -16,23 +14,12 @@ namespace activeset::io {
 
 namespace {
 
+/// The first version, and the one that has penalties.
 constexpr const char* Schema = "activeset-problem/1";
+constexpr const char* SoftSchema = "activeset-problem/2";
 constexpr double Infinite = std::numeric_limits<double>::infinity();
 
 using Numbers = std::vector<double>;
-
-/// Rows of numbers as they stand in the file.
-struct Rows {
-    std::size_t offset = 0;
-    std::size_t rows = 0;
-    std::size_t columns = 0;
-    Numbers values{};  ///< row-major
-};
-
-struct Vector {
-    std::size_t offset = 0;
-    Numbers values{};
-};
 
 class JsonReader {
 public:
@@ -63,27 +50,41 @@ private:
             readSense();
         } else if (key == "constant") {
             model_.constant = cursor_.number();
-        } else if (key == "variables" || key == "rows") {
-            readNames(key == "rows" ? model_.rows : model_.variables);
-        } else if (key == "H" || key == "A") {
-            (key == "H" ? H_ : A_) = matrix();
-        } else if (key == "c") {
-            c_ = vector(false);
-        } else if (key == "row_lower" || key == "row_upper") {
-            (key == "row_lower" ? rowLower_ : rowUpper_) = vector(true);
-        } else if (key == "lower" || key == "upper") {
-            (key == "lower" ? lower_ : upper_) = vector(true);
-        } else {
+        } else if (key == "variables") {
+            model_.variables = readJsonNames(cursor_);
+        } else if (key == "rows") {
+            model_.rows = readJsonNames(cursor_);
+        } else if (!readNumbers(key)) {
             cursor_.failAt(offset,
                            "expected a member that docs/files.md lists, found " + quoted(key));
         }
     }
+    /// False for a key that is none of a part with numbers.
+    bool readNumbers(const std::string& key) {
+        if (key == "H" || key == "A") {
+            (key == "H" ? H_ : A_) = readJsonRows(cursor_);
+        } else if (key == "c") {
+            c_ = readJsonVector(cursor_, false);
+        } else if (key == "row_lower" || key == "row_upper") {
+            (key == "row_lower" ? rowLower_ : rowUpper_) = readJsonVector(cursor_, true);
+        } else if (key == "lower" || key == "upper") {
+            (key == "lower" ? lower_ : upper_) = readJsonVector(cursor_, true);
+        } else if (key == "row_penalty" || key == "bound_penalty") {
+            (key == "row_penalty" ? rowPenalty_ : boundPenalty_) = readJsonPenalty(cursor_);
+        } else {
+            return false;
+        }
+        return true;
+    }
 
     void readSchema() {
         const std::size_t offset = cursor_.offset();
-        hasSchema_ = cursor_.string() == Schema;
+        const std::string schema = cursor_.string();
+        isSoftSchema_ = schema == SoftSchema;
+        hasSchema_ = isSoftSchema_ || schema == Schema;
         if (!hasSchema_) {
-            cursor_.failAt(offset, R"(expected the schema ")" + std::string(Schema) + '"');
+            cursor_.failAt(offset, R"(expected the schema ")" + std::string(Schema) + R"(" or ")" +
+                                       SoftSchema + '"');
         }
     }
     void readSense() {
@@ -94,51 +95,6 @@ private:
             cursor_.failAt(offset, R"(expected "min" or "max", found )" + quoted(sense));
         }
     }
-    void readNames(std::vector<std::string>& names) {
-        std::unordered_set<std::string> known;
-        cursor_.open('[');
-        bool isFirst = true;
-        names.clear();
-        while (cursor_.another(']', isFirst)) {
-            const std::size_t offset = cursor_.offset();
-            names.push_back(cursor_.string());
-            if (names.back().empty() || !known.insert(names.back()).second) {
-                cursor_.failAt(offset,
-                               "expected a name that is new, found " + quoted(names.back()));
-            }
-        }
-    }
-    Vector vector(bool mayBeInfinite) {
-        Vector result{cursor_.offset(), {}};
-        cursor_.open('[');
-        bool isFirst = true;
-        while (cursor_.another(']', isFirst)) {
-            const double value = cursor_.number(mayBeInfinite);
-            result.values.push_back(std::abs(value) < InfiniteBound || !mayBeInfinite
-                                        ? value
-                                        : std::copysign(Infinite, value));
-        }
-        return result;
-    }
-    Rows matrix() {
-        Rows result;
-        result.offset = cursor_.offset();
-        cursor_.open('[');
-        bool isFirst = true;
-        while (cursor_.another(']', isFirst)) {
-            const Vector row = vector(false);
-            result.columns = result.rows == 0 ? row.values.size() : result.columns;
-            if (row.values.size() != result.columns) {
-                cursor_.failAt(row.offset, "expected " + std::to_string(result.columns) +
-                                               " entries, found " +
-                                               std::to_string(row.values.size()));
-            }
-            ++result.rows;
-            result.values.insert(result.values.end(), row.values.begin(), row.values.end());
-        }
-        return result;
-    }
-
     void require(std::size_t offset,
                  const char* part,
                  std::size_t size,
@@ -148,7 +104,7 @@ private:
                                        ", expected " + std::to_string(expected));
         }
     }
-    Numbers completed(const std::optional<Vector>& part,
+    Numbers completed(const std::optional<JsonVector>& part,
                       const char* name,
                       std::size_t size,
                       double absent) const {
@@ -193,8 +149,26 @@ private:
         model_.upper = completed(upper_, "upper", n, Infinite);
         checkSides(model_.rowLower, model_.rowUpper, rowLower_ ? rowLower_->offset : 0);
         checkSides(model_.lower, model_.upper, lower_ ? lower_->offset : 0);
+        model_.rowPenalty = checked(rowPenalty_, m);
+        model_.boundPenalty = checked(boundPenalty_, n);
         fillMatrices(n, m, sign);
         return std::move(model_);
+    }
+    Penalties checked(std::optional<JsonPenalty>& penalty, std::size_t size) const {
+        if (!penalty) {
+            return {};
+        }
+        if (!isSoftSchema_) {
+            cursor_.failAt(penalty->offset,
+                           R"(a penalty needs the schema ")" + std::string(SoftSchema) + '"');
+        }
+        for (const PenaltyPart& part : PenaltyParts) {
+            const Numbers& values = penalty->parts.*(part.values);
+            if (!values.empty()) {
+                require(penalty->offset, part.name, values.size(), size);
+            }
+        }
+        return std::move(penalty->parts);
     }
     void checkSides(const Numbers& lower, const Numbers& upper, std::size_t offset) const {
         for (std::size_t k = 0; k < lower.size(); ++k) {
@@ -236,9 +210,11 @@ private:
     const std::string& file_;
     std::size_t limit_;
     bool hasSchema_ = false;
+    bool isSoftSchema_ = false;
     Model model_{};
-    std::optional<Rows> H_{}, A_{};
-    std::optional<Vector> c_{}, rowLower_{}, rowUpper_{}, lower_{}, upper_{};
+    std::optional<JsonRows> H_{}, A_{};
+    std::optional<JsonVector> c_{}, rowLower_{}, rowUpper_{}, lower_{}, upper_{};
+    std::optional<JsonPenalty> rowPenalty_{}, boundPenalty_{};
 };
 
 }  // namespace

@@ -53,11 +53,26 @@ std::string matrixText(const std::vector<double>& matrix,
     return result + "]";
 }
 
+/// An object with the parts that there are.
+std::string penaltyText(const Penalties& penalty) {
+    std::string result = "{";
+    for (const PenaltyPart& part : PenaltyParts) {
+        const std::vector<double>& values = penalty.*(part.values);
+        if (!values.empty()) {
+            result += std::string(result.size() == 1 ? "\n    \"" : ",\n    \"") + part.name +
+                      "\": " + arrayText(values, numberText);
+        }
+    }
+    return result + "}";
+}
+
 }  // namespace
 
 std::string jsonText(const Model& model) {
     const double sign = model.maximise ? -1.0 : 1.0;
-    std::string text = "{\n  \"schema\": \"activeset-problem/1\"";
+    const bool hasPenalties = !model.rowPenalty.empty() || !model.boundPenalty.empty();
+    std::string text = "{\n  \"schema\": \"activeset-problem/";
+    text += hasPenalties ? "2\"" : "1\"";
     const auto member = [&](const char* key, const std::string& value) {
         text += std::string(",\n  \"") + key + "\": " + value;
     };
@@ -77,6 +92,12 @@ std::string jsonText(const Model& model) {
     member("row_upper", arrayText(model.rowUpper, numberText));
     member("lower", arrayText(model.lower, numberText));
     member("upper", arrayText(model.upper, numberText));
+    if (!model.rowPenalty.empty()) {
+        member("row_penalty", penaltyText(model.rowPenalty));
+    }
+    if (!model.boundPenalty.empty()) {
+        member("bound_penalty", penaltyText(model.boundPenalty));
+    }
     return text + "\n}\n";
 }
 

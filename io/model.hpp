@@ -6,13 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "io/penalties.hpp"
 #include "io/problem.hpp"
 
 namespace activeset::io {
 
 /// min ½xᵀHx + cᵀx + constant subject to rowLower ≤ A·x ≤ rowUpper, lower ≤ x ≤ upper.
 ///
-/// Matrices are dense and column-major; a side that is absent is infinite. Every reader makes one
+/// Matrices are dense and column-major; a side that is absent is infinite, one that
+/// has a penalty is soft. Every reader makes one
 /// of these, every writer takes one.
 struct Model {
     std::string name;
@@ -29,6 +31,8 @@ struct Model {
     std::vector<std::string> variables{};  ///< n names, none twice
     std::vector<std::string> rows{};       ///< m names, none twice
     std::vector<Note> notes{};             ///< by line
+    Penalties rowPenalty{};                ///< m each; a price of the objective, whatever its sense
+    Penalties boundPenalty{};              ///< n each
 
     [[nodiscard]] std::size_t n() const noexcept { return variables.size(); }
     [[nodiscard]] std::size_t m() const noexcept { return rows.size(); }

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "io/read_error.hpp"
 #include "io/writer.hpp"
 
 namespace activeset::io {
@@ -143,7 +144,12 @@ std::string mpsText(const Model& model) {
     return MpsText(model).text();
 }
 
-std::string modelText(const Model& model, Format format) {
+std::string modelText(const Model& model, Format format, const std::string& file) {
+    const std::string soft = format == Format::Json ? std::string() : softMember(model);
+    if (!soft.empty()) {
+        throw ReadError(file, 0,
+                        "the format has no penalties, but " + soft + " is soft; JSON has them");
+    }
     switch (format) {
         case Format::Lp:
             return lpText(model);

@@ -13,9 +13,14 @@ namespace activeset::io {
 /// and constants to rounding; a model whose names the format cannot hold gets x1, …, r1, …; NPZ
 /// holds the minimum, its equalities last).
 /// Automatic is MPS.
-[[nodiscard]] std::string modelText(const Model& model, Format format);
+///
+/// @param file  named in the error
+/// @raises ReadError for soft sides in a format that has none, which are all but JSON
+[[nodiscard]] std::string modelText(const Model& model,
+                                    Format format,
+                                    const std::string& file = "model");
 
-// One per format.
+// One per format; of soft sides only JSON says anything.
 [[nodiscard]] std::string mpsText(const Model& model);
 [[nodiscard]] std::string lpText(const Model& model);
 [[nodiscard]] std::string jsonText(const Model& model);

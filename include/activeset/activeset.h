@@ -3,8 +3,9 @@
  *     minimise ½xᵀHx + cᵀx + constant
  *     subject to  row_lower ≤ A·x ≤ row_upper,  lower ≤ x ≤ upper
  *
- * with n variables and m rows. It is activeset/qp.hpp in C99: the same solver, the same signs, the
- * same proofs. docs/c.md has examples.
+ * with n variables and m rows, where any side may be soft: violated at a price. It is
+ * activeset/qp.hpp in C99: the same solver, the same signs, the same proofs. docs/c.md has
+ * examples.
  *
  * Arguments. Sizes are 64 bits wide. A matrix is a pointer, the distance between its columns (rows,
  * for ACTIVESET_ROW_MAJOR), and an order; a distance of 0 stands for no gaps. Null stands for what
@@ -72,12 +73,15 @@ typedef enum activeset_start {
     ACTIVESET_START_COLD = 2       /* at the start of the problem */
 } activeset_start;
 
-/* The side at which a row or variable is held by a working set. */
+/* The side at which a row or variable is held by a working set, or which it violates. */
 typedef enum activeset_side {
     ACTIVESET_FREE = 0,
     ACTIVESET_AT_LOWER = -1,
     ACTIVESET_AT_UPPER = 1,
-    ACTIVESET_EQUAL = 2 /* the sides are equal */
+    ACTIVESET_EQUAL = 2, /* the sides are equal */
+    /* Of a problem with penalties: a soft side is violated. Such a constraint is not held. */
+    ACTIVESET_BELOW_LOWER = -2,
+    ACTIVESET_ABOVE_UPPER = 3
 } activeset_side;
 
 /* "optimal", "infeasible", …; "unknown" for a number that is no status. Static memory. */
@@ -118,6 +122,25 @@ ACTIVESET_C_API int activeset_problem_set_row_sides(activeset_problem* problem,
 ACTIVESET_C_API int activeset_problem_set_bounds(activeset_problem* problem,
                                                  const double* lower,
                                                  const double* upper);
+/* What it costs to violate the sides of the rows, m each, or of the bounds, n each: a side that is
+ * missed by v costs linear·v + ½·quadratic·v², and is soft then. Arrays may be null. An infinite
+ * linear penalty leaves a side hard; without linear ones the sides with a positive quadratic one
+ * are soft. Linear penalties are from 0 up, quadratic ones, too, and finite; not both are 0. */
+typedef struct activeset_penalty {
+    size_t struct_size; /* sizeof this structure; set by its init function */
+    const double* lower_linear;
+    const double* upper_linear;
+    const double* lower_quadratic;
+    const double* upper_quadratic;
+} activeset_penalty;
+
+/* struct_size, and all sides hard. */
+ACTIVESET_C_API void activeset_penalty_init(activeset_penalty* penalty);
+/* Replaces both penalties; null for hard sides. The structs are read at once, the arrays are looked
+ * at. */
+ACTIVESET_C_API int activeset_problem_set_penalties(activeset_problem* problem,
+                                                    const activeset_penalty* rows,
+                                                    const activeset_penalty* bounds);
 /* Where to start; x: n, or null for zeros. Need not be feasible. */
 ACTIVESET_C_API int activeset_problem_set_start(activeset_problem* problem, const double* x);
 /* A point and the working set of a similar problem, copied. row_sides: m and bound_sides: n values
@@ -194,7 +217,7 @@ typedef struct activeset_result {
     double* x;            /* n */
     double* y;            /* m */
     double* z;            /* n */
-    int8_t* row_sides;    /* m values of activeset_side: the working set */
+    int8_t* row_sides;    /* m values of activeset_side: the working set, and what is violated */
     int8_t* bound_sides;  /* n */
     double* farkas_y;     /* m, for ACTIVESET_INFEASIBLE: Aᵀ·farkas_y + farkas_z = 0, */
     double* farkas_z;     /* n, yet the sides that they stand for add up to less than 0 */
@@ -294,6 +317,9 @@ ACTIVESET_C_API int activeset_solver_set_row_sides(activeset_solver* solver,
 ACTIVESET_C_API int activeset_solver_set_bounds(activeset_solver* solver,
                                                 const double* lower,
                                                 const double* upper);
+ACTIVESET_C_API int activeset_solver_set_penalties(activeset_solver* solver,
+                                                   const activeset_penalty* rows,
+                                                   const activeset_penalty* bounds);
 /* Where the next solve starts, instead of at the last optimum; null x: from zero. */
 ACTIVESET_C_API int activeset_solver_restart(activeset_solver* solver,
                                              const double* x,

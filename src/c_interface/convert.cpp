@@ -24,21 +24,32 @@ void mark(const std::vector<std::size_t>& indices, std::int8_t side, std::int8_t
     }
 }
 
-void take(const std::int8_t* sides,
-          std::size_t count,
-          std::vector<std::size_t>& equal,
-          std::vector<std::size_t>& atLower,
-          std::vector<std::size_t>& atUpper) {
+/// Where the members of a working set go that are rows, or that are variables.
+struct SideLists {
+    std::vector<std::size_t>& equal;
+    std::vector<std::size_t>& atLower;
+    std::vector<std::size_t>& atUpper;
+    std::vector<std::size_t>& belowLower;
+    std::vector<std::size_t>& aboveUpper;
+};
+
+void take(const std::int8_t* sides, std::size_t count, const SideLists& lists) {
     for (std::size_t i = 0; i < count && sides != nullptr; ++i) {
         switch (sides[i]) {
             case ACTIVESET_EQUAL:
-                equal.push_back(i);
+                lists.equal.push_back(i);
                 break;
             case ACTIVESET_AT_LOWER:
-                atLower.push_back(i);
+                lists.atLower.push_back(i);
                 break;
             case ACTIVESET_AT_UPPER:
-                atUpper.push_back(i);
+                lists.atUpper.push_back(i);
+                break;
+            case ACTIVESET_BELOW_LOWER:
+                lists.belowLower.push_back(i);
+                break;
+            case ACTIVESET_ABOVE_UPPER:
+                lists.aboveUpper.push_back(i);
                 break;
             default:
                 break;
@@ -107,6 +118,13 @@ VectorView vectorOf(const double* data, std::size_t size) {
     return data == nullptr ? VectorView() : VectorView(data, size);
 }
 
+Penalty penaltyOf(const activeset_penalty* penalty, std::size_t count) {
+    const activeset_penalty known = c_interface::known(
+        penalty, activeset_penalty{}, offsetof(activeset_penalty, upper_quadratic) + sizeof(void*));
+    return {vectorOf(known.lower_linear, count), vectorOf(known.upper_linear, count),
+            vectorOf(known.lower_quadratic, count), vectorOf(known.upper_quadratic, count)};
+}
+
 Settings settingsOf(const activeset_options* options) {
     activeset_options defaults{};
     activeset_options_init(&defaults);
@@ -133,8 +151,10 @@ WorkingSet workingSetOf(const std::int8_t* rowSides,
                         const std::int8_t* boundSides,
                         std::size_t n) {
     WorkingSet set;
-    take(rowSides, m, set.equalities, set.rowsAtLower, set.rowsAtUpper);
-    take(boundSides, n, set.fixed, set.atLower, set.atUpper);
+    ViolatedSides& soft = set.softViolated;
+    take(rowSides, m,
+         {set.equalities, set.rowsAtLower, set.rowsAtUpper, soft.rowsAtLower, soft.rowsAtUpper});
+    take(boundSides, n, {set.fixed, set.atLower, set.atUpper, soft.atLower, soft.atUpper});
     return set;
 }
 
@@ -148,12 +168,16 @@ void writeSides(const WorkingSet& set,
         mark(set.rowsAtLower, ACTIVESET_AT_LOWER, rowSides);
         mark(set.rowsAtUpper, ACTIVESET_AT_UPPER, rowSides);
         mark(set.equalities, ACTIVESET_EQUAL, rowSides);
+        mark(set.softViolated.rowsAtLower, ACTIVESET_BELOW_LOWER, rowSides);
+        mark(set.softViolated.rowsAtUpper, ACTIVESET_ABOVE_UPPER, rowSides);
     }
     if (boundSides != nullptr) {
         std::fill_n(boundSides, n, static_cast<std::int8_t>(ACTIVESET_FREE));
         mark(set.atLower, ACTIVESET_AT_LOWER, boundSides);
         mark(set.atUpper, ACTIVESET_AT_UPPER, boundSides);
         mark(set.fixed, ACTIVESET_EQUAL, boundSides);
+        mark(set.softViolated.atLower, ACTIVESET_BELOW_LOWER, boundSides);
+        mark(set.softViolated.atUpper, ACTIVESET_ABOVE_UPPER, boundSides);
     }
 }
 

@@ -17,6 +17,9 @@ namespace activeset::c_interface {
     const double* data, std::size_t rows, std::size_t cols, std::int64_t leading, int order);
 [[nodiscard]] VectorView vectorOf(const double* data, std::size_t size);
 
+/// No penalty for a null. Raises BadArgument for a struct of another size.
+[[nodiscard]] Penalty penaltyOf(const activeset_penalty* penalty, std::size_t count);
+
 /// Defaults for a null. Raises BadArgument for a start mode that is none.
 [[nodiscard]] Settings settingsOf(const activeset_options* options);
 

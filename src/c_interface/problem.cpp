@@ -96,6 +96,17 @@ int activeset_problem_set_bounds(activeset_problem* problem,
     });
 }
 
+int activeset_problem_set_penalties(activeset_problem* problem,
+                                    const activeset_penalty* rows,
+                                    const activeset_penalty* bounds) {
+    return c::guarded([&] {
+        c::require(problem != nullptr);
+        const activeset::Penalty rowPenalty = c::penaltyOf(rows, problem->m);
+        problem->views.boundPenalty = c::penaltyOf(bounds, problem->n);
+        problem->views.rowPenalty = rowPenalty;
+    });
+}
+
 int activeset_problem_set_start(activeset_problem* problem, const double* x) {
     return c::guarded([&] {
         c::require(problem != nullptr);

@@ -87,6 +87,14 @@ void activeset_options_init(activeset_options* options) {
     options->time_limit = activeset::Infinity;
 }
 
+void activeset_penalty_init(activeset_penalty* penalty) {
+    if (penalty == nullptr) {
+        return;
+    }
+    *penalty = {};
+    penalty->struct_size = sizeof *penalty;
+}
+
 void activeset_result_init(activeset_result* result) {
     if (result == nullptr) {
         return;

@@ -70,6 +70,15 @@ int activeset_solver_set_bounds(activeset_solver* solver,
     });
 }
 
+int activeset_solver_set_penalties(activeset_solver* solver,
+                                   const activeset_penalty* rows,
+                                   const activeset_penalty* bounds) {
+    return c::guarded([&] {
+        c::require(solver != nullptr);
+        solver->solver.setPenalties(c::penaltyOf(rows, solver->m), c::penaltyOf(bounds, solver->n));
+    });
+}
+
 int activeset_solver_restart(activeset_solver* solver,
                              const double* x,
                              const int8_t* row_sides,

@@ -82,7 +82,8 @@ TEST_F(Verbs, ResultsStartOtherSolvesAndAreCompared) {
     EXPECT_EQ(run("solve good.lp -o a.json").status, 0);
     EXPECT_EQ(run("solve good.lp -o a.sol").status, 0);
     EXPECT_EQ(contents(folder_ / "a.sol"), "# objective -1\nx 1\ny 0\n");
-    for (const char* const warm : {"a.json", "a.sol"}) {
+    EXPECT_EQ(run("solve good.lp -o a.npz").status, 0);
+    for (const char* const warm : {"a.json", "a.sol", "a.npz"}) {
         EXPECT_EQ(run(std::string("solve good.lp -o b.json --warm ") + warm).status, 0);
         EXPECT_THAT(run("compare a.json b.json").out, HasSubstr("1 the same, 0 different"));
     }
@@ -96,6 +97,33 @@ TEST_F(Verbs, ResultsStartOtherSolvesAndAreCompared) {
     EXPECT_EQ(contents(folder_ / "a.sol"), "# infeasible\n");
     write("odd.json", R"({"schema": "activeset-result/1", "file": 3})");
     EXPECT_EQ(run("compare odd.json odd.json").status, 7);
+}
+
+// x + y ≤ 3 and y ≥ 2.75 give way: x = (1.5, 2.5 + 0.2).
+TEST_F(Verbs, SoftSidesThatGiveWayAreToldAndWarmStarted) {
+    write("soft.json", R"({"schema": "activeset-problem/2", "H": [[1, 0], [0, 1]],
+        "c": [-2, -3], "A": [[1, 1]], "row_upper": [3], "lower": ["-inf", 2.75],
+        "variables": ["x", "y"], "rows": ["capacity"], "row_penalty": {"upper_linear": [0.5]},
+        "bound_penalty": {"lower_linear": ["inf", 0.1], "lower_quadratic": [0, 2]}})");
+    EXPECT_THAT(run("solve soft.json").out,
+                HasSubstr("soft sides that give way, by\n  capacity: x + y ≤ 3  1.2\n"
+                          "  y ≥ 2.75             0.05\n"));
+    const json cold = json::parse(run("solve soft.json --json").out);
+    const json& violated = cold.at("soft_violated");
+    EXPECT_EQ(violated.at("rows_at_upper"), json{0});
+    EXPECT_EQ(violated.at("at_lower"), json{1});
+    EXPECT_NEAR(violated.at("violation").at(1).get<double>(), 0.05, 1e-14);
+    EXPECT_NEAR(violated.at("cost").at(1).get<double>(), 0.005 + 0.0025, 1e-14);
+    for (const char* const warm : {"a.json", "a.npz"}) {
+        EXPECT_EQ(run(std::string("solve soft.json -o ") + warm).status, 0);
+        const json again =
+            json::parse(run(std::string("solve soft.json --json --warm ") + warm).out);
+        EXPECT_EQ(again.at("dual_steps"), 0) << warm;
+        EXPECT_EQ(again.at("x"), cold.at("x")) << warm;
+    }
+    EXPECT_EQ(run("solve soft.json --strict").status, 7);
+    EXPECT_THAT(run("convert soft.json --to lp").err,
+                HasSubstr("standard output: the format has no penalties"));
 }
 
 TEST_F(Verbs, NothingOfTheProgressOrOfColoursGoesIntoAPipe) {

@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "io/dense_form.hpp"
 #include "io/read.hpp"
 #include "io/writer.hpp"
 
@@ -59,8 +60,37 @@ INSTANTIATE_TEST_SUITE_P(Formats,
                          Writers,
                          ::testing::Values(Format::Mps, Format::Lp, Format::Json));
 
+Model soft() {
+    Model model = every();
+    model.rowPenalty = {.lowerLinear = {Inf, 0, 1e30, 3}, .lowerQuadratic = {0, 2, 0, 0.1}};
+    model.boundPenalty = {.upperLinear = {Inf, 4, Inf}};
+    return model;
+}
+
+TEST(JsonFormat, KeepsPenaltiesAndNoOtherFormatDropsThem) {
+    const Model model = soft();
+    const Model back = readModelText(jsonText(model), "t.json", Format::Json);
+    for (const PenaltyPart& part : PenaltyParts) {
+        EXPECT_EQ(back.rowPenalty.*part.values, model.rowPenalty.*part.values) << part.name;
+        EXPECT_EQ(back.boundPenalty.*part.values, model.boundPenalty.*part.values) << part.name;
+    }
+    for (const Format format : {Format::Mps, Format::Lp, Format::Npz}) {
+        EXPECT_EQ(errorFrom([&] { static_cast<void>(modelText(model, format, "t")); }),
+                  "t: the format has no penalties, but row 'low' is soft; JSON has them");
+    }
+    EXPECT_EQ(errorFrom([&] { static_cast<void>(denseForm(model, "t")); }),
+              "t: row 'low' is soft, and the dense form has no penalties");
+    Model bounds = soft();
+    bounds.rowPenalty = {.lowerLinear = {1, Inf, Inf, Inf}};  // of a side that is absent
+    EXPECT_THAT(errorFrom([&] { static_cast<void>(modelText(bounds, Format::Lp, "t")); }),
+                ::testing::HasSubstr("variable 'y' is soft"));
+    bounds.boundPenalty = {.upperQuadratic = {0, 0, 0}};
+    EXPECT_NO_THROW(static_cast<void>(modelText(bounds, Format::Lp)));
+}
+
 TEST(JsonFormat, ErrorsNameLineColumnAndWhatWasExpected) {
     const std::string head = "{\"schema\": \"activeset-problem/1\",\n ";
+    const std::string softHead = "{\"schema\": \"activeset-problem/2\",\n ";
     const std::vector<std::pair<std::string, const char*>> cases{
         {"[1]", "t.json:1:1: expected {, found '[1'"},
         {"{}", "t.json: expected \"schema\""},
@@ -73,6 +103,16 @@ TEST(JsonFormat, ErrorsNameLineColumnAndWhatWasExpected) {
         {head + "\"c\": [1], \"upper\": [\"much\"]}", "expected a number, \"inf\" or \"-inf\""},
         {head + "\"c\": [1], \"upper\": [1, 2]}", "upper has the size 2, expected 1"},
         {head + "\"c\": [1], \"lower\": [2], \"upper\": [1]}", "a lower side that is not above"},
+        {head + "\"c\": [1],\n \"bound_penalty\": {}}",
+         "t.json:3:19: a penalty needs the schema \"activeset-problem/2\""},
+        {softHead + "\"c\": [1], \"bound_penalty\": {\"linear\": [1]}}",
+         "t.json:2:30: expected a part that docs/files.md lists, found 'linear'"},
+        {softHead + "\"c\": [1], \"bound_penalty\": {\"upper_linear\": [1, 2]}}",
+         "t.json:2:29: upper_linear has the size 2, expected 1"},
+        {softHead + "\"c\": [1], \"bound_penalty\": {\"upper_linear\": [-1]}}",
+         "t.json:2:47: expected a penalty from 0 up"},
+        {softHead + "\"c\": [1], \"bound_penalty\": {\"upper_quadratic\": [\"inf\"]}}",
+         "expected a number"},
         {head + "\"name\": \"\\q\"}", "an escape that JSON does not have"},
         {head + "\"c\": [1e999]}", "outside the range of a double"}};
     for (const auto& [text, part] : cases) {

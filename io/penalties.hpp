@@ -1,0 +1,45 @@
+// What it costs to violate the sides of rows or variables, as a file tells it.
+#ifndef ACTIVESET_IO_PENALTIES_HPP
+#define ACTIVESET_IO_PENALTIES_HPP
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace activeset::io {
+
+struct Model;
+
+/// As in activeset::Penalty: a side missed by v ≥ 0 costs linear·v + ½·quadratic·v², and an
+/// infinite linear penalty leaves it hard. Each part has an entry for every row or variable, or
+/// none at all.
+struct Penalties {
+    std::vector<double> lowerLinear{};
+    std::vector<double> upperLinear{};
+    std::vector<double> lowerQuadratic{};
+    std::vector<double> upperQuadratic{};
+
+    [[nodiscard]] bool empty() const noexcept {
+        return lowerLinear.empty() && upperLinear.empty() && lowerQuadratic.empty() &&
+               upperQuadratic.empty();
+    }
+};
+
+/// A part and its name in files.
+struct PenaltyPart {
+    const char* name;
+    std::vector<double> Penalties::*values;
+    bool mayBeInfinite;
+};
+inline constexpr std::array<PenaltyPart, 4> PenaltyParts{
+    {{"lower_linear", &Penalties::lowerLinear, true},
+     {"upper_linear", &Penalties::upperLinear, true},
+     {"lower_quadratic", &Penalties::lowerQuadratic, false},
+     {"upper_quadratic", &Penalties::upperQuadratic, false}}};
+
+/// The first row or variable with a soft side, as "row 'capacity'"; empty where all sides are hard.
+[[nodiscard]] std::string softMember(const Model& model);
+
+}  // namespace activeset::io
+
+#endif
