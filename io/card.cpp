@@ -31,8 +31,7 @@ std::array<std::string_view, 6> fixedFields(std::string_view line, const Locatio
         const std::size_t gapEnd = i < Fields.size() ? Fields.at(i).begin : line.size();
         const std::size_t stray = line.find_first_not_of(' ', std::min(gap, line.size()));
         if (stray != std::string_view::npos && stray < gapEnd) {
-            location.fail("text in column " + std::to_string(stray + 1) +
-                          ", which belongs to no field");
+            location.failAt(line.substr(stray, 1), "text that belongs to no field");
         }
         if (i < Fields.size() && Fields.at(i).begin < line.size()) {
             gap = Fields.at(i).end;
@@ -48,16 +47,18 @@ void addEntry(Card& card, std::string_view name, std::string_view number) {
 }
 
 Card fixedCard(std::string_view line, Section section, const Location& location) {
-    if (line.find('\t') != std::string_view::npos) {
-        location.fail("a tab where fields stand in fixed columns");
+    if (const std::size_t tab = line.find('\t'); tab != std::string_view::npos) {
+        location.failAt(line.substr(tab, 1), "a tab where fields stand in fixed columns");
     }
     const auto fields = fixedFields(line, location);
     Card card;
     card.type = fields[0];
     if (section == Section::Rows) {
         addEntry(card, fields[1], {});
-        if (!(fields[2].empty() && fields[3].empty() && fields[4].empty() && fields[5].empty())) {
-            location.fail("too many fields");
+        for (std::size_t k = 2; k < fields.size(); ++k) {
+            if (!fields.at(k).empty()) {
+                location.failAt(fields.at(k), "too many fields");
+            }
         }
         return card;
     }
@@ -66,7 +67,7 @@ Card fixedCard(std::string_view line, Section section, const Location& location)
     const bool second = !(fields[4].empty() && fields[5].empty());
     if (second) {
         if (section == Section::Bounds) {
-            location.fail("too many fields");
+            location.failAt(fields[4].empty() ? fields[5] : fields[4], "too many fields");
         }
         addEntry(card, fields[4], fields[5]);
     }
@@ -78,10 +79,10 @@ Card freeBound(const std::vector<std::string_view>& words,
                const NameTable& columns,
                const Location& location) {
     if (words.size() > 4) {
-        location.fail("too many fields");
+        location.failAt(words[4], "too many fields");
     }
     if (words.size() < 2) {
-        location.fail("too few fields");
+        location.failAt({}, "too few fields");
     }
     Card card;
     card.type = words[0];
@@ -108,10 +109,10 @@ Card freeEntries(const std::vector<std::string_view>& words,
     const bool ownerMayMiss = section == Section::Rhs || section == Section::Ranges;
     const std::size_t first = ownerMayMiss && words.size() % 2 == 0 ? 0 : 1;
     if (words.size() < first + 2) {
-        location.fail("too few fields");
+        location.failAt({}, "too few fields");
     }
     if (words.size() > first + 4) {
-        location.fail("too many fields");
+        location.failAt(words[first + 4], "too many fields");
     }
     Card card;
     if (first == 1) {
@@ -134,8 +135,11 @@ Card freeCard(std::string_view line,
     if (section != Section::Rows) {
         return freeEntries(words, section, location);
     }
-    if (words.size() != 2) {
-        location.fail(words.size() < 2 ? "too few fields" : "too many fields");
+    if (words.size() < 2) {
+        location.failAt({}, "too few fields");
+    }
+    if (words.size() > 2) {
+        location.failAt(words[2], "too many fields");
     }
     Card card;
     card.type = words[0];
@@ -146,7 +150,8 @@ Card freeCard(std::string_view line,
 void checkNames(const Card& card, Section section, const Location& location) {
     const bool typed = section == Section::Rows || section == Section::Bounds;
     if (!typed && !card.type.empty()) {
-        location.fail("unexpected " + quoted(card.type) + " in front of the first name");
+        location.failAt(card.type,
+                        "unexpected " + quoted(card.type) + " in front of the first name");
     }
     if (card.owner.empty() && (section == Section::Columns || section == Section::Quadratic)) {
         location.fail("the name of the column is missing");
@@ -158,7 +163,8 @@ void checkNames(const Card& card, Section section, const Location& location) {
     }
     for (const std::string_view name : {card.owner, card.entries[0].name, card.entries[1].name}) {
         if (name.size() > MaxNameLength) {
-            location.fail("a name of more than " + std::to_string(MaxNameLength) + " characters");
+            location.failAt(name,
+                            "a name of more than " + std::to_string(MaxNameLength) + " characters");
         }
     }
 }
@@ -201,7 +207,7 @@ Card splitCard(std::string_view line,
 
 double parseNumber(std::string_view text, const Location& location) {
     if (text.empty()) {
-        location.fail("a number is missing");
+        location.failAt({}, "a number is missing");
     }
     std::string_view digits = text;
     if (digits.front() == '+' && digits.size() > 1 && digits[1] != '-') {
@@ -211,10 +217,10 @@ double parseNumber(std::string_view text, const Location& location) {
     const char* const end = digits.data() + digits.size();
     const std::from_chars_result result = std::from_chars(digits.data(), end, value);
     if (result.ptr != end || result.ec == std::errc::invalid_argument || std::isnan(value)) {
-        location.fail(quoted(text) + " is not a number");
+        location.failAt(text, quoted(text) + " is not a number");
     }
     if (result.ec == std::errc::result_out_of_range) {
-        location.fail(quoted(text) + " is outside the range of a double");
+        location.failAt(text, quoted(text) + " is outside the range of a double");
     }
     return value;
 }

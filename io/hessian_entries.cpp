@@ -5,8 +5,6 @@
 #include <tuple>
 #include <utility>
 
-#include "io/location.hpp"
-
 namespace activeset::io {
 
 namespace {
@@ -57,7 +55,7 @@ const MatrixEntry* firstUnsymmetric(const std::vector<MatrixEntry>& sorted) {
 std::vector<MatrixEntry> completeHessian(std::vector<MatrixEntry> given,
                                          bool full,
                                          const std::vector<std::string>& names,
-                                         const std::string& file) {
+                                         const std::function<Location(std::size_t)>& onLine) {
     if (!full) {
         for (MatrixEntry& entry : given) {
             std::tie(entry.column, entry.row) = std::minmax({entry.column, entry.row});
@@ -65,15 +63,17 @@ std::vector<MatrixEntry> completeHessian(std::vector<MatrixEntry> given,
     }
     std::sort(given.begin(), given.end(), isBefore);
     if (const MatrixEntry* const entry = firstRepeated(given); entry != nullptr) {
-        Location{file, entry->line}.fail(
-            "a second entry for " + describe(*entry, names) +
-            (full ? "" : "; QUADOBJ takes one triangle, QMATRIX both"));
+        onLine(entry->line)
+            .failAt(names[entry->column],
+                    "a second entry for " + describe(*entry, names) +
+                        (full ? "" : "; QUADOBJ takes one triangle, QMATRIX both"));
     }
     if (full) {
         if (const MatrixEntry* const entry = firstUnsymmetric(given); entry != nullptr) {
-            Location{file, entry->line}.fail(
-                "the entry for " + describe(*entry, names) +
-                " is not its mirror's; QMATRIX takes both triangles, QUADOBJ one");
+            onLine(entry->line)
+                .failAt(names[entry->column],
+                        "the entry for " + describe(*entry, names) +
+                            " is not its mirror's; QMATRIX takes both triangles, QUADOBJ one");
         }
         return given;
     }

@@ -22,7 +22,7 @@ class Scan {
 public:
     /// Both `text` and `file` must outlive the scan.
     Scan(std::string_view text, const std::string& file, CardFormat format)
-        : text_(text), format_(format), here_{file, 0} {}
+        : text_(text), format_(format), here_{file, 0, {}} {}
 
     /// Call once. @raises ReadError
     [[nodiscard]] ScannedFile run();
@@ -76,6 +76,9 @@ private:
     [[nodiscard]] double finiteNumber(std::string_view text) const;
 
     // What can only be judged at the end.
+    [[nodiscard]] Location onLine(std::size_t line) const {
+        return io::lineOf(text_, here_.file, line);
+    }
     void finish();
     void checkRanges() const;
     void finishBounds();

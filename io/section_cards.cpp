@@ -21,7 +21,8 @@ void Scan::readCard(std::string_view line) {
         here_.fail("data before the first section");
     }
     if (section_ == Section::Columns && line.find("'MARKER'") != std::string_view::npos) {
-        here_.fail(
+        here_.failAt(
+            "'MARKER'",
             "integer variables cannot be solved for; without MARKER lines they are continuous");
     }
     const Card card = splitCard(line, section_, format_, columnTable_, here_);
@@ -55,7 +56,7 @@ void Scan::readCard(std::string_view line) {
 void Scan::readRow(const Card& card) {
     const std::string_view name = card.entries[0].name;
     if (!rowTable_.emplace(name, static_cast<std::uint32_t>(rows_.size())).second) {
-        here_.fail("a second row " + quoted(name));
+        here_.failAt(name, "a second row " + quoted(name));
     }
     Row row;
     if (card.type == "N") {
@@ -71,7 +72,7 @@ void Scan::readRow(const Card& card) {
         result_.deck.addRow(row.sense, here_.line);
         result_.rowNames.emplace_back(name);
     } else {
-        here_.fail("row type " + quoted(card.type) + " is none of N, E, L and G");
+        here_.failAt(card.type, "row type " + quoted(card.type) + " is none of N, E, L and G");
     }
     rows_.push_back(row);
 }
@@ -80,8 +81,8 @@ void Scan::readColumn(const Card& card) {
     if (columnName_.empty() || card.owner != columnName_) {
         finishColumn();
         if (!columnTable_.emplace(card.owner, static_cast<std::uint32_t>(bounds_.size())).second) {
-            here_.fail("column " + quoted(card.owner) +
-                       " was met before; its lines must stand together");
+            here_.failAt(card.owner, "column " + quoted(card.owner) +
+                                         " was met before; its lines must stand together");
         }
         columnName_ = card.owner;
         columnLine_ = here_.line;
@@ -97,8 +98,8 @@ void Scan::readCoefficient(const CardEntry& entry) {
     Row& row = findRow(entry.name);
     const double value = finiteNumber(entry.number);
     if (row.lastColumn == bounds_.size()) {
-        here_.fail("a second entry for row " + quoted(entry.name) + " in column " +
-                   quoted(columnName_));
+        here_.failAt(entry.name, "a second entry for row " + quoted(entry.name) + " in column " +
+                                     quoted(columnName_));
     }
     row.lastColumn = bounds_.size();
     if (row.kind == RowKind::Objective) {
@@ -122,7 +123,7 @@ void Scan::readSide(const CardEntry& entry) {
     Row& row = findRow(entry.name);
     const double value = parseNumber(entry.number, here_);
     if (row.sideLine != 0) {
-        here_.fail("a second right-hand side for row " + quoted(entry.name));
+        here_.failAt(entry.name, "a second right-hand side for row " + quoted(entry.name));
     }
     row.sideLine = here_.line;
     if (row.kind == RowKind::Objective) {
@@ -131,8 +132,9 @@ void Scan::readSide(const CardEntry& entry) {
         row.sideIsInfinite = isInfinite(value);
         const bool harmless = (row.sense == 'L' && value > 0) || (row.sense == 'G' && value < 0);
         if (row.sideIsInfinite && !harmless) {
-            here_.fail("row " + quoted(entry.name) + " cannot be met: its right-hand side " +
-                       quoted(entry.number) + " counts as infinite");
+            here_.failAt(entry.number, "row " + quoted(entry.name) +
+                                           " cannot be met: its right-hand side " +
+                                           quoted(entry.number) + " counts as infinite");
         }
         result_.deck.addSide(row.position, value, here_.line);
     }
@@ -142,10 +144,10 @@ void Scan::readRange(const CardEntry& entry) {
     Row& row = findRow(entry.name);
     const double value = parseNumber(entry.number, here_);
     if (row.kind != RowKind::Constraint) {
-        here_.fail("a range for the objective " + quoted(entry.name));
+        here_.failAt(entry.name, "a range for the objective " + quoted(entry.name));
     }
     if (row.rangeLine != 0) {
-        here_.fail("a second range for row " + quoted(entry.name));
+        here_.failAt(entry.name, "a second range for row " + quoted(entry.name));
     }
     row.rangeLine = here_.line;
     result_.deck.addRange(row.position, value, here_.line);
@@ -155,7 +157,8 @@ void Scan::readBound(const Card& card) {
     const CardEntry& entry = card.entries[0];
     const bool numbered = card.type == "LO" || card.type == "UP" || card.type == "FX";
     if (!numbered && !isNumberlessBound(card.type)) {
-        here_.fail("bound type " + quoted(card.type) + " is none of LO, UP, FX, FR, MI, PL and BV");
+        here_.failAt(card.type, "bound type " + quoted(card.type) +
+                                    " is none of LO, UP, FX, FR, MI, PL and BV");
     }
     const std::uint32_t column = findColumn(entry.name);
     double value = 0.0;
@@ -163,8 +166,10 @@ void Scan::readBound(const Card& card) {
         value = parseNumber(entry.number, here_);
     }
     if (numbered && isInfinite(value) && card.type != (value < 0.0 ? "LO" : "UP")) {
-        here_.fail("bound " + std::string(card.type) + " of " + quoted(entry.number) +
-                   " counts as infinite and leaves column " + quoted(entry.name) + " no value");
+        here_.failAt(entry.number, "bound " + std::string(card.type) + " of " +
+                                       quoted(entry.number) +
+                                       " counts as infinite and leaves column " +
+                                       quoted(entry.name) + " no value");
     }
     const bool binary = card.type == "BV";
     if (card.type != "UP" && card.type != "PL") {
@@ -189,9 +194,9 @@ void Scan::readBound(const Card& card) {
 /// Each side of a column may be bounded once; `line` says where it was, 0 if not yet.
 void Scan::claimSide(std::size_t& line, const Card& card) const {
     if (line != 0) {
-        here_.fail("bound " + std::string(card.type) + " for column " +
-                   quoted(card.entries[0].name) + ", which line " + std::to_string(line) +
-                   " has bounded already");
+        here_.failAt(card.entries[0].name, "bound " + std::string(card.type) + " for column " +
+                                               quoted(card.entries[0].name) + ", which line " +
+                                               std::to_string(line) + " has bounded already");
     }
     line = here_.line;
 }
@@ -211,7 +216,7 @@ void Scan::checkVectorName(std::string_view name) {
         return;
     }
     if (!vectorName_.empty() && name != vectorName_) {
-        here_.fail("a second vector " + quoted(name) + " beside " + quoted(vectorName_));
+        here_.failAt(name, "a second vector " + quoted(name) + " beside " + quoted(vectorName_));
     }
     vectorName_ = name;
 }
@@ -219,7 +224,7 @@ void Scan::checkVectorName(std::string_view name) {
 Scan::Row& Scan::findRow(std::string_view name) {
     const auto found = rowTable_.find(name);
     if (found == rowTable_.end()) {
-        here_.fail("unknown row " + quoted(name));
+        here_.failAt(name, "unknown row " + quoted(name));
     }
     return rows_[found->second];
 }
@@ -227,7 +232,7 @@ Scan::Row& Scan::findRow(std::string_view name) {
 std::uint32_t Scan::findColumn(std::string_view name) const {
     const auto found = columnTable_.find(name);
     if (found == columnTable_.end()) {
-        here_.fail("unknown column " + quoted(name));
+        here_.failAt(name, "unknown column " + quoted(name));
     }
     return found->second;
 }
@@ -235,7 +240,7 @@ std::uint32_t Scan::findColumn(std::string_view name) const {
 double Scan::finiteNumber(std::string_view text) const {
     const double value = parseNumber(text, here_);
     if (!std::isfinite(value)) {
-        here_.fail(quoted(text) + " where only a finite number makes sense");
+        here_.failAt(text, quoted(text) + " where only a finite number makes sense");
     }
     return value;
 }
@@ -244,9 +249,10 @@ double Scan::finiteNumber(std::string_view text) const {
 void Scan::checkRanges() const {
     for (const Row& row : rows_) {
         if (row.rangeLine != 0 && row.sideIsInfinite) {
-            Location{here_.file, std::max(row.rangeLine, row.sideLine)}.fail(
-                "a range for row " + quoted(result_.rowNames[row.position]) +
-                ", whose right-hand side counts as infinite");
+            onLine(std::max(row.rangeLine, row.sideLine))
+                .failAt(result_.rowNames[row.position],
+                        "a range for row " + quoted(result_.rowNames[row.position]) +
+                            ", whose right-hand side counts as infinite");
         }
     }
 }
@@ -260,8 +266,9 @@ void Scan::finishBounds() {
                 {bounds.upperLine,
                  "column " + name + ": the negative upper bound removes the lower bound of 0"});
         } else if (bounds.lower > bounds.upper) {
-            Location{here_.file, std::max(bounds.lowerLine, bounds.upperLine)}.fail(
-                "column " + name + " has a lower bound above its upper bound");
+            onLine(std::max(bounds.lowerLine, bounds.upperLine))
+                .failAt(result_.columnNames[column],
+                        "column " + name + " has a lower bound above its upper bound");
         }
     }
 }

@@ -59,9 +59,11 @@ ScannedFile Scan::run() {
     std::string_view rest = text_;
     while (!rest.empty() && section_ != Section::End) {
         ++here_.line;
-        readLine(takeLine(rest));
+        here_.text = takeLine(rest);
+        readLine(here_.text);
     }
     if (section_ != Section::End) {
+        here_.text = {};
         here_.fail(text_.empty() ? "the file is empty" : "the file ends without ENDATA");
     }
     finish();
@@ -73,8 +75,10 @@ void Scan::readLine(std::string_view line) {
         return static_cast<unsigned char>(character) < 0x20 && character != '\t' &&
                character != '\r';
     };
-    if (std::any_of(line.begin(), line.end(), isControl)) {
-        here_.fail("a control character, which does not belong in a text file");
+    const auto* const control = std::find_if(line.begin(), line.end(), isControl);
+    if (control != line.end()) {
+        here_.failAt(line.substr(static_cast<std::size_t>(control - line.begin()), 1),
+                     "a control character, which does not belong in a text file");
     }
     if (trimmed(line).empty() || line.front() == '*') {
         return;
@@ -105,10 +109,10 @@ void Scan::readHeader(std::string_view line) {
         readSense(rest);
     } else if (word == "QSECTION") {
         if (findRow(rest).kind != RowKind::Objective) {
-            here_.fail("row " + quoted(rest) + " is quadratic; only the objective may be");
+            here_.failAt(rest, "row " + quoted(rest) + " is quadratic; only the objective may be");
         }
     } else if (!rest.empty()) {
-        here_.fail("unexpected " + quoted(rest) + " after the section name");
+        here_.failAt(rest, "unexpected " + quoted(rest) + " after the section name");
     }
     hessianIsFull_ = hessianIsFull_ || word == "QMATRIX";
 }
@@ -148,7 +152,7 @@ void Scan::readSense(std::string_view line) {
     const bool maximise = word == "MAX" || word == "MAXIMIZE" || word == "MAXIMISE";
     const bool minimise = word == "MIN" || word == "MINIMIZE" || word == "MINIMISE";
     if (!maximise && !minimise) {
-        here_.fail("objective sense " + quoted(word) + " is neither MAX nor MIN");
+        here_.failAt(word, "objective sense " + quoted(word) + " is neither MAX nor MIN");
     }
     if (senseGiven_) {
         here_.fail("a second objective sense");
@@ -159,15 +163,15 @@ void Scan::readSense(std::string_view line) {
 
 void Scan::finish() {
     if (!objectiveGiven_) {
-        Location{here_.file, lineOf(Section::Rows)}.fail("no objective: ROWS has no N row");
+        onLine(lineOf(Section::Rows)).fail("no objective: ROWS has no N row");
     }
     if (bounds_.empty()) {
-        Location{here_.file, lineOf(Section::Columns)}.fail("COLUMNS is empty");
+        onLine(lineOf(Section::Columns)).fail("COLUMNS is empty");
     }
     checkRanges();
     finishBounds();
-    result_.hessian =
-        completeHessian(std::move(hessian_), hessianIsFull_, result_.columnNames, here_.file);
+    result_.hessian = completeHessian(std::move(hessian_), hessianIsFull_, result_.columnNames,
+                                      [&](std::size_t line) { return onLine(line); });
     std::stable_sort(result_.notes.begin(), result_.notes.end(),
                      [](const Note& a, const Note& b) { return a.line < b.line; });
 }

@@ -95,7 +95,7 @@ TEST_F(UnreadableFiles, AreOneLineEachAndTheOthersAreSolvedWithTheirNotes) {
     const std::string note =
         "good.qps:6: note: column 'x' is binary; it may take every value from 0 to 1 here\n";
     const std::string absent = "absent.qps: cannot be opened: No such file or directory\n";
-    const std::string bad = "bad.qps:5: expected a section from NAME to ENDATA, found 'SOS'\n";
+    const std::string bad = "bad.qps:5:1: expected a section from NAME to ENDATA, found 'SOS'\n";
 
     EXPECT_EQ(run("solve good.qps").status, 0);
     EXPECT_EQ(run("solve good.qps absent.qps").err, note + absent);

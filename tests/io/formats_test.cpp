@@ -50,7 +50,7 @@ TEST(FreeFormat, IsRecognisedWithoutTheMarkWhichRulesOutNamesWithBlanks) {
     // By columns, x 1 would be the name of a variable.
     const std::string body = "ROWS\n N  o\nCOLUMNS\n    x 1       o                  2.0\nENDATA\n";
     EXPECT_EQ(read("NAME          t\n" + body).variableNames[0], "x 1");
-    EXPECT_EQ(errorOf("NAME t FREE\n" + body), "t.qps:5: unknown row '1'");
+    EXPECT_EQ(errorOf("NAME t FREE\n" + body), "t.qps:5:7: unknown row '1'");
     EXPECT_EQ(read(smallFile("")).name, "small");
 }
 
@@ -93,7 +93,7 @@ TEST_F(Files, CompressedAndPlainOnesReadAlike) {
         write(smallFile("RHS\n b r 5\n"), mode);
         EXPECT_EQ(readProblem(path_).b, Numbers{5});
         write(smallFile("RHS\n b q 5\n"), mode);
-        EXPECT_EQ(error(), ":9: unknown row 'q'");
+        EXPECT_EQ(error(), ":9:4: unknown row 'q'");
     }
 }
 
