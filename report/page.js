@@ -76,49 +76,6 @@ function facts(pairs) {
   }
 }
 
-const Width = 420, Height = 190, Left = 56, Bottom = 28, Top = 10;
-function plot(parent, caption) {
-  const figure = make("figure", null, null, parent);
-  make("figcaption", caption, null, figure);
-  const svg = draw(figure, "svg", { viewBox: `0 0 ${Width} ${Height}`, role: "img", "aria-label": caption });
-  draw(svg, "line", { class: "axis", x1: Left, y1: Height - Bottom, x2: Width, y2: Height - Bottom });
-  draw(svg, "line", { class: "axis", x1: Left, y1: Top, x2: Left, y2: Height - Bottom });
-  return svg;
-}
-// Math.min and Math.max take no more arguments than the stack holds.
-const least = (values) => values.reduce((a, b) => Math.min(a, b), Infinity);
-const largest = (values) => values.reduce((a, b) => Math.max(a, b), -Infinity);
-function lines(parent, caption, values, isLog) {
-  const svg = plot(parent, caption);
-  const of = (v) => (isLog ? Math.log10(Math.max(v, 1e-16)) : v);
-  const scaled = values.map(of);
-  const low = least(scaled), high = largest(scaled), span = high - low || 1;
-  const x = (k) => Left + (k + 0.5) * (Width - Left) / values.length;
-  const y = (v) => Height - Bottom - (v - low) / span * (Height - Bottom - Top);
-  draw(svg, "path", { class: "line", d: scaled.map((v, k) => `${k ? "L" : "M"}${x(k).toFixed(1)} ${y(v).toFixed(1)}`).join("") });
-  if (values.length < 60) scaled.forEach((v, k) => draw(svg, "circle", { class: "bar", cx: x(k), cy: y(v), r: 2.2 }));
-  for (const v of [low, high]) {
-    draw(svg, "text", { x: Left - 5, y: y(v) + 4, "text-anchor": "end" }, isLog ? `1e${Math.round(v)}` : shown(v));
-  }
-  draw(svg, "text", { x: x(0), y: Height - 8, "text-anchor": "middle" }, "1");
-  draw(svg, "text", { x: x(values.length - 1), y: Height - 8, "text-anchor": "end" }, `pass ${values.length}`);
-}
-function histogram(parent, caption, values, unit) {
-  const svg = plot(parent, caption);
-  const logs = values.map((v) => Math.log10(Math.max(v, 1e-6)));
-  const low = least(logs), span = largest(logs) - low || 1, Bins = 12;
-  const counts = new Array(Bins).fill(0);
-  for (const v of logs) counts[Math.min(Bins - 1, Math.floor((v - low) / span * Bins))] += 1;
-  const most = largest(counts), step = (Width - Left) / Bins;
-  counts.forEach((count, k) => {
-    const height = count / most * (Height - Bottom - Top);
-    const bar = draw(svg, "rect", { class: "bar", x: Left + k * step + 1, width: step - 2, y: Height - Bottom - height, height });
-    draw(bar, "title", {}, String(count));
-  });
-  draw(svg, "text", { x: Left - 5, y: Top + 8, "text-anchor": "end" }, String(most));
-  draw(svg, "text", { x: Left, y: Height - 8 }, shown(least(values)));
-  draw(svg, "text", { x: Width - 2, y: Height - 8, "text-anchor": "end" }, `${shown(largest(values))} ${unit}`);
-}
 function bars(entries, label) { // [name, size, text, at a lower side]
   const body = make("tbody", null, null, make("table", null, "bars", make("div", null, "scroll")));
   body.parentNode.setAttribute("aria-label", label);
@@ -159,9 +116,9 @@ function passes(r) {
   if (!r.passes || !r.passes.length) return;
   make("h2", "Pass by pass");
   const box = make("div", null, "plots");
-  lines(box, "Objective", r.passes.map((pass) => pass.objective), false);
-  lines(box, "Violation (logarithmic)", r.passes.map((pass) => pass.violation), true);
-  lines(box, "Constraints in the working set", r.passes.map((pass) => pass.active), false);
+  lines(box, "Objective", r.passes.map((pass) => pass.objective), "plain");
+  lines(box, "Violation (logarithmic)", r.passes.map((pass) => pass.violation), "log");
+  lines(box, "Constraints in the working set", r.passes.map((pass) => pass.active), "count");
   if (r.passes[0].entering) pictureOf(r);
 }
 function bounds(r) {
@@ -171,6 +128,21 @@ function bounds(r) {
   if (!rows.length) return;
   make("h2", "Variables at bounds");
   table([["variable", false], ["bound", false], ["value", true], ["multiplier", true]], rows, "bounds");
+}
+function violated(r) {
+  const sides = r.soft_violated;
+  if (!sides) return;
+  const kinds = [["rows_at_lower", "row_names", "≥", "y"], ["rows_at_upper", "row_names", "≤", "y"],
+    ["at_lower", "names", "≥", "z"], ["at_upper", "names", "≤", "z"]];
+  const rows = kinds.flatMap(([key, names, sign, multipliers]) =>
+    (sides[key] || []).map((k) => [`${r[names][k]} ${sign}`, null, null, r[multipliers][k]]));
+  rows.forEach((row, k) => {
+    if (sides.words) [row[0], row[1], row[2]] = [sides.words[k], sides.violation[k], sides.cost[k]];
+  });
+  make("h2", "Soft sides that give way");
+  const columns = [["side", false], ["by", true], ["costs", true], ["multiplier", true]];
+  const isTold = (column) => column === 0 || rows.some((row) => row[column] !== null);
+  table(columns.filter((_, k) => isTold(k)), rows.map((row) => row.filter((_, k) => isTold(k))), "violated");
 }
 function single(r) {
   document.title = `${r.file}: ${outcomeOf(r)}`;
@@ -194,6 +166,7 @@ function single(r) {
   }
   passes(r);
   if (!r.x) return;
+  violated(r);
   multipliers(r);
   bounds(r);
   make("h2", "Solution");

@@ -1,4 +1,3 @@
-"use strict";
 // The working set over the passes of a solve, as bars: a line for each constraint.
 
 // Label and side of each kind of member.
