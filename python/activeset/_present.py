@@ -47,6 +47,8 @@ def _point(result: Result) -> list[tuple[str, str]]:
         ("x", _vector(result.x, result.names)),
         *((name, _vector(values, own)) for name, values, own in multipliers if values.size),
         ("active", f"{_count(rows, 'row')}, {_count(bounds, 'bound')}"),
+        *([] if working.soft_violated is None else
+          [("violated", _count(sum(map(len, working.soft_violated)), "soft side"))]),
         ("relative residuals", residuals),
     ]
 

@@ -110,6 +110,12 @@ class WorkingSet(Record, fields="equalities rows_at_lower rows_at_upper at_lower
 
     __slots__ = ()
 
+    @classmethod
+    def of(cls, parts):
+        """From the arrays in the order of the fields, as the solver hands them on."""
+        *arrays, violated = parts
+        return cls(*arrays, None if violated is None else ViolatedSides(*violated))
+
     def mask(self, n):
         """Per variable of n: -1 at the lower bound, 1 at the upper one or fixed, 0 otherwise."""
         mask = np.zeros(n, dtype=np.int64)
@@ -170,9 +176,11 @@ class Fault(Record, fields="name index value text count", defaults=(1,)):
         return self.text
 
 
-class Progress(Record, fields="iteration phase_one objective violation active step"):
+class Progress(Record, fields="iteration phase_one objective violation active step working_set",
+               defaults=(None,)):
     """What a callback is told after every pass: passes so far, whether it looks for a feasible
-    point, objective and largest violation there, size of the working set, norm of the step."""
+    point, objective and largest violation there, size of the working set, norm of the step, and
+    the working set itself, a WorkingSet."""
 
     __slots__ = ()
 

@@ -1,4 +1,4 @@
-from typing import NamedTuple
+from typing import Any, NamedTuple
 
 import numpy as np
 from numpy.typing import NDArray
@@ -30,6 +30,8 @@ class WorkingSet(NamedTuple):
     at_upper: _Indices
     fixed: _Indices
     soft_violated: ViolatedSides | None = ...
+    @classmethod
+    def of(cls, parts: tuple[Any, ...]) -> WorkingSet: ...
     def mask(self, n: int) -> _Indices: ...
 
 class WarmStart(NamedTuple):
@@ -80,6 +82,7 @@ class Progress(NamedTuple):
     violation: float
     active: int
     step: float
+    working_set: WorkingSet | None = ...
 
 class Settings(NamedTuple):
     tolerance: float = ...

@@ -11,12 +11,13 @@ from . import _reader
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from collections.abc import Sequence
+    from collections.abc import Iterable, Sequence
     from typing import Any
 
-    from ._records import Progress
+    from ._records import Progress, WorkingSet
     from ._result import Result
 
+_KINDS = ("equalities", "rows_at_lower", "rows_at_upper", "at_lower", "at_upper", "fixed")
 _WITH_POINT = ("optimal", "iteration limit", "time limit", "interrupted", "inaccurate")
 
 
@@ -67,9 +68,35 @@ def _point(result: Result) -> dict[str, Any]:
         point["relative_" + theirs] = _finite(residuals[ours].relative)
     return {**point, "x": _numbers(result.x),
             "y": _numbers(np.concatenate((result.z, result.y))), "z": _numbers(result.z_box),
-            "working_set": {name: members.tolist()
-                            for name, members in result.working_set._asdict().items()
-                            if name != "soft_violated"}}
+            "working_set": _lists(result.working_set, _KINDS), **_violated(result.working_set)}
+
+
+def _lists(record: Any, names: Iterable[str]) -> dict[str, list[int]]:
+    return {name: getattr(record, name).tolist() for name in names}
+
+
+def _violated(working_set: WorkingSet) -> dict[str, Any]:
+    soft = working_set.soft_violated
+    return {} if soft is None else {"soft_violated": _lists(soft, soft._fields)}
+
+
+def _passes(passes: Sequence[Progress]) -> list[dict[str, Any]]:
+    """Each with what has come and gone since the one before, where all of them tell."""
+    before: dict[str, list[int]] = {name: [] for name in _KINDS}
+    tells = all(p.working_set is not None for p in passes)
+    told = []
+    for p in passes:
+        one: dict[str, Any] = {
+            "pass": p.iteration, "phase_one": p.phase_one, "objective": _finite(p.objective),
+            "violation": _finite(p.violation), "active": p.active}
+        if tells:
+            now = _lists(p.working_set, _KINDS)
+            for key, these, others in (("entering", now, before), ("leaving", before, now)):
+                one[key] = {name: left for name in _KINDS
+                            if (left := sorted(set(these[name]) - set(others[name])))}
+            before = now
+        told.append(one)
+    return told
 
 
 def fields(result: Result, title: str, passes: Sequence[Progress]) -> dict[str, Any]:
@@ -87,6 +114,4 @@ def fields(result: Result, title: str, passes: Sequence[Progress]) -> dict[str, 
         "seconds": result.times.total, "names": _names(result.names, n, "x"),
         "row_names": _names(result.row_names, rows, "r"),
         **(_point(result) if has_point else {}),
-        "passes": [{"pass": p.iteration, "phase_one": p.phase_one,
-                    "objective": _finite(p.objective), "violation": _finite(p.violation),
-                    "active": p.active} for p in passes]}
+        "passes": _passes(passes)}

@@ -16,7 +16,6 @@ from ._records import (
     Marginals,
     Residual,
     Times,
-    ViolatedSides,
     WarmStart,
     WorkingSet,
 )
@@ -115,9 +114,7 @@ class Result(_core.ResultBase):
     @property
     def working_set(self) -> WorkingSet:
         """Constraints that hold with equality."""
-        equal, lower, upper, at_lower, at_upper, fixed, violated = self._working_set
-        return WorkingSet(equal, lower, upper, at_lower, at_upper, fixed,
-                          None if violated is None else ViolatedSides(*violated))
+        return WorkingSet.of(self._working_set)
 
     @property
     def active_mask(self) -> NDArray[np.int64]:

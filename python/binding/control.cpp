@@ -8,6 +8,8 @@
 #include <string_view>
 #include <type_traits>
 
+#include "result.hpp"
+
 namespace activeset::python {
 
 namespace {
@@ -137,7 +139,8 @@ bool tell(const py::object& callback, const Progress& progress) {
     try {
         const py::object record = packaged("activeset._records", "Progress")(
             progress.iteration, progress.phaseOne, progress.objective, progress.violation,
-            progress.active, progress.step);
+            progress.active, progress.step,
+            packaged("activeset._records", "WorkingSet").attr("of")(tupleOf(progress.workingSet)));
         return !callback(record).is(py::bool_(false));
     } catch (...) {
         setPythonError();

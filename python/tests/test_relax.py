@@ -67,6 +67,13 @@ def test_a_report_has_the_numbers_of_the_result(tmp_path):
     assert shown["y"] == [*r.z.tolist(), *r.y.tolist()] and shown["proved"]
     assert shown["names"][0] == "</script>" and shown["row_names"] == list(PLAN.row_names)
     assert [p["objective"] for p in shown["passes"]] == [p.objective for p in told] != []
+    members = set()
+    for p in shown["passes"]:
+        leaving, entering = ({(kind, k) for kind, ks in p[key].items() for k in ks}
+                             for key in ("leaving", "entering"))
+        assert leaving <= members and not entering & members
+        members = (members - leaving) | entering
+    assert members == {(kind, k) for kind, ks in shown["working_set"].items() for k in ks} != set()
     bare = activeset.solve_qp(None, [1.0], [1.0], [1.0], lb=[2.0])
     bare.report(tmp_path / "page.html")
     assert '"objective"' not in re.search(

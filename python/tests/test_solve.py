@@ -162,3 +162,6 @@ def test_verbose_prints_to_the_present_stdout_and_changes_nothing(parts, capsys)
     np.testing.assert_array_equal(r.x, activeset.solve_qp(**parts).x)
     activeset.solve_qp(**parts, verbose=True, settings=activeset.Settings(start="cold"))
     assert "violation" in capsys.readouterr().out
+    activeset.solve_qp(np.eye(1), [-3.0], ub=[2.0], verbose=True,
+                       settings=activeset.Settings(start="cold"))
+    assert "  +x 0 <=\n" in capsys.readouterr().out

@@ -121,8 +121,12 @@ Result solveSoft(const Problem& problem,
     const Penalties penalties(problem, *data);
     SoftWalk walk(*data, penalties, pieces, settings, control);
     std::optional<Result> result = walk.solve(start, first);
-    return result ? std::move(*result)
-                  : SlackSolve(*data, penalties).solve(walk.point(), settings, control);
+    if (!result) {
+        const double walked = control.seconds();
+        result = SlackSolve(*data, penalties).solve(walk.point(), settings, control);
+        walk.addWorkTo(*result, walked);
+    }
+    return std::move(*result);
 }
 
 }  // namespace activeset::frontend

@@ -62,6 +62,18 @@ std::optional<Result> SoftWalk::solve(const WarmStart& start, const Result* firs
     return std::nullopt;
 }
 
+// Passes of the core are those of the whole call. The other result took the walk for its setup.
+void SoftWalk::addWorkTo(Result& result, double seconds) const {
+    result.iterations.prediction += iterations_.prediction;
+    result.iterations.dual += iterations_.dual;
+    result.iterations.proximal += iterations_.proximal;
+    result.iterations.refinement += iterations_.refinement;
+    Times& times = result.times;
+    times.setup = std::max(0.0, times.setup - seconds) + std::max(0.0, setup_);
+    times.polish += polish_;
+    times.solve = std::max(0.0, times.total - times.setup - times.polish);
+}
+
 // Whether all is said but for the judgement: there is no feasible point, or no time.
 bool SoftWalk::hasEnded() const {
     const Status status = result_.status;

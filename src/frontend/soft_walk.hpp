@@ -30,6 +30,9 @@ public:
     /// @param first  the result with hard sides, which goes before the start; or null
     [[nodiscard]] std::optional<Result> solve(const WarmStart& start, const Result* first);
     [[nodiscard]] const Vector& point() const { return result_.x; }
+    /// After a walk without a proof: adds its work and time to a result found in another way.
+    /// @param seconds  how long it took, since when that result was looked for
+    void addWorkTo(Result& result, double seconds) const;
 
 private:
     struct Move {

@@ -373,6 +373,15 @@ TEST(SoftSides, EndWhatWouldBeUnbounded) {
     EXPECT_EQ(result.status, Status::Unbounded);
     ASSERT_EQ(result.direction.size(), 1U);
     EXPECT_GT(result.direction[0], 0.0);
+
+    // The work of the pieces, which had no proof, is counted with that of the slack variables.
+    const Numbers costs{-1, 0.5};
+    const Numbers row{1, -1};
+    const Numbers lower{-Infinity, 0};
+    const Result slacks = solve({.c = costs, .A = {row, 1, 2}, .rowUpper = side, .lower = lower});
+    EXPECT_GT(result.iterations.dual, slacks.iterations.dual);
+    EXPECT_GE(result.times.solve, 0.0);
+    EXPECT_GE(result.times.setup, 0.0);
 }
 
 TEST(SoftSides, StayInASequence) {
