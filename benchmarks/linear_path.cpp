@@ -19,27 +19,6 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-ProblemData dataOf(const activeset::io::Problem& file) {
-    ProblemData data;
-    data.n = file.n;
-    data.m = file.mEq + file.mIneq;
-    data.A.resize(data.n * data.m);
-    data.rowLower.assign(data.m, -activeset::Infinity);
-    data.rowUpper.assign(data.m, activeset::Infinity);
-    data.c = file.c;
-    data.constant = file.constant;
-    data.lower = file.lb;
-    data.upper = file.ub;
-    double* next = data.A.data();
-    for (std::size_t j = 0; j < file.n; ++j) {
-        next = std::copy_n(file.Aeq.data() + j * file.mEq, file.mEq, next);
-        next = std::copy_n(file.A.data() + j * file.mIneq, file.mIneq, next);
-    }
-    std::ranges::copy(file.beq, data.rowLower.begin());
-    std::ranges::copy(file.b, std::ranges::copy(file.beq, data.rowUpper.begin()).out);
-    return data;
-}
-
 const char* outcomeOf(const Run& run) {
     switch (run.end) {
         case RunEnd::Optimal:
@@ -56,7 +35,8 @@ const char* outcomeOf(const Run& run) {
 }
 
 Json solve(const std::string& name, double seconds) {
-    const ProblemData data = dataOf(activeset::io::readProblem(name));
+    const activeset::io::Model file = activeset::io::readModel(name);
+    const ProblemData data = copyOf(activeset::io::viewsOf(file));
     const activeset::Settings settings{.timeLimit = std::chrono::duration<double>(seconds)};
     Control control(settings, std::numeric_limits<std::size_t>::max());
     ProblemCache problem(data);

@@ -3,17 +3,29 @@
 #include <algorithm>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
+#include "activeset/one_sided.hpp"
 #include "io/reader.hpp"
 
 namespace activeset::bench {
 
 Problem problemIn(const std::string& path) {
-    activeset::io::Problem file = activeset::io::readProblem(path);
-    Problem problem{file.n, file.mIneq, file.mEq, file.H,  file.c, file.A,
-                    file.b, file.Aeq,   file.beq, file.lb, file.ub};
-    for (std::size_t j = 0; j < file.n; ++j) {
-        problem.x0.push_back(std::min(std::max(0.0, file.lb[j]), file.ub[j]));
+    activeset::io::Model file = activeset::io::readModel(path);
+    OneSidedRows rows = oneSidedRows(activeset::io::viewsOf(file));
+    Problem problem{.n = file.n(),
+                    .mIneq = rows.b.size(),
+                    .mEq = rows.beq.size(),
+                    .H = std::move(file.H),
+                    .c = std::move(file.c),
+                    .A = std::move(rows.A),
+                    .b = std::move(rows.b),
+                    .Aeq = std::move(rows.Aeq),
+                    .beq = std::move(rows.beq),
+                    .lb = std::move(file.lower),
+                    .ub = std::move(file.upper)};
+    for (std::size_t j = 0; j < problem.n; ++j) {
+        problem.x0.push_back(std::min(std::max(0.0, problem.lb[j]), problem.ub[j]));
     }
     return problem;
 }

@@ -41,12 +41,17 @@ Program programOf(const Problem& problem) {
 }
 
 Program programOfFile(const std::string& path) {
-    activeset::io::Problem file = activeset::io::readProblem(path);
-    Problem problem{file.n, file.mIneq,          file.mEq, std::move(file.H), file.c, file.A,
-                    file.b, std::move(file.Aeq), file.beq, file.lb,           file.ub};
-    Program program = programOf(problem);
-    program.constant = file.constant;
-    return program;
+    activeset::io::Model file = activeset::io::readModel(path);
+    return {.n = file.n(),
+            .m = file.m(),
+            .H = std::move(file.H),
+            .c = std::move(file.c),
+            .A = std::move(file.A),
+            .rowLower = std::move(file.rowLower),
+            .rowUpper = std::move(file.rowUpper),
+            .lower = std::move(file.lower),
+            .upper = std::move(file.upper),
+            .constant = file.constant};
 }
 
 }  // namespace activeset::bench

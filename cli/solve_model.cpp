@@ -6,15 +6,6 @@
 
 namespace activeset::cli {
 
-namespace {
-
-Penalty viewOf(const io::Penalties& penalty) {
-    return {penalty.lowerLinear, penalty.upperLinear, penalty.lowerQuadratic,
-            penalty.upperQuadratic};
-}
-
-}  // namespace
-
 bool Solution::hasPoint() const {
     switch (result.status) {
         case Status::Optimal:
@@ -42,25 +33,8 @@ bool Solution::isProved() const {
     }
 }
 
-Problem viewsOf(const io::Model& model) {
-    const std::size_t n = model.n();
-    const std::size_t m = model.m();
-    Problem views;
-    views.H = {model.H, n, n};
-    views.c = model.c;
-    views.A = {model.A, m, m == 0 ? 0 : n};
-    views.rowLower = model.rowLower;
-    views.rowUpper = model.rowUpper;
-    views.lower = model.lower;
-    views.upper = model.upper;
-    views.constant = model.constant;
-    views.rowPenalty = viewOf(model.rowPenalty);
-    views.boundPenalty = viewOf(model.boundPenalty);
-    return views;
-}
-
 Solution solveModel(const io::Model& model, const Settings& settings, const WarmStart* warm) {
-    Problem views = viewsOf(model);
+    Problem views = io::viewsOf(model);
     views.warmStart = warm;
     Solution solution;
     solution.result = solve(views, settings);
@@ -74,7 +48,7 @@ void findConflict(const io::Model& model, Settings settings, Solution& solution)
     settings.timeLimit = std::min(settings.timeLimit, std::chrono::duration<double>(Longest));
     settings.onPass = nullptr;
     settings.maxIterations = 0;
-    solution.conflict = explainInfeasibility(viewsOf(model), settings);
+    solution.conflict = explainInfeasibility(io::viewsOf(model), settings);
 }
 
 }  // namespace activeset::cli

@@ -22,9 +22,6 @@ struct Solution {
     [[nodiscard]] bool isProved() const;
 };
 
-/// The model as the front end takes it; valid while the model lives.
-[[nodiscard]] Problem viewsOf(const io::Model& model);
-
 /// @param warm  may be null
 /// @raises HostError
 [[nodiscard]] Solution solveModel(const io::Model& model,

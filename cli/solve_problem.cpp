@@ -22,20 +22,24 @@ std::vector<double> copyOf(const vxArray* array) {
     return {values, values + vxGetNumberOfElements(array)};
 }
 
-int defaultMaxIter(const io::Problem& problem) {
+int defaultMaxIter(const StrictProblem& problem) {
     constexpr std::size_t AtLeast = 200;
-    const std::size_t limit = std::max(AtLeast, 10 * (problem.n + problem.mIneq + problem.mEq));
+    const std::size_t limit =
+        std::max(AtLeast, 10 * (problem.n() + problem.mIneq() + problem.mEq()));
     return static_cast<int>(
         std::min(limit, static_cast<std::size_t>(std::numeric_limits<int>::max())));
 }
 
 }  // namespace
 
-SolveResult solveProblem(io::Problem& problem, const SolverSettings& settings) {
+SolveResult solveProblem(StrictProblem& problem, const SolverSettings& settings) {
     const CallScope scope;
     SolveResult result;
     result.maxIter = settings.maxIter.value_or(defaultMaxIter(problem));
-    const std::size_t n = problem.n;
+    auto& [model, rows] = problem;
+    const std::size_t n = problem.n();
+    const std::size_t mIneq = problem.mIneq();
+    const std::size_t mEq = problem.mEq();
     vxArray* x = nullptr;
     vxArray* objective = nullptr;
     vxArray* lambda = nullptr;
@@ -44,15 +48,14 @@ SolveResult solveProblem(io::Problem& problem, const SolverSettings& settings) {
     vxArray* lower = nullptr;
     vxArray* upper = nullptr;
     vxArray* code = nullptr;
-    NullSpaceASdriver(wrapped(problem.H, n, n), wrapped(problem.c, n, 1),
-                      wrapped(problem.A, problem.mIneq, n), wrapped(problem.b, problem.mIneq, 1),
-                      wrapped(problem.Aeq, problem.mEq, n), wrapped(problem.beq, problem.mEq, 1),
-                      wrapped(problem.lb, n, 1), wrapped(problem.ub, n, 1),
-                      vxCreateDoubleMatrix(n, 1, vxComplexity::Real), nullptr, nullptr, nullptr,
-                      vxCreateDoubleScalar(result.maxIter), vxCreateDoubleScalar(settings.tolCon),
-                      vxCreateDoubleScalar(settings.tolFun), vxCreateDoubleScalar(settings.tolX),
-                      vxCreateCharArray(settings.display), &x, &objective, &lambda, &equalities,
-                      &inequalities, &lower, &upper, &code);
+    NullSpaceASdriver(wrapped(model.H, n, n), wrapped(model.c, n, 1), wrapped(rows.A, mIneq, n),
+                      wrapped(rows.b, mIneq, 1), wrapped(rows.Aeq, mEq, n),
+                      wrapped(rows.beq, mEq, 1), wrapped(model.lower, n, 1),
+                      wrapped(model.upper, n, 1), vxCreateDoubleMatrix(n, 1, vxComplexity::Real),
+                      nullptr, nullptr, nullptr, vxCreateDoubleScalar(result.maxIter),
+                      vxCreateDoubleScalar(settings.tolCon), vxCreateDoubleScalar(settings.tolFun),
+                      vxCreateDoubleScalar(settings.tolX), vxCreateCharArray(settings.display), &x,
+                      &objective, &lambda, &equalities, &inequalities, &lower, &upper, &code);
     result.interrupted = InterruptHandler::isPending();
     result.code = static_cast<int>(vxGetElement(code, 0, 0));
     result.x = copyOf(x);

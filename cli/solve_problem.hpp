@@ -1,15 +1,30 @@
-// One call of the entry function, with vectors instead of host arrays.
+// One call of the entry function for a model, with vectors instead of host arrays.
 #ifndef ACTIVESET_CLI_SOLVE_PROBLEM_HPP
 #define ACTIVESET_CLI_SOLVE_PROBLEM_HPP
 
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "io/problem.hpp"
+#include "activeset/one_sided.hpp"
+#include "io/model.hpp"
 
 namespace activeset::cli {
+
+/// A model with its rows as the entry function takes them.
+struct StrictProblem {
+    explicit StrictProblem(io::Model content)
+        : model(std::move(content)), rows(oneSidedRows(io::viewsOf(model))) {}
+
+    io::Model model;
+    OneSidedRows rows;
+
+    [[nodiscard]] std::size_t n() const noexcept { return model.n(); }
+    [[nodiscard]] std::size_t mIneq() const noexcept { return rows.b.size(); }
+    [[nodiscard]] std::size_t mEq() const noexcept { return rows.beq.size(); }
+};
 
 struct SolverSettings {
     std::optional<int> maxIter;  ///< else 10·(variables + rows), at least 200
@@ -43,7 +58,7 @@ struct SolveResult {
 ///
 /// @param problem  not changed; it is not const because it is lent to host arrays
 /// @raises HostError
-[[nodiscard]] SolveResult solveProblem(io::Problem& problem, const SolverSettings& settings);
+[[nodiscard]] SolveResult solveProblem(StrictProblem& problem, const SolverSettings& settings);
 
 }  // namespace activeset::cli
 

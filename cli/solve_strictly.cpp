@@ -1,9 +1,10 @@
-// The dense form of a model, solved once, judged by its residuals.
+// A model solved once by the bare entry function, and judged by its residuals.
 #include "cli/solve_strictly.hpp"
 
 #include <fmt/format.h>
 
 #include <iostream>
+#include <utility>
 
 #include "cli/console.hpp"
 #include "cli/exit_status.hpp"
@@ -11,7 +12,6 @@
 #include "cli/strict_report.hpp"
 #include "cli/verdict.hpp"
 #include "cli/visible.hpp"
-#include "io/dense_form.hpp"
 
 namespace activeset::cli {
 
@@ -32,17 +32,22 @@ int strictStatus(const SolveResult& result, const Verdict& verdict) {
 
 }  // namespace
 
-void solveStrictly(const io::Model& model,
+void solveStrictly(io::Model content,
                    const std::string& file,
                    const SolveOptions& options,
                    FileOutcome& outcome) {
-    io::Problem problem = io::denseForm(model, file);
+    const std::string soft = io::softMember(content);
+    if (!soft.empty()) {
+        throw io::ReadError(file, 0, soft + " is soft, and the entry function has no penalties");
+    }
+    StrictProblem problem(std::move(content));
+    const io::Model& model = problem.model;
     if (!options.json) {
         std::cout << visible(fmt::format("{}: {}{}{}, {}, {}\n", shownFile(file), model.name,
                                          model.name.empty() ? "" : ", ",
-                                         counted(problem.n, "variable", "variables"),
-                                         counted(problem.mIneq, "inequality", "inequalities"),
-                                         counted(problem.mEq, "equality", "equalities")));
+                                         counted(problem.n(), "variable", "variables"),
+                                         counted(problem.mIneq(), "inequality", "inequalities"),
+                                         counted(problem.mEq(), "equality", "equalities")));
     }
     const SolveResult result = solveProblem(problem, options.strictSettings);
     const Verdict verdict = judge(problem, result, options.strictSettings);

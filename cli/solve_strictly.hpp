@@ -12,7 +12,7 @@ namespace activeset::cli {
 
 /// Prints the heading and the table on standard output, leaves the rest in `outcome`.
 /// @raises HostError
-void solveStrictly(const io::Model& model,
+void solveStrictly(io::Model content,
                    const std::string& file,
                    const SolveOptions& options,
                    FileOutcome& outcome);

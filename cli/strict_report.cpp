@@ -45,23 +45,24 @@ void addActive(std::string& text, const SolveResult& result) {
                    counted(result.activeUpper, "upper bound", "upper bounds"));
 }
 
-std::string pointText(const io::Problem& problem, const std::vector<double>& x) {
+std::string pointText(const StrictProblem& problem, const std::vector<double>& x) {
     std::string text = "x\n";
     for (std::size_t j = 0; j < x.size(); ++j) {
-        fmt::format_to(std::back_inserter(text), "  {}  {:.17g}\n", problem.variableNames[j], x[j]);
+        fmt::format_to(std::back_inserter(text), "  {}  {:.17g}\n", problem.model.variables[j],
+                       x[j]);
     }
     return text;
 }
 
 void addByVariable(JsonWriter& json,
                    const char* key,
-                   const io::Problem& problem,
+                   const StrictProblem& problem,
                    const std::vector<double>& values) {
     json.key(key);
     json.open('[');
     for (std::size_t j = 0; j < values.size(); ++j) {
         json.open('{');
-        json.member("variable", problem.variableNames[j]);
+        json.member("variable", problem.model.variables[j]);
         json.member("value", values[j]);
         json.close('}');
     }
@@ -69,7 +70,7 @@ void addByVariable(JsonWriter& json,
 }
 
 void addBySide(JsonWriter& json,
-               const io::Problem& problem,
+               const StrictProblem& problem,
                const std::vector<double>& multipliers) {
     json.key("multipliers");
     json.open('[');
@@ -84,7 +85,7 @@ void addBySide(JsonWriter& json,
     json.close(']');
 }
 
-void addSolution(JsonWriter& json, const io::Problem& problem, const SolveResult& result) {
+void addSolution(JsonWriter& json, const StrictProblem& problem, const SolveResult& result) {
     addByVariable(json, "x", problem, result.x);
     addBySide(json, problem, result.lambda);
 }
@@ -99,15 +100,15 @@ void addActive(JsonWriter& json, const SolveResult& result) {
     json.close('}');
 }
 
-void addHeading(JsonWriter& json, const io::Problem& problem, const std::string& file) {
+void addHeading(JsonWriter& json, const StrictProblem& problem, const std::string& file) {
     json.open('{');
     json.member("schema", StrictSchema);
     json.member("file", file);
-    json.member("name", problem.name);
-    json.member("variables", problem.n);
-    json.member("inequalities", problem.mIneq);
-    json.member("equalities", problem.mEq);
-    json.member("sense", problem.maximise ? "max" : "min");
+    json.member("name", problem.model.name);
+    json.member("variables", problem.n());
+    json.member("inequalities", problem.mIneq());
+    json.member("equalities", problem.mEq());
+    json.member("sense", problem.model.maximise ? "max" : "min");
 }
 
 }  // namespace
@@ -125,7 +126,7 @@ std::string outcomeText(const SolveResult& result) {
     return wordsFor(result.code);
 }
 
-std::string strictSummaryText(const io::Problem& problem,
+std::string strictSummaryText(const StrictProblem& problem,
                               const SolveResult& result,
                               const Verdict& verdict) {
     std::string text;
@@ -134,7 +135,7 @@ std::string strictSummaryText(const io::Problem& problem,
     const bool isFeasible = result.code != -2 && result.code != -3;
     if (isFeasible) {
         fmt::format_to(out, "objective        {:.10g}{}{}\n", verdict.objective.value,
-                       problem.maximise ? ", a maximum" : "", mark(verdict.objective));
+                       problem.model.maximise ? ", a maximum" : "", mark(verdict.objective));
     }
     fmt::format_to(out, "iterations       {}", result.iterations);
     if (result.phaseOneRan) {
@@ -151,7 +152,7 @@ std::string strictSummaryText(const io::Problem& problem,
     return text;
 }
 
-std::string strictSolutionText(const io::Problem& problem, const SolveResult& result) {
+std::string strictSolutionText(const StrictProblem& problem, const SolveResult& result) {
     std::string text = pointText(problem, result.x) + "multipliers other than 0\n";
     visitMultipliers(problem, result.lambda,
                      [&](const char* kind, const std::string& name, double multiplier) {
@@ -163,7 +164,7 @@ std::string strictSolutionText(const io::Problem& problem, const SolveResult& re
     return text + "\n";
 }
 
-std::string strictJsonText(const io::Problem& problem,
+std::string strictJsonText(const StrictProblem& problem,
                            const std::string& file,
                            const SolveResult& result,
                            const Verdict& verdict) {

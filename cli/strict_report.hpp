@@ -6,26 +6,27 @@
 
 #include "cli/solve_problem.hpp"
 #include "cli/verdict.hpp"
-#include "io/problem.hpp"
 
 namespace activeset::cli {
 
-/// As ResultSchema. Multipliers are those of the dense form; only equalities have negative ones.
+/// As ResultSchema. Multipliers are those of rows with one side and of bounds; only equalities have
+/// negative ones.
 inline constexpr const char* StrictSchema = "activeset-strict-result/1";
 
 /// The outcome in words, without its code.
 [[nodiscard]] std::string outcomeText(const SolveResult& result);
 
 /// The lines below the table, a blank line at the end.
-[[nodiscard]] std::string strictSummaryText(const io::Problem& problem,
+[[nodiscard]] std::string strictSummaryText(const StrictProblem& problem,
                                             const SolveResult& result,
                                             const Verdict& verdict);
 
 /// Point and multipliers by name, one a line, a blank line at the end.
-[[nodiscard]] std::string strictSolutionText(const io::Problem& problem, const SolveResult& result);
+[[nodiscard]] std::string strictSolutionText(const StrictProblem& problem,
+                                             const SolveResult& result);
 
 /// One JSON object in one line, without line end.
-[[nodiscard]] std::string strictJsonText(const io::Problem& problem,
+[[nodiscard]] std::string strictJsonText(const StrictProblem& problem,
                                          const std::string& file,
                                          const SolveResult& result,
                                          const Verdict& verdict);

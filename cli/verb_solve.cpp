@@ -92,10 +92,10 @@ private:
         FileOutcome outcome;
         outcome.row.file = file;
         const FileError error = attempt(file, [&] {
-            const io::Model model = readFile(file, options_.fileFormat());
+            io::Model model = readFile(file, options_.fileFormat());
             outcome.errors = notesOf(model, file);
             if (options_.strict) {
-                solveStrictly(model, file, options_, outcome);
+                solveStrictly(std::move(model), file, options_, outcome);
             } else {
                 solveWhole(model, file, outcome);
             }

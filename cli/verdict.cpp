@@ -58,17 +58,19 @@ std::vector<ScaledSum> rowResiduals(const std::vector<double>& matrix,
 /// Everything that the outcome is judged by, one pass over the data for each kind of residual.
 class Judge {
 public:
-    Judge(const io::Problem& problem, const SolveResult& result, const SolverSettings& settings)
-        : problem_(problem),
+    Judge(const StrictProblem& problem, const SolveResult& result, const SolverSettings& settings)
+        : model_(problem.model),
+          rows_(problem.rows),
           result_(result),
           primal_(settings.tolCon),
           dual_(std::max(settings.tolX, Accuracy)),
           complementarity_(std::max(settings.tolCon, Accuracy)) {
         const std::span<const double> lambda(result.lambda);
-        equalities_ = lambda.subspan(0, problem.mEq);
-        inequalities_ = lambda.subspan(problem.mEq, problem.mIneq);
-        lower_ = lambda.subspan(problem.mEq + problem.mIneq, problem.n);
-        upper_ = lambda.subspan(problem.mEq + problem.mIneq + problem.n, problem.n);
+        const std::size_t rows = problem.mEq() + problem.mIneq();
+        equalities_ = lambda.subspan(0, problem.mEq());
+        inequalities_ = lambda.subspan(problem.mEq(), problem.mIneq());
+        lower_ = lambda.subspan(rows, problem.n());
+        upper_ = lambda.subspan(rows + problem.n(), problem.n());
     }
 
     [[nodiscard]] Verdict verdict() {
@@ -91,16 +93,16 @@ private:
     static constexpr double Accuracy = 1e-6;
 
     void visitConstraints() {
-        for (const ScaledSum& residual : rowResiduals(problem_.Aeq, problem_.beq, result_.x)) {
+        for (const ScaledSum& residual : rowResiduals(rows_.Aeq, rows_.beq, result_.x)) {
             primal_.add(std::abs(residual.value), residual.scale);
         }
-        const std::vector<ScaledSum> residuals = rowResiduals(problem_.A, problem_.b, result_.x);
-        for (std::size_t i = 0; i < problem_.mIneq; ++i) {
+        const std::vector<ScaledSum> residuals = rowResiduals(rows_.A, rows_.b, result_.x);
+        for (std::size_t i = 0; i < rows_.b.size(); ++i) {
             visitInequality(residuals[i].value, residuals[i].scale, inequalities_[i]);
         }
-        for (std::size_t j = 0; j < problem_.n; ++j) {
-            visitBound(problem_.lb[j], result_.x[j], problem_.lb[j] - result_.x[j], lower_[j]);
-            visitBound(problem_.ub[j], result_.x[j], result_.x[j] - problem_.ub[j], upper_[j]);
+        for (std::size_t j = 0; j < model_.n(); ++j) {
+            visitBound(model_.lower[j], result_.x[j], model_.lower[j] - result_.x[j], lower_[j]);
+            visitBound(model_.upper[j], result_.x[j], result_.x[j] - model_.upper[j], upper_[j]);
         }
     }
 
@@ -122,18 +124,18 @@ private:
     }
 
     void visitStationarity() {
-        const std::size_t n = problem_.n;
+        const std::size_t n = model_.n();
         for (std::size_t j = 0; j < n; ++j) {
             ScaledSum entry;
             for (std::size_t i = 0; i < n; ++i) {
-                entry.add(problem_.H[i + j * n] * result_.x[i]);
+                entry.add(model_.H[i + j * n] * result_.x[i]);
             }
-            entry.add(problem_.c[j]);
-            for (std::size_t i = 0; i < problem_.mEq; ++i) {
-                entry.add(problem_.Aeq[i + j * problem_.mEq] * equalities_[i]);
+            entry.add(model_.c[j]);
+            for (std::size_t i = 0; i < rows_.beq.size(); ++i) {
+                entry.add(rows_.Aeq[i + j * rows_.beq.size()] * equalities_[i]);
             }
-            for (std::size_t i = 0; i < problem_.mIneq; ++i) {
-                entry.add(problem_.A[i + j * problem_.mIneq] * inequalities_[i]);
+            for (std::size_t i = 0; i < rows_.b.size(); ++i) {
+                entry.add(rows_.A[i + j * rows_.b.size()] * inequalities_[i]);
             }
             entry.add(-lower_[j]);
             entry.add(upper_[j]);
@@ -142,22 +144,23 @@ private:
     }
 
     [[nodiscard]] Residual objective() {
-        const std::size_t n = problem_.n;
+        const std::size_t n = model_.n();
         ScaledSum sum;
         for (std::size_t j = 0; j < n; ++j) {
             for (std::size_t i = 0; i < n; ++i) {
-                sum.add(0.5 * result_.x[i] * problem_.H[i + j * n] * result_.x[j]);
+                sum.add(0.5 * result_.x[i] * model_.H[i + j * n] * result_.x[j]);
             }
-            sum.add(problem_.c[j] * result_.x[j]);
+            sum.add(model_.c[j] * result_.x[j]);
         }
         objectiveSize_ = std::abs(sum.value);
         Largest difference(Accuracy);
         difference.add(std::abs(sum.value - result_.objective), sum.scale);
-        const double value = sum.value + problem_.constant;
-        return {problem_.maximise ? 0.0 - value : value, difference.result().supports};
+        const double value = sum.value + model_.constant;
+        return {model_.maximise ? 0.0 - value : value, difference.result().supports};
     }
 
-    const io::Problem& problem_;
+    const io::Model& model_;
+    const OneSidedRows& rows_;
     const SolveResult& result_;
     std::span<const double> equalities_;  // multipliers by kind
     std::span<const double> inequalities_;
@@ -171,7 +174,7 @@ private:
 
 }  // namespace
 
-Verdict judge(const io::Problem& problem,
+Verdict judge(const StrictProblem& problem,
               const SolveResult& result,
               const SolverSettings& settings) {
     return Judge(problem, result, settings).verdict();

@@ -3,7 +3,6 @@
 #define ACTIVESET_CLI_VERDICT_HPP
 
 #include "cli/solve_problem.hpp"
-#include "io/problem.hpp"
 
 namespace activeset::cli {
 
@@ -36,7 +35,7 @@ struct Verdict {
 /// What must hold depends on the outcome: an optimum needs all four small, infeasibility needs a
 /// primal residual that is not, every other outcome is about a feasible point. Small is relative
 /// to the terms that a residual is the sum of, and never less than the tolerances allow.
-[[nodiscard]] Verdict judge(const io::Problem& problem,
+[[nodiscard]] Verdict judge(const StrictProblem& problem,
                             const SolveResult& result,
                             const SolverSettings& settings);
 

@@ -16,7 +16,7 @@
 namespace activeset::fuzz {
 namespace {
 
-using io::Problem;
+using io::Model;
 using io::ReadError;
 
 constexpr io::ReadLimits Limits{.textBytes = std::size_t{1} << 20U,
@@ -44,33 +44,37 @@ void judgeNames(const std::vector<std::string>& names) {
     require(sorted.empty() || !sorted.front().empty(), "a name is empty");
 }
 
-void judgeProblem(const Problem& problem) {
-    const std::size_t n = problem.n;
+void judgeSides(const std::vector<double>& lower, const std::vector<double>& upper) {
+    for (std::size_t k = 0; k < lower.size(); ++k) {
+        require(lower[k] <= upper[k], "sides cross, or are NaN");
+        require(lower[k] < std::numeric_limits<double>::infinity() &&
+                    upper[k] > -std::numeric_limits<double>::infinity(),
+                "a side is infinite on the wrong side");
+    }
+}
+
+void judgeModel(const Model& model) {
+    const std::size_t n = model.n();
+    const std::size_t m = model.m();
     require(n >= 1, "no variables");
-    const bool fits =
-        problem.H.size() == n * n && problem.c.size() == n && problem.lb.size() == n &&
-        problem.A.size() == problem.mIneq * n && problem.b.size() == problem.mIneq &&
-        problem.Aeq.size() == problem.mEq * n && problem.beq.size() == problem.mEq &&
-        problem.ub.size() == n && problem.variableNames.size() == n &&
-        problem.inequalities.size() == problem.mIneq && problem.equalityNames.size() == problem.mEq;
+    const bool fits = model.H.size() == n * n && model.c.size() == n && model.A.size() == m * n &&
+                      model.rowLower.size() == m && model.rowUpper.size() == m &&
+                      model.lower.size() == n && model.upper.size() == n;
     require(fits, "parts of different sizes");
-    for (const auto* numbers :
-         {&problem.H, &problem.c, &problem.A, &problem.b, &problem.Aeq, &problem.beq}) {
+    for (const auto* numbers : {&model.H, &model.c, &model.A}) {
         require(isFinite(*numbers), "a number is not finite");
     }
-    require(std::isfinite(problem.constant), "the constant is not finite");
+    require(std::isfinite(model.constant), "the constant is not finite");
+    judgeSides(model.rowLower, model.rowUpper);
+    judgeSides(model.lower, model.upper);
     for (std::size_t j = 0; j < n; ++j) {
-        require(problem.lb[j] <= problem.ub[j], "bounds cross, or are NaN");
-        require(problem.lb[j] < std::numeric_limits<double>::infinity() &&
-                    problem.ub[j] > -std::numeric_limits<double>::infinity(),
-                "a bound is infinite on the wrong side");
         for (std::size_t i = 0; i < j; ++i) {
-            require(problem.H[j * n + i] == problem.H[i * n + j], "H is not symmetric");
+            require(model.H[j * n + i] == model.H[i * n + j], "H is not symmetric");
         }
     }
-    judgeNames(problem.variableNames);
-    judgeNames(problem.equalityNames);
-    require(std::is_sorted(problem.notes.begin(), problem.notes.end(),
+    judgeNames(model.variables);
+    judgeNames(model.rows);
+    require(std::is_sorted(model.notes.begin(), model.notes.end(),
                            [](const io::Note& p, const io::Note& q) { return p.line < q.line; }),
             "notes out of order");
 }
@@ -79,14 +83,14 @@ struct Failure {
     std::size_t line;
     std::string message;
 };
-using Reading = std::variant<Problem, Failure>;
+using Reading = std::variant<Model, Failure>;
 
 template <class Read>
 Reading attempt(std::size_t lines, Read read) {
     try {
-        Problem problem = read();
-        judgeProblem(problem);
-        return problem;
+        Model model = read();
+        judgeModel(model);
+        return model;
     } catch (const ReadError& error) {
         require(error.line() <= lines + 1, "an error beyond the end of the file");
         require(!error.message().empty() && error.message().find('\n') == std::string::npos,
@@ -95,18 +99,18 @@ Reading attempt(std::size_t lines, Read read) {
     }
 }
 
-bool isSame(const Problem& p, const Problem& q) {
+bool isSame(const Model& p, const Model& q) {
     return p.name == q.name && p.maximise == q.maximise && p.H == q.H && p.c == q.c &&
-           p.constant == q.constant && p.A == q.A && p.b == q.b && p.Aeq == q.Aeq &&
-           p.beq == q.beq && p.lb == q.lb && p.ub == q.ub && p.variableNames == q.variableNames &&
-           p.equalityNames == q.equalityNames;
+           p.constant == q.constant && p.A == q.A && p.rowLower == q.rowLower &&
+           p.rowUpper == q.rowUpper && p.lower == q.lower && p.upper == q.upper &&
+           p.variables == q.variables && p.rows == q.rows;
 }
 
 /// The same result, its line numbers moved by `shift`.
 void judgeSame(const Reading& first, const Reading& second, std::size_t shift, const char* what) {
     require(first.index() == second.index(), what);
-    if (const auto* problem = std::get_if<Problem>(&first)) {
-        require(isSame(*problem, std::get<Problem>(second)), what);
+    if (const auto* model = std::get_if<Model>(&first)) {
+        require(isSame(*model, std::get<Model>(second)), what);
         return;
     }
     const auto& p = std::get<Failure>(first);
@@ -117,7 +121,7 @@ void judgeSame(const Reading& first, const Reading& second, std::size_t shift, c
 
 Reading readText(const std::string& text) {
     const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-    return attempt(lines, [&] { return io::readProblemText(text, "f", Limits); });
+    return attempt(lines, [&] { return io::readModelText(text, "f", io::Format::Mps, Limits); });
 }
 
 void run(const std::string& text) {
@@ -130,7 +134,8 @@ void run(const std::string& text) {
     const std::string path = fileOf(text);
     const bool isCompressed = text.size() >= 2 && text[0] == '\x1f' && text[1] == '\x8b';
     const std::size_t anyLine = std::numeric_limits<std::size_t>::max() - 1;
-    const Reading ofFile = attempt(anyLine, [&] { return io::readProblem(path, Limits); });
+    const Reading ofFile =
+        attempt(anyLine, [&] { return io::readModel(path, io::Format::Mps, Limits); });
     if (!isCompressed) {
         judgeSame(reading, ofFile, 0, "the file is read in another way than its text");
     }

@@ -1,4 +1,4 @@
-// Sparse entries fill dense matrices; rows with two sides become equalities and inequalities.
+// Sparse entries fill dense matrices.
 #include "io/dense_form.hpp"
 
 #include <algorithm>
@@ -11,63 +11,6 @@
 namespace activeset::io {
 
 namespace {
-
-/// Where the sides of a row of the file go; AbsentRow where there is none.
-struct RowTargets {
-    std::size_t equality;
-    std::size_t upper;
-    std::size_t lower;
-};
-constexpr std::size_t AbsentRow = static_cast<std::size_t>(-1);
-
-/// Gives every side of every row its place in the dense form, with its right-hand side and name.
-std::vector<RowTargets> placeRows(Problem& problem, const Model& model) {
-    std::vector<RowTargets> targets(model.m(), {AbsentRow, AbsentRow, AbsentRow});
-    for (std::size_t row = 0; row < model.m(); ++row) {
-        const double lower = model.rowLower[row];
-        const double upper = model.rowUpper[row];
-        if (lower == upper) {
-            targets[row].equality = problem.mEq++;
-            problem.beq.push_back(upper);
-            problem.equalityNames.push_back(model.rows[row]);
-            continue;
-        }
-        if (std::isfinite(upper)) {
-            targets[row].upper = problem.mIneq++;
-            problem.b.push_back(upper);
-            problem.inequalities.push_back({model.rows[row], true});
-        }
-        if (std::isfinite(lower)) {
-            targets[row].lower = problem.mIneq++;
-            problem.b.push_back(-lower);
-            problem.inequalities.push_back({model.rows[row], false});
-        }
-    }
-    return targets;
-}
-
-void fillRows(Problem& problem, const Model& model, const std::vector<RowTargets>& targets) {
-    problem.A.assign(problem.mIneq * problem.n, 0.0);
-    problem.Aeq.assign(problem.mEq * problem.n, 0.0);
-    for (std::size_t column = 0; column < problem.n; ++column) {
-        for (std::size_t row = 0; row < model.m(); ++row) {
-            const double value = model.A[column * model.m() + row];
-            const RowTargets& target = targets[row];
-            if (value == 0.0) {
-                continue;
-            }
-            if (target.equality != AbsentRow) {
-                problem.Aeq[column * problem.mEq + target.equality] = value;
-            }
-            if (target.upper != AbsentRow) {
-                problem.A[column * problem.mIneq + target.upper] = value;
-            }
-            if (target.lower != AbsentRow) {
-                problem.A[column * problem.mIneq + target.lower] = -value;
-            }
-        }
-    }
-}
 
 /// Of all rows; one whose sides are equal has one side.
 std::size_t sidesIn(const LinearPart& linear) {
@@ -131,26 +74,6 @@ Model modelOf(ScannedFile scanned, LinearPart linear, std::size_t limit, const s
     model.rows = std::move(scanned.rowNames);
     model.notes = std::move(scanned.notes);
     return model;
-}
-
-Problem denseForm(const Model& model, const std::string& file) {
-    const std::string soft = softMember(model);
-    if (!soft.empty()) {
-        throw ReadError(file, 0, soft + " is soft, and the dense form has no penalties");
-    }
-    Problem problem;
-    problem.n = model.n();
-    fillRows(problem, model, placeRows(problem, model));
-    problem.H = model.H;
-    problem.c = model.c;
-    problem.constant = model.constant;
-    problem.lb = model.lower;
-    problem.ub = model.upper;
-    problem.name = model.name;
-    problem.maximise = model.maximise;
-    problem.variableNames = model.variables;
-    problem.notes = model.notes;
-    return problem;
 }
 
 }  // namespace activeset::io

@@ -1,4 +1,4 @@
-// From the rows and columns of a file to dense matrices, with two sides a row and with one.
+// From the rows and columns of a file to dense matrices.
 #ifndef ACTIVESET_IO_DENSE_FORM_HPP
 #define ACTIVESET_IO_DENSE_FORM_HPP
 
@@ -7,7 +7,6 @@
 
 #include "io/coin_deck.hpp"
 #include "io/model.hpp"
-#include "io/problem.hpp"
 #include "io/section_scan.hpp"
 
 namespace activeset::io {
@@ -26,12 +25,6 @@ void checkDenseSize(std::size_t variables,
                             LinearPart linear,
                             std::size_t limit,
                             const std::string& file);
-
-/// The same problem with rows of one side.
-///
-/// @param file  named in the error
-/// @raises ReadError (line 0) for soft sides, which the dense form cannot have
-[[nodiscard]] Problem denseForm(const Model& model, const std::string& file);
 
 }  // namespace activeset::io
 

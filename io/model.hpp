@@ -6,16 +6,21 @@
 #include <string>
 #include <vector>
 
+#include "activeset/qp.hpp"
 #include "io/penalties.hpp"
-#include "io/problem.hpp"
 
 namespace activeset::io {
 
+/// Something in a file that was read, but perhaps not in the sense its author had in mind.
+struct Note {
+    std::size_t line = 0;  ///< 1-based
+    std::string text;      ///< one line, no full stop
+};
+
 /// min ½xᵀHx + cᵀx + constant subject to rowLower ≤ A·x ≤ rowUpper, lower ≤ x ≤ upper.
 ///
-/// Matrices are dense and column-major; a side that is absent is infinite, one that
-/// has a penalty is soft. Every reader makes one
-/// of these, every writer takes one.
+/// Matrices are dense and column-major. An absent side is infinite, a side with a penalty is soft.
+/// Every reader makes a model, every writer takes one.
 struct Model {
     std::string name;
     /// The file asked for a maximum: H, c and constant are those of the negated objective.
@@ -37,6 +42,9 @@ struct Model {
     [[nodiscard]] std::size_t n() const noexcept { return variables.size(); }
     [[nodiscard]] std::size_t m() const noexcept { return rows.size(); }
 };
+
+/// The model as the front end takes it; valid while the model lives.
+[[nodiscard]] Problem viewsOf(const Model& model);
 
 }  // namespace activeset::io
 

@@ -75,18 +75,6 @@ Model readModel(const std::string& path, Format format, const ReadLimits& limits
     }
 }
 
-Problem readProblem(const std::string& path, const ReadLimits& limits) {
-    return denseForm(readModel(path, Format::Automatic, limits), path);
-}
-
-Problem readStandardInput(const ReadLimits& limits) {
-    return denseForm(readModel("-", Format::Mps, limits), StandardInput);
-}
-
-Problem readProblemText(std::string_view text, const std::string& file, const ReadLimits& limits) {
-    return denseForm(readMps(text, file, limits), file);
-}
-
 Model readMps(std::string_view text, const std::string& file, const ReadLimits& limits) {
     ScannedFile scanned = scanFile(text, file);
     LinearPart linear = scanned.deck.read(file);

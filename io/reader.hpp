@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "io/model.hpp"
-#include "io/problem.hpp"
 #include "io/read_error.hpp"
 
 namespace activeset::io {
@@ -15,7 +14,7 @@ namespace activeset::io {
 /// What the reader refuses before it asks for the memory.
 struct ReadLimits {
     std::size_t textBytes = std::size_t{1} << 30U;   ///< of the decompressed text or members
-    std::size_t denseBytes = std::size_t{1} << 31U;  ///< of H, A and Aeq together
+    std::size_t denseBytes = std::size_t{1} << 31U;  ///< of H and of a row for each side
 };
 
 /// The format of a problem file.
@@ -43,20 +42,6 @@ enum class Format {
                                   const std::string& file,
                                   Format format,
                                   const ReadLimits& limits = {});
-
-/// The problem in the MPS file at `path` with one side a row.
-/// @raises ReadError
-[[nodiscard]] Problem readProblem(const std::string& path, const ReadLimits& limits = {});
-
-/// The same of standard input, to its end.
-/// @raises ReadError, about the file "standard input"
-[[nodiscard]] Problem readStandardInput(const ReadLimits& limits = {});
-
-/// The same of MPS text; `file` is only used in messages.
-/// @raises ReadError
-[[nodiscard]] Problem readProblemText(std::string_view text,
-                                      const std::string& file,
-                                      const ReadLimits& limits = {});
 
 }  // namespace activeset::io
 

@@ -9,7 +9,7 @@
 
 #include "io/card.hpp"
 #include "io/coin_deck.hpp"
-#include "io/problem.hpp"
+#include "io/model.hpp"
 
 namespace activeset::io {
 

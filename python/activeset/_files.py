@@ -6,7 +6,7 @@ import os
 
 import numpy as np
 
-from . import _reader
+from . import _reader, _soft
 from ._problem import Problem
 from ._reader import ReadError
 
@@ -15,6 +15,10 @@ __all__ = ["ReadError", "read"]
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from typing import Any
+
+    from numpy.typing import NDArray
+
+    Pair = tuple[NDArray[np.float64], NDArray[np.float64]]
 
 
 def read(path: str | os.PathLike[str]) -> Problem:
@@ -30,7 +34,8 @@ def read(path: str | os.PathLike[str]) -> Problem:
     Returns
     -------
     Problem
-        A row with two sides is one row of G; equalities are rows of A.
+        A row with two sides is one row of G. Equalities are rows of A, unless their two sides
+        have different penalties.
 
     Raises
     ------
@@ -38,34 +43,30 @@ def read(path: str | os.PathLike[str]) -> Problem:
         The file is missing, malformed or too large; the text says the line.
     """
     parts = _reader.read(os.fspath(path))
-    G, lower, upper, names = _rows(parts)
-    has_rows, has_equalities = bool(names), parts["beq"].size > 0
+    A, lower, upper = parts["A"], parts["row_lower"], parts["row_upper"]
+    below, above = _penalties(parts["row_penalty"], lower.size)
+    equal = (lower == upper) & (below[0] == above[0]) & (below[1] == above[1])
+    limited = ~equal & (np.isfinite(lower) | np.isfinite(upper))
+    left, right = _penalties(parts["bound_penalty"], parts["lower"].size)
+    soft = {"l": _at(below, limited), "h": _at(above, limited), "b": _at(below, equal),
+            "lb": left, "ub": right}
+    names = np.array(parts["row_names"], dtype=object)
+    has_rows, has_equalities = limited.any(), equal.any()
     return Problem(
         parts["H"] if parts["H"].any() else None, parts["c"],
-        G if has_rows else None, upper if has_rows else None,
-        parts["Aeq"] if has_equalities else None, parts["beq"] if has_equalities else None,
-        parts["lb"], parts["ub"], l=lower if has_rows else None, constant=parts["constant"],
-        names=parts["names"], row_names=[*names, *parts["equality_names"]])
+        A[limited] if has_rows else None, upper[limited] if has_rows else None,
+        A[equal] if has_equalities else None, upper[equal] if has_equalities else None,
+        parts["lower"], parts["upper"], l=lower[limited] if has_rows else None,
+        constant=parts["constant"], names=parts["names"],
+        row_names=[*names[limited], *names[equal]],
+        soft={side: pair for side, pair in soft.items() if np.isfinite(pair[0]).any()} or None)
 
 
-def _rows(parts: dict[str, Any]) -> tuple[Any, Any, Any, list[str]]:
-    """The file's inequalities with both of their sides; the reader has a row for each side, the
-    lower ones negated, those of one row next to each other."""
-    picked: list[int] = []
-    names: list[str] = []
-    signs: list[float] = []
-    lower: list[float] = []
-    upper: list[float] = []
-    for k, (name, is_upper) in enumerate(parts["inequalities"]):
-        if is_upper or not names or names[-1] != name:
-            picked.append(k)
-            names.append(name)
-            signs.append(1.0 if is_upper else -1.0)
-            lower.append(-np.inf)
-            upper.append(np.inf)
-        if is_upper:
-            upper[-1] = parts["b"][k]
-        else:
-            lower[-1] = -parts["b"][k]
-    rows = parts["A"][picked, :] * np.array(signs)[:, np.newaxis] if picked else None
-    return rows, np.array(lower), np.array(upper), names
+def _penalties(given: list[Any], size: int) -> tuple[Pair, Pair]:
+    """Linear and quadratic penalties of all lower sides, and of all upper sides."""
+    return (_soft.pair("lower", (given[0], given[2]), size),
+            _soft.pair("upper", (given[1], given[3]), size))
+
+
+def _at(pair: Pair, rows: NDArray[np.bool_]) -> Pair:
+    return pair[0][rows], pair[1][rows]

@@ -33,7 +33,7 @@ def arrays(soft: Mapping[str, Any], n: int, inequalities: int,
         It is no mapping, names other sides, or has penalties of other shapes.
     """
     sizes = {"l": inequalities, "h": inequalities, "b": equalities, "lb": n, "ub": n}
-    given = {side: _pair(side, penalty, sizes[side])
+    given = {side: pair(side, penalty, sizes[side])
              for side, penalty in _checked(soft).items() if penalty is not None}
     rows = [_joined(given, (side, "b"), (inequalities, equalities), kind)
             for kind in (0, 1) for side in ("l", "h")]
@@ -45,8 +45,8 @@ def flat(soft: Mapping[str, Any] | None) -> dict[str, Any]:
     """The same as parts of an archive: soft_h_linear and the like."""
     parts: dict[str, Any] = {}
     for side, penalty in _checked(soft or {}).items():
-        pair = penalty if isinstance(penalty, tuple) else (penalty, None)
-        parts.update({f"soft_{side}_{kind}": value for kind, value in zip(_KINDS, pair)
+        both = penalty if isinstance(penalty, tuple) else (penalty, None)
+        parts.update({f"soft_{side}_{kind}": value for kind, value in zip(_KINDS, both)
                       if value is not None})
     return parts
 
@@ -55,9 +55,9 @@ def taken(parts: dict[str, Any]) -> dict[str, Any] | None:
     """What `flat` made, taken out of the parts of an archive."""
     soft: dict[str, Any] = {}
     for side in SIDES:
-        pair = tuple(parts.pop(f"soft_{side}_{kind}", None) for kind in _KINDS)
-        if pair != (None, None):
-            soft[side] = pair
+        both = tuple(parts.pop(f"soft_{side}_{kind}", None) for kind in _KINDS)
+        if both != (None, None):
+            soft[side] = both
     return soft or None
 
 
@@ -75,7 +75,7 @@ def _checked(soft: Mapping[str, Any]) -> Mapping[str, Any]:
     return soft
 
 
-def _pair(side: str, penalty: Any, size: int) -> tuple[Vector, Vector]:
+def pair(side: str, penalty: Any, size: int) -> tuple[Vector, Vector]:
     """Linear and quadratic penalties; without linear ones the quadratic ones make sides soft."""
     name = f"soft[{side!r}]"
     if isinstance(penalty, tuple) and len(penalty) != 2:

@@ -22,34 +22,40 @@ py::array_t<double> vectorOf(const std::vector<double>& values) {
     return py::array_t<double>(static_cast<py::ssize_t>(values.size()), values.data());
 }
 
-/// The parts of the problem in the file, by the names of the members of io::Problem.
+/// The parts of a penalty, None where absent, in the order of PenaltyParts.
+py::list penaltyOf(const io::Penalties& penalty) {
+    py::list parts;
+    for (const io::PenaltyPart& part : io::PenaltyParts) {
+        const std::vector<double>& values = penalty.*part.values;
+        parts.append(values.empty() ? py::object(py::none()) : vectorOf(values));
+    }
+    return parts;
+}
+
+/// The parts of the problem in the file, each row with its two sides.
 py::dict read(const std::string& path) {
-    io::Problem problem;
+    io::Model model;
     {
         const WithoutGil released;
-        problem = io::readProblem(path);
+        model = io::readModel(path);
     }
     py::dict parts;
-    parts["name"] = problem.name;
-    parts["maximise"] = problem.maximise;
-    parts["H"] = matrixOf(problem.H, problem.n, problem.n);
-    parts["c"] = vectorOf(problem.c);
-    parts["constant"] = problem.constant;
-    parts["A"] = matrixOf(problem.A, problem.mIneq, problem.n);
-    parts["b"] = vectorOf(problem.b);
-    parts["Aeq"] = matrixOf(problem.Aeq, problem.mEq, problem.n);
-    parts["beq"] = vectorOf(problem.beq);
-    parts["lb"] = vectorOf(problem.lb);
-    parts["ub"] = vectorOf(problem.ub);
-    parts["names"] = problem.variableNames;
-    parts["equality_names"] = problem.equalityNames;
-    py::list inequalities;
-    for (const io::InequalityOrigin& origin : problem.inequalities) {
-        inequalities.append(py::make_tuple(origin.row, origin.upper));
-    }
-    parts["inequalities"] = inequalities;
+    parts["name"] = model.name;
+    parts["maximise"] = model.maximise;
+    parts["H"] = matrixOf(model.H, model.n(), model.n());
+    parts["c"] = vectorOf(model.c);
+    parts["constant"] = model.constant;
+    parts["A"] = matrixOf(model.A, model.m(), model.n());
+    parts["row_lower"] = vectorOf(model.rowLower);
+    parts["row_upper"] = vectorOf(model.rowUpper);
+    parts["lower"] = vectorOf(model.lower);
+    parts["upper"] = vectorOf(model.upper);
+    parts["row_penalty"] = penaltyOf(model.rowPenalty);
+    parts["bound_penalty"] = penaltyOf(model.boundPenalty);
+    parts["names"] = model.variables;
+    parts["row_names"] = model.rows;
     py::list notes;
-    for (const io::Note& note : problem.notes) {
+    for (const io::Note& note : model.notes) {
         notes.append(py::make_tuple(note.line, note.text));
     }
     parts["notes"] = notes;

@@ -78,3 +78,18 @@ def test_derivatives_refuse_soft_sides():
     p = Problem(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], soft={"h": 0.5})
     with pytest.raises(ValueError, match="soft sides"):
         activeset.ranges(p.solve(), p)
+
+
+def test_a_file_gives_its_penalties(tmp_path):
+    file = tmp_path / "soft.json"
+    file.write_text("""{"schema": "activeset-problem/2", "H": [[1, 0], [0, 1]], "c": [-2, -3],
+        "A": [[1, 1], [1, -1], [1, 0]], "row_lower": ["-inf", 0, 1], "row_upper": [3, 0, 1],
+        "row_penalty": {"upper_linear": [0.5, "inf", 8], "lower_linear": ["inf", 0.25, 8]},
+        "bound_penalty": {"lower_quadratic": [0, 1]}}""")
+    p = activeset.read(file)
+    # An equality whose sides cost different prices is a row of G.
+    assert p.G.shape == (2, 2) and p.A.shape == (1, 2) and p.row_names == ("r1", "r2", "r3")
+    assert p.soft["b"][0].tolist() == [8.0]
+    # x = 1; y - 3 + 0.5 + 0.25 = 0
+    assert np.allclose(p.solve().x, [1.0, 2.25])
+    assert p.soft["lb"][1].tolist() == [0.0, 1.0] and "ub" not in p.soft

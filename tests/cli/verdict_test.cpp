@@ -19,11 +19,12 @@ const std::vector<double> Lambda = {2, /* row */ 0, /* lower */ 0, 0, 2, /* uppe
 /// bounds, x free, with its optimum as the result. The gradient there is (−2, 0, 0), so λeq = 2,
 /// which leaves 2 for z's bound.
 struct Solved {
-    io::Problem problem = io::readProblemText(
+    StrictProblem problem{io::readModelText(
         "ROWS\n N cost\n E sum\n G row\n"
         "COLUMNS\n x cost -4 sum 1\n y cost -1 row 1\n z sum 1\nRHS\n b cost -8.5 sum 2\n"
         "BOUNDS\n FR b x\n LO b y -1\n UP b y 1.5\nQUADOBJ\n x x 1\n y y 1\nENDATA\n",
-        "t");
+        "t",
+        io::Format::Mps)};
     SolveResult result{.code = 1, .x = X, .objective = -6.5, .lambda = Lambda};
 
     [[nodiscard]] Verdict verdict() const { return judge(problem, result, {}); }
@@ -86,7 +87,7 @@ TEST(Verdicts, NumbersThatAreNoneSupportNothing) {
 TEST(Verdicts, MeasureAgainstTheSizeOfTheTerms) {
     // One unit in the last place of 1e12, far above any absolute tolerance.
     Solved solved;
-    solved.problem.beq[0] = 1e12;
+    solved.problem.rows.beq[0] = 1e12;
     solved.result.x = {1e12, 1, 0.000244140625};
 
     EXPECT_GT(solved.verdict().primal.value, 1e-4);
@@ -97,9 +98,9 @@ TEST(Verdicts, MeasureAgainstTheSizeOfTheTerms) {
 // gap.
 TEST(Verdicts, MeasureComplementarityByTheObjective) {
     Solved solved;
-    solved.problem.c = {-6.7e7, 0, 0};
-    solved.problem.H.assign(9, 0.0);
-    solved.problem.beq[0] = 1 + 1e-13;
+    solved.problem.model.c = {-6.7e7, 0, 0};
+    solved.problem.model.H.assign(9, 0.0);
+    solved.problem.rows.beq[0] = 1 + 1e-13;
     solved.result = {.code = 1,
                      .x = {1, 1, 1e-13},
                      .objective = -6.7e7,
@@ -108,7 +109,7 @@ TEST(Verdicts, MeasureComplementarityByTheObjective) {
     EXPECT_GT(solved.verdict().complementarity.value, 6e-6);
     EXPECT_TRUE(solved.verdict().supports());
     solved.result.lambda[4] = 0;  // the same product, and nothing for it to be small beside
-    solved.problem.c[0] = 0;
+    solved.problem.model.c[0] = 0;
     EXPECT_FALSE(solved.verdict().supports());
 }
 

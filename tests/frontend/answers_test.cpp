@@ -177,20 +177,9 @@ TEST_F(FrontEndAnswers, AreTheSameBitForBit) {
     }
 }
 
-Sample sampleOf(const io::Problem& file) {
-    Sample s{file.n,  file.mEq + file.mIneq, file.H, file.c, {}, file.beq, file.beq, file.lb,
-             file.ub, Numbers(file.n)};
-    s.rowLower.resize(s.m, -Infinity);
-    s.rowUpper.insert(s.rowUpper.end(), file.b.begin(), file.b.end());
-    for (std::size_t j = 0; j < s.n; ++j) {
-        const auto append = [&](const Numbers& rows, std::size_t count) {
-            const auto first = rows.begin() + static_cast<std::ptrdiff_t>(j * count);
-            s.A.insert(s.A.end(), first, first + static_cast<std::ptrdiff_t>(count));
-        };
-        append(file.Aeq, file.mEq);
-        append(file.A, file.mIneq);
-    }
-    return s;
+Sample sampleOf(const io::Model& file) {
+    return {file.n(),      file.m(),      file.H,     file.c,     file.A,
+            file.rowLower, file.rowUpper, file.lower, file.upper, Numbers(file.n())};
 }
 
 // Real problems, most of them with a singular H, to the last digits that doubles have.
@@ -211,7 +200,7 @@ TEST_F(FrontEndAnswers, OfRealProblemsAreOptimal) {
     }
     for (const auto& file : files) {
         SCOPED_TRACE(file.string());
-        const Sample sample = sampleOf(io::readProblem(file.string()));
+        const Sample sample = sampleOf(io::readModel(file.string()));
         const Result result = solve(sample.view());
         EXPECT_EQ(result.status, Status::Optimal);
         EXPECT_TRUE(result.certificate.holds(1e-11));

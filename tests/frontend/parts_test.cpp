@@ -1,6 +1,7 @@
 // The parts of the front end, each on a problem whose answer is worked out by hand.
 #include <gmock/gmock.h>
 
+#include "activeset/one_sided.hpp"
 #include "frontend/core/core_form.hpp"
 #include "frontend/core/cycle_detector.hpp"
 #include "frontend/loop/caller_proofs.hpp"
@@ -41,6 +42,33 @@ TEST_F(Parts, CoreFormHasOneRowForEachFiniteSide) {
     EXPECT_THAT(form.beq, ElementsAre(4, 0));
     EXPECT_THAT(form.lb, ElementsAre(-Infinity, -Infinity));
     EXPECT_THAT(form.ub, ElementsAre(Infinity, 5));
+}
+
+// x₁ = 2, a row without sides, −1 ≤ x₁ + x₂, 0 ≤ x₂ ≤ 1, of a matrix that is stored by rows.
+TEST_F(Parts, RowsWithOneSideNameTheSidesTheyStandFor) {
+    const Vector A{1, 0, 5, 5, 1, 1, 0, 1};
+    const Vector lower{2, -Infinity, -1, 0};
+    const Vector upper{2, Infinity, 1e20, 1};
+    Problem problem;
+    problem.A = MatrixView(A, 4, 2, Order::RowMajor);
+    problem.rowLower = lower;
+    problem.rowUpper = upper;
+    const OneSidedRows rows = oneSidedRows(problem);
+    EXPECT_THAT(rows.A, ElementsAre(-1, 0, 0, -1, 1, -1));
+    EXPECT_FALSE(std::signbit(rows.A[2]));
+    EXPECT_THAT(rows.b, ElementsAre(1, 1, 0));
+    EXPECT_THAT(rows.Aeq, ElementsAre(1, 0));
+    EXPECT_THAT(rows.beq, ElementsAre(2));
+    EXPECT_THAT(rows.equalities, ElementsAre(0));
+    ASSERT_EQ(rows.inequalities.size(), 3U);
+    EXPECT_EQ(rows.inequalities[1].row, 3U);
+    EXPECT_TRUE(rows.inequalities[1].isUpper);
+    EXPECT_FALSE(rows.inequalities[2].isUpper);
+
+    problem.rowLower = VectorView(lower.data(), 3);
+    const OneSidedRows faulty = oneSidedRows(problem);
+    EXPECT_EQ(faulty.faults.size(), 1U);
+    EXPECT_TRUE(faulty.A.empty());
 }
 
 TEST_F(Parts, CoreFormTakesWorkingSetsAndMultipliersBothWays) {

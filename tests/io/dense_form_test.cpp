@@ -1,4 +1,4 @@
-// Rows, bounds and objective of a file, and where they land in the dense form.
+// Rows, bounds and objective of a file, and where they land in a model.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -19,36 +19,23 @@ std::string fiveRows(const std::string& sections) {
            sections + "ENDATA\n";
 }
 
-/// "NAME: row of the matrix | side"
-std::string rowText(const std::string& name,
-                    std::size_t row,
-                    const Numbers& matrix,
-                    const Numbers& rhs) {
+/// "NAME: lower side | row of the matrix | upper side", a line for each row.
+std::string rowsOf(const Model& model) {
     std::ostringstream text;
-    text << name << ':';
-    for (std::size_t k = row; k < matrix.size(); k += rhs.size()) {
-        text << ' ' << matrix[k] + 0.0;  // not -0
+    for (std::size_t i = 0; i < model.m(); ++i) {
+        text << model.rows[i] << ": " << model.rowLower[i] << " |";
+        for (std::size_t j = 0; j < model.n(); ++j) {
+            text << ' ' << model.A[j * model.m() + i];
+        }
+        text << " | " << model.rowUpper[i] << "\n";
     }
-    text << " | " << rhs[row] + 0.0 << "\n";
     return text.str();
 }
 
-std::string rowsOf(const Problem& problem) {
-    std::string text;
-    for (std::size_t i = 0; i < problem.mIneq; ++i) {
-        const auto& [name, upper] = problem.inequalities[i];
-        text += rowText(name + (upper ? " upper" : " lower"), i, problem.A, problem.b);
-    }
-    for (std::size_t i = 0; i < problem.mEq; ++i) {
-        text += rowText(problem.equalityNames[i], i, problem.Aeq, problem.beq);
-    }
-    return text;
-}
-
 /// "LINE: text" for each note.
-std::string notesOf(const Problem& problem) {
+std::string notesOf(const Model& model) {
     std::string text;
-    for (const Note& note : problem.notes) {
+    for (const Note& note : model.notes) {
         text += std::to_string(note.line) + ": " + note.text;
     }
     return text;
@@ -59,25 +46,26 @@ TEST(Rows, OfEveryTypeWithAndWithoutRange) {
     // l1 in [10 - 4, 10], g1 in [20, 20 + 3], e1 in [30, 30 + 2], e2 in [50 - 6, 50].
     const std::string ranges = "RANGES\n R l1 4 g1 -3\n R e1 2 e2 -6\n";
     const std::string ranged =
-        "l1 upper: 1 -1 | 10\nl1 lower: -1 1 | -6\ng1 upper: 2 0.5 | 23\ng1 lower: -2 -0.5 | -20\n"
-        "e1 upper: 3 0 | 32\ne1 lower: -3 0 | -30\nl2 upper: 4 0 | 40\n"
-        "e2 upper: 0 7 | 50\ne2 lower: 0 -7 | -44\n";
+        "l1: 6 | 1 -1 | 10\ng1: 20 | 2 0.5 | 23\ne1: 30 | 3 0 | 32\nl2: -inf | 4 0 | 40\n"
+        "e2: 44 | 0 7 | 50\n";
     const std::vector<std::pair<std::string, std::string>> cases{
         {sides,
-         "l1 upper: 1 -1 | 10\ng1 lower: -2 -0.5 | -20\nl2 upper: 4 0 | 40\n"
-         "e1: 3 0 | 30\ne2: 0 7 | 50\n"},
+         "l1: -inf | 1 -1 | 10\ng1: 20 | 2 0.5 | inf\ne1: 30 | 3 0 | 30\nl2: -inf | 4 0 | 40\n"
+         "e2: 50 | 0 7 | 50\n"},
         {sides + ranges, ranged},
         {ranges + sides, ranged},
         {"RHS\n b l1 10 e1 30\nRANGES\n R l1 0 e1 0\n",
-         "g1 lower: -2 -0.5 | 0\nl2 upper: 4 0 | 0\nl1: 1 -1 | 10\ne1: 3 0 | 30\ne2: 0 7 | 0\n"},
+         "l1: 10 | 1 -1 | 10\ng1: 0 | 2 0.5 | inf\ne1: 30 | 3 0 | 30\nl2: -inf | 4 0 | 0\n"
+         "e2: 0 | 0 7 | 0\n"},
         {"RHS\n b l1 inf g1 -1e20\n b e1 30\nRANGES\n R e1 1e30\n",
-         "e1 lower: -3 0 | -30\nl2 upper: 4 0 | 0\ne2: 0 7 | 0\n"}};
+         "l1: -inf | 1 -1 | inf\ng1: -inf | 2 0.5 | inf\ne1: 30 | 3 0 | inf\nl2: -inf | 4 0 | 0\n"
+         "e2: 0 | 0 7 | 0\n"}};
     for (const auto& [sections, rows] : cases) {
-        const Problem problem = read(fiveRows(sections));
-        EXPECT_EQ(rowsOf(problem), rows);
-        EXPECT_EQ(problem.c, (Numbers{5, 0}));
-        EXPECT_EQ(problem.constant, 0.0);
-        EXPECT_EQ(notesOf(problem), "6: row 'other' is a second objective and is ignored");
+        const Model model = read(fiveRows(sections));
+        EXPECT_EQ(rowsOf(model), rows);
+        EXPECT_EQ(model.c, (Numbers{5, 0}));
+        EXPECT_EQ(model.constant, 0.0);
+        EXPECT_EQ(notesOf(model), "6: row 'other' is a second objective and is ignored");
     }
 }
 
@@ -110,10 +98,10 @@ TEST(Bounds, OfEveryTypeAloneAndTogether) {
         {" FX x 2\n", 2, 2},
     };
     for (const BoundCase& example : cases) {
-        const Problem problem = read(smallFile("BOUNDS\n" + example.cards));
-        EXPECT_EQ(problem.lb, (Numbers{example.lower, 0})) << example.cards;
-        EXPECT_EQ(problem.ub, (Numbers{example.upper, Infinity})) << example.cards;
-        EXPECT_EQ(notesOf(problem), example.note) << example.cards;
+        const Model model = read(smallFile("BOUNDS\n" + example.cards));
+        EXPECT_EQ(model.lower, (Numbers{example.lower, 0})) << example.cards;
+        EXPECT_EQ(model.upper, (Numbers{example.upper, Infinity})) << example.cards;
+        EXPECT_EQ(notesOf(model), example.note) << example.cards;
     }
 }
 
@@ -133,37 +121,35 @@ TEST(Objective, OneTriangleInEitherOrderOrTheFullMatrixGivesBoth) {
 TEST(Objective, TheConstantIsMinusTheRightHandSideAndAMaximumIsNegated) {
     for (const std::string sense :
          {"OBJSENSE\n MAX\n", "OBJSENSE MAXIMIZE\n", "OBJSENSE\n MIN\n", ""}) {
-        const Problem problem = read(sense +
-                                     "ROWS\n N o\n L r\nCOLUMNS\n x o 3 r 1\n"
-                                     "RHS\n b o 5 r 2\nQUADOBJ\n x x -4\nENDATA\n");
+        const Model model = read(sense +
+                                 "ROWS\n N o\n L r\nCOLUMNS\n x o 3 r 1\n"
+                                 "RHS\n b o 5 r 2\nQUADOBJ\n x x -4\nENDATA\n");
         const double sign = sense.find("MAX") != std::string::npos ? -1.0 : 1.0;
-        EXPECT_EQ(problem.maximise, sign < 0);
-        EXPECT_EQ(problem.c, Numbers{sign * 3});
-        EXPECT_EQ(problem.constant, sign * -5);
-        EXPECT_EQ(problem.H, Numbers{sign * -4});
-        EXPECT_EQ(rowsOf(problem), "r upper: 1 | 2\n");
+        EXPECT_EQ(model.maximise, sign < 0);
+        EXPECT_EQ(model.c, Numbers{sign * 3});
+        EXPECT_EQ(model.constant, sign * -5);
+        EXPECT_EQ(model.H, Numbers{sign * -4});
+        EXPECT_EQ(rowsOf(model), "r: -inf | 1 | 2\n");
     }
 }
 
 TEST(Numbers, AreRoundedCorrectlyWhereverTheyStand) {
     // Most of these come out one or more units in the last place off when the digits are summed
     // up and scaled by a power of ten; the smallest would be dropped from a sparse matrix.
-    const Problem problem = read(
+    const Model model = read(
         "ROWS\n N o\n L r\n E s\n"
         "COLUMNS\n x o 0.3 r -.100000e+01\n x s 0.48485306470651324\n y r 5e-324\n"
         "RHS\n b o 0.100000e+03 r 123456789.123456789\n b s +1.7E-5\n"
         "BOUNDS\n UP B x 0.7\n LO B y -1e-300\n"
         "QUADOBJ\n x x .200000e+01\nENDATA\n");
 
-    EXPECT_EQ(problem.c, (Numbers{0.3, 0}));
-    EXPECT_EQ(problem.A, (Numbers{-1.0, 5e-324}));
-    EXPECT_EQ(problem.Aeq, (Numbers{0.48485306470651324, 0}));
-    EXPECT_EQ(problem.constant, -100.0);
-    EXPECT_EQ(problem.b, Numbers{123456789.123456789});
-    EXPECT_EQ(problem.beq, Numbers{1.7e-5});
-    EXPECT_EQ(problem.ub, (Numbers{0.7, Infinity}));
-    EXPECT_EQ(problem.lb, (Numbers{0, -1e-300}));
-    EXPECT_EQ(problem.H, (Numbers{2, 0, 0, 0}));
+    EXPECT_EQ(model.c, (Numbers{0.3, 0}));
+    EXPECT_EQ(model.A, (Numbers{-1.0, 0.48485306470651324, 5e-324, 0}));
+    EXPECT_EQ(model.constant, -100.0);
+    EXPECT_EQ(model.rowUpper, (Numbers{123456789.123456789, 1.7e-5}));
+    EXPECT_EQ(model.upper, (Numbers{0.7, Infinity}));
+    EXPECT_EQ(model.lower, (Numbers{0, -1e-300}));
+    EXPECT_EQ(model.H, (Numbers{2, 0, 0, 0}));
 }
 
 }  // namespace

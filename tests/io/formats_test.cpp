@@ -26,30 +26,31 @@ TEST(FixedFormat, NamesMayContainBlanks) {
         "QUADOBJ\n"
         "    a b       c                  0.5   a b                1.0\n"
         "ENDATA\n";
-    const Problem problem = read(text);
+    const Model model = read(text);
 
-    EXPECT_EQ(problem.name, "two words");
-    EXPECT_EQ(problem.variableNames, (std::vector<std::string>{"a b", "c"}));
-    EXPECT_EQ(problem.c, (Numbers{1.5, 0}));
-    EXPECT_EQ(problem.A, (Numbers{2, 0, 0, -4}));
-    EXPECT_EQ(problem.b, (Numbers{9, 3}));
-    EXPECT_EQ(problem.inequalities[1].row, "row 2");
-    EXPECT_EQ(problem.ub[0], 5.0);
-    EXPECT_LT(problem.lb[1], -1e300);
-    EXPECT_EQ(problem.H, (Numbers{1, 0.5, 0.5, 0}));
+    EXPECT_EQ(model.name, "two words");
+    EXPECT_EQ(model.variables, (std::vector<std::string>{"a b", "c"}));
+    EXPECT_EQ(model.c, (Numbers{1.5, 0}));
+    EXPECT_EQ(model.A, (Numbers{2, 0, 0, 4}));
+    EXPECT_EQ(model.rowUpper[0], 9.0);
+    EXPECT_EQ(model.rowLower[1], -3.0);
+    EXPECT_EQ(model.rows[1], "row 2");
+    EXPECT_EQ(model.upper[0], 5.0);
+    EXPECT_LT(model.lower[1], -1e300);
+    EXPECT_EQ(model.H, (Numbers{1, 0.5, 0.5, 0}));
 }
 
 TEST(FreeFormat, IsRecognisedWithoutTheMarkWhichRulesOutNamesWithBlanks) {
-    const Problem problem = read(
+    const Model model = read(
         "NAME a longer title\nROWS\n N averylongobjectivename\n L r\nCOLUMNS\n"
         "\tx averylongobjectivename 1 r\t2\nRHS\n r 3\nENDATA\n");
-    EXPECT_EQ(problem.name, "a longer title");
-    EXPECT_EQ(problem.A, Numbers{2});
-    EXPECT_EQ(problem.b, Numbers{3});
+    EXPECT_EQ(model.name, "a longer title");
+    EXPECT_EQ(model.A, Numbers{2});
+    EXPECT_EQ(model.rowUpper, Numbers{3});
 
     // By columns, x 1 would be the name of a variable.
     const std::string body = "ROWS\n N  o\nCOLUMNS\n    x 1       o                  2.0\nENDATA\n";
-    EXPECT_EQ(read("NAME          t\n" + body).variableNames[0], "x 1");
+    EXPECT_EQ(read("NAME          t\n" + body).variables[0], "x 1");
     EXPECT_EQ(errorOf("NAME t FREE\n" + body), "t.qps:5:7: unknown row '1'");
     EXPECT_EQ(read(smallFile("")).name, "small");
 }
@@ -60,13 +61,13 @@ TEST(Lines, MayEndAsOnOtherSystemsAndBeEmpty) {
         text.insert(end, 1, '\r');
     }
 
-    EXPECT_EQ(read(text).b, Numbers{5});
+    EXPECT_EQ(read(text).rowUpper, Numbers{5});
 }
 
 TEST(Sections, TellTheSenseAnywhereAndTheObjectivesCurvature) {
-    const Problem problem = read(smallFile("QSECTION o\n x x 3\n x y 1\nOBJSENSE\n MAX\n"));
-    EXPECT_TRUE(problem.maximise);
-    EXPECT_EQ(problem.H, (Numbers{-3, -1, -1, 0}));
+    const Model model = read(smallFile("QSECTION o\n x x 3\n x y 1\nOBJSENSE\n MAX\n"));
+    EXPECT_TRUE(model.maximise);
+    EXPECT_EQ(model.H, (Numbers{-3, -1, -1, 0}));
 }
 
 class Files : public ::testing::Test {
@@ -81,7 +82,8 @@ protected:
     }
     /// Behind the path.
     [[nodiscard]] std::string error(const ReadLimits& limits = {}) const {
-        return errorFrom([&] { return readProblem(path_, limits); }).substr(path_.size());
+        return errorFrom([&] { return readModel(path_, Format::Mps, limits); })
+            .substr(path_.size());
     }
 
     const std::string path_ = ::testing::TempDir() + "activeset_io_" +
@@ -91,7 +93,7 @@ protected:
 TEST_F(Files, CompressedAndPlainOnesReadAlike) {
     for (const char* const mode : {"wT", "wb"}) {
         write(smallFile("RHS\n b r 5\n"), mode);
-        EXPECT_EQ(readProblem(path_).b, Numbers{5});
+        EXPECT_EQ(readModel(path_).rowUpper, Numbers{5});
         write(smallFile("RHS\n b q 5\n"), mode);
         EXPECT_EQ(error(), ":9:4: unknown row 'q'");
     }
@@ -103,9 +105,9 @@ TEST_F(Files, OfBzip2AreReadWhole) {
         GTEST_SKIP() << "no bzip2 here";
     }
     const std::string packed = path_ + ".bz2";
-    EXPECT_EQ(readProblem(packed).b, Numbers{5});
+    EXPECT_EQ(readModel(packed).rowUpper, Numbers{5});
     std::filesystem::resize_file(packed, std::filesystem::file_size(packed) / 2);
-    EXPECT_EQ(errorFrom([&] { return readProblem(packed); }),
+    EXPECT_EQ(errorFrom([&] { return readModel(packed); }),
               packed + ": the compressed data are damaged or incomplete");
     std::filesystem::remove(packed);
 }
@@ -122,11 +124,11 @@ TEST_F(Files, ThatCannotBeReadSayWhy) {
         text += std::to_string(line * 7919 % 10007) + "\n";
     }
     write(text);
-    ASSERT_EQ(readProblem(path_).n, 2U);
+    ASSERT_EQ(readModel(path_).n(), 2U);
     std::filesystem::resize_file(path_, std::filesystem::file_size(path_) / 2);
     EXPECT_EQ(error(), ": the compressed data are damaged or incomplete");
 
-    EXPECT_EQ(errorFrom([] { return readProblem("/"); }), "/: cannot be read: Is a directory");
+    EXPECT_EQ(errorFrom([] { return readModel("/"); }), "/: cannot be read: Is a directory");
 }
 
 }  // namespace

@@ -14,8 +14,8 @@ namespace activeset::io::tests {
 
 using Numbers = std::vector<double>;
 
-inline Problem read(std::string_view text, const ReadLimits& limits = {}) {
-    return readProblemText(text, "t.qps", limits);
+inline Model read(std::string_view text, const ReadLimits& limits = {}) {
+    return readModelText(text, "t.qps", Format::Mps, limits);
 }
 
 /// what() of the error that `action` raises; "no error" if it raises none.

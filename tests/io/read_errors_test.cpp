@@ -108,7 +108,7 @@ TEST(ReadErrors, NameThePlaceAndTheFault) {
 
 TEST(ReadErrors, ProblemsTooLargeForDenseMatricesAreRefused) {
     // H takes 2·2 doubles and A 1·2: 48 bytes.
-    EXPECT_EQ(read(smallFile(""), {.denseBytes = 48}).n, 2U);
+    EXPECT_EQ(read(smallFile(""), {.denseBytes = 48}).n(), 2U);
     EXPECT_EQ(errorOf(smallFile(""), {.denseBytes = 47}),
               "t.qps: out of memory: the dense matrices of 2 variables would take 1 MB, more "
               "than the 1 MB allowed");

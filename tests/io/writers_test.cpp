@@ -78,8 +78,6 @@ TEST(JsonFormat, KeepsPenaltiesAndNoOtherFormatDropsThem) {
         EXPECT_EQ(errorFrom([&] { static_cast<void>(modelText(model, format, "t")); }),
                   "t: the format has no penalties, but row 'low' is soft; JSON has them");
     }
-    EXPECT_EQ(errorFrom([&] { static_cast<void>(denseForm(model, "t")); }),
-              "t: row 'low' is soft, and the dense form has no penalties");
     Model bounds = soft();
     bounds.rowPenalty = {.lowerLinear = {1, Inf, Inf, Inf}};  // of a side that is absent
     EXPECT_THAT(errorFrom([&] { static_cast<void>(modelText(bounds, Format::Lp, "t")); }),

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "activeset/one_sided.hpp"
 #include "io/reader.hpp"
 #include "solve/call.hpp"
 #include "solve/optimality.hpp"
@@ -18,22 +19,23 @@ namespace {
 using nlohmann::json;
 
 /// Rows instead of columns.
-Problem plain(const io::Problem& file) {
-    const auto rows = [n = file.n](const Numbers& columns, size_t m) {
+Problem plain(const io::Model& file) {
+    const OneSidedRows split = oneSidedRows(io::viewsOf(file));
+    const auto rows = [n = file.n()](const Numbers& columns, size_t m) {
         Rows result(m, Numbers(n));
         for (size_t k = 0; k < columns.size(); ++k) {
             result[k % m][k / m] = columns[k];
         }
         return result;
     };
-    return {rows(file.H, file.n),
+    return {rows(file.H, file.n()),
             file.c,
-            rows(file.A, file.mIneq),
-            file.b,
-            rows(file.Aeq, file.mEq),
-            file.beq,
-            file.lb,
-            file.ub};
+            rows(split.A, split.b.size()),
+            split.b,
+            rows(split.Aeq, split.beq.size()),
+            split.beq,
+            file.lower,
+            file.upper};
 }
 
 /// What the independent implementation says about a file; null when it was not run on it.
@@ -73,10 +75,10 @@ TEST_P(ProblemFiles, EndAsExpected) {
     if (file.empty()) {
         GTEST_SKIP() << NothingShared;
     }
-    const io::Problem content = io::readProblem(file);
+    const io::Model content = io::readModel(file);
     const Problem problem = plain(content);
     const json reference = referenceOf(GetParam());
-    const auto rows = static_cast<int>(content.n + content.mIneq + content.mEq);
+    const auto rows = static_cast<int>(problem.c.size() + problem.b.size() + problem.beq.size());
     const Result result = solve(problem, {std::max(10 * rows, 200), 1e-6, 1e-6});
     const double f = result.f + content.constant;
     const bool isHs268 = GetParam() == "maros/HS268";

@@ -38,7 +38,7 @@ CoreForm::CoreForm(const ProblemData& data) : n_(data.n), m_(data.m) {
         const double* column = data.columnOfA(j);
         double* to = A.data() + j * inequalities_.size();
         for (const auto& [i, side] : inequalities_) {
-            *to++ = side == Side::Upper ? column[i] : -column[i];
+            *to++ = side == Side::Upper ? column[i] : 0.0 - column[i];  // no −0
         }
         to = Aeq.data() + j * equalities_.size();
         for (const auto& [k, side] : equalities_) {

@@ -37,6 +37,9 @@ public:
     };
 
     [[nodiscard]] std::size_t variables() const { return n_; }
+    /// The rows of A, then those of Aeq, in their order.
+    [[nodiscard]] const std::vector<Row>& inequalities() const { return inequalities_; }
+    [[nodiscard]] const std::vector<Row>& equalities() const { return equalities_; }
 
     /// Takes new right-hand sides and bounds, if the same sides are finite and the same ones equal;
     /// else changes nothing and returns false.
