@@ -1,4 +1,4 @@
-// Threads take the next file as they become free.
+// Each thread takes the next file when it has finished one.
 #include "cli/batch.hpp"
 
 #include <map>

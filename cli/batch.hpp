@@ -1,4 +1,4 @@
-// Many files, several at a time, their output in order.
+// Solves many files, several at a time, and prints the results in order.
 #ifndef ACTIVESET_CLI_BATCH_HPP
 #define ACTIVESET_CLI_BATCH_HPP
 
@@ -22,9 +22,9 @@ struct FileOutcome {
     TableRow row{};
 };
 
-/// Calls `solve` for 0 to count − 1, `jobs` at a time, and `emit` with each result, in order and
-/// from one thread at a time, as soon as those before it are out. Once an interrupt is pending, no
-/// other one begins.
+/// Calls `solve` for 0 to count − 1, `jobs` at a time. Calls `emit` with each result as soon as the
+/// results before it are out, from one thread at a time. No solve begins while an interrupt is
+/// pending.
 ///
 /// @return how many were begun
 [[nodiscard]] std::size_t runBatch(std::size_t count,

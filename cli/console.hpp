@@ -1,4 +1,4 @@
-// Both output streams of the process, and what may be written to them.
+// The two output streams of the process: messages, colours, file names.
 #ifndef ACTIVESET_CLI_CONSOLE_HPP
 #define ACTIVESET_CLI_CONSOLE_HPP
 

@@ -1,4 +1,4 @@
-// Signal handlers for the time of a reading.
+// Installs signal handlers while a file is read.
 #include "cli/crash_message.hpp"
 
 #include <unistd.h>

@@ -7,8 +7,9 @@
 
 namespace activeset::cli {
 
-/// While it lives, a crash ends the process with a line on standard error and status HasFailed. The
-/// library that reads problem files does not check its allocations.
+/// While an object lives, a crash ends the process with a line on standard error and status
+/// HasFailed. It is needed because the library that reads problem files does not check its
+/// allocations.
 class CrashMessage {
 public:
     CrashMessage() noexcept;

@@ -1,4 +1,5 @@
-// The exit statuses of the tool, one per class, from best to worst: of several the largest counts.
+// The exit statuses of the tool, one per class, from best to worst. With several files the largest
+// status counts.
 #ifndef ACTIVESET_CLI_EXIT_STATUS_HPP
 #define ACTIVESET_CLI_EXIT_STATUS_HPP
 
@@ -14,7 +15,7 @@ enum ExitStatus : int {
     IsNotConvex = 4,
     IsInaccurate = 5,
     Differs = 6,     ///< `compare` found another answer
-    BadData = 7,     ///< a file that says what cannot be understood or solved
+    BadData = 7,     ///< a file whose content cannot be understood or solved
     NoFile = 8,      ///< a file that cannot be read or written, standard output among them
     BadUsage = 9,    ///< of the command line
     HasFailed = 10,  ///< out of memory, or an error inside

@@ -76,7 +76,7 @@ FileError attempt(const std::string& file, const std::function<void()>& work) {
 }
 
 io::Model readFile(const std::string& file, io::Format format) {
-    static std::mutex oneReading;  // the message about crashes belongs to the process
+    static std::mutex oneReading;  // one handler of crashes serves the whole process
     const std::lock_guard lock(oneReading);
     const CrashMessage guard;
     return io::readModel(file, format);

@@ -1,4 +1,4 @@
-// What a verb does with one file, errors included.
+// Reads and writes files for the verbs, and turns what they raise into messages.
 #ifndef ACTIVESET_CLI_FILE_RUN_HPP
 #define ACTIVESET_CLI_FILE_RUN_HPP
 
@@ -18,7 +18,7 @@ struct FileError {
     bool hasMemoryEnded = false;
 };
 
-/// Calls `work`; what it raises is an error about the file.
+/// Calls `work` and turns an exception into an error about the file.
 [[nodiscard]] FileError attempt(const std::string& file, const std::function<void()>& work);
 
 /// Reads the model in a file, one at a time; a crash of the reader is reported.

@@ -24,7 +24,7 @@ const char* const StatusText =
 const char* const InterruptText =
     "Ctrl-C stops at the point reached and reports it; a second Ctrl-C ends the process.";
 
-/// Wraps `text` at 80 columns; the first line begins at `column`, behind what is there already.
+/// Wraps `text` at 80 columns. The first line begins at `column`: other text stands before it.
 std::string wrapped(const std::string& text, std::size_t column) {
     std::istringstream words(text);
     std::string result;

@@ -1,4 +1,4 @@
-// Help, manual page and completion, all from the commands as they were declared.
+// Help, manual page and completion, made from the declarations of the commands.
 #ifndef ACTIVESET_CLI_HELP_HPP
 #define ACTIVESET_CLI_HELP_HPP
 

@@ -18,7 +18,7 @@ extern "C" void requestStop(int /*signal*/) {
 InterruptHandler::InterruptHandler() {
     struct sigaction action {};
     action.sa_handler = &requestStop;
-    // The default action is back when the handler has run once.
+    // The handler runs once; then the default action is back.
     action.sa_flags = static_cast<int>(SA_RESETHAND | static_cast<unsigned>(SA_RESTART));
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);

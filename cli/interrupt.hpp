@@ -4,8 +4,8 @@
 
 namespace activeset::cli {
 
-/// While it lives, the first SIGINT makes the library's interrupt flag pending and the second one
-/// ends the process as it does by default. One at a time.
+/// While an object lives, the first SIGINT sets the library's interrupt flag, and the second one
+/// ends the process as it does by default. There is one object at a time.
 class InterruptHandler {
 public:
     InterruptHandler();

@@ -110,7 +110,7 @@ void addConflict(JsonWriter& json, const io::Model& model, const Conflict& confl
     json.close('}');
 }
 
-/// What shows that there is no optimum.
+/// The proof that there is no optimum.
 void addProof(JsonWriter& json, const io::Model& model, const Solution& solution) {
     const Result& result = solution.result;
     if (result.status == Status::Infeasible) {

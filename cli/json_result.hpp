@@ -9,7 +9,7 @@
 
 namespace activeset::cli {
 
-/// What the objects of this version say they are. It changes when a field changes its meaning.
+/// The value of the field "schema". It changes when a field changes its meaning.
 inline constexpr const char* ResultSchema = "activeset-result/1";
 
 /// One line, without line end. Signs of x, y and z as in activeset::Result.

@@ -11,7 +11,7 @@ namespace activeset::cli {
 
 class JsonWriter {
 public:
-    /// '{' or '['; inside an object behind its key.
+    /// Opens an object with '{' or an array with '['. Inside an object a key comes first.
     void open(char bracket) {
         separate();
         text_ += bracket;
@@ -24,8 +24,8 @@ public:
         text_ += name;
         text_ += "\":";
     }
-    /// A string, a number or a truth value. Strings need not be UTF-8, what is not becomes the
-    /// replacement character; what is no finite number becomes null.
+    /// Writes a string, a number or a truth value. Bytes of a string that are not UTF-8 become the
+    /// replacement character. A number that is not finite becomes null.
     template <class Value>
     void value(const Value& value) {
         separate();
@@ -38,7 +38,7 @@ public:
         value(content);
     }
 
-    /// All of it, in one line, without a line end.
+    /// The whole text, in one line, without a line end.
     [[nodiscard]] std::string text() && { return std::move(text_); }
 
 private:

@@ -49,7 +49,7 @@ void describe(CLI::App& app, Action& chosen) {
     addText("print-completion", completionText);
 }
 
-/// What the parser reports is the answer to --help or --version, or one line on standard error.
+/// Prints the answer to --help or --version, or one line on standard error for a mistake.
 int reportUsage(const CLI::App& app, const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {
         return written(app.exit(error));
@@ -70,8 +70,8 @@ int reportUsage(const CLI::App& app, const CLI::ParseError& error) {
     return BadUsage;
 }
 
-/// When they are unloaded, other libraries may wait for ever for memory that they do not get. So a
-/// process whose address space is limited leaves without asking them to clean up.
+/// Some libraries wait for memory for ever while they are unloaded. So a process whose address
+/// space is limited ends without unloading them.
 int left(int status) {
     rlimit limit{};
     if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {

@@ -9,8 +9,8 @@
 
 namespace activeset::cli {
 
-/// Calls `visit` with kind, name and multiplier of every side, in the order of
-/// SolveResult::lambda, which `multipliers` has, too, unless there are none.
+/// Calls `visit` with kind, name and multiplier of every side. `multipliers` are in the order of
+/// SolveResult::lambda; if there are none, no side is visited.
 template <class Visit>
 void visitMultipliers(const StrictProblem& problem,
                       const std::vector<double>& multipliers,

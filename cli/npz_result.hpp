@@ -11,8 +11,8 @@
 
 namespace activeset::cli {
 
-/// The archive: outcome and names; with a point objective, x, y, z, and the working set as a side
-/// for each row and variable; else the arrays of the proof.
+/// The archive holds outcome and names. If there is a point, it holds objective, x, y and z, too,
+/// and the working set as a side for each row and variable; otherwise the arrays of the proof.
 [[nodiscard]] std::string npzText(const io::Model& model, const Solution& solution);
 
 /// The point in such an archive. Of the arrays x and names must be there.

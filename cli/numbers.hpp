@@ -15,7 +15,7 @@ namespace activeset::cli {
     return fmt::format("{:.10g}", value + 0.0);
 }
 
-/// The size of an error; one too small to show beside 1 in a double is only said to be small.
+/// The size of an error. Errors below the rounding of 1 are all written as "below 1e-16".
 [[nodiscard]] inline std::string shownResidual(double value) {
     constexpr double Negligible = 1e-16;
     if (value == 0.0) {

@@ -16,7 +16,7 @@ constexpr std::chrono::seconds Patience{1};
 constexpr std::chrono::milliseconds Refresh{200};
 constexpr const char* Erase = "\r\x1b[K";
 
-/// "#####.....": the share of # is what is done.
+/// "#####.....": the share of # is the share of the work that is done.
 std::string bar(std::size_t done, std::size_t of) {
     constexpr std::size_t Width = 20;
     const std::size_t full = of == 0 ? 0 : Width * done / of;

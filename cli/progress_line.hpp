@@ -13,8 +13,8 @@
 
 namespace activeset::cli {
 
-/// After a second it shows the latest state on standard error, several times a second, and erases
-/// it at the end. It does nothing if standard error is no terminal.
+/// Shows the latest state on standard error several times a second, beginning after one second,
+/// and erases it at the end. Does nothing if standard error is no terminal.
 class ProgressLine {
 public:
     /// @param files  the number of files to solve
@@ -26,7 +26,7 @@ public:
     ProgressLine& operator=(ProgressLine&&) = delete;
 
     [[nodiscard]] bool isShown() const { return thread_.joinable(); }
-    /// From any thread.
+    /// May be called from any thread.
     void tell(const Progress& progress);
     void tellDone(std::size_t done);
     /// Erases the line until the next update.

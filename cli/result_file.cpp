@@ -78,7 +78,7 @@ StoredPoint pointOfSol(const std::string& path, const std::string& text) {
     return stored;
 }
 
-/// Adds what a text holds: one value, an array of them, or one a line.
+/// Adds the values in a text: a single one, an array, or one a line.
 void parseInto(std::vector<json>& results, const std::string& text) {
     json whole = json::parse(text, nullptr, false);
     if (whole.is_array()) {

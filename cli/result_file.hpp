@@ -11,12 +11,13 @@
 
 namespace activeset::cli {
 
-/// All objects of a JSON file with results: one, an array, or one a line.
+/// All objects of a JSON file with results. The file holds one object, an array, or one object a
+/// line.
 /// @raises io::ReadError
 [[nodiscard]] std::vector<nlohmann::json> readResults(const std::string& path);
 
 /// The point of a result, and its working set if it has one, for a model with the same names.
-/// Names that the model lacks are left out; variables without a value start at 0.
+/// Names that the model does not have are left out. Variables without a value start at 0.
 /// @raises io::ReadError
 [[nodiscard]] WarmStart readWarmStart(const std::string& path, const io::Model& model);
 

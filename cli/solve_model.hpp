@@ -18,7 +18,7 @@ struct Solution {
 
     /// Whether there is a point that is worth showing.
     [[nodiscard]] bool hasPoint() const;
-    /// Whether numbers of the result show what its status says.
+    /// Whether the vectors of the result prove its status.
     [[nodiscard]] bool isProved() const;
 };
 
@@ -28,7 +28,7 @@ struct Solution {
                                   const Settings& settings,
                                   const WarmStart* warm);
 
-/// Looks for a minimal conflict, for at most some seconds unless the settings allow less.
+/// Looks for a minimal conflict, for half a minute at most, or for the time limit if it is less.
 /// @raises HostError
 void findConflict(const io::Model& model, Settings settings, Solution& solution);
 

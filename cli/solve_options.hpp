@@ -1,4 +1,4 @@
-// What a user asks of a solve.
+// The options of a solve.
 #ifndef ACTIVESET_CLI_SOLVE_OPTIONS_HPP
 #define ACTIVESET_CLI_SOLVE_OPTIONS_HPP
 
@@ -47,7 +47,7 @@ void addMethodOptions(CLI::App& command, SolveOptions& options);
 void addOutputOptions(CLI::App& command, SolveOptions& options);
 void addStrictOptions(CLI::App& command, SolveOptions& options);
 
-/// The words for formats, with what they stand for.
+/// The words for formats and the formats that they stand for.
 [[nodiscard]] io::Format formatNamed(const std::string& word);
 [[nodiscard]] std::vector<std::string> formatWords();
 

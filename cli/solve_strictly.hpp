@@ -1,4 +1,4 @@
-// One file, solved by the bare entry function.
+// Solves one file by the bare entry function.
 #ifndef ACTIVESET_CLI_SOLVE_STRICTLY_HPP
 #define ACTIVESET_CLI_SOLVE_STRICTLY_HPP
 
@@ -10,7 +10,7 @@
 
 namespace activeset::cli {
 
-/// Prints the heading and the table on standard output, leaves the rest in `outcome`.
+/// Prints the heading and the table on standard output, and puts the rest into `outcome`.
 /// @raises HostError
 void solveStrictly(io::Model content,
                    const std::string& file,

@@ -1,4 +1,4 @@
-// Layout of what the bare entry function returned.
+// Layout of the result of the bare entry function.
 #include "cli/strict_report.hpp"
 
 #include <fmt/core.h>
@@ -114,7 +114,7 @@ void addHeading(JsonWriter& json, const StrictProblem& problem, const std::strin
 }  // namespace
 
 std::string outcomeText(const SolveResult& result) {
-    // Phase one that is cut short has not shown that there is no feasible point.
+    // If phase one was cut short, there may be a feasible point.
     if (result.code == -2 && result.phaseOneRan && result.iterations == 0) {
         if (result.interrupted) {
             return "interrupted before a feasible point was found";

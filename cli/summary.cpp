@@ -17,7 +17,8 @@ namespace activeset::cli {
 
 namespace {
 
-/// Entries of a proof up to this part of the largest are rounding and are not shown. JSON has them.
+/// Entries of a proof that are at most this part of the largest are rounding. The summary leaves
+/// them out; JSON has them.
 constexpr double Crumb = 1e-12;
 
 double crumbOf(const std::vector<double>& values) {

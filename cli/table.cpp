@@ -1,4 +1,4 @@
-// Writes the same row as text and with commas.
+// Writes rows as aligned text and as CSV.
 #include "cli/table.hpp"
 
 #include <fmt/format.h>
@@ -43,7 +43,7 @@ std::string csvNumber(const std::optional<double>& value) {
     return value ? fmt::format("{:.17g}", *value + 0.0) : "";
 }
 
-/// The first field of the line that begins at `position`, which moves behind that line.
+/// The first field of the line that begins at `position`. Moves `position` behind that line.
 std::string firstField(const std::string& text, std::size_t& position) {
     std::string field;
     bool isQuoted = false;

@@ -1,4 +1,4 @@
-// One line a problem: for the end of a batch, and for files that other programs read.
+// A table with a line for each problem: the end of a batch, and files that other programs read.
 #ifndef ACTIVESET_CLI_TABLE_HPP
 #define ACTIVESET_CLI_TABLE_HPP
 
@@ -28,14 +28,14 @@ struct TableRow {
                              const std::string& file,
                              const Solution& solution);
 
-/// Columns one below the other, and how many ended in which way.
+/// The table with aligned columns, and a last line that counts the outcomes.
 [[nodiscard]] std::string tableText(const std::vector<TableRow>& rows);
 
 [[nodiscard]] std::string csvHeading();
 /// Line end included.
 [[nodiscard]] std::string csvLine(const TableRow& row);
 
-/// The files that a table in `text` has.
+/// The files that have a line in the table `text`.
 [[nodiscard]] std::set<std::string> filesInCsv(const std::string& text);
 
 }  // namespace activeset::cli

@@ -28,7 +28,7 @@ struct CompareOptions {
     double tolerance = 1e-6;
 };
 
-/// By the name of the file without folders.
+/// Results by the name of their file without folders.
 std::map<std::string, json> byName(const std::string& path) {
     std::map<std::string, json> results;
     for (json& result : readResults(path)) {
@@ -47,7 +47,7 @@ double numberOf(const json& result, const char* key) {
     return found != result.end() && found->is_number() ? found->get<double>() : std::nan("");
 }
 
-/// Empty where both say the same.
+/// The difference in words; empty if both results agree.
 std::string difference(const json& first, const json& second, double tolerance) {
     if (outcomeOf(first) != outcomeOf(second)) {
         return fmt::format("outcome {} and {}", outcomeOf(first), outcomeOf(second));
@@ -79,7 +79,7 @@ int compare(const CompareOptions& options) {
             continue;
         }
         ++same;
-        constexpr double Clock = 1e-6;  // seconds below it are noise
+        constexpr double Clock = 1e-6;  // shorter times are noise
         logOfRatios += std::log(std::max(Clock, numberOf(found->second, "seconds")) /
                                 std::max(Clock, numberOf(result, "seconds")));
     }

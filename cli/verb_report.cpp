@@ -21,7 +21,8 @@ struct ReportOptions {
     std::string output;
 };
 
-/// Writes the page beside the results, unless told where, and says so.
+/// Writes the page to the file of --output. Without one it goes beside the results, and its name is
+/// printed.
 void makePage(const ReportOptions& options) {
     const std::vector<nlohmann::json> results = readResults(options.results);
     const std::string name = options.results == "-" ? "report" : options.results;

@@ -55,8 +55,8 @@ public:
         finish();
         const int status = std::max(status_, written(status_));
         if (hasMemoryEnded_) {
-            std::_Exit(status);  // at their end other libraries may wait for memory that does not
-        }                        // come
+            std::_Exit(status);  // other libraries may wait for memory while they are unloaded
+        }
         return status;
     }
 
@@ -135,7 +135,7 @@ private:
         writeOne(model, solution);
     }
 
-    /// With a callback, solves begin at the start, unless the options say where.
+    /// A solve with a callback begins at the start point. The options may say otherwise.
     void watch(Settings& settings, std::vector<Progress>& passes) const {
         const bool isShown = progress_->isShown();
         if (options_.trace) {
@@ -201,7 +201,7 @@ private:
         progress_->tellDone(rows_.size());
     }
 
-    /// What holds one result only.
+    /// Writes the output files that hold one result only.
     void writeOne(const io::Model& model, const Solution& solution) const {
         if (options_.output.ends_with(".sol")) {
             writeFile(options_.output,
@@ -230,7 +230,7 @@ private:
             status_ = std::max(status_, error.status);
         }
     }
-    /// One object, or an array of several.
+    /// The JSON of all files: one object, or an array of several.
     [[nodiscard]] std::string joined() const {
         if (json_.size() == 1) {
             return json_.front() + "\n";

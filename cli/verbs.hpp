@@ -1,4 +1,4 @@
-// The verbs of the tool. Each adds its command to the application and leaves behind what it does.
+// The verbs of the tool. Each adds its command to the application, with the action that runs it.
 #ifndef ACTIVESET_CLI_VERBS_HPP
 #define ACTIVESET_CLI_VERBS_HPP
 
@@ -7,10 +7,10 @@
 
 namespace activeset::cli {
 
-/// Runs a command whose options have been read. @return the exit status
+/// Runs a command after its options have been read. @return the exit status
 using Action = std::function<int()>;
 
-/// Adds a command; once it has been chosen, `chosen` is what it does.
+/// Adds a command. Parsing its name on the command line sets `chosen` to its action.
 void addSolve(CLI::App& app, Action& chosen);
 void addExplain(CLI::App& app, Action& chosen);
 void addRelax(CLI::App& app, Action& chosen);

@@ -20,8 +20,8 @@ struct ScaledSum {
     }
 };
 
-/// The largest of many residuals; not supported once one of them is larger than allowed, or is
-/// not a number.
+/// The largest of many residuals. It supports the outcome unless one of them is larger than allowed
+/// or NaN.
 class Largest {
 public:
     explicit Largest(double tolerance) : tolerance_(tolerance) {}
@@ -55,7 +55,7 @@ std::vector<ScaledSum> rowResiduals(const std::vector<double>& matrix,
     return residuals;
 }
 
-/// Everything that the outcome is judged by, one pass over the data for each kind of residual.
+/// Computes all residuals, in one pass over the data for each kind.
 class Judge {
 public:
     Judge(const StrictProblem& problem, const SolveResult& result, const SolverSettings& settings)

@@ -1,4 +1,4 @@
-// Whether the numbers that a solve returned support the outcome that it reported.
+// Judges whether the numbers of a strict solve support its outcome.
 #ifndef ACTIVESET_CLI_VERDICT_HPP
 #define ACTIVESET_CLI_VERDICT_HPP
 
@@ -12,7 +12,7 @@ struct Residual {
     bool supports = true;
 };
 
-/// Computed from the problem's data, without the solver.
+/// The residuals of a result, computed from the problem's data without the solver.
 struct Verdict {
     /// ½xᵀHx + cᵀx + constant, with the sign of the file; supports the outcome when the solver
     /// reports the same value.
@@ -32,9 +32,9 @@ struct Verdict {
     }
 };
 
-/// What must hold depends on the outcome: an optimum needs all four small, infeasibility needs a
-/// primal residual that is not, every other outcome is about a feasible point. Small is relative
-/// to the terms that a residual is the sum of, and never less than the tolerances allow.
+/// An optimum needs four small residuals. Infeasibility needs a primal residual that is not small.
+/// Every other outcome needs a small primal residual, since it is about a feasible point. A
+/// residual is small if it is within the tolerance, or within that part of the terms of its sum.
 [[nodiscard]] Verdict judge(const StrictProblem& problem,
                             const SolveResult& result,
                             const SolverSettings& settings);

@@ -1,4 +1,4 @@
-// One character after the other, decoded from UTF-8.
+// Decodes UTF-8 and escapes character by character.
 #include "cli/visible.hpp"
 
 #include <fmt/format.h>

@@ -1,4 +1,4 @@
-// Text from files and arguments, as it may be shown on a terminal.
+// Makes text from files and arguments safe to show on a terminal.
 #ifndef ACTIVESET_CLI_VISIBLE_HPP
 #define ACTIVESET_CLI_VISIBLE_HPP
 
@@ -7,12 +7,12 @@
 
 namespace activeset::cli {
 
-/// The text, in which what commands a terminal or changes the direction of writing is escaped:
+/// The text, with characters escaped that command a terminal or change the direction of writing:
 /// control characters (\x1b, \x7f, \u009b) but for line ends, bidirectional controls (\u202e),
 /// bytes that are not UTF-8 (\xff).
 [[nodiscard]] std::string visible(std::string_view text);
 
-/// The same for what has to stay one line.
+/// The same for text that has to stay in one line: line ends are escaped, too.
 [[nodiscard]] std::string visibleLine(std::string_view text);
 
 }  // namespace activeset::cli

@@ -25,7 +25,7 @@ std::string termText(double coefficient, const std::string& name, bool isFirst) 
                        : fmt::format("{}{:.6g} {}", sign, size, name);
 }
 
-/// The sum, or as many of its terms as have room in `longest` columns.
+/// The sum, or as many of its terms as fit into `longest` columns.
 std::string sumText(const io::Model& model, std::size_t row, std::size_t longest) {
     std::string text;
     std::size_t terms = 0;

@@ -19,7 +19,7 @@ enum class Side { Lower, Upper };
 /// "x ≥ 3"
 [[nodiscard]] std::string boundWords(const io::Model& model, std::size_t column, Side side);
 
-/// All members, rows first.
+/// The members of the set, rows first.
 [[nodiscard]] std::vector<std::string> conflictWords(const io::Model& model,
                                                      const Conflict& conflict);
 

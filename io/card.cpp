@@ -22,8 +22,8 @@ struct FieldColumns {
 constexpr std::array<FieldColumns, 6> Fields{
     {{1, 3}, {4, 12}, {14, 22}, {24, 36}, {39, 47}, {49, 61}}};
 
-/// The six fields by columns. Whatever stands between two fields or behind the last one would be
-/// cut off silently, so it makes the line one that is not in fixed format.
+/// The six fields by columns. A line with text between two fields or behind the last one is not in
+/// fixed format: that text would be cut off silently.
 std::array<std::string_view, 6> fixedFields(std::string_view line, const Location& location) {
     std::array<std::string_view, 6> fields{};
     std::size_t gap = 0;

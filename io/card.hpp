@@ -56,11 +56,11 @@ struct Card {
 /// Whether a bound of this kind stands without a number.
 [[nodiscard]] bool isNumberlessBound(std::string_view type);
 
-/// The card on `line` of `section`, which is one of those that have cards (from Rows on).
+/// The card on `line` of `section`, which is Rows or a later section: earlier ones have no cards.
 ///
 /// @param columns  tells which word of a free bound card is the column
-/// @raises ReadError when the line does not have the form of a card of that section; that the
-///         numbers are numbers and the names are known is for the caller to check
+/// @raises ReadError when the line does not have the form of a card of that section. The caller
+///         checks that numbers are numbers and names are known
 [[nodiscard]] Card splitCard(std::string_view line,
                              Section section,
                              CardFormat format,

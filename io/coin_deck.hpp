@@ -38,9 +38,9 @@ inline constexpr double InfiniteBound = 1e20;
 /// The checked cards of a file, handed to CoinUtils, which knows what they mean: default bounds,
 /// the sign of a range, an upper bound below zero.
 ///
-/// CoinUtils never sees the file itself. Names longer than its buffers and some damaged cards end
-/// in a segmentation fault, blanks vanish from names, and its decimal reader is wrong in the last
-/// digits (-.100000e+01 becomes -0.99999999999999989). The deck therefore has names of its own and
+/// CoinUtils never sees the file itself. It crashes on names longer than its buffers and on some
+/// damaged cards, it drops blanks from names, and its decimal reader is wrong in the last digits
+/// (-.100000e+01 becomes -0.99999999999999989). The deck therefore has names of its own and
 /// writes every number as its bit pattern, a form that CoinUtils reads exactly.
 class CoinDeck {
 public:

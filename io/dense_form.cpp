@@ -12,7 +12,7 @@ namespace activeset::io {
 
 namespace {
 
-/// Of all rows; one whose sides are equal has one side.
+/// The number of sides of all rows. A row whose sides are equal has one.
 std::size_t sidesIn(const LinearPart& linear) {
     std::size_t sides = 0;
     for (std::size_t row = 0; row < linear.rows; ++row) {

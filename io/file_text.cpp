@@ -54,7 +54,7 @@ struct CloseBzip2 {
     }
 };
 
-/// What `packed`, the whole of a file in the format of bzip2, holds.
+/// The text inside `packed`, the bytes of a file in the format of bzip2.
 std::string expanded(std::string& packed, const std::string& path, std::size_t limit) {
     bz_stream state{};
     if (BZ2_bzDecompressInit(&state, 0, 0) != BZ_OK) {
@@ -94,7 +94,7 @@ std::string expanded(const std::string& /*packed*/,
 }
 #endif
 
-/// All that is left of `file`, which is null where it could not be opened.
+/// The rest of `file`. The pointer is null if the file could not be opened.
 std::string textOf(const GzipFile& file, const std::string& path, std::size_t limit) {
     if (file == nullptr) {
         throw ReadError(path, 0, "cannot be opened: " + systemText(errno != 0 ? errno : ENOMEM));

@@ -12,7 +12,7 @@ namespace activeset::io {
 ///         text is longer than `limit` bytes
 [[nodiscard]] std::string readFileText(const std::string& path, std::size_t limit);
 
-/// What errors call it.
+/// The name of standard input in errors.
 inline constexpr const char* StandardInput = "standard input";
 
 /// The same of standard input, to its end.

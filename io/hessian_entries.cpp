@@ -23,7 +23,7 @@ std::string describe(const MatrixEntry& entry, const std::vector<std::string>& n
     return "(" + quoted(names[entry.column]) + ", " + quoted(names[entry.row]) + ")";
 }
 
-/// Of all the entries that repeat an earlier one the first in the file; null if there is none.
+/// The first entry in the file that repeats an earlier one; null if there is none.
 const MatrixEntry* firstRepeated(const std::vector<MatrixEntry>& sorted) {
     const MatrixEntry* first = nullptr;
     for (std::size_t i = 1; i < sorted.size(); ++i) {
@@ -35,7 +35,7 @@ const MatrixEntry* firstRepeated(const std::vector<MatrixEntry>& sorted) {
     return first;
 }
 
-/// Of all the entries that differ from the one across the diagonal the first in the file.
+/// The first entry in the file that differs from the one across the diagonal.
 const MatrixEntry* firstUnsymmetric(const std::vector<MatrixEntry>& sorted) {
     const MatrixEntry* first = nullptr;
     for (const MatrixEntry& entry : sorted) {

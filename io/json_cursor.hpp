@@ -1,5 +1,5 @@
-// Reading JSON front to back, with the line and column of what is not as expected. No tree is
-// built: numbers go straight to where they belong.
+// Reads JSON from front to back. An error names the line and column of what was not expected. No
+// tree is built: numbers go straight to where they belong.
 #ifndef ACTIVESET_IO_JSON_CURSOR_HPP
 #define ACTIVESET_IO_JSON_CURSOR_HPP
 
@@ -18,17 +18,17 @@ public:
 
     /// Begins '{' or '['.
     void open(char bracket);
-    /// Whether another member comes; else the closing bracket is left behind. `isFirst` is true
-    /// before the first call.
+    /// Whether another member comes. If none does, this reads the closing bracket. `isFirst` is
+    /// true before the first call.
     [[nodiscard]] bool another(char closing, bool& isFirst);
     /// The key of a member, its colon included.
     std::string key();
     std::string string();
     /// A number, or "inf", "-inf" and the like where `mayBeInfinite`.
     double number(bool mayBeInfinite = false);
-    /// Passes over a value of any kind.
+    /// Skips a value of any kind.
     void skip(int depth = 0);
-    /// Nothing but blanks is left.
+    /// Checks that only blanks are left.
     void end();
 
     /// Where the next value begins.

@@ -65,7 +65,7 @@ inline Location lineOf(std::string_view whole, const std::string& file, std::siz
     return {file, line, rest.substr(0, rest.find('\n'))};
 }
 
-/// Text of a file as a message shows it: in quotes, and cut if somebody wrote a novel.
+/// Text of a file as a message shows it: in quotes, and cut if it is long.
 inline std::string quoted(std::string_view text) {
     constexpr std::size_t Shown = 32;
     std::string result = "'";

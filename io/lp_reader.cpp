@@ -1,5 +1,5 @@
-// The LP format: an objective, rows and bounds as a person types them. The packaged readers of the
-// format (GLPK's, CoinUtils', lp_solve's) know no quadratic terms, which is why there is one here.
+// The LP format: an objective, rows and bounds as a person types them. The readers that Debian
+// packages (GLPK's, CoinUtils', lp_solve's) know no quadratic terms, so this file has its own.
 #include "io/lp_reader.hpp"
 
 #include <algorithm>

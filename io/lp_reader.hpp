@@ -80,26 +80,28 @@ private:
     double number(const char* what);
     double finite(double value, std::size_t offset);
     void addTerm(Sum& sum);
-    /// Whether what comes next begins another row or section rather than this row's term.
+    /// Whether the next token begins another row or section, and not a term of this row.
     [[nodiscard]] bool startsNew() const { return tokens_.isLabel() || isSectionWord(); }
-    /// Terms up to something that continues no sum. `quadratic`: where brackets may stand.
+    /// Reads terms up to a token that continues no sum. `quadratic` says whether brackets may stand
+    /// among them.
     Sum sum(bool quadratic);
-    /// A sign at the beginning of a line goes on with a row, but begins the next bound.
+    /// A sign at the beginning of a line continues a row, but begins the next bound.
     [[nodiscard]] bool continuesSum() const;
-    /// Leaves signs in front of a bracket behind, if one comes next.
+    /// Reads the signs in front of a bracket, if a bracket follows them.
     bool acceptBracket(double& sign);
     /// [ a x^2 + b x*y … ] / 2; without the half the terms count as they stand.
     void readBrackets(double sign);
     MatrixEntry product(double coefficient);
     std::uint32_t factor();
     char relation();
-    /// What is too large to be a side is none.
+    /// The side; infinite if its magnitude is that of an absent side.
     [[nodiscard]] static double side(double value) {
         return value >= InfiniteBound ? Infinite : value <= -InfiniteBound ? -Infinite : value;
     }
     /// sum ≤ number, number ≤ sum, or number ≤ sum ≤ number.
     Sides sides(const char* what);
-    /// Its constant on the other side; no side that leaves no value.
+    /// Moves the constant of the sum to the sides. Raises ReadError for a side that leaves no
+    /// value.
     Sides moved(Sides sides);
 
     LpTokens tokens_;

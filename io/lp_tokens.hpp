@@ -27,13 +27,13 @@ public:
     LpTokens(std::string_view text, const std::string& file) : text_(text), file_(&file) { read(); }
 
     [[nodiscard]] const LpToken& next() const { return next_; }
-    /// The next token, which is left behind. @raises ReadError where the one after it is none
+    /// Returns the next token and moves on. @raises ReadError where the token after it is none
     LpToken take();
     [[nodiscard]] bool isSign(char sign) const {
         return next_.kind == LpKind::Sign && next_.text.front() == sign;
     }
     [[nodiscard]] bool isRelation() const { return isSign('<') || isSign('>') || isSign('='); }
-    /// Leaves the sign behind if it comes next.
+    /// Moves past the sign if it comes next, and says whether it did.
     bool accept(char sign);
     /// Whether a colon follows the next token.
     [[nodiscard]] bool isLabel() const;

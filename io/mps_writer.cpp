@@ -11,7 +11,7 @@ namespace activeset::io {
 
 namespace {
 
-/// A word for the free format, which blanks end.
+/// Whether the free format can hold the name: a blank would end it.
 bool isWord(const std::string& name) {
     return !name.empty() && name.size() <= 255 && name.front() != '*' && name.front() != '$' &&
            std::none_of(name.begin(), name.end(),
@@ -69,7 +69,7 @@ private:
             }
         }
     }
-    /// A row without sides is one of ≥ −∞.
+    /// A row without sides has the type of ≥, with the side −∞.
     void addSides() {
         text_ += "RHS\n";
         if (model_.constant != 0.0) {

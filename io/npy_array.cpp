@@ -26,7 +26,7 @@ std::size_t littleEndian(std::string_view bytes) {
     return value;
 }
 
-/// The header of a member, and what stands behind it.
+/// The header of a member, and the bytes behind it.
 struct Parts {
     std::string_view header;
     std::string_view data;
@@ -51,7 +51,7 @@ std::optional<Parts> partsOf(std::string_view bytes) {
     return Parts{rest.substr(0, length), rest.substr(length)};
 }
 
-/// Entries times their size; nothing where that has no size_t.
+/// The number of entries times their size; nothing if the product is no std::size_t.
 std::optional<std::size_t> bytesOf(const NpyArray& array) {
     std::size_t bytes = array.entrySize;
     for (const std::size_t size : array.shape) {
@@ -73,7 +73,7 @@ std::uint64_t bitsOf(const NpyArray& array, std::size_t k) {
     return littleEndian({bytes.data(), bytes.size()});
 }
 
-/// The number that `bits` are; NaN for a whole number that no double is equal to.
+/// The number with these bits; NaN for a whole number that no double is equal to.
 double numberOf(const NpyArray& array, std::uint64_t bits) {
     constexpr int Digits = std::numeric_limits<double>::digits;
     if (array.kind == 'f') {
@@ -91,7 +91,8 @@ double numberOf(const NpyArray& array, std::uint64_t bits) {
     return isNegative ? -static_cast<double>(size) : static_cast<double>(size);
 }
 
-/// What NumPy's pickle of the array holding None is, but for the name of a module of NumPy.
+/// NumPy's pickle of the array that holds None. The name of a module of NumPy is left out, since
+/// it differs between versions.
 struct PickledNone {
     std::string_view before;
     std::string_view module;

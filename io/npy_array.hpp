@@ -16,26 +16,26 @@ struct NpyArray {
     bool isBigEndian = false;
     bool isColumnMajor = false;
     std::vector<std::size_t> shape{};
-    std::string_view data{};  ///< points into the member; of the size that the rest says
+    std::string_view data{};  ///< points into the member
 
     [[nodiscard]] std::size_t count() const noexcept;
 };
 
-/// Whether these bytes are the array without dimensions that holds None, which stands for a part
-/// that is absent. It is known by its bytes: nothing is ever unpickled.
+/// Whether these bytes are the array without dimensions that holds None. It stands for an absent
+/// part. The bytes are compared: nothing is ever unpickled.
 [[nodiscard]] bool isPickledNone(std::string_view bytes);
 
 /// The array in `bytes`, of version 1 to 3 of the format.
 /// @param place  for messages: file and member
-/// @raises ReadError (line 0) with what was expected; for objects and records, too
+/// @raises ReadError (line 0) with what was expected; also for objects and records
 [[nodiscard]] NpyArray parseNpy(std::string_view bytes, const std::string& place);
 
 /// The entries as numbers, column by column where there are two dimensions.
 /// @raises ReadError (line 0) for texts, and for whole numbers that no double is equal to
 [[nodiscard]] std::vector<double> numbersOf(const NpyArray& array, const std::string& place);
 
-/// The entries as UTF-8, in the order in which they lie.
-/// @raises ReadError (line 0) for numbers, and for what is no character
+/// The entries as UTF-8, in the order of memory.
+/// @raises ReadError (line 0) for numbers, and for code points that are no character
 [[nodiscard]] std::vector<std::string> textsOf(const NpyArray& array, const std::string& place);
 
 /// The bytes of an array of float64 that lies column by column.

@@ -11,7 +11,7 @@ namespace activeset::io {
 
 namespace {
 
-/// What stands before the entries, with room for so many bytes of those.
+/// The bytes before the entries. The text reserves room for so many bytes of entries.
 std::string beginningOf(const std::string& type,
                         const std::vector<std::size_t>& shape,
                         std::size_t entries) {

@@ -1,4 +1,4 @@
-// Problems as archives of arrays, with the letters that Python's interface has for its parts.
+// Problems as archives of arrays. The parts have the letters of the Python interface.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -23,7 +23,7 @@ using Numbers = std::vector<double>;
 constexpr double Infinite = std::numeric_limits<double>::infinity();
 constexpr std::string_view Suffix = ".npy";
 
-/// A part that is there. A vector has one column.
+/// A part that the archive has. A vector has one column.
 struct Part {
     std::size_t rows = 0;
     std::size_t columns = 1;
@@ -63,7 +63,7 @@ public:
         static_cast<void>(vector("x0"));  // a start is no part of a problem
         setSizes({P ? P->columns : 0, q ? q->rows : 0, G ? G->columns : 0, A ? A->columns : 0,
                   lower ? lower->rows : 0, upper ? upper->rows : 0});
-        // From here on rows have bytes in the file: their number is no matter of trust.
+        // Each row has bytes in the file from here on, so their number can be trusted.
         requireSize("G", G ? G->columns : n_, n_);
         requireSize("A", A ? A->columns : n_, n_);
         const std::size_t m = (G ? G->rows : 0) + (A ? A->rows : 0);
@@ -141,8 +141,8 @@ private:
                  "has the size " + std::to_string(size) + ", expected " + std::to_string(expected));
         }
     }
-    /// The part, or `absent` everywhere. Only where `absent` is infinite may entries be: on the
-    /// side where `open` is.
+    /// The part, or `absent` everywhere. Entries may be infinite only if `absent` is, with the sign
+    /// of `open`.
     [[nodiscard]] Numbers completed(const std::string& name,
                                     const std::optional<Part>& part,
                                     std::size_t size,
@@ -208,7 +208,7 @@ private:
         return names;
     }
 
-    /// P as it is; halves that rounding has left apart are averaged, as solves do it.
+    /// P as it is. Halves that differ by rounding become their mean, as in a solve.
     void setHessian(const std::optional<Part>& P) {
         constexpr double SymmetryTolerance = 1e-10;  // of the largest entry
         model_.H.assign(n_ * n_, 0.0);

@@ -1,4 +1,5 @@
-// Problems as archives of arrays, of the minimum, the inequalities before the equalities.
+// Writes problems as archives of arrays. The objective is to be minimised; inequalities come before
+// equalities.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -71,7 +72,7 @@ private:
     void addNumbers(const char* name, const Numbers& values) {
         add(name, npyBytes(values, {values.size()}));
     }
-    /// Unless all of them are absent.
+    /// Adds the sides, unless all of them are absent.
     void addSides(const char* name, const Numbers& values) {
         if (std::any_of(values.begin(), values.end(), [](double x) { return std::isfinite(x); })) {
             addNumbers(name, values);

@@ -1,4 +1,4 @@
-// The road of a file: text, format, the reader of that format.
+// From a path to a model: the text, its format, the reader of that format.
 #include "io/reader.hpp"
 
 #include <algorithm>

@@ -11,7 +11,7 @@
 
 namespace activeset::io {
 
-/// What the reader refuses before it asks for the memory.
+/// Files beyond these limits are refused before memory is asked for.
 struct ReadLimits {
     std::size_t textBytes = std::size_t{1} << 30U;   ///< of the decompressed text or members
     std::size_t denseBytes = std::size_t{1} << 31U;  ///< of H and of a row for each side
@@ -26,7 +26,7 @@ enum class Format {
     Npz  ///< an archive of arrays
 };
 
-/// The format that the name of a file stands for; Mps where it says nothing.
+/// The format that the suffix of a file name stands for; Mps if it stands for none.
 [[nodiscard]] Format formatOf(const std::string& path);
 
 /// The problem in the file at `path`, or in standard input, which "-" stands for; plain or
@@ -36,7 +36,7 @@ enum class Format {
                               Format format = Format::Automatic,
                               const ReadLimits& limits = {});
 
-/// The same of a text; `file` is used in messages, and for Automatic.
+/// The same for a text. `file` appears in messages; Automatic looks at its suffix.
 /// @raises ReadError
 [[nodiscard]] Model readModelText(std::string_view text,
                                   const std::string& file,

@@ -75,7 +75,7 @@ private:
     [[nodiscard]] std::uint32_t findColumn(std::string_view name) const;
     [[nodiscard]] double finiteNumber(std::string_view text) const;
 
-    // What can only be judged at the end.
+    // Checks that are only possible at the end.
     [[nodiscard]] Location onLine(std::size_t line) const {
         return io::lineOf(text_, here_.file, line);
     }

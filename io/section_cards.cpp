@@ -1,6 +1,6 @@
-// The cards of each section: what they may say, and what is kept of them. The quadratic section is
-// kept here rather than left to CoinUtils, whose reader knows QUADOBJ but not QMATRIX and adds up
-// entries that are given twice.
+// Checks the cards of each section and keeps their content. The quadratic section stays here.
+// CoinUtils would not do for it: its reader knows QUADOBJ but not QMATRIX, and adds up entries that
+// are given twice.
 #include <algorithm>
 #include <cmath>
 
@@ -162,7 +162,7 @@ void Scan::readBound(const Card& card) {
     }
     const std::uint32_t column = findColumn(entry.name);
     double value = 0.0;
-    if (numbered || !entry.number.empty()) {  // one that is not needed must still be a number
+    if (numbered || !entry.number.empty()) {  // a number that is not needed must still be one
         value = parseNumber(entry.number, here_);
     }
     if (numbered && isInfinite(value) && card.type != (value < 0.0 ? "LO" : "UP")) {
@@ -185,7 +185,8 @@ void Scan::readBound(const Card& card) {
             {here_.line, "column " + quoted(entry.name) +
                              " is binary; it may take every value from 0 to 1 here"});
     }
-    // PL only repeats the default, and CoinUtils accepts it in some orders and not in others.
+    // PL only repeats the default. CoinUtils accepts it in some orders only, so it is not passed
+    // on.
     if (card.type != "PL") {
         result_.deck.addBound(card.type, column, value, here_.line);
     }
@@ -245,7 +246,7 @@ double Scan::finiteNumber(std::string_view text) const {
     return value;
 }
 
-/// A range reaches from the right-hand side, so that one has to be a number.
+/// A range is measured from the right-hand side, so the right-hand side has to be finite.
 void Scan::checkRanges() const {
     for (const Row& row : rows_) {
         if (row.rangeLine != 0 && row.sideIsInfinite) {

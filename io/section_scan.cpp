@@ -117,7 +117,7 @@ void Scan::readHeader(std::string_view line) {
     hessianIsFull_ = hessianIsFull_ || word == "QMATRIX";
 }
 
-/// Leaves the current section for `section`, if that one may come now.
+/// Ends the current section and begins `section`, if that may come now.
 void Scan::enter(Section section, const std::string& header) {
     if (lineOf(section) != 0) {
         here_.fail("section " + header + ": the file has it on line " +

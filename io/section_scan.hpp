@@ -13,7 +13,7 @@
 
 namespace activeset::io {
 
-/// What a file says, with rows and columns known by their position.
+/// The content of a file. Rows and columns are known by their position.
 struct ScannedFile {
     std::string name;
     bool maximise = false;

@@ -14,7 +14,7 @@ struct Character {
     std::size_t bytes = 0;  ///< 0 where the text is not UTF-8
 };
 
-/// Whether Unicode has such a character; halves of pairs of UTF-16 are none.
+/// Whether Unicode has such a character. Surrogates are no characters.
 [[nodiscard]] constexpr bool isCharacter(std::uint32_t code) noexcept {
     return code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
 }

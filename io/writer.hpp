@@ -9,18 +9,17 @@
 
 namespace activeset::io {
 
-/// The model in that format, from which the reader makes it again bit for bit (LP: the curvature
-/// and constants to rounding; a model whose names the format cannot hold gets x1, …, r1, …; NPZ
-/// holds the minimum, its equalities last).
-/// Automatic is MPS.
+/// The model in that format. The reader makes the same model of it bit for bit, with three
+/// exceptions. LP keeps curvature and constants to rounding. Names that the format cannot hold
+/// become x1, …, r1, …. NPZ holds the minimisation, with its equalities last. Automatic is MPS.
 ///
 /// @param file  named in the error
-/// @raises ReadError for soft sides in a format that has none, which are all but JSON
+/// @raises ReadError for soft sides in a format other than JSON: the others have none
 [[nodiscard]] std::string modelText(const Model& model,
                                     Format format,
                                     const std::string& file = "model");
 
-// One per format; of soft sides only JSON says anything.
+// One per format. Only JSON writes penalties.
 [[nodiscard]] std::string mpsText(const Model& model);
 [[nodiscard]] std::string lpText(const Model& model);
 [[nodiscard]] std::string jsonText(const Model& model);
@@ -29,7 +28,7 @@ namespace activeset::io {
 /// The shortest decimal number that is read as `value`.
 [[nodiscard]] std::string exactNumber(double value);
 
-/// `names`, or, should one of them not be made of what `isAllowed` takes, letter and number.
+/// The names, if `isAllowed` takes all of them; otherwise the letter with a number for each.
 template <class IsAllowed>
 std::vector<std::string> usableNames(const std::vector<std::string>& names,
                                      char letter,

@@ -28,7 +28,7 @@ using Source = std::unique_ptr<zip_source_t, FreeSource>;
 using Member = std::unique_ptr<zip_file_t, CloseMember>;
 using Archive = std::unique_ptr<zip_t, DiscardArchive>;
 
-/// The archive takes its share of `source`, which stays the caller's as well.
+/// The archive shares `source` with the caller.
 Archive opened(const Source& source, int flags, const std::string& file) {
     if (source == nullptr) {
         throw ReadError(file, 0, NoMemory);

@@ -110,9 +110,11 @@ std::string objectionToOptimum(const Program& p, const Result& r, Real tolerance
     for (std::size_t j = 0; j < p.n; ++j) {
         sums[j].add(p.c[j]);
         if (!curved.empty()) {
-            sums[j].value += curved[j].value;
+            // The conditions are those of H + δI, the objective is that of H.
+            const Real shifted = curved[j].value + Real{r.hessianShift} * r.x[j];
+            sums[j].value += shifted;
             sums[j].size += curved[j].size;
-            gap.add(curved[j].value * r.x[j]);
+            gap.add(shifted * r.x[j]);
             objective.add(0.5L * curved[j].value * r.x[j]);
             lost += own * curved[j].size * std::abs(Real{r.x[j]});
         }

@@ -11,35 +11,37 @@
 
 namespace activeset::c_interface {
 
-/// A matrix with rows and columns; a null pointer is an absent one. Raises BadArgument for an order
-/// that is none and for a negative distance.
+/// A view of a matrix; a null pointer is an absent one. Raises BadArgument for an unknown order and
+/// for a negative distance between columns.
 [[nodiscard]] MatrixView matrixOf(
     const double* data, std::size_t rows, std::size_t cols, std::int64_t leading, int order);
 [[nodiscard]] VectorView vectorOf(const double* data, std::size_t size);
 
-/// No penalty for a null. Raises BadArgument for a struct of another size.
+/// The penalty; none for a null pointer. Raises BadArgument for a struct of another size.
 [[nodiscard]] Penalty penaltyOf(const activeset_penalty* penalty, std::size_t count);
 
-/// Defaults for a null. Raises BadArgument for a start mode that is none.
+/// The settings; the defaults for a null pointer. Raises BadArgument for an unknown start mode.
 [[nodiscard]] Settings settingsOf(const activeset_options* options);
 
-/// m and n sides, or null for none; a number that is no side is left out.
+/// The working set of m row sides and n bound sides; null pointers stand for no sides. A number
+/// that names no side is left out.
 [[nodiscard]] WorkingSet workingSetOf(const std::int8_t* rowSides,
                                       std::size_t m,
                                       const std::int8_t* boundSides,
                                       std::size_t n);
-/// The other way round, into arrays or null.
+/// Writes the working set into the arrays that are not null.
 void writeSides(const WorkingSet& set,
                 std::int8_t* rowSides,
                 std::size_t m,
                 std::int8_t* boundSides,
                 std::size_t n);
 
-/// Values into an array of `count` numbers, or null; NaN where there are not so many.
+/// Copies values into an array of `count` numbers, unless it is null. Entries without a value are
+/// NaN.
 void writeVector(const std::vector<double>& values, double* target, std::size_t count);
 
-/// The optimum that the caller's struct has the arrays of.
-/// @raises BadArgument where one of them is null
+/// The optimum in the arrays of the caller's struct.
+/// @raises BadArgument if one of the arrays is null
 [[nodiscard]] Result resultOf(const activeset_result* given, std::size_t n, std::size_t m);
 
 /// Writes the members of `target` that the caller's version of the struct has.

@@ -1,4 +1,4 @@
-// The border that no exception crosses.
+// Turns exceptions into error codes, so that none reaches C.
 #ifndef ACTIVESET_SRC_C_INTERFACE_GUARD_HPP
 #define ACTIVESET_SRC_C_INTERFACE_GUARD_HPP
 
@@ -18,7 +18,7 @@ namespace activeset::c_interface {
 /// An argument that makes no sense; its code is ACTIVESET_BAD_ARGUMENT.
 struct BadArgument : std::exception {};
 
-/// A result that is no optimum of its problem; its code is ACTIVESET_NOT_ITS_OPTIMUM.
+/// A result that is not an optimum of the given problem; its code is ACTIVESET_NOT_ITS_OPTIMUM.
 struct NotItsOptimum : std::exception {};
 
 inline void require(bool isSound) {
@@ -27,7 +27,7 @@ inline void require(bool isSound) {
     }
 }
 
-/// What `work` raises, as a code.
+/// Calls `work` and turns what it raises into a code.
 template <class Work>
 int guarded(Work work) noexcept {
     try {
@@ -51,8 +51,9 @@ int guarded(Work work) noexcept {
     }
 }
 
-/// The caller's struct as this library knows it: members that the caller's version does not have
-/// are those of `defaults`. A struct_size below `least` is no struct of ours.
+/// A copy of the caller's struct with all members that this library knows. Members that the
+/// caller's version does not have come from `defaults`. Raises BadArgument for a struct_size below
+/// `least`.
 template <class Struct>
 Struct known(const Struct* given, const Struct& defaults, std::size_t least) {
     Struct result = defaults;
@@ -64,7 +65,7 @@ Struct known(const Struct* given, const Struct& defaults, std::size_t least) {
     return result;
 }
 
-/// A size of the caller's. One whose square no address space holds is refused.
+/// A size that the caller gave. Raises BadArgument if no address space holds its square.
 inline std::size_t sizeOf(std::int64_t given) {
     constexpr std::int64_t Largest = std::int64_t{1} << 29U;
     require(given >= 0 && given <= Largest);

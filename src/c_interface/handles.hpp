@@ -1,4 +1,4 @@
-// What stands behind the handles of the C interface.
+// The objects behind the handles of the C interface.
 #ifndef ACTIVESET_SRC_C_INTERFACE_HANDLES_HPP
 #define ACTIVESET_SRC_C_INTERFACE_HANDLES_HPP
 
@@ -13,7 +13,7 @@
 struct activeset_problem {
     std::size_t n = 0;
     std::size_t m = 0;
-    /// Where there is no c: it tells the front end how many variables there are.
+    /// n zeros. They take the place of an absent c and tell the front end the number of variables.
     std::vector<double> zeros{};
     activeset::Problem views{};  ///< its warm start is `warmStart`, if there is one
     std::optional<activeset::WarmStart> warmStart{};

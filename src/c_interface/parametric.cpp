@@ -31,7 +31,7 @@ struct activeset_path {
 
 namespace {
 
-/// What std::invalid_argument stands for here.
+/// Calls `work` and turns std::invalid_argument into the codes of this interface.
 template <class Raised, class Work>
 auto translated(Work work) {
     try {
@@ -41,14 +41,14 @@ auto translated(Work work) {
     }
 }
 
-/// The caller's struct as it is known here. All of its first version has to be there.
+/// A copy of the caller's struct, which has at least the members of the first version.
 template <class Struct>
 Struct known(const Struct* given) {
     c::require(given != nullptr);
     return c::known(given, Struct{}, sizeof(Struct));
 }
 
-/// Back into the caller's struct, which may be of a later version.
+/// Copies the members back into the caller's struct, which may be of a later version.
 template <class Struct>
 void give(Struct& known, Struct* target) {
     known.struct_size = target->struct_size;

@@ -10,8 +10,8 @@ namespace c = activeset::c_interface;
 
 namespace {
 
-/// What a problem cannot say in C, as a view that the checks of a solve take for a fault: rows, but
-/// no matrix.
+/// Rows without a matrix, which a C caller can ask for. The view is one that the checks of a solve
+/// report as a fault.
 activeset::MatrixView rowsOf(
     const double* A, std::size_t m, std::size_t n, std::int64_t leading, int order) {
     return A != nullptr ? c::matrixOf(A, m, n, leading, order)

@@ -17,7 +17,7 @@ static_assert(static_cast<int>(activeset::Status::Failed) == ACTIVESET_FAILED &&
 
 namespace {
 
-/// The arrays of a result are looked at before anything is solved.
+/// Checks the arrays of a result before anything is solved.
 void requireResult(const activeset_result* result) {
     c::require(result != nullptr);
     static_cast<void>(

@@ -1,5 +1,5 @@
-// One solve, from Octave's arrays to those of the library and back. What users call is in the
-// m-files, which bring their arguments into this form.
+// One solve, from Octave's arrays to those of the library and back. Users call the m-files, which
+// bring their arguments into the form that this function takes.
 #include <activeset/activeset.h>
 #include <octave/oct.h>
 #include <octave/ov-struct.h>
@@ -24,9 +24,9 @@ void require(int code) {
     }
 }
 
-// Ctrl-C. Octave blocks the signal on this thread and makes a note of it on another one; the note
-// is read when the solve has ended. So while it runs the signal comes to this thread, ends the
-// solve, and is noted, too.
+// Ctrl-C. Octave blocks the signal on this thread, notes it on another thread, and reads the note
+// when the solve has ended. While an object lives, the signal reaches this thread as well: it ends
+// the solve and makes the note.
 class Interruptible {
 public:
     Interruptible() {
@@ -64,7 +64,7 @@ private:
 };
 volatile sig_atomic_t Interruptible::wasInterrupted = 0;
 
-// A full matrix of doubles, or nothing for an empty argument.
+// A full matrix of doubles; an empty one for an empty argument.
 class Numbers {
 public:
     Numbers(const octave_value& given,
@@ -146,8 +146,8 @@ activeset_options optionsOf(const octave_scalar_map& given) {
     return options;
 }
 
-// What the caller calls a part and its row: `names` has the number of rows of a first matrix, the
-// name of c, then those of matrix, lower and upper sides for the first and for the second matrix.
+// The caller's name of a part and of its row. `names` has the number of rows of the first matrix,
+// the name of c, then the names of matrix, lower sides and upper sides, for both matrices.
 std::string labelOf(const activeset_fault& fault, const Cell& names) {
     const std::string name = fault.name;
     const std::int64_t first = names(0).int64_value();
