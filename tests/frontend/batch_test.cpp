@@ -3,144 +3,16 @@
 #include "activeset/batch.hpp"
 
 #include <atomic>
-#include <cstring>
 #include <map>
-#include <optional>
 #include <random>
 
-#include "frontend/generator.hpp"
+#include "frontend/batch_data.hpp"
 #include "support/fixture.hpp"
 
 namespace activeset::test {
 namespace {
 
 class BatchThreads : public FreshState {};
-
-constexpr std::size_t Gap = 3;  // numbers between the parts of two problems
-constexpr double Untouched = 1234.5;
-
-/// Problems of one shape with their data one after the other.
-struct Batch {
-    std::size_t count, n, m;
-    Numbers H, c, A, rowLower, rowUpper, lower, upper, constant, start;
-
-    /// With `anything` also singular and contradictory ones, and such with faults.
-    Batch(std::size_t size, std::size_t variables, std::size_t rows, bool anything)
-        : count(size), n(variables), m(rows) {
-        for (unsigned seed = 0; constant.size() < count; ++seed) {
-            Sample sample = randomSample(seed, n, anything);
-            if (sample.n != n || (m != 0 && sample.m < m)) {
-                continue;
-            }
-            const std::size_t k = constant.size();
-            if (anything && k % 11 == 5) {
-                contradict(sample);
-            }
-            for (std::size_t j = 0; j < n; ++j) {
-                A.insert(A.end(), sample.A.begin() + static_cast<std::ptrdiff_t>(j * sample.m),
-                         sample.A.begin() + static_cast<std::ptrdiff_t>(j * sample.m + m));
-            }
-            sample.c[0] = anything && k % 13 == 7 ? std::nan("") : sample.c[0];
-            append(H, sample.H, n * n);
-            append(c, sample.c, n);
-            append(rowLower, sample.rowLower, m);
-            append(rowUpper, sample.rowUpper, m);
-            append(lower, sample.lower, n);
-            append(upper, sample.upper, n);
-            append(start, sample.start, n);
-            A.resize(A.size() + Gap, std::nan(""));
-            constant.push_back(static_cast<double>(k));
-        }
-    }
-
-    /// Its first two rows.
-    static void contradict(Sample& sample) {
-        for (std::size_t j = 0; j < sample.n; ++j) {
-            sample.A[j * sample.m + 1] = sample.A[j * sample.m];
-        }
-        sample.rowLower[0] = -Infinity;
-        sample.rowUpper[0] = -50.0;
-        sample.rowLower[1] = 50.0;
-        sample.rowUpper[1] = Infinity;
-    }
-
-    static void append(Numbers& all, const Numbers& values, std::size_t size) {
-        all.insert(all.end(), values.begin(), values.begin() + static_cast<std::ptrdiff_t>(size));
-        all.resize(all.size() + Gap, std::nan(""));
-    }
-
-    [[nodiscard]] ProblemBatch view(bool sharesMatrices) const {
-        return {.count = count,
-                .H = {{H.data(), n, n}, sharesMatrices ? 0 : n * n + Gap},
-                .c = {{c.data(), n}, n + Gap},
-                .A = {{A.data(), m, n}, sharesMatrices ? 0 : m * n + Gap},
-                .rowLower = {{rowLower.data(), m}, m + Gap},
-                .rowUpper = {{rowUpper.data(), m}, m + Gap},
-                .lower = {{lower.data(), n}, n + Gap},
-                .upper = {{upper.data(), n}, n + Gap},
-                .constant = {{constant.data(), 1}, 1},
-                .start = {{start.data(), n}, n + Gap}};
-    }
-};
-
-/// A part of a batch as a batch of its own.
-ProblemBatch partOf(ProblemBatch problems, std::size_t first, std::size_t count) {
-    problems.count = count;
-    for (VectorBatch* part : {&problems.c, &problems.rowLower, &problems.rowUpper, &problems.lower,
-                              &problems.upper, &problems.constant, &problems.start}) {
-        part->first = (*part)[first];
-    }
-    problems.H.first = problems.H[first];
-    problems.A.first = problems.A[first];
-    return problems;
-}
-
-/// All that a batch can be asked for; rows of x have gaps.
-struct Answers {
-    Numbers x, y, z, objective;
-    std::vector<Status> status;
-    std::vector<Certificate> certificate;
-    std::vector<Iterations> iterations;
-
-    explicit Answers(const ProblemBatch& problems)
-        : x(problems.count * (problems.c.first.size() + Gap), Untouched),
-          y(problems.count * problems.A.first.rows(), Untouched),
-          z(problems.count * problems.c.first.size(), Untouched),
-          objective(problems.count, Untouched),
-          status(problems.count),
-          certificate(problems.count),
-          iterations(problems.count) {}
-
-    [[nodiscard]] BatchOut from(std::size_t k, const ProblemBatch& problems) {
-        const std::size_t n = problems.c.first.size();
-        return {.x = {x.data() + k * (n + Gap), n + Gap},
-                .y = {y.data() + k * problems.A.first.rows()},
-                .z = {z.data() + k * n},
-                .objective = objective.data() + k,
-                .status = status.data() + k,
-                .certificate = certificate.data() + k,
-                .iterations = iterations.data() + k};
-    }
-};
-
-/// As bytes, so that NaN is NaN.
-template <class T>
-void expectSameBytes(const std::vector<T>& a, const std::vector<T>& b, const char* what) {
-    ASSERT_EQ(a.size(), b.size());
-    for (std::size_t k = 0; k < a.size(); ++k) {
-        ASSERT_EQ(std::memcmp(&a[k], &b[k], sizeof(T)), 0) << what << " " << k;
-    }
-}
-
-void expectSame(const Answers& a, const Answers& b) {
-    expectSameBytes(a.x, b.x, "x");
-    expectSameBytes(a.y, b.y, "y");
-    expectSameBytes(a.z, b.z, "z");
-    expectSameBytes(a.objective, b.objective, "objective");
-    expectSameBytes(a.status, b.status, "status");
-    expectSameBytes(a.certificate, b.certificate, "certificate");
-    expectSameBytes(a.iterations, b.iterations, "iterations");
-}
 
 Answers answersOf(const ProblemBatch& problems, const ManySettings& settings = {}) {
     Answers answers(problems);
@@ -150,7 +22,7 @@ Answers answersOf(const ProblemBatch& problems, const ManySettings& settings = {
     return answers;
 }
 
-/// What single solves say, written as a batch writes it.
+/// The answers of single solves, written as a batch writes them.
 Answers singleAnswers(const ProblemBatch& problems) {
     Answers answers(problems);
     const std::size_t n = problems.c.first.size();
@@ -193,7 +65,7 @@ TEST_F(BatchThreads, HaveTheBitsOfSingleSolves) {
     EXPECT_EQ(met[Status::Invalid], 18);
 }
 
-/// In pieces of several sizes; with chains, of whole ones.
+/// Solves the batch in pieces of several sizes. A piece has whole chains.
 void expectDivisible(const ProblemBatch& problems, std::size_t chain) {
     const Answers whole = answersOf(problems, {.threads = 1, .chain = chain});
     expectSame(answersOf(problems, {.threads = 3, .chain = chain}), whole);
@@ -209,7 +81,8 @@ void expectDivisible(const ProblemBatch& problems, std::size_t chain) {
     }
 }
 
-// Small strictly convex ones; any H, for the proximal loop; and such for the general road alone.
+// Small strictly convex problems, problems with any H for the proximal loop, and larger ones that
+// only the general method takes.
 TEST_F(BatchThreads, DoNotDependOnHowTheyAreDivided) {
     for (const std::size_t chain : {0U, 4U}) {
         expectDivisible(Batch(60, 6, 5, true).view(false), chain);

@@ -33,7 +33,7 @@ void HalfSpaces::add(Vector normal, double side) {
 
 void HalfSpaces::keep(
     const Dense& rates, std::size_t k, double factor, double room, const Vector& theta) {
-    constexpr double Still = 1e-12;  // a rate that is rounding
+    constexpr double NegligibleRate = 1e-12;  // a rate that is rounding
     const std::size_t p = theta.size();
     Vector normal(p);
     double length = 0.0;
@@ -41,7 +41,7 @@ void HalfSpaces::keep(
         normal[j] = factor * rates(k, j);
         length = std::hypot(length, normal[j]);
     }
-    if (!(length > Still) || !std::isfinite(room)) {
+    if (!(length > NegligibleRate) || !std::isfinite(room)) {
         return;
     }
     double side = std::max(room, 0.0) / length;
@@ -58,7 +58,7 @@ void HalfSpaces::keep(
 }
 
 std::optional<Vector> HalfSpaces::facetCentre(std::size_t k) const {
-    constexpr double Thinnest = 1e-8;  // of the shortest edge of the box
+    constexpr double LeastFacetRadius = 1e-8;  // of the shortest edge of the box
     const std::size_t p = box_->size();
     const std::size_t count = sides_.size();
     Dense A(count + 2 * p, p + 1);
@@ -95,7 +95,7 @@ std::optional<Vector> HalfSpaces::facetCentre(std::size_t k) const {
                                  .lower = least,
                                  .upper = most});
     // In one dimension a facet is a point.
-    if (!result || (p > 1 && result.x[p] < Thinnest * box_->shortestEdge())) {
+    if (!result || (p > 1 && result.x[p] < LeastFacetRadius * box_->shortestEdge())) {
         return std::nullopt;
     }
     return Vector(result.x.begin(), result.x.begin() + static_cast<std::ptrdiff_t>(p));

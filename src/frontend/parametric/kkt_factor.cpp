@@ -14,7 +14,7 @@ namespace {
 
 // A Schur complement with smaller squared pivots, relative to its diagonal, is replaced by
 // orthogonal factors.
-constexpr double WellConditioned = 1e-11;
+constexpr double LeastSchurPivot = 1e-11;
 
 BasicBlock<double> viewOf(Dense& matrix) {
     return {matrix.values.data(), matrix.rows, matrix.cols};
@@ -111,13 +111,13 @@ bool KktFactor::factoriseSchur() {
         return false;
     }
     U_ = H_;
-    if (!factoriseUpper(U_, WellConditioned)) {
+    if (!factoriseUpper(U_, LeastSchurPivot)) {
         return false;
     }
     G_ = transposed(A_);
     solveUpperTransposed(U_, G_.values.data(), G_.cols);
     S_ = transposedProduct(G_, G_);
-    return factoriseUpper(S_, WellConditioned);
+    return factoriseUpper(S_, LeastSchurPivot);
 }
 
 void KktFactor::factoriseNullSpace() {
@@ -135,13 +135,13 @@ void KktFactor::factoriseNullSpace() {
 // ZᵀHZ = P·L·Lᵀ·Pᵀ for the positive pivots; C = L⁻¹(ZP)ᵀ, or (LᵀL)⁻¹Lᵀ(ZP)ᵀ for a
 // trapezoidal L.
 void KktFactor::factoriseReduced(const Dense& Z) {
-    constexpr double Flat = 1e-11;  // of the largest diagonal entry of H_FF
+    constexpr double FlatPivot = 1e-11;  // of the largest diagonal entry of H_FF
     const std::size_t nz = Z.cols;
     Dense M = transposedProduct(Z, product(H_, Z));
     std::vector<Int> pivots(nz, 0);
     Int rank = 0;
     if (nz != 0 && largestDiagonal(H_) > 0.0) {
-        lapack::pstrf(viewOf(M), pivots.data(), &rank, Flat * largestDiagonal(H_));
+        lapack::pstrf(viewOf(M), pivots.data(), &rank, FlatPivot * largestDiagonal(H_));
     }
     const auto sigma = static_cast<std::size_t>(rank);
     flat_ = nz - sigma;

@@ -12,7 +12,7 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Singular = 1e-10;  // for a pivot, relative to the terms it is the difference of
+constexpr double LeastUpdatePivot = 1e-10;  // relative to the terms whose difference the pivot is
 
 }  // namespace
 
@@ -80,7 +80,7 @@ bool KktInverse::add(std::size_t member) {
         pivot -= k[i] * w[i];
         size += std::abs(k[i] * w[i]);
     }
-    if (!(std::abs(pivot) > Singular * size)) {
+    if (!(std::abs(pivot) > LeastUpdatePivot * size)) {
         return false;
     }
     for (std::size_t i = 0; i < order; ++i) {
@@ -101,7 +101,7 @@ bool KktInverse::remove(std::size_t member) {
     for (std::size_t i = 0; i <= last; ++i) {
         largest = std::max(largest, std::abs(own[i]));
     }
-    if (!(std::abs(own[place]) > Singular * largest)) {
+    if (!(std::abs(own[place]) > LeastUpdatePivot * largest)) {
         return false;
     }
     std::swap(members_[place], members_[last]);

@@ -10,8 +10,8 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Rounding = 1e-10;  // of a value or rate, relative to its terms
-constexpr double Violated = 1e-9;   // relative violation of a constraint that does not move
+constexpr double PathRounding = 1e-10;    // of a value or rate, relative to its terms
+constexpr double ViolationAtRest = 1e-9;  // relative violation of a constraint that does not move
 
 // y += a·x for value and rate together, column by column, past columns that do not count.
 void addProduct(const Vector& a, std::size_t rows, const Moving& x, Moving& y) {
@@ -124,10 +124,10 @@ Line::Line(const MovingProblem& problem, const Held& held, double t, const Solve
     }
     // The first correction, from zero, gives the solution; the others reduce its rounding.
     constexpr int Corrections = 3;
-    constexpr double Refined = 1e-14;
+    constexpr double RefinedResidual = 1e-14;
     for (int k = 0; k <= Corrections; ++k) {
         findMultipliers(held);
-        if (k == Corrections || (k > 0 && residual_ <= Refined)) {
+        if (k == Corrections || (k > 0 && residual_ <= RefinedResidual)) {
             break;
         }
         correct(held, solve);
@@ -213,18 +213,18 @@ void Line::miss(double residual, double size) {
 
 // value + (t' − t)·rate has to stay at least 0.
 void Line::limit(double value, double rate, double size, double sizeOfRate, const Event& event) {
-    if (std::abs(rate) <= Rounding * sizeOfRate) {
-        if (value < -Violated * size) {
+    if (std::abs(rate) <= PathRounding * sizeOfRate) {
+        if (value < -ViolationAtRest * size) {
             from_ = Infinity;
         }
         return;
     }
-    const double root = std::abs(value) <= Rounding * size ? t_ : t_ - value / rate;
+    const double root = std::abs(value) <= PathRounding * size ? t_ : t_ - value / rate;
     if (rate > 0.0) {
         from_ = std::max(from_, root);
         return;
     }
-    const double tie = Rounding * std::max({1.0, std::abs(root), std::abs(to_)});
+    const double tie = PathRounding * std::max({1.0, std::abs(root), std::abs(to_)});
     if (std::isfinite(to_) && root > to_ + tie) {
         return;
     }

@@ -17,10 +17,11 @@ namespace {
     throw std::invalid_argument("activeset: " + std::string(caller) + ": " + text);
 }
 
-constexpr double Zero = 1e-9;  // of the largest term of the gradient, or of the row
+constexpr double WeaklyActive = 1e-9;  // of the largest term of the gradient, or of the row
 
 bool touches(double value, double side, double scale) {
-    return std::isfinite(side) && std::abs(value - side) <= Zero * std::max(std::abs(side), scale);
+    return std::isfinite(side) &&
+           std::abs(value - side) <= WeaklyActive * std::max(std::abs(side), scale);
 }
 
 // The side that the equality moves with, by the sign of its multiplier.
@@ -138,7 +139,7 @@ void Optimum::holdByMultipliers(bool touched, const char* caller) {
         if (lower == upper) {
             return equalityBy(multiplier);
         }
-        if (std::abs(multiplier) * scale > Zero * gradient) {
+        if (std::abs(multiplier) * scale > WeaklyActive * gradient) {
             if (!std::isfinite(multiplier < 0.0 ? lower : upper)) {
                 refuse(caller,
                        "the result is of another problem: it has a multiplier for a side that the "
@@ -161,8 +162,8 @@ void Optimum::holdByMultipliers(bool touched, const char* caller) {
 // Whether the point satisfies the optimality conditions of these data, to what its certificate
 // says and a little more.
 void Optimum::requirePoint(const Result& result, const char* caller) {
-    constexpr double Rough = 1e-6;
-    const double allowed = std::max({Rough, 10.0 * result.certificate.dual.relative,
+    constexpr double LargestMiss = 1e-6;
+    const double allowed = std::max({LargestMiss, 10.0 * result.certificate.dual.relative,
                                      10.0 * result.certificate.primal.relative});
     const double size = std::max(1.0, largestMagnitude(point.x));
     const auto requireSide = [&](double value, double side, double scale) {
@@ -205,7 +206,7 @@ void Optimum::findWeak() {
         const bool isOn = isHeld(rows[i]) ? !isEquality(rows[i])
                                           : touches(value, data.rowLower[i], scale * size) ||
                                                 touches(value, data.rowUpper[i], scale * size);
-        if (isOn && std::abs(point.y[i]) * scale <= Zero * gradient) {
+        if (isOn && std::abs(point.y[i]) * scale <= WeaklyActive * gradient) {
             weakRows.push_back(i);
         }
     }
@@ -213,7 +214,7 @@ void Optimum::findWeak() {
         const bool isOn = isHeld(bounds[j]) ? !isEquality(bounds[j])
                                             : touches(point.x[j], data.lower[j], size) ||
                                                   touches(point.x[j], data.upper[j], size);
-        if (isOn && std::abs(point.z[j]) <= Zero * gradient) {
+        if (isOn && std::abs(point.z[j]) <= WeaklyActive * gradient) {
             weakBounds.push_back(j);
         }
     }

@@ -47,11 +47,11 @@ private:
     void keepInverse();
     [[nodiscard]] bool isTheEnd(const Result& result, double tried, double& ahead);
     [[nodiscard]] std::optional<Line> lineOf(const Result& result, double t);
-    [[nodiscard]] bool isBehind(double t) const { return t > t_ + Same * size(); }
+    [[nodiscard]] bool isBehind(double t) const { return t > t_ + SameParameter * size(); }
     [[nodiscard]] double size() const { return std::max({to_ - t_, std::abs(to_), std::abs(t_)}); }
     void end(const Result& result);
 
-    static constexpr double Same = 1e-10;  // of the range: parameters that are one
+    static constexpr double SameParameter = 1e-10;  // of the range: parameters that are one
 
     Path* path_;
     MovingProblem* problem_;

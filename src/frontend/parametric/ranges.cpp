@@ -19,7 +19,7 @@ using frontend::Optimum;
 using frontend::Triple;
 using frontend::Vector;
 
-constexpr double Rounding = 1e-10;  // of the terms that a value is the sum of
+constexpr double RangeRounding = 1e-10;  // of the terms that a value is the sum of
 
 // The steps t, from below 0 to above, for which all of many linear functions stay at least 0.
 struct Steps {
@@ -27,10 +27,10 @@ struct Steps {
     double most = Infinity;
 
     void keep(double value, double rate, double size, double sizeOfRate) {
-        if (!(std::abs(rate) > Rounding * sizeOfRate)) {
+        if (!(std::abs(rate) > RangeRounding * sizeOfRate)) {
             return;
         }
-        const double root = value <= Rounding * size ? 0.0 : -value / rate;
+        const double root = value <= RangeRounding * size ? 0.0 : -value / rate;
         (rate > 0.0 ? least : most) = rate > 0.0 ? std::max(least, root) : std::min(most, root);
     }
     void stay() { least = most = 0.0; }
@@ -139,7 +139,7 @@ bool Mover::isConsistent(Number number,
                          const Triple& moved,
                          std::size_t k,
                          const double* rowRates) const {
-    constexpr double Residue = 1e-8;
+    constexpr double RateResidual = 1e-8;
     const frontend::ProblemData& data = optimum_.data;
     if (implicit_.factor().isRegular()) {
         return true;
@@ -147,7 +147,8 @@ bool Mover::isConsistent(Number number,
     for (std::size_t i = 0; i < data.m; ++i) {
         const double expected = number == Number::Row && i == place ? 1.0 : 0.0;
         if (frontend::isHeld(optimum_.rows[i]) &&
-            std::abs(rowRates[i] - expected) > Residue * std::max(1.0, std::abs(rowRates[i]))) {
+            std::abs(rowRates[i] - expected) >
+                RateResidual * std::max(1.0, std::abs(rowRates[i]))) {
             return false;
         }
     }
@@ -162,7 +163,7 @@ bool Mover::isConsistent(Number number,
             sum += data.columnOfA(j)[i] * moved.y(i, k);
             size += std::abs(data.columnOfA(j)[i] * moved.y(i, k));
         }
-        if (std::abs(sum) > Residue * size) {
+        if (std::abs(sum) > RateResidual * size) {
             return false;
         }
     }

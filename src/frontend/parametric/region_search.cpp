@@ -238,7 +238,7 @@ CriticalRegion Regions::Search::regionOf(const Result& result,
 
 // Visits what is behind the facets of a region.
 void Regions::Search::cross(std::size_t region) {
-    constexpr double Beyond = 1e-6;  // of the shortest edge of the box
+    constexpr double StepBeyondFacet = 1e-6;  // of the shortest edge of the box
     const std::size_t p = box_.size();
     HalfSpaces spaces(box_);
     // A copy: visits add regions.
@@ -253,7 +253,8 @@ void Regions::Search::cross(std::size_t region) {
         if (!theta) {
             continue;
         }
-        frontend::axpy(Beyond * box_.shortestEdge(), spaces.normals()[k].data(), theta->data(), p);
+        frontend::axpy(StepBeyondFacet * box_.shortestEdge(), spaces.normals()[k].data(),
+                       theta->data(), p);
         if (box_.contains(*theta)) {
             visit(*theta);
         }

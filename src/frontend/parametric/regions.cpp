@@ -12,7 +12,8 @@ std::optional<std::size_t> Regions::find(VectorView theta) const {
                                     std::to_string(theta.size()) + " entries, there are " +
                                     std::to_string(p) + " parameters");
     }
-    constexpr double Inside = 1e-9;  // by which a parameter may miss the sides of its region
+    // A parameter may miss the sides of its region by so much.
+    constexpr double InsideTolerance = 1e-9;
     for (std::size_t k = 0; k < p; ++k) {
         if (!(theta[k] >= least_[k] && theta[k] <= most_[k])) {
             return std::nullopt;
@@ -26,7 +27,7 @@ std::optional<std::size_t> Regions::find(VectorView theta) const {
             for (std::size_t k = 0; k < p; ++k) {
                 value += region.E[i * p + k] * theta[k];
             }
-            isInside = value <= Inside;
+            isInside = value <= InsideTolerance;
         }
         if (isInside) {
             return r;

@@ -12,7 +12,7 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double Zero = 1e-9;  // of the largest entry beside it
+constexpr double TieRounding = 1e-9;  // of the largest entry beside it
 
 // From the other columns, what they have of column k where it is `entry`.
 void eliminate(Dense& columns, std::size_t k, const Vector& parts) {
@@ -33,7 +33,7 @@ void RegularSet::shorten(Stop& stop,
     for (std::size_t i = 0; i < holds.size(); ++i) {
         const double sign = isAtLower(holds[i]) ? -1.0 : 1.0;
         const double rate = stop.orientation * sign * rates[i];
-        if (!isHeld(holds[i]) || isEquality(holds[i]) || !(rate < -Zero * size)) {
+        if (!isHeld(holds[i]) || isEquality(holds[i]) || !(rate < -TieRounding * size)) {
             continue;
         }
         const double length = std::max(0.0, sign * multipliers[i]) / -rate;
@@ -81,7 +81,7 @@ void RegularSet::holdStrong(const Vector& multipliers,
     for (std::size_t i = 0; i < holds.size(); ++i) {
         const double scale = ofRows ? problem_->rowSize(i) : 1.0;
         const Hold side = multipliers[i] < 0.0 ? Hold::Lower : Hold::Upper;
-        if (!isHeld(holds[i]) && std::abs(multipliers[i]) * scale > Zero * gradient &&
+        if (!isHeld(holds[i]) && std::abs(multipliers[i]) * scale > TieRounding * gradient &&
             std::isfinite(side == Hold::Lower ? lower[i] : upper[i])) {
             const bool isFixed = ofRows ? problem_->isFixedRow(i) : problem_->isFixedVariable(i);
             holds[i] = isFixed ? Hold::EqualUpper : side;
@@ -134,7 +134,7 @@ double RegularSet::slopeAlong(const double* ofRows, const double* ofBounds) cons
     };
     add(held_.rows, ofRows, problem_->rates().rowLower, problem_->rates().rowUpper);
     add(held_.bounds, ofBounds, problem_->rates().lower, problem_->rates().upper);
-    return std::abs(slope) > Zero * size ? slope : 0.0;
+    return std::abs(slope) > TieRounding * size ? slope : 0.0;
 }
 
 // The step along ± the column that one member ends, and that member: in the direction in which the
@@ -211,7 +211,7 @@ void RegularSet::hitOne(Dense& directions, std::size_t k) {
     Stop stop;
     const auto look = [&](std::size_t at, double value, double rate, double lower, double upper,
                           double scale) {
-        if (isHeld(held_[at]) || !(std::abs(rate) > Zero * scale * size)) {
+        if (isHeld(held_[at]) || !(std::abs(rate) > TieRounding * scale * size)) {
             return;
         }
         const auto meet = [&](double room, Hold side, double sign) {
