@@ -38,22 +38,27 @@ double largest(const double* values, std::size_t count) {
     return largestOf(largerOf(first, second));
 }
 
+HWY_INLINE Octet scaled(const Octet& values, const Octet& factors) {
+    return magnitudeOf(productOf(values, factors));
+}
+
 double largestScaled(const double* values, const double* factors, std::size_t count) {
     Octet first = octetOf(0.0);
     Octet second = first;
-    const auto scaled = [&](std::size_t i) {
-        return magnitudeOf(productOf(load(values + i), load(factors + i)));
-    };
     std::size_t i = 0;
     for (; i + 2 * OctetLanes <= count; i += 2 * OctetLanes) {
-        first = largerOf(scaled(i), first);
-        second = largerOf(scaled(i + OctetLanes), second);
+        first = largerOf(scaled(load(values + i), load(factors + i)), first);
+        second =
+            largerOf(scaled(load(values + i + OctetLanes), load(factors + i + OctetLanes)), second);
     }
-    for (; i < count; i += OctetLanes) {
+    if (i + OctetLanes <= count) {
+        first = largerOf(scaled(load(values + i), load(factors + i)), first);
+        i += OctetLanes;
+    }
+    if (i < count) {
         const std::size_t left = count - i;
-        first = largerOf(
-            magnitudeOf(productOf(loadFirst(values + i, left), loadFirst(factors + i, left))),
-            first);
+        second =
+            largerOf(scaled(loadFirst(values + i, left), loadFirst(factors + i, left)), second);
     }
     return largestOf(largerOf(first, second));
 }
@@ -62,13 +67,12 @@ void raise(const double* values, double factor, double* largest, std::size_t cou
     const Octet factors = octetOf(factor);
     std::size_t i = 0;
     for (; i + OctetLanes <= count; i += OctetLanes) {
-        const Octet scaled = magnitudeOf(productOf(load(values + i), factors));
-        store(largerOf(scaled, load(largest + i)), largest + i);
+        store(largerOf(scaled(load(values + i), factors), load(largest + i)), largest + i);
     }
     if (i < count) {
         const std::size_t left = count - i;
-        const Octet scaled = magnitudeOf(productOf(loadFirst(values + i, left), factors));
-        storeFirst(largerOf(scaled, loadFirst(largest + i, left)), largest + i, left);
+        const Octet products = scaled(loadFirst(values + i, left), factors);
+        storeFirst(largerOf(products, loadFirst(largest + i, left)), largest + i, left);
     }
 }
 
@@ -79,26 +83,31 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace activeset::frontend {
 
-LargestKernel* largestKernel(InstructionSet set) {
-    return ACTIVESET_CHOOSE(set, largest);
+LargestKernels largestKernels(InstructionSet set) {
+    return {ACTIVESET_CHOOSE(set, largest), ACTIVESET_CHOOSE(set, largestScaled),
+            ACTIVESET_CHOOSE(set, raise)};
 }
 
-double largestMagnitude(const double* values, std::size_t count) {
+namespace {
+
+const LargestKernels& chosenKernels() {
     // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): a constant, of a function
-    static LargestKernel* const kernel = largestKernel(instructionSet());
-    return kernel(values, count);
+    static const LargestKernels kernels = largestKernels(instructionSet());
+    return kernels;
+}
+
+}  // namespace
+
+double largestMagnitude(const double* values, std::size_t count) {
+    return chosenKernels().magnitude(values, count);
 }
 
 double largestProduct(const double* values, const double* factors, std::size_t count) {
-    // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): a constant, of a function
-    static auto* const kernel = ACTIVESET_CHOOSE(instructionSet(), largestScaled);
-    return kernel(values, factors, count);
+    return chosenKernels().product(values, factors, count);
 }
 
 void raiseToProducts(const double* values, double factor, double* largest, std::size_t count) {
-    // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): a constant, of a function
-    static auto* const kernel = ACTIVESET_CHOOSE(instructionSet(), raise);
-    kernel(values, factor, largest, count);
+    chosenKernels().raise(values, factor, largest, count);
 }
 
 }  // namespace activeset::frontend

@@ -13,12 +13,19 @@ namespace activeset::frontend {
 
 /// max |values_k|·factors_k, likewise; no factor is negative.
 [[nodiscard]] double largestProduct(const double* values, const double* factors, std::size_t count);
+
 /// largest_k := max(largest_k, |values_k|·factor), likewise.
 void raiseToProducts(const double* values, double factor, double* largest, std::size_t count);
 
-/// The kernel of largestMagnitude() for one instruction set, which the processor must have.
-using LargestKernel = double(const double* values, std::size_t count);
-[[nodiscard]] LargestKernel* largestKernel(InstructionSet set);
+/// What the functions above call.
+struct LargestKernels {
+    double (*magnitude)(const double* values, std::size_t count);
+    double (*product)(const double* values, const double* factors, std::size_t count);
+    void (*raise)(const double* values, double factor, double* largest, std::size_t count);
+};
+
+/// Those for one instruction set, which the processor must have.
+[[nodiscard]] LargestKernels largestKernels(InstructionSet set);
 
 }  // namespace activeset::frontend
 
