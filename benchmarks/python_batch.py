@@ -4,7 +4,7 @@
 usage: python_batch.py [--quick] [FOLDER]
 
 Problems have n = m = 10 and a P of their own. The stores are made in FOLDER, by default that of
-temporary files. Every task of the cluster is one chunk here; the model of the overhead is
+temporary files. For the model of the overhead each task of the cluster is one chunk:
 
     seconds per task of c problems = a + b c,
 
@@ -16,6 +16,7 @@ import os
 import shutil
 import tempfile
 import time
+from statistics import median
 
 os.environ.setdefault("OPENBLAS_NUM_THREADS", "1")
 
@@ -61,16 +62,17 @@ def in_memory(count):
 
 def compare(folder, client, count, chunk):
     job = store_of(folder, count, chunk)
-    times = {}
+    here, there = [], []
     options = {"restart": True, "progress": False}
-    for _ in range(3):
-        for name, run in (("threads", lambda: job.solve(threads=2, **options)),
-                          ("cluster", lambda: job.solve(client, chunk=chunk, **options))):
-            times.setdefault(name, []).append(timed(run))
-    here, there = min(times["threads"]), min(times["cluster"])
+    job.solve(client, **options)
+    for _ in range(5):
+        here.append(timed(lambda: job.solve(threads=2, **options)))
+        there.append(timed(lambda: job.solve(client, **options)))
     alone = timed(lambda: job.store.solve(job.store.parts(0), 1))
-    print(f"{count} problems in a store, chunks of {chunk} ({1e3 * alone:.0f} ms): two threads "
-          f"{here:.3f} s, two workers {there:.3f} s, {here / there:.2f} of the throughput")
+    print(f"{count} problems in a store, chunks of {chunk} ({1e3 * alone:.0f} ms), medians: two "
+          f"threads {median(here):.3f} s, two workers {median(there):.3f} s, "
+          f"{median(here) / median(there):.2f} of the throughput")
+    shutil.rmtree(job.store.location)
 
 
 def scaling(folder, clusters, sizes, tasks, most):
@@ -114,7 +116,7 @@ def main():
     with tempfile.TemporaryDirectory(dir=given.folder) as folder, \
             LocalCluster(n_workers=1, **options) as one, Client(one) as first, \
             LocalCluster(n_workers=2, **options) as two, Client(two) as second:
-        compare(folder, second, 280_000 if given.quick else 1_120_000, 28_000)
+        compare(folder, second, 280_000 if given.quick else 2_240_000, 28_000)
         a, b = scaling(folder, (first, second), (1, 10, 100, 1000, 10_000),
                        20 if given.quick else 60, 300_000)
         s = dispatch(second, 200 if given.quick else 1000)

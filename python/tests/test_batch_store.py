@@ -1,6 +1,7 @@
 """Batches in a store: resumed, shared out, damaged, killed; by threads and by a real cluster."""
 
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -38,19 +39,22 @@ def assert_same(left, right):
         np.testing.assert_array_equal(array, right[name])
 
 
-@pytest.mark.parametrize("kind", ["folder", "memory://activeset", "file://"])
+@pytest.mark.parametrize("kind", ["folder", "dictionary", "memory://activeset", "file://"])
 def test_a_store_gives_what_memory_gives(tmp_path, kind):
-    place = tmp_path / "s.zarr"
-    if kind != "folder":
+    place = str(tmp_path / "s.zarr")
+    if kind == "dictionary":
+        place = zarr.MemoryStore()  # might keep arrays that are used again
+    elif kind != "folder":
         pytest.importorskip("fsspec")
-        place = f"{kind}{place}"
-    job, parts = make(place)
+        place = kind + place
+    parts = parts_of(50)
+    job = batch.create(place, **parts, chunk=8)
     assert job.progress() == (0, 7) and (job.status == -1).all()
     r = job.solve(threads=2).result()
     plain = activeset.solve_batch(**parts)
     for name in ("x", "y", "z", "z_box", "obj", "status", "certificate", "iterations"):
         np.testing.assert_array_equal(getattr(r, name), getattr(plain, name))
-    assert batch.open(str(place)).summary() == plain.summary()
+    assert batch.open(place).summary() == plain.summary()
     np.testing.assert_array_equal(job.problem(-1).solve().x, plain.problem(49).solve().x)
     assert "7 done, 50 optimal" in repr(job)
 
@@ -169,14 +173,36 @@ def test_a_cluster_gives_the_same_bits_though_a_worker_is_killed(tmp_path, clust
     assert first != second
     killer = subprocess.Popen([sys.executable, "-c", KILLER, job.store.location, str(first)],
                               stdout=subprocess.PIPE)
-    job.solve(client, chunk=100)
+    job.solve(client)
     assert 5 <= int(killer.communicate()[0]) < 300
     assert_same(outputs(job), outputs(whole.solve()))
-    make(tmp_path / "grouped.zarr")[0].solve(client, chunk=20)
+    for seed in (0, 1):  # the workers know the first one, whose G is another
+        shutil.rmtree(tmp_path / "again.zarr", ignore_errors=True)
+        parts = parts_of(50, seed=seed)
+        again = batch.create(str(tmp_path / "again.zarr"), **parts, chunk=8).solve(client, chunk=20)
+        np.testing.assert_array_equal(again.result().x, activeset.solve_batch(**parts).x)
     (tmp_path / "s.zarr" / "outputs" / "status" / "5").unlink()
     (tmp_path / "s.zarr" / "inputs" / "q" / "5.0").write_bytes(b"")
     with pytest.raises(batch.BatchError, match="cut short"):
         job.solve(client)
+
+
+@pytest.mark.parametrize("seconds", [1e-5, 0.08, 3.0])
+def test_chunks_are_dealt_out_once_and_so_that_no_worker_waits_for_another(seconds):
+    pytest.importorskip("distributed")
+    from activeset.batch._cluster import _Shares
+
+    chunks = list(range(3, 1003))
+    shares, tasks = _Shares(chunks, None), []
+    while shares.left:
+        tasks.append(shares.take(4))
+        if shares.wants_times(4):
+            shares.times.append(seconds)
+    assert sum(tasks, []) == chunks
+    for at, task in enumerate(tasks[1:], 1):
+        assert len(task) == 1 or len(task) * seconds <= 1.0 + seconds
+        # What is left keeps the other threads busy for as long, but for 50 ms.
+        assert len(task) * seconds <= 0.05 + seconds + seconds * len(sum(tasks[at + 1:], [])) / 3
 
 
 KILLER = """

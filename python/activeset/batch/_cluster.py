@@ -2,11 +2,13 @@
 
 from __future__ import annotations
 
+import math
 import time
 from functools import lru_cache
 from queue import Empty, SimpleQueue
 from statistics import median
 
+from ._chunks import solve_chunks
 from ._errors import BatchError
 from ._store import Store
 
@@ -17,77 +19,116 @@ if TYPE_CHECKING:
 
     from .._many import Bar
 
-_SHORTEST = 0.05  # seconds that a task should take at least
+_SHORTEST = 0.05  # seconds that a task should take at least,
+_LONGEST = 1.0  # and at most: a worker that dies loses no more
+_AHEAD = 2  # tasks for each thread of the workers: one runs, one waits
+_LOOK = 2.0  # seconds from one look at the workers to the next
 _RETRIES = 3
 _PATIENCE = 5.0  # seconds without the scheduler, until it counts as gone
 
 
 @lru_cache(maxsize=8)
-def _opened(location: Any) -> Store:
-    return Store(location)
+def _opened(location: Any, name: str) -> Store:
+    store = Store(location)
+    if store.name != name:
+        raise BatchError(f"{location} is another store than the one to be solved")
+    return store
 
 
-def work(location: Any, chunks: Sequence[int]) -> float:
+def work(location: Any, name: str, chunks: Sequence[int]) -> float:
     """Solves chunks with the thread of the task; seconds per chunk. Runs on a worker."""
     begin = time.perf_counter()
-    store = _opened(location)
-    for k in chunks:
-        try:
-            store.write(k, store.solve(store.parts(k), 1))
-        except OSError as error:
-            raise BatchError(f"{location}: chunk {k} could not be written: {error}") from None
-    return (time.perf_counter() - begin) / max(len(chunks), 1)
+    store = _opened(location, name)
+    left = [k for k in chunks if not store.is_done(k)]  # by a worker that died
+    solve_chunks(store, left, 1)
+    return (time.perf_counter() - begin) / max(len(left), 1)
+
+
+class _Shares:
+    """Divides chunks into tasks, the next one when it is wanted: longer ones first, short ones at
+    the end, so that no worker waits for another."""
+
+    def __init__(self, chunks: Sequence[int], each: int | None) -> None:
+        self.left, self.each = list(reversed(chunks)), each
+        self.times: list[float] = []  # seconds per chunk of the first tasks
+
+    def wants_times(self, threads: int) -> bool:
+        return self.each is None and len(self.times) < min(_AHEAD * threads, 16)
+
+    def take(self, threads: int) -> list[int]:
+        """The chunks of the next task of a cluster with so many threads."""
+        number = min(self._size(threads) if self.each is None else self.each, len(self.left))
+        return [self.left.pop() for _ in range(number)]
+
+    def _size(self, threads: int) -> int:
+        if not self.times:
+            return 1
+        # The first ones open the store and begin cold: the faster half tells.
+        typical = max(median(sorted(self.times)[:-(-len(self.times) // 2)]), 1e-6)
+        # Those that wait are as many as those that run, and the last ones should be short.
+        fair = len(self.left) // ((_AHEAD + 1) * threads)
+        return max(math.ceil(_SHORTEST / typical), min(math.ceil(_LONGEST / typical), fair))
 
 
 def solve_there(store: Store, missing: Sequence[int], client: Any, each: int | None,
                 bar: Bar | None) -> None:
-    """Tasks of `each` chunks; None finds out how many take 50 ms."""
-    total, done, wanted = len(missing), 0, missing
-    if each is None:
-        trial = min(total, 2 * max(1, len(client.scheduler_info()["workers"])))
-        first = _run(store, [[k] for k in missing[:trial]], client, bar, 0, total)
-        times = client.gather(first, errors="skip")
-        missing, done = missing[trial:], trial
-        # The first ones open the store and begin cold: the faster half tells.
-        typical = median(sorted(times)[:max(1, len(times) // 2)]) if times else 1.0
-        each = max(1, int(-(-_SHORTEST // max(typical, 1e-6))))
-    tasks = [list(missing[first:first + each]) for first in range(0, len(missing), each)]
-    _run(store, tasks, client, bar, done, total)
-    left = sorted(set(wanted) & set(store.missing()))
+    """Tasks of `each` chunks; None takes 50 ms to a second of work for one."""
+    total = len(missing)
+    _run(store, missing, client, each, bar, total)
+    left = sorted(set(missing) & set(store.missing()))
     if left:  # of workers that died
-        _run(store, [[k] for k in left], client, bar, total - len(left), total)
+        _run(store, left, client, 1, bar, total)
 
 
-def _run(store: Store, tasks: Sequence[Sequence[int]], client: Any, bar: Bar | None, done: int,
-         total: int) -> list[Any]:
-    """Futures of tasks that have ended well."""
+def _run(store: Store, chunks: Sequence[int], client: Any, each: int | None, bar: Bar | None,
+         total: int) -> None:
+    """Has chunks solved, the last ones of so many in all."""
+    shares = _Shares(chunks, each)
     ended: SimpleQueue[Any] = SimpleQueue()
-    futures = {client.submit(work, store.location, task, pure=False, retries=_RETRIES): len(task)
-               for task in tasks}
-    for future in futures:
-        future.add_done_callback(ended.put)
-    good: list[Any] = []
-    last_heard = time.monotonic()
+    pending: dict[Any, int] = {}
+    done, threads, last_look, last_heard = total - len(chunks), 1, -_LOOK, time.monotonic()
     try:
-        while futures:
+        while pending or shares.left:
+            now = time.monotonic()
+            if client.status == "running":
+                last_heard = now
+                if now - last_look >= _LOOK:
+                    threads, last_look = _threads(client), now
+                while shares.left and len(pending) < _AHEAD * threads:
+                    task = shares.take(threads)
+                    future = client.submit(work, store.location, store.name, task, pure=False,
+                                           retries=_RETRIES)
+                    pending[future] = len(task)
+                    future.add_done_callback(ended.put)
+            elif now - last_heard > _PATIENCE:
+                raise _gone(store)
             try:
                 future = ended.get(timeout=0.2)
-                done += futures.pop(future)
-                if _is_good(store, future, client):
-                    good.append(future)
             except Empty:
-                pass
-            if client.status == "running":
-                last_heard = time.monotonic()
-            elif time.monotonic() - last_heard > _PATIENCE:
-                raise _gone(store)
+                continue
+            done += pending.pop(future)
+            if _is_good(store, future, client) and shares.wants_times(threads):
+                shares.times += _time(future)
             if bar is not None:
                 bar(done, total)
     except BaseException:
         if client.status == "running":
-            client.cancel(list(futures))
+            client.cancel(list(pending))
         raise
-    return good
+
+
+def _threads(client: Any) -> int:
+    """Of all workers, or one where no worker has come yet."""
+    workers = client.scheduler_info()["workers"].values()
+    return max(1, sum(int(worker["nthreads"]) for worker in workers))
+
+
+def _time(future: Any) -> list[float]:
+    """What a task that has ended took, unless its worker died since."""
+    try:
+        return [future.result(timeout=_PATIENCE)]
+    except Exception:  # of many kinds, and only a time
+        return []
 
 
 def _is_good(store: Store, future: Any, client: Any) -> bool:

@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import math
-from concurrent.futures import ThreadPoolExecutor
 
 import numpy as np
 
@@ -11,13 +10,13 @@ from .._batch import OUTPUTS, STATUSES, BatchResult
 from .._batch_parts import Batch
 from .._many import Bar
 from .._records import Settings
+from ._chunks import solve_chunks
 from ._errors import BatchError
 from ._store import Store, make
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from collections.abc import Iterable, Sequence
-    from concurrent.futures import Future
     from typing import Any
 
     from numpy.typing import NDArray
@@ -87,7 +86,7 @@ class Job:
             This process, or the workers of a cluster, which must reach the store.
         chunk : int, optional
             So many problems are one task of a cluster, rounded up to chunks of the store. By
-            default tasks last 50 ms or more, by the time of the first ones.
+            default tasks are 50 ms to a second of work, by the time of the first ones.
         resume : bool
             False refuses a store of which something is done.
         restart : bool
@@ -118,7 +117,7 @@ class Job:
         bar = Bar("batch", "chunk") if progress else None
         try:
             if executor == "threads":
-                _solve_here(self.store, missing, threads, bar)
+                solve_chunks(self.store, missing, threads, bar)
             else:
                 from ._cluster import solve_there
 
@@ -170,31 +169,3 @@ class Job:
         done, of = self.progress()
         counts = "".join(f", {count} {status}" for status, count in self.summary().items())
         return f"Job of {self.store.count} problems in {of} chunks: {done} done{counts}"
-
-
-def _solve_here(store: Store, missing: Sequence[int], threads: int, bar: Bar | None) -> None:
-    """Reads the next chunk and writes the last one while the threads of the solver work."""
-    if not missing:
-        return
-    with ThreadPoolExecutor(1) as reader, ThreadPoolExecutor(1) as writer:
-        coming = reader.submit(store.parts, missing[0])
-        going: Future[None] | None = None
-        for number, k in enumerate(missing):
-            parts = coming.result()
-            if number + 1 < len(missing):
-                coming = reader.submit(store.parts, missing[number + 1])
-            arrays = store.solve(parts, threads)
-            _finish(store, going)
-            going = writer.submit(store.write, k, arrays)
-            if bar is not None:
-                bar(number, len(missing))
-        _finish(store, going)
-
-
-def _finish(store: Store, writing: Future[None] | None) -> None:
-    if writing is not None:
-        try:
-            writing.result()
-        except OSError as error:
-            raise BatchError(f"{store.location}: a chunk could not be written: {error}; chunks "
-                             "that are done stay done") from error

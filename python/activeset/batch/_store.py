@@ -10,6 +10,7 @@ from __future__ import annotations
 
 import math
 import os
+import uuid
 
 import numpy as np
 import zarr
@@ -53,6 +54,7 @@ class Store:
         try:
             self.count, self.chunk = int(mark["count"]), int(mark["chunk"])
             self.chain, self.settings = int(mark["chain"]), Settings(**mark["settings"])
+            self.name = str(mark.get("name", ""))  # no other store has it
             self.empty: list[str] = list(mark["empty"])
             self.inputs: dict[str, Any] = dict(self.root["inputs"].arrays())
             self.outputs: dict[str, Any] = dict(self.root["outputs"].arrays())
@@ -90,6 +92,10 @@ class Store:
         """The chunks whose status is there."""
         names: Iterable[str] = listdir(self.root.store, self.outputs["status"].path)
         return sorted(int(name) for name in names if name.isdigit())
+
+    def is_done(self, k: int) -> bool:
+        status = self.outputs["status"]
+        return f"{status.path}/{k}" in status.chunk_store
 
     def missing(self) -> list[int]:
         done = set(self.done())
@@ -143,12 +149,15 @@ class Store:
                 array[self.range(k)] = arrays[name]
         self.outputs["status"][self.range(k)] = arrays["status"].astype(np.int8)
 
-    def solve(self, parts: Mapping[str, Array], threads: int) -> dict[str, Array]:
-        """The outputs of the problems of one chunk."""
+    def solve(self, parts: Mapping[str, Array], threads: int,
+              spare: Mapping[str, Array] | None = None) -> dict[str, Array]:
+        """The outputs of the problems of one chunk, in the memory of others that are written."""
         batch = Batch(parts)
-        own = shapes(batch)
-        arrays: dict[str, Array] = {
-            name: np.empty((batch.count, *own[name][0]), own[name][1]) for name in self.outputs}
+        if spare is None or len(spare["status"]) < batch.count:
+            own = shapes(batch)
+            spare = {name: np.empty((batch.count, *own[name][0]), own[name][1])
+                     for name in self.outputs}
+        arrays = {name: array[:batch.count] for name, array in spare.items()}
         solve_parts(batch, arrays, threads, self.chain, self.settings, None, None)
         return arrays
 
@@ -200,7 +209,7 @@ def make(location: Any, parts: Mapping[str, Any], chunk: int | None, chain: int,
     for name, part in given.items():
         _fill(inputs, name, part, chunk if name in one.batched else None, plain)
     root.attrs[_MARK] = {"version": VERSION, "count": count, "chunk": chunk, "chain": chain,
-                         "settings": settings._asdict(), "empty": empty}
+                         "settings": settings._asdict(), "empty": empty, "name": uuid.uuid4().hex}
 
 
 def _sized(part: Any) -> Any:
