@@ -33,7 +33,7 @@ const char* wordsFor(int code) {
     }
 }
 
-const char* mark(const Residual& residual) {
+const char* mark(const JudgedResidual& residual) {
     return residual.supports ? "" : "  (does not support the outcome)";
 }
 

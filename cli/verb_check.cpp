@@ -65,7 +65,7 @@ std::string checkText(const io::Model& model, const Diagnosis& diagnosis) {
                        : "\n");
 }
 
-int run(const SolveOptions& options) {
+int checkFiles(const SolveOptions& options) {
     int worst = Solved;
     for (const std::string& file : options.files) {
         int status = Solved;
@@ -94,7 +94,7 @@ void addCheck(CLI::App& app, Action& chosen) {
         *app.add_subcommand("check", "Read problems and say what is remarkable about them");
     const auto options = std::make_shared<SolveOptions>();
     addProblemOptions(command, *options);
-    command.callback([&chosen, options] { chosen = [options] { return run(*options); }; });
+    command.callback([&chosen, options] { chosen = [options] { return checkFiles(*options); }; });
 }
 
 }  // namespace activeset::cli

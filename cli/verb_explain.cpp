@@ -65,7 +65,7 @@ int explainFile(const std::string& file, const SolveOptions& options) {
     return isExplained ? Solved : exitStatusOf(solution.result.status);
 }
 
-int run(const SolveOptions& options) {
+int explainFiles(const SolveOptions& options) {
     const InterruptHandler interrupts;
     int worst = Solved;
     for (const std::string& file : options.files) {
@@ -90,7 +90,7 @@ void addExplain(CLI::App& app, Action& chosen) {
     addMethodOptions(command, *options);
     command.add_flag("--json", options->json, "Print one JSON object a file instead of text")
         ->group("Output");
-    command.callback([&chosen, options] { chosen = [options] { return run(*options); }; });
+    command.callback([&chosen, options] { chosen = [options] { return explainFiles(*options); }; });
 }
 
 }  // namespace activeset::cli

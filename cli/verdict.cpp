@@ -34,11 +34,11 @@ public:
             result_.value = residual;
         }
     }
-    [[nodiscard]] Residual result() const { return result_; }
+    [[nodiscard]] JudgedResidual result() const { return result_; }
 
 private:
     double tolerance_;
-    Residual result_;
+    JudgedResidual result_;
 };
 
 /// matrix·x − rhs, matrix rows × n.
@@ -74,7 +74,7 @@ public:
     }
 
     [[nodiscard]] Verdict verdict() {
-        const Residual objectiveOfFile = objective();
+        const JudgedResidual objectiveOfFile = objective();
         visitConstraints();
         visitStationarity();
         Verdict verdict{objectiveOfFile, primal_.result(), dual_.result(),
@@ -143,7 +143,7 @@ private:
         }
     }
 
-    [[nodiscard]] Residual objective() {
+    [[nodiscard]] JudgedResidual objective() {
         const std::size_t n = model_.n();
         ScaledSum sum;
         for (std::size_t j = 0; j < n; ++j) {

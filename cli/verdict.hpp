@@ -7,7 +7,7 @@
 namespace activeset::cli {
 
 /// A residual and whether the outcome may stand beside it.
-struct Residual {
+struct JudgedResidual {
     double value = 0.0;
     bool supports = true;
 };
@@ -16,16 +16,16 @@ struct Residual {
 struct Verdict {
     /// ½xᵀHx + cᵀx + constant, with the sign of the file; supports the outcome when the solver
     /// reports the same value.
-    Residual objective;
+    JudgedResidual objective;
     /// Largest violation of a constraint, absolute.
-    Residual primal;
+    JudgedResidual primal;
     /// Largest entry of H·x + c + Aeqᵀλeq + Aᵀλineq − λlower + λupper in magnitude, or the
     /// amount by which a multiplier of an inequality or bound is negative, if that is more.
-    Residual dual;
+    JudgedResidual dual;
     /// Largest product in magnitude of the multiplier and the slack of an inequality or bound,
     /// small or not in proportion to the objective. An absent bound has no slack: its multiplier
     /// counts itself.
-    Residual complementarity;
+    JudgedResidual complementarity;
 
     [[nodiscard]] bool supports() const {
         return objective.supports && primal.supports && dual.supports && complementarity.supports;

@@ -11,7 +11,7 @@ target_compile_options(
               -Wpedantic
               -Wconversion
               -Wsign-conversion
-              -Wshadow
+              $<$<NOT:$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wshadow>
               -Wold-style-cast
               -Wnon-virtual-dtor
               -Werror

@@ -9,19 +9,12 @@
 #include "io/dense_form.hpp"
 #include "io/file_text.hpp"
 #include "io/format_readers.hpp"
+#include "io/lp_words.hpp"
 #include "io/section_scan.hpp"
 
 namespace activeset::io {
 
 namespace {
-
-std::string lowered(std::string_view text) {
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), [](char character) {
-        return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
-    });
-    return result;
-}
 
 bool isStandardInput(const std::string& path) {
     return path == "-";
@@ -30,7 +23,7 @@ bool isStandardInput(const std::string& path) {
 }  // namespace
 
 Format formatOf(const std::string& path) {
-    std::string name = lowered(path);
+    std::string name = lp::lowered(path);
     for (const std::string_view packed : {".gz", ".bz2"}) {
         if (name.ends_with(packed)) {
             name.resize(name.size() - packed.size());

@@ -61,13 +61,13 @@ void writeSides(const std::vector<Hold>& holds,
     }
 }
 
-class Worker {
+class GradientWorker {
 public:
-    Worker(const ProblemBatch& problems,
-           const BatchSolution& solutions,
-           const BatchLoss& loss,
-           const BatchGradients& out,
-           frontend::Team& team)
+    GradientWorker(const ProblemBatch& problems,
+                   const BatchSolution& solutions,
+                   const BatchLoss& loss,
+                   const BatchGradients& out,
+                   frontend::Team& team)
         : problems_(problems),
           solutions_(solutions),
           loss_(loss),
@@ -97,12 +97,12 @@ private:
             }
         } catch (...) {  // not an optimum, or no memory: none, and no other problem is spoiled
         }
-        constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
-        fill(out_.c, k, n_, NaN);
-        fill(out_.rowLower, k, m_, NaN);
-        fill(out_.rowUpper, k, m_, NaN);
-        fill(out_.lower, k, n_, NaN);
-        fill(out_.upper, k, n_, NaN);
+        constexpr double None = std::numeric_limits<double>::quiet_NaN();
+        fill(out_.c, k, n_, None);
+        fill(out_.rowLower, k, m_, None);
+        fill(out_.rowUpper, k, m_, None);
+        fill(out_.lower, k, n_, None);
+        fill(out_.upper, k, n_, None);
         if (out_.derivative != nullptr) {
             out_.derivative[k] = -1;
         }
@@ -179,7 +179,7 @@ std::size_t backwardBatch(const ProblemBatch& problems,
     require(loss.z, n, false, "loss.z");
     frontend::Team team(problems.count, settings);
     std::atomic<std::size_t> found = 0;
-    team.run([&] { found += Worker(problems, solutions, loss, out, team).work(); });
+    team.run([&] { found += GradientWorker(problems, solutions, loss, out, team).work(); });
     return found;
 }
 

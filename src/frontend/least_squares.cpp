@@ -8,6 +8,7 @@
 #include <iterator>
 #include <utility>
 
+#include "frontend/algebra/dense.hpp"
 #include "frontend/fit/active_set_fit.hpp"
 #include "frontend/fit/fit_data.hpp"
 #include "frontend/fit/fit_judgement.hpp"
@@ -23,10 +24,6 @@ namespace {
 /// Added to the diagonal of the square, in proportion to its largest entry, if rounding has made it
 /// singular. It serves as a start only.
 constexpr double SquareShift = 1e-10;
-
-bool areFinite(const Vector& values) {
-    return std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
-}
 
 /// The problem with H = TᵀT.
 struct Square {

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <utility>
 
+#include "frontend/algebra/dense.hpp"
 #include "frontend/sequence.hpp"
 #include "frontend/soft/penalties.hpp"
 #include "host/floating_point.hpp"
@@ -18,14 +19,6 @@ namespace {
 
 bool hasLength(const VectorView& vector, std::size_t size) {
     return vector.size() == size && vector.data() != nullptr;
-}
-
-bool areFinite(const VectorView& vector) {
-    double zeros = 0.0;
-    for (std::size_t i = 0; i < vector.size(); ++i) {
-        zeros += 0.0 * vector[i];
-    }
-    return zeros == 0.0;  // so neither NaN nor infinite
 }
 
 bool areSides(const VectorView& lower, const VectorView& upper, std::size_t size) {
@@ -105,7 +98,8 @@ private:
     [[nodiscard]] bool isPlainlySound(const Problem& problem, Part part) const {
         switch (part) {
             case Part::Linear:
-                return hasLength(problem.c, data_.n) && areFinite(problem.c) &&
+                return hasLength(problem.c, data_.n) &&
+                       frontend::areFinite(problem.c.data(), problem.c.size()) &&
                        std::isfinite(problem.constant);
             case Part::RowSides:
                 return areSides(problem.rowLower, problem.rowUpper, data_.m);

@@ -40,7 +40,7 @@ TEST(Verdicts, SupportAnOptimumAndTakeTheConstantIn) {
 
 TEST(Verdicts, FindEveryFlawOfAnAllegedOptimum) {
     struct Flaw {
-        Residual Verdict::*residual;
+        JudgedResidual Verdict::*residual;
         double value;
         std::vector<double> x;
         std::vector<double> lambda;
@@ -67,7 +67,7 @@ TEST(Verdicts, FindEveryFlawOfAnAllegedOptimum) {
         solved.result.lambda = flaw.lambda;
         solved.result.objective = flaw.objective;
         const Verdict verdict = solved.verdict();
-        const Residual residual = verdict.*flaw.residual;
+        const JudgedResidual residual = verdict.*flaw.residual;
         EXPECT_EQ(residual.value, flaw.value) << "flaw " << &flaw - flaws.data();
         EXPECT_FALSE(residual.supports) << "flaw " << &flaw - flaws.data();
         EXPECT_THAT(strictSummaryText(solved.problem, solved.result, verdict),

@@ -2,14 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "io/read.hpp"
 
 namespace activeset::io::tests {
 namespace {
-
-constexpr double Inf = std::numeric_limits<double>::infinity();
 
 Model lp(std::string_view text) {
     return readModelText(text, "t.lp", Format::Lp);

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <map>
 
 #include "io/npy_array.hpp"
@@ -15,8 +14,6 @@ namespace {
 
 using namespace std::string_literals;
 using ::testing::HasSubstr;
-
-constexpr double Inf = std::numeric_limits<double>::infinity();
 
 /// An array with this dictionary; the length of version 1 has two bytes, later ones have four.
 std::string npy(const std::string& header, const std::string& data, char version = 1) {

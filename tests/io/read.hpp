@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,8 @@
 namespace activeset::io::tests {
 
 using Numbers = std::vector<double>;
+
+inline constexpr double Inf = std::numeric_limits<double>::infinity();
 
 inline Model read(std::string_view text, const ReadLimits& limits = {}) {
     return readModelText(text, "t.qps", Format::Mps, limits);

@@ -2,16 +2,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "io/dense_form.hpp"
 #include "io/read.hpp"
 #include "io/writer.hpp"
 
 namespace activeset::io::tests {
 namespace {
-
-constexpr double Inf = std::numeric_limits<double>::infinity();
 
 Model every() {
     return {.name = "every",

@@ -14,7 +14,7 @@
 namespace activeset::test {
 namespace {
 
-constexpr double Big = std::numeric_limits<double>::max();
+constexpr double Huge = std::numeric_limits<double>::max();
 const Problem Example{.H = {{4, 1, 0}, {1, 3, -1}, {0.5, -1, 2}},
                       .c = {1, -2, 0.1},
                       .A = {{1, 2, 3}, {-0.1, 0, 7}},
@@ -23,7 +23,7 @@ const Problem Example{.H = {{4, 1, 0}, {1, 3, -1}, {0.5, -1, 2}},
                       .ub = {Inf, 0.7, 2}};
 
 /// Changes one plain function of each kind, and nothing else.
-class Doubled : public LinearConstraint {
+class DoubledProducts : public LinearConstraint {
 public:
     using LinearConstraint::LinearConstraint;
     [[nodiscard]] OPTMatrix<double> Ax(const OPTMatrix<double>& x) override {
@@ -114,7 +114,7 @@ protected:
 TEST_F(PassProducts, AreThoseOfThePlainFunctionsBitForBit) {
     const CallScope scope;
     const std::vector<double> points[] = {
-        {0.1, 0.2, -0.3}, {1e200, -1e-300, 3}, {Inf, 1, 0}, {-Inf, NaN, -0.0}, {NaN, 0, Big}};
+        {0.1, 0.2, -0.3}, {1e200, -1e-300, 3}, {Inf, 1, 0}, {-Inf, NaN, -0.0}, {NaN, 0, Huge}};
     for (const auto& point : points) {
         const vxArray* const H = array(Example.H);
         const vxArray* const c = column(Example.c);
@@ -128,7 +128,7 @@ TEST_F(PassProducts, AreThoseOfThePlainFunctionsBitForBit) {
                                        column({}),       column(Example.lb), column(Example.ub)};
         LinearConstraint plain(data[0], data[1], data[2], data[3], data[4], data[5]);
         expectSame(plain, point);
-        Doubled doubled(data[0], data[1], data[2], data[3], data[4], data[5]);
+        DoubledProducts doubled(data[0], data[1], data[2], data[3], data[4], data[5]);
         expectSame(doubled, point);
         for (LinearConstraint* set : {&plain, static_cast<LinearConstraint*>(&doubled)}) {
             std::vector<double> extended = point;

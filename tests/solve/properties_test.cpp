@@ -5,20 +5,13 @@
 #include <cstdlib>
 
 #include "solve/examples.hpp"
+#include "solve/optimality.hpp"
 #include "solve/recorder.hpp"
 #include "support/any_problem.hpp"
 #include "support/fixture.hpp"
 
 namespace activeset::test {
 namespace {
-
-double largest(const Numbers& numbers) {
-    double result = 0.0;
-    for (const double number : numbers) {
-        result = std::max(result, std::abs(number));
-    }
-    return result;
-}
 
 bool isZero(const Numbers& numbers) {
     return std::ranges::all_of(numbers, [](double number) { return number == 0.0; });

@@ -2,6 +2,7 @@
 #include "frontend/algebra/dense.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "frontend/algebra/dense_views.hpp"
@@ -101,6 +102,26 @@ void solveUpperTransposed(const Dense& a, double* b, std::size_t count) {
 
 double largestMagnitude(const Vector& values) {
     return largestMagnitude(values.data(), values.size());
+}
+
+// 0 times a number is 0, or NaN if it is not finite. Four sums do not wait for one another.
+bool areFinite(const double* values, std::size_t count) {
+    constexpr std::size_t Width = 4;
+    std::array<double, Width> zeros{};
+    std::size_t i = 0;
+    for (; i + Width <= count; i += Width) {
+        for (std::size_t k = 0; k < Width; ++k) {
+            zeros[k] += 0.0 * values[i + k];
+        }
+    }
+    for (; i < count; ++i) {
+        zeros[0] += 0.0 * values[i];
+    }
+    return zeros == std::array<double, Width>{};
+}
+
+bool areFinite(const Vector& values) {
+    return areFinite(values.data(), values.size());
 }
 
 }  // namespace activeset::frontend

@@ -47,6 +47,9 @@ void solveUpper(const Dense& a, double* b, std::size_t count);
 void solveUpperTransposed(const Dense& a, double* b, std::size_t count);
 
 [[nodiscard]] double largestMagnitude(const Vector& values);
+/// Whether none is infinite or NaN.
+[[nodiscard]] bool areFinite(const double* values, std::size_t count);
+[[nodiscard]] bool areFinite(const Vector& values);
 
 }  // namespace activeset::frontend
 

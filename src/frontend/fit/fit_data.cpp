@@ -44,7 +44,7 @@ void addFaults(std::vector<Fault>& faults,
     }
 }
 
-Dense copyOf(const MatrixView& matrix) {
+Dense denseOf(const MatrixView& matrix) {
     Dense copy(matrix.rows(), matrix.cols());
     for (std::size_t j = 0; j < copy.cols; ++j) {
         for (std::size_t i = 0; i < copy.rows; ++i) {
@@ -114,7 +114,7 @@ std::vector<Fault> faultsOfFit(const LeastSquares& problem) {
 }
 
 bool takeIn(const LeastSquares& problem, Fit& fit) {
-    fit.R = copyOf(problem.R);
+    fit.R = denseOf(problem.R);
     fit.s.assign(problem.s.data(), problem.s.data() + problem.s.size());
     for (std::size_t i = 0; i < problem.weights.size(); ++i) {
         const double root = std::sqrt(problem.weights[i]);
@@ -126,7 +126,7 @@ bool takeIn(const LeastSquares& problem, Fit& fit) {
     if (problem.W.empty()) {
         return true;
     }
-    Dense root = copyOf(problem.W);
+    Dense root = denseOf(problem.W);
     if (lapack::potrf(part(root, 0, 0, root.cols)) != 0) {
         return false;
     }

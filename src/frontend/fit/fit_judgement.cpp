@@ -33,7 +33,7 @@ Columns transposedProduct(const Dense& R, const double* y) {
 }
 
 /// ρ = R·x − s; the scale holds the sizes of its terms.
-Columns residualOf(const Fit& fit, const Vector& x) {
+Columns exactResidualOf(const Fit& fit, const Vector& x) {
     Columns sums(fit.R.rows);
     exactProduct({fit.R.values.data(), fit.R.rows, fit.R.cols, fit.R.rows}, x.data(), sums.view());
     for (std::size_t i = 0; i < fit.s.size(); ++i) {
@@ -149,7 +149,7 @@ Slackness slacknessOf(const ProblemData& constraints, const Point& point) {
 FitJudgement judge(const Fit& fit, const ProblemData& constraints, Point& point) {
     FitJudgement judgement;
     project(point.y, constraints.rowLower, constraints.rowUpper);
-    const Columns residual = residualOf(fit, point.x);
+    const Columns residual = exactResidualOf(fit, point.x);
     Extended squares = 0;
     Extended given = 0;
     double rounding = 0.0;

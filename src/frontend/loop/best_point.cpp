@@ -5,16 +5,13 @@
 #include <cmath>
 #include <utility>
 
+#include "frontend/algebra/dense.hpp"
+
 namespace activeset::frontend {
 
 namespace {
 
 constexpr std::size_t MostCorrections = 20;
-
-bool areFinite(const Vector& values) {
-    return std::all_of(values.begin(), values.end(),
-                       [](double value) { return std::isfinite(value); });
-}
 
 double errorOf(const Certificate& certificate) {
     double largest = 0.0;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "frontend/algebra/dense.hpp"
+
 namespace activeset::frontend {
 
 namespace {
@@ -25,14 +27,6 @@ bool hasMemory(const MatrixView& matrix) {
 
 bool hasLength(const VectorView& vector, std::size_t size) {
     return vector.empty() || (vector.size() == size && vector.data() != nullptr);
-}
-
-bool areFinite(const VectorView& vector) {
-    double zeros = 0.0;
-    for (std::size_t i = 0; i < vector.size(); ++i) {
-        zeros += 0.0 * vector[i];
-    }
-    return zeros == 0.0;
 }
 
 // Halves that differ by rounding become their mean.
@@ -131,7 +125,8 @@ bool isSmall(const Problem& problem) {
                    : problem.A.cols() == n && hasMemory(problem.A)) &&
            hasLength(problem.c, n) && hasLength(problem.rowLower, m) &&
            hasLength(problem.rowUpper, m) && hasLength(problem.lower, n) &&
-           hasLength(problem.upper, n) && hasLength(problem.start, n) && areFinite(problem.start);
+           hasLength(problem.upper, n) && hasLength(problem.start, n) &&
+           areFinite(problem.start.data(), problem.start.size());
 }
 
 bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& extent) {

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <string>
 
+#include "frontend/algebra/dense.hpp"
+
 namespace activeset::frontend {
 
 namespace {
@@ -16,22 +18,6 @@ std::string shape(std::size_t rows, std::size_t cols) {
 
 std::string entry(const char* name, std::size_t i, std::size_t j) {
     return std::string(name) + "(" + std::to_string(i) + ", " + std::to_string(j) + ")";
-}
-
-// 0 times a number is 0, or NaN if it is not finite. Four sums do not wait for one another.
-bool areFinite(const double* values, std::size_t count) {
-    constexpr std::size_t Width = 4;
-    std::array<double, Width> zeros{};
-    std::size_t i = 0;
-    for (; i + Width <= count; i += Width) {
-        for (std::size_t k = 0; k < Width; ++k) {
-            zeros[k] += 0.0 * values[i + k];
-        }
-    }
-    for (; i < count; ++i) {
-        zeros[0] += 0.0 * values[i];
-    }
-    return zeros == std::array<double, Width>{};
 }
 
 bool hasMemory(const char* name, const MatrixView& matrix, FaultList& faults) {

@@ -1,7 +1,6 @@
 #include "support/exact/convex_program.hpp"
 
 #include <limits>
-#include <stdexcept>
 
 namespace activeset::test::exact {
 
@@ -118,12 +117,6 @@ private:
     std::vector<std::size_t> basic_;
     std::vector<std::size_t> others_;
 };
-
-void require(bool isTrue) {
-    if (!isTrue) {
-        throw std::logic_error("the exact method is wrong");
-    }
-}
 
 void checkOptimality(const ConvexProgram& program, const Optimum& optimum) {
     const Vector pull = transposedProduct(program.G, optimum.multipliers, program.g.size());

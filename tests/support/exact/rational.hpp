@@ -5,6 +5,7 @@
 #include <gmpxx.h>
 
 #include <cstddef>
+#include <stdexcept>
 #include <vector>
 
 namespace activeset::test::exact {
@@ -12,6 +13,12 @@ namespace activeset::test::exact {
 using Rational = mpq_class;
 using Vector = std::vector<Rational>;
 using Matrix = std::vector<Vector>;  ///< by rows
+
+inline void require(bool isTrue) {
+    if (!isTrue) {
+        throw std::logic_error("the exact method is wrong");
+    }
+}
 
 inline Rational dot(const Vector& a, const Vector& b) {
     Rational sum = 0;

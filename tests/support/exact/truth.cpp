@@ -3,17 +3,10 @@
 #include <cmath>
 #include <iomanip>
 #include <sstream>
-#include <stdexcept>
 
 namespace activeset::test::exact {
 
 namespace {
-
-void require(bool isTrue) {
-    if (!isTrue) {
-        throw std::logic_error("an exact certificate is wrong");
-    }
-}
 
 Vector rationals(const std::vector<double>& values, std::size_t size) {
     Vector result(values.begin(), values.end());
