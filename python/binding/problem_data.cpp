@@ -93,6 +93,18 @@ bool ProblemData::readConstraints(const GivenParts& given, std::size_t variables
     return true;
 }
 
+bool ProblemData::partsFit(const GivenParts& given) const {
+    const bool hasSides = given[G] == nullptr || given[h] != nullptr || given[l] != nullptr;
+    return hasSides && (given[A] == nullptr || given[b] != nullptr) &&
+           (given[P] == nullptr || py::detail::array_proxy(owners_[P].ptr())->nd == 2) &&
+           (given[P] == nullptr || (views_.H.rows() == n_ && views_.H.cols() == n_)) &&
+           (given[G] == nullptr || G_.cols() == n_) && (given[A] == nullptr || A_.cols() == n_) &&
+           hasSize(views_.c, given[q], n_) && hasSize(h_, given[h], rowsOfG_) &&
+           hasSize(l_, given[l], rowsOfG_) && hasSize(b_, given[b], rowsOfA_) &&
+           hasSize(views_.lower, given[lb], n_) && hasSize(views_.upper, given[ub], n_) &&
+           hasSize(views_.start, given[X0], n_);
+}
+
 bool ProblemData::read(const GivenParts& given, std::optional<std::size_t> variables) {
     const auto vector = [&](Part part) {
         return given[part] == nullptr ? VectorView()
@@ -125,18 +137,9 @@ bool ProblemData::read(const GivenParts& given, std::optional<std::size_t> varia
                                : A_.cols();
     rowsOfG_ = G_.rows();
     rowsOfA_ = A_.rows();
-    const bool hasSides = given[G] == nullptr || given[h] != nullptr || given[l] != nullptr;
     const bool hasVariables = variables || given[q] != nullptr || given[P] != nullptr ||
                               given[G] != nullptr || given[A] != nullptr;
-    const bool areFitting =
-        hasVariables && hasSides && (given[A] == nullptr || given[b] != nullptr) &&
-        (given[P] == nullptr || py::detail::array_proxy(owners_[P].ptr())->nd == 2) &&
-        (given[P] == nullptr || (views_.H.rows() == n_ && views_.H.cols() == n_)) &&
-        (given[G] == nullptr || G_.cols() == n_) && (given[A] == nullptr || A_.cols() == n_) &&
-        hasSize(views_.c, given[q], n_) && hasSize(h_, given[h], rowsOfG_) &&
-        hasSize(l_, given[l], rowsOfG_) && hasSize(b_, given[b], rowsOfA_) &&
-        hasSize(views_.lower, given[lb], n_) && hasSize(views_.upper, given[ub], n_) &&
-        hasSize(views_.start, given[X0], n_);
+    const bool areFitting = hasVariables && partsFit(given);
     if (areFitting && given[Soft] != nullptr) {
         owners_[Soft] = py::reinterpret_borrow<py::object>(given[Soft]);
         soft_ = SoftSides(given[Soft], n_, rowsOfG_, rowsOfA_);

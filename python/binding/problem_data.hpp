@@ -63,6 +63,8 @@ public:
 
 private:
     bool read(const GivenParts& given, std::optional<std::size_t> variables = {});
+    /// Whether the parts that were read have sizes that belong together.
+    [[nodiscard]] bool partsFit(const GivenParts& given) const;
     [[nodiscard]] bool fits() const;
     void joinRows(const ProblemData* like);
 

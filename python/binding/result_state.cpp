@@ -142,6 +142,38 @@ py::dict stateOf(const Result& result) {
     return state;
 }
 
+namespace {
+
+void readProof(const py::dict& state, Result& result) {
+    readEntry(state, "certificate", [&](const py::object& given) {
+        const auto parts = py::reinterpret_borrow<py::sequence>(given);
+        result.certificate = {residualOf(parts[0]), residualOf(parts[1]), residualOf(parts[2])};
+    });
+    readEntry(state, "farkas", [&](const py::object& given) {
+        const auto parts = py::reinterpret_borrow<py::sequence>(given);
+        result.farkas = Farkas{numbersOf(parts[0]), numbersOf(parts[1]), residualOf(parts[2]),
+                               parts[3].cast<double>()};
+        if (parts.size() > 4) {
+            result.farkas->radius = parts[4].cast<double>();
+        }
+    });
+    readEntry(state, "direction_residual",
+              [&](const py::object& given) { result.directionResidual = residualOf(given); });
+}
+
+void readEffort(const py::dict& state, Result& result) {
+    readEntry(state, "iterations", [&](const py::object& given) {
+        const auto count = given.cast<std::array<std::size_t, 6>>();
+        result.iterations = {count[0], count[1], count[2], count[3], count[4], count[5]};
+    });
+    readEntry(state, "times", [&](const py::object& given) {
+        const auto seconds = given.cast<std::array<double, 4>>();
+        result.times = {seconds[0], seconds[1], seconds[2], seconds[3]};
+    });
+}
+
+}  // namespace
+
 py::object restore(const py::dict& state) {
     Result result;
     ResultLayout layout;
@@ -165,33 +197,13 @@ py::object restore(const py::dict& state) {
     entry("working_set", [&](const py::object& given) {
         result.workingSet = workingSetOf(py::reinterpret_borrow<py::sequence>(given));
     });
-    entry("certificate", [&](const py::object& given) {
-        const auto parts = py::reinterpret_borrow<py::sequence>(given);
-        result.certificate = {residualOf(parts[0]), residualOf(parts[1]), residualOf(parts[2])};
-    });
-    entry("farkas", [&](const py::object& given) {
-        const auto parts = py::reinterpret_borrow<py::sequence>(given);
-        result.farkas = Farkas{numbersOf(parts[0]), numbersOf(parts[1]), residualOf(parts[2]),
-                               parts[3].cast<double>()};
-        if (parts.size() > 4) {
-            result.farkas->radius = parts[4].cast<double>();
-        }
-    });
+    readProof(state, result);
     number("hessian_shift", result.hessianShift);
     numbers("direction", result.direction);
-    entry("direction_residual",
-          [&](const py::object& given) { result.directionResidual = residualOf(given); });
     entry("faults", [&](const py::object& given) { result.faults = faultsOf(given); });
     number("message", result.message);
     number("was_predicted", result.wasPredicted);
-    entry("iterations", [&](const py::object& given) {
-        const auto count = given.cast<std::array<std::size_t, 6>>();
-        result.iterations = {count[0], count[1], count[2], count[3], count[4], count[5]};
-    });
-    entry("times", [&](const py::object& given) {
-        const auto seconds = given.cast<std::array<double, 4>>();
-        result.times = {seconds[0], seconds[1], seconds[2], seconds[3]};
-    });
+    readEffort(state, result);
     entry("rows", [&](const py::object& given) {
         const auto [inequalities, equalities] = given.cast<std::pair<std::size_t, std::size_t>>();
         layout.inequalities = inequalities;

@@ -122,21 +122,28 @@ bool PrimalDualGuess::solve() {
         }
     }
     system_.solve(f, r);
+    take(F, f, R, r);
+    return true;
+}
+
+void PrimalDualGuess::take(const std::vector<std::size_t>& F,
+                           const Vector& f,
+                           const std::vector<std::size_t>& R,
+                           const Vector& r) {
     for (std::size_t k = 0; k < F.size(); ++k) {
-        x[F[k]] = f[k];
+        point_.x[F[k]] = f[k];
     }
     std::fill(point_.y.begin(), point_.y.end(), 0.0);
     for (std::size_t k = 0; k < R.size(); ++k) {
         point_.y[R[k]] = r[k];
     }
-    addHessianColumns(data_, F, x.data(), gradient_.data());
+    addHessianColumns(data_, F, point_.x.data(), gradient_.data());
     for (std::size_t j = 0; j < data_.n && !R.empty(); ++j) {
         const double* column = data_.columnOfA(j);
         for (std::size_t k = 0; k < R.size(); ++k) {
             gradient_[j] += column[R[k]] * r[k];
         }
     }
-    return true;
 }
 
 // Exchanges all that is wrong. Returns how many constraints come, go or change sides.

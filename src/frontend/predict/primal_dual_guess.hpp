@@ -31,6 +31,12 @@ public:
 private:
     void descend();
     [[nodiscard]] bool solve();
+    /// Completes point and gradient by the values f of the free variables F and the multipliers r
+    /// of the rows R.
+    void take(const std::vector<std::size_t>& F,
+              const Vector& f,
+              const std::vector<std::size_t>& R,
+              const Vector& r);
     [[nodiscard]] std::size_t exchange();
     [[nodiscard]] std::size_t exchangeRows();
     void refine();
