@@ -49,7 +49,7 @@ __all__ = [
 _core.configure(Result, tuple(Status))
 _atexit.register(_core.end_tasks)
 
-# Where the names are that are imported when they are first used.
+# The modules of names that are imported at their first use.
 _LATER = {
     "BatchResult": "_batch",
     "Diagnosis": "_diagnose",

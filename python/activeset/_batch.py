@@ -52,7 +52,7 @@ class BatchResult:
 
     @property
     def failed(self) -> Array:
-        """The indices of the others."""
+        """The indices of the problems that are not proved optimal."""
         return np.flatnonzero(self.status != 0)
 
     @property
@@ -82,7 +82,7 @@ class BatchResult:
         return gradients(self._batch, self, {"x": dx, "z": dz, "y": dy, "z_box": dz_box}, threads)
 
     def summary(self) -> dict[Status, int]:
-        """How many problems ended how."""
+        """The number of problems for each status."""
         codes, counts = np.unique(self.status, return_counts=True)
         return {STATUSES[code]: int(count) for code, count in zip(codes, counts)}
 
@@ -99,7 +99,7 @@ class BatchResult:
 
 
 def _outputs(batch: Batch, out: Mapping[str, Array] | Sequence[str] | None) -> dict[str, Array]:
-    """The arrays that are written; status always is."""
+    """The arrays to write. The status is always among them."""
     from collections.abc import Mapping
 
     wanted: dict[str, Any] = dict(out) if isinstance(out, Mapping) else dict.fromkeys(

@@ -1,4 +1,4 @@
-"""Gradients in the parts of a batch, from those in its vectors."""
+"""Gradients with respect to the parts of a batch."""
 
 from __future__ import annotations
 
@@ -22,7 +22,7 @@ if TYPE_CHECKING:
 
 def gradients(batch: Batch, solved: BatchResult, loss: Mapping[str, Any],
               threads: int) -> Gradients:
-    """As `BatchResult.backward` has it."""
+    """The gradients that `BatchResult.backward` returns."""
     if threads < 0:
         raise ValueError("threads has to be 0 or more")
     found = {name: getattr(solved, name) for name in loss}
@@ -53,7 +53,7 @@ def gradients(batch: Batch, solved: BatchResult, loss: Mapping[str, Any],
 
 
 def _divided(batch: Batch, out: Mapping[str, Array], x: Array, y: Array) -> Gradients:
-    """Those in the matrices by the product rule, rows of G before those of A."""
+    """Gradients of the matrices by the product rule. Rows of G come before those of A."""
     m = batch.rows_of_G
     c, v = out["c"], out["rowLower"] + out["rowUpper"]
 

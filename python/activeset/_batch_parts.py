@@ -1,4 +1,4 @@
-"""The parts of a batch: which problem has what, and how the solver wants to see it."""
+"""The parts of a batch, and the form in which the solver takes them."""
 
 from __future__ import annotations
 
@@ -72,7 +72,7 @@ class Batch:
             raise fault("b", "is missing: A needs b")
 
     def inputs(self) -> dict[str, Array]:
-        """The parts as the solver names them; G and A become one array of rows where both are."""
+        """The parts under the names of the solver. If both G and A exist, they become one array."""
         parts = self.parts
         names = {"P": "H", "q": "c", "lb": "lower", "ub": "upper", "x0": "start"}
         result = {theirs: parts[ours] for ours, theirs in names.items() if ours in parts}
@@ -102,7 +102,7 @@ class Batch:
 
 
 def _part(given: Any, name: str) -> Array:
-    """As float64 without gaps in the axes of a problem; used where it lies if it is so."""
+    """The part as float64 without gaps in the axes of a problem. It is copied only if it is not."""
     array = np.asarray(_convert._array(given, name))
     dimensions = DIMENSIONS[name]
     if array.ndim not in (dimensions, dimensions + 1):
@@ -121,7 +121,7 @@ def _part(given: Any, name: str) -> Array:
 
 
 def _joined(first: Array, second: Array, dimensions: int) -> Array:
-    """One below the other, with the axis of the batch if either has it."""
+    """One matrix below the other. The result has the axis of the batch if one of them has it."""
     count = max(len(part) if part.ndim > dimensions else 0 for part in (first, second))
     if count:
         first, second = (part if part.ndim > dimensions else
@@ -130,7 +130,7 @@ def _joined(first: Array, second: Array, dimensions: int) -> Array:
 
 
 def shapes(batch: Batch) -> dict[str, tuple[tuple[int, ...], type]]:
-    """Of one problem's outputs, with their types."""
+    """Shapes and types of the outputs of one problem."""
     return {"x": ((batch.n,), np.float64), "y": ((batch.rows_of_A,), np.float64),
             "z": ((batch.rows_of_G,), np.float64), "z_box": ((batch.n,), np.float64),
             "obj": ((), np.float64), "status": ((), np.int32),

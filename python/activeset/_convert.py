@@ -1,4 +1,4 @@
-"""Data that are not float64 arrays yet become such arrays here, once."""
+"""Converts data that are not float64 arrays yet."""
 
 from __future__ import annotations
 
@@ -19,7 +19,7 @@ def _refuse(name: str, what: str) -> ProblemError:
 
 
 def _array(given: Any, name: str) -> NDArray[np.float64]:
-    """Real numbers in any container that NumPy, SciPy or pandas has."""
+    """The array of real numbers in any container of NumPy, SciPy or pandas."""
     if isinstance(given, np.ma.MaskedArray):
         raise _refuse(name, "is a masked array; fill it first")
     if hasattr(given, "toarray") and hasattr(given, "nnz"):  # scipy.sparse
@@ -45,7 +45,7 @@ def vector(given: Any, name: str) -> NDArray[np.float64]:
 
 
 def matrix(given: Any, name: str) -> NDArray[np.float64]:
-    """An array of two dimensions without gaps, or of one: a row."""
+    """An array of two dimensions without gaps. One dimension is taken as a row."""
     array = _array(given, name)
     if array.ndim not in (1, 2):
         raise _refuse(name, f"has shape {array.shape}, expected two dimensions")

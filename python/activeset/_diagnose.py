@@ -1,4 +1,4 @@
-"""What there is to know about the data of a problem before it is solved."""
+"""Findings about the data of a problem before it is solved."""
 
 from __future__ import annotations
 

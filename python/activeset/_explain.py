@@ -48,7 +48,7 @@ def explain_infeasibility(problem: Problem, *, settings: Settings | None = None)
 
 
 def _line(problem: Problem, member: str, index: int) -> str:
-    """One side, with its name and value."""
+    """A line of text about one side, with its name and value."""
     terms = Terms(problem._data.sizes[1], problem._data.sizes[2])
     side, own = terms.part(member, index)
     values: NDArray[np.float64] = getattr(problem, side)

@@ -1,4 +1,4 @@
-"""Wrong data: what is wrong, where, in the terms that the caller used."""
+"""Errors about wrong data, in the terms that the caller used."""
 
 from __future__ import annotations
 
@@ -47,7 +47,7 @@ class Terms:
         self.names, self.row_names = names if names is not None else (None, None)
 
     def part(self, name: str, row: int) -> tuple[str, int]:
-        """Name and row of what the solver calls name and row."""
+        """The caller's name and row for a name and row of the solver."""
         in_g = row < self.inequalities
         if name in ("A", "rowLower", "rowUpper"):
             own = {"A": "G", "rowLower": "l", "rowUpper": "h"}[name] if in_g else (
@@ -62,7 +62,7 @@ class Terms:
         return _PLAIN.get(name, _SETTINGS.get(name, name)), row
 
     def label(self, name: str, row: int, col: int | None = None) -> str:
-        """As in h[3], with the names of row and variable where there are any."""
+        """The label of an entry, as h[3], with the names of row and variable if they have names."""
         own, index = self.part(name, row)
         label = f"{own}[{index}]" if col is None else f"{own}[{index}, {col}]"
         if name in ("A", "rowLower", "rowUpper") or name.startswith("rowPenalty"):
@@ -99,7 +99,7 @@ class Terms:
 
 def translated(faults: Sequence[Any], inequalities: int, equalities: int,
                names: tuple[Any, Any] | None) -> list[Fault]:
-    """The solver's faults in Python's terms; b is both sides of its row and told once."""
+    """The solver's faults in Python's terms. b is both sides of its row, but is reported once."""
     terms = Terms(inequalities, equalities, names)
     result: list[Fault] = []
     for fault in faults:
@@ -112,19 +112,19 @@ def translated(faults: Sequence[Any], inequalities: int, equalities: int,
 
 def raise_invalid(faults: Sequence[Any], inequalities: int, equalities: int,
                   names: tuple[Any, Any] | None) -> NoReturn:
-    """For faults that the solver found."""
+    """Raises the error for faults that the solver found."""
     raise ProblemError(translated(faults, inequalities, equalities, names))
 
 
 def raise_misfit(parts: Mapping[str, Any]) -> None:
-    """For parts that do not fit together, or are no arrays."""
+    """Raises the error for parts that do not fit together, or are no arrays."""
     faults = misfits(parts)
     if faults:
         raise ProblemError(faults)
 
 
 def raise_fit_misfit(parts: Mapping[str, Any]) -> None:
-    """For the parts of a fit that do not fit together, or are no arrays."""
+    """Raises the error for the parts of a fit that do not fit together, or are no arrays."""
     import numpy as np
 
     faults: list[Fault] = []
@@ -145,7 +145,7 @@ def raise_fit_misfit(parts: Mapping[str, Any]) -> None:
 
 def misfits(parts: Mapping[str, Any], n: int | None = None, rows: int | None = None,
             equalities: int | None = None) -> list[Fault]:
-    """All faults of type and shape; n, rows of G and rows of A where they are known before."""
+    """All faults of type and shape. n and the rows of G and A may be known beforehand."""
     faults: list[Fault] = []
     shapes = _shapes(parts, faults)
 
@@ -186,13 +186,13 @@ def misfits(parts: Mapping[str, Any], n: int | None = None, rows: int | None = N
 
 
 def _shapes(parts: Mapping[str, Any], faults: list[Fault]) -> dict[str, tuple[int, ...]]:
-    """Of the parts that are arrays; a row for a G or A of one dimension."""
+    """The shapes of the parts that are arrays. A G or A of one dimension counts as a row."""
     from . import _convert
 
     shapes: dict[str, tuple[int, ...]] = {}
     for name, given in parts.items():
         if name == "soft":
-            continue  # whose shape depends on those of the others
+            continue  # parts whose shape depends on those of others
         try:
             if name == "constant":
                 float(given)
@@ -216,8 +216,8 @@ def _variables(shapes: Mapping[str, tuple[int, ...]]) -> int | None:
 
 
 def renamed(error: ProblemError, names: Mapping[str, str]) -> ProblemError:
-    """In the terms of a function that calls the parts by other names."""
-    pattern = rf"'[^']*'|\b({'|'.join(names)})\b"  # what is in quotes is the caller's
+    """The faults in the terms of a function that has other names for the parts."""
+    pattern = rf"'[^']*'|\b({'|'.join(names)})\b"  # text in quotes is the caller's
 
     def text(match: re.Match[str]) -> str:
         return names.get(match.group(1), match.group(0))
@@ -229,7 +229,7 @@ def renamed(error: ProblemError, names: Mapping[str, str]) -> ProblemError:
 
 def raise_update_misfit(parts: Mapping[str, Any], n: int, inequalities: int,
                         equalities: int) -> None:
-    """For new parts of a Solver that do not fit into its problem."""
+    """Raises the error for new parts of a Solver that do not fit into its problem."""
     faults = misfits(parts, n, inequalities, equalities)
     if faults:
         raise ProblemError(faults)

@@ -18,7 +18,7 @@ _PATIENCE = 1.0  # seconds before a progress bar appears
 
 
 class Bar:
-    """A progress bar of tqdm, where that is installed and the work takes long."""
+    """A progress bar of tqdm. It appears if tqdm is installed and the work takes long."""
 
     def __init__(self, name: str, unit: str = "problem") -> None:
         self.name, self.unit = name, unit

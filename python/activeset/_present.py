@@ -54,7 +54,7 @@ def _point(result: Result) -> list[tuple[str, str]]:
 
 
 def _proof(result: Result) -> list[tuple[str, str]]:
-    """What shows that there is no optimum. The point that a solve ends at says nothing then."""
+    """The proof that there is no optimum. The point at which the solve ended proves nothing."""
     if result.farkas is not None:
         weighed = np.count_nonzero(result.farkas.z) + np.count_nonzero(result.farkas.y)
         bounds = np.count_nonzero(result.farkas.z_box)
@@ -74,14 +74,14 @@ def _lines(result: Result) -> list[tuple[str, str]]:
 
 
 def text(result: Result) -> str:
-    """Some eight lines."""
+    """The result in some eight lines."""
     lines = _lines(result)
     width = max(len(name) for name, _ in lines)
     return "Result\n" + "\n".join(f"  {name:<{width}}  {value}" for name, value in lines)
 
 
 def html(result: Result) -> str:
-    """The same as a table."""
+    """The result as a table of HTML."""
     rows = "".join(f"<tr><th style='text-align:left'>{name}</th>"
                    f"<td style='text-align:left'>{escape(value)}</td></tr>"
                    for name, value in _lines(result))
@@ -89,7 +89,7 @@ def html(result: Result) -> str:
 
 
 def _plain(value: Any) -> Any:
-    """JSON has no infinity and no NaN: those are strings, as float() reads them."""
+    """The value for JSON. Infinity and NaN become strings that float() reads."""
     if isinstance(value, np.ndarray):
         return [_plain(entry) for entry in value.tolist()]
     if hasattr(value, "_asdict"):
@@ -102,7 +102,7 @@ def _plain(value: Any) -> Any:
 
 
 def dictionary(result: Result) -> dict[str, Any]:
-    """All parts by name."""
+    """All parts of the result by name."""
     parts = ("found", "x", "y", "z", "z_box", "obj", "working_set", "certificate", "farkas",
              "direction", "direction_residual", "hessian_shift", "iterations", "times", "message", "names",
              "row_names", "was_predicted", "exit_code")

@@ -84,23 +84,23 @@ class Problem:
 
     @property
     def soft(self) -> Mapping[str, Any] | None:
-        """What sides cost that are violated, as it was given."""
+        """The penalties of soft sides, as they were given."""
         soft: Mapping[str, Any] | None = self._data.part("soft")
         return soft
 
     @property
     def constant(self) -> float:
-        """Added to the objective."""
+        """The constant of the objective."""
         return self._data.constant
 
     @property
     def names(self) -> tuple[str, ...] | None:
-        """Of the variables."""
+        """The names of the variables."""
         return self._names[0]
 
     @property
     def row_names(self) -> tuple[str, ...] | None:
-        """Of the rows, those of G first."""
+        """The names of the rows, those of G first."""
         return self._names[1]
 
     @property
@@ -173,6 +173,6 @@ class Problem:
 
 
 def _restore(parts: dict[str, Any]) -> Problem:
-    """Of a pickle; parts that another version knows and this one does not are left out."""
+    """Restores a pickle. Parts that only another version knows are left out."""
     known = {name: parts.get(name) for name in (*_PARTS, "names", "row_names")}
     return Problem(known.pop("P"), known.pop("q"), constant=parts.get("constant", 0.0), **known)

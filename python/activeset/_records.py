@@ -63,7 +63,7 @@ class Record(tuple):
 
 
 def _restore(cls, fields):
-    """Of a pickle of this or another version."""
+    """Restores a pickle of this or another version."""
     return cls(**{name: value for name, value in fields.items() if name in cls._fields})
 
 
@@ -126,7 +126,7 @@ class WorkingSet(Record, fields="equalities rows_at_lower rows_at_upper at_lower
 
 
 class WarmStart(Record, fields="x working_set", defaults=(None,)):
-    """Where a solve of a similar problem may begin: a point and a WorkingSet or None."""
+    """A start for a similar problem: a point, and a WorkingSet or None."""
 
     __slots__ = ()
 

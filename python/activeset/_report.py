@@ -42,7 +42,7 @@ def _names(names: tuple[str, ...] | None, count: int, letter: str) -> list[str]:
 
 
 def _variables(result: Result) -> int:
-    """How many; a result without a point tells it by its proof or its names."""
+    """The number of variables. Without a point it follows from the proof or the names."""
     proof = [] if result.farkas is None else [result.farkas.z_box]
     arrays = [result.x, *proof, *([] if result.direction is None else [result.direction])]
     return max([array.size for array in arrays] + [len(result.names or ())])

@@ -83,7 +83,7 @@ class SolveError(RuntimeError):
 
 
 def _restore(version: int, state: dict[str, Any]) -> Result:
-    """Of a pickle of this or another version: entries that are missing have defaults."""
+    """Restores a pickle of this or another version. Missing entries have their defaults."""
     return _core.restore(state)
 
 
@@ -123,7 +123,7 @@ class Result(_core.ResultBase):
 
     @property
     def warm_start(self) -> WarmStart:
-        """For the next, similar problem."""
+        """The start for the next, similar problem."""
         return WarmStart(self.x, self.working_set)
 
     @property
@@ -148,7 +148,7 @@ class Result(_core.ResultBase):
 
     @property
     def iterations(self) -> Iterations:
-        """How often what was done."""
+        """The numbers of steps of each kind."""
         return Iterations(*self._iterations)
 
     @property

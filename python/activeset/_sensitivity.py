@@ -39,7 +39,7 @@ class Gradients:
 
 
 def _divided(parts: dict[str, Array], rows: int) -> Gradients:
-    """Rows of G come before those of A; the sides of an equality are one."""
+    """Divides rows into those of G and of A. The two sides of an equality become one."""
     lower, upper = parts["rowLower"], parts["rowUpper"]
     return Gradients(parts["H"], parts["c"], parts["A"][:rows], upper[:rows], parts["A"][rows:],
                      lower[rows:] + upper[rows:], parts["lower"], parts["upper"], lower[:rows])

@@ -1,4 +1,4 @@
-"""Soft sides: what `soft` says of the sides of a problem, as the arrays that the solver reads."""
+"""Soft sides: turns the argument `soft` into the arrays that the solver reads."""
 
 from __future__ import annotations
 
@@ -52,7 +52,7 @@ def flat(soft: Mapping[str, Any] | None) -> dict[str, Any]:
 
 
 def taken(parts: dict[str, Any]) -> dict[str, Any] | None:
-    """What `flat` made, taken out of the parts of an archive."""
+    """Takes the parts that `flat` made out of those of an archive, and undoes `flat`."""
     soft: dict[str, Any] = {}
     for side in SIDES:
         both = tuple(parts.pop(f"soft_{side}_{kind}", None) for kind in _KINDS)

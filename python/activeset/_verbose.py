@@ -1,4 +1,4 @@
-"""What verbose=True prints."""
+"""Prints the progress of a solve for verbose=True."""
 
 from __future__ import annotations
 

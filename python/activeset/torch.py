@@ -20,7 +20,7 @@ _AXES = (2, 1, 2, 1, 2, 1)  # of one problem
 
 
 class _Solve(torch.autograd.Function):  # type: ignore[misc]
-    """A batch of problems, all parts of which have a first axis for it, or lack it."""
+    """Solves a batch of problems. Each part has an axis of the batch in front, or is shared."""
 
     @staticmethod
     def forward(ctx: Any, *parts: Any) -> Any:
@@ -46,7 +46,7 @@ class _Solve(torch.autograd.Function):  # type: ignore[misc]
 
 
 class _Gradient(torch.autograd.Function):  # type: ignore[misc]
-    """What `_Solve` passes back, which itself cannot be differentiated."""
+    """The gradient that `_Solve` passes back. It cannot be differentiated once more."""
 
     @staticmethod
     def forward(_: Any, ctx: Any, gradient: Any, *parts: Any) -> Any:

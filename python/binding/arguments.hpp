@@ -9,7 +9,7 @@
 
 namespace activeset::python {
 
-/// The parameters of one function: their names, those that can be given by position first.
+/// The names of the parameters of one function. Those that may be given by position come first.
 template <std::size_t Count>
 class Signature {
 public:
@@ -23,8 +23,8 @@ public:
         }
     }
 
-    /// Borrowed references, null where None or nothing was given.
-    /// @raises TypeError as Python does for a function that is written in it
+    /// Reads the arguments into borrowed references. None and absent arguments are null.
+    /// @raises TypeError as for a function that is written in Python
     std::array<PyObject*, Count> read(PyObject* const* args,
                                       Py_ssize_t positional,
                                       PyObject* keywords) const {

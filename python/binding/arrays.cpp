@@ -1,4 +1,4 @@
-// Which arrays are used where they lie, and who converts the others: activeset._convert.
+// Decides which arrays are used where they lie. activeset._convert converts the others.
 #include "arrays.hpp"
 
 #include <algorithm>
@@ -16,7 +16,8 @@ struct Layout {
     const py::ssize_t* strides;
 };
 
-/// Of an array of doubles that BLAS could read; subclasses may mean something else by theirs.
+/// The layout of an array of doubles that BLAS could read; nothing for other arrays. Subclasses
+/// count as others: they may mean something else by their data.
 std::optional<Layout> layoutOf(PyObject* given) {
     const auto& numpy = py::detail::npy_api::get();
     if (Py_TYPE(given) != numpy.PyArray_Type_) {
@@ -33,7 +34,7 @@ std::optional<Layout> layoutOf(PyObject* given) {
                   array->strides};
 }
 
-/// The distance of neighbours in the outer dimension, in entries; 0 if there is none that fits.
+/// The distance between neighbours in the outer dimension, in entries; 0 if the strides do not fit.
 std::size_t leadingOf(py::ssize_t inner,
                       py::ssize_t innerStride,
                       py::ssize_t outer,

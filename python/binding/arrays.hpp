@@ -17,13 +17,13 @@ namespace activeset::python {
 /// Likewise, two dimensions with gaps in one of them at most; of one dimension, a single row.
 [[nodiscard]] std::optional<MatrixView> matrixInPlace(PyObject* array);
 
-/// A view of what `given` holds, and in `owner` the array that has the numbers: `given` itself
-/// where its memory will do, a converted copy otherwise.
+/// A view of the numbers of `given`. `owner` gets the array that holds them: `given` itself if its
+/// memory will do, otherwise a converted copy.
 /// @raises ProblemError (Python's), with `name` in its text
 [[nodiscard]] VectorView vectorOf(PyObject* given, const char* name, py::object& owner);
 [[nodiscard]] MatrixView matrixOf(PyObject* given, const char* name, py::object& owner);
 
-/// An array of the numbers where they are, which must not be written to; `owner` keeps them alive.
+/// A read-only array of the numbers where they lie. `owner` keeps them alive.
 [[nodiscard]] py::object arrayOf(const double* values, std::size_t size, py::handle owner);
 [[nodiscard]] inline py::object arrayOf(const std::vector<double>& values, py::handle owner) {
     return arrayOf(values.data(), values.size(), owner);
@@ -35,7 +35,7 @@ namespace activeset::python {
 /// The entries of a sequence or an array.
 [[nodiscard]] std::vector<double> numbersOf(py::handle given);
 
-/// Those that can be an index. Others are left out.
+/// The entries that can be an index. Others are left out.
 [[nodiscard]] std::vector<std::size_t> indicesOf(py::handle given);
 
 }  // namespace activeset::python

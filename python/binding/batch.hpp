@@ -1,4 +1,4 @@
-// What solves a batch of problems from arrays to arrays.
+// Solves batches of problems from arrays to arrays.
 #ifndef ACTIVESET_PYTHON_BATCH_HPP
 #define ACTIVESET_PYTHON_BATCH_HPP
 

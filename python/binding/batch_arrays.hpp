@@ -10,7 +10,7 @@
 
 namespace activeset::python {
 
-/// @raises ValueError, always
+/// Raises ValueError.
 [[noreturn]] void refuseLayout(const char* name);
 
 /// Keeps the arrays alive. Functions give an empty view for a name that is not there.
@@ -21,9 +21,9 @@ public:
     [[nodiscard]] std::size_t count() const { return count_; }
     [[nodiscard]] MatrixBatch matrix(const char* name) const;
     [[nodiscard]] VectorBatch vector(const char* name) const;
-    /// To write to: `size` numbers for each problem.
+    /// An output with `size` numbers for each problem.
     [[nodiscard]] VectorsOut vectorsOut(const char* name, std::size_t size) const;
-    /// To write to: `each` of one type for each problem.
+    /// An output with `each` entries of one type for each problem.
     template <class Number>
     [[nodiscard]] Number* numbers(const char* name, std::size_t each) const {
         const py::object given = named(name);

@@ -107,7 +107,7 @@ Control controlOf(PyObject* settings, PyObject* verbose, PyObject* callback) {
         throw py::error_already_set();
     }
     if (isVerbose > 0) {
-        // What is printed must not change what is done.
+        // An error while printing must not change the solve.
         if (callback == nullptr && control.settings.startMode == Start::Automatic &&
             control.settings.maxIterations == 0) {
             control.settings.startMode = Start::Predict;

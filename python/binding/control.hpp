@@ -16,19 +16,19 @@
 
 namespace activeset::python {
 
-/// How a solve goes, and who hears of it.
+/// The settings of a solve, and its callbacks.
 struct Control {
     Settings settings{};
     py::object callback{};  ///< called with a Progress after every pass, or null
     py::object printer{};   ///< for verbose, or null
 };
 
-/// Borrowed references, null for None.
+/// Takes borrowed references; null stands for None.
 /// @raises TypeError, ValueError
 [[nodiscard]] Settings settingsOf(PyObject* settings);
 [[nodiscard]] Control controlOf(PyObject* settings, PyObject* verbose, PyObject* callback);
 
-/// Seconds for many solves together; no limit for None.
+/// The time limit of many solves together, in seconds; none for None.
 /// @raises ValueError
 [[nodiscard]] std::chrono::duration<double> timeLimitOf(const py::object& given);
 

@@ -43,7 +43,7 @@ Kept& keptIn(PyObject* self) {
     return *slotOf(self);
 }
 
-/// A call's turn with the sequence.
+/// While it lives, the call owns the sequence.
 class Turn {
 public:
     explicit Turn(std::shared_ptr<Sequence> sequence) : sequence_(std::move(sequence)) {
@@ -70,7 +70,7 @@ private:
     std::shared_ptr<Sequence> sequence_;
 };
 
-/// What a solve needs that may be left behind.
+/// The data of a solve that may outlive its call.
 struct OneStep {
     Turn turn;
     Result operator()(const Settings& settings) {
@@ -79,7 +79,8 @@ struct OneStep {
     }
 };
 
-/// Waits for a solve that was left behind, not for one that is waited for.
+/// Waits until a solve that was left behind has ended. Does not wait for a solve that another call
+/// waits for.
 void awaitLeftBehind(const Kept& kept) {
     while (kept.sequence->isLeft && kept.sequence->isBusy) {
         {

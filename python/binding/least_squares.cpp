@@ -20,10 +20,10 @@ using Given = std::array<PyObject*, Count>;
 constexpr std::array<const char*, Count> Names{"R",  "s",  "G", "h", "A",        "b",
                                                "lb", "ub", "W", "l", "settings", "verbose"};
 
-/// One fit with all that a solve of it looks at.
+/// One fit, with the arrays that its solve reads.
 class OneFit {
 public:
-    /// @raises ProblemError, which lists all that does not fit
+    /// @raises ProblemError, which lists all misfits
     explicit OneFit(const Given& given) {
         bool isRead = false;
         try {

@@ -1,4 +1,4 @@
-// What solves one constrained fit.
+// Solves one constrained fit.
 #ifndef ACTIVESET_PYTHON_LEAST_SQUARES_HPP
 #define ACTIVESET_PYTHON_LEAST_SQUARES_HPP
 

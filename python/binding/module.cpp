@@ -17,7 +17,7 @@
 namespace activeset::python {
 namespace {
 
-/// The classes and threads of this module are those of one interpreter.
+/// The module has one set of classes and threads, so only one interpreter may load it.
 void requireMainInterpreter() {
     if (PyInterpreterState_Get() != PyInterpreterState_Main()) {
         throw py::import_error("activeset works in the main interpreter of a process only");

@@ -20,7 +20,7 @@ enum Part : std::size_t { P, q, G, h, A, b, lb, ub, l, Constant, X0, Soft, Parts
 inline constexpr std::array<const char*, Parts> PartNames{
     "P", "q", "G", "h", "A", "b", "lb", "ub", "l", "constant", "x0", "soft"};
 
-/// Borrowed references, null for what is absent.
+/// Borrowed references; null for an absent part.
 using GivenParts = std::array<PyObject*, Parts>;
 
 /// Rows of G and A together, column by column.
@@ -28,10 +28,10 @@ struct JoinedRows {
     std::vector<double> values;
 };
 
-/// What sides cost that are violated, in arrays that live as long as this.
+/// The penalties of soft sides, in arrays that live as long as this.
 struct SoftSides {
     SoftSides() = default;
-    /// @raises ProblemError for what is no such thing
+    /// @raises ProblemError for an argument that describes no penalties
     SoftSides(py::handle soft,
               std::size_t variables,
               std::size_t inequalities,
@@ -45,10 +45,11 @@ struct SoftSides {
 class ProblemData {
 public:
     ProblemData() = default;
-    /// @raises ProblemError, which lists all that does not fit
-    /// `like` has the same G and A, perhaps: then its joined rows are used once more.
+    /// @param like  if it has the same G and A, its joined rows are used again; may be null
+    /// @raises ProblemError, which lists all misfits
     explicit ProblemData(const GivenParts& given, const ProblemData* like = nullptr);
-    /// Constraints alone, for so many variables; false where they do not fit together.
+    /// Reads the constraints alone, for so many variables. Returns false if they do not fit
+    /// together.
     /// @raises ProblemError, of the first part that is no array
     [[nodiscard]] bool readConstraints(const GivenParts& given, std::size_t variables);
 
@@ -56,9 +57,9 @@ public:
     [[nodiscard]] std::size_t variables() const noexcept { return n_; }
     [[nodiscard]] std::size_t inequalities() const noexcept { return rowsOfG_; }
     [[nodiscard]] std::size_t equalities() const noexcept { return rowsOfA_; }
-    /// The arrays that are looked at, and null elsewhere.
+    /// The arrays that the views read; null for other parts.
     [[nodiscard]] const std::array<py::object, Parts>& owners() const noexcept { return owners_; }
-    /// Entries of H and of the rows, which decide how long a solve may take.
+    /// The number of entries of H and of the rows: a measure of how long a solve may take.
     [[nodiscard]] std::size_t entries() const noexcept { return n_ * (n_ + rowsOfG_ + rowsOfA_); }
 
 private:

@@ -16,7 +16,7 @@ struct ProblemHolder {
 
 void addProblemHolder(py::module_& module);
 
-/// That of a Problem, which may be given other data meanwhile.
+/// The holder of a Problem. The Problem may get other data while the holder is in use.
 /// @raises TypeError for anything else
 [[nodiscard]] ProblemHolder holderOf(py::handle problem);
 

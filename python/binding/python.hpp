@@ -12,7 +12,7 @@ namespace activeset::python {
 
 namespace py = pybind11;
 
-/// The GIL is another thread's while this lives.
+/// Releases the GIL while an object lives.
 class WithoutGil {
 public:
     WithoutGil() noexcept : state_(PyEval_SaveThread()) {}
@@ -26,7 +26,7 @@ private:
     PyThreadState* state_;
 };
 
-/// The GIL is ours again while this lives, inside a WithoutGil of this thread or not.
+/// Takes the GIL while an object lives, inside a WithoutGil of this thread or not.
 class WithGil {
 public:
     WithGil() noexcept : state_(PyGILState_Ensure()) {}
@@ -40,7 +40,7 @@ private:
     PyGILState_STATE state_;
 };
 
-/// Says a C++ exception in Python. Inside a catch block.
+/// Sets the Python error for the C++ exception that is being handled. Call it in a catch block.
 inline void setPythonError() noexcept {
     try {
         throw;
@@ -57,7 +57,7 @@ inline void setPythonError() noexcept {
     }
 }
 
-/// What `body` returns, a new reference; null with a Python error set where it throws.
+/// The new reference that `body` returns. If `body` throws: null, with a Python error set.
 template <class Body>
 PyObject* guarded(Body body) noexcept {
     try {

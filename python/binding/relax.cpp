@@ -49,7 +49,7 @@ private:
     Relaxation relaxation_;
 };
 
-/// Runs to its end, since nothing in it asks whether it should stop.
+/// Runs to its end: nothing in it asks whether it should stop.
 class DiagnoseTask : public Task {
 public:
     explicit DiagnoseTask(ProblemHolder holder) : holder_(std::move(holder)) {}

@@ -11,7 +11,7 @@
 
 namespace activeset::python {
 
-/// How the rows of a result divide into those of G and of A, and what they are called.
+/// The numbers of rows of G and of A in a result, and the names of variables and rows.
 struct ResultLayout {
     std::size_t inequalities = 0;
     std::size_t equalities = 0;
@@ -31,12 +31,12 @@ void configureResults(py::type resultClass, py::tuple statuses);
 /// @raises TypeError for anything else
 [[nodiscard]] const Result& resultIn(py::handle object);
 
-/// A working set as a tuple of six arrays, in the order of its members, and one of four, or None,
-/// for the soft sides that are violated; and back.
+/// A working set as a tuple of six arrays, in the order of its members, and a last entry for
+/// violated soft sides: a tuple of four arrays, or None. Then the way back.
 [[nodiscard]] py::tuple tupleOf(const WorkingSet& set);
 [[nodiscard]] WorkingSet workingSetOf(const py::sequence& arrays);
 
-/// Where a solve may begin: a Result, or a WarmStart of Python's.
+/// The start of a solve from a Result, or from a WarmStart of Python's.
 [[nodiscard]] WarmStart warmStartOf(py::handle given);
 
 /// Faults as tuples (name, row, col, value, text, count).

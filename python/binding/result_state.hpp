@@ -10,8 +10,8 @@ namespace activeset::python {
 /// A dictionary of copies: arrays, numbers, tuples, strings.
 [[nodiscard]] py::dict stateOf(const Result& result);
 
-/// A Result from such a dictionary. What it does not have has its default; what it has beyond is
-/// not looked at, so that pickles pass between versions.
+/// A Result from such a dictionary. Missing entries have their defaults and unknown entries are
+/// ignored, so that one version reads the pickles of another.
 [[nodiscard]] py::object restore(const py::dict& state);
 
 }  // namespace activeset::python

@@ -16,7 +16,7 @@ class Sequence {
 public:
     Sequence(const ProblemData& data, Settings settings);
 
-    /// Replaces what is given, all of it or, where something does not fit, nothing.
+    /// Replaces the given parts. If one of them does not fit, replaces none.
     /// @raises ProblemError
     void update(const GivenParts& given);
     void restartFrom(WarmStart start) { solver_.restartFrom(std::move(start)); }
@@ -29,7 +29,7 @@ public:
 
     /// Set while a call works with this, perhaps on another thread.
     std::atomic<bool> isBusy{false};
-    /// Set when the call that waited for a solve was ended by a signal and the solve goes on.
+    /// Set when a signal has ended the call that waited for a solve, while the solve goes on.
     std::atomic<bool> isLeft{false};
 
 private:

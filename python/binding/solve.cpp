@@ -1,5 +1,5 @@
-// solve_qp, which is called so often on so small problems that it reads its arguments itself; and
-// what else takes one problem.
+// solve_qp, and other functions of one problem. solve_qp is called often and on small problems, so
+// it reads its arguments itself.
 #include "solve.hpp"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ namespace activeset::python {
 
 namespace {
 
-/// One problem with all that a solve of it looks at.
+/// One problem, with the arrays that its solve reads.
 struct OneSolve {
     ProblemData data;
     WarmStart warmStart;

@@ -1,4 +1,4 @@
-// What solves one problem.
+// Solves one problem.
 #ifndef ACTIVESET_PYTHON_SOLVE_HPP
 #define ACTIVESET_PYTHON_SOLVE_HPP
 

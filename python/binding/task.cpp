@@ -22,8 +22,8 @@ constexpr milliseconds Patience{25};       ///< for a solve to end after it was 
 
 }  // namespace
 
-/// The threads of this process. They wait for the next task and are never more than there were
-/// tasks at the same time.
+/// The threads of this process. They wait for the next task. There are as many as there were tasks
+/// at the same time.
 class Crew {
 public:
     /// That of this process. A forked child has none of its parent's threads and begins afresh;
@@ -68,10 +68,10 @@ public:
         changed_.notify_all();
     }
 
-    /// Keeps the task until it has ended. With the GIL.
+    /// Keeps the task until it has ended. Needs the GIL.
     void keep(std::shared_ptr<Task> task) { left_.push_back(std::move(task)); }
 
-    /// Forgets tasks that have ended meanwhile. With the GIL.
+    /// Forgets tasks that have ended meanwhile. Needs the GIL.
     void sweep() {
         std::vector<std::shared_ptr<Task>> ended;
         const auto isDone = [&](const std::shared_ptr<Task>& task) {

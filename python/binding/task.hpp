@@ -48,8 +48,8 @@ private:
     bool isDone_ = false;  // with the mutex of the crew held
 };
 
-/// A task that is one function, handed the token that stops it. What the function captures is kept
-/// alive, and destroyed with the GIL.
+/// A task that is one function. The function gets the token that stops it. Its captures live as
+/// long as the task and are destroyed with the GIL.
 class FunctionTask : public Task {
 public:
     explicit FunctionTask(std::function<void(std::stop_token)> work) : work_(std::move(work)) {}
@@ -63,10 +63,11 @@ private:
 /// @raises what the task raised, what a signal's handler or `attend` raised
 void runAttended(const std::shared_ptr<Task>& task);
 
-/// True on the thread where Python runs the handlers of signals.
+/// Whether this is the thread on which Python runs the handlers of signals.
 [[nodiscard]] bool isMainThread();
 
-/// Ends the threads, and waits for what was left behind. For the exit of the interpreter.
+/// Ends the threads and waits for tasks that were left behind. Called at the exit of the
+/// interpreter.
 void endTasks() noexcept;
 
 }  // namespace activeset::python

@@ -1,4 +1,4 @@
-"""Work on a store by a cluster of dask.distributed: tasks are a location and numbers of chunks."""
+"""Works on a store with a cluster of dask.distributed. A task is a location and chunk numbers."""
 
 from __future__ import annotations
 
@@ -36,7 +36,7 @@ def _opened(location: Any, name: str) -> Store:
 
 
 def work(location: Any, name: str, chunks: Sequence[int]) -> float:
-    """Solves chunks with the thread of the task; seconds per chunk. Runs on a worker."""
+    """Solves chunks on a worker, with the thread of the task. Returns the seconds per chunk."""
     begin = time.perf_counter()
     store = _opened(location, name)
     left = [k for k in chunks if not store.is_done(k)]  # by a worker that died
@@ -45,8 +45,8 @@ def work(location: Any, name: str, chunks: Sequence[int]) -> float:
 
 
 class _Shares:
-    """Divides chunks into tasks, the next one when it is wanted: longer ones first, short ones at
-    the end, so that no worker waits for another."""
+    """Divides chunks into tasks, one at a time. Tasks get shorter towards the end, so that no
+    worker waits for another."""
 
     def __init__(self, chunks: Sequence[int], each: int | None) -> None:
         self.left, self.each = list(reversed(chunks)), each
@@ -72,7 +72,7 @@ class _Shares:
 
 def solve_there(store: Store, missing: Sequence[int], client: Any, each: int | None,
                 bar: Bar | None) -> None:
-    """Tasks of `each` chunks; None takes 50 ms to a second of work for one."""
+    """Solves in tasks of `each` chunks. None makes tasks of 50 ms to a second."""
     total = len(missing)
     _run(store, missing, client, each, bar, total)
     left = sorted(set(missing) & set(store.missing()))
@@ -82,7 +82,7 @@ def solve_there(store: Store, missing: Sequence[int], client: Any, each: int | N
 
 def _run(store: Store, chunks: Sequence[int], client: Any, each: int | None, bar: Bar | None,
          total: int) -> None:
-    """Has chunks solved, the last ones of so many in all."""
+    """Has chunks solved. They are the last ones of `total` chunks."""
     shares = _Shares(chunks, each)
     ended: SimpleQueue[Any] = SimpleQueue()
     pending: dict[Any, int] = {}
@@ -118,13 +118,13 @@ def _run(store: Store, chunks: Sequence[int], client: Any, each: int | None, bar
 
 
 def _threads(client: Any) -> int:
-    """Of all workers, or one where no worker has come yet."""
+    """The number of threads of all workers; 1 if no worker has come yet."""
     workers = client.scheduler_info()["workers"].values()
     return max(1, sum(int(worker["nthreads"]) for worker in workers))
 
 
 def _time(future: Any) -> list[float]:
-    """What a task that has ended took, unless its worker died since."""
+    """The seconds of a task that has ended, unless its worker has died since."""
     try:
         return [future.result(timeout=_PATIENCE)]
     except Exception:  # of many kinds, and only a time
@@ -132,8 +132,8 @@ def _time(future: Any) -> list[float]:
 
 
 def _is_good(store: Store, future: Any, client: Any) -> bool:
-    """False for a task whose worker died with its time; its chunks are in the store, or are found
-    missing. Asks the scheduler only about a failure: results would be a message each."""
+    """Whether the task returned its time. If its worker died, its chunks are in the store, or are
+    found missing. Asks the scheduler only about failures: each result would be a message."""
     if future.status != "error":
         if client.status != "running" and future.status != "finished":
             raise _gone(store)

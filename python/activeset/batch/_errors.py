@@ -1,4 +1,4 @@
-"""What goes wrong with stores and clusters."""
+"""Errors of stores and clusters."""
 
 from __future__ import annotations
 

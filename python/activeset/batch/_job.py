@@ -1,4 +1,4 @@
-"""A batch in a store: how far it is, and what solves the rest of it."""
+"""A batch in a store: its progress, and solving what is missing."""
 
 from __future__ import annotations
 
@@ -72,7 +72,7 @@ class Job:
         self.store = store
 
     def progress(self) -> tuple[int, int]:
-        """Chunks that are done, and all."""
+        """The number of chunks that are done, and of all chunks."""
         return len(self.store.done()), self.store.chunks
 
     def solve(self, executor: Any = "threads", chunk: int | None = None, resume: bool = True, *,
@@ -134,7 +134,7 @@ class Job:
         return np.asarray(self.store.outputs["status"][:])
 
     def summary(self) -> dict[Status, int]:
-        """How many of the problems that are done ended how."""
+        """The number of finished problems for each status."""
         codes, counts = np.unique(self.status, return_counts=True)
         return {STATUSES[code]: int(count) for code, count in zip(codes, counts) if code >= 0}
 

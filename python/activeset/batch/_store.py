@@ -81,7 +81,7 @@ class Store:
 
     @property
     def chunks(self) -> int:
-        """How many there are."""
+        """The number of chunks."""
         return -(-self.count // self.chunk)
 
     def range(self, k: int) -> slice:
@@ -89,7 +89,7 @@ class Store:
         return slice(k * self.chunk, min((k + 1) * self.chunk, self.count))
 
     def done(self) -> list[int]:
-        """The chunks whose status is there."""
+        """The chunks whose status has been written."""
         names: Iterable[str] = listdir(self.root.store, self.outputs["status"].path)
         return sorted(int(name) for name in names if name.isdigit())
 
@@ -137,13 +137,13 @@ class Store:
         return result
 
     def results(self, k: int) -> dict[str, Array]:
-        """What was found for a chunk that is done."""
+        """The outputs of a chunk that is done."""
         found = {name: self._read(array, self.range(k), k) for name, array in self.outputs.items()}
         empty = np.zeros((len(found["status"]), 0))
         return {**{name: empty for name in self.empty}, **found}
 
     def write(self, k: int, arrays: Mapping[str, Array]) -> None:
-        """A whole chunk, the status last."""
+        """Writes a whole chunk, the status last."""
         for name, array in self.outputs.items():
             if name != "status":
                 array[self.range(k)] = arrays[name]
@@ -213,7 +213,7 @@ def make(location: Any, parts: Mapping[str, Any], chunk: int | None, chain: int,
 
 
 def _sized(part: Any) -> Any:
-    """Something with a shape that can be sliced; what has one (dask, zarr, memory maps) stays."""
+    """The data with a shape and slices. Arrays of dask and zarr and memory maps stay."""
     return part if hasattr(part, "shape") and hasattr(part, "__getitem__") and not hasattr(
         part, "iloc") and not hasattr(part, "nnz") else np.asarray(part, dtype=np.float64)
 

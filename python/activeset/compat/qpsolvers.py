@@ -1,4 +1,4 @@
-"""What the package qpsolvers asks of a solver: two functions for its table of solvers.
+"""The two functions that the package qpsolvers has in its table for each solver.
 
 It takes this solver after
 
