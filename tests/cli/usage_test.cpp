@@ -64,7 +64,9 @@ TEST_F(Usage, HelpFitsTheTerminalAndVersionHasFourParts) {
         MatchesRegex("activeset ([0-9]+\\.){3}[0-9]+ \\(.+\\)\nkernels: baseline, BLAS: .+\n"));
     if (const std::string kernel = blasKernel(); kernel != "reference") {
         EXPECT_THAT(version.out, HasSubstr("BLAS: " + kernel + "\n"));
+#if defined(__x86_64__)
         EXPECT_THAT(lowered.out, HasSubstr("BLAS: Prescott\n"));
+#endif
     }
 }
 
