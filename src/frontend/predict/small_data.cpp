@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "frontend/algebra/dense.hpp"
+#include "frontend/problem/view_checks.hpp"
 
 namespace activeset::frontend {
 
@@ -16,18 +17,6 @@ constexpr double LargestEntry = 1e60;
 constexpr double SmallestPivot = 1e-12;  // relative to the diagonal entry
 constexpr double SmallestNorm = 1e-100;
 constexpr double SideTolerance = 1e-13;  // what rounding may take from a side
-
-bool hasMemory(const MatrixView& matrix) {
-    const bool byColumns = matrix.order() == Order::ColumnMajor;
-    const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
-    const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
-    return matrix.data() != nullptr && matrix.leading() >= inner && matrix.available() >= inner &&
-           outer - 1 <= (matrix.available() - inner) / matrix.leading();
-}
-
-bool hasLength(const VectorView& vector, std::size_t size) {
-    return vector.empty() || (vector.size() == size && vector.data() != nullptr);
-}
 
 // Halves that differ by rounding become their mean.
 // NOLINTNEXTLINE(readability-non-const-parameter): written through references
@@ -123,9 +112,8 @@ bool isSmall(const Problem& problem) {
            hasMemory(problem.H) &&
            (m == 0 ? problem.A.cols() == 0 || problem.A.cols() == n
                    : problem.A.cols() == n && hasMemory(problem.A)) &&
-           hasLength(problem.c, n) && hasLength(problem.rowLower, m) &&
-           hasLength(problem.rowUpper, m) && hasLength(problem.lower, n) &&
-           hasLength(problem.upper, n) && hasLength(problem.start, n) &&
+           fits(problem.c, n) && fits(problem.rowLower, m) && fits(problem.rowUpper, m) &&
+           fits(problem.lower, n) && fits(problem.upper, n) && fits(problem.start, n) &&
            areFinite(problem.start.data(), problem.start.size());
 }
 

@@ -2,6 +2,8 @@
 #include "frontend/problem/problem_data.hpp"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 
 namespace activeset::frontend {
 
@@ -60,15 +62,17 @@ void copyHessian(const MatrixView& matrix, ProblemData& data) {
 
 }  // namespace
 
-// Takes a band of columns at a time, so that the rows on the other side stay in the cache.
+// Takes a band of columns at a time, so that the rows on the other side stay in the cache. Bits are
+// collected without a branch for each pair.
 bool isSymmetric(const double* values, std::size_t n, std::size_t leading) {
     constexpr std::size_t Band = 16;
     const auto isMirrored = [&](std::size_t i, std::size_t first, std::size_t last) {
-        bool isSame = true;
+        std::uint64_t different = 0;
         for (std::size_t j = first; j < last; ++j) {
-            isSame = isSame && values[j * leading + i] == values[i * leading + j];
+            different |= std::bit_cast<std::uint64_t>(values[j * leading + i]) ^
+                         std::bit_cast<std::uint64_t>(values[i * leading + j]);
         }
-        return isSame;
+        return different == 0;
     };
     for (std::size_t first = 0; first < n; first += Band) {
         const std::size_t last = std::min(first + Band, n);
