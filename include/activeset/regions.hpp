@@ -67,8 +67,9 @@ public:
     ///
     ///     int NAME(const double theta[p], double x[n]);  /* the region, or -1 and x unchanged */
     ///
-    /// @param name  a C identifier
-    /// @raises std::invalid_argument for a name that is none
+    /// @param name  a C identifier of at most 31 letters
+    /// @raises std::invalid_argument for a name that is none, is reserved in C or is used inside
+    ///         the file
     [[nodiscard]] std::string code(const std::string& name) const;
 
 private:
@@ -92,8 +93,8 @@ private:
 /// from an end. Sides of 1e20 and beyond are absent. Parts that the problem does not have (m = 0)
 /// are not read. Not to be called from two threads at once.
 ///
-/// @raises std::invalid_argument for faults, for an H that is not positive definite and a name
-///         that is no C identifier
+/// @raises std::invalid_argument for faults, for an H that is not positive definite and for a name
+///         as of Regions::code()
 [[nodiscard]] ACTIVESET_API std::string solverCode(const Problem& problem, const std::string& name);
 
 }  // namespace activeset

@@ -179,8 +179,18 @@ TEST_F(ExplicitLaws, RefuseWhatDoesNotFit) {
     EXPECT_THROW(Regions(control.view(), parameters), std::invalid_argument);
     EXPECT_THROW(Regions({.c = c}, {.least = c, .most = c}), std::invalid_argument);
     EXPECT_THROW(static_cast<void>(solverCode({.c = c}, "f")), std::invalid_argument);
-    EXPECT_THROW(static_cast<void>(solverCode(control.view(), "f(); system")),
-                 std::invalid_argument);
+    const Regions law(control.view(), control.parameters());
+    // No identifier; keywords; of math.h; the file's own words.
+    for (const char* name : {"f(); system", "", "9", "while", "double", "bool", "_f", "main", "exp",
+                             "powf", "A", "J0", "append", "PROBLEM_N"}) {
+        EXPECT_THROW(static_cast<void>(solverCode(control.view(), name)), std::invalid_argument)
+            << name;
+    }
+    for (const char* name : {"while", "least", "gain", "theta"}) {
+        EXPECT_THROW(static_cast<void>(law.code(name)), std::invalid_argument) << name;
+    }
+    EXPECT_THAT(law.code("whiles"), testing::HasSubstr("int whiles("));
+    EXPECT_THAT(solverCode(control.view(), "optimum"), testing::HasSubstr("int optimum("));
 }
 
 }  // namespace

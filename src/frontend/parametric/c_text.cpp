@@ -1,10 +1,8 @@
 // The explicit law as C, and what all C that is written shares.
 #include "frontend/parametric/c_text.hpp"
 
-#include <cctype>
 #include <cstdio>
 #include <sstream>
-#include <stdexcept>
 
 #include "activeset/regions.hpp"
 
@@ -32,22 +30,6 @@ void writeValues(std::ostream& text,
 
 }  // namespace
 
-void requireIdentifier(const std::string& name, const char* caller) {
-    constexpr std::size_t Longest = 31;
-    bool isRight = !name.empty() && name.size() <= Longest &&
-                   std::isdigit(static_cast<unsigned char>(name[0])) == 0;
-    for (const char letter : name) {
-        const bool isLetter = (letter >= 'a' && letter <= 'z') ||
-                              (letter >= 'A' && letter <= 'Z') ||
-                              (letter >= '0' && letter <= '9') || letter == '_';
-        isRight = isRight && isLetter;
-    }
-    if (!isRight) {
-        throw std::invalid_argument("activeset: " + std::string(caller) +
-                                    ": the name has to be a C identifier");
-    }
-}
-
 void writeArray(std::ostream& text, const char* name, const std::vector<double>& values) {
     writeValues(text, "double", name, values, [&](double value) {
         char digits[32];  // NOLINT(modernize-avoid-c-arrays): of snprintf
@@ -63,7 +45,7 @@ void writeArray(std::ostream& text, const char* name, const std::vector<std::siz
 }  // namespace frontend
 
 std::string Regions::code(const std::string& name) const {
-    frontend::requireIdentifier(name, "Regions");
+    frontend::requireName(name, "Regions");
     const std::size_t p = parameters();
     std::vector<double> E;
     std::vector<double> e;
@@ -87,7 +69,9 @@ std::string Regions::code(const std::string& name) const {
     frontend::writeArray(text, "e", e);
     frontend::writeArray(text, "gain", gain);
     frontend::writeArray(text, "offset", offset);
-    text << "\nint " << name << "(const double *theta, double *x) {\n"
+    const std::string head = text.str();
+    text.str("");
+    text << "(const double *theta, double *x) {\n"
          << "    enum { N = " << n_ << ", P = " << p << ", REGIONS = " << regions_.size() << " };\n"
          << R"(    int r, i, j, k;
     for (k = 0; k < P; ++k) {
@@ -109,7 +93,7 @@ std::string Regions::code(const std::string& name) const {
     return -1;
 }
 )";
-    return text.str();
+    return frontend::named(name, head, text.str(), "Regions");
 }
 
 }  // namespace activeset

@@ -8,8 +8,17 @@
 
 namespace activeset::frontend {
 
-/// @raises std::invalid_argument for what is no C identifier of at most 31 letters
-void requireIdentifier(const std::string& name, const char* caller);
+/// @raises std::invalid_argument for what is no C identifier of at most 31 letters, or is reserved:
+///         keywords, main, the functions of math.h, and what begins with an underscore
+void requireName(const std::string& name, const char* caller);
+
+/// A file with the function of that name: `head`, then "int NAME", then `body`.
+///
+/// @raises std::invalid_argument for a name that the file uses for something else
+[[nodiscard]] std::string named(const std::string& name,
+                                const std::string& head,
+                                const std::string& body,
+                                const char* caller);
 
 /// static const double NAME[] = {…}; to the last bit. An empty array gets one 0.
 void writeArray(std::ostream& text, const char* name, const std::vector<double>& values);

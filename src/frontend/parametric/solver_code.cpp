@@ -171,7 +171,7 @@ constexpr const char* Loop = R"({
 
 std::string solverCode(const Problem& problem, const std::string& name) {
     const FloatingPointGuard environment;
-    frontend::requireIdentifier(name, "solverCode");
+    frontend::requireName(name, "solverCode");
     const frontend::ProblemData data = frontend::checkedCopy(problem, "solverCode");
     const std::size_t n = data.n;
     const std::size_t m = data.m;
@@ -205,11 +205,11 @@ std::string solverCode(const Problem& problem, const std::string& name) {
          << n << "\n#define PROBLEM_M " << m << '\n';
     frontend::writeArray(text, "J0", J);
     frontend::writeArray(text, "A", rows);
-    text << Method << "\nint " << name
-         << "(const double *c, const double *row_lower, const double *row_upper,\n"
-            "    const double *lower, const double *upper, double *x) "
-         << Loop;
-    return text.str();
+    text << Method;
+    const std::string arguments =
+        "(const double *c, const double *row_lower, const double *row_upper,\n"
+        "    const double *lower, const double *upper, double *x) ";
+    return frontend::named(name, text.str(), arguments + Loop, "solverCode");
 }
 
 }  // namespace activeset
