@@ -300,6 +300,8 @@ struct Settings {
     /// In seconds, from 0 up.
     std::chrono::duration<double> timeLimit = std::chrono::duration<double>::max();
     std::stop_token stop{};  ///< ends the solve when a stop is requested
+    /// Whether solve() leaves Result::factors. Nothing else depends on it.
+    bool keepFactors = false;
     /// Called after every pass of the core, so that Start::Automatic leaves predictions out; false
     /// ends the solve. It must not start another solve itself.
     std::function<bool(const Progress&)> onPass{};
@@ -362,6 +364,8 @@ struct Times {
     double total = 0.0;   ///< of the whole call
 };
 
+class KeptFactors;
+
 /// gradient + Aᵀy + z = 0, with y (per row) and z (per variable) positive at an upper side,
 /// negative at a lower one, of any sign at an equality. For A·x ≤ b alone, y ≥ 0. To first order
 /// the optimal value changes by −y_i when the active side of row i grows by one. A soft side that
@@ -390,6 +394,11 @@ struct Result {
     bool wasPredicted = false;
     Iterations iterations{};  ///< the work that it took
     Times times{};            ///< and the time
+    /// With Settings::keepFactors, of an optimum that solve() has found without a shift: a copy of
+    /// the problem, and the factors of the working set if the solve has left any. Derivatives of
+    /// this result are computed from them as long as x, y, z, the working set and the problem stay
+    /// as they are, and are those of the problem in any case. Copies of the result share them.
+    std::shared_ptr<const KeptFactors> factors{};
 
     /// For the next, similar problem.
     [[nodiscard]] WarmStart warmStart() const { return {x, workingSet}; }

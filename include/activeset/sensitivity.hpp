@@ -66,7 +66,8 @@ struct Gradients {
 /// from several threads at once.
 class ACTIVESET_API Sensitivity {
 public:
-    /// Factorises the optimality conditions of the working set, O(n³) at most.
+    /// Factorises the optimality conditions of the working set, O(n³) at most, or shares the
+    /// factors that the result has kept (Settings::keepFactors), O(n² + mn).
     ///
     /// @raises std::invalid_argument when the problem has faults, the result is not optimal or its
     ///         point is not that of this problem; std::bad_alloc

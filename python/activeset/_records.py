@@ -185,8 +185,8 @@ class Progress(Record, fields="iteration phase_one objective violation active st
     __slots__ = ()
 
 
-class Settings(Record, fields="tolerance start max_iterations time_limit convexity_tolerance",
-               defaults=(1e-9, "automatic", None, None, None)):
+class Settings(Record, fields="tolerance start max_iterations time_limit convexity_tolerance "
+               "keep_factors", defaults=(1e-9, "automatic", None, None, None, False)):
     """How a solve goes.
 
     Attributes
@@ -201,6 +201,9 @@ class Settings(Record, fields="tolerance start max_iterations time_limit convexi
         Seconds.
     convexity_tolerance : float or None
         Negative curvature of P that counts as rounding, relative; None is the solver's default.
+    keep_factors : bool
+        Whether the result of `solve_qp` or `Problem.solve` keeps a copy of the problem and its
+        factors, from which `Result.backward` and `Sensitivity` take less time.
     """
 
     __slots__ = ()

@@ -67,7 +67,7 @@ Settings settingsOf(PyObject* given) {
         throw py::type_error("settings has to be a Settings");
     }
     const auto fields = py::reinterpret_borrow<py::tuple>(given);
-    if (fields.size() != 5) {
+    if (fields.size() != 6) {
         throw py::type_error("settings has to be a Settings");
     }
     settings.tolerance = numberOf<double>(fields[0], "tolerance");
@@ -90,6 +90,11 @@ Settings settingsOf(PyObject* given) {
     if (!fields[4].is_none()) {
         settings.convexityTolerance = numberOf<double>(fields[4], "convexity_tolerance");
     }
+    if (!py::isinstance<py::bool_>(fields[5])) {
+        throw py::type_error("settings.keep_factors is " + py::repr(fields[5]).cast<std::string>() +
+                             ", expected a bool");
+    }
+    settings.keepFactors = fields[5].ptr() == Py_True;
     return settings;
 }
 

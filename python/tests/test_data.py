@@ -133,6 +133,7 @@ def test_all_faults_are_listed_with_index_value_and_names():
     ({"settings": activeset.Settings(max_iterations=0)}, ValueError),
     ({"settings": activeset.Settings(time_limit=-1.0)}, activeset.ProblemError),
     ({"settings": activeset.Settings(time_limit="soon")}, TypeError),
+    ({"settings": activeset.Settings(keep_factors=1)}, TypeError),
     ({"settings": activeset.Settings(max_iterations=1.5)}, TypeError),
     ({"names": ["a"]}, activeset.ProblemError), ({"names": "ab"}, TypeError),
     ({"unknown": 1}, TypeError), ({"P": EYE}, TypeError),

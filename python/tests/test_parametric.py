@@ -24,7 +24,7 @@ def test_derivatives_are_those_of_differences():
     for seed in range(60):
         parts = problem(seed)
         p = activeset.Problem(**parts)
-        r = p.solve()
+        r = p.solve(settings=activeset.Settings(keep_factors=seed % 2 == 0))
         s = activeset.Sensitivity(r, p)
         d = change(parts, seed)
         step = 1e-5

@@ -122,8 +122,7 @@ private:
         result.certificate = {{}, {}, {}};
         Implicit implicit(Optimum(result, problems_[k], "backwardBatch", Members::Strong));
         const Optimum& optimum = implicit.optimum();
-        if (implicit.factor().flat() == 0 ||
-            (optimum.weakRows.empty() && optimum.weakBounds.empty())) {
+        if (implicit.flat() == 0 || (optimum.weakRows.empty() && optimum.weakBounds.empty())) {
             return implicit;
         }
         return Implicit(Optimum(result, problems_[k], "backwardBatch", Members::Touched));

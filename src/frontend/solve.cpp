@@ -8,6 +8,7 @@
 #include "activeset/host.hpp"
 #include "frontend/algebra/dense.hpp"
 #include "frontend/decide.hpp"
+#include "frontend/parametric/kept_factors.hpp"
 #include "frontend/predict/small_problem.hpp"
 #include "frontend/proof/gap_correction.hpp"
 #include "frontend/proof/units.hpp"
@@ -138,15 +139,19 @@ Result solveGenerally(const Problem& problem,
     if (!faults.empty()) {
         return frontend::invalid(std::move(faults));
     }
-    frontend::ProblemCache cache(frontend::copyOf(problem));
+    const auto cache = std::make_shared<frontend::ProblemCache>(frontend::copyOf(problem));
     const WarmStart* warm = problem.warmStart;
     frontend::Vector start = warm != nullptr ? warm->x : frontend::Vector();
     if (warm == nullptr && !problem.start.empty()) {
         start.assign(problem.start.data(), problem.start.data() + problem.start.size());
     }
-    return frontend::solveConvexified(cache, std::move(start),
-                                      warm != nullptr ? warm->workingSet : WorkingSet(), settings,
-                                      control);
+    Result result = frontend::solveConvexified(*cache, std::move(start),
+                                               warm != nullptr ? warm->workingSet : WorkingSet(),
+                                               settings, control);
+    if (settings.keepFactors) {
+        result.factors = frontend::keptFactors(cache, result);
+    }
+    return result;
 }
 
 Result solveWithPenalties(const Problem& problem,
@@ -173,8 +178,11 @@ Result solve(const Problem& problem, const Settings& settings) {
     Result result;
     if (frontend::hasPenalties(problem)) {
         result = solveWithPenalties(problem, settings, control);
-    } else if (!frontend::SmallProblem::ofThread().solve(problem, settings, control, result)) {
+    } else if (frontend::SmallProblem& small = frontend::SmallProblem::ofThread();
+               !small.solve(problem, settings, control, result)) {
         result = solveGenerally(problem, settings, control);
+    } else if (settings.keepFactors) {
+        result.factors = frontend::keptFactors(small, problem, result);
     }
     return result;
 }

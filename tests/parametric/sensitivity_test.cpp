@@ -99,7 +99,7 @@ TEST_F(Sensitivities, AgreeWithDifferencesOfOptima) {
         const Sample d = randomChange(s, bits);
         const Loss loss{randomNumbers(bits, s.n), randomNumbers(bits, s.m),
                         randomNumbers(bits, s.n)};
-        const Result r = solve(s.view());
+        const Result r = solve(s.view(), {.keepFactors = seed % 2 == 0});
         if (!r) {
             continue;  // noise made it infeasible
         }

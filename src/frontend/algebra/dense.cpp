@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include "frontend/algebra/dense_views.hpp"
 #include "frontend/algebra/largest.hpp"
@@ -74,6 +75,17 @@ double largestDiagonal(const Dense& a) {
         largest = std::max(largest, a(k, k));
     }
     return largest;
+}
+
+bool hasClearPivots(const Dense& factor, double tolerance) {
+    double least = std::numeric_limits<double>::infinity();
+    double most = 0.0;
+    for (std::size_t k = 0; k < factor.rows; ++k) {
+        const double pivot = factor(k, k) * factor(k, k);
+        least = std::min(least, pivot);
+        most = std::max(most, pivot);
+    }
+    return factor.rows == 0 || least > tolerance * most;
 }
 
 bool factoriseUpper(Dense& a, double tolerance) {

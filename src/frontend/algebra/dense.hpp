@@ -42,6 +42,9 @@ void addProduct(const Dense& a, const Vector& x, Vector& y);
 /// a := its upper Cholesky factor; false, a destroyed, unless every pivot is greater than
 /// `tolerance` times the largest diagonal entry.
 [[nodiscard]] bool factoriseUpper(Dense& a, double tolerance);
+/// Whether the squared diagonal entries of a Cholesky factor all are above `tolerance` times the
+/// largest one.
+[[nodiscard]] bool hasClearPivots(const Dense& factor, double tolerance);
 /// The `count` columns of b := U⁻¹·b and U⁻ᵀ·b, U the upper triangle of a.
 void solveUpper(const Dense& a, double* b, std::size_t count);
 void solveUpperTransposed(const Dense& a, double* b, std::size_t count);

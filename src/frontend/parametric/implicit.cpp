@@ -39,23 +39,41 @@ bool isZero(const Dense& a) {
 
 }  // namespace
 
-Implicit::Implicit(Optimum optimum)
+Implicit::Implicit(Optimum optimum, Factors factors)
     : optimum_(std::move(optimum)),
-      factor_(optimum_.data, optimum_.freeVariables(), optimum_.heldRows()) {}
+      kept_(factors == Factors::Kept ? optimum_.keptSystem() : nullptr) {
+    if (kept_ == nullptr) {
+        factor_.emplace(optimum_.data, optimum_.freeVariables(), optimum_.heldRows());
+    }
+}
 
 Derivative Implicit::derivative() const {
-    return !factor_.isRegular()                                       ? Derivative::LeastSquares
+    return !isRegular()                                               ? Derivative::LeastSquares
            : optimum_.weakRows.empty() && optimum_.weakBounds.empty() ? Derivative::Full
                                                                       : Derivative::OneSided;
 }
 
 void Implicit::solve(Triple& b) const {
+    if (kept_ != nullptr) {
+        solveByKept(b);
+    } else {
+        solveByFactor(b);
+    }
+}
+
+void Implicit::solveByKept(Triple& b) const {
+    for (std::size_t k = 0; k < b.x.cols; ++k) {
+        kept_->solve(b.x.column(k), b.y.column(k), b.z.column(k));
+    }
+}
+
+void Implicit::solveByFactor(Triple& b) const {
     const ProblemData& data = optimum_.data;
     const std::size_t n = data.n;
     const std::size_t m = data.m;
     const std::size_t count = b.x.cols;
-    const std::vector<std::size_t>& free = factor_.free();
-    const std::vector<std::size_t>& rows = factor_.rows();
+    const std::vector<std::size_t>& free = factor_->free();
+    const std::vector<std::size_t>& rows = factor_->rows();
     Dense fixed(n, count);  // x at held bounds, 0 elsewhere
     for (std::size_t k = 0; k < count; ++k) {
         for (std::size_t j = 0; j < n; ++j) {
@@ -66,7 +84,7 @@ void Implicit::solve(Triple& b) const {
         addTo(b.x, -1.0, Op::None, data.H, n, n, fixed);
         addTo(b.y, -1.0, Op::None, data.A, m, n, fixed);
     }
-    Dense system(factor_.order(), count);
+    Dense system(factor_->order(), count);
     for (std::size_t k = 0; k < count; ++k) {
         double* column = system.column(k);
         for (const std::size_t j : free) {
@@ -76,7 +94,7 @@ void Implicit::solve(Triple& b) const {
             *column++ = b.y(i, k);
         }
     }
-    factor_.solve(system);
+    factor_->solve(system);
     Dense change(n, count);
     b.y.values.assign(b.y.values.size(), 0.0);
     for (std::size_t k = 0; k < count; ++k) {

@@ -2,6 +2,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PARAMETRIC_IMPLICIT_HPP
 #define ACTIVESET_SRC_FRONTEND_PARAMETRIC_IMPLICIT_HPP
 
+#include <optional>
+
 #include "activeset/sensitivity.hpp"
 #include "frontend/algebra/dense.hpp"
 #include "frontend/parametric/kkt_factor.hpp"
@@ -21,10 +23,16 @@ struct Triple {
 
 class Implicit {
 public:
-    explicit Implicit(Optimum optimum);
+    /// @param factors  Kept: those that the optimum has kept, if there are any
+    enum class Factors { Kept, New };
+    /// @param optimum  its members are those of the working set, unless factors are New
+    explicit Implicit(Optimum optimum, Factors factors = Factors::New);
 
     [[nodiscard]] const Optimum& optimum() const { return optimum_; }
-    [[nodiscard]] const KktFactor& factor() const { return factor_; }
+    /// As those of KktFactor.
+    [[nodiscard]] std::size_t dependent() const { return factor_ ? factor_->dependent() : 0; }
+    [[nodiscard]] std::size_t flat() const { return factor_ ? factor_->flat() : 0; }
+    [[nodiscard]] bool isRegular() const { return dependent() + flat() == 0; }
 
     /// Which derivative `solve` gives.
     [[nodiscard]] Derivative derivative() const;
@@ -34,8 +42,12 @@ public:
     void solve(Triple& b) const;
 
 private:
+    void solveByKept(Triple& b) const;
+    void solveByFactor(Triple& b) const;
+
     Optimum optimum_;
-    KktFactor factor_;
+    const WorkingSystem* kept_;
+    std::optional<KktFactor> factor_;  // unless there is a kept one
 };
 
 }  // namespace activeset::frontend

@@ -6,15 +6,12 @@
 #include <utility>
 
 #include "frontend/algebra/pivoted_qr.hpp"
+#include "frontend/parametric/working_system.hpp"
 #include "host/lapack.hpp"
 
 namespace activeset::frontend {
 
 namespace {
-
-// A Schur complement with smaller squared pivots, relative to its diagonal, is replaced by
-// orthogonal factors.
-constexpr double LeastSchurPivot = 1e-11;
 
 BasicBlock<double> viewOf(Dense& matrix) {
     return {matrix.values.data(), matrix.rows, matrix.cols};

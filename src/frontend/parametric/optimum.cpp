@@ -44,8 +44,33 @@ ProblemData checkedCopy(const Problem& problem, const char* caller) {
     return copyOf(problem);
 }
 
+namespace {
+
+std::shared_ptr<const ProblemData> dataOf(const Result& result,
+                                          const Problem& problem,
+                                          const char* caller) {
+    auto data = std::make_shared<ProblemData>(checkedCopy(problem, caller));
+    if (result.hessianShift != 0.0) {
+        data->H.resize(data->n * data->n, 0.0);
+        data->quadratic = true;
+        for (std::size_t j = 0; j < data->n; ++j) {
+            data->H[j * (data->n + 1)] += result.hessianShift;
+        }
+    }
+    return data;
+}
+
+std::shared_ptr<const KeptFactors> keptOf(const Result& result, const Problem& problem) {
+    const bool belong = result.factors && result.factors->belongTo(result, problem);
+    return belong ? result.factors : nullptr;
+}
+
+}  // namespace
+
 Optimum::Optimum(const Result& result, const Problem& problem, const char* caller, Members members)
-    : data(checkedCopy(problem, caller)),
+    : kept_(keptOf(result, problem)),
+      ownData_(kept_ ? kept_->data() : dataOf(result, problem, caller)),
+      data(*ownData_),
       point{result.x, result.y, result.z},
       rows(data.m, Hold::None),
       bounds(data.n, Hold::None) {
@@ -58,28 +83,22 @@ Optimum::Optimum(const Result& result, const Problem& problem, const char* calle
                            std::to_string(point.y.size()) + " rows, the problem " +
                            std::to_string(data.n) + " and " + std::to_string(data.m));
     }
-    if (result.hessianShift != 0.0) {
-        data.H.resize(data.n * data.n, 0.0);
-        data.quadratic = true;
-        for (std::size_t j = 0; j < data.n; ++j) {
-            data.H[j * (data.n + 1)] += result.hessianShift;
-        }
-    }
-    rowValues = product(data.A, data.m, point.x);
-    rowSizes.assign(data.m, 0.0);
-    for (std::size_t j = 0; j < data.n; ++j) {
-        const double* column = data.columnOfA(j);
-        for (std::size_t i = 0; i < data.m; ++i) {
-            rowSizes[i] = std::max(rowSizes[i], std::abs(column[i]));
-        }
-    }
+    RowTerms terms = kept_ ? kept_->rows() : rowTermsOf(data, point.x);
+    rowValues = std::move(terms.values);
+    rowSizes = std::move(terms.sizes);
     if (members == Members::OfTheSet) {
         requireMembers(result.workingSet, caller);
     } else {
         holdByMultipliers(members == Members::Touched, caller);
     }
-    requirePoint(result, caller);
+    if (!kept_) {
+        requirePoint(result, caller);
+    }
     findWeak();
+}
+
+const WorkingSystem* Optimum::keptSystem() const {
+    return kept_ ? kept_->system() : nullptr;
 }
 
 double Optimum::sizeOfGradient() const {

@@ -4,9 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
-#include "frontend/problem/problem_data.hpp"
+#include "frontend/parametric/kept_factors.hpp"
 
 namespace activeset::frontend {
 
@@ -32,6 +33,8 @@ enum class Members {
 };
 
 struct Optimum {
+    /// Data and factors that the result has kept are used if they belong to the problem.
+    ///
     /// @param caller  the name that stands in front of what is raised
     /// @raises std::invalid_argument, see Sensitivity
     Optimum(const Result& result,
@@ -45,7 +48,12 @@ struct Optimum {
     /// The largest of costs and multipliers, by which multipliers are measured.
     [[nodiscard]] double sizeOfGradient() const;
 
-    ProblemData data;  ///< H with the shift of the result
+private:
+    std::shared_ptr<const KeptFactors> kept_;  // null if there are none of this problem
+    std::shared_ptr<const ProblemData> ownData_;
+
+public:
+    const ProblemData& data;  ///< H with the shift of the result
     Point point;
     Vector rowValues;          ///< A·x
     Vector rowSizes;           ///< the largest magnitude in each row of A
@@ -54,6 +62,9 @@ struct Optimum {
     /// Where a side holds or is touched and its multiplier is 0 to rounding.
     std::vector<std::size_t> weakRows;
     std::vector<std::size_t> weakBounds;
+
+    /// Factors of what the working set of the result names; null if there are none.
+    [[nodiscard]] const WorkingSystem* keptSystem() const;
 
 private:
     void requireMembers(const WorkingSet& set, const char* caller);

@@ -141,7 +141,7 @@ bool Mover::isConsistent(Number number,
                          const double* rowRates) const {
     constexpr double RateResidual = 1e-8;
     const frontend::ProblemData& data = optimum_.data;
-    if (implicit_.factor().isRegular()) {
+    if (implicit_.isRegular()) {
         return true;
     }
     for (std::size_t i = 0; i < data.m; ++i) {
@@ -152,7 +152,7 @@ bool Mover::isConsistent(Number number,
             return false;
         }
     }
-    for (const std::size_t j : implicit_.factor().free()) {
+    for (const std::size_t j : optimum_.freeVariables()) {
         double sum = number == Number::Cost && j == place ? 1.0 : 0.0;
         double size = 1.0;
         for (std::size_t i = 0; i < data.n && data.quadratic; ++i) {

@@ -6,7 +6,9 @@
 #include <string>
 #include <utility>
 
+#include "frontend/algebra/outer_products.hpp"
 #include "frontend/parametric/implicit.hpp"
+#include "frontend/problem/view_checks.hpp"
 #include "host/floating_point.hpp"
 
 namespace activeset {
@@ -14,7 +16,9 @@ namespace activeset {
 namespace {
 
 using frontend::Dense;
+using frontend::fits;
 using frontend::Hold;
+using frontend::OuterProduct;
 using frontend::ProblemData;
 using frontend::Triple;
 
@@ -23,22 +27,6 @@ void require(bool isRight, const char* function, const char* what) {
         throw std::invalid_argument("activeset: Sensitivity::" + std::string(function) + ": " +
                                     what);
     }
-}
-
-bool fits(const MatrixView& matrix, std::size_t rows, std::size_t cols) {
-    const bool byColumns = matrix.order() == Order::ColumnMajor;
-    const std::size_t lines = byColumns ? cols : rows;
-    const std::size_t length = byColumns ? rows : cols;
-    if (matrix.empty()) {
-        return true;
-    }
-    return matrix.rows() == rows && matrix.cols() == cols && matrix.data() != nullptr &&
-           matrix.leading() >= length && matrix.available() / matrix.leading() >= lines - 1 &&
-           matrix.available() - (lines - 1) * matrix.leading() >= length;
-}
-
-bool fits(const VectorView& vector, std::size_t size) {
-    return vector.empty() || (vector.size() == size && vector.data() != nullptr);
 }
 
 void copyTo(Dense& target, const MatrixView& source) {
@@ -81,6 +69,26 @@ void toSides(const std::vector<Hold>& holds,
     }
 }
 
+// Appends the sum of outer products, a few columns at a time so that they stay in the cache from
+// where they are made to where they are written.
+void append(std::vector<double>& matrix,
+            std::size_t rows,
+            std::size_t cols,
+            double factor,
+            OuterProduct first,
+            OuterProduct second) {
+    constexpr std::size_t Together = 2048;  // entries
+    const std::size_t most = std::max<std::size_t>(1, Together / std::max<std::size_t>(1, rows));
+    for (std::size_t done = 0; done < cols; done += most) {
+        const std::size_t width = std::min(most, cols - done);
+        matrix.resize(matrix.size() + rows * width, 0.0);
+        double* const target = matrix.data() + matrix.size() - rows * width;
+        frontend::writeOuterProducts(factor, first, second, target, rows, width);
+        first.row += width;
+        second.row += width;
+    }
+}
+
 MatrixView asColumn(const VectorView& vector) {
     return {vector.data(), vector.size(), vector.empty() ? std::size_t{0} : std::size_t{1}};
 }
@@ -102,12 +110,13 @@ const char* textOf(Derivative derivative) noexcept {
 class Sensitivity::Factors {
 public:
     Factors(const Result& result, const Problem& problem)
-        : implicit_(frontend::Optimum(result, problem, "Sensitivity")) {
+        : implicit_(frontend::Optimum(result, problem, "Sensitivity"),
+                    frontend::Implicit::Factors::Kept) {
         const frontend::Optimum& optimum = implicit_.optimum();
         smoothness_.weakRows = optimum.weakRows;
         smoothness_.weakBounds = optimum.weakBounds;
-        smoothness_.dependent = implicit_.factor().dependent();
-        smoothness_.flat = implicit_.factor().flat();
+        smoothness_.dependent = implicit_.dependent();
+        smoothness_.flat = implicit_.flat();
         smoothness_.derivative = implicit_.derivative();
     }
 
@@ -144,8 +153,8 @@ Gradients Sensitivity::Factors::backward(const MatrixView& dx,
     copyTo(adjoint.z, dz);
     implicit_.solve(adjoint);
     Gradients gradients;
-    gradients.H.resize(n * n * count);
-    gradients.A.resize(m * n * count);
+    gradients.H.reserve(n * n * count);
+    gradients.A.reserve(m * n * count);
     for (auto part : {&Gradients::rowLower, &Gradients::rowUpper}) {
         (gradients.*part).assign(m * count, 0.0);
     }
@@ -172,18 +181,10 @@ void Sensitivity::Factors::addMatrixGradients(const Triple& adjoint,
     const std::size_t m = point.y.size();
     const double* u = adjoint.x.column(k);
     const double* v = adjoint.y.column(k);
-    for (std::size_t j = 0; j < n; ++j) {
-        double* ofH = gradients.H.data() + (k * n + j) * n;
-        double* ofA = gradients.A.data() + (k * n + j) * m;
-        const double xj = point.x[j];
-        const double uj = u[j];
-        for (std::size_t i = 0; i < n; ++i) {
-            ofH[i] = -0.5 * (u[i] * xj + point.x[i] * uj);
-        }
-        for (std::size_t i = 0; i < m; ++i) {
-            ofA[i] = -(point.y[i] * uj + v[i] * xj);
-        }
-    }
+    const double* x = point.x.data();
+    const double* y = point.y.data();
+    append(gradients.H, n, n, -0.5, {u, x}, {x, u});
+    append(gradients.A, m, n, -1.0, {y, u}, {v, x});
 }
 
 void Sensitivity::Factors::requireShapes(const Change& change) const {

@@ -49,6 +49,11 @@ bool FreeSystem::factoriseRows() {
     return factoriseUpper(S_, DependentSchurPivot);
 }
 
+bool FreeSystem::isFactorisedFor(const List& F, const List& R, double tolerance) const {
+    return isFactorised_ && F == F_ && R == R_ && hasClearPivots(L_, tolerance) &&
+           hasClearPivots(S_, tolerance);
+}
+
 void FreeSystem::solve(Vector& f, Vector& r) const {
     blas::trsvUpper(Op::Transpose, viewOf(L_), f.data());
     if (!r.empty()) {

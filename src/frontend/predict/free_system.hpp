@@ -22,6 +22,9 @@ public:
 
     /// False if a pivot is lost to rounding; nothing may be solved then.
     [[nodiscard]] bool setSets(const List& F, const List& R);
+    /// Whether there are factors of these lists whose squared pivots all are above `tolerance`
+    /// times the largest one.
+    [[nodiscard]] bool isFactorisedFor(const List& F, const List& R, double tolerance) const;
     [[nodiscard]] const List& free() const { return F_; }
     [[nodiscard]] const List& rows() const { return R_; }
     /// f becomes p and r becomes y.

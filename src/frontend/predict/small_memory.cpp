@@ -8,7 +8,6 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr std::size_t MostVariables = 100;
 constexpr std::size_t MostNumbers = std::size_t{1} << 17U;  // a mebibyte
 constexpr std::align_val_t CacheLine{64};
 

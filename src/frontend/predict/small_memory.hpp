@@ -29,6 +29,8 @@ struct SmallShape {
 
 class SmallMemory {
 public:
+    static constexpr std::size_t MostVariables = 100;  ///< of a problem that fits
+
     /// Whether a problem is small enough: so that its block stays below a mebibyte, and its numbers
     /// in the caches.
     [[nodiscard]] static bool fits(const SmallShape& shape);

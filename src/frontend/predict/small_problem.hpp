@@ -44,6 +44,10 @@ public:
     /// Whether results have the working set, as they do unless told otherwise.
     void listSets(bool areListed) { areSetsListed_ = areListed; }
 
+    /// Of an optimum that was proved last: H = LLᵀ, L⁻ᵀ, and the orthogonal factor of its members.
+    [[nodiscard]] const SmallMemory& memory() const { return memory_; }
+    [[nodiscard]] const SmallDual& dual() const { return dual_; }
+
     /// That of the thread; its memory, at most a mebibyte, goes with the thread.
     [[nodiscard]] static SmallProblem& ofThread();
     /// Whether settings leave it to the front end how it solves.

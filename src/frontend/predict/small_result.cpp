@@ -91,6 +91,7 @@ void clear(Result& result) {
     result.wasPredicted = false;
     result.iterations = {};
     result.workingSet.softViolated.clear();
+    result.factors.reset();
 }
 
 void take(Result& result, Point point, const Judgement& judgement) {
