@@ -1,10 +1,7 @@
 // MPS files in free format.
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 
-#include "io/read_error.hpp"
 #include "io/writer.hpp"
 
 namespace activeset::io {
@@ -133,33 +130,8 @@ private:
 
 }  // namespace
 
-std::string exactNumber(double value) {
-    std::array<char, 40> digits{};
-    const auto* const end =
-        std::to_chars(digits.data(), digits.data() + digits.size(), value + 0.0).ptr;
-    return {digits.data(), static_cast<std::size_t>(end - digits.data())};
-}
-
 std::string mpsText(const Model& model) {
     return MpsText(model).text();
-}
-
-std::string modelText(const Model& model, Format format, const std::string& file) {
-    const std::string soft = format == Format::Json ? std::string() : softMember(model);
-    if (!soft.empty()) {
-        throw ReadError(file, 0,
-                        "the format has no penalties, but " + soft + " is soft; JSON has them");
-    }
-    switch (format) {
-        case Format::Lp:
-            return lpText(model);
-        case Format::Json:
-            return jsonText(model);
-        case Format::Npz:
-            return npzText(model);
-        default:
-            return mpsText(model);
-    }
 }
 
 }  // namespace activeset::io

@@ -36,27 +36,39 @@ public:
     }
 
 private:
+    /// Tries one thing after the other until there is an answer.
     void decide(Vector x, const WorkingSet& set);
+    /// Answers for n = 0, where only the sides matter.
     void decideWithoutVariables();
+    /// Answers with the direction of negative curvature.
     void decideNotConvex();
+    /// Runs the loop, and answers its endings, until there is an answer or nothing left to try.
     void follow();
+    /// After ClaimsInfeasible: whether that is the answer.
     [[nodiscard]] bool settlesClaim();
+    /// Asks the relaxed problem, and resumes the loop from its point if that is feasible.
     [[nodiscard]] bool settlesByRelaxation();
+    /// After Drifts: whether the steps follow a ray.
     [[nodiscard]] bool settlesDrift();
+    /// Looks for the steepest ray, once.
     [[nodiscard]] bool findsRay();
+    /// Whether the direction is a ray that begins at a feasible point.
     [[nodiscard]] bool provesRay(const Vector& direction);
+    /// Whether there is a feasible point near the origin; looks for it once.
     [[nodiscard]] bool hasFeasiblePoint();
+    /// Answers Infeasible if there is a Farkas vector.
     [[nodiscard]] bool settlesInfeasible(std::optional<Farkas> farkas);
+    /// Whether there is neither a proof nor a reason to stop.
     [[nodiscard]] bool isUndecided() const;
 
     ProblemCache& problem_;
     const Settings& settings_;
     Control& control_;
     ProximalLoop loop_;
-    BestPoint& best_;
+    BestPoint& best_;                 ///< the loop's
     std::optional<Vector> feasible_;  ///< a feasible point, empty if none was found, once sought
     bool hasSoughtRay_ = false;
-    Answer answer_;
+    Answer answer_;  ///< inaccurate until something is proved
 };
 
 void Decision::decide(Vector x, const WorkingSet& set) {
@@ -111,7 +123,6 @@ void Decision::decideNotConvex() {
     answer_.directionResidual = curvature(problem_.user, answer_.direction);
 }
 
-// Runs the loop, and answers its endings, until there is an answer or nothing left to try.
 void Decision::follow() {
     while (true) {
         switch (loop_.run()) {
@@ -139,7 +150,6 @@ void Decision::follow() {
     }
 }
 
-// True while there is neither a proof nor a reason to stop.
 bool Decision::isUndecided() const {
     return answer_.status == Status::Inaccurate && !best_.isProved() && !control_.mustEnd();
 }

@@ -7,7 +7,6 @@
 
 namespace activeset::frontend {
 
-// Whether the caller counts the passes of the core, or listens to them.
 bool ProximalLoop::isWatched() const {
     return settings_.onPass || settings_.maxIterations != 0;
 }
@@ -24,7 +23,6 @@ void ProximalLoop::doNotPredict() {
     }
 }
 
-// Predicts from the present working set.
 ProximalLoop::Next ProximalLoop::predictMinimum() {
     control_.poll();
     Subproblem* const subproblem = mayPredict() ? problem_.subproblem(rho_) : nullptr;

@@ -133,13 +133,11 @@ ProximalLoop::Next ProximalLoop::runOnCore() {
     }
 }
 
-// The working set with which a run has ended.
 WorkingSet ProximalLoop::setOf(const Run& run) {
     const CoreForm& form = problem_.coreForm();
     return form.fromCore(problem_.scaled, run.set, run.droppedEqualities).workingSet();
 }
 
-// Takes the multipliers of phase one as the claim that sides contradict each other.
 void ProximalLoop::takeClaim(const Run& run) {
     claim_ = {};
     if (run.phaseOneLambda.empty()) {
@@ -186,7 +184,6 @@ void ProximalLoop::considerReached(const Run& run) {
     best_.consider(std::move(point), setOf(run));
 }
 
-// Judges a minimum of the step: it may be one of the problem.
 ProximalLoop::Next ProximalLoop::takeMinimum(Point point, const WorkingSet& set) {
     minimum_ = point.x;
     set_ = set;
@@ -212,7 +209,6 @@ ProximalLoop::Next ProximalLoop::takeMinimum(Point point, const WorkingSet& set)
     return recentre();
 }
 
-// Goes on from the minimum, with a smaller ρ if steps are steady.
 ProximalLoop::Next ProximalLoop::recentre() {
     constexpr double NoStep = 1e-13;
     const double step = distance(minimum_, centre_);

@@ -89,54 +89,73 @@ public:
 private:
     static constexpr int MostFailures = 6;
 
+    /// What run() does next: a new step, the core for the step, or the move to its minimum.
     enum class Stage { Begin, Core, Recentre };
+    /// Why the loop failed: steps ended without a proof, ZᵀHZ was not positive definite, or a run
+    /// of the core broke off.
     enum class Failure { NoProof, NotDefinite, Core };
+    /// Off is for good; UntilNextStart ends when startOver() goes to the origin.
     enum class Predicting { Allowed, UntilNextStart, Off };
     using Next = std::optional<LoopEnd>;  ///< without one the loop goes on
 
+    /// Puts back all that is counted since the start.
     void reset();
+    /// Begins a step, by a prediction if one is allowed.
     [[nodiscard]] Next beginStep();
+    /// Whether the caller counts the passes of the core, or listens to them.
     [[nodiscard]] bool isWatched() const;
     [[nodiscard]] bool mayPredict() const;
+    /// Predicts the minimum of the step from the present working set.
     [[nodiscard]] Next predictMinimum();
+    /// Takes a predicted point that meets the conditions of the step.
     [[nodiscard]] Next takePredicted(Point point, const WorkingSet& set);
+    /// Minimises the step by the core.
     [[nodiscard]] Next runOnCore();
+    /// The working set with which a run has ended.
     [[nodiscard]] WorkingSet setOf(const Run& run);
+    /// Takes the multipliers of phase one as the claim that sides contradict each other.
     void takeClaim(const Run& run);
+    /// Runs the core on the problem with the proximal term.
     [[nodiscard]] Run runOfStep();
+    /// Offers the point of a stopped run as the best point.
     void considerReached(const Run& run);
+    /// Judges a minimum of the step, which may be one of the problem.
     [[nodiscard]] Next takeMinimum(Point point, const WorkingSet& set);
+    /// Moves the centre to the minimum. Lowers ρ if steps are steady.
     [[nodiscard]] Next recentre();
+    /// Goes on along steps that do not get shorter. False if there is nothing to gain.
     [[nodiscard]] bool prolong(const Vector& last);
+    /// Ends the run for a reason that recover() looks at.
     [[nodiscard]] Next fail(Failure failure);
+    /// Makes no predictions until the next start.
     void doNotPredict();
 
-    ProblemCache& problem_;
-    const Settings& settings_;
-    Control& control_;
-    BestPoint best_;
-    Perturbation perturbation_;
-    Effort effort_;
-    Vector start_;
-    WorkingSet startSet_;
+    ProblemCache& problem_;      ///< the scaled problem, and all that is formed of it once
+    const Settings& settings_;   ///< the caller's
+    Control& control_;           ///< ends runs: limits, stop, callback
+    BestPoint best_;             ///< the best point so far, with its judgement
+    Perturbation perturbation_;  ///< of the sides, while the core cycles
+    Effort effort_;              ///< what has been done, for the result
+    Vector start_;               ///< where the loop began
+    WorkingSet startSet_;        ///< with this working set
     Predicting predicting_ = Predicting::Allowed;
-    bool mayProlong_ = false;
+    bool mayProlong_ = false;  ///< see allowLongSteps()
 
     // since the start
     Stage stage_ = Stage::Begin;
-    Vector centre_;
+    Vector centre_;                ///< of the proximal term; the last minimum
     WorkingSet set_;               ///< where the next step begins
     double rho_ = 0.0;             ///< weight of the proximal term; 0 for the problem itself
     Precision precision_;          ///< of runs of the core
     double lastForce_ = Infinity;  ///< ρ·‖step‖ of the last step
-    int steadySteps_ = 0;  ///< steps in which ρ·‖step‖ fell by less than a factor of ten
-    int failures_ = 0;
+    int steadySteps_ = 0;    ///< steps in which ρ·‖step‖ fell by less than a factor of ten
+    int failures_ = 0;       ///< of the loop, and claims without a proof
     int inexactProofs_ = 0;  ///< within the tolerance, not within rounding
 
-    Vector minimum_;  ///< of the step that is judged
-    InfeasibilityClaim claim_;
-    Drift drift_;
-    Failure failure_ = Failure::NoProof;
+    Vector minimum_;                      ///< of the step that is judged
+    InfeasibilityClaim claim_;            ///< of the last end ClaimsInfeasible
+    Drift drift_;                         ///< of the last end Drifts
+    Failure failure_ = Failure::NoProof;  ///< of the last end Failed
 };
 
 /// The point between the bounds that is nearest to zero. Points near zero have the most digits.
