@@ -171,8 +171,7 @@ def test_a_cluster_gives_the_same_bits_though_a_worker_is_killed(tmp_path, clust
     job, _ = make(tmp_path / "s.zarr", 30_000, 100, 10)
     first, second = client.run(os.getpid).values()
     assert first != second
-    killer = subprocess.Popen([sys.executable, "-c", KILLER, job.store.location, str(first)],
-                              stdout=subprocess.PIPE)
+    killer = killer_of(first, job)
     job.solve(client)
     assert 5 <= int(killer.communicate()[0]) < 300
     assert_same(outputs(job), outputs(whole.solve()))
@@ -208,11 +207,20 @@ def test_chunks_are_dealt_out_once_and_so_that_no_worker_waits_for_another(secon
 KILLER = """
 import os, pathlib, signal, sys, time
 status = pathlib.Path(sys.argv[1], "outputs", "status")
+print("ready", flush=True)
 while sum(name.name.isdigit() for name in status.iterdir()) < 5:
     time.sleep(0.002)
 os.kill(int(sys.argv[2]), signal.SIGKILL)
 print(len(list(status.iterdir())))
 """
+
+
+def killer_of(process, job):
+    """Kills a process when five chunks are done; it looks already."""
+    killer = subprocess.Popen([sys.executable, "-c", KILLER, job.store.location, str(process)],
+                              stdout=subprocess.PIPE)
+    assert killer.stdout.readline() == b"ready\n"
+    return killer
 
 
 def test_without_its_scheduler_a_job_ends_with_an_error(tmp_path):
@@ -233,11 +241,11 @@ def test_without_its_scheduler_a_job_ends_with_an_error(tmp_path):
     client = distributed.Client(scheduler_file=str(tmp_path / "scheduler.json"))
     try:
         client.wait_for_workers(1)
-        killer = subprocess.Popen(
-            [sys.executable, "-c", KILLER, job.store.location, str(scheduler.pid)])
+        killer = killer_of(scheduler.pid, job)
         with pytest.raises(batch.BatchError, match="scheduler has gone"):
             job.solve(client)
-        assert killer.wait() == 0
+        killer.communicate()
+        assert killer.returncode == 0
     finally:
         client.close(timeout=1)  # it would wait for the scheduler to come back
         for child in (worker, scheduler):
