@@ -23,6 +23,20 @@ void addFaults(const Problem& problem, std::span<const Part> parts, std::vector<
     }
 }
 
+/// What it took to predict which sides are violated.
+struct Prediction {
+    std::size_t steps = 0;
+    double seconds = 0.0;  ///< which the solve behind it takes for its setup
+
+    void addTo(Result& result) const {
+        result.iterations.prediction += steps > 0 ? 1U : 0U;
+        result.iterations.dual += steps;
+        result.times.setup -= std::min(seconds, result.times.setup);
+        result.times.solve =
+            std::max(0.0, result.times.total - result.times.setup - result.times.polish);
+    }
+};
+
 /// Puts a warm start back, also where a solve raises.
 class Restored {
 public:
@@ -107,7 +121,21 @@ void Sequence::solveWithPenalties(const Problem& problem,
         return;
     }
     WarmStart start = last_;
-    const bool beginsHard = start.workingSet.softViolated.size() == 0;
+    bool beginsHard = start.workingSet.softViolated.size() == 0;
+    Prediction prediction;
+    if (beginsHard) {
+        const double begin = control.seconds();
+        switch (solveSmallSoft(problem, settings, control, result, start.workingSet)) {
+            case SmallProblem::SoftEnd::Proved:
+                return;
+            case SmallProblem::SoftEnd::Predicted:
+                beginsHard = false;
+                prediction = {small_->steps(), control.seconds() - begin};
+                break;
+            case SmallProblem::SoftEnd::GivenUp:
+                break;
+        }
+    }
     Result first;
     if (beginsHard) {
         solveHard(withoutPenalties(problem), data, settings, control, result);
@@ -121,10 +149,33 @@ void Sequence::solveWithPenalties(const Problem& problem,
         result = solveSoft(problem, data, start, beginsHard ? &first : nullptr, *this, settings,
                            control);
     }
+    prediction.addTo(result);
     isLastSmall_ = false;
     if (result.status == Status::Optimal && isContinued_) {
         keep(result);
     }
+}
+
+// With linear penalties the dual method finds what holds and what is violated at once. The set is
+// written where it does.
+SmallProblem::SoftEnd Sequence::solveSmallSoft(const Problem& problem,
+                                               const Settings& settings,
+                                               Control& control,
+                                               Result& result,
+                                               WorkingSet& predicted) {
+    using End = SmallProblem::SoftEnd;
+    if (!SmallProblem::suits(settings)) {
+        return End::GivenUp;
+    }
+    const bool areMatricesKept = !haveSmallMatricesChanged_;
+    haveSmallMatricesChanged_ = false;
+    const End end = small_->solveNextSoft(problem, areMatricesKept, last_, settings, control,
+                                          result, predicted);
+    isLastSmall_ = end == End::Proved && isContinued_;
+    if (isLastSmall_) {
+        keep(result);
+    }
+    return end;
 }
 
 // Begins where the last solve on the small road ended, if no other solve came in between.

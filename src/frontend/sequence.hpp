@@ -65,6 +65,11 @@ private:
                             const Settings& settings,
                             Control& control,
                             Result& result);
+    [[nodiscard]] SmallProblem::SoftEnd solveSmallSoft(const Problem& problem,
+                                                       const Settings& settings,
+                                                       Control& control,
+                                                       Result& result,
+                                                       WorkingSet& predicted);
     void prepare(const Problem& problem, const ProblemData* data);
     void keep(const Result& result);
 

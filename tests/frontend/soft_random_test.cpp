@@ -188,6 +188,43 @@ TEST(RandomSoftSides, WithLargePenaltiesAreHard) {
     }
 }
 
+// The dual method with caps on multipliers tells the piece, which is solved once.
+TEST(RandomSoftSides, WithLinearPenaltiesAreFoundAtOnce) {
+    std::size_t violating = 0;
+    std::size_t more = 0;  // rounds than one for the dual method and one for the piece
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        SCOPED_TRACE(seed);
+        SoftProblem soft(seed);
+        for (std::size_t j = 0; j < soft.n; ++j) {
+            soft.H[j * (soft.n + 1)] += 1.0;
+            soft.c[j] += 0.1 * std::sin(static_cast<double>(seed + 3 * j));  // no ties
+        }
+        for (std::size_t i = 0; i < soft.m; ++i) {
+            if (soft.rowLower[i] == soft.rowUpper[i]) {
+                soft.rowUpper[i] += 1.0;
+            }
+        }
+        const double price = 0.25 + seed % 7;
+        soft.rows = {Numbers(soft.m, price), Numbers(soft.m, 0.5 * price), {}, {}};
+        soft.bounds = {};
+        const Problem problem{.H = {soft.H, soft.n, soft.n},
+                              .c = soft.c,
+                              .A = {soft.A, soft.m, soft.m == 0 ? 0 : soft.n},
+                              .rowLower = soft.rowLower,
+                              .rowUpper = soft.rowUpper,
+                              .lower = soft.lower,
+                              .upper = soft.upper,
+                              .rowPenalty = soft.rows.view()};
+        const Result result = solve(problem);
+        if (result && result.workingSet.softViolated.size() > 0) {
+            ++violating;
+            more += result.iterations.prediction > 2 ? 1U : 0U;
+        }
+    }
+    EXPECT_GT(violating, 100U);
+    EXPECT_LE(more, violating / 10);
+}
+
 TEST(RandomSoftSides, StayInASequence) {
     for (unsigned seed = 0; seed < 60; ++seed) {
         SCOPED_TRACE(seed);

@@ -22,6 +22,15 @@ constexpr std::size_t StepsBetweenPolls = 8;
 constexpr double NearlyDependentImage =
     1e-4;  // what is left of an image, its norm 1, beside members
 
+/// Of rows, or of variables.
+struct WorkingSetLists {
+    std::vector<std::size_t>& equal;
+    std::vector<std::size_t>& atLower;
+    std::vector<std::size_t>& atUpper;
+    std::vector<std::size_t>& belowLower;
+    std::vector<std::size_t>& aboveUpper;
+};
+
 }  // namespace
 
 SmallMatrix SmallDual::images() const {
@@ -146,6 +155,48 @@ bool SmallDual::beginAgain() {
     return equalities == 0;
 }
 
+void SmallDual::beginWithinCaps(const WorkingSet& set) {
+    begin(set);
+    bool areWithin = true;
+    for (std::size_t k = 0; k < factor_.size(); ++k) {
+        areWithin = areWithin && (m_.isEquality[k] != 0.0 ||
+                                  m_.lambda[k] <= caps_.of(constraintOf(k), m_.sign[k]));
+    }
+    if (!areWithin) {
+        begin({});
+    }
+}
+
+WorkingSet SmallDual::softSet() const {
+    const SmallShape& shape = m_.shape;
+    WorkingSet set;
+    std::fill_n(m_.values, shape.constraints(), 0.0);
+    for (std::size_t k = 0; k < factor_.size(); ++k) {
+        m_.values[constraintOf(k)] = m_.sign[k];
+    }
+    const auto list = [&](std::size_t first, std::size_t count, WorkingSetLists lists) {
+        for (std::size_t k = 0; k < count; ++k) {
+            const std::size_t i = first + k;
+            const int beyond = caps_.beyond(i);
+            const double held = m_.values[i];
+            if (held == 0.0 && beyond != 0) {
+                (beyond > 0 ? lists.aboveUpper : lists.belowLower).push_back(k);
+            } else if (held != 0.0 && isEquality(i)) {
+                lists.equal.push_back(k);
+            } else if (held != 0.0) {
+                // A side that is turned round is held from beyond.
+                const bool isUpper = beyond != 0 ? beyond > 0 : held > 0.0;
+                (isUpper ? lists.atUpper : lists.atLower).push_back(k);
+            }
+        }
+    };
+    ViolatedSides& soft = set.softViolated;
+    list(0, shape.m,
+         {set.equalities, set.rowsAtLower, set.rowsAtUpper, soft.rowsAtLower, soft.rowsAtUpper});
+    list(shape.rows(), shape.n, {set.fixed, set.atLower, set.atUpper, soft.atLower, soft.atUpper});
+    return set;
+}
+
 // Whether what is farthest away is so by rounding only.
 bool SmallDual::isSettled(const SmallViolation& worst) {
     constexpr double ClearViolation = 1e-6;
@@ -156,12 +207,49 @@ bool SmallDual::isSettled(const SmallViolation& worst) {
     return !(worst.amount > ViolationRounding * size_);
 }
 
+SmallDual::Event SmallDual::nextEvent(double whole, double newcomersRoom) const {
+    Event event{whole};
+    for (std::size_t k = 0; k < factor_.size(); ++k) {
+        if (m_.isEquality[k] == 0.0 && m_.p[k] > NegligibleChange &&
+            m_.lambda[k] < event.step * m_.p[k]) {
+            event = {m_.lambda[k] / m_.p[k], Event::Kind::Leaves, k};
+        }
+    }
+    if (caps_.areThere()) {
+        meetCaps(newcomersRoom, event);
+    }
+    return event;
+}
+
+void SmallDual::meetCaps(double newcomersRoom, Event& event) const {
+    for (std::size_t k = 0; k < factor_.size(); ++k) {
+        if (m_.isEquality[k] == 0.0 && m_.p[k] < -NegligibleChange) {
+            const double room = caps_.of(constraintOf(k), m_.sign[k]) - m_.lambda[k];
+            if (room < -event.step * m_.p[k]) {
+                event = {std::max(0.0, room) / -m_.p[k], Event::Kind::Turns, k};
+            }
+        }
+    }
+    if (newcomersRoom < event.step) {
+        event = {newcomersRoom, Event::Kind::NewcomerTurns, 0};
+    }
+}
+
+void SmallDual::turnMember(std::size_t k) {
+    const std::size_t i = constraintOf(k);
+    const double sign = m_.sign[k];
+    leave(k);
+    gather(i, sign);
+    caps_.turn(i, sign);
+}
+
 SmallDual::End SmallDual::pull(std::size_t i) {
     const double sign = m_.values[i] > m_.upper[i] ? 1.0 : -1.0;
     double distance =
         std::max(m_.lower[i] - m_.values[i], m_.values[i] - m_.upper[i]) * m_.inverseNorm[i];
     double multiplier = 0.0;
-    const std::size_t most = 3 * m_.shape.n + m_.shape.m / 8;
+    const double cap = caps_.areThere() ? caps_.of(i, sign) : Infinity;
+    const std::size_t most = 3 * m_.shape.n + (caps_.areThere() ? m_.shape.m : m_.shape.m / 8);
     gather(i, sign);
     while (steps_++ < most) {
         const double squaredNorm = factor_.project();
@@ -171,19 +259,12 @@ SmallDual::End SmallDual::pull(std::size_t i) {
             return End::GivenUp;
         }
         const double whole = isDependent ? Infinity : distance / squaredNorm;
-        double step = whole;
-        std::size_t blocking = factor_.size();
-        for (std::size_t k = 0; k < factor_.size(); ++k) {
-            if (m_.isEquality[k] == 0.0 && m_.p[k] > NegligibleChange &&
-                m_.lambda[k] < step * m_.p[k]) {
-                step = m_.lambda[k] / m_.p[k];
-                blocking = k;
-            }
-        }
+        const Event event = nextEvent(whole, cap - multiplier);
+        const double step = event.step;
         if (step == Infinity) {
             newcomer_ = i;
             newcomersSign_ = sign;
-            return End::Contradiction;
+            return caps_.areThere() ? End::GivenUp : End::Contradiction;
         }
         multiplier += step;
         m_.kernels.addScaled(-step, m_.p, m_.lambda, SmallShape::upTo(factor_.size(), 8));
@@ -191,11 +272,21 @@ SmallDual::End SmallDual::pull(std::size_t i) {
             m_.kernels.addScaled(-step, m_.u, m_.z, m_.shape.head());
             distance -= step * squaredNorm;
         }
-        if (blocking == factor_.size()) {
-            join(i, sign, squaredNorm, multiplier);
-            return End::Optimal;
+        switch (event.kind) {
+            case Event::Kind::Joins:
+                join(i, sign, squaredNorm, multiplier);
+                return End::Optimal;
+            case Event::Kind::NewcomerTurns:
+                caps_.turn(i, sign);
+                return End::Optimal;
+            case Event::Kind::Turns:
+                turnMember(event.member);
+                gather(i, sign);
+                break;
+            case Event::Kind::Leaves:
+                leave(event.member);
+                break;
         }
-        leave(blocking);
     }
     return End::GivenUp;
 }

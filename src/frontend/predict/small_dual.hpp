@@ -3,6 +3,7 @@
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DUAL_HPP
 
 #include "frontend/core/control.hpp"
+#include "frontend/predict/small_caps.hpp"
 #include "frontend/predict/small_factor.hpp"
 
 namespace activeset::frontend {
@@ -18,7 +19,7 @@ public:
         GivenUp
     };
 
-    explicit SmallDual(SmallMemory& memory) : m_(memory), factor_(memory) {}
+    explicit SmallDual(SmallMemory& memory) : m_(memory), factor_(memory), caps_(memory) {}
 
     /// Begins with the equalities and what of a working set makes sense beside them.
     void begin(const WorkingSet& set);
@@ -26,6 +27,14 @@ public:
     /// the equalities are others.
     [[nodiscard]] bool beginAgain();
     [[nodiscard]] End minimise(Control& control);
+
+    /// Linear penalties; what is beyond its side when it ends is turned round. A contradiction of
+    /// hard sides is given up then.
+    [[nodiscard]] SmallCaps& caps() { return caps_; }
+    /// Begins without the members of a working set whose multipliers are above their caps.
+    void beginWithinCaps(const WorkingSet& set);
+    /// The members, and what is beyond its side, of the problem with penalties.
+    [[nodiscard]] WorkingSet softSet() const;
 
     /// Whether members, or they and a side without a multiplier that the point in the memory
     /// misses, are nearly dependent, or quite.
@@ -53,8 +62,20 @@ private:
     [[nodiscard]] bool isSettled(const SmallViolation& worst);
     [[nodiscard]] End pull(std::size_t i);
 
+    /// How far a newcomer's multiplier grows, and what happens then.
+    struct Event {
+        enum class Kind { Joins, Leaves, Turns, NewcomerTurns };
+        double step = Infinity;
+        Kind kind = Kind::Joins;
+        std::size_t member = 0;  ///< that leaves, or turns
+    };
+    [[nodiscard]] Event nextEvent(double whole, double newcomersRoom) const;
+    void meetCaps(double newcomersRoom, Event& event) const;
+    void turnMember(std::size_t k);
+
     SmallMemory& m_;
     SmallFactor factor_;
+    SmallCaps caps_;
     std::size_t steps_ = 0;
     std::size_t newcomer_ = 0;
     double newcomersSign_ = 1.0;

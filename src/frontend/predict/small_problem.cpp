@@ -44,24 +44,68 @@ bool SmallProblem::solveNext(const Problem& problem,
                              const Settings& settings,
                              Control& control,
                              Result& result) {
-    if (!kept.matrices) {
-        matrices_ = Matrices::Unknown;
-    }
-    const bool hasSet = kept.set && hasEnded_ && matrices_ == Matrices::Ready;
-    hasEnded_ = false;
-    if (matrices_ == Matrices::Unfit || !isSmall(problem) || !load(problem)) {
+    const bool hasSet = kept.set && kept.matrices && hasEnded_ && matrices_ == Matrices::Ready;
+    dual_.caps().clear();
+    if (!loadNext(problem, kept.matrices)) {
         return false;
     }
     begin({true, hasSet}, start.workingSet);
-    const double setup = control.seconds();
-    control.poll();
-    if (control.mustEnd() || !minimise(problem, start, settings, control, result)) {
+    if (!minimise(problem, start, settings, control, result)) {
         return false;
     }
-    result.times.setup = setup;
-    result.times.solve = result.times.total - setup - result.times.polish;
     hasEnded_ = result.status == Status::Optimal;
     return true;
+}
+
+SmallProblem::SoftEnd SmallProblem::solveNextSoft(const Problem& problem,
+                                                  bool areMatricesKept,
+                                                  const WarmStart& start,
+                                                  const Settings& settings,
+                                                  Control& control,
+                                                  Result& result,
+                                                  WorkingSet& predicted) {
+    if (!loadNext(problem, areMatricesKept) || !dual_.caps().load(problem)) {
+        return SoftEnd::GivenUp;
+    }
+    dual_.beginWithinCaps(start.workingSet);
+    const double setup = control.seconds();
+    control.poll();
+    if (control.mustEnd() || dual_.minimise(control) != SmallDual::End::Optimal) {
+        return SoftEnd::GivenUp;
+    }
+    if (dual_.caps().areAnyBeyond()) {
+        predicted = dual_.softSet();
+        return SoftEnd::Predicted;
+    }
+    const double begin = control.seconds();
+    if (!proveOptimum(problem, settings.tolerance, result)) {
+        return SoftEnd::GivenUp;
+    }
+    finish(setup, begin, control, result);
+    hasEnded_ = true;
+    return SoftEnd::Proved;
+}
+
+bool SmallProblem::loadNext(const Problem& problem, bool areMatricesKept) {
+    if (!areMatricesKept) {
+        matrices_ = Matrices::Unknown;
+    }
+    hasEnded_ = false;
+    return matrices_ != Matrices::Unfit && isSmall(problem) && load(problem);
+}
+
+// `setup` is when the dual method began, `begin` when it had ended.
+void SmallProblem::finish(double setup,
+                          double begin,
+                          const Control& control,
+                          Result& result) const {
+    Times& times = result.times;
+    times.setup = setup;
+    times.total = control.seconds();
+    times.polish = times.total - begin;
+    times.solve = times.total - times.setup - times.polish;
+    result.iterations.prediction = 1;
+    result.iterations.dual = dual_.steps();
 }
 
 void SmallProblem::keepMatrices(const Problem& problem) {
@@ -99,6 +143,11 @@ bool SmallProblem::minimise(const Problem& problem,
                             const Settings& settings,
                             Control& control,
                             Result& result) {
+    const double setup = control.seconds();
+    control.poll();
+    if (control.mustEnd()) {
+        return false;
+    }
     const SmallDual::End end = dual_.minimise(control);
     const double begin = control.seconds();
     const bool isProved =
@@ -106,10 +155,7 @@ bool SmallProblem::minimise(const Problem& problem,
             ? writeContradiction(problem, start, memory_, dual_, result)
             : end == SmallDual::End::Optimal && proveOptimum(problem, settings.tolerance, result);
     if (isProved) {
-        result.times.total = control.seconds();
-        result.times.polish = result.times.total - begin;
-        result.iterations.prediction = 1;
-        result.iterations.dual = dual_.steps();
+        finish(setup, begin, control, result);
     }
     return isProved;
 }

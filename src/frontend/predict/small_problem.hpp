@@ -39,6 +39,22 @@ public:
                                  const Settings& settings,
                                  Control& control,
                                  Result& result);
+    enum class SoftEnd {
+        Proved,     ///< no soft side is violated, and `result` is the optimum
+        Predicted,  ///< what holds and what is violated, likely
+        GivenUp
+    };
+    /// The next one of a sequence, with linear penalties, which have no faults.
+    /// @param predicted  written where it is predicted
+    [[nodiscard]] SoftEnd solveNextSoft(const Problem& problem,
+                                        bool areMatricesKept,
+                                        const WarmStart& start,
+                                        const Settings& settings,
+                                        Control& control,
+                                        Result& result,
+                                        WorkingSet& predicted);
+    /// Of the dual method, in the last solve.
+    [[nodiscard]] std::size_t steps() const { return dual_.steps(); }
     /// For problems to come with these matrices. Their results are the same whichever comes first.
     void keepMatrices(const Problem& problem);
     /// Whether results have the working set, as they do unless told otherwise.
@@ -54,6 +70,7 @@ public:
     [[nodiscard]] static bool suits(const Settings& settings);
 
 private:
+    [[nodiscard]] bool loadNext(const Problem& problem, bool areMatricesKept);
     [[nodiscard]] bool load(const Problem& problem);
     void begin(const Kept& kept, const WorkingSet& set);
     [[nodiscard]] bool minimise(const Problem& problem,
@@ -61,6 +78,7 @@ private:
                                 const Settings& settings,
                                 Control& control,
                                 Result& result);
+    void finish(double setup, double begin, const Control& control, Result& result) const;
     [[nodiscard]] bool proveOptimum(const Problem& problem, double tolerance, Result& result);
 
     SmallMemory memory_;
