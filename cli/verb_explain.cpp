@@ -23,7 +23,6 @@ namespace {
 
 std::string whyInfeasible(const io::Model& model, Solution& solution, const Settings& settings) {
     findConflict(model, settings, solution);
-    const std::vector<double> boundWeights(model.n(), 1.0);
     const Relaxation rows = relax(viewsOf(model), {.solve = settings});
     return conflictText(model, solution.conflict) + relaxationText(model, rows);
 }

@@ -19,17 +19,6 @@ constexpr double TooClose = 1e-7;
 // A smaller change of a multiplier is rounding.
 constexpr double NegligibleChange = 1e-13;
 constexpr std::size_t StepsBetweenPolls = 8;
-constexpr double NearlyDependentImage =
-    1e-4;  // what is left of an image, its norm 1, beside members
-
-/// Of rows, or of variables.
-struct WorkingSetLists {
-    std::vector<std::size_t>& equal;
-    std::vector<std::size_t>& atLower;
-    std::vector<std::size_t>& atUpper;
-    std::vector<std::size_t>& belowLower;
-    std::vector<std::size_t>& aboveUpper;
-};
 
 }  // namespace
 
@@ -167,36 +156,6 @@ void SmallDual::beginWithinCaps(const WorkingSet& set) {
     }
 }
 
-WorkingSet SmallDual::softSet() const {
-    const SmallShape& shape = m_.shape;
-    WorkingSet set;
-    std::fill_n(m_.values, shape.constraints(), 0.0);
-    for (std::size_t k = 0; k < factor_.size(); ++k) {
-        m_.values[constraintOf(k)] = m_.sign[k];
-    }
-    const auto list = [&](std::size_t first, std::size_t count, WorkingSetLists lists) {
-        for (std::size_t k = 0; k < count; ++k) {
-            const std::size_t i = first + k;
-            const int beyond = caps_.beyond(i);
-            const double held = m_.values[i];
-            if (held == 0.0 && beyond != 0) {
-                (beyond > 0 ? lists.aboveUpper : lists.belowLower).push_back(k);
-            } else if (held != 0.0 && isEquality(i)) {
-                lists.equal.push_back(k);
-            } else if (held != 0.0) {
-                // A side that is turned round is held from beyond.
-                const bool isUpper = beyond != 0 ? beyond > 0 : held > 0.0;
-                (isUpper ? lists.atUpper : lists.atLower).push_back(k);
-            }
-        }
-    };
-    ViolatedSides& soft = set.softViolated;
-    list(0, shape.m,
-         {set.equalities, set.rowsAtLower, set.rowsAtUpper, soft.rowsAtLower, soft.rowsAtUpper});
-    list(shape.rows(), shape.n, {set.fixed, set.atLower, set.atUpper, soft.atLower, soft.atUpper});
-    return set;
-}
-
 // Whether what is farthest away is so by rounding only.
 bool SmallDual::isSettled(const SmallViolation& worst) {
     constexpr double ClearViolation = 1e-6;
@@ -243,6 +202,13 @@ void SmallDual::turnMember(std::size_t k) {
     caps_.turn(i, sign);
 }
 
+void SmallDual::move(double step, bool isDependent) {
+    m_.kernels.addScaled(-step, m_.p, m_.lambda, SmallShape::upTo(factor_.size(), 8));
+    if (!isDependent) {
+        m_.kernels.addScaled(-step, m_.u, m_.z, m_.shape.head());
+    }
+}
+
 SmallDual::End SmallDual::pull(std::size_t i) {
     const double sign = m_.values[i] > m_.upper[i] ? 1.0 : -1.0;
     double distance =
@@ -267,11 +233,8 @@ SmallDual::End SmallDual::pull(std::size_t i) {
             return caps_.areThere() ? End::GivenUp : End::Contradiction;
         }
         multiplier += step;
-        m_.kernels.addScaled(-step, m_.p, m_.lambda, SmallShape::upTo(factor_.size(), 8));
-        if (!isDependent) {
-            m_.kernels.addScaled(-step, m_.u, m_.z, m_.shape.head());
-            distance -= step * squaredNorm;
-        }
+        move(step, isDependent);
+        distance -= isDependent ? 0.0 : step * squaredNorm;
         switch (event.kind) {
             case Event::Kind::Joins:
                 join(i, sign, squaredNorm, multiplier);
@@ -308,46 +271,6 @@ SmallDual::End SmallDual::minimise(Control& control) {
         end = control.mustEnd() ? End::GivenUp : pull(worst.index);
     }
     return end;
-}
-
-// The same row, and the same sides.
-bool SmallDual::repeatsMember(std::size_t i) const {
-    const SmallShape& shape = m_.shape;
-    const double* const rows = m_.data + shape.head();
-    const auto isSame = [&](double member) {
-        const auto other = static_cast<std::size_t>(member);
-        bool areEqual = i < shape.m && other < shape.m && m_.lower[i] == m_.lower[other] &&
-                        m_.upper[i] == m_.upper[other];
-        for (std::size_t j = 0; j < shape.n && areEqual; ++j) {
-            areEqual = rows[j * shape.height() + i] == rows[j * shape.height() + other];
-        }
-        return areEqual;
-    };
-    return std::any_of(m_.member, m_.member + factor_.size(), isSame);
-}
-
-bool SmallDual::isNearlyDependent() {
-    const SmallShape& shape = m_.shape;
-    for (std::size_t k = 0; k < factor_.size(); ++k) {
-        if (m_.T[k * shape.head() + k] * NearlyDependentImage > 1.0) {
-            return true;
-        }
-    }
-    const double* const value = m_.products.value + shape.head();
-    const double* const rest = m_.products.rest + shape.head();
-    for (std::size_t i = 0; i < shape.constraints() && factor_.size() < shape.n; ++i) {
-        const bool isRow = i < shape.rows();
-        const double at = isRow ? value[i] : m_.x[i - shape.rows()];
-        const double more = isRow ? rest[i] : 0.0;
-        const bool isMissed = (m_.lower[i] - at) - more > 0.0 || (at - m_.upper[i]) + more > 0.0;
-        if (isMissed && m_.multipliers[i] == 0.0 && !repeatsMember(i)) {
-            gather(i, 1.0);
-            if (factor_.project() < NearlyDependentImage * NearlyDependentImage) {
-                return true;
-            }
-        }
-    }
-    return false;
 }
 
 }  // namespace activeset::frontend

@@ -61,6 +61,7 @@ private:
     [[nodiscard]] bool repeatsMember(std::size_t i) const;
     [[nodiscard]] bool isSettled(const SmallViolation& worst);
     [[nodiscard]] End pull(std::size_t i);
+    void move(double step, bool isDependent);
 
     /// How far a newcomer's multiplier grows, and what happens then.
     struct Event {
