@@ -182,8 +182,9 @@ std::string summaryText(const io::Model& model, const Solution& solution) {
     const Result& result = solution.result;
     std::string text = line("outcome", textOf(result.status) + proofText(solution));
     if (result.hessianShift > 0.0) {
-        text += line("convexity", fmt::format("missed by rounding: solved with H + {:.1e} I",
-                                              result.hessianShift));
+        text +=
+            line("convexity", fmt::format("missed within the tolerance: solved with H + {:.1e} I",
+                                          result.hessianShift));
     } else if (result.status == Status::NotConvex) {
         text += line("convexity", result.message);
     } else if (!result.message.empty()) {

@@ -25,8 +25,14 @@ std::string messageOf(const ProblemData& data, double shift) {
     if (!(shift < Infinity)) {
         return "H is not convex";
     }
-    return "H is not convex; H + " + printed(shift) + " I is: a convexity tolerance of " +
-           printed(relativeShift(data, shift)) + " solves that";
+    // A shift beyond this is not what rounding has taken: the answer would be that of another
+    // problem.
+    constexpr double PlausibleRounding = 1e-3;
+    const double relative = relativeShift(data, shift);
+    const std::string text = "H is not convex; H + " + printed(shift) + " I is";
+    return relative <= PlausibleRounding
+               ? text + ": a convexity tolerance of " + printed(relative) + " solves that"
+               : text + ", which is another problem";
 }
 
 }  // namespace
