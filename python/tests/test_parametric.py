@@ -46,6 +46,38 @@ def test_derivatives_are_those_of_differences():
     assert compared >= 40
 
 
+def test_derivatives_beside_weakly_held_and_dependent_rows():
+    met = set()
+    step = 1e-6
+    for seed in range(200):
+        rng = np.random.default_rng(seed)
+        root = rng.integers(-2, 3, size=(5, 5)).astype(float)
+        P = root @ root.T + np.eye(5)
+        x0, row = rng.integers(-3, 4, size=5), rng.integers(1, 4, size=5).astype(float)
+        loss, dq = rng.normal(size=(2, 5))
+        is_weak = seed % 2 == 0
+        # The free minimum x0 is on the side of the row, or beyond an equality that is there twice.
+        G, h = (row[None], np.array([row @ x0])) if is_weak else (None, None)
+        db = np.array([1.0, 2])
+        A, b = (None, None) if is_weak else (np.outer(db, row), (row @ x0 - 2) * db)
+
+        def moved(t):
+            return activeset.solve_qp(P, t * dq - P @ x0, G, h, A, None if is_weak else b + t * db)
+
+        r = moved(0.0)
+        s = activeset.Sensitivity(r, activeset.Problem(P, -P @ x0, G, h, A, b))
+        g = s.backward(loss)
+        met.add(s.derivative)
+        if is_weak:  # on the side where what is held stays so
+            ends = [(t, moved(t)) for t in (-step, step)]
+            t, end = next(e for e in ends if e[1].working_set == r.working_set)
+            assert g.q @ dq == pytest.approx(loss @ (end.x - r.x) / t, rel=1e-6, abs=1e-6)
+        else:
+            difference = loss @ (moved(step).x - moved(-step).x) / (2 * step)
+            assert g.q @ dq + g.b @ db == pytest.approx(difference, rel=1e-6, abs=1e-6)
+    assert met == {"one-sided", "least-squares"}
+
+
 def shared_batch(count=7):
     """Problems that share G and A; one of them is infeasible."""
     first = problem(3)
