@@ -7,7 +7,7 @@ import numpy as np
 from . import _core
 from ._batch_parts import Batch, fault, shapes
 from ._many import Bar
-from ._result import Status
+from ._result import WITHOUT_OBJECTIVE, Status
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -23,15 +23,19 @@ if TYPE_CHECKING:
     Array = NDArray[Any]
 
 STATUSES = tuple(Status)
+_WITHOUT_OBJECTIVE = [STATUSES.index(status) for status in WITHOUT_OBJECTIVE]
 OUTPUTS = ("x", "y", "z", "z_box", "obj", "status", "certificate", "iterations")
 
 
 class BatchResult:
     """What became of a batch, as arrays with one entry a problem.
 
-    `status` has numbers, `statuses[k]` is what number k means; 0 is optimal. Entries of a problem
-    without a point are NaN. `certificate` has absolute and relative residuals in turn: primal,
-    dual, gap; `iterations` what `Iterations` names. Arrays that were not asked for are None.
+    `status` has a number for each problem. `statuses` is the same for all batches: every Status, at
+    the position that is its number; 0 is optimal. So ``r.statuses[r.status[k]]`` is what became of
+    problem k. Entries of problems that are invalid or failed are NaN. For infeasible and not convex
+    `obj` is NaN, and the other entries are where the solve ended. `certificate` has absolute and
+    relative residuals in turn: primal, dual, gap; `iterations` what `Iterations` names. Arrays that
+    were not asked for are None.
     """
 
     statuses = STATUSES
@@ -142,6 +146,8 @@ def solve_parts(batch: Batch, arrays: Mapping[str, Array], threads: int, chain: 
     if batch.count:
         _core.solve_batch(batch.count, batch.inputs(), outputs, threads, chain, settings,
                           time_limit, told)
+    if "obj" in arrays:
+        arrays["obj"][np.isin(arrays["status"], _WITHOUT_OBJECTIVE)] = np.nan
     if rows is not None:
         if "z" in arrays:
             arrays["z"][...] = rows[:, :m]

@@ -9,6 +9,7 @@ import numpy as np
 
 from . import _core
 from ._faults import raise_invalid
+from ._problem import required
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -70,6 +71,7 @@ def diagnose(problem: Problem) -> Diagnosis:
     duplicate rows [1]
     unused variables [1]
     """
+    required(problem, "diagnose")
     (equalities, rank, smallest, largest, coefficients, free, fixed, found,
      faults) = _core.diagnose(problem)
     if faults:

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 from . import _core
 from ._faults import Terms
+from ._problem import required
 from ._records import Conflict
 
 TYPE_CHECKING = False
@@ -40,6 +41,7 @@ def explain_infeasibility(problem: Problem, *, settings: Settings | None = None)
     variable 'a': x[0] >= lb[0] = 1
     variable 'b': x[1] >= lb[1] = 1
     """
+    required(problem, "explain_infeasibility")
     conflict = _core.explain(problem, settings)
     lines = [_line(problem, member, int(index))
              for member, indices in zip(("rowLower", "rowUpper", "lower", "upper"), conflict[2:])

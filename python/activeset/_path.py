@@ -5,7 +5,7 @@ from __future__ import annotations
 import numpy as np
 
 from . import _core
-from ._problem import Problem
+from ._problem import Problem, required
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -117,6 +117,7 @@ def path(problem: Problem, start: float = 0.0, stop: float = 1.0, *, q: ArrayLik
     >>> path(p, 0.0, 3.0, q=[-1.0]).breakpoints
     array([0., 1., 3.])
     """
+    required(problem, "path")
     n, inequalities, equalities = problem._data.sizes
 
     def part(value: ArrayLike | None, length: int, name: str) -> Array:

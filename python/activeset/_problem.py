@@ -5,7 +5,7 @@ from __future__ import annotations
 import numpy as np
 
 from . import _convert, _core, _soft
-from ._faults import translated
+from ._faults import ProblemError, translated
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -148,12 +148,23 @@ class Problem:
 
     @classmethod
     def load(cls, path: str | PathLike[str]) -> Problem:
-        """Read what `save` wrote."""
-        with np.load(path, allow_pickle=False) as file:
-            parts: dict[str, Any] = {name: file[name] for name in file.files}
-        constant = float(parts.pop("constant", 0.0))
-        parts["soft"] = _soft.taken(parts)
-        return cls(parts.pop("P", None), parts.pop("q", None), constant=constant, **parts)
+        """Read what `save` wrote; ValueError, with the name of the file, for anything else."""
+        parts = _members(path)
+        soft = _soft.taken(parts)
+        unknown = sorted(set(parts) - {*_PARTS, "constant", "names", "row_names"})
+        if unknown:
+            raise ValueError(f"{path}: a problem has no part '{unknown[0]}', expected "
+                             f"{', '.join(_PARTS)}")
+        for name, axes in (("constant", 0), ("names", 1), ("row_names", 1)):
+            if name in parts and np.ndim(parts[name]) != axes:
+                raise ValueError(f"{path}: {name} has {np.ndim(parts[name])} axes, expected {axes}")
+        constant = parts.pop("constant", 0.0)
+        try:
+            return cls(parts.pop("P", None), parts.pop("q", None), constant=constant, soft=soft,
+                       **parts)
+        except ProblemError as error:
+            raise ProblemError([fault._replace(text=f"{path}: {fault.text}")
+                                for fault in error.faults]) from None
 
     def _parts(self) -> dict[str, Any]:
         parts: dict[str, Any] = {name: self._data.part(name) for name in _PARTS}
@@ -170,6 +181,33 @@ class Problem:
         return (f"Problem: {counted(n, 'variable', 'variables')}, "
                 f"{counted(inequalities, 'inequality', 'inequalities')}, "
                 f"{counted(equalities, 'equality', 'equalities')}")
+
+
+def _members(path: str | PathLike[str]) -> dict[str, Any]:
+    """The arrays in a file of NumPy's format .npz."""
+    from zipfile import is_zipfile
+
+    member = ""
+    parts: dict[str, Any] = {}
+    with open(path, "rb") as file:
+        if not is_zipfile(file):
+            raise ValueError(f"{path} is cut short, or no file that Problem.save wrote (.npz)")
+        try:
+            archive = np.load(file, allow_pickle=False)
+            for name in archive.files:
+                member = f", its member '{name}'"
+                parts[name] = archive[name]
+        except MemoryError:
+            raise
+        except Exception as error:  # damage shows in errors of the archive, of zlib, of headers
+            raise ValueError(f"{path}{member}, cannot be read: {error}") from None
+    return parts
+
+
+def required(given: object, function: str, place: str = "first") -> None:
+    """TypeError for what is no Problem, in terms of the function that takes one."""
+    if not isinstance(given, Problem):
+        raise TypeError(f"{function} takes a Problem {place}, not this {type(given).__name__}")
 
 
 def _restore(parts: dict[str, Any]) -> Problem:

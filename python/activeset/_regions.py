@@ -7,7 +7,7 @@ from dataclasses import dataclass
 import numpy as np
 
 from . import _core
-from ._problem import Problem
+from ._problem import Problem, required
 from ._records import WorkingSet
 
 TYPE_CHECKING = False
@@ -109,6 +109,7 @@ def regions(problem: Problem, F: ArrayLike | None, box: tuple[ArrayLike, ArrayLi
     >>> len(law), law.x([[-0.5], [0.5]])[:, 0]
     (2, array([0. , 0.5]))
     """
+    required(problem, "regions")
     n, inequalities, equalities = problem._data.sizes
     least, most = (np.atleast_1d(np.asarray(side, dtype=float)) for side in box)
     count = least.size

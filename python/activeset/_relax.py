@@ -9,6 +9,7 @@ import numpy as np
 
 from . import _core
 from ._faults import raise_invalid
+from ._problem import required
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -86,6 +87,7 @@ def relax(problem: Problem, *, norm: str = "l1", weights: ArrayLike | None = Non
     >>> r.x
     array([3., 2.])
     """
+    required(problem, "relax")
     if norm not in _NORMS:
         raise ValueError(f"norm has to be 'l1', 'l2' or 'inf', not {norm!r}")
     rows = sum(problem._data.sizes[1:])

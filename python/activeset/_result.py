@@ -37,6 +37,7 @@ if TYPE_CHECKING:
     Vector = NDArray[np.float64]
 
 _VERSION = 1  # of the state in a pickle
+_NAN = float("nan")
 
 
 class Status(str, enum.Enum):
@@ -71,6 +72,10 @@ _MEANING = {
 }
 
 
+# Where a solve may have ended at a point, but no objective is the problem's.
+WITHOUT_OBJECTIVE = (Status.INFEASIBLE, Status.NOT_CONVEX, Status.INVALID, Status.FAILED)
+
+
 class SolveError(RuntimeError):
     """Raised by `Result.raise_for_status`; `result` is the result."""
 
@@ -91,10 +96,21 @@ class Result(_core.ResultBase):
     """How a solve ended, the point, its multipliers and what proves them. Immutable.
 
     Arrays are views of what the solver found, made when they are asked for and read only; take a
-    ``copy()`` to change one.
+    ``copy()`` to change one. For infeasible and not convex x, y, z and z_box are where the solve
+    ended, and solve nothing; for invalid and failed they are empty.
     """
 
     __slots__ = ()
+
+    @property
+    def obj(self) -> float:
+        """The objective at x, constant included; NaN for infeasible, not convex, invalid, failed."""
+        return _NAN if self.status in WITHOUT_OBJECTIVE else super().obj
+
+    @property
+    def fun(self) -> float:
+        """As `obj`."""
+        return self.obj
 
     @property
     def z_lower(self) -> Vector:
@@ -196,8 +212,13 @@ class Result(_core.ResultBase):
 
     def sensitivity(self, problem: Problem) -> Sensitivity:
         """The derivatives of this optimum of the problem: factors for many right-hand sides."""
+        return self._sensitivity(problem, "sensitivity")
+
+    def _sensitivity(self, problem: Problem, function: str) -> Sensitivity:
+        from ._problem import required
         from ._sensitivity import Sensitivity
 
+        required(problem, f"Result.{function}")
         return Sensitivity(self, problem)
 
     def backward(self, problem: Problem, dx: ArrayLike | None = None,
@@ -207,12 +228,12 @@ class Result(_core.ResultBase):
 
         A result does not keep its problem. ValueError where the problem is another one.
         """
-        return self.sensitivity(problem).backward(dx, dz, dy, dz_box)
+        return self._sensitivity(problem, "backward").backward(dx, dz, dy, dz_box)
 
     def forward(self, problem: Problem, **changes: ArrayLike
                 ) -> tuple[Vector, Vector, Vector, Vector]:
         """What x, z, y and z_box gain per unit of changes of the parts (`Sensitivity.forward`)."""
-        return self.sensitivity(problem).forward(**changes)
+        return self._sensitivity(problem, "forward").forward(**changes)
 
     def to_series(self) -> pd.Series[float]:
         """The point as a pandas Series, by the names of the variables."""

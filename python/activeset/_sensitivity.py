@@ -7,7 +7,7 @@ from dataclasses import dataclass
 import numpy as np
 
 from . import _core
-from ._problem import Problem
+from ._problem import Problem, required
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -74,6 +74,7 @@ class Sensitivity:
     """
 
     def __init__(self, result: Result, problem: Problem) -> None:
+        required(problem, "Sensitivity", "second")
         self._core = _core.Derivatives(result, problem)
         self._sizes = problem._data.sizes
         smoothness = self._core.smoothness()
@@ -167,6 +168,7 @@ def ranges(result: Result, problem: Problem) -> dict[str, Range]:
     >>> ranges(p.solve(), p)["h"].most
     array([ 6., inf])
     """
+    required(problem, "ranges", "second")
     tables: dict[str, Any] = _core.ranges(result, problem)
     rows = problem._data.sizes[1]
 

@@ -40,6 +40,13 @@ def test_each_problem_ends_as_it_does_alone(seed, n, m, p, batched, threads):
     np.testing.assert_array_equal(r.x, again.x)
 
 
+def test_where_nothing_is_optimal_there_is_no_objective():
+    r = activeset.solve_batch(None, [[1.0], [1.0], [-1.0]], lb=[[0.0], [2.0], [0.0]], G=[[1.0]], h=[1.0],
+                              out=["obj"])
+    assert [r.statuses[code] for code in r.status] == ["optimal", "infeasible", "optimal"]
+    np.testing.assert_array_equal(r.obj, [0.0, np.nan, -1.0])
+
+
 def test_arrays_are_written_where_they_lie_and_parts_are_read_there():
     parts = batch_of(6)
     gaps = np.full((6, 9), 7.0)

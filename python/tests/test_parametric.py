@@ -163,6 +163,11 @@ def test_wrong_arguments_are_named(parts):
         s.backward(np.ones(3))
     with pytest.raises(ValueError, match="q has the shape"):
         activeset.path(p, q=[1.0])
+    r = p.solve()
+    for call in (r.backward, r.sensitivity, activeset.explain_infeasibility, activeset.relax,
+                 activeset.diagnose, activeset.path):
+        with pytest.raises(TypeError, match=f"{call.__name__} takes a Problem first, not this Res"):
+            call(r)
     with pytest.raises(ValueError, match="another problem"):
         activeset.Sensitivity(p.solve(), activeset.Problem(**problem(2)))
     with pytest.raises(ValueError, match="another problem"):

@@ -19,6 +19,31 @@ def test_a_problem_survives_a_file_and_a_pickle(parts, tmp_path):
         np.testing.assert_array_equal(other.solve().x, p.solve().x)
 
 
+@pytest.mark.parametrize("members, text", [
+    ({"x": [1.0], "outcome": "optimal"}, "no part 'outcome', expected P, q"),
+    ({"q": np.array([None])}, "member 'q', cannot be read"),
+    ({"P": np.eye(2), "q": np.ones(3)}, r"P has shape \(2, 2\), expected \(3, 3\)"),
+    ({"q": [1.0], "constant": [1.0]}, "constant has 1 axes"),
+    ({"q": [1.0], "names": "x"}, "names has 0 axes"),
+])
+def test_a_file_that_is_no_problem_is_refused_by_name(members, text, tmp_path):
+    np.savez(tmp_path / "p.npz", **members)
+    with pytest.raises(ValueError, match=f"p.npz.*{text}"):
+        activeset.Problem.load(tmp_path / "p.npz")
+
+
+def test_a_damaged_file_is_refused_by_name(parts, tmp_path):
+    file = tmp_path / "p.npz"
+    activeset.Problem(**parts).save(file)
+    whole = file.read_bytes()
+    middle = len(whole) // 20  # within the compressed numbers of P
+    for damaged in (b"", whole[:-40], pickle.dumps(parts),
+                    whole[:middle] + bytes(9) + whole[middle + 9:]):
+        file.write_bytes(damaged)
+        with pytest.raises(ValueError, match="p.npz"):
+            activeset.Problem.load(file)
+
+
 def test_faults_are_found_without_a_solve(parts):
     parts["h"][2] = np.nan
     fault, = activeset.Problem(**parts).faults()

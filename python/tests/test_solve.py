@@ -85,6 +85,8 @@ def test_outcomes_are_statuses_with_their_proofs():
     limited = activeset.solve_qp(**problem(1), settings=activeset.Settings(
         start="cold", max_iterations=1))
     assert limited.status == "iteration limit"
+    assert [np.isnan(r.obj) for r in (infeasible, bent, unbounded, limited)] == [1, 1, 0, 0]
+    assert np.isnan(pickle.loads(pickle.dumps(bent)).fun)
     for r in (infeasible, unbounded, bent, limited):
         with pytest.raises(activeset.SolveError, match=str(r.status)) as caught:
             r.raise_for_status()
