@@ -34,7 +34,9 @@ public:
         }
         cursor_.end();
         if (!hasSchema_) {
-            throw ReadError(file_, 0, R"(expected "schema": ")" + std::string(Schema) + '"');
+            throw ReadError(
+                file_, 0,
+                R"(expected "schema": ")" + std::string(Schema) + R"(" or ")" + SoftSchema + '"');
         }
         return finished();
     }
@@ -162,9 +164,10 @@ private:
             cursor_.failAt(penalty->offset,
                            R"(a penalty needs the schema ")" + std::string(SoftSchema) + '"');
         }
-        for (const PenaltyPart& part : PenaltyParts) {
-            const Numbers& values = penalty->parts.*(part.values);
-            if (!values.empty()) {
+        for (std::size_t k = 0; k < PenaltyParts.size(); ++k) {
+            if (penalty->isGiven.at(k)) {
+                const PenaltyPart& part = PenaltyParts.at(k);
+                const Numbers& values = penalty->parts.*(part.values);
                 require(penalty->offset, part.name, values.size(), size);
             }
         }

@@ -78,7 +78,7 @@ JsonRows readJsonRows(JsonCursor& cursor) {
 }
 
 JsonPenalty readJsonPenalty(JsonCursor& cursor) {
-    JsonPenalty result{cursor.offset(), {}};
+    JsonPenalty result{.offset = cursor.offset()};
     cursor.open('{');
     bool isFirst = true;
     while (cursor.another('}', isFirst)) {
@@ -90,6 +90,7 @@ JsonPenalty readJsonPenalty(JsonCursor& cursor) {
         if (part == PenaltyParts.end()) {
             cursor.failAt(at, "expected a part that docs/files.md lists, found " + quoted(key));
         }
+        result.isGiven.at(static_cast<std::size_t>(part - PenaltyParts.begin())) = true;
         result.parts.*(part->values) = prices(cursor, part->mayBeInfinite);
     }
     return result;

@@ -2,6 +2,7 @@
 #ifndef ACTIVESET_IO_JSON_PARTS_HPP
 #define ACTIVESET_IO_JSON_PARTS_HPP
 
+#include <array>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -26,7 +27,8 @@ struct JsonRows {
 
 struct JsonPenalty {
     std::size_t offset = 0;
-    Penalties parts{};  ///< of any sizes
+    Penalties parts{};                                ///< of any sizes
+    std::array<bool, PenaltyParts.size()> isGiven{};  ///< an empty part is one, too
 };
 
 // Each reads one value and raises ReadError where it is another one.

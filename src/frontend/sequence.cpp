@@ -120,6 +120,7 @@ void Sequence::solveWithPenalties(const Problem& problem,
         result = invalid(allFaults(problem, settings));
         return;
     }
+    WarmStart before = last_;
     WarmStart start = last_;
     bool beginsHard = start.workingSet.softViolated.size() == 0;
     Prediction prediction;
@@ -145,7 +146,7 @@ void Sequence::solveWithPenalties(const Problem& problem,
         first = std::move(result);
     }
     {
-        const Restored restored(last_, start);
+        const Restored restored(last_, before);
         result = solveSoft(problem, data, start, beginsHard ? &first : nullptr, *this, settings,
                            control);
     }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "frontend/loop/best_point.hpp"
 #include "frontend/soft/slacks.hpp"
 #include "frontend/soft_walk.hpp"
 
@@ -63,7 +64,8 @@ private:
             held[k] = piece.beyond(k) == Side::None ? held[k] : Side::None;
         }
         SoftProof proof = proveSoft(user_, penalties_, piece, held, point);
-        if (!proof.areCapped || !proof.judgement.certificate.holds(tolerance)) {
+        if (!proof.areCapped || !proof.judgement.certificate.holds(tolerance) ||
+            !(proof.judgement.certificate.primal.relative <= FeasibleToRounding)) {
             return false;
         }
         result.workingSet = listed(user_, held, proof.beyond);

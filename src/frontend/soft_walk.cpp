@@ -7,6 +7,8 @@
 #include <cmath>
 #include <utility>
 
+#include "frontend/loop/best_point.hpp"
+
 namespace activeset::frontend {
 
 namespace {
@@ -242,7 +244,9 @@ SoftProof SoftWalk::proof() {
 
 bool SoftWalk::isProved() {
     SoftProof found = proof();
-    if (!found.areCapped || !found.judgement.certificate.holds(settings_.tolerance)) {
+    // What a soft side is missed by costs its penalty, however little that is.
+    if (!found.areCapped || !found.judgement.certificate.holds(settings_.tolerance) ||
+        !(found.judgement.certificate.primal.relative <= FeasibleToRounding)) {
         return false;
     }
     take(std::move(found));

@@ -103,6 +103,8 @@ TEST(JsonFormat, ErrorsNameLineColumnAndWhatWasExpected) {
          "t.json:2:30: expected a part that docs/files.md lists, found 'linear'"},
         {softHead + "\"c\": [1], \"bound_penalty\": {\"upper_linear\": [1, 2]}}",
          "t.json:2:29: upper_linear has the size 2, expected 1"},
+        {softHead + "\"c\": [1], \"bound_penalty\": {\"upper_linear\": []}}",
+         "t.json:2:29: upper_linear has the size 0, expected 1"},
         {softHead + "\"c\": [1], \"bound_penalty\": {\"upper_linear\": [-1]}}",
          "t.json:2:47: expected a penalty from 0 up"},
         {softHead + "\"c\": [1], \"bound_penalty\": {\"upper_quadratic\": [\"inf\"]}}",

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <random>
 #include <stdexcept>
 
@@ -171,6 +172,12 @@ TEST_F(KeptFactorsOf, FaultyViewsAreRefusedUnread) {
         problem.*part = MatrixView((s.view().*part).data(), (s.view().*part).rows(), 0);
         EXPECT_THROW(Sensitivity(r, problem), std::invalid_argument);
     }
+    Problem faulty = s.view();
+    faulty.constant = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_THROW(Sensitivity(r, faulty), std::invalid_argument);
+    faulty = s.view();
+    faulty.start = few;
+    EXPECT_THROW(Sensitivity(r, faulty), std::invalid_argument);
     for (auto part : {&Problem::rowLower, &Problem::upper}) {
         Problem problem = s.view();
         problem.*part = few;

@@ -2,6 +2,7 @@
 #include "frontend/parametric/kept_factors.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <utility>
 
@@ -68,7 +69,8 @@ bool areSides(const Vector& sides, const VectorView& given, double absent) {
         return false;
     }
     for (std::size_t i = 0; i < sides.size(); ++i) {
-        if (sides[i] != frontend::sideAt(given, i, absent)) {
+        const bool isFault = !given.empty() && std::isinf(sides[i]) && given[i] * absent < 0.0;
+        if (isFault || sides[i] != frontend::sideAt(given, i, absent)) {
             return false;
         }
     }
@@ -85,6 +87,8 @@ bool isLinear(const Vector& c, const VectorView& given) {
 bool isCopyOf(const ProblemData& data, const Problem& problem) {
     return data.n == frontend::variablesOf(problem) && data.m == problem.A.rows() &&
            problem.rowPenalty.empty() && problem.boundPenalty.empty() &&
+           std::isfinite(problem.constant) && fits(problem.start, data.n) &&
+           frontend::areFinite(problem.start.data(), problem.start.size()) &&
            isLinear(data.c, problem.c) && areSides(data.rowLower, problem.rowLower, -Infinity) &&
            areSides(data.rowUpper, problem.rowUpper, Infinity) &&
            areSides(data.lower, problem.lower, -Infinity) &&

@@ -1,6 +1,7 @@
 // What the dual method of the small road leaves: the working set of a problem with penalties, and
 // how far its members are from being dependent.
 #include <algorithm>
+#include <cmath>
 
 #include "frontend/predict/small_dual.hpp"
 
@@ -71,7 +72,8 @@ bool SmallDual::repeatsMember(std::size_t i) const {
 bool SmallDual::isNearlyDependent() {
     const SmallShape& shape = m_.shape;
     for (std::size_t k = 0; k < factor_.size(); ++k) {
-        if (m_.T[k * shape.head() + k] * NearlyDependentImage > 1.0) {
+        // Rotations have turned signs round.
+        if (std::abs(m_.T[k * shape.head() + k]) * NearlyDependentImage > 1.0) {
             return true;
         }
     }
