@@ -129,9 +129,33 @@ void writeFile(const std::string& path, const std::string& text) {
     file << text;
     file.close();
     if (!file) {
-        throw io::ReadError(path, 0,
-                            "cannot be written: " + std::generic_category().message(errno));
+        refuseToWrite(path, errno);
     }
+}
+
+void refuseToWrite(const std::string& path, int error) {
+    throw io::ReadError(path, 0, "cannot be written: " + std::generic_category().message(error));
+}
+
+void requireFolderOf(const std::string& path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code error;
+    if (!folder.empty() && !std::filesystem::is_directory(folder, error)) {
+        refuseToWrite(path, std::filesystem::exists(folder, error) ? ENOTDIR : ENOENT);
+    }
+}
+
+bool isInput(const std::string& output, const std::vector<std::string>& files) {
+    std::error_code error;
+    if (output == "-" || !std::filesystem::is_regular_file(output, error)) {
+        return false;
+    }
+    const std::filesystem::path folder = std::filesystem::absolute(output, error).parent_path();
+    return std::any_of(files.begin(), files.end(), [&](const std::string& file) {
+        return file != "-" &&
+               (std::filesystem::equivalent(file, output, error) ||
+                (isProblemFile(output) && std::filesystem::equivalent(file, folder, error)));
+    });
 }
 
 }  // namespace activeset::cli

@@ -36,6 +36,18 @@ struct FileError {
 /// @raises io::ReadError
 void writeFile(const std::string& path, const std::string& text);
 
+/// @param error  the reason, a value of errno
+/// @raises io::ReadError always
+[[noreturn]] void refuseToWrite(const std::string& path, int error);
+
+/// Fails before there is anything to write if the folder of `path` does not exist.
+/// @raises io::ReadError
+void requireFolderOf(const std::string& path);
+
+/// Whether writing `output` would overwrite one of the `files` that are read, or one in a folder
+/// among them.
+[[nodiscard]] bool isInput(const std::string& output, const std::vector<std::string>& files);
+
 }  // namespace activeset::cli
 
 #endif

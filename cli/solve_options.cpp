@@ -126,7 +126,7 @@ void addOutputOptions(CLI::App& command, SolveOptions& options) {
         ->group(Output);
     command
         .add_flag("--resume", options.resume,
-                  "Leave out the files that the table of -o FILE.csv has already")
+                  "Leave out the files that have an answer in the table of -o FILE.csv")
         ->group(Output);
     command
         .add_flag("--trace", options.trace,

@@ -43,33 +43,6 @@ std::string csvNumber(const std::optional<double>& value) {
     return value ? fmt::format("{:.17g}", *value + 0.0) : "";
 }
 
-/// The first field of the line that begins at `position`. Moves `position` behind that line.
-std::string firstField(const std::string& text, std::size_t& position) {
-    std::string field;
-    bool isQuoted = false;
-    bool isFirst = true;
-    for (; position < text.size(); ++position) {
-        const char character = text[position];
-        if (character == '"') {
-            const bool isDoubled = isQuoted && text.compare(position, 2, "\"\"") == 0;
-            position += isDoubled ? 1 : 0;
-            isQuoted = isDoubled == isQuoted;
-            if (!isDoubled) {
-                continue;
-            }
-        } else if (!isQuoted && character == '\n') {
-            ++position;
-            break;
-        } else if (!isQuoted && character == ',') {
-            isFirst = false;
-        }
-        if (isFirst) {
-            field += character;
-        }
-    }
-    return field;
-}
-
 }  // namespace
 
 TableRow rowOf(const io::Model& model, const std::string& file, const Solution& solution) {
@@ -122,16 +95,6 @@ std::string csvLine(const TableRow& row) {
     return fmt::format("{},{},{},{},{},{},{},{:.6f},{},{}\n", csvText(row.file), row.outcome,
                        row.status, row.variables, row.rows, csvNumber(row.objective), row.steps,
                        row.seconds, csvNumber(row.residual), csvText(row.error));
-}
-
-std::set<std::string> filesInCsv(const std::string& text) {
-    std::set<std::string> files;
-    std::size_t position = 0;
-    static_cast<void>(firstField(text, position));
-    while (position < text.size()) {
-        files.insert(firstField(text, position));
-    }
-    return files;
 }
 
 }  // namespace activeset::cli

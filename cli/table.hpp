@@ -3,7 +3,6 @@
 #define ACTIVESET_CLI_TABLE_HPP
 
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -34,9 +33,6 @@ struct TableRow {
 [[nodiscard]] std::string csvHeading();
 /// Line end included.
 [[nodiscard]] std::string csvLine(const TableRow& row);
-
-/// The files that have a line in the table `text`.
-[[nodiscard]] std::set<std::string> filesInCsv(const std::string& text);
 
 }  // namespace activeset::cli
 

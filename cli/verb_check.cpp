@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <memory>
 
@@ -36,6 +37,23 @@ std::string membersText(const io::Model& model, const Finding& finding) {
                : text;
 }
 
+/// Says that H has an eigenvalue below what the front end takes for the rounding of a convex H; or
+/// nothing. The limit there is in proportion to ‖H‖_F, which is at most √n times the largest
+/// magnitude of an eigenvalue.
+std::string convexityText(const Diagnosis& diagnosis, std::size_t n) {
+    const double atMost = diagnosis.smallestEigenvalue[1];
+    const double magnitude =
+        std::max(-diagnosis.smallestEigenvalue[0], diagnosis.largestEigenvalue[1]);
+    const double rounding =
+        Settings().convexityTolerance * std::sqrt(static_cast<double>(n)) * magnitude;
+    return atMost < -rounding
+               ? fmt::format(
+                     "not convex:\n  an eigenvalue of the objective that is minimised is at "
+                     "most {:.4g}; only convex problems are solved\n",
+                     atMost)
+               : "";
+}
+
 std::string checkText(const io::Model& model, const Diagnosis& diagnosis) {
     std::string text;
     const auto add = [&](const char* label, const std::string& value) {
@@ -60,7 +78,9 @@ std::string checkText(const io::Model& model, const Diagnosis& diagnosis) {
     for (const Fault& fault : diagnosis.faults) {
         text += fault.text + "\n";
     }
-    return text + (diagnosis.findings.empty() && diagnosis.faults.empty()
+    const std::string convexity = convexityText(diagnosis, model.n());
+    text += convexity;
+    return text + (diagnosis.findings.empty() && diagnosis.faults.empty() && convexity.empty()
                        ? "nothing that a solve would stumble over\n\n"
                        : "\n");
 }

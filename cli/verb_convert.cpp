@@ -52,6 +52,9 @@ void addConvert(CLI::App& app, Action& chosen) {
         ->check(CLI::IsMember(formatWords()))
         ->group("Output");
     command.callback([&chosen, options] {
+        if (isInput(options->to, {options->from})) {
+            throw CLI::ValidationError("TO would overwrite FROM: " + options->to);
+        }
         chosen = [options] {
             const FileError error = attempt(options->from, [&] { convert(*options); });
             if (error.status != Solved) {

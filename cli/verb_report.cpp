@@ -21,14 +21,19 @@ struct ReportOptions {
     std::string output;
 };
 
-/// Writes the page to the file of --output. Without one it goes beside the results, and its name is
-/// printed.
+/// The file of --output, or, without one, a file beside the results.
+std::string pageFile(const ReportOptions& options) {
+    if (!options.output.empty()) {
+        return options.output;
+    }
+    const std::string name = options.results == "-" ? "report" : options.results;
+    return std::filesystem::path(name).replace_extension(".html").string();
+}
+
+/// Writes the page. Prints its name if the user has not chosen it.
 void makePage(const ReportOptions& options) {
     const std::vector<nlohmann::json> results = readResults(options.results);
-    const std::string name = options.results == "-" ? "report" : options.results;
-    const std::string page = options.output.empty()
-                                 ? std::filesystem::path(name).replace_extension(".html").string()
-                                 : options.output;
+    const std::string page = pageFile(options);
     const std::string json =
         nlohmann::json(results).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     writeFile(page, report::pageOf(json));
@@ -52,6 +57,9 @@ void addReport(CLI::App& app, Action& chosen) {
         ->option_text("FILE")
         ->group("Output");
     command.callback([&chosen, options] {
+        if (isInput(pageFile(*options), {options->results})) {
+            throw CLI::ValidationError("the page would overwrite the results: " + options->results);
+        }
         chosen = [options] {
             const FileError error = attempt(options->results, [&] { makePage(*options); });
             if (error.status != Solved) {

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
 
@@ -21,6 +20,7 @@
 #include "cli/solve_options.hpp"
 #include "cli/solve_strictly.hpp"
 #include "cli/summary.hpp"
+#include "cli/table_file.hpp"
 #include "cli/verbs.hpp"
 #include "cli/visible.hpp"
 
@@ -64,27 +64,28 @@ private:
     void prepare() {
         files_ = expanded(options_.files);
         const std::string suffix = std::filesystem::path(options_.output).extension().string();
+        requireFolderOf(options_.output);
         if (suffix == ".csv") {
-            const bool isThere = std::filesystem::exists(options_.output);
-            if (options_.resume && isThere) {
-                std::ifstream table(options_.output);
-                const std::set<std::string> done =
-                    filesInCsv({std::istreambuf_iterator<char>(table), {}});
-                std::erase_if(files_, [&](const std::string& file) { return done.contains(file); });
-            }
-            table_.open(options_.output, options_.resume ? std::ios::app : std::ios::trunc);
-            if (!table_) {
-                throw io::ReadError(options_.output, 0, "cannot be written");
-            }
-            if (!options_.resume || !isThere) {
-                table_ << csvHeading() << std::flush;
-            }
+            openTable();
         }
         if ((suffix == ".sol" || suffix == ".npz") && files_.size() != 1) {
             throw io::ReadError(options_.output, 0, "holds one result; use .json or .csv for more");
         }
         if (options_.csv) {
             std::cout << csvHeading();
+        }
+    }
+
+    void openTable() {
+        if (!options_.resume) {
+            table_.begin(options_.output);
+            return;
+        }
+        const Skipped skipped = table_.resume(options_.output, files_);
+        status_ = skipped.worst;
+        if (skipped.count > 0) {
+            printError(fmt::format("{}: {} skipped, answered before", shownFile(options_.output),
+                                   counted(skipped.count, "file", "files")));
         }
     }
 
@@ -189,9 +190,7 @@ private:
         } else {
             std::cout << outcome.text << std::flush;
         }
-        if (table_.is_open()) {
-            table_ << csvLine(outcome.row) << std::flush;
-        }
+        table_.add(outcome.row);
         status_ = std::max(status_, outcome.status);
         hasMemoryEnded_ = hasMemoryEnded_ || outcome.hasMemoryEnded;
         rows_.push_back(outcome.row);
@@ -221,9 +220,7 @@ private:
             if (options_.output.ends_with(".json")) {
                 writeFile(options_.output, joined());
             }
-            if (table_.is_open() && !table_) {
-                throw io::ReadError(options_.output, 0, "cannot be written");
-            }
+            table_.check();
         });
         if (error.status != Solved) {
             printError(error.text);
@@ -245,7 +242,7 @@ private:
     const SolveOptions& options_;
     std::vector<std::string> files_;
     std::unique_ptr<ProgressLine> progress_;
-    std::ofstream table_;  ///< of -o FILE.csv
+    TableFile table_;  ///< of -o FILE.csv
     int status_ = Solved;
     bool hasMemoryEnded_ = false;
     bool isEchoed_ = false;  ///< an interrupt
@@ -262,6 +259,12 @@ void checkOptions(const SolveOptions& options, const CLI::App& command) {
     if (!options.output.empty() && suffix != ".json" && suffix != ".csv" && suffix != ".sol" &&
         suffix != ".npz") {
         throw CLI::ValidationError("-o takes a file that ends in .json, .csv, .sol or .npz");
+    }
+    if (isInput(options.output, options.files)) {
+        throw CLI::ValidationError("-o would overwrite a problem: " + options.output);
+    }
+    if (options.json && options.csv) {
+        throw CLI::ValidationError("--json and --csv exclude each other");
     }
     if (options.strict && (suffix == ".sol" || suffix == ".npz")) {
         throw CLI::ValidationError("--strict writes .json or .csv");

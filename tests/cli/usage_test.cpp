@@ -31,6 +31,7 @@ TEST_F(Usage, ErrorsAreOneLineAndAStatusOfTheirOwn) {
         {"solve --strict --json --display iter f", "use --display off"},
         {"solve -o r.txt f", "-o takes a file that ends in .json"},
         {"solve --resume f", "--resume needs -o FILE.csv"},
+        {"solve --json --csv f", "--json and --csv exclude each other"},
         {"compare f", "SECOND.json"}};
     for (const auto& [arguments, part] : cases) {
         const Outcome outcome = run(arguments);

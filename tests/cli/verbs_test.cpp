@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "cli/run_cli.hpp"
@@ -44,6 +45,8 @@ TEST_F(Verbs, CheckNamesWhatIsRemarkable) {
     EXPECT_THAT(odd.out,
                 HasSubstr("dependent equalities: b\n  combinations of earlier equalities"));
     EXPECT_THAT(run("check good.lp").out, HasSubstr("nothing that a solve would stumble over"));
+    write("saddle.lp", "max 3 x + [ x^2 ]\nst\n r: x <= 1\nend\n");
+    EXPECT_THAT(run("check saddle.lp").out, HasSubstr("not convex:\n  an eigenvalue"));
 }
 
 TEST_F(Verbs, ConvertedFilesSaySame) {
@@ -76,6 +79,48 @@ TEST_F(Verbs, ManyFilesEndInATableAndAnInterruptedOneIsResumed) {
     const Outcome rest = run("solve . --resume -o table.csv --csv");
     EXPECT_THAT(rest.out, Not(HasSubstr("good.lp")));
     EXPECT_THAT(contents(folder_ / "table.csv"), HasSubstr(table + "./late.lp,optimal,0,1,1,2,"));
+}
+
+TEST_F(Verbs, TheTableOfAKilledRunIsMendedAndErrorsAreTriedAgain) {
+    write(R"(a "b", c.lp)", "min x\nst\nx >= 2\n");
+    write("bad.lp", "min x >= 2\n");
+    EXPECT_EQ(run("solve . -o table.csv").status, 7);
+    const std::string table = contents(folder_ / "table.csv");
+    write("bad.lp", "min x\nst\nx >= 2\n");
+    write("table.csv", table.substr(0, table.size() - 9));  // the end of ray.lp's row
+    const Outcome rest = run("solve . --resume -o table.csv");
+    EXPECT_EQ(rest.err, "table.csv: 3 files skipped, answered before\n");
+    const std::string mended = contents(folder_ / "table.csv");
+    for (const char* const row :
+         {"\n\"./a \"\"b\"\", c.lp\",optimal,", "\n./good.lp,optimal,", "\n./none.lp,infeasible,",
+          "\n./bad.lp,optimal,", "\n./ray.lp,unbounded,"}) {
+        EXPECT_THAT(mended, HasSubstr(row));
+    }
+    EXPECT_EQ(std::count(mended.begin(), mended.end(), '\n'), 6);
+    EXPECT_EQ(run("solve . --resume -o table.csv").status, 3);
+    EXPECT_EQ(contents(folder_ / "table.csv"), mended);
+    for (const std::string& other : {std::string("x,y\n1,2\n"), mended + "glued,optimal,0\n"}) {
+        write("other.csv", other);
+        EXPECT_EQ(run("solve . --resume -o other.csv").status, 7);
+        EXPECT_EQ(contents(folder_ / "other.csv"), other);
+    }
+}
+
+TEST_F(Verbs, NoInputIsOverwrittenAndNothingIsSolvedForAFolderThatIsNotThere) {
+    EXPECT_EQ(run("convert good.lp only/p.npz").status, 8);
+    std::filesystem::create_directory(folder_ / "only");
+    EXPECT_EQ(run("convert good.lp only/p.npz").status, 0);
+    EXPECT_EQ(run("solve good.lp -o r.json").status, 0);
+    for (const char* const arguments :
+         {"solve good.lp r.json -o ./r.json", "report r.json -o only/../r.json",
+          "convert r.json r.json", "solve only -o only/p.npz"}) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 9) << arguments;
+        EXPECT_THAT(outcome.err, HasSubstr("would overwrite"));
+    }
+    const Outcome absent = run("solve good.lp -o absent/r.json");
+    EXPECT_EQ(absent.status, 8);
+    EXPECT_EQ(absent.out, "");
 }
 
 TEST_F(Verbs, ResultsStartOtherSolvesAndAreCompared) {
