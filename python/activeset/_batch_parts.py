@@ -26,6 +26,13 @@ def fault(name: str, text: str) -> ProblemError:
     return ProblemError([Fault(name, (), float("nan"), f"{name} {text}")])
 
 
+def position(k: int, count: int, what: str) -> int:
+    """The same from 0 up; negative ones count from the end."""
+    if not -count <= k < count:
+        raise IndexError(f"there is no {what} {k}, only {count}, counted from 0")
+    return range(count)[k]
+
+
 class Batch:
     """The parts of a batch: arrays with the axis of the batch in front, or shared by all."""
 
@@ -57,6 +64,11 @@ class Batch:
                 return int(self.parts[name].shape[-1])
         raise fault("q", "is missing, and no other part says how many variables there are")
 
+    def _reason(self, name: str) -> str:
+        """Which other part says how many variables there are."""
+        other = next(other for other in ("q", "P", "G", "A") if other in self.parts)
+        return "" if name == other else f", as {other} has shape {self.parts[other].shape}"
+
     def _check(self) -> None:
         n, m, p = self.n, self.rows_of_G, self.rows_of_A
         wanted = {"P": (n, n), "q": (n,), "G": (m, n), "A": (p, n), "lb": (n,), "ub": (n,),
@@ -65,7 +77,8 @@ class Batch:
             own = part.shape[1:] if name in self.batched else part.shape
             if own != wanted[name]:
                 front = "the axis of the batch and " if name in self.batched else ""
-                raise fault(name, f"has shape {part.shape}, expected {front}{wanted[name]}")
+                raise fault(name, f"has shape {part.shape}, expected {front}{wanted[name]}"
+                                  f"{self._reason(name)}")
         if "G" in self.parts and not {"h", "l"} & set(self.parts):
             raise fault("h", "is missing: G needs h or l")
         if "A" in self.parts and "b" not in self.parts:
@@ -93,7 +106,7 @@ class Batch:
 
     def problem(self, k: int) -> Problem:
         """Problem k."""
-        k = range(self.count)[k]
+        k = position(k, self.count, "problem")
         parts: dict[str, Any] = {name: part[k] if name in self.batched else part
                                  for name, part in self.parts.items()}
         if "constant" in parts:

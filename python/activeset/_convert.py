@@ -32,7 +32,8 @@ def _array(given: Any, name: str) -> NDArray[np.float64]:
         raise _refuse(name, f"is no array: {error}") from None
     if array.dtype.kind not in "biuf" or array.dtype.itemsize > 8:
         kind = "complex" if array.dtype.kind == "c" else f"of type {array.dtype}"
-        raise _refuse(name, f"is {kind}, expected real numbers")
+        wanted = "float64" if array.dtype.kind == "f" else "real numbers"
+        raise _refuse(name, f"is {kind}, expected {wanted}")
     return array.astype(np.float64, order="K", copy=False)
 
 

@@ -174,7 +174,12 @@ def misfits(parts: Mapping[str, Any], n: int | None = None, rows: int | None = N
             comma = "," if len(expected) == 1 else ""
             is_number = isinstance(parts[name], (int, float))
             given = "is a number, expected shape" if is_number else f"has shape {shape}, expected"
-            fault(name, f"{given} ({text}{comma})")
+            hint = ""
+            if is_number and expected[0]:
+                hint = f": write np.full({expected[0]}, {parts[name]})"
+            elif shape == (1, 0):
+                hint = f"; an absent {name} is None"
+            fault(name, f"{given} ({text}{comma}){hint}")
     if "soft" in parts and not faults and n is not None:
         from . import _soft
 

@@ -60,7 +60,8 @@ class Path:
         return len(self.objective)
 
     def __repr__(self) -> str:
-        return f"<Path: {len(self)} pieces, {self.status}, ends at {self.end:g}>"
+        pieces = "1 piece" if len(self) == 1 else f"{len(self)} pieces"
+        return f"<Path: {pieces}, {self.status}, ends at {self.end:g}>"
 
     def _at(self, t: ArrayLike) -> tuple[NDArray[np.int64], Array]:
         values = np.asarray(t, dtype=float)
@@ -118,6 +119,8 @@ def path(problem: Problem, start: float = 0.0, stop: float = 1.0, *, q: ArrayLik
     array([0., 1., 3.])
     """
     required(problem, "path")
+    if stop < start:
+        raise ValueError(f"path: stop is {stop:g}, below start, {start:g}")
     n, inequalities, equalities = problem._data.sizes
 
     def part(value: ArrayLike | None, length: int, name: str) -> Array:

@@ -222,4 +222,4 @@ class Conflict(Record, fields="found minimal rows_at_lower rows_at_upper at_lowe
         return self.found
 
     def __str__(self):
-        return self.text
+        return self.text or "no sides that contradict one another were found"

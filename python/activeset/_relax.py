@@ -51,7 +51,9 @@ class Relaxation:
         return self.found
 
     def __str__(self) -> str:
-        return self.text
+        if not self.found:
+            return f"no nearest point: {self.status}"
+        return self.text or "nothing has to give way"
 
 
 def relax(problem: Problem, *, norm: str = "l1", weights: ArrayLike | None = None,

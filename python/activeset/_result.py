@@ -104,7 +104,7 @@ class Result(_core.ResultBase):
 
     @property
     def obj(self) -> float:
-        """The objective at x, constant included; NaN for infeasible, not convex, invalid, failed."""
+        """The objective at x with the constant; NaN for infeasible, not convex, invalid, failed."""
         return _NAN if self.status in WITHOUT_OBJECTIVE else super().obj
 
     @property

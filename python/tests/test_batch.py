@@ -73,12 +73,14 @@ def test_a_failure_stays_that_of_its_problem():
     assert r.summary() == {"optimal": 2, "invalid": 2} and np.isnan(r.x[1]).all()
     assert r.obj[3] == r.problem(3).solve().obj
     assert "2 optimal, 2 invalid" in repr(r)
+    with pytest.raises(IndexError, match="no problem 4, only 4"):
+        r.problem(4)
 
 
 @pytest.mark.parametrize("change, text", [
     ({"q": np.zeros(4), "h": np.zeros(5)}, "shared by all"),
     ({"q": np.zeros((5, 4))}, "has 5 problems"),
-    ({"P": np.eye(3)}, "^P has shape"), ({"h": None, "l": None}, "^h is missing"),
+    ({"P": np.eye(3)}, r"^P has shape \(3, 3\).* as q has shape \(6, 4\)"), ({"h": None, "l": None}, "^h is missing"),
     ({"G": np.zeros(4)}, "2 or 3"), ({"q": np.zeros((6, 4), complex)}, "complex"),
     ({"out": {"x": np.empty((6, 3))}}, "out"), ({"out": {"x": np.empty((6, 4), "f4")}}, "out"),
     ({"out": {"w": None}}, "no part 'w'"), ({"threads": -1}, "0 or more"),

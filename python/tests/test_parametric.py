@@ -161,6 +161,8 @@ def test_wrong_arguments_are_named(parts):
     s = activeset.Sensitivity(p.solve(), p)
     with pytest.raises(ValueError, match="dx has 3 entries, expected 4"):
         s.backward(np.ones(3))
+    with pytest.raises(ValueError, match="stop is 0, below start, 1"):
+        activeset.path(p, 1, 0, q=np.ones(4))
     with pytest.raises(ValueError, match="q has the shape"):
         activeset.path(p, q=[1.0])
     r = p.solve()

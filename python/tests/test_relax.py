@@ -43,6 +43,14 @@ def test_what_is_hard_or_heavy_stays():
             activeset.relax(PLAN, **wrong)
 
 
+def test_where_nothing_has_to_give_way_it_is_said():
+    feasible = PLAN.replace(h=[7.0, 9.0])
+    assert str(activeset.relax(feasible)) == "nothing has to give way"
+    assert "no nearest point: infeasible" == str(activeset.relax(PLAN, hard=["even", "capacity"]))
+    conflict = activeset.explain_infeasibility(feasible)
+    assert conflict.text == "" and str(conflict).startswith("no sides")
+
+
 def test_data_are_told_in_the_terms_of_python():
     d = activeset.diagnose(PLAN.replace(P=np.array([[0.0, 1.0], [1.0, 3.0]]), lb=[-1e9, 0.0]))
     assert (d.equalities, d.rank, d.free_variables, d.fixed_variables) == (1, 1, 0, 0)

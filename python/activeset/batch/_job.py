@@ -7,7 +7,7 @@ import math
 import numpy as np
 
 from .._batch import OUTPUTS, STATUSES, BatchResult
-from .._batch_parts import Batch
+from .._batch_parts import Batch, position
 from .._many import Bar
 from .._records import Settings
 from ._chunks import solve_chunks
@@ -104,9 +104,11 @@ class Job:
         BatchError
             The store is damaged or full, or the cluster has gone. What is done stays done.
         """
+        is_pair = isinstance(shard, (tuple, list)) and len(shard) == 2
+        if not is_pair or not all(isinstance(part, (int, np.integer)) for part in shard) or not (
+                1 <= shard[0] <= shard[1]):
+            raise ValueError(f"shard is {shard!r}, expected (i, N) with i from 1 to N")
         first, number = shard
-        if not 1 <= first <= number:
-            raise ValueError(f"shard is {first}/{number}, expected i/N with i from 1 to N")
         if restart:
             self.store.forget()
         elif not resume and self.store.done():
@@ -145,15 +147,17 @@ class Job:
 
     def problem(self, k: int) -> Problem:
         """Problem k, to look at or to solve alone."""
-        k = range(self.store.count)[k]
+        k = position(k, self.store.count, "problem")
         return Batch(self.store.parts(k // self.store.chunk)).problem(k % self.store.chunk)
 
     def result(self, chunks: Sequence[int] | None = None) -> BatchResult:
         """Problems and results of the chunks, by default all, in memory.
 
         The arrays of the store, ``job.store.outputs["x"]``, can be read piece by piece instead.
+        IndexError for a chunk that does not exist, BatchError for one that is not done.
         """
-        wanted = range(self.store.chunks) if chunks is None else chunks
+        count = self.store.chunks
+        wanted = range(count) if chunks is None else [position(k, count, "chunk") for k in chunks]
         undone = sorted(set(wanted) - set(self.store.done()))
         if undone:
             raise BatchError(f"{self.store.location}: chunks {undone[:10]} are not done")

@@ -43,7 +43,9 @@ class Store:
         self.location = location
         try:
             self.root = zarr.open_group(location, mode="r+" if writable else "r")
-        except (zarr.errors.GroupNotFoundError, ValueError) as error:
+        except zarr.errors.GroupNotFoundError:
+            raise BatchError(f"there is no Zarr group at {location}") from None
+        except ValueError as error:
             raise BatchError(f"{location} is no Zarr group: {error}") from None
         mark = self.root.attrs.get(_MARK)
         if not isinstance(mark, dict) or not isinstance(mark.get("version"), int):
