@@ -79,7 +79,15 @@ io::Model readFile(const std::string& file, io::Format format) {
     static std::mutex oneReading;  // one handler of crashes serves the whole process
     const std::lock_guard lock(oneReading);
     const CrashMessage guard;
-    return io::readModel(file, format);
+    try {
+        return io::readModel(file, format);
+    } catch (const io::ReadError& error) {
+        if (file != "-" || format != io::Format::Automatic || error.line() != 1) {
+            throw;
+        }
+        throw io::ReadError(error.file(), 1,
+                            error.message() + "; it is read as MPS, try --format lp, json or npz");
+    }
 }
 
 std::vector<std::string> notesOf(const io::Model& model, const std::string& file) {

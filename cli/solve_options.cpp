@@ -31,6 +31,12 @@ std::string checkTolerance(const std::string& text) {
     return good ? "" : fmt::format("{} is not a number above 0 and at most 1", text);
 }
 
+std::string checkWarm(const std::string& file) {
+    const bool good =
+        file == "-" || file.ends_with(".json") || file.ends_with(".npz") || file.ends_with(".sol");
+    return good ? "" : fmt::format("{} does not end in .json, .npz or .sol", file);
+}
+
 /// Empty if `text` is a number from 0 up, else what is wrong with it.
 template <class Number>
 std::string checkNumber(const std::string& text) {
@@ -112,6 +118,7 @@ void addMethodOptions(CLI::App& command, SolveOptions& options) {
 void addOutputOptions(CLI::App& command, SolveOptions& options) {
     add(command, Output, "--warm", options.warm, "FILE",
         "Start from a result: .json, .npz or .sol, by names")
+        ->check(checkWarm)
         ->group(Method);
     add(command, Output, "--jobs", options.jobs, "COUNT [1]", "Files that are solved at a time")
         ->check(CLI::Range(1, 1024))

@@ -148,8 +148,10 @@ void addRelax(CLI::App& app, Action& chosen) {
         ->option_text("WORD [l1]")
         ->check(CLI::IsMember(Norms))
         ->group("Method");
-    command.add_option("--hard", options->hard, "Rows that do not give way")
-        ->option_text("NAME...")
+    command
+        .add_option("--hard", options->hard,
+                    "A row that does not give way; also NAME,NAME or --hard again")
+        ->option_text("NAME")
         ->delimiter(',')
         ->allow_extra_args(false)
         ->group("Method");

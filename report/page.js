@@ -95,6 +95,9 @@ const Proofs = {
   unbounded: "Proved by a direction in which the objective improves and no side is reached.",
   "not convex": "Proved by a direction of negative curvature.",
 };
+function proofOfShifted(shift) {
+  return `Proved for H + δI with δ = ${shown(shift)}, since H is not quite convex: the residuals of the point and its multipliers, formed from the data with this shift, are within the tolerance.`;
+}
 function multipliers(r) {
   const verb = r.sense === "max" ? "gains" : "saves";
   const entries = [];
@@ -149,7 +152,7 @@ function single(r) {
   make("h1", r.name ? `${r.file} (${r.name})` : r.file);
   make("p", outcomeOf(r), `outcome ${classOf(outcomeOf(r))}`).id = "outcome";
   if (r.error) { make("p", r.error); return; }
-  if (r.proved) make("p", Proofs[r.outcome]);
+  if (r.proved) make("p", r.outcome === "optimal" && r.hessian_shift > 0 ? proofOfShifted(r.hessian_shift) : Proofs[r.outcome]);
   if (r.message) make("p", r.message);
   make("p", `${r.sense === "max" ? "Maximise" : "Minimise"} over ${counted(r.variables, "variable")} and ${counted(r.rows, "row")}.`, "soft");
   facts([["objective", r.objective], ["steps", stepsOf(r)], ["seconds", r.seconds],

@@ -47,7 +47,8 @@ function histogram(parent, caption, values, unit) {
   const low = least(logs), step = (largest(logs) - low || 1) / Bins;
   const counts = new Array(Bins).fill(0);
   for (const v of logs) counts[Math.min(Bins - 1, Math.floor((v - low) / step))] += 1;
-  const words = `from ${shown(least(values))} to ${shown(largest(values))} ${unit}`;
+  const [from, to] = [shown(least(values)), shown(largest(values))];
+  const words = from === to ? `${unit}: ${to} each` : `from ${from} to ${to} ${unit}`;
   chart(parent, caption, words, [counts.map((_, k) => low + (k + 0.5) * step), counts], {
     scales: { x: { time: false, range: [low, low + Bins * step] }, y: { range: [0, Math.max(1, largest(counts)) * 1.05] } },
     axes: [across({ space: 64, values: labels(powerOf) }), axis({ size: 40, incrs: Whole })],

@@ -31,6 +31,7 @@ TEST_F(Usage, ErrorsAreOneLineAndAStatusOfTheirOwn) {
         {"solve --strict --json --display iter f", "use --display off"},
         {"solve -o r.txt f", "-o takes a file that ends in .json"},
         {"solve --resume f", "--resume needs -o FILE.csv"},
+        {"solve --warm r.csv f", "r.csv does not end in .json, .npz or .sol"},
         {"solve --json --csv f", "--json and --csv exclude each other"},
         {"compare f", "SECOND.json"}};
     for (const auto& [arguments, part] : cases) {
@@ -101,6 +102,8 @@ TEST_F(UnreadableFiles, AreOneLineEachAndTheOthersAreSolvedWithTheirNotes) {
     const std::string bad = "bad.qps:5:1: expected a section from NAME to ENDATA, found 'SOS'\n";
 
     EXPECT_EQ(run("solve good.qps").status, 0);
+    write("good.lp", "min x\nend\n");
+    EXPECT_THAT(run("solve - < good.lp").err, HasSubstr("try --format lp, json or npz"));
     EXPECT_EQ(run("solve good.qps absent.qps").err, note + absent);
     EXPECT_EQ(run("solve good.qps absent.qps").status, 8);
     const Outcome outcome = run("solve absent.qps bad.qps good.qps");
