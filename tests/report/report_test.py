@@ -38,6 +38,15 @@ setTimeout(() => {
     return count;
   }));
 }, 100);"""
+# Whether the page is no wider than the window: plots follow a new width some frames later.
+FITS = """
+const done = arguments[0], end = performance.now() + 5000;
+const look = () => {
+  const fits = document.documentElement.scrollWidth <= innerWidth;
+  if (fits || performance.now() > end) done(fits);
+  else setTimeout(look, 20);
+};
+requestAnimationFrame(() => requestAnimationFrame(look));"""
 NONE = "min x\nst\n capacity: x + y <= 4\nbounds\n x >= 3\n y >= 2\nend\n"
 
 
@@ -79,8 +88,7 @@ class Reports:
         self.driver.execute_cdp_cmd(
             "Emulation.setDeviceMetricsOverride",
             {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": False})
-        return self.driver.execute_script(
-            "return document.documentElement.scrollWidth <= window.innerWidth")
+        return self.driver.execute_async_script(FITS)
 
 
 def check_single(reports, problem):
