@@ -1,4 +1,4 @@
-// The C interface: the front end's answers in C's arrays, and what it makes of bad arguments.
+// The C interface: the answers of the front end in C arrays, and error codes for bad arguments.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -77,7 +77,7 @@ TEST(CInterface, ASolverFollowsItsPartsAndWarmStarts) {
     EXPECT_EQ(activeset_solver_set_row_sides(solver, nullptr, upper.data()), ACTIVESET_OK);
     ASSERT_EQ(activeset_solver_solve(solver, &call.result), ACTIVESET_OK);
     EXPECT_EQ(call.x, (Numbers{2, 3}));
-    const Numbers rowMajor{3, 1};  // 3x₁ + x₂ ≤ 5: x = (2 − 3·0.4, 3 − 0.4)
+    const Numbers rowMajor{3, 1};  // With 3x₁ + x₂ ≤ 5, x = (2 − 3·0.4, 3 − 0.4).
     EXPECT_EQ(activeset_solver_set_rows(solver, rowMajor.data(), 2, ACTIVESET_ROW_MAJOR),
               ACTIVESET_OK);
     EXPECT_EQ(activeset_solver_restart(solver, call.x.data(), Sides{1}.data(), nullptr),
@@ -188,8 +188,8 @@ TEST(CInterface, AConflictNamesTheSidesThatTakePart) {
     EXPECT_EQ(bounds, (Sides{-1, -1, 0}));
 }
 
-// Shared H and A, a row of sides each: problem k has the optimum (k, k) of ½‖x − (9, 9)‖² under
-// x₁ + x₂ ≤ 2k.
+// H and A are shared; each problem has its own row sides. Problem k minimises ½‖x − (9, 9)‖²
+// subject to x₁ + x₂ ≤ 2k; its optimum is (k, k).
 TEST(CInterface, ABatchWritesItsAnswersInOrderForAnyNumberOfThreads) {
     constexpr std::size_t Count = 9;
     const Numbers H{1, 0, 0, 1};

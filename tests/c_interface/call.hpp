@@ -1,4 +1,4 @@
-// A problem of the C interface and the arrays that its results go to.
+// A problem of the C interface and the arrays for its results.
 #ifndef ACTIVESET_TESTS_C_INTERFACE_CALL_HPP
 #define ACTIVESET_TESTS_C_INTERFACE_CALL_HPP
 
@@ -15,7 +15,7 @@ namespace activeset::test {
 
 using Sides = std::vector<std::int8_t>;
 
-/// A problem with the arrays of its result.
+/// A problem with the arrays for its result.
 struct Call {
     explicit Call(Sample data) : sample(std::move(data)), x(sample.n), y(sample.m), z(sample.n) {
         const auto n = static_cast<std::int64_t>(sample.n);

@@ -1,4 +1,4 @@
-// Derivatives, ranges and paths from C.
+// Derivatives, ranges and paths through the C interface.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -53,7 +53,7 @@ protected:
     activeset_path* path_ = nullptr;
 };
 
-// On the row dx = ½(dside, dside) + ½(−1, 1)·(dc₁ − dc₂) and dy = −½(dc₁ + dc₂ + dside).
+// While the row is active, dx = ½(dside, dside) + ½(−1, 1)·(dc₁ − dc₂), dy = −½(dc₁ + dc₂ + dside).
 TEST_F(CParametric, GradientsAreThoseByHand) {
     ASSERT_EQ(activeset_sensitivity_new(problem_, &result_, &sensitivity_), ACTIVESET_OK);
     double H[4], c[2], A[2], lower[1], upper[1];
@@ -70,7 +70,7 @@ TEST_F(CParametric, GradientsAreThoseByHand) {
     EXPECT_NEAR(c[1], 0.5, 1e-14);
     EXPECT_NEAR(upper[0], 0.5, 1e-14);
     EXPECT_EQ(lower[0], 0.0);
-    EXPECT_NEAR(H[0], -0.5 * 1.5, 1e-14);  // ½(c·xᵀ + x·cᵀ)
+    EXPECT_NEAR(H[0], -0.5 * 1.5, 1e-14);  // the row's part of dH: ½(c·xᵀ + x·cᵀ)
     EXPECT_NEAR(H[2], 0.5 * (-0.5 * 0.5 + 0.5 * 1.5), 1e-14);
     EXPECT_NEAR(A[0], 0.5 * -0.5 - 0.5 * 1.5, 1e-14);  // y·cᵀ − v·xᵀ
     ASSERT_EQ(activeset_backward(sensitivity_, nullptr, dy, nullptr, &g), ACTIVESET_OK);
@@ -78,7 +78,7 @@ TEST_F(CParametric, GradientsAreThoseByHand) {
     EXPECT_NEAR(upper[0], -1.0, 1e-14);
 }
 
-// y = (3 − side)/2 is 0 at 3, x₂ = (side − 1)/2 is 0 at 1; the objective is −½·5 at 3.
+// y = (3 − side)/2 vanishes at side = 3, x₂ = (side − 1)/2 at side = 1. The objective at 3 is −½·5.
 TEST_F(CParametric, RangesAreThoseByHand) {
     activeset_range costs[2], sides[1];
     auto all = sized<activeset_ranges>();
@@ -89,11 +89,12 @@ TEST_F(CParametric, RangesAreThoseByHand) {
     EXPECT_NEAR(sides[0].most, 3.0, 1e-12);
     EXPECT_NEAR(sides[0].objective_at_most, -2.5, 1e-12);
     EXPECT_EQ(sides[0].is_degenerate, 0);
-    EXPECT_NEAR(costs[0].least, -3.0, 1e-12);  // x₂ = ½ + ½(c₁ + 2) is 0 there
-    EXPECT_NEAR(costs[0].most, -1.0, 1e-12);   // and y = ½(1 − c₁ − 2) here
+    EXPECT_NEAR(costs[0].least, -3.0, 1e-12);  // x₂ = ½ + ½(c₁ + 2) vanishes there
+    EXPECT_NEAR(costs[0].most, -1.0, 1e-12);   // y = ½(1 − c₁ − 2) vanishes here
 }
 
-// The side from 2 to 4: the row holds up to 3. Down to −1: nothing is feasible below 0.
+// The side goes from 2 to 4, and the row is active up to 3. Then it goes down to −1, and nothing is
+// feasible below 0.
 TEST_F(CParametric, PathsHaveTheirPiecesAndEnds) {
     const double up[] = {1.0}, down[] = {-1.0};
     auto direction = sized<activeset_direction>();

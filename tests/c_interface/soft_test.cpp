@@ -8,7 +8,8 @@
 namespace activeset::test {
 namespace {
 
-// x₁ + x₂ ≤ 3 gives way for ½ each, so that x = (1.5, 2.5); x₁ ≥ 1.75 for (0.1 + 0.2·v): v = 0.125.
+// x₁ + x₂ ≤ 3 costs ½ per unit of violation, so x = (1.5, 2.5). The soft x₁ ≥ 1.75 is violated by v
+// with 0.25 − v = 0.1 + 0.2·v, so v = 0.125 and x₁ = 1.625.
 TEST(CInterfaceSoft, SidesGiveWayAndAreWarmStarted) {
     Call call(smallProblem());
     const Numbers half{0.5}, lower{1.75, -HUGE_VAL}, linear{0.1, HUGE_VAL}, quadratic{0.2, 0};

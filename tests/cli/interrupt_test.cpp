@@ -1,5 +1,5 @@
-// Ctrl-C during a solve that nobody reads the table of: the tool is stuck in the middle, however
-// fast the machine is, until the test reads on.
+// Ctrl-C during a solve. The test does not read the table that the tool writes to a pipe. So the
+// tool is blocked in the middle of its solve, on a machine of any speed, until the test reads.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -16,9 +16,10 @@ namespace {
 
 class Interrupt : public CommandLine {
 protected:
-    static constexpr int Room = 4096;  ///< of the pipe; the table takes more
+    static constexpr int Room = 4096;  ///< bytes in the pipe; the table is longer
 
-    /// Starts solving two files, each one bound a pass, and returns when the pipe is full.
+    /// Starts a solve of two files, in which each pass adds one bound. Returns when the pipe is
+    /// full.
     pid_t startLongSolve() {
         std::string columns;
         std::string bounds;
@@ -37,7 +38,7 @@ protected:
         const pid_t child = start("solve --strict long.qps long.qps", ends[1]);
         close(ends[1]);
         readEnd_ = ends[0];
-        // A row does not fit any more once less than this is left.
+        // With less room than this left, the next row of the table may not fit.
         constexpr int LongestRow = 64;
         int available = 0;
         while (ioctl(readEnd_, FIONREAD, &available) == 0 && available <= Room - LongestRow) {
@@ -79,7 +80,7 @@ TEST_F(Interrupt, OnceReportsThePointReachedAndLeavesTheOtherFiles) {
 
 TEST_F(Interrupt, TwiceEndsTheProcess) {
     const pid_t child = startLongSolve();
-    // Signals that are sent before the process has run again count as one: hence more than two.
+    // Signals that arrive before the process runs again count as one, so two may not suffice.
     siginfo_t ended{};
     while (waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
            ended.si_pid == 0) {

@@ -1,4 +1,4 @@
-// The command where memory ends: it says so, or is through before, but never hangs or crashes.
+// The command when memory runs out: it says so or finishes before, and never hangs or crashes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -17,8 +17,7 @@ protected:
         if (test::IsSanitized) {
             GTEST_SKIP() << "a sanitizer's memory is another one";
         }
-        // min ½‖x‖² − Σ x_j over 60 variables, of which each pair of neighbours sums up to 1 at
-        // most.
+        // min ½‖x‖² − Σ x_j over 60 variables. Each pair of neighbours has a sum of at most 1.
         std::string rows, columns, curvature;
         for (int j = 0; j < 60; ++j) {
             const std::string x = "x" + std::to_string(j), row = "r" + std::to_string(j);
@@ -66,7 +65,7 @@ TEST_F(WantOfMemory, OfAddressSpaceIsReported) {
         const std::string folder = "cd '" + folder_.string() + "'; ";
         const int version = std::system((limit + tool + "--version >/dev/null 2>&1").c_str());
         ASSERT_NE(WEXITSTATUS(version), 124) << limit << "does not end";
-        if (version != 0) {  // what other libraries do when they are loaded is not the point
+        if (version != 0) {  // another library failed while it was loaded, which is not tested here
             continue;
         }
         const int status =

@@ -1,5 +1,5 @@
-// Loaded before the C library: refuses requests for memory, from the REFUSE_AT-th on after the
-// first file was opened, REFUSE_COUNT of them.
+// Preloaded before the C library. After the first file has been opened it refuses REFUSE_COUNT
+// requests for memory, from request number REFUSE_AT on.
 #include <dlfcn.h>
 
 #include <atomic>

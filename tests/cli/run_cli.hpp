@@ -1,4 +1,4 @@
-// Runs the built command as a user would: a process, its output, its exit status.
+// Runs the built command as a user does: starts a process, reads its output and its exit status.
 #ifndef ACTIVESET_TESTS_CLI_RUN_CLI_HPP
 #define ACTIVESET_TESTS_CLI_RUN_CLI_HPP
 
@@ -25,7 +25,7 @@ inline std::string contents(const std::filesystem::path& file) {
     return text.str();
 }
 
-/// A folder of its own for each test, in which the command runs.
+/// A folder for each test. The command runs in it.
 class CommandLine : public ::testing::Test {
 protected:
     void SetUp() override { std::filesystem::create_directories(folder_); }
@@ -35,8 +35,8 @@ protected:
         std::ofstream(folder_ / name) << text;
     }
 
-    /// Starts the command; what it prints goes to files of the folder, or, if `pipe` is given, to
-    /// that instead of standard output.
+    /// Starts the command. Its output goes to files of the folder; with `pipe`, standard output
+    /// goes there instead.
     [[nodiscard]] pid_t start(const std::string& arguments, int pipe = -1) const {
         const std::string command = "cd '" + folder_.string() + "' && exec '" ACTIVESET_CLI "' " +
                                     arguments + " 2>stderr" + (pipe < 0 ? " >stdout" : "");

@@ -17,8 +17,8 @@ using nlohmann::json;
 
 const std::filesystem::path Examples = test::examplesFolder() + "/problems";
 
-/// min ½(x − 4)² + ½(y − 1)² subject to x ≤ 2 from (0, 0): half of the way to (4, 1) reaches the
-/// row, then y goes on alone. Every number on the way is exact.
+/// min ½(x − 4)² + ½(y − 1)² subject to x ≤ 2 from (0, 0). Half a step to (4, 1) reaches the row;
+/// the next step changes only y. All numbers are exact.
 const char* const TwoSteps =
     "NAME two steps FREE\n"
     "ROWS\n N cost\n L wall\n"
@@ -27,7 +27,7 @@ const char* const TwoSteps =
     "QUADOBJ\n x x 1\n y y 1\n"
     "ENDATA\n";
 
-/// x = 1 and x = 2, or at most and at least, behind rows r and s of some type.
+/// x = 1 and x = 2, or x ≤ 1 and x ≥ 2: it depends on the types of the rows r and s.
 const std::string TwoSides = "COLUMNS\n x o 1 r 1\n x s 1\nRHS\n b r 1 s 2\nENDATA\n";
 const char* const Saddle =
     "ROWS\n N o\nCOLUMNS\n x o 0\nBOUNDS\n FR b x\nQUADOBJ\n x x -2\nENDATA\n";
@@ -50,18 +50,18 @@ TEST_F(Solving, PrintsTheTableAndTheSummary) {
 
 TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
     write("two", TwoSteps);
-    // min ½x² with x ≥ 1; no x, which must be at most 1 and at least 2; the same with equalities.
+    // min ½x² with x ≥ 1. Then x ≤ 1 and x ≥ 2, which is infeasible, and the same as equalities.
     write("away", "ROWS\n N o\nCOLUMNS\n x o 0\nBOUNDS\n LO b x 1\nQUADOBJ\n x x 1\nENDATA\n");
     write("empty", "NAME t FREE\nROWS\n N o\n L r\n G s\n" + TwoSides);
     write("equal", "NAME t FREE\nROWS\n N o\n E r\n E s\n" + TwoSides);
-    // max 4x − x² + 1: 5 at x = 2.
+    // max 4x − x² + 1 has the value 5 at x = 2.
     write("maximum",
           "OBJSENSE MAX\nROWS\n N o\nCOLUMNS\n x o 4\nRHS\n b o -1\nQUADOBJ\n x x -2\nENDATA\n");
-    // max x without any bound above: the solver takes the step from an empty working set for the
-    // last one and reports an optimum, but the gradient is as long as before.
+    // max x without an upper bound. The working set is empty, so the solver takes one step and
+    // reports an optimum, but the gradient is as long as before.
     write("unbounded", "ROWS\n N o\nCOLUMNS\n x o -1\nENDATA\n");
     write("saddle", Saddle);
-    // 6 + 2 at x = 2, y = 1: one more of r brings 3, one more of e 2.
+    // The objective is 6 + 2 at x = 2, y = 1. One unit more of r brings 3, of e 2.
     write("prices",
           "OBJSENSE MAX\nROWS\n N o\n L r\n E e\nCOLUMNS\n x o 3 r 1\n y o 2 e 1\n"
           "RHS\n b r 2 e 1\nENDATA\n");
@@ -94,7 +94,7 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
          "  x  2\n  y  1\nmultipliers other than 0\n  r: x ≤ 2  3\n  e: y = 1  2", 0},
         {"two --display final --strict", " fstar: -6.5 Active: 1 Iterations: 3", 0},
         {"two --max-iter 1 --strict", "outcome          iteration limit reached (0)", 1},
-        {"two --tol-x 10 --strict", "objective        8.5", 0},  // the start counts as optimal
+        {"two --tol-x 10 --strict", "objective        8.5", 0},  // already optimal
         {"away --strict", "objective        0.5", 0},
         {"away --tol-con 1 --strict", "objective        0", 0},
         {"empty --strict", "outcome          infeasible (-2)", 2},
@@ -117,7 +117,7 @@ TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
 }
 
 TEST_F(Solving, TellsHowFarAContradictionReaches) {
-    // 0.1 is no third of 0.3, by 2⁻⁵⁵, and nothing bounds x.
+    // In doubles 0.1 differs from a third of 0.3 by 2⁻⁵⁵, and x has no bounds.
     write("rounded",
           "ROWS\n N o\n L r\n G s\nCOLUMNS\n x r 0.3 s 0.1\nRHS\n b r 3 s 2\nBOUNDS\n FR b x\n"
           "ENDATA\n");
@@ -148,7 +148,7 @@ TEST_F(Solving, JsonHasTheSolutionBesideTheNames) {
 
     EXPECT_EQ(result.at("schema"), "activeset-result/1");
     EXPECT_TRUE(result.at("proved").get<bool>());
-    EXPECT_TRUE(result.at("core_exit_code").is_null());  // predicted
+    EXPECT_TRUE(result.at("core_exit_code").is_null());  // the prediction was the solution
     const std::string cold =
         run("solve --json --start cold '" + (Examples / "hs76.qps").string() + "'").out;
     EXPECT_EQ(json::parse(cold).at("core_exit_code"), 1);
@@ -156,7 +156,7 @@ TEST_F(Solving, JsonHasTheSolutionBesideTheNames) {
     EXPECT_EQ(result.at("working_set").at("at_lower"), json::array({2}));
     EXPECT_EQ(result.at("names").at(1), "X2");
     EXPECT_NEAR(result.at("x").at(1).get<double>(), 23.0 / 11, 1e-14);
-    // From the gradient: 2·3/11 − 1 + y = 0 for X1; X3's lower bound takes up what is left there.
+    // The gradient of X1 is 2·3/11 − 1 + y = 0. The lower bound of X3 balances the rest.
     EXPECT_NEAR(result.at("y").at(0).get<double>(), 5.0 / 11, 1e-14);
     EXPECT_EQ(result.at("y").size(), 3U);
     EXPECT_NEAR(result.at("z").at(2).get<double>(), -19.0 / 11, 1e-14);
@@ -184,7 +184,7 @@ TEST_F(Solving, JsonHasTheProofThatThereIsNoOptimum) {
     EXPECT_EQ(strict.at("schema"), "activeset-strict-result/1");
 }
 
-/// By the name of the file without its extension, from a table with a heading.
+/// The optima of a table with a heading, by the name of the file without its extension.
 std::map<std::string, double> optimaIn(const std::filesystem::path& table) {
     std::map<std::string, double> optima;
     std::ifstream lines(table);
@@ -198,7 +198,7 @@ std::map<std::string, double> optimaIn(const std::filesystem::path& table) {
     return optima;
 }
 
-/// Of all files of a folder that are solved in time; how many these are.
+/// Compares the optimum of each file of a folder that is solved in time. Returns their number.
 int Solving::expectOptima(const std::filesystem::path& folder,
                           const std::string& table,
                           double accuracy) const {
@@ -213,7 +213,7 @@ int Solving::expectOptima(const std::filesystem::path& folder,
             continue;
         }
         ++solved;
-        // The optimum of HS268 is 0, to which the table comes no nearer than 2e-6.
+        // The optimum of HS268 is 0; the value in the table is only within 2e-6 of it.
         const double scale = name == "HS268" ? 1e2 : 1 + std::abs(optima.at(name));
         EXPECT_NEAR(result.at("objective").get<double>(), optima.at(name), accuracy * scale)
             << name;
@@ -227,7 +227,7 @@ TEST_F(Solving, ReachesTheKnownOptimumOfEveryExample) {
 
 using SlowSolving = Solving;
 
-// Whatever is read wrongly, numbers, sides or signs, moves the optimum.
+// A number, side or sign that is read wrongly moves the optimum.
 TEST_F(SlowSolving, ReachesThePublishedOptima) {
     const std::filesystem::path folder = test::shared("problems/maros");
     if (folder.empty()) {

@@ -1,4 +1,4 @@
-// What the command says and returns when it is asked for something it cannot do.
+// What the command prints and returns when it is asked for something that it cannot do.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -56,7 +56,7 @@ TEST_F(Usage, HelpFitsTheTerminalAndVersionHasFourParts) {
     }
 
     ::setenv("ACTIVESET_INSTRUCTION_SET", "baseline", 1);
-    ::setenv("OPENBLAS_CORETYPE", "PRESCOTT", 1);  // meant for another BLAS
+    ::setenv("OPENBLAS_CORETYPE", "PRESCOTT", 1);  // another BLAS reads this variable
     const Outcome version = run("--version");
     ::setenv("ACTIVESET_BLAS_KERNEL", "PRESCOTT", 1);
     const Outcome lowered = run("--version");

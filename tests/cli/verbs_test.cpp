@@ -1,4 +1,4 @@
-// The verbs beside solve, and what solve does with many files.
+// All verbs but solve, and solve with many files.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -87,7 +87,7 @@ TEST_F(Verbs, TheTableOfAKilledRunIsMendedAndErrorsAreTriedAgain) {
     EXPECT_EQ(run("solve . -o table.csv").status, 7);
     const std::string table = contents(folder_ / "table.csv");
     write("bad.lp", "min x\nst\nx >= 2\n");
-    write("table.csv", table.substr(0, table.size() - 9));  // the end of ray.lp's row
+    write("table.csv", table.substr(0, table.size() - 9));  // cut off the end of the row of ray.lp
     const Outcome rest = run("solve . --resume -o table.csv");
     EXPECT_EQ(rest.err, "table.csv: 3 files skipped, answered before\n");
     const std::string mended = contents(folder_ / "table.csv");
@@ -144,7 +144,7 @@ TEST_F(Verbs, ResultsStartOtherSolvesAndAreCompared) {
     EXPECT_EQ(run("compare odd.json odd.json").status, 7);
 }
 
-// x + y ≤ 3 and y ≥ 2.75 give way: x = (1.5, 2.5 + 0.2).
+// x + y ≤ 3 and y ≥ 2.75 are violated: x = (1.5, 2.5 + 0.2).
 TEST_F(Verbs, SoftSidesThatGiveWayAreToldAndWarmStarted) {
     write("soft.json", R"({"schema": "activeset-problem/2", "H": [[1, 0], [0, 1]],
         "c": [-2, -3], "A": [[1, 1]], "row_upper": [3], "lower": ["-inf", 2.75],

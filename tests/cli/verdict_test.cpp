@@ -1,4 +1,4 @@
-// The residuals beside the summary, for results that are right and for results that are not.
+// The residuals that the summary shows, for results that are right and for results that are wrong.
 #include "cli/verdict.hpp"
 
 #include <gmock/gmock.h>
@@ -15,9 +15,9 @@ namespace {
 const std::vector<double> X = {2, 1, 0};
 const std::vector<double> Lambda = {2, /* row */ 0, /* lower */ 0, 0, 2, /* upper */ 0, 0, 0};
 
-/// min ½(x − 4)² + ½(y − 1)² subject to x + z = 2, y ≥ 0 as a row, −1 ≤ y ≤ 1.5 and z ≥ 0 as
-/// bounds, x free, with its optimum as the result. The gradient there is (−2, 0, 0), so λeq = 2,
-/// which leaves 2 for z's bound.
+/// min ½(x − 4)² + ½(y − 1)² subject to x + z = 2, the row y ≥ 0 and the bounds −1 ≤ y ≤ 1.5 and z
+/// ≥ 0; x is free. The result is its optimum. The gradient there is (−2, 0, 0), so λeq = 2, and the
+/// bound of z has the multiplier 2.
 struct Solved {
     StrictProblem problem{io::readModelText(
         "ROWS\n N cost\n E sum\n G row\n"
@@ -51,14 +51,14 @@ TEST(Verdicts, FindEveryFlawOfAnAllegedOptimum) {
         {&Verdict::primal, 0.125, {2, -0.125, 0}, Lambda},
         {&Verdict::primal, 0.5, {2.5, 1, -0.5}, Lambda},
         {&Verdict::primal, 0.25, {2, 1.75, 0}, Lambda},
-        // The other sign convention for equalities; a multiplier left out.
+        // The opposite sign for the equality; then a missing multiplier.
         {&Verdict::dual, 4, X, {-2, 0, 0, 0, 2, 0, 0, 0}},
         {&Verdict::dual, 2, X, {2, 0, 0, 0, 0, 0, 0, 0}},
-        // Balanced, by −3 on the row −y ≤ 0 against 3 on y's lower bound.
+        // The gradient is balanced: −3 on the row −y ≤ 0 and 3 on the lower bound of y.
         {&Verdict::dual, 3, X, {2, -3, 0, 3, 2, 0, 0, 0}},
         // y is 1 away from the row and 0.5 below its upper bound.
         {&Verdict::complementarity, 3, X, {2, 3, 0, 0, 2, 0, 3, 0}},
-        // Balanced, but x has no lower bound that could have a multiplier.
+        // The gradient is balanced, but x has no lower bound to which the multiplier could belong.
         {&Verdict::complementarity, 0.5, X, {2.5, 0, 0.5, 0, 2.5, 0, 0, 0}},
         {&Verdict::objective, 2, X, Lambda, -6.4}};
     for (const Flaw& flaw : flaws) {
@@ -94,7 +94,7 @@ TEST(Verdicts, MeasureAgainstTheSizeOfTheTerms) {
     EXPECT_TRUE(solved.verdict().primal.supports);
 }
 
-// A bound of 0 has no size of its own: what is left of the product is a part of the objective's
+// A bound of 0 gives complementarity no scale. The product is measured as a part of the objective's
 // gap.
 TEST(Verdicts, MeasureComplementarityByTheObjective) {
     Solved solved;
@@ -108,7 +108,7 @@ TEST(Verdicts, MeasureComplementarityByTheObjective) {
 
     EXPECT_GT(solved.verdict().complementarity.value, 6e-6);
     EXPECT_TRUE(solved.verdict().supports());
-    solved.result.lambda[4] = 0;  // the same product, and nothing for it to be small beside
+    solved.result.lambda[4] = 0;  // the same product beside an objective of 0
     solved.problem.model.c[0] = 0;
     EXPECT_FALSE(solved.verdict().supports());
 }

@@ -1,5 +1,5 @@
-// What a pass costs beside its arithmetic: no memory is asked for once the first passes have shown
-// what a solve needs, and the residuals that are carried are those that would be computed.
+// What a pass costs besides its arithmetic. After the first passes a solve asks for no more memory,
+// and the residuals that it carries along equal those computed afresh.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,7 +17,7 @@
 namespace activeset::test {
 namespace {
 
-/// Looks around at the beginning of every pass of each phase.
+/// Records the number of memory requests at the beginning of every pass.
 class Watched : public NullSpaceAS {
 public:
     void getSearchDirection(OPTMatrix<double>& g, OPTMatrix<double>& p) override {
@@ -29,7 +29,7 @@ public:
         NullSpaceAS::computeLambda(g, multipliers);
     }
 
-    std::vector<std::uint64_t> requests[2];  // of phase one, of the main loop
+    std::vector<std::uint64_t> requests[2];  // in phase one, in the main loop
     const bench::WorkCount* counter = nullptr;
 
 private:
@@ -39,7 +39,7 @@ private:
     }
 };
 
-/// The residuals that a solver carries, against the product, at every direction.
+/// Compares the carried residuals with computed ones at every direction.
 class Checked : public NullSpaceAS {
 public:
     void getSearchDirection(OPTMatrix<double>& g, OPTMatrix<double>& p) override {
@@ -60,7 +60,7 @@ public:
     double error = 0.0;
 };
 
-/// The solve of a random problem of n variables, a third of its constraints active.
+/// Solves a random problem of n variables with a third of its constraints active.
 template <class Solver>
 ASsolution solveRandom(Solver& solver, size_t n, std::uint64_t seed) {
     const bench::Problem problem = bench::randomProblem(n, 0.3, seed);
@@ -89,7 +89,7 @@ TEST_F(SteadyState, PassesAskForNoMemory) {
     }
     ASSERT_EQ(solveRandom(solver, 30, 4).getSolutoinState(), ASQP::Optimal);
     for (const auto& ofPhase : solver.requests) {
-        constexpr size_t Settled = 3;  // passes: one of each sort
+        constexpr size_t Settled = 3;  // passes, one of each kind
         ASSERT_GT(ofPhase.size(), Settled + 5) << "a problem with too few passes";
         ASSERT_LT(ofPhase.size(), 50U) << "every 50th pass looks at the constraints";
         EXPECT_EQ(std::vector(ofPhase.begin() + Settled, ofPhase.end()),

@@ -1,5 +1,5 @@
-// How much is done in a solve: passes, requests for memory, bytes, operations. Unlike seconds these
-// are the same on every machine, but for the last places where rounding chooses a path.
+// How much work a solve does: passes, memory requests, bytes, operations. Unlike seconds these
+// counts are the same on every machine, except where rounding decides the path.
 #include <gtest/gtest.h>
 
 #include <iomanip>
@@ -14,7 +14,7 @@
 namespace activeset::test {
 namespace {
 
-/// Sums over the problems of a case; of bytes, the most.
+/// Sums over the problems of a case; for bytes the maximum.
 struct Counts {
     double phaseOnePasses = 0.0;
     double passes = 0.0;
@@ -23,8 +23,8 @@ struct Counts {
     double flops = 0.0;
 };
 
-/// What a case may cost, recorded when it was last right, so that a change by which a solve does
-/// more is noticed.
+/// What a case may cost. The figures were recorded from a correct state; a change that makes solves
+/// do more work fails the test.
 struct Budget {
     std::string family;
     size_t n;
@@ -32,7 +32,7 @@ struct Budget {
     Counts counts;
 };
 
-// A failing test prints the line to put here, if the new costs are right.
+// A failing test prints the line that belongs here if the new costs are right.
 const Budget Budgets[] = {
     {"random30", 10, false, {35, 66, 1000, 15200, 165300}},
     {"random30", 10, true, {0, 8, 592, 12800, 47200}},
@@ -79,10 +79,10 @@ Counts countsOf(const bench::Case& which, bool isWarm) {
 }
 
 TEST_P(WorkCounts, StayWithinTheirBudget) {
-    // Another BLAS repairs or rebuilds at other places, or needs a pass more at a solution.
+    // Rounding in another BLAS moves repairs and rebuilds, and may cost one more pass.
     constexpr double More = 1.05;
     constexpr double PassesMore = 1.0;
-    constexpr double Less = 0.5;  // the budget guards nothing any more, or the counts fail
+    constexpr double Less = 0.5;  // below this, the budget is too generous or the counts are wrong
     const Budget& budget = GetParam();
     const Counts counts = countsOf(bench::makeCase(budget.family, budget.n), budget.isWarm);
     const auto expect = [&](double Counts::*count, const char* name, double slack = 0.0) {

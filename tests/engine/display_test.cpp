@@ -10,7 +10,7 @@ using Event = PassMessage::Event;
 
 class Display : public FreshState {};
 
-/// What is shown of three moments of a solve of min x0 with x0 ≤ 1.
+/// What is displayed at three moments of a solve of min x0 with x0 ≤ 1.
 std::string shownAs(const std::string& word, ASQP::SolutionState lastState, bool& evaluated) {
     Bench bench({.H = {}, .c = {1, 0}, .ub = {1, Inf}});
     bench.options.setDisplay(word);

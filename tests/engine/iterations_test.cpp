@@ -1,4 +1,4 @@
-// The loop: which pass follows which, and the states in which it ends.
+// The iteration loop: the order of its passes and the states in which it ends.
 #include <cmath>
 
 #include "engine/scripted_solver.hpp"

@@ -1,4 +1,4 @@
-// The most negative multiplier.
+// The choice of the most negative multiplier.
 #include "engine/scripted_solver.hpp"
 
 namespace activeset::test {
@@ -27,7 +27,7 @@ TEST_F(Multipliers, OnlyStrictlyNegativeOnesOfRemovableConstraintsNameAPosition)
         for (size_t k = 0; k < 4; ++k) {
             solver.getLambda()(k, 0) = c.lambda[k];
         }
-        solver.getLambda()(4, 0) = -99;  // behind the working set
+        solver.getLambda()(4, 0) = -99;  // beyond the working set
         EXPECT_EQ(solver._isLambdaNonNeg(), c.departing == NoIndex ? 1 : 0);
         EXPECT_EQ(solver.indexOfDepartingConstraint(), c.departing);
     }

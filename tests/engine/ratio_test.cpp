@@ -1,4 +1,4 @@
-// How far a direction may be followed and what blocks it.
+// The ratio test: how far a direction can be followed, and which constraint blocks it.
 #include <cmath>
 
 #include "engine/scripted_solver.hpp"
@@ -24,7 +24,7 @@ struct Step {
 
 constexpr double Threshold = 1000 * Eps;  // for a direction of norm 1
 
-// Numbers: 3 + row, 3 + mIneq + variable, 3 + mIneq + n + variable.
+// Constraint numbers: 3 + row, 3 + mIneq + variable, 3 + mIneq + n + variable.
 std::vector<Step> steps() {
     const Problem three{.H = {}, .c = {}, .A = {{1, 0}, {2, 0}, {0, 1}}, .b = {.5, 1, .25}};
     const Problem ties{.H = {}, .c = {}, .A = {{1, 0}}, .b = {.5}, .lb = {-9, -.5}, .ub = {.5, 9}};
@@ -67,7 +67,7 @@ TEST_F(RatioTest, TheNearestInactiveConstraintBlocks) {
             problem.H.assign(n, std::vector<double>(n));
         }
         problem.c.assign(n, 0.0);
-        problem.Aeq.assign(3, std::vector<double>(n, 1.0));  // never examined
+        problem.Aeq.assign(3, std::vector<double>(n, 1.0));  // never looked at
         problem.beq = {-1, 1, 0};
         Bench bench(problem);
         bench.options.setTolCon(step.tolerance);

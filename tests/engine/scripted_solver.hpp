@@ -1,4 +1,4 @@
-// A stand-in for the engine's tests: directions and multipliers from a script.
+// A solver for the engine's tests whose directions and multipliers come from a script.
 #ifndef ACTIVESET_TESTS_ENGINE_SCRIPTED_SOLVER_HPP
 #define ACTIVESET_TESTS_ENGINE_SCRIPTED_SOLVER_HPP
 
@@ -15,7 +15,7 @@ namespace activeset::test {
 
 using Indices = std::vector<size_t>;
 
-/// Plays back one direction (or multiplier vector) a call; running out of them throws.
+/// Returns one direction (or multiplier vector) per call. Throws when none are left.
 class ScriptedSolver : public IsolverAS {
 public:
     ScriptedSolver() : IsolverAS(nullptr, nullptr, nullptr) {}
@@ -46,8 +46,8 @@ public:
         return canRepair;
     }
 
-    Rows directions;  // one a row
-    Rows script;      // of multipliers
+    Rows directions;  // one per row
+    Rows script;      // multiplier vectors, one per row
     std::vector<double> repaired;
     bool canRepair = true;
     int modeSeen = -1;
@@ -57,7 +57,7 @@ public:
     size_t repairs = 0;
 };
 
-/// Initial lists, 1-based.
+/// Initial lists, with 1-based indices.
 struct Lists {
     std::vector<double> eq{};
     std::vector<double> ineq{};
@@ -79,12 +79,12 @@ inline Indices firstOf(const size_t* list, size_t count) {
     return {list, list + count};
 }
 
-/// The constraint numbers of the working set.
+/// The numbers of the constraints in the working set.
 inline Indices workingSet(IsolverAS& solver) {
     return firstOf(solver.getActiveSet().getWset(), ActiveSet::getmaConstr());
 }
 
-/// The first columns of Aw, one row of the result each.
+/// The first `count` columns of Aw, each as a row of the result.
 inline Rows columnsOfAw(IsolverAS& solver, size_t count) {
     Rows result;
     for (size_t k = 0; k < count; ++k) {

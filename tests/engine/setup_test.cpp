@@ -20,7 +20,7 @@ TEST_F(SolverSetup, ColumnsOfTheWorkingSetMatrixRunByKindWithTheSignsOfTheRows) 
     ScriptedSolver solver;
     initialise(solver, bench, {.eq = {1}, .ineq = {1}, .upper = {2}});
     EXPECT_EQ(columnsOfAw(solver, 3), (Rows{{1, 2, 3}, {4, 5, 6}, {0, 1, 0}}));
-    // A bound that does not exist leaves its column to the next.
+    // A bound that does not exist gets no column; the next bound uses it.
     initialise(solver, bench, {.lower = {2, 3}, .upper = {2}});
     EXPECT_EQ(columnsOfAw(solver, 3), (Rows{{0, 0, -1}, {0, 1, 0}, {0, 0, 0}}));
 }

@@ -1,4 +1,4 @@
-// What ends a pass: interrupt, iteration limit, feasibility repair, objective limit.
+// What ends a pass: interrupt, iteration limit, repair of feasibility, objective limit.
 #include <cmath>
 
 #include "engine/scripted_solver.hpp"
@@ -8,7 +8,7 @@ namespace {
 
 class Stops : public FreshState {};
 
-// x ≤ 1, objective x.
+// min x subject to x ≤ 1.
 const Problem OneVariable{.H = {}, .c = {1}, .ub = {1}};
 
 void place(IsolverAS& solver, const std::vector<double>& x) {

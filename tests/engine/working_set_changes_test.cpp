@@ -1,4 +1,4 @@
-// A constraint enters or leaves: lists, matrix, message and change indicator stay in step.
+// When a constraint enters or leaves, lists, matrix, message and change indicator all follow.
 #include "engine/scripted_solver.hpp"
 
 namespace activeset::test {
@@ -6,7 +6,7 @@ namespace {
 
 class WorkingSetChanges : public FreshState {};
 
-// Two equalities, five rows, lower bounds on variables 0 and 3, upper ones on 1 and 2.
+// Two equalities, five rows, lower bounds on variables 0 and 3, upper bounds on 1 and 2.
 const Problem FourVariables{
     .H = {},
     .c = {1, 1, 1, 1},
@@ -17,7 +17,7 @@ const Problem FourVariables{
     .lb = {0, -Inf, -Inf, 0},
     .ub = {Inf, 9, 9, Inf}};
 
-// Numbers: rows from 2, lower bounds from 7, upper bounds from 11.
+// Constraint numbers: rows from 2, lower bounds from 7, upper bounds from 11.
 TEST_F(WorkingSetChanges, AnAdditionGoesToTheEndOfItsListTheMatrixAndTheMessage) {
     Bench bench(FourVariables);
     ScriptedSolver solver;
@@ -54,7 +54,7 @@ TEST_F(WorkingSetChanges, TheLastMemberTakesTheRemovedOnesPlace) {
     EXPECT_EQ(solver.getactivesetChangeIndicator(), IsolverAS::ConstraintRemoved);
     EXPECT_EQ(workingSet(solver), (Indices{7, 12}));
     EXPECT_EQ(columnsOfAw(solver, 3), (Rows{{-1, 0, 0, 0}, {0, 1, 0, 0}, {-1, 0, 0, 0}}));
-    solver.getAw()(3, 0) = 77;  // would be lost if the last removal copied a column
+    solver.getAw()(3, 0) = 77;  // is lost if removing the last column copies a column
     solver.removeConstraint(1);
     EXPECT_EQ(TestAccess::message(solver), " Out ub: 2");
     EXPECT_EQ(columnsOfAw(solver, 1), (Rows{{-1, 0, 0, 77}}));
@@ -74,7 +74,7 @@ TEST_F(WorkingSetChanges, WhatIsNotInItsListCanNotLeaveAndNothingChanges) {
                  {1, "inequality", &ActiveSet::getWineq},
                  {2, "lower bound", &ActiveSet::getWlower},
                  {3, "upper bound", &ActiveSet::getWupper},
-                 {4, "upper bound", nullptr}};  // nobody is there
+                 {4, "upper bound", nullptr}};  // beyond the working set
     for (const auto& c : cases) {
         ScriptedSolver solver;
         initialise(solver, bench, lists);

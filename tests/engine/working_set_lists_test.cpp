@@ -1,4 +1,4 @@
-// Reading the working set from the host, handing it back, printing it.
+// The lists of the working set: read from the host, returned to it, printed.
 #include "engine/scripted_solver.hpp"
 
 namespace activeset::test {

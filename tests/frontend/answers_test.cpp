@@ -1,5 +1,5 @@
-// Every answer comes with its proof: optimum, Farkas vector, ray, negative curvature. No two of
-// them can hold for the same problem, so that an answer with a good proof is the right one.
+// Every answer comes with its proof: optimum, Farkas vector, ray or negative curvature. At most one
+// of them exists for a problem, so an answer whose proof holds is the right one.
 #include "frontend/generator.hpp"
 #include "io/reader.hpp"
 #include "support/fixture.hpp"
@@ -34,9 +34,9 @@ TEST_F(FrontEndAnswers, AreProvedWhateverTheProblem) {
     }
 }
 
-// Cones with their tip at the start: many more constraints than variables meet there, so that steps
-// of length zero follow each other, for linear and semidefinite objectives alike. With 60 variables
-// hundreds of thousands of working sets may follow before one comes back.
+// Cones whose tip is the start. Many more constraints than variables are active there, so that
+// steps of length zero follow one another, with linear and semidefinite objectives. With 60
+// variables a cycle may only return to its first working set after hundreds of thousands of steps.
 TEST_F(FrontEndAnswers, AreFoundAtTheTipsOfConesWithoutTurningInCircles) {
     for (unsigned seed = 0; seed < 200; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -65,10 +65,8 @@ TEST_F(FrontEndAnswers, AreFoundAtTheTipsOfConesWithoutTurningInCircles) {
     }
 }
 
-// min ½(x₁² + x₂²) over x₁ + x₂ with two sides: the multiplier is minus the common value of x₁ = x₂
-// at the side that holds them.
-// Two parallel equations. Where nothing else holds a linear program it goes far, and out there both
-// seem to hold, in proportion.
+// Two parallel equations that contradict each other. A linear program without other constraints
+// goes very far, and there both seem to hold relative to the size of x.
 TEST_F(FrontEndAnswers, FindContradictionsHoweverFarThePointsGo) {
     for (unsigned seed = 0; seed < 600; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -122,7 +120,7 @@ TEST_F(FrontEndAnswers, HaveMultipliersPositiveAtUpperAndNegativeAtLowerSides) {
     EXPECT_NEAR(multiplierOf(-Infinity, -6.0), 3.0, 1e-14);
     EXPECT_NEAR(multiplierOf(2.0, 2.0), -1.0, 1e-14);
     EXPECT_EQ(multiplierOf(-1.0, 1.0), 0.0);
-    // Bounds: x = 3 at its lower bound and −2 at its upper one, 5 where they are equal.
+    // x has 3 at its lower bound, −2 at its upper bound, and 5 where both are equal.
     const Result r = solve({.H = {Numbers{1, 0, 0, 0, 1, 0, 0, 0, 1}, 3, 3},
                             .c = Numbers{0.0, 0.0, 0.0},
                             .lower = Numbers{3.0, -9.0, 5.0},
@@ -135,7 +133,7 @@ TEST_F(FrontEndAnswers, HaveMultipliersPositiveAtUpperAndNegativeAtLowerSides) {
     EXPECT_EQ(r.workingSet.fixed, std::vector<std::size_t>{2});
 }
 
-// The views tell rows from columns and skip what lies between columns.
+// Views know rows from columns and skip the gaps between columns.
 TEST_F(FrontEndAnswers, DoNotDependOnHowTheMatricesAreStored) {
     const Sample s = randomSample(5, 8, false);
     const Result expected = solve(s.view());
@@ -182,7 +180,7 @@ Sample sampleOf(const io::Model& file) {
             file.rowLower, file.rowUpper, file.lower, file.upper, Numbers(file.n())};
 }
 
-// Real problems, most of them with a singular H, to the last digits that doubles have.
+// Real problems, most of them with a singular H, solved to the last digits of doubles.
 TEST_F(FrontEndAnswers, OfRealProblemsAreOptimal) {
     std::vector<std::filesystem::path> files;
     for (const auto& entry : std::filesystem::directory_iterator(examplesFolder() + "/problems")) {

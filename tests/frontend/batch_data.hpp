@@ -11,15 +11,15 @@
 
 namespace activeset::test {
 
-inline constexpr std::size_t Gap = 3;  // numbers between the parts of two problems
+inline constexpr std::size_t Gap = 3;  // numbers between the data of two problems
 inline constexpr double Untouched = 1234.5;
 
-/// Problems of one shape with their data one after the other.
+/// Problems of one shape; the data of each part lie one after the other.
 struct Batch {
     std::size_t count, n, m;
     Numbers H, c, A, rowLower, rowUpper, lower, upper, constant, start;
 
-    /// With `anything` some are singular, some contradict themselves, some have faults.
+    /// With `anything`, some problems are singular, infeasible or faulty.
     Batch(std::size_t size, std::size_t variables, std::size_t rows, bool anything)
         : count(size), n(variables), m(rows) {
         for (unsigned seed = 0; constant.size() < count; ++seed) {
@@ -78,7 +78,7 @@ struct Batch {
     }
 };
 
-/// A part of a batch as a batch of its own.
+/// A part of a batch, as a batch.
 inline ProblemBatch partOf(ProblemBatch problems, std::size_t first, std::size_t count) {
     problems.count = count;
     for (VectorBatch* part : {&problems.c, &problems.rowLower, &problems.rowUpper, &problems.lower,
@@ -90,7 +90,7 @@ inline ProblemBatch partOf(ProblemBatch problems, std::size_t first, std::size_t
     return problems;
 }
 
-/// Arrays for every output of a batch. Rows of x have gaps.
+/// Arrays for every output of a batch, with gaps between the rows of x.
 struct Answers {
     Numbers x, y, z, objective;
     std::vector<Status> status;
@@ -118,7 +118,7 @@ struct Answers {
     }
 };
 
-/// Compares bytes, so that NaN equals NaN.
+/// Compares bytes, so NaN equals NaN.
 template <class T>
 void expectSameBytes(const std::vector<T>& a, const std::vector<T>& b, const char* what) {
     ASSERT_EQ(a.size(), b.size());

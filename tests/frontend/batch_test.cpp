@@ -1,5 +1,4 @@
-// Batches from arrays to arrays: the answers of single solves, bit for bit, however the work is
-// divided.
+// Batches from arrays to arrays give the bits of single solves, however the work is divided.
 #include "activeset/batch.hpp"
 
 #include <atomic>
@@ -65,7 +64,7 @@ TEST_F(BatchThreads, HaveTheBitsOfSingleSolves) {
     EXPECT_EQ(met[Status::Invalid], 18);
 }
 
-/// Solves the batch in pieces of several sizes. A piece has whole chains.
+/// Solves the batch in pieces of several sizes. No piece cuts a chain.
 void expectDivisible(const ProblemBatch& problems, std::size_t chain) {
     const Answers whole = answersOf(problems, {.threads = 1, .chain = chain});
     expectSame(answersOf(problems, {.threads = 3, .chain = chain}), whole);
@@ -81,8 +80,8 @@ void expectDivisible(const ProblemBatch& problems, std::size_t chain) {
     }
 }
 
-// Small strictly convex problems, problems with any H for the proximal loop, and larger ones that
-// only the general method takes.
+// Small strictly convex problems, problems with any H for the proximal loop, and larger problems
+// that only the general method takes.
 TEST_F(BatchThreads, DoNotDependOnHowTheyAreDivided) {
     for (const std::size_t chain : {0U, 4U}) {
         expectDivisible(Batch(60, 6, 5, true).view(false), chain);

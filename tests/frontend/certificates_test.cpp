@@ -1,4 +1,4 @@
-// A certificate that is wrong in one number does not hold.
+// A certificate with one wrong number does not hold.
 #include "frontend/proof/certificate.hpp"
 
 #include "frontend/generator.hpp"
@@ -39,8 +39,8 @@ Sample inUnits(Sample s, const Units& unit) {
     return s;
 }
 
-// With H positive definite, no point but one is optimal, and with rows that are not zero each
-// multiplier shows in the gradient; whatever the units are that the data are given in.
+// H is positive definite, so there is only one optimum. No row is zero, so each multiplier shows in
+// the gradient. Both are true in any units.
 TEST_F(Certificates, OfOptimaAreUndoneByAnyWrongNumber) {
     constexpr double Tolerance = 1e-9;
     constexpr Units All[] = {{1, 1, 1}, {1e-13, 1, 1}, {1, 1e-12, 1}, {1e-11, 1e-11, 1e-11}};
@@ -66,8 +66,8 @@ TEST_F(Certificates, OfOptimaAreUndoneByAnyWrongNumber) {
                             const auto at = static_cast<std::size_t>(&entry - sample.A.data());
                             return at % sample.m != k || entry == 0.0;
                         });
-                    // A multiplier of a side that is absent counts as zero, and one of a bound that
-                    // is there becomes what the gradient asks for.
+                    // The multiplier of an absent side counts as zero. The multiplier of a bound
+                    // that exists is recomputed from the gradient.
                     frontend::Point settled = wrong;
                     settle(data, settled);
                     const bool isMended = part != &frontend::Point::x &&
@@ -81,8 +81,7 @@ TEST_F(Certificates, OfOptimaAreUndoneByAnyWrongNumber) {
     }
 }
 
-// x ≥ 1 and x ≤ 0 as two rows, then as row and bound. What is said is true of the vectors that are
-// returned.
+// x ≥ 1 and x ≤ 0 as two rows, then as a row and a bound. The proof is about the returned vectors.
 TEST_F(Certificates, OfInfeasibilityAreUndoneByWrongWeightsSignsAndSides) {
     Sample s{1, 2, {}, {0.0}, {1.0, 1.0}, {1.0, -Infinity}, {Infinity, 0.0}, {}, {}, {}};
     const auto isProof = [&](Numbers y) {
@@ -90,11 +89,13 @@ TEST_F(Certificates, OfInfeasibilityAreUndoneByWrongWeightsSignsAndSides) {
     };
     EXPECT_TRUE(isProof({-1.0, 1.0}));
     EXPECT_TRUE(isProof({-7.0, 7.0}));
-    EXPECT_FALSE(isProof({1.0, -1.0}));  // sides that are absent
+    EXPECT_FALSE(isProof({1.0, -1.0}));  // these sides are absent
     EXPECT_FALSE(isProof({-1.0, 1.1}));  // Aᵀy is not zero
     EXPECT_FALSE(isProof({-1.0, 0.0}));  // there is no upper bound
     EXPECT_FALSE(isProof({0.0, 0.0}));
-    // Weights that miss by 1e-9: no x below 1e9, or, where x has a bound to take that up, none.
+    // The weights miss by 1e-9: they exclude
+    // x
+    //  < 1e9, and with bounds on x every x.
     Numbers y{-3.0, 3.0 + 3e-9};
     EXPECT_NEAR(frontend::judgeFarkas(dataOf(s), y).radius, 1e9, 1e3);
     EXPECT_NEAR(frontend::judgeFarkas(dataOf(s), y).residual.absolute, 4.0 / 3.0 * 1e-9, 4e-10);
@@ -133,9 +134,9 @@ TEST_F(Certificates, MeasureTheGapOfAPointThatIsFeasibleButNotOptimal) {
     EXPECT_EQ(at0.primal.absolute, 1.0);
 }
 
-// min x₁ + x₂ with x₁ ≥ 1e9 and x₂ ≥ 1e5: one unit in the last place of the first multiplier is a
-// gap of 2e-7, which the second can take up at the price of a dual residual of that size, but no
-// other change may make anything worse.
+// min x₁ + x₂ with x₁ ≥ 1e9 and x₂ ≥ 1e5. One unit in the last place of the first multiplier is a
+// gap of 1e-7. The second multiplier can absorb it at the cost of a dual residual of 1e-12. No
+// other change may make any residual worse.
 TEST_F(Certificates, AreBalancedOnlyWhereTheLargestResidualFalls) {
     const Sample s{2, 0, {}, {1.0, 1.0}, {}, {}, {}, {1e9, 1e5}, {Infinity, Infinity}, {}};
     const ProblemData data = dataOf(s);
@@ -151,7 +152,7 @@ TEST_F(Certificates, AreBalancedOnlyWhereTheLargestResidualFalls) {
     correctGap(data, set, 1e-9, point, judgement);
     EXPECT_EQ(point.z, before.z);
 
-    // With x₂ ≥ 1e3 it would take 1e-10, which is much for an entry of the gradient.
+    // With x₂ ≥ 1e3 the dual residual would be 1e-10, too large for an entry of the gradient.
     Sample near = s;
     near.lower[1] = 1e3;
     point = {{1e9, 1e3}, {}, {std::nextafter(-1.0, 0.0), -1.0}};

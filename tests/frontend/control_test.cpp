@@ -64,7 +64,7 @@ void expectFault(const Result& result, const char* name) {
     EXPECT_EQ(result.message, result.faults[0].text);
 }
 
-/// Wherever a solve begins.
+/// Every way to start a solve refuses these settings.
 void expectRefusal(const Settings& settings, const char* name) {
     const Numbers one{1.0};
     const Numbers zero{0.0};
@@ -119,12 +119,12 @@ TEST_F(FrontEndChecks, FindShapesThatDoNotFitBeforeReadingThem) {
     for (const auto& [problem, text] : cases) {
         EXPECT_EQ(refusalOf(problem), text);
     }
-    // A difference that rounding leaves is none.
+    // An asymmetry of the size of rounding is accepted.
     const Numbers H{2.0, 1.0, 1.0 + 1e-13, 2.0};
     EXPECT_EQ(solve({.H = {H, 2, 2}, .c = two}).status, Status::Optimal);
 }
 
-/// A problem with some dozens of passes.
+/// A problem that takes some dozens of passes.
 Sample longSample() {
     return randomSample(5, 40, false);
 }
@@ -136,8 +136,8 @@ TEST_F(FrontEndControl, EndsASolveAndSaysWhy) {
         return r.iterations.phaseOne + r.iterations.main;
     }();
     ASSERT_GT(passes, 10U);
-    // Where the last pass of phase one is the last one allowed, a pass of the main loop follows;
-    // and what turns out to be proved is not given away.
+    // If the last allowed pass is the last one of phase one, one pass of the main loop follows. A
+    // point that turns out to be proved is still reported as optimal.
     const auto expectEnd = [&](const Settings& settings, std::size_t pass, Status expected) {
         const Result r = solve(sample.view(), settings);
         const std::size_t made = r.iterations.phaseOne + r.iterations.main;
@@ -166,7 +166,7 @@ TEST_F(FrontEndControl, EndsASolveAndSaysWhy) {
     utInterruptState::flags_pending = 0;
 }
 
-// Not the solution of its working set, which may lie beyond other constraints.
+// The result is not the solution of the working set, which may violate other constraints.
 TEST_F(FrontEndControl, EndsAtTheFeasiblePointOfTheLastPass) {
     int ended = 0;
     for (unsigned seed = 0; seed < 60; ++seed) {
@@ -179,7 +179,7 @@ TEST_F(FrontEndControl, EndsAtTheFeasiblePointOfTheLastPass) {
                                }});
         if (r.status == Status::Interrupted) {
             EXPECT_LE(r.certificate.primal.absolute, 1e-8);
-            // Behind the last pass of phase one another one follows.
+            // After the last pass of phase one, one more pass follows.
             EXPECT_LE(r.objective, last.objective + 1e-8 * (1.0 + std::abs(last.objective)));
             ++ended;
         }
@@ -195,7 +195,7 @@ TEST_F(FrontEndControl, TellsTheCallbackHowFarItIs) {
                                if (!progress.phaseOne && !last.phaseOne && last.iteration > 0) {
                                    EXPECT_LE(progress.objective, before + 1e-9 * std::abs(before));
                                }
-                               // Phase one has a variable more, with a bound.
+                               // Phase one has one more variable, with a bound.
                                EXPECT_LE(progress.workingSet.size(), progress.active);
                                EXPECT_GE(progress.workingSet.size() + (progress.phaseOne ? 1 : 0),
                                          progress.active);

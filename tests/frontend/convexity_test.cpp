@@ -1,4 +1,4 @@
-// Problems whose H has lost its convexity to rounding.
+// Problems whose H is not quite convex because of rounding.
 #include "frontend/generator.hpp"
 #include "support/fixture.hpp"
 
@@ -9,7 +9,7 @@ class RoundedConvexity : public FreshState {};
 
 constexpr std::size_t Assets = 50;
 
-/// The covariance of 50 assets from 30 days, of rank 29, as `round` leaves it.
+/// The covariance of 50 assets from 30 days, which has rank 29, with entries rounded by `round`.
 template <class Round>
 Numbers covariance(Round round) {
     std::mt19937_64 bits(7);
@@ -44,7 +44,7 @@ double quadratic(const Numbers& H, const Numbers& x) {
     return sum;
 }
 
-// The portfolio of least variance, all money invested.
+// The fully invested portfolio of least variance.
 struct Portfolio {
     Numbers H;
     Numbers ones = Numbers(Assets, 1.0);
@@ -82,9 +82,9 @@ TEST_F(RoundedConvexity, DataOfFloatsOrFewDigitsAreSolvedAndTheShiftIsTold) {
         ASSERT_EQ(convex.status, Status::Optimal);
         EXPECT_EQ(convex.hessianShift, 0.0);
         for (std::size_t j = 0; j < Assets; ++j) {
-            EXPECT_NEAR(convex.x[j], result.x[j], 1e-9);  // another road, its H being definite
+            EXPECT_NEAR(convex.x[j], result.x[j], 1e-9);  // another method: H is definite
         }
-        // Half of it is not enough, so it is within a factor of two.
+        // Half the shift is not enough, so the shift is at most twice the necessary one.
         for (std::size_t j = 0; j < Assets; ++j) {
             shifted.H[j * (Assets + 1)] -= 0.6 * result.hessianShift;
         }
@@ -122,20 +122,20 @@ TEST_F(RoundedConvexity, BeyondTheToleranceTheMessageNamesTheShiftThatWouldDo) {
     const Result shifted = solve(problem, {.convexityTolerance = 0.33});
     EXPECT_EQ(shifted.status, Status::Optimal);
     EXPECT_NEAR(shifted.hessianShift, 1.0, 2e-3);
-    // Whether a shift would do is not known where the search for it is ended.
+    // A stopped search does not know whether a shift would do.
     std::stop_source source;
     source.request_stop();
     const Result stopped = solve(problem, {.convexityTolerance = 0.33, .stop = source.get_token()});
     EXPECT_EQ(stopped.status, Status::Interrupted);
     EXPECT_TRUE(stopped.direction.empty());
-    // On x₁ = x₂ the problem is convex, and H is taken as it is.
+    // The problem is convex on x₁ = x₂, so H is not shifted.
     const Numbers row{1.0, -1.0};
     problem.A = {row, 1, 2};
     problem.rowLower = problem.rowUpper = side;
     Solver solver(problem);
     EXPECT_EQ(solver.solve().hessianShift, 0.0);
     EXPECT_EQ(solver.solve().status, Status::Optimal);
-    // Without the equality the shift is sought anew.
+    // Without the equality the solver looks for a shift again.
     solver.settings().convexityTolerance = 0.5;
     solver.setRowSides(side, ones);
     EXPECT_EQ(solver.solve().status, Status::Invalid);

@@ -1,5 +1,4 @@
-// What the views of a problem mean: sides that are absent, the number of variables, empty and
-// faulty parts.
+// What the views of a problem mean: absent sides, the number of variables, empty and faulty parts.
 #include "frontend/generator.hpp"
 #include "support/fixture.hpp"
 #include "support/process_memory.hpp"
@@ -80,7 +79,7 @@ TEST_F(FrontEndData, EmptyViewsAreNotLookedAt) {
     EXPECT_EQ(solve({.H = MatrixView(nullptr, 0, 2, 5), .c = c}).status, Status::Invalid);
 }
 
-// The sizes of a faulty view are believed by nobody.
+// Faulty views claim huge sizes. No memory is requested for them.
 TEST_F(FrontEndData, ASolverOfFaultyViewsTakesNoMemory) {
     const Numbers four{1.0, 2.0, 3.0, 4.0};
     const std::size_t before = ProcessMemory::now().resident;

@@ -1,4 +1,4 @@
-// Eigen's matrices, however they are stored, are the problem that they look like.
+// Eigen's matrices give the problem that they show, in any storage.
 #include "activeset/eigen.hpp"
 
 #include "frontend/generator.hpp"
@@ -24,7 +24,7 @@ MatrixView throughRef(const Eigen::Ref<const MatrixXd>& matrix) {
     return view(matrix);
 }
 
-// The same numbers by columns, by rows, as blocks of something larger and through strides.
+// The same numbers by columns, by rows, as blocks of a larger matrix and with strides.
 TEST_F(EigenViews, GiveTheBitsOfPlainMemory) {
     for (unsigned seed = 0; seed < 40; ++seed) {
         const Sample s = randomSample(seed, 8, true);
@@ -58,8 +58,7 @@ TEST_F(EigenViews, GiveTheBitsOfPlainMemory) {
     }
 }
 
-// Whatever would have to be copied first, so that its view looked at memory that is gone, does not
-// compile.
+// An expression that needs a copy does not compile. Its view would point at memory that is gone.
 TEST_F(EigenViews, RefuseWhatHasNoMemoryOfItsOwnAndStridesThatLeadNowhere) {
     MatrixXd A = MatrixXd::Identity(2, 2);
     static_assert(CanBeViewed<MatrixXd> && CanBeViewed<RowMajor> && CanBeViewed<Eigen::ArrayXXd>);

@@ -17,7 +17,7 @@
 namespace activeset::test {
 namespace {
 
-/// One of a thread's own, the usual one again at the end.
+/// An environment to set for a thread; the usual one is restored at the end.
 struct Environment {
     const char* name;
     void (*set)();
@@ -36,7 +36,7 @@ const std::vector<Environment> Environments {
 #endif
 };
 
-/// All that decides how numbers are computed.
+/// Everything that decides how numbers are computed.
 std::vector<unsigned> environment() {
     std::vector<unsigned> result{static_cast<unsigned>(fegetround()),
                                  static_cast<unsigned>(fegetexcept())};
@@ -57,8 +57,8 @@ void append(Numbers& numbers, const Result& result) {
     numbers.push_back(static_cast<double>(result.status));
 }
 
-// Every door of the library, on a problem with rounding everywhere, on one with subnormal data, and
-// on one that is infeasible.
+// Calls every function of the front end, and the entry function: on a problem with rounding
+// everywhere, on one with subnormal data, and on one that is infeasible.
 std::vector<std::uint64_t> solveEverywhere() {
     const Numbers H{0.3, 0.1, 0.1, 0.7};
     const Numbers c{-0.1, 1.0 / 3.0};
@@ -104,7 +104,7 @@ class FloatingPointEnvironment : public FreshState {
 protected:
     void SetUp() override {
         FreshState::SetUp();
-        fesetenv(FE_DFL_ENV);  // a flag that a test before has raised would trap
+        fesetenv(FE_DFL_ENV);  // clear a flag from an earlier test, which would trap
     }
     void TearDown() override {
         fesetenv(FE_DFL_ENV);

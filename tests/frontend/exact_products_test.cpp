@@ -1,4 +1,4 @@
-// Double-double arithmetic against rational numbers, with every instruction set of this processor.
+// Double-double arithmetic, compared with rational numbers, for every instruction set here.
 #include <gtest/gtest.h>
 
 #include <boost/multiprecision/cpp_int.hpp>
@@ -24,7 +24,7 @@ class Numbers {
 public:
     explicit Numbers(unsigned seed) : random_(seed) {}
 
-    /// Of either sign, with 53 digits, and of sizes that differ by 2^spread.
+    /// A number of either sign with 53 digits. Magnitudes differ by up to 2^spread.
     double next(int spread) {
         std::uniform_int_distribution<int> exponents(-spread / 2, spread / 2);
         return std::ldexp(std::uniform_real_distribution<double>(-1.0, 1.0)(random_),
@@ -36,7 +36,7 @@ private:
     std::mt19937 random_;
 };
 
-/// A matrix with NaN in the gaps between its columns, and a vector that makes sums cancel.
+/// A matrix with NaN in the gaps between its columns, and a vector for which sums cancel.
 struct Case {
     std::size_t rows;
     std::size_t cols;
@@ -59,7 +59,7 @@ struct Case {
             for (std::size_t i = 0; i < rows; ++i) {
                 a[i + j * ld] = std::ldexp(numbers.next(40), exponent);
                 const std::size_t k = transposed ? i : j;
-                if (k % 2 == 1) {  // all but cancels the term before
+                if (k % 2 == 1) {  // cancels the previous term almost completely
                     const double other = transposed ? a[i - 1 + j * ld] : a[i + (j - 1) * ld];
                     a[i + j * ld] =
                         x[k] != 0.0 && x[k - 1] != 0.0 ? -other * (x[k - 1] / x[k]) : 0.0;

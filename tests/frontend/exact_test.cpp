@@ -1,4 +1,4 @@
-// Answers to small problems of the kinds on which solvers go wrong, judged without rounding.
+// Answers to small problems on which solvers tend to fail, judged in exact arithmetic.
 #include "support/exact/judge.hpp"
 
 #include <map>
@@ -12,7 +12,7 @@ namespace {
 struct Expected {
     Style style;
     std::uint64_t count;
-    double inaccurate;  ///< the largest share that may end so
+    double inaccurate;  ///< largest share of inaccurate answers
     std::vector<Status> met;
 };
 
@@ -72,7 +72,8 @@ INSTANTIATE_TEST_SUITE_P(
         return name;
     });
 
-// What x misses by rounding, of sides that end far from there: a point, a cone, a small problem.
+// x satisfies nearly parallel sides up to rounding, but the points that satisfy them exactly are
+// far away.
 TEST(NearlyParallelSides, AreNotMetByRoundingAlone) {
     for (const std::uint64_t seed : {400197U, 400207U, 402486U, 412038U, 413302U, 421172U}) {
         SeededChoices choices(seed);

@@ -11,7 +11,7 @@
 
 namespace activeset::test {
 
-/// Numbers of a normal distribution where others have integers.
+/// Normally distributed numbers instead of integers.
 class RealChoices : public SeededChoices {
 public:
     using SeededChoices::SeededChoices;
@@ -48,8 +48,9 @@ public:
     }
 };
 
-/// Half of them with small integers, so that constraints tie and depend on one another. With
-/// `anything`, also singular and indefinite H and constraints that contradict one another.
+/// Half of the problems consist of small integers, so that constraints tie and depend on one
+/// another. With `anything`, H may also be singular or indefinite and constraints may contradict
+/// one another.
 inline Sample randomSample(unsigned seed, std::size_t largest, bool anything) {
     RealChoices reals(seed);
     SeededChoices integers(seed);

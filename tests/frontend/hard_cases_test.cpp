@@ -1,4 +1,4 @@
-// Small problems on which a proof was none. What is true of them is exact, by hand.
+// Small problems for which proofs once failed. The expected answers are exact, by hand.
 #include "frontend/algebra/pivoted_cholesky.hpp"
 #include "frontend/algebra/pivoted_qr.hpp"
 #include "frontend/generator.hpp"
@@ -11,7 +11,8 @@ namespace {
 
 class FrontEndHardCases : public FreshState {};
 
-// x₁x₂ with x₁ fixed, once by its bounds and x₁ = x₂, once by a row: linear in what is left.
+// −3x₂x₃ with x₂ fixed by its bounds and the row x₃ = x₂; then a product with x₁ fixed by a row.
+// What is left is linear or convex.
 TEST_F(FrontEndHardCases, AreConvexWhereFixedVariablesTakeTheCurvatureAway) {
     const Numbers none(3, -Infinity);
     Sample s{3, 1, {0, 0, 0, 0, 0, -3, 0, -3, 0}, {0, 0, 0}, {0, 3, -3}, {0}, {0}, none, none, {}};
@@ -20,17 +21,17 @@ TEST_F(FrontEndHardCases, AreConvexWhereFixedVariablesTakeTheCurvatureAway) {
     EXPECT_EQ(solve(s.view()).status, Status::Optimal);
     EXPECT_EQ(solve(s.view()).objective, -27.0);
 
-    // ½·2·(x₁x₂ + x₁x₃ − x₂x₃), x₁ = 2 and 3x₂ + x₃ = 1 as rows: 6x₂² − 5x₂ + …, convex.
+    // x₁x₂ + x₁x₃ − x₂x₃ with the rows 7x₁ = 14 and 3x₂ + x₃ = 1.
     const Sample row{
         3,  2, {0, 1, 1, 1, 0, -1, 1, -1, 0}, {0, 0, 0}, {7, 0, 0, 3, 0, 1}, {14, 1}, {14, 1}, {},
         {}, {}};
-    // x₃ = 1 − 3x₂: 2x₂ + 2 − 6x₂ − x₂ + 3x₂² = 3x₂² − 5x₂ + 2, least at 5/6.
+    // With x₃ = 1 − 3x₂ it is 2x₂ + 2 − 6x₂ − x₂ + 3x₂² = 3x₂² − 5x₂ + 2, least at 5/6.
     EXPECT_EQ(solve(row.view()).status, Status::Optimal);
     EXPECT_NEAR(solve(row.view()).objective, 2.0 - 25.0 / 12.0, 1e-15);
 }
 
-// ½u² + u with u = x₁ − 2x₂ ≥ 2. Everything depends on u, and a reduced Hessian that is nothing but
-// rounding leads far out, where u has no digits.
+// ½u² + u with u = x₁ − 2x₂ ≥ 2. All data depend on u only. The reduced Hessian is pure rounding; a
+// step with it leads so far out that u has no digits left.
 TEST_F(FrontEndHardCases, WithDataOfLowRankAreSolvedWhereTheyHaveDigits) {
     const Sample s{2, 1, {1, -2, -2, 4}, {1, -2}, {-1, 2}, {-Infinity}, {-2}, {}, {}, {}};
     const Result r = solve(s.view());
@@ -48,8 +49,8 @@ TEST_F(FrontEndHardCases, OfRankAreJudgedByTheSizeOfWhatWasGiven) {
     EXPECT_TRUE(none.negativeDirection().empty());
     EXPECT_EQ(frontend::PivotedCholesky(noise, 1e-18).rank(), 1U);
 
-    // Columns of lengths that are far apart: the third is the first but for 1e-14, then the second
-    // but for 1e-3 of it.
+    // The lengths of the columns differ widely. The third column is the first one up to 1e-14; in
+    // the second matrix it is the second one up to 1e-3 of its length.
     Dense columns(3, 3);
     columns.values = {1, 0, 0, 0, 1e-14, 0, 1, 1e-14, 1e-17};
     EXPECT_EQ(frontend::PivotedQr(columns).rank(), 2U);
@@ -66,8 +67,8 @@ TEST_F(FrontEndHardCases, OfRankAreJudgedByTheSizeOfWhatWasGiven) {
     }
 }
 
-// min −1e-9·x₁ + x₂ with x₁ ≤ 1e12 and x₂ ≥ 1 as a row: −1000 + 1. An entry of 1e-9 in the gradient
-// is not nothing where a bound of 1e12 multiplies it.
+// min −1e-9·x₁ + x₂ with x₁ ≤ 1e12 and the row x₂ ≥ 1: the optimum is −1000 + 1. An entry of 1e-9
+// in the gradient is not negligible when it is multiplied by a bound of 1e12.
 TEST_F(FrontEndHardCases, WithTinyCostsAndLargeBoundsAreProvedByTheirObjective) {
     const Sample s{2, 1, {}, {-1e-9, 1}, {0, 1}, {1}, {Infinity}, {0, 0}, {1e12, Infinity}, {}};
     const Result r = solve(s.view());
@@ -77,8 +78,8 @@ TEST_F(FrontEndHardCases, WithTinyCostsAndLargeBoundsAreProvedByTheirObjective) 
     EXPECT_FALSE(frontend::judge(data, {{0, 1}, {-1}, {0, 0}}).certificate.holds(1e-9));
 }
 
-// H is convex on the equalities only: −5x₁ + x₁x₂ with x₂ = 3, and a line along which the gradient
-// changes by a multiple of its row.
+// Both H are convex only on the equalities: −5x₁ + x₁x₂ with x₂ = 3, and a problem on a line along
+// which the gradient changes by a multiple of the row.
 TEST_F(FrontEndHardCases, AreUnboundedAlongTheEqualitiesThatMakeThemConvex) {
     Sample product{2, 0, {0, 1, 1, 0}, {-5, 0}, {}, {}, {}, {-Infinity, 3}, {Infinity, 3}, {}};
     EXPECT_EQ(solve(product.view()).status, Status::Unbounded);
@@ -92,7 +93,7 @@ TEST_F(FrontEndHardCases, AreUnboundedAlongTheEqualitiesThatMakeThemConvex) {
     EXPECT_GT(r.direction[0], 0.0);  // the slope is −3 + 2 + (−1)·1
 }
 
-// Curvature of 2⁻³⁶ of the largest is curvature: 2(x₁ + x₂)² + 2⁻³⁶·x₁² − x₁ + x₂ has a minimum.
+// Curvature of 2⁻³⁶ of the largest counts: 2(x₁ + x₂)² + 2⁻³⁶·x₁² − x₁ + x₂ has a minimum.
 TEST_F(FrontEndHardCases, WithLittleCurvatureAreNotUnbounded) {
     const double little = 0x1p-35;
     const Sample s{2, 0, {4 + little, 4, 4, 4}, {-1, 1}, {}, {}, {}, {}, {}, {}};
@@ -101,8 +102,8 @@ TEST_F(FrontEndHardCases, WithLittleCurvatureAreNotUnbounded) {
     EXPECT_FALSE(frontend::holds(frontend::judgeRay(data, {1, -1}), 1e-9));
 }
 
-// Four times the first row contradicts the second one by 4e-8, and bounds of 1e12 end what a slope
-// of the size of rounding makes a ray.
+// Four times the first row contradicts the second one by 4e-8. In the second problem the slope is
+// of the size of rounding, and bounds of 1e12 end its ray.
 TEST_F(FrontEndHardCases, AreNotUnboundedWithoutAFeasiblePointOrASlope) {
     const Sample rows{3,
                       3,
@@ -128,7 +129,7 @@ TEST_F(FrontEndHardCases, AreNotUnboundedWithoutAFeasiblePointOrASlope) {
     EXPECT_NE(solve(costs.view()).status, Status::Unbounded);
 }
 
-// x₁ ≤ x₂ − 1 and x₂ ≤ (1 − 1e-10)·x₁: nothing below 1e10 is feasible.
+// x₁ ≤ x₂ − 1 and x₂ ≤ (1 − 1e-10)·x₁: no point with entries below 1e10 is feasible.
 TEST_F(FrontEndHardCases, ThatAreInfeasibleNearTheOriginSayHowFar) {
     const Sample s{2, 2, {}, {0, 0}, {1, -0.9999999999, -1, 1}, {}, {-1, 0}, {}, {}, {}};
     Sample sides = s;
@@ -169,7 +170,7 @@ TEST_F(FrontEndHardCases, WithStartsThatDoNotServeAreSolvedWithoutThem) {
     }
 }
 
-// The multipliers of bounds that are far away are rounding, and so is their share of the gap.
+// The multipliers of bounds far away are rounding, and so is their part of the gap.
 TEST_F(FrontEndHardCases, WithBoundsFarAwayAreProved) {
     for (const double far : {1e7, 1e9, 1e12}) {
         Sample s{3, 0, {6, 1, 2, 1, 7, 3, 2, 3, 8}, {-3.1, 2.7, 1.3}, {}, {}, {}, {}, {}, {}};
@@ -194,8 +195,8 @@ TEST_F(FrontEndHardCases, AreOptimalOnlyWhereTheCertificateHolds) {
     }
 }
 
-/// H = I and pairs of rows through one point, some of them opposite to one another but for `e`;
-/// with penalties some of the rows are soft.
+/// H = I and pairs of rows through one point. The rows of some pairs are opposite to each other up
+/// to `e`. With penalties some rows are soft.
 struct Wedges {
     Wedges(unsigned seed, std::size_t largest, bool areSoft) : bits(seed) {
         n = from(areSoft ? 2 : 3, largest);
@@ -274,18 +275,17 @@ TEST_F(FrontEndHardCases, BetweenNearlyOppositeRowsHaveOneOptimum) {
         const Result result = solve(wedges.view());
         const Result other = solve(wedges.view(), cold);
         if (result.status != Status::Optimal || other.status != Status::Optimal) {
-            return;  // so near to dependence, rounding may take a proof away
+            return;  // so near to dependence, rounding can cost the proof
         }
         ++compared;
         EXPECT_NEAR(result.objective, other.objective, 1.5e-9 * (1.0 + std::abs(other.objective)));
     };
-    // A member that left has turned signs of the factor round, behind which dependence was not
-    // seen.
+    // A member that left had changed signs of the factor, which hid a dependence.
     for (const unsigned seed : {3802U, 4703U}) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         compare(Wedges(seed, 8, false));
     }
-    // What a soft side is missed by costs 1e5 to 1e9 times as much.
+    // Violating a soft side costs 1e5 to 1e9 per unit.
     for (const unsigned seed : {377U, 594U, 731U, 945U, 981U}) {
         SCOPED_TRACE("soft, seed " + std::to_string(seed));
         compare(Wedges(seed, 7, true));

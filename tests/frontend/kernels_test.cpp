@@ -1,4 +1,4 @@
-// Kernels give the same bits with every instruction set that this processor has.
+// Kernels give the same bits with every instruction set of this processor.
 #include <gtest/gtest.h>
 
 #include <limits>

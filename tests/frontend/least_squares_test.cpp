@@ -1,4 +1,4 @@
-// Fits: by hand, by the conditions of an optimum, and where the square of the matrix has no digits.
+// Fits, checked by hand, by optimality conditions, and where RᵀR is numerically singular.
 #include <cmath>
 #include <random>
 #include <thread>

@@ -1,4 +1,4 @@
-// Many solves on several threads, each as if it were the only one, and what contradicts what.
+// Many solves on several threads give what single solves give; and conflicts of constraints.
 #include <atomic>
 #include <map>
 
@@ -34,7 +34,7 @@ struct Samples {
     }
 };
 
-/// Every seventh has a fault, and of every ninth the callback below raises an error.
+/// Every seventh problem has a fault; on every ninth the callback below raises an error.
 constexpr double Marked = 1e12;
 Samples mixture(unsigned count) {
     Samples all;
@@ -93,7 +93,7 @@ TEST_F(ManyThreads, GiveTheBitsOfSerialSolvesWhateverFailsBesides) {
     }
 }
 
-// Chains over the same matrices, then of everything with faults in between.
+// Chains of problems with the same matrices, then of problems of all kinds with faults in between.
 TEST_F(ManyThreads, SolveChainsAsASolverDoes) {
     constexpr std::size_t Length = 8;
     Samples all;
@@ -130,12 +130,12 @@ TEST_F(ManyThreads, SolveChainsAsASolverDoes) {
         for (std::size_t i = 0; i < others.size(); ++i) {
             SCOPED_TRACE("problem " + std::to_string(i));
             expectSameBits(others[i], first[i]);
-            // A start that is the solution makes no pass, so that nothing raises.
+            // A start that is the solution needs no pass, so its callback never raises.
             EXPECT_TRUE(others[i].status == solve(faulty.problems[i]).status ||
                         (i % 9 == 4 && others[i].status == Status::Failed));
         }
     }
-    // A start of the wrong length is the fault of one problem, also where the matrices are shared.
+    // A start of the wrong length is a fault of that problem only, even with shared matrices.
     std::vector<Problem> shared(5, all.problems[0]);
     const Numbers tooLong(all.samples[0].n + 1, 0.0);
     for (const std::size_t wrong : {0U, 3U}) {
@@ -164,7 +164,7 @@ TEST_F(ManyThreads, LoseOnlyTheProblemThatGetsNoMemory) {
                 EXPECT_FALSE(results[i].message.empty());
                 ++different;
             } else if (results[i].x != expected[i].x) {
-                ++different;  // a request that has a fallback
+                ++different;  // the refused request had a fallback
             }
         }
         EXPECT_LE(different, 1U) << "request " << request;
@@ -214,7 +214,7 @@ TEST_F(ManyThreads, EndWhenTheyAreToldTo) {
         std::logic_error);
 }
 
-/// The sample with the sides of the conflict only, but for one if `left` is among them.
+/// The sample with only the sides of the conflict, without number `left` if there is one.
 Sample only(const Sample& sample, const Conflict& conflict, std::size_t left) {
     Sample result = sample;
     std::size_t next = 0;

@@ -1,4 +1,4 @@
-// Who asks for memory, and what a refusal leaves behind.
+// Which solves ask for memory, and what remains after a refused request.
 #include <cstdlib>
 #include <new>
 #include <random>
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Requests of this thread until one is refused; 0 for none.
+// Requests of this thread until one is refused; 0: none is refused.
 thread_local std::size_t requestsLeft = 0;
 thread_local std::size_t requests = 0;
 
@@ -24,7 +24,7 @@ thread_local std::size_t requests = 0;
     return block != nullptr ? block : throw std::bad_alloc();
 }
 
-// The sanitizers have one of their own, whose blocks must not be freed here.
+// The sanitizers replace this operator, and their blocks must not be freed here.
 [[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
     try {
         return operator new(size);
@@ -46,7 +46,7 @@ namespace {
 
 class WantOfMemory : public FreshState {};
 
-/// Requests of solves of a Solver, or of a batch.
+/// The number of requests during solves of a Solver or a batch.
 template <class Action>
 std::size_t requestsOf(Action action) {
     const std::size_t before = requests;
@@ -56,7 +56,8 @@ std::size_t requestsOf(Action action) {
 
 class Requests : public FreshState {};
 
-// Sides and slopes of an infinite sequence, the matrices of each problem its own or shared.
+// Sides and costs change from problem to problem. Each problem has matrices of its own, or all
+// share them.
 TEST_F(Requests, AreNoneForTheProblemsOfABatchOnceAThreadIsWarm) {
     constexpr std::size_t Count = 500;
     constexpr std::size_t n = 4;
@@ -95,7 +96,7 @@ TEST_F(Requests, AreNoneForTheProblemsOfABatchOnceAThreadIsWarm) {
     }
 }
 
-// Equalities become ranges on the way, which opens directions to H that were closed before.
+// Equalities become ranges on the way. H need not be convex along the directions that this opens.
 TEST_F(WantOfMemory, LeavesNothingStaleInASolver) {
     std::map<Status, int> met;
     std::size_t refusals = 0;

@@ -1,4 +1,4 @@
-// The parts of the front end, each on a problem whose answer is worked out by hand.
+// The parts of the front end, each on a problem whose answer is computed by hand.
 #include <gmock/gmock.h>
 
 #include "activeset/one_sided.hpp"
@@ -86,7 +86,7 @@ TEST_F(Parts, CoreFormTakesWorkingSetsAndMultipliersBothWays) {
     EXPECT_EQ(form.fromCore(data, core, {}).workingSet(), set);
     set.equalities.clear();
     EXPECT_EQ(form.fromCore(data, core, {0}).workingSet(),
-              set);  // without the equality that depends on others
+              set);  // without the dependent equality
 
     const Vector lambda{10, 20, 1, 2, 0, 0, 0, 7};  // Aeq, A, lower bounds, upper bounds
     Vector y, z;
@@ -107,7 +107,7 @@ TEST_F(Parts, ConstraintsTakeWhatExistsOfAWorkingSet) {
     const ProblemData data = fourKinds();
     WorkingSet set;
     set.rowsAtLower = {0, 7};  // there is no row 7
-    set.atLower = {1};         // nor a lower bound of x₂
+    set.atLower = {1};         // and x₂ has no lower bound
     set.fixed = {0};
     const auto named = frontend::Constraints::namedBy(data, set);
     EXPECT_THAT(named.members(), ElementsAre(0, 2));
@@ -117,7 +117,7 @@ TEST_F(Parts, ConstraintsTakeWhatExistsOfAWorkingSet) {
     set.atLower.clear();
     EXPECT_EQ(named.workingSet(), set);
     const frontend::Constraints all(data, set);
-    EXPECT_THAT(all.members(), ElementsAre(0, 1, 2));  // the equality, too, which is not named
+    EXPECT_THAT(all.members(), ElementsAre(0, 1, 2));  // the equality is a member even if not named
     WorkingSet beyond;
     beyond.equalities = beyond.rowsAtUpper = beyond.atUpper = {2};  // one past the last
     EXPECT_THAT(frontend::Constraints::namedBy(data, beyond).members(), ElementsAre());
@@ -154,7 +154,7 @@ TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {
     data.H = {1, 0, 0, 0};
     point = {{5, 7}, {0}, {0, 0}};
     EXPECT_EQ(frontend::Refinement(data, {}).apply(point, 20), 1U);
-    EXPECT_THAT(point.x, ElementsAre(2, 7));  // nothing pulls along x₂, so it stays
+    EXPECT_THAT(point.x, ElementsAre(2, 7));  // no slope along x₂, so it stays
 
     data.lower[1] = 3;
     set = {};
@@ -208,7 +208,7 @@ TEST_F(Parts, CyclesAreSetsThatReturnOrMinimaAtOnePoint) {
     while (!stalls.hasReturned(&member, 1, point.data(), 2)) {
         ++member;
     }
-    EXPECT_EQ(member, 24U);  // the minimum after 20 + 2n
+    EXPECT_EQ(member, 24U);  // more than 20 + 2n minima at one point
 }
 
 // Negative curvature counts beyond the rounding of ‖H‖·‖d‖², and along directions on which the

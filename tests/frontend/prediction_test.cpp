@@ -1,4 +1,4 @@
-// Predicted starts: they change the way, never the answer.
+// Predicted starts change the way to an answer, never the answer.
 #include <map>
 #include <numeric>
 
@@ -30,8 +30,8 @@ void expectSameAnswer(const Result& predicted, const Result& cold) {
     EXPECT_TRUE(predicted.certificate.holds(1e-9));
 }
 
-/// Small integers make constraints tie and depend on one another; some problems contradict
-/// themselves, some are not convex.
+/// Small integers make constraints tie and depend on one another. Some problems are infeasible,
+/// some are not convex.
 TEST_F(Predictions, ChangeNoAnswer) {
     std::map<bool, int> met;
     for (unsigned seed = 0; seed < 600; ++seed) {
@@ -50,8 +50,8 @@ TEST_F(Predictions, ChangeNoAnswer) {
     EXPECT_GT(met[true], 100);
 }
 
-/// Alone, from nothing or from a set that is wrong: an optimum with its multipliers, a
-/// contradiction, or word that single steps are left.
+/// Runs the dual methods alone, from an empty set and from a wrong one. They end with an optimum
+/// and its multipliers, with a contradiction, or ask for single steps.
 TEST_F(Predictions, AreMadeByTheDualMethodsAlone) {
     std::map<Status, int> met;
     std::map<frontend::DualOutcome::End, int> ends[2];
@@ -98,7 +98,7 @@ TEST_F(Predictions, AreMadeByTheDualMethodsAlone) {
     EXPECT_GT(met[Status::Optimal], 100);
 }
 
-/// A box and an equality, H of rank 4 plus 1e-8; x = (1, …, 1) satisfies the equality.
+/// A box and an equality. H has rank 4 apart from 1e-8·I. x = (1, …, 1) satisfies the equality.
 Sample nearlySingular(std::size_t n, unsigned seed) {
     Sample s{n, 1, Numbers(n * n), {}, {}, {}, {}, Numbers(n, 0.0), Numbers(n, 2.0), {}};
     std::mt19937_64 bits(seed);
@@ -119,7 +119,7 @@ Sample nearlySingular(std::size_t n, unsigned seed) {
     return s;
 }
 
-/// Where H is nearly singular and guesses go round, the primal method finds the set.
+/// H is nearly singular, so guessing cycles; the primal method finds the set.
 TEST_F(Predictions, AreMadeByThePrimalMethodAlone) {
     int ended = 0;
     for (unsigned seed = 0; seed < 200; ++seed) {
@@ -136,7 +136,7 @@ TEST_F(Predictions, AreMadeByThePrimalMethodAlone) {
         }
         frontend::BlockPrimal primal(problem, first, control);
         if (!primal.run()) {
-            continue;  // stuck by rounding
+            continue;  // rounding stopped it
         }
         ++ended;
         EXPECT_LE(primal.steps(), 4 * s.n);
@@ -152,7 +152,7 @@ TEST_F(Predictions, AreMadeByThePrimalMethodAlone) {
     EXPECT_FALSE(frontend::BlockPrimal(problem, frontend::Constraints(data), control).run());
 }
 
-/// What a contradiction does not need, the ray of the dual method does not drop one by one first.
+/// The rows that a contradiction does not need must not be dropped one by one.
 TEST_F(Predictions, EndAtAContradictionWithTheRowsThatItNeeds) {
     for (const std::uint64_t seed : {1U, 2U, 3U}) {
         const bench::Problem p = bench::randomProblem(60, 0.6, seed);
@@ -184,13 +184,13 @@ TEST_F(Predictions, EndAtAContradictionWithTheRowsThatItNeeds) {
     }
 }
 
-/// With this Hessian (Curtis, Han and Robinson 2015) guessing goes round in circles for some c, and
-/// with bounds on strongly correlated variables now and then.
+/// With this Hessian (Curtis, Han and Robinson 2015) guessing cycles for some c. With bounds on
+/// strongly correlated variables it cycles occasionally.
 TEST_F(Predictions, LeaveCircles) {
     int circles = 0;
     const auto expectAnswer = [&](const Sample& sample, const WarmStart& warm) {
         Problem problem = sample.view();
-        problem.warmStart = &warm;  // the guess is not to choose its start
+        problem.warmStart = &warm;  // the start of the guess is given
         const Result predicted = solve(problem);
         expectSameAnswer(predicted, solve(sample.view(), startingFrom(Start::Cold)));
         EXPECT_TRUE(predicted.wasPredicted);
@@ -226,7 +226,7 @@ TEST_F(Predictions, LeaveCircles) {
     EXPECT_GE(circles, 10);
 }
 
-/// Families at sizes where a prediction pays: it is found, and is the whole solve.
+/// For these families and sizes the predicted set is the solution.
 TEST_F(Predictions, AreTheWholeSolveOfWellBehavedFamilies) {
     struct Named {
         const char* name;

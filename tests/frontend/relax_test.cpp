@@ -1,4 +1,4 @@
-// Nearest feasible points and findings about data, against hand arithmetic.
+// Nearest feasible points, and findings about data, compared with hand arithmetic.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@ namespace {
 
 using Numbers = std::vector<double>;
 
-/// x ≤ 0 and x ≥ 3, in rows; x ≥ 0.
+/// The rows x ≤ 0 and x ≥ 3, and the bound x ≥ 0.
 struct Gap {
     Numbers c{0};
     Numbers A{1, 1};
@@ -36,7 +36,7 @@ TEST(Relaxing, MovesWhatWeighsLeast) {
     EXPECT_NEAR(pointOf(Norm::L1).x[0], 0, 1e-9);
     EXPECT_NEAR(pointOf(Norm::L1).distance, 3, 1e-9);
     EXPECT_NEAR(pointOf(Norm::L2).x[0], 1, 1e-9);    // 2x = 3 − x
-    EXPECT_NEAR(pointOf(Norm::LInf).x[0], 1, 1e-9);  // 2x = 3 − x, of the magnitudes
+    EXPECT_NEAR(pointOf(Norm::LInf).x[0], 1, 1e-9);  // 2x = 3 − x, for the magnitudes
     EXPECT_NEAR(pointOf(Norm::L2).distance, 3, 1e-9);
 }
 

@@ -1,4 +1,4 @@
-// Solves that begin where another one ended give the answers of solves that do not.
+// Solves that start where another one ended give the answers of cold solves.
 #include "frontend/generator.hpp"
 #include "support/fixture.hpp"
 
@@ -16,8 +16,8 @@ void expectSameAnswer(const Sample& sample, const Result& warm) {
     }
 }
 
-// Takes parts of one problem over into another of the same shape, one after the other: sides come
-// and go, equalities become inequalities, problems become infeasible, unbounded and solvable again.
+// Changes one problem into another of the same shape, part by part. Sides come and go, equalities
+// become inequalities, and problems become infeasible, unbounded and solvable again.
 TEST_F(Sequences, OfChangesGiveTheAnswersOfColdSolves) {
     std::map<Status, int> met;
     for (unsigned seed = 0; seed < 80; ++seed) {
@@ -76,7 +76,7 @@ TEST_F(Sequences, NeedNoPassWhereTheWorkingSetStays) {
     const Result again = solver.solve();
     EXPECT_EQ(again.iterations.phaseOne + again.iterations.main, 0U);
     expectSameAnswer(sample, again);
-    // From nothing it is a first solve again.
+    // Without a start it is a first solve again.
     solver.restartFrom();
     const Iterations first = solver.solve().iterations;
     EXPECT_GT(first.prediction + first.dual, 0U);
@@ -109,7 +109,8 @@ TEST_F(Sequences, SurviveWarmStartsThatMakeNoSense) {
     }
 }
 
-/// Far more members than variables: work and memory must not grow with their square.
+/// A warm start with far more members than variables: work and memory must not grow with the square
+/// of their number.
 TEST_F(Sequences, ThinOutWarmStartsThatNameEverything) {
     constexpr std::size_t Rows = 20000;
     Sample s{2, Rows, {1, 0, 0, 1}, {-3, -4}, {}, {}, {}, {}, {}, {}};
@@ -140,11 +141,11 @@ TEST_F(Sequences, ReportAFaultUntilThePartIsSetAgain) {
     solver.setBounds(sample.lower, sample.upper);
     EXPECT_EQ(solver.solve().faults.size(), 1U);
     solver.setLinear(sample.c);
-    solver.setRows({});  // whose sides stay
+    solver.setRows({});  // the sides stay
     EXPECT_EQ(solver.solve().faults.size(), 1U);
     solver.setRows({sample.A, sample.m, sample.n});
     expectSameAnswer(sample, solver.solve());
-    // Its settings hold for the solves to come.
+    // Settings hold for all later solves.
     solver.restartFrom();
     solver.settings().maxIterations = 1;
     EXPECT_EQ(solver.solve().status, Status::IterationLimit);

@@ -1,4 +1,4 @@
-// The loops of the small road, whose bits are the same for every instruction set with FMA.
+// The loops of the method for small problems. Every instruction set with FMA gives the same bits.
 #include "frontend/predict/small_kernels.hpp"
 
 #include <array>
@@ -14,7 +14,7 @@ namespace {
 
 class SmallKernels : public FreshState {};
 
-/// Everything that a solve computes, with a set of kernels, n and m not multiples of eight.
+/// Everything that a solve computes with a set of kernels. n and m are no multiples of eight.
 Numbers computedWith(const frontend::SmallKernels& kernels) {
     frontend::SmallMemory memory;
     memory.reshape({13, 21});
@@ -90,7 +90,7 @@ Numbers computedWith(const frontend::SmallKernels& kernels) {
     return all;
 }
 
-/// Sides in every place of a group of eight, with what is wrong with one of them.
+/// One side is wrong, in each place of a group of eight.
 TEST_F(SmallKernels, LookAtEverySide) {
     using frontend::InstructionSet;
     constexpr frontend::SmallSideLimits Limits{AbsentSide, Infinity, 1e-13};
@@ -149,7 +149,7 @@ TEST_F(SmallKernels, HaveTheSameBitsWithEverySetThatHasFma) {
     }
 }
 
-/// Products that cancel down to the last of their 106 bits, in sums of integers whose outcome is
+/// Products that cancel down to the last of their 106 bits. The sums consist of integers and are
 /// known.
 TEST_F(SmallKernels, SumProductsWithTwiceTheDigits) {
     using frontend::InstructionSet;
@@ -174,7 +174,7 @@ TEST_F(SmallKernels, SumProductsWithTwiceTheDigits) {
             const frontend::SmallSum sides = kernels.exactSides(a.data(), b.data(), b.data(), 24);
             EXPECT_EQ(sides.value, sum.value);
             EXPECT_EQ(sides.rest, sum.rest);
-            // The same sum in each row of a product, and in each column of rows combined.
+            // Each row of a product and each combined column of rows has the same sum.
             Numbers matrix(24 * 24, 0.0);
             for (std::size_t k = 0; k < 24; ++k) {
                 matrix[k] = matrix[24 * k + 3] = big;

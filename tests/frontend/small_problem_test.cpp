@@ -1,4 +1,4 @@
-// The road of small problems gives what the general road gives, or nothing.
+// The method for small problems gives the answers of the general method, or none.
 #include "frontend/predict/small_problem.hpp"
 
 #include <map>
@@ -24,7 +24,7 @@ std::optional<Result> solveSmall(SmallProblem& road, const Problem& problem) {
     return road.solve(problem, settings, control, result) ? std::optional(result) : std::nullopt;
 }
 
-/// Somebody who counts passes is sent there.
+/// The method for small problems leaves a solve that counts passes to the general one.
 Result solveGenerally(const Problem& problem) {
     return solve(problem, {.startMode = Start::Predict, .maxIterations = Limit});
 }
@@ -38,20 +38,20 @@ void expectAgreement(const Sample& sample, const Result& small, const Result& ge
     }
     EXPECT_NEAR(small.objective, general.objective, 1e-9 * (1.0 + std::abs(general.objective)));
     EXPECT_TRUE(small.wasPredicted);
-    // What the certificate says is what the caller's data say.
+    // The certificate agrees with one computed from the caller's data.
     const frontend::Judgement judgement =
         frontend::judge(frontend::copyOf(sample.view()), {small.x, small.y, small.z});
     const Certificate& said = small.certificate;
     const Certificate& found = judgement.certificate;
     EXPECT_NEAR(said.primal.relative, found.primal.relative, 1e-17);
     EXPECT_NEAR(said.dual.relative, found.dual.relative, 1e-14);
-    EXPECT_LE(found.gap.relative, said.gap.relative + 1e-14);  // the plainer proof says more
+    EXPECT_LE(found.gap.relative, said.gap.relative + 1e-14);  // its rounding bound is wider
     EXPECT_NEAR(said.gap.absolute, found.gap.absolute, 1e-14 * (1.0 + std::abs(small.objective)));
     EXPECT_NEAR(small.objective, judgement.objective, 1e-15 * (1.0 + std::abs(small.objective)));
 }
 
-/// One object for all of them: what one problem leaves behind must not matter to the next. Half
-/// have integers that tie, half may be of any kind, also infeasible or singular.
+/// One object solves all problems, and none must affect the next. Half of them have integers that
+/// tie; half may be of any kind, also infeasible or singular.
 TEST_F(SmallProblems, HaveTheAnswersOfTheGeneralRoad) {
     std::map<Status, int> met;
     int strict = 0;
@@ -81,7 +81,7 @@ TEST_F(SmallProblems, HaveTheAnswersOfTheGeneralRoad) {
     EXPECT_GT(met[Status::Infeasible], 10);
 }
 
-/// Gaps between columns, rows after rows, and a Hessian whose halves rounding has set apart.
+/// Gaps between columns, storage by rows, and a Hessian that is symmetric only up to rounding.
 TEST_F(SmallProblems, AreReadInAnyOrder) {
     for (unsigned seed = 1; seed < 60; seed += 2) {
         const Sample sample = randomSample(seed, 20, false);
@@ -114,7 +114,7 @@ TEST_F(SmallProblems, AreReadInAnyOrder) {
     }
 }
 
-/// What the road is not for goes by untouched, whatever the views claim.
+/// Problems of other kinds are left untouched, whatever sizes the views claim.
 TEST_F(SmallProblems, LeaveTheRestAlone) {
     SmallProblem road;
     const Numbers one{1.0};
@@ -133,14 +133,14 @@ TEST_F(SmallProblems, LeaveTheRestAlone) {
     EXPECT_TRUE(solveSmall(road, {.H = {one, 1, 1}}));
 }
 
-/// Sides come and go, equalities become ranges: the kept factors follow, and no solve is another
-/// one's.
+/// Sides come and go, equalities become ranges. The kept factors are updated, and every solve has
+/// its own answer.
 TEST_F(SmallProblems, FollowASequenceFromTheirFactors) {
     int proved = 0;
     for (unsigned seed = 1; seed < 120; seed += 2) {
         Sample sample = randomSample(seed, 14, false);
         SmallProblem road;
-        Result next;  // overwritten, whatever it says
+        Result next;  // overwritten in every step
         std::mt19937_64 bits(seed);
         for (unsigned step = 0; step < 10; ++step) {
             SCOPED_TRACE("seed " + std::to_string(seed) + ", step " + std::to_string(step));

@@ -14,7 +14,7 @@ namespace activeset::test {
 
 using Numbers = std::vector<double>;
 
-/// What it costs to miss a side.
+/// The cost of violating a side.
 struct Price {
     double linear;
     double quadratic;
@@ -30,8 +30,9 @@ struct OwnedPenalty {
     }
 };
 
-/// A random problem that owns its data: strict, singular or linear; sides absent, equal, hard, or
-/// soft in either or both norms; half of them of small integers, so that much of it ties.
+/// A random problem that owns its data. It is strictly convex, semidefinite or linear. Sides are
+/// absent, equal, hard or soft, with either penalty or both. Half of the problems consist of small
+/// integers, so that they tie.
 struct SoftProblem {
     std::size_t n;
     std::size_t m;

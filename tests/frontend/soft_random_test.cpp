@@ -1,4 +1,4 @@
-// Random problems with soft sides against the same problem with slack variables, against plain
+// Random problems with soft sides, compared with the same problems with slack variables, with the
 // optimality conditions, and in sequences.
 #include <gtest/gtest.h>
 
@@ -80,7 +80,7 @@ private:
     std::vector<std::size_t> slackOf_;
 };
 
-/// Side by side what the optimality conditions say, in plain arithmetic.
+/// Checks the optimality conditions side by side, in plain arithmetic.
 class Conditions {
 public:
     Conditions(const SoftProblem& soft, const Result& result) : soft_(soft), result_(result) {}
@@ -188,10 +188,10 @@ TEST(RandomSoftSides, WithLargePenaltiesAreHard) {
     }
 }
 
-// The dual method with caps on multipliers tells the piece, which is solved once.
+// The dual method with caps on its multipliers finds the piece, so that one solve suffices.
 TEST(RandomSoftSides, WithLinearPenaltiesAreFoundAtOnce) {
     std::size_t violating = 0;
-    std::size_t more = 0;  // rounds than one for the dual method and one for the piece
+    std::size_t more = 0;  // rounds beyond one for the dual method and one for the piece
     for (unsigned seed = 0; seed < 300; ++seed) {
         SCOPED_TRACE(seed);
         SoftProblem soft(seed);

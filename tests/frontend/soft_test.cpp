@@ -1,4 +1,4 @@
-// Soft sides against hand arithmetic, and penalties that are refused.
+// Soft sides compared with hand arithmetic, and penalties that are refused.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -66,7 +66,7 @@ TEST(SoftSides, LeaveOnlyHardOnesToAContradiction) {
     EXPECT_THROW(static_cast<void>(ranges(result, problem)), std::invalid_argument);
 }
 
-// −x without the soft x ≤ 1 has no minimum; with a penalty of less than 1 there is none either.
+// min −x has a minimum only if violating x ≤ 1 costs at least 1 per unit.
 TEST(SoftSides, EndWhatWouldBeUnbounded) {
     const Numbers c{-1};
     const Numbers A{1};
@@ -81,7 +81,8 @@ TEST(SoftSides, EndWhatWouldBeUnbounded) {
     ASSERT_EQ(result.direction.size(), 1U);
     EXPECT_GT(result.direction[0], 0.0);
 
-    // The work of the pieces, which had no proof, is counted with that of the slack variables.
+    // The count includes the work on pieces that gave no proof and on the problem with slack
+    // variables.
     const Numbers costs{-1, 0.5};
     const Numbers row{1, -1};
     const Numbers lower{-Infinity, 0};
@@ -91,8 +92,8 @@ TEST(SoftSides, EndWhatWouldBeUnbounded) {
     EXPECT_GE(result.times.setup, 0.0);
 }
 
-// All sides are soft, two of them the same but for rounding: a piece between them has no points to
-// a solve, the problem has.
+// All sides are soft, and two of them differ by rounding only. The piece between them looks
+// infeasible to a solve, but the problem never is.
 TEST(SoftSides, ThatAreAllSoftAreNeverInfeasible) {
     const Numbers H{0.50169649882091349};
     const Numbers c{-1.4524649437552366};

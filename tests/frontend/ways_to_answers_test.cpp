@@ -1,4 +1,4 @@
-// What a way to an answer promises beyond the answer, which another way would have found as well.
+// What the way to an answer promises; every way leads to the same answer.
 #include "frontend/generator.hpp"
 #include "support/choices.hpp"
 #include "support/exact/judge.hpp"
@@ -14,7 +14,7 @@ protected:
     }
 };
 
-// Strictly convex problems: the steps of the dual method need no help, feasible or not.
+// For strictly convex problems, feasible or not, the dual method needs no other method.
 TEST_F(WaysToAnswers, PredictionsProveOptimaAndContradictionsAlone) {
     std::size_t optima = 0;
     std::size_t contradictions = 0;
@@ -22,7 +22,7 @@ TEST_F(WaysToAnswers, PredictionsProveOptimaAndContradictionsAlone) {
         Sample s = randomSample(seed, 12, false);
         const Result optimum = solve(s.view(), {.startMode = Start::Predict});
         optima += std::size_t{optimum.status == Status::Optimal && !hasUsedTheCore(optimum)};
-        // A variable beyond one of its bounds, by a row in either direction.
+        // A row forces a variable beyond one of its bounds, in either direction.
         const bool isAbove = seed % 2 == 0;
         Numbers A;
         for (std::size_t j = 0; j < s.n; ++j) {
@@ -46,8 +46,8 @@ TEST_F(WaysToAnswers, PredictionsProveOptimaAndContradictionsAlone) {
     EXPECT_GE(contradictions, 290U);
 }
 
-// One index past the last row stands for no constraint, not for the first bound; one past the last
-// variable for nothing at all. So the way is that of any other index that does not exist.
+// An index just past the last row names no constraint, in particular not the first bound. The same
+// holds past the last variable. Both act like any other index that does not exist.
 TEST_F(WaysToAnswers, WarmStartsNameNothingBehindTheLastConstraint) {
     for (unsigned seed = 0; seed < 100; ++seed) {
         Sample s = randomSample(seed, 8, false);
@@ -74,7 +74,8 @@ TEST_F(WaysToAnswers, WarmStartsNameNothingBehindTheLastConstraint) {
     }
 }
 
-// Equations that differ by 1e-7: far out along a descent both seem to hold, in proportion.
+// Two parallel equations that differ by 1e-7. Far along a descent direction both seem to hold
+// relative to the size of x.
 TEST_F(WaysToAnswers, RaysNeedAFeasiblePoint) {
     for (std::uint64_t seed = 1; seed <= 400; ++seed) {
         SeededChoices choices(seed);
@@ -96,8 +97,8 @@ TEST_F(WaysToAnswers, RaysNeedAFeasiblePoint) {
     }
 }
 
-// Two equations that meet at (2ᵏ, 2ᵏ) only. Multipliers of 1 and −1 nearly contradict them, and do
-// contradict every point that is nearer.
+// Two equations that meet only at (2ᵏ, 2ᵏ). The multipliers 1 and −1 nearly show a contradiction,
+// and show that no point near the origin is feasible.
 TEST_F(WaysToAnswers, APointThatIsFeasibleRefutesAFarkasVector) {
     for (const int k : {32, 34, 36}) {
         const double far = std::exp2(k);
@@ -113,8 +114,8 @@ TEST_F(WaysToAnswers, APointThatIsFeasibleRefutesAFarkasVector) {
     }
 }
 
-// Multipliers that the core gives for bounds are as good as those for rows: the corrections in
-// extended precision find hardly more to mend.
+// The core's multipliers of bounds are as accurate as those of rows: both need about the same
+// number of corrections in extended precision.
 TEST_F(WaysToAnswers, MultipliersOfBoundsNeedNoMoreCorrectionsThanThoseOfRows) {
     std::size_t asBounds = 0;
     std::size_t asRows = 0;

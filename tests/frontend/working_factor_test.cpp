@@ -1,4 +1,4 @@
-// The factor of a Schur complement as its set changes, beside one that is formed afresh.
+// The updated factor of a Schur complement, compared with one that is formed afresh.
 #include "frontend/predict/working_factor.hpp"
 #include "frontend/generator.hpp"
 #include "frontend/problem/constraints.hpp"
@@ -12,7 +12,8 @@ using frontend::WorkingFactor;
 
 class WorkingFactors : public FreshState {};
 
-/// n = 40 with 60 rows; of each second row from 40 on a copy, of each odd one a near copy.
+/// n = 40 with 60 rows. Of rows 40 to 59 the even ones copy row i − 40, the odd ones nearly copy
+/// it.
 struct Rows {
     frontend::ProblemData data;
     frontend::Dense factor;
@@ -40,7 +41,7 @@ struct Rows {
     }
 };
 
-/// Members come and go, a few or many at a time, by rotations and by appending again.
+/// Members come and go, a few or many at a time: rotations remove them, new ones are appended.
 TEST_F(WorkingFactors, SolveWithTheSetThatThereIs) {
     for (unsigned seed = 0; seed < 20; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -74,7 +75,7 @@ TEST_F(WorkingFactors, SolveWithTheSetThatThereIs) {
             for (std::size_t k = 0; k < right.size() && !working.isDoubtful(); ++k) {
                 EXPECT_NEAR(right[k], static_cast<double>(k + 1), 1e-5);
             }
-            // Row 40 + i is row i again: never both.
+            // Rows i and 40 + i are equal for even i: never both are members.
             for (std::size_t i = 0; i < 20; i += 2) {
                 EXPECT_LE(std::ranges::count(members, i) + std::ranges::count(members, 40 + i), 1);
             }
@@ -82,7 +83,7 @@ TEST_F(WorkingFactors, SolveWithTheSetThatThereIs) {
     }
 }
 
-/// By hand: H = I, rows (1, 0) and (1, 1e-6). The second leaves (0, 1e-6).
+/// By hand: H = I, rows (1, 0) and (1, 1e-6). Orthogonal to the first, the second is (0, 1e-6).
 TEST_F(WorkingFactors, SeeWhatCancelsInTheSchurComplement) {
     frontend::ProblemData data;
     data.n = 2;

@@ -13,7 +13,7 @@ namespace activeset {
 
 namespace {
 
-constexpr std::size_t Numbers = 1 << 14;  // twice the least
+constexpr std::size_t Numbers = 1 << 14;  // twice the smallest size that is kept
 
 ArrayShelf::Array arrayOf(std::size_t count) {
     ArrayShelf::Array array;
@@ -46,7 +46,7 @@ TEST(ArrayShelf, KeepsTheLargestArraysUpToItsBound) {
     EXPECT_EQ(shelf.bytes(), ArrayShelf::MostBytes);
 }
 
-// A box with 100 variables and more: too many for the road of small problems.
+// A box problem with at least 100 variables: too large for the method for small problems.
 Status solveBox(std::size_t n) {
     std::vector<double> H(n * n, 0.0);
     for (std::size_t j = 0; j < n; ++j) {

@@ -16,7 +16,8 @@ using ArrayShape = FreshState;
 using SparseArrays = FreshState;
 
 TEST_F(ArrayStorage, EveryClassIsZeroFilledColumnMajorAndCopiedDeeply) {
-    // The value of an element whose bytes are all 0xC8; no other class, nor a signed char, has it.
+    // The value of an element whose bytes are all 0xC8. It differs from class to class, and from
+    // that of a signed char.
     const struct {
         vxClass elementClass;
         size_t size;
@@ -83,7 +84,7 @@ TEST_F(ArrayShape, ShorteningKeepsTheDataForLengtheningAgain) {
 }
 
 TEST_F(ArrayShape, MisuseAndSizesThatOverflowAreRaised) {
-    constexpr size_t Half = size_t{1} << 33U;  // its square is 0 in 64 bits
+    constexpr size_t Half = size_t{1} << 33U;  // its square is 0 modulo 2⁶⁴
     vxArray* a = column({1, 2});
     struct Case {
         const char* text;
@@ -118,7 +119,7 @@ TEST_F(SparseArrays, CopyAndTransposeKeepEveryStoredEntryInOrder) {
     vxGetDoubles(a)[0] = 100;
     EXPECT_EQ(rowsOf(copy), rows);
     EXPECT_EQ(rowsOf(turned), (Rows{{0, 1, 4}, {2, 0, 5}, {0, 0, 0}, {7, 0, 9}}));
-    // Entries outside the array are passed over, also those that a wrong column start adds.
+    // Entries outside the array are skipped, and so are those that a wrong column start adds.
     vxGetRowIndices(a)[1] = 7;
     vxGetColumnStarts(a)[4] = 99;
     std::fill_n(vxGetRowIndices(a) + 6, 6, 9);

@@ -1,5 +1,5 @@
-// The scratch memory of BLAS when there is none left, and when the process ends in the middle. Each
-// in a process of its own, which an alarm ends if it hangs.
+// The scratch memory of BLAS when memory runs out, and when the process ends in the middle of a
+// product. Each test runs in a process of its own; an alarm ends it if it hangs.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-// The product of arrays, and BLAS and LAPACK behind their wrappers.
+// The product of arrays, and the wrappers of BLAS and LAPACK.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -17,7 +17,7 @@ using ArrayProduct = FreshState;
 using PlaneRotation = FreshState;
 using LapackCalls = FreshState;
 
-/// a·b into an array that held NaN before.
+/// a·b, written to an array that held NaN.
 Rows multiplied(const vxArray* a, const vxArray* b) {
     vxArray* product = vxCreateDoubleMatrix(vxGetM(a), vxGetN(b), vxComplexity::Real);
     std::fill_n(vxGetDoubles(product), vxGetNumberOfElements(product), NaN);
@@ -41,7 +41,7 @@ TEST_F(ArrayProduct, EveryStorageGivesTheSameProductOverStaleValues) {
     EXPECT_EQ(multiplied(array({}, 0), array({}, 3)), Rows{});
     EXPECT_EQ(multiplied(array({{}, {}}), array({}, 3)), (Rows{{0, 0, 0}, {0, 0, 0}}));
     EXPECT_EQ(multiplied(array({{}, {}}), array({}, 1)), (Rows{{0}, {0}}));
-    // A NaN reaches its row of the product, also times zero.
+    // A NaN fills its row of the product, even where it is multiplied by zero.
     for (const Rows& factor : {Rows{{0}, {1}}, Rows{{0, 0}, {1, 1}}}) {
         const Rows product = multiplied(array({{NaN, 1}, {3, 4}}), array(factor));
         EXPECT_TRUE(std::isnan(product[0].back()));
@@ -90,8 +90,8 @@ TEST_F(PlaneRotation, TurnsAPairOfAnyMagnitudeIntoItsLengthAndZero) {
     EXPECT_EQ(std::vector<double>({none.c, none.s, none.r}), (std::vector<double>{1, 0, 0}));
 }
 
-/// Runs the call with every workspace granted and with the optimum refused: `check` must hold after
-/// both. With the minimum refused as well the call is out of memory.
+/// Runs the call with all workspace requests granted and with the larger one refused: `check` must
+/// hold after both. With both requests refused the call is out of memory.
 template <class Prepare, class Call, class Check>
 void withAndWithoutOptimum(Prepare prepare, Call call, Check check) {
     prepare();
@@ -145,7 +145,7 @@ TEST_F(LapackCalls, PivotsAre64BitAndOrderedByLength) {
 }
 
 TEST_F(LapackCalls, LeastSquaresSolvesTheTransposedSystemForEveryRightHandSide) {
-    // Square: the minimal workspace depends on the number of right-hand sides.
+    // A square system: the smallest workspace depends on the number of right-hand sides.
     OPTMatrix<double> a(3, 3);
     OPTMatrix<double> b(3, 5);
     withAndWithoutOptimum(
@@ -176,18 +176,18 @@ TEST_F(LapackCalls, InfoIsPassedThroughAndIntegersAre64Bit) {
     OPTMatrix<double> singular = matrix({{1, 2}, {0, 0}});
     OPTMatrix<double> c = columnMatrix({4, 8});
     EXPECT_EQ(lapack::trtrs(viewOf(singular), viewOf(c)), 2);
-    OPTMatrix<double> upper = matrix({{2, 1}, {99, 4}});  // what is below the diagonal is not read
+    OPTMatrix<double> upper = matrix({{2, 1}, {99, 4}});  // 99 is not read
     EXPECT_EQ(lapack::trtrs(viewOf(upper), viewOf(c)), 0);
     EXPECT_EQ(rowsOf(c), (Rows{{1}, {2}}));
 
-    // An order of 2³² + 1 reads as 1 in 32 bits, where the leading dimension would be enough.
+    // An order of 2³² + 1 is 1 in 32 bits, for which the leading dimension would suffice.
     Block huge = viewOf(upper);
     huge.rows = huge.cols = (Int{1} << 32U) + 1;
     EXPECT_EQ(lapack::potrf(huge), -4);
 }
 
-// Small matrices are factorised and solved by loops, larger ones by LAPACK: the same factor of a
-// product of integers, the same solutions, neither reading below the diagonal.
+// Loops factorise and solve with small matrices, LAPACK with larger ones. Both give the same factor
+// of a product of integers and the same solutions, and neither reads below the diagonal.
 TEST_F(LapackCalls, CholeskyAndTriangularSolvesAgreeForSmallAndLargeMatrices) {
     const double NaN = std::numeric_limits<double>::quiet_NaN();
     for (const size_t n : {1U, 2U, 23U, 24U, 25U, 40U}) {

@@ -26,7 +26,7 @@ TEST_F(CallScopes, DestroyWhatIsNeitherKeptNorPersistentNorDestroyed) {
             for (int i = 0; i < 7; ++i) {
                 arrays.push_back(vxCreateDoubleScalar(i));
             }
-            // The ends and the middle of the scope's list leave it in different ways.
+            // The ends and the middle of the scope's list are unlinked in different ways.
             vxDestroyArray(arrays[0]);
             vxDestroyArray(arrays[3]);
             vxDestroyArray(arrays[6]);
@@ -66,7 +66,7 @@ TEST_F(CallScopes, ArraysThatAMatrixUsesOutliveTheScopeAndGoWithTheMatrix) {
     EXPECT_EQ(liveArrayCount(), before);
 }
 
-// Without a scope nobody else cleans up, so these do not use the fixture.
+// Without a scope the test itself must clean up, so these tests do not use the fixture.
 TEST(WithoutAScope, KeptArraysAreTheCallersAndMatricesTakeTheirsAlong) {
     const std::int64_t before = liveArrayCount();
     vxArray* kept = nullptr;
@@ -81,7 +81,7 @@ TEST(WithoutAScope, KeptArraysAreTheCallersAndMatricesTakeTheirsAlong) {
         const OPTMatrix<double> transposed = wrapping.transpose();
         const OPTMatrix<double> another = wrapping.transpose();
         persistent = another.getHostArray();
-        vxSetArrayScope(persistent, 0);  // the caller's from here on
+        vxSetArrayScope(persistent, 0);  // now it belongs to the caller
         EXPECT_EQ(copy(0, 0) + transposed(0, 0), 8.0);
     }
     ASSERT_EQ(liveArrayCount(), before + 2) << "a matrix destroyed an array of the caller's";

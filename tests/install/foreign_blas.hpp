@@ -1,4 +1,4 @@
-// The BLAS and LAPACK with 32-bit integers that a program may have loaded beside the library.
+// A BLAS and LAPACK with 32-bit integers, as a program may load beside the library.
 #ifndef ACTIVESET_TESTS_INSTALL_FOREIGN_BLAS_HPP
 #define ACTIVESET_TESTS_INSTALL_FOREIGN_BLAS_HPP
 
@@ -20,7 +20,7 @@ namespace foreign {
 /// Columns of length 1, 3 and 2 along the axes: pivoting by length takes them as 2, 3, 1.
 constexpr std::array<double, 9> Columns = {1, 0, 0, 0, 3, 0, 0, 0, 2};
 
-/// The pivots of Columns according to the other LAPACK.
+/// The pivots of Columns that the other LAPACK finds.
 inline std::array<std::int32_t, 3> pivots() {
     std::array<double, 9> a = Columns;
     std::array<std::int32_t, 3> jpvt{};

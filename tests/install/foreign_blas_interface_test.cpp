@@ -1,5 +1,5 @@
-// A solve through the shared library in a program that also uses a LAPACK with 32-bit integers.
-// Which of two dependent equalities leaves the working set is read from the pivots.
+// A solve through the shared library in a program that also uses a LAPACK with 32-bit integers. The
+// pivots decide which of two dependent equalities leaves the working set.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -24,8 +24,8 @@ const vxArray* matrix(const std::array<double, rows * cols>& entries) {
     return vxCreateDoubleMatrixFrom(entries.data(), rows, cols);
 }
 
-// Nearest point to the origin with x1 + x2 = 2 and x2 + x3 = 2, where the first equality is given
-// twice, the second time doubled. The longer row is pivoted first, so the shorter one is dropped.
+// The point nearest to the origin with x1 + x2 = 2 and x2 + x3 = 2. The first equality occurs
+// twice, the second time doubled. The longer row is the first pivot, so the shorter one is dropped.
 TEST(ForeignBlas, LeavesTheDependentEqualityToTheLibrary) {
     const activeset::CallScope scope;
     const double infinity = std::numeric_limits<double>::infinity();
@@ -62,10 +62,10 @@ size_t threads() {
                                              std::filesystem::directory_iterator()));
 }
 
-// Run with OPENBLAS_NUM_THREADS=2, a request to the other BLAS, which may have started its threads
-// before main(). The library uses threads only when asked through its interface.
+// OPENBLAS_NUM_THREADS=2 is meant for the other BLAS, which may have started threads before main().
+// This library uses threads only when its interface is asked for them.
 TEST(ForeignBlas, HasNoSayInTheThreadsOfTheLibrary) {
-    constexpr size_t n = 200;  // large enough for a BLAS to share products out between threads
+    constexpr size_t n = 200;  // so large that a BLAS would use several threads
     const size_t before = threads();
     std::vector<double> H(n * n, 1.0);
     for (size_t j = 0; j < n; ++j) {

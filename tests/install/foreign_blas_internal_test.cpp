@@ -1,5 +1,5 @@
-// The library's own calls, through the static twin, in a program that also uses a LAPACK with
-// 32-bit integers. Pivots written at the other's width would pack two into one 64-bit entry.
+// Calls inside the library, through the static library, in a program that also uses a LAPACK with
+// 32-bit integers. Pivots of that width would fill only half of each 64-bit entry.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

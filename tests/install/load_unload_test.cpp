@@ -1,4 +1,4 @@
-// A host that loads the library when it needs it, and takes it out of the process afterwards.
+// A host program that loads the library when it needs it and unloads it afterwards.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ using activeset::test::IsSanitized;
 using activeset::test::MemorySlack;
 using activeset::test::ProcessMemory;
 
-/// A module that uses the library, loaded while this lives.
+/// A module that uses the library. It is loaded as long as this object lives.
 class Module {
 public:
     Module() : handle_(dlopen(ACTIVESET_MODULE, RTLD_NOW | RTLD_LOCAL)) {
@@ -49,9 +49,9 @@ size_t threads() {
                                              std::filesystem::directory_iterator()));
 }
 
-// With solves in half of the cycles, some large enough for BLAS to use the threads that it may. A
-// sanitizer notes every global variable of every library that is loaded, and never forgets one:
-// about 1.4 MB a cycle. It looks for lost blocks itself.
+// Half of the cycles solve problems, some so large that BLAS uses several threads. A sanitizer
+// records every global variable of every loaded library for ever, about 1.4 MB a cycle. It finds
+// leaks itself.
 TEST(LoadAndUnload, AThousandTimesLeavesNothingInTheProcess) {
     const int cycles = IsSanitized ? 400 : 1000;
     ProcessMemory warm;
@@ -74,7 +74,7 @@ TEST(LoadAndUnload, AThousandTimesLeavesNothingInTheProcess) {
     EXPECT_LE(ProcessMemory::now().mapped, warm.mapped + MemorySlack);
 }
 
-// Its state has to be destroyed when the thread ends, so the library stays until then.
+// The thread's state is destroyed when the thread ends, so the library must stay until then.
 TEST(LoadAndUnload, TheLibraryStaysForAThreadThatHasSolved) {
     std::promise<void> unloaded;
     std::promise<void> solved;

@@ -1,4 +1,4 @@
-// What a host loads that uses the library: one solve behind a C function.
+// A module that uses the library, for a host to load: one solve behind a C function.
 #include <activeset/driver.hpp>
 #include <vector>
 

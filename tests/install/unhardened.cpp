@@ -1,2 +1,2 @@
-// What the check of hardening has to reject: built without any of it.
+// A program built without any hardening, which the check of hardening has to reject.
 int main() {}

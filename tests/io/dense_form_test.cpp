@@ -1,4 +1,4 @@
-// Rows, bounds and objective of a file, and where they land in a model.
+// How rows, bounds and objective of a file become a model.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,14 +12,16 @@ namespace {
 
 constexpr double Infinity = std::numeric_limits<double>::infinity();
 
-/// Rows of the types L, G, E, L, E between the columns x and y, a second objective, and sides.
+/// Columns x and y with rows of the types L, G, E, L, E, a second objective and right-hand sides.
 std::string fiveRows(const std::string& sections) {
     return "NAME rows FREE\nROWS\n N cost\n L l1\n G g1\n N other\n E e1\n L l2\n E e2\n"
            "COLUMNS\n x cost 5 l1 1\n x g1 2 e1 3\n x l2 4\n y l1 -1 g1 0.5\n y e2 7 other 2\n" +
            sections + "ENDATA\n";
 }
 
-/// "NAME: lower side | row of the matrix | upper side", a line for each row.
+/// One line per row: "NAME: lower side
+///  entries of the row
+///  upper side".
 std::string rowsOf(const Model& model) {
     std::ostringstream text;
     for (std::size_t i = 0; i < model.m(); ++i) {
@@ -32,7 +34,7 @@ std::string rowsOf(const Model& model) {
     return text.str();
 }
 
-/// "LINE: text" for each note.
+/// One line per note: "LINE: text".
 std::string notesOf(const Model& model) {
     std::string text;
     for (const Note& note : model.notes) {
@@ -94,7 +96,7 @@ TEST(Bounds, OfEveryTypeAloneAndTogether) {
         {" PL B x\n LO B x 1\n", 1, Infinity},
         {" LO B x -1e20\n UP B x inf\n", -Infinity, Infinity},
         {" UP B x 99999999999999983616\n", 0, std::nextafter(1e20, 0.0)},
-        {" FR x 0\n", -Infinity, Infinity},  // without the name of the vector
+        {" FR x 0\n", -Infinity, Infinity},  // without the name of a bound vector
         {" FX x 2\n", 2, 2},
     };
     for (const BoundCase& example : cases) {
@@ -106,7 +108,7 @@ TEST(Bounds, OfEveryTypeAloneAndTogether) {
 }
 
 TEST(Objective, OneTriangleInEitherOrderOrTheFullMatrixGivesBoth) {
-    // Column by column; (y, x) stands above the diagonal, (y, z) below it.
+    // Column by column. (y, x) stands above the diagonal, (y, z) below it.
     const Numbers expected{8, 2, 0, 2, 10, -3, 0, -3, 0};
     for (const char* const section :
          {"QUADOBJ\n x x 8\n y x 2\n y y 10\n y z -3\n", "QUADOBJ\n z y -3\n y y 10\n x y 2 x 8\n",
@@ -134,8 +136,8 @@ TEST(Objective, TheConstantIsMinusTheRightHandSideAndAMaximumIsNegated) {
 }
 
 TEST(Numbers, AreRoundedCorrectlyWhereverTheyStand) {
-    // Most of these come out one or more units in the last place off when the digits are summed
-    // up and scaled by a power of ten; the smallest would be dropped from a sparse matrix.
+    // Most of these are wrong by one or more units in the last place if the digits are summed and
+    // scaled by a power of ten. A sparse matrix would drop the smallest.
     const Model model = read(
         "ROWS\n N o\n L r\n E s\n"
         "COLUMNS\n x o 0.3 r -.100000e+01\n x s 0.48485306470651324\n y r 5e-324\n"

@@ -48,7 +48,7 @@ TEST(FreeFormat, IsRecognisedWithoutTheMarkWhichRulesOutNamesWithBlanks) {
     EXPECT_EQ(model.A, Numbers{2});
     EXPECT_EQ(model.rowUpper, Numbers{3});
 
-    // By columns, x 1 would be the name of a variable.
+    // In fixed columns the name is "x 1".
     const std::string body = "ROWS\n N  o\nCOLUMNS\n    x 1       o                  2.0\nENDATA\n";
     EXPECT_EQ(read("NAME          t\n" + body).variables[0], "x 1");
     EXPECT_EQ(errorOf("NAME t FREE\n" + body), "t.qps:5:7: unknown row '1'");
@@ -74,13 +74,13 @@ class Files : public ::testing::Test {
 protected:
     void TearDown() override { std::filesystem::remove(path_); }
 
-    /// Writes the file compressed or ("wT") plain.
+    /// Writes the file, compressed or ("wT") not.
     void write(const std::string& text, const char* mode = "wb") const {
         const gzFile file = gzopen(path_.c_str(), mode);
         gzwrite(file, text.data(), static_cast<unsigned>(text.size()));
         gzclose(file);
     }
-    /// Behind the path.
+    /// The text of the error after the path.
     [[nodiscard]] std::string error(const ReadLimits& limits = {}) const {
         return errorFrom([&] { return readModel(path_, Format::Mps, limits); })
             .substr(path_.size());
@@ -118,7 +118,7 @@ TEST_F(Files, ThatCannotBeReadSayWhy) {
     write(smallFile(std::string(1000000, '\n')));  // short when compressed
     EXPECT_EQ(error({.textBytes = 999999}), ": the text is longer than the 999999 bytes allowed");
 
-    // Behind what the reader reads, the text is only there to be damaged.
+    // The reader stops at ENDATA. The text after it is only there to be damaged.
     std::string text = smallFile("");
     for (int line = 0; line < 3000; ++line) {
         text += std::to_string(line * 7919 % 10007) + "\n";

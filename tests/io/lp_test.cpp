@@ -1,4 +1,4 @@
-// LP files as people type them, and what is said about those that cannot be read.
+// LP files as people type them, and the errors of those that cannot be read.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// Archives of arrays: what NumPy and we write, and what is refused.
+// Archives of arrays: those that NumPy and this library write, and those that are refused.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ namespace {
 using namespace std::string_literals;
 using ::testing::HasSubstr;
 
-/// An array with this dictionary; the length of version 1 has two bytes, later ones have four.
+/// An array with this header. Its length takes two bytes in version 1 and four in later ones.
 std::string npy(const std::string& header, const std::string& data, char version = 1) {
     const auto length = static_cast<char>(header.size());
     return "\x93NUMPY"s + version + '\0' + length + (version == 1 ? "\0"s : "\0\0\0"s) + header +

@@ -1,4 +1,4 @@
-// Small files as text, for the tests of the reader.
+// Small files as text, for the tests of the readers.
 #ifndef ACTIVESET_TESTS_IO_READ_HPP
 #define ACTIVESET_TESTS_IO_READ_HPP
 
@@ -36,8 +36,8 @@ inline std::string errorOf(std::string_view text, const ReadLimits& limits = {})
     return errorFrom([&] { return read(text, limits); });
 }
 
-/// A file in free format: one objective row o, one row r of type L, the columns x and y, and
-/// whatever sections come after line 7.
+/// A file in free format with the objective row o, the row r of type L and the columns x and y; the
+/// given sections follow from line 8 on.
 inline std::string smallFile(std::string_view sections) {
     return "NAME small FREE\nROWS\n N o\n L r\nCOLUMNS\n x o 1 r 1\n y o 1 r 1\n" +
            std::string(sections) + "ENDATA\n";

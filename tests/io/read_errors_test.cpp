@@ -1,4 +1,4 @@
-// Every way in which a file can be wrong, with the place and the words of the message.
+// Every fault that a file can have, with the place and the words of the message.
 #include <gtest/gtest.h>
 
 #include "io/read.hpp"
@@ -8,7 +8,7 @@ namespace {
 
 struct ErrorCase {
     std::string text;
-    std::string error;  ///< behind "t.qps:"
+    std::string error;  ///< after "t.qps:"
 };
 
 /// smallFile() with `line` in place of its line number `number`.
@@ -90,8 +90,8 @@ const std::vector<ErrorCase> Cases{
     {smallFile("QMATRIX\n y x 1\n x y 1.5\n"),
      "9:2: the entry for ('y', 'x') is not its mirror's; QMATRIX takes both triangles, "
      "QUADOBJ one"},
-    // Without the mark the error is that of the reading which got further: only the columns split
-    // "cost of" from the number, so it is they that lead to line 6.
+    // Without FREE in the first line both formats are tried, and the error is that of the one that
+    // read further. Only fixed columns separate "cost of" from the number, so they get to line 6.
     {"ROWS\n N  cost of\n L  row\nCOLUMNS\n    x         cost of            1.0\n"
      "    x         rwo                2.0\nENDATA\n",
      "6:15: unknown row 'rwo'"},

@@ -1,4 +1,4 @@
-// What a writer writes its reader reads back, and JSON says where it is wrong.
+// Readers read back what writers write, and errors in JSON name their place.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -75,7 +75,7 @@ TEST(JsonFormat, KeepsPenaltiesAndNoOtherFormatDropsThem) {
                   "t: the format has no penalties, but row 'low' is soft; JSON has them");
     }
     Model bounds = soft();
-    bounds.rowPenalty = {.lowerLinear = {1, Inf, Inf, Inf}};  // of a side that is absent
+    bounds.rowPenalty = {.lowerLinear = {1, Inf, Inf, Inf}};  // a penalty for an absent side
     EXPECT_THAT(errorFrom([&] { static_cast<void>(modelText(bounds, Format::Lp, "t")); }),
                 ::testing::HasSubstr("variable 'y' is soft"));
     bounds.boundPenalty = {.upperQuadratic = {0, 0, 0}};

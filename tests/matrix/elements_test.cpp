@@ -46,7 +46,7 @@ TEST_F(ElementAccess, PartsAreTakenAndPutWhereTheyBelong) {
     EXPECT_EQ(rowsOf(m.transpose().diagonal()), (Rows{{1}, {5}}));
     std::vector<double> buffer(5, -1.0);
     m.copyBlock(0, 1, 1, 2, buffer);
-    m.copyBlock(1, 1, 2, 1, buffer);  // no columns, nothing written
+    m.copyBlock(1, 1, 2, 1, buffer);  // an empty block: nothing is written
     EXPECT_EQ(buffer, (std::vector<double>{2, 5, 3, 6, -1}));
     m.copyColumn(0, 2);
     m.setColumn(1, buffer);
@@ -107,7 +107,7 @@ TEST_F(MatrixArithmetic, GivesTheSameForFullAndSparseOperands) {
             EXPECT_EQ(rowsOf(sum), (Rows{{2, 20}, {40, 68}}));
         }
     }
-    // Nothing in between: the product is zero over whatever the pool's storage last held.
+    // The inner dimension is 0, so the product is zero, whatever the storage held.
     EXPECT_EQ(rowsOf(Matrix(2, 0) * Matrix(0, 2)), (Rows{{0, 0}, {0, 0}}));
 }
 

@@ -1,4 +1,4 @@
-// Whose storage a matrix uses, what copies and assignments make of it, serial numbers.
+// Whose storage a matrix uses, how copies and assignments change that, and serial numbers.
 #include <limits>
 #include <memory>
 #include <vector>
@@ -36,7 +36,7 @@ TEST_F(MatrixOwnership, OnlyStorageOfItsOwnIsReleased) {
         released->clear();
         EXPECT_EQ(released->getRows() + released->getCols(), 0U);
         EXPECT_EQ(released->getData(), nullptr);
-        released->clear();  // nothing is held: nothing happens
+        released->clear();  // nothing is held, so nothing happens
     }
     EXPECT_EQ(buffer, (std::vector<double>{1, 20, 3, 4}));
     EXPECT_EQ(liveArrayCount(), before + 1) << "the pool's entry alone stays";
@@ -118,7 +118,7 @@ TEST_F(MatrixSerial, CountsEveryConstructionButCopies) {
     const Matrix copy(a);
     EXPECT_EQ(b.getId(), a.getId() + 1);
     EXPECT_EQ(copy.getId(), a.getId() + 1000);
-    EXPECT_EQ(Matrix(1, 1, true).getId(), a.getId() + 2);  // the pool's own matrix counts as well
+    EXPECT_EQ(Matrix(1, 1, true).getId(), a.getId() + 2);  // the pool's matrix has a number as well
     EXPECT_EQ(Matrix(1, 1, true).getId(), a.getId() + 4);
     threadState().matrixSerial = std::numeric_limits<std::int32_t>::max();
     EXPECT_EQ(Matrix(nullptr).getId(), std::int64_t{-2147483648});

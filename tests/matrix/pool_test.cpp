@@ -1,4 +1,4 @@
-// The pool of temporaries: reuse, rotation, stale values, release under borrowers.
+// The pool of temporaries: reuse, rotation, stale values, release while matrices are lent.
 #include <optional>
 
 #include "support/build.hpp"

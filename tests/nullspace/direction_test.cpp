@@ -1,4 +1,4 @@
-// Search direction and multipliers by hand arithmetic.
+// Search direction and multipliers, compared with hand arithmetic.
 #include <cmath>
 
 #include "engine/scripted_solver.hpp"
@@ -13,7 +13,7 @@ TEST_F(Direction, IsTheStepToTheMinimumInTheNullSpaceOrSteepestDescent) {
     constexpr auto NotDefinite = ASQP::HessianNotPositiveDefinite;
     const struct {
         const char* name;
-        Rows H, active;  // inequalities, all in the working set
+        Rows H, active;  // inequalities, all of them in the working set
         std::vector<double> g, p;
         ASQP::SolutionState state;
     } cases[] = {
@@ -55,9 +55,9 @@ TEST_F(Direction, FactorsAreUpdatedOnlyAfterASingleChange) {
         solver.initializeFactorization();
         TestAccess::newQR(solver);
         TestAccess::add(solver, 1, 1, "ineq");
-        solver.getQ().fill(7);  // the first addition starts afresh
+        solver.getQ().fill(7);  // the first addition starts from the identity
         if (isSecond) {
-            // Factors that no Householder factorisation gives: R starts with a positive entry.
+            // No Householder factorisation gives these factors: R has a positive first entry.
             const double root = std::sqrt(10.0);
             solver.getQ() = matrix({{3, 0, 1}, {1, 0, -3}, {0, root, 0}}) * (1 / root);
             solver.getQRwset()(0, 0) = root;

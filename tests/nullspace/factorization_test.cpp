@@ -1,4 +1,4 @@
-// The factors Aw = Q·R: their life and their shapes.
+// The factors Aw = Q·R: when they exist, and their shapes.
 #include <cmath>
 
 #include "engine/scripted_solver.hpp"

@@ -1,4 +1,4 @@
-// The start point moves onto the working set.
+// The move of the start onto the working set.
 #include "engine/scripted_solver.hpp"
 
 namespace activeset::test {
@@ -30,9 +30,9 @@ TEST_F(FeasibleStart, IsTheNearestPointUnlessTheShortestOneViolatesLess) {
     const Rows e0{{1, 0}};
     expectMove("already there", e0, {2}, {}, {}, {2, 3}, {{2}, {3}});
     expectMove("nearest", e0, {2}, {}, {}, {5, 3}, {{2}, {3}});
-    // (2, 0) is nearest to (3, 1), but above the bound.
+    // (2, 0) is nearest to (3, 1), but violates the bound.
     expectMove("shortest", {{1, 1}}, {2}, {}, {1.25, Inf}, {3, 1}, {{1}, {1}}, 8 * Eps);
-    // (2, 3) against (2, 0) for −x1 ≤ −1 and different upper bounds of x1.
+    // The points are (2, 3) and (2, 0). −x1 ≤ −1 holds at both; the upper bound of x1 varies.
     expectMove("nearest is less wrong", e0, {2}, {-9, 1}, {9, 2.5}, {5, 3}, {{2}, {3}});
     expectMove("both are as wrong", e0, {2}, {-9, 1}, {9, 2}, {5, 3}, {{2}, {3}});
     expectMove("shortest is less wrong", e0, {2}, {-9, 1}, {9, 1.5}, {5, 3}, {{2}, {0}});

@@ -1,4 +1,4 @@
-// The lists that a solve starts with, and what leaves as dependent.
+// The initial lists of a solve, and which of their entries leave as dependent.
 #include <cmath>
 #include <optional>
 
@@ -10,7 +10,7 @@ namespace {
 class InitialWorkingSet : public FreshState {};
 
 TEST_F(InitialWorkingSet, WhatIsTooMuchIsDroppedFromTheEndUpperBoundsFirst) {
-    using Counts = std::vector<size_t>;  // fixed, eq, ineq, lower, upper; three variables
+    using Counts = std::vector<size_t>;  // fixed, eq, ineq, lower, upper; there are three variables
     const std::pair<Counts, Counts> cases[] = {{{0, 0, 1, 1, 1}, {0, 0, 1, 1, 1}},
                                                {{0, 1, 1, 1, 1}, {0, 1, 1, 1, 0}},
                                                {{0, 2, 2, 1, 0}, {0, 2, 1, 0, 0}},
@@ -30,14 +30,14 @@ TEST_F(InitialWorkingSet, WhatIsTooMuchIsDroppedFromTheEndUpperBoundsFirst) {
             EXPECT_EQ(vxGetM(lists[k].get()), after[k]) << "list " << k;
         }
         solver.reset();
-        for (size_t k = 0; k < 5; ++k) {  // who shares them finds them as long as they were
+        for (size_t k = 0; k < 5; ++k) {  // other owners of the lists still see their full length
             EXPECT_EQ(vxGetM(lists[k].get()), before[k]) << "list " << k;
         }
     }
 }
 
 TEST_F(InitialWorkingSet, InequalitiesThatDependOnTheRestLeaveAndEqualitiesStay) {
-    // The equality is e0; rows are 2·e0, e1, 3·e1, e1, e2; the only lower bound is on variable 1.
+    // The equality is e0; the rows are 2·e0, e1, 3·e1, e1, e2; only variable 1 has a lower bound.
     Bench bench({.H = {},
                  .c = {1, 1, 1, 1},
                  .A = {{2, 0, 0, 0}, {0, 1, 0, 0}, {0, 3, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}},
@@ -49,14 +49,15 @@ TEST_F(InitialWorkingSet, InequalitiesThatDependOnTheRestLeaveAndEqualitiesStay)
     const struct {
         const char* name;
         Lists lists;
-        Indices expected;  // numbers; one equality, rows from 1, lower bounds from 6
+        Indices expected;  // constraint numbers: one equality, rows from 1, lower bounds from 6
     } cases[] = {
         {"independent", {.eq = {1}, .ineq = {2, 5}, .upper = {4}}, {0, 2, 5, 13}},
         {"longer than the equality", {.eq = {1}, .ineq = {1}}, {0}},
         {"first and last of three depend", {.ineq = {2, 3, 4}}, {3}},
         {"first depends, the last moves", {.ineq = {2, 3, 5}}, {5, 3}},
         {"tie keeps the first", {.ineq = {4, 5}, .lower = {2}}, {4, 5}},
-        // The missing bound has no column: the last column, left empty, stands for the upper one.
+        // The missing bound gets no column. The last column stays empty and stands for the upper
+        // bound.
         {"missing bound", {.lower = {3}, .upper = {4}}, {8}},
     };
     for (const auto& c : cases) {
@@ -78,7 +79,7 @@ TEST_F(InitialWorkingSet, TheRankReportHasItsGoldenText) {
 }
 
 TEST_F(InitialWorkingSet, EqualitiesPivotedLastLeaveUnlessTheyDisagree) {
-    constexpr double Tol = 200 * Eps;  // two variables
+    constexpr double Tol = 200 * Eps;  // for two variables
     const double below = std::nextafter(Tol, 0);
     const struct {
         const char* name;

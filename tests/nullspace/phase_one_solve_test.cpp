@@ -1,4 +1,4 @@
-// Phase one: what it finds, what it hands on, and that it leaves nothing changed behind.
+// Phase one: what it finds, what it hands on, and that it changes nothing else.
 #include "engine/scripted_solver.hpp"
 
 namespace activeset::test {
@@ -33,20 +33,20 @@ TEST_F(PhaseOne, HandsOnAWorkingSetWithoutTheArtificialBoundAndWithRoomToMove) {
         EXPECT_EQ(bench.options.getObjectiveLimit(), -7);
         EXPECT_FALSE(solver.isInitialized());
     };
-    // γ falls from 2 to 1, where the constraint blocks; then both move until γ is 0.
+    // γ falls from 2 to 1, where the constraint blocks. Then x and γ move together until γ = 0.
     const Vector only{1, -Inf, -Inf};
     expectLeft({.H = {}, .c = {1, 1, 1}, .lb = only}, {1, 0, 0}, 0, {}, {1});
     expectLeft({.H = {}, .c = {1, 1}, .A = {{-2, 0}}, .b = {-2}}, {1, 0}, 0, {1}, {});
-    // With one variable not even the one constraint may stay.
+    // With one variable even the only constraint has to leave.
     expectLeft({.H = {}, .c = {1}, .lb = {1}}, {1}, 0, {}, {});
-    // γ ≥ 1 − x, γ ≥ x: the best is ½ at ½; a set of two in one variable is emptied.
+    // γ ≥ 1 − x and γ ≥ x, so γ is at least ½, at x = ½. Both constraints have to leave.
     expectLeft({.H = {}, .c = {1}, .lb = {1}, .ub = {0}}, {.5}, .5, {}, {});
-    // x0 + x1 + x2 = 0 stays; x0 ≥ 1 pulls the others down alike.
+    // x0 + x1 + x2 = 0 stays in the set; x0 ≥ 1 moves x1 and x2 down equally.
     expectLeft({.H = {}, .c = {1, 1, 1}, .Aeq = {{1, 1, 1}}, .beq = {0}, .lb = only}, {1, -.5, -.5},
                0, {}, {1});
 }
 
-// Every allocation of a solve that needs phase one is refused in turn.
+// Refuses each allocation of a solve with phase one in turn.
 TEST_F(PhaseOne, AnErrorAnywhereLeavesCountsAndOptionsAndTheSolverUsable) {
     Bench bench({.H = {{1, 0}, {0, 1}}, .c = {0, 0}, .A = {{-1, -1}}, .b = {-2}, .lb = {1.5, 0}});
     const SizeCounts& sizes = threadState().sizes;
@@ -57,7 +57,7 @@ TEST_F(PhaseOne, AnErrorAnywhereLeavesCountsAndOptionsAndTheSolverUsable) {
         const AllocationFaults faults(failAt);
         try {
             const ASsolution solution = bench.solve();
-            hasFailed = faults.hasFailed();  // a workspace may make do with its minimum
+            hasFailed = faults.hasFailed();  // a workspace can fall back to its minimum
             EXPECT_EQ(solution.getSolutoinState(), ASQP::Optimal);
             expectNear(solution.getxstar(), {{1.5}, {.5}}, 20 * Eps);
             EXPECT_TRUE(bench.solver.getPhaseOneOutcome().hasRun);

@@ -1,4 +1,4 @@
-// The factors follow additions and removals by plane rotations.
+// Plane rotations update the factors after additions and removals.
 #include <algorithm>
 #include <cmath>
 #include <random>
@@ -10,7 +10,7 @@ namespace {
 
 class QRUpdate : public FreshState {
 protected:
-    /// A solver with n variables, room for n constraints and the given columns in the working set.
+    /// A solver with n variables, room for n constraints and the given columns in its working set.
     static void prepare(Bench& bench, const Rows& columns) {
         initialise(bench.solver, bench);
         bench.solver.initializeFactorization();
@@ -57,7 +57,7 @@ TEST_F(QRUpdate, LongSequencesKeepTheProductAndTheTriangle) {
             } else {
                 remove(solver, random() % m);
             }
-            for (size_t k = ActiveSet::getmaConstr(); k < n; ++k) {  // stale: must never be read
+            for (size_t k = ActiveSet::getmaConstr(); k < n; ++k) {  // must never be read
                 solver.getQRwset().setColumn(k, std::vector<double>(n, NaN));
             }
             expectFactorises(solver);

@@ -1,5 +1,5 @@
-// The Cholesky factor of the reduced Hessian that is kept from pass to pass, against the plain
-// computation.
+// The Cholesky factor of the reduced Hessian, updated from pass to pass, compared with a factor
+// that is computed afresh.
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -22,7 +22,8 @@ protected:
         }
         return result;
     }
-    /// Strictly convex, feasible at the origin: n inequalities, bounds on all variables.
+    /// A strictly convex problem with n inequalities and bounds on all variables; the origin is
+    /// feasible.
     Problem randomProblem(size_t n) {
         const OPTMatrix<double> F = matrix(randomRows(n, n));
         Problem problem{.H = rowsOf(F * F.transpose()), .c = {}, .A = randomRows(n, n)};
@@ -40,7 +41,7 @@ protected:
     }
 };
 
-/// The direction by the kept factor alone, whatever the solver took it from.
+/// The direction that the kept factor gives, whatever the solver uses itself.
 OPTMatrix<double> keptDirection(NullSpaceAS& solver, const OPTMatrix<double>& g) {
     OPTMatrix<double> u = solver.getQ().transpose() * g;
     TestAccess::reducedHessian(solver).solve(u.getData() + ActiveSet::getmaConstr());
@@ -50,7 +51,7 @@ OPTMatrix<double> keptDirection(NullSpaceAS& solver, const OPTMatrix<double>& g)
     return solver.getQ() * u * -1.0;
 }
 
-// A factor that is wrong is not used, nor formed again while that is forbidden.
+// A damaged factor is not used, and not formed again while that is forbidden.
 TEST_F(KeptFactor, FollowsEveryChangeOfTheWorkingSet) {
     for (const size_t n : {size_t{2}, size_t{5}, size_t{9}, size_t{23}}) {
         const Problem problem = randomProblem(n);
@@ -104,8 +105,8 @@ TEST_F(KeptFactor, LeavesOutcomeWorkingSetAndPassesAsThePlainComputationHasThem)
     }
 }
 
-// H is L·Lᵀ in reversed order, L with −0.9 everywhere below a unit diagonal: every pivot of an
-// update is 1, yet H is singular to working precision. Only the length of the direction shows it.
+// H is L·Lᵀ in reversed order, where L has a unit diagonal and −0.9 below it. Every pivot of an
+// update is 1, but H is singular to working precision. Only the length of the direction shows it.
 TEST_F(KeptFactor, LetsLapackDecideWhereOnlyTheDirectionShowsASingularMatrix) {
     constexpr size_t N = 40;
     Problem problem{Rows(N, std::vector<double>(N, 0.0)), std::vector<double>(N, -1.0)};
@@ -141,7 +142,7 @@ TEST_F(KeptFactor, LetsLapackDecideWhereOnlyTheDirectionShowsASingularMatrix) {
 }
 
 TEST_F(KeptFactor, IsGivenUpForASingularMatrixAndNotUsedWithoutSymmetry) {
-    // H has rank one: once the constraint leaves, ZᵀHZ is H itself.
+    // H has rank one. Once the constraint has left, ZᵀHZ is H.
     Bench bench({.H = {{1, 1}, {1, 1}}, .c = {-1, -1}, .A = {{1, 0}}, .b = {1}});
     bench.init({}, {1.0});
     bench.solver.initializeFactorization();

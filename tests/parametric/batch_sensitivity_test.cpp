@@ -1,4 +1,4 @@
-// Derivatives of batches beside those of their problems.
+// Derivatives of batches, compared with those of single problems.
 #include "activeset/batch_sensitivity.hpp"
 
 #include <gmock/gmock.h>
@@ -14,7 +14,7 @@ namespace {
 
 class BatchDerivatives : public FreshState {};
 
-// Three times the same shape with other costs, the last one without a feasible point.
+// Three problems of one shape with different costs. The last one is infeasible.
 struct Batch {
     Numbers c, upper, x, y, z;
     Numbers H{2.0, 0.0, 0.0, 4.0};
@@ -69,8 +69,8 @@ TEST_F(BatchDerivatives, AreThoseOfTheirProblems) {
     EXPECT_TRUE(std::isnan(c[4]) && std::isnan(upper[2]));
 }
 
-// min −x₁ − x₂ over x₁ + x₂ ≤ 1, x₁ ≤ 1, x ≥ 0, at the vertex (1, 0), which two sides without a
-// multiplier make one.
+// min −x₁ − x₂ over x₁ + x₂ ≤ 1, x₁ ≤ 1, x ≥ 0 at the vertex (1, 0). Two of the sides that define
+// the vertex have multiplier 0.
 TEST_F(BatchDerivatives, HoldWhatMakesTheVertex) {
     const Numbers costs{-1.0, -1.0}, A{1.0, 1.0}, side{1.0}, lower{0.0, 0.0}, upper{1.0, 2.0};
     const ProblemBatch problems{.count = 1,
@@ -98,7 +98,8 @@ TEST_F(BatchDerivatives, RefuseShapesAndSolutionsOfOthers) {
     EXPECT_THROW(backwardBatch(batch.problems(), batch.solution(), {.x = {batch.y}}, out),
                  std::invalid_argument);
     batch.status.assign(3, Status::Optimal);
-    EXPECT_EQ(backwardBatch(batch.problems(), batch.solution(), {}, out), 0U);  // x = 0 is none
+    EXPECT_EQ(backwardBatch(batch.problems(), batch.solution(), {}, out),
+              0U);  // not optimal
     EXPECT_TRUE(std::isnan(c[0]));
 }
 

@@ -1,4 +1,4 @@
-// Factors that a solve has kept, beside the equations that they solve.
+// The factors that a solve has kept solve the equations of its working set.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -19,7 +19,8 @@ class KeptFactorsOf : public FreshState {};
 
 const Settings Keeping{.keepFactors = true};
 
-// H of condition 400 times a power of two, m rows of which the first is an equality, a box.
+// H has condition 400 and is scaled by a power of two. There are m rows, the first an equality, and
+// a box.
 Sample sampleOf(std::size_t n, std::size_t m, unsigned seed) {
     std::mt19937_64 bits(seed);
     std::normal_distribution<double> normal;
@@ -55,7 +56,8 @@ Sample sampleOf(std::size_t n, std::size_t m, unsigned seed) {
     return s;
 }
 
-// Along a change of c and all sides: H·dx + dc + Aᵀdy + dz = 0, and what holds moves by its side.
+// For a change of c and all sides: H·dx + dc + Aᵀdy + dz = 0, and active constraints move with
+// their sides.
 void expectSolution(const Sample& s, const Result& r, const SolutionChange& d, const Sample& by) {
     constexpr double Rounding = 1e-9;
     for (std::size_t j = 0; j < s.n; ++j) {
@@ -86,7 +88,8 @@ void expectSolution(const Sample& s, const Result& r, const SolutionChange& d, c
     }
 }
 
-// Of the small road; of a guess, without held bounds in the system; of the block dual method.
+// The factors of the method for small problems, of a guess, whose system has no held bounds, and of
+// the block dual method.
 TEST_F(KeptFactorsOf, EachRoadSolveTheEquations) {
     for (const auto& [n, m] : {std::pair{30, 20}, {140, 1}, {140, 0}, {110, 80}}) {
         const Sample s = sampleOf(std::size_t(n), std::size_t(m), 1);
@@ -113,7 +116,7 @@ TEST_F(KeptFactorsOf, EachRoadSolveTheEquations) {
     }
 }
 
-// Two equal rows: the small road holds one of them, the working set names both.
+// Of two equal rows the method for small problems holds one; the working set names both.
 TEST_F(KeptFactorsOf, DependentMembersAreNotUsed) {
     Sample s = sampleOf(10, 2, 3);
     for (std::size_t j = 0; j < s.n; ++j) {

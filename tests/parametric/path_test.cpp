@@ -1,4 +1,4 @@
-// Optima along a parameter beside optima that were solved for one by one.
+// Optima along a parameter, compared with optima of single solves.
 #include "activeset/path.hpp"
 
 #include <gmock/gmock.h>
@@ -20,8 +20,7 @@ struct Rates {
     [[nodiscard]] Direction view() const { return {c, rowLower, rowUpper, lower, upper}; }
 };
 
-// Small integers as often as not, so that several things happen at once; sides that are equal stay
-// so.
+// Half of the rates are small integers, so that several events coincide. Equal sides stay equal.
 Rates randomRates(const Sample& s, unsigned seed) {
     std::mt19937_64 bits(seed);
     std::normal_distribution<double> normal;
@@ -60,7 +59,7 @@ Sample at(Sample s, const Rates& d, double t) {
     return s;
 }
 
-// 200 parameters each: the optimum where the path goes on, none behind its end.
+// Checks 200 parameters: an optimum while the path goes on, none after its end.
 void expectRight(const Sample& s, const Rates& d, double last, bool isStrictlyConvex) {
     const Path path(s.view(), d.view(), 0.0, last);
     ASSERT_THAT(path.status(),
@@ -70,7 +69,7 @@ void expectRight(const Sample& s, const Rates& d, double last, bool isStrictlyCo
     for (int k = 0; k <= 200; ++k) {
         const double t = last * k / 200.0;
         if (std::abs(t - path.end()) < 1e-6 * last && path.end() < last) {
-            continue;  // rounding decides
+            continue;  // rounding decides here
         }
         const Result r = solve(at(s, d, t).view());
         if (t > path.end()) {
@@ -112,8 +111,8 @@ TEST_F(Paths, OfAnyConvexProblemsEndWithTheProof) {
     }
 }
 
-// Any feasible point is an optimum until costs move, and every breakpoint is one of many
-// constraints.
+// Without costs any feasible point is an optimum until costs move. Many constraints meet at every
+// breakpoint.
 TEST_F(Paths, OfProblemsWithoutObjectiveGoOn) {
     for (unsigned seed = 0; seed < 150; ++seed) {
         SCOPED_TRACE(seed);
@@ -138,7 +137,7 @@ TEST_F(Paths, OfProblemsWithoutObjectiveGoOn) {
     }
 }
 
-// min ½x² − t·x, x ≤ 1: x = t up to 1, then 1; the multiplier of the bound is t − 1.
+// min ½x² − t·x, x ≤ 1: x = t up to t = 1, then x = 1 with the multiplier t − 1.
 TEST_F(Paths, HaveTheirBreakpointsExactly) {
     const double H[] = {1.0}, c[] = {0.0}, upper[] = {1.0}, rate[] = {-1.0};
     const Path path({.H = {H, 1, 1}, .c = c, .upper = upper}, {.c = rate}, 0.0, 3.0);
@@ -154,7 +153,7 @@ TEST_F(Paths, HaveTheirBreakpointsExactly) {
     EXPECT_EQ(path.at(3.0).objective, -2.5);
 }
 
-// min −x, x ≤ 1 + t, 0·x ≤ 1 − t: infeasible behind 1. min −t·x, x ≥ 0: unbounded behind 0.
+// min −x, x ≤ 1 + t, 0·x ≤ 1 − t is infeasible for t > 1. min −t·x, x ≥ 0 is unbounded for t > 0.
 TEST_F(Paths, EndWhereTheyMust) {
     const double minus[] = {-1.0}, upper[] = {1.0}, one[] = {1.0}, A[] = {0.0};
     const Path first({.c = minus, .A = {A, 1, 1}, .rowUpper = one, .upper = upper},

@@ -1,4 +1,4 @@
-// Ends of ranges beside optima that were solved for there, and a little farther on.
+// The ends of ranges, compared with optima at each end and just beyond it.
 #include "activeset/ranges.hpp"
 
 #include <gmock/gmock.h>
@@ -14,7 +14,7 @@ namespace {
 
 class RangesOf : public FreshState {};
 
-// One number of a problem, and the other one that has to be moved with it.
+// A number of a problem, and the one that has to move with it.
 struct Number {
     Numbers Sample::*part;
     std::vector<Range> Ranges::*ranges;
@@ -34,7 +34,7 @@ Result solvedAt(Sample s, const Number& number, std::size_t k, double value) {
     return solve(s.view());
 }
 
-// An end where two sides meet, which rounding must not cross.
+// The end of a range; where two sides meet there, rounding must not let them cross.
 double uncrossed(const Sample& s, const Number& number, std::size_t k, double end) {
     const double twin = (s.*number.twin)[k];
     const bool isLower = number.part == &Sample::rowLower || number.part == &Sample::lower;
@@ -46,8 +46,8 @@ double uncrossed(const Sample& s, const Number& number, std::size_t k, double en
     return isLower ? std::min(end, twin) : isUpper ? std::max(end, twin) : end;
 }
 
-// Strictly convex, in general position: inside the range the working set is the same and the
-// objective at the end is that of an optimum; outside it is another one.
+// Strictly convex problems in general position. Inside a range the working set does not change, and
+// the objective at its end is that of an optimum. Outside the working set is different.
 TEST_F(RangesOf, NumbersEndWhereTheWorkingSetChanges) {
     int ends = 0;
     for (unsigned seed = 1; seed < 120; seed += 2) {
@@ -81,7 +81,7 @@ TEST_F(RangesOf, NumbersEndWhereTheWorkingSetChanges) {
                     const Result behind = solvedAt(s, number, k, end + step);
                     ASSERT_TRUE(before);
                     EXPECT_EQ(before.workingSet, r.workingSet);
-                    // Where points end to be feasible, rounding decides whether there is one.
+                    // Where feasibility ends, rounding decides whether a point exists.
                     ASSERT_TRUE(atEnd || !behind);
                     if (!atEnd) {
                         continue;
@@ -96,7 +96,7 @@ TEST_F(RangesOf, NumbersEndWhereTheWorkingSetChanges) {
     EXPECT_GT(ends, 300);
 }
 
-// max 3x + 2y, x + y ≤ 4, x + 3y ≤ 6, x, y ≥ 0: x = 4, y = 0, the second row is loose by 2.
+// max 3x + 2y, x + y ≤ 4, x + 3y ≤ 6, x, y ≥ 0: x = 4, y = 0, and the second row has slack 2.
 TEST_F(RangesOf, ALinearProgramAreThoseOfTheTextbook) {
     const double c[] = {-3, -2}, A[] = {1, 1, 1, 3}, upper[] = {4, 6}, lower[] = {0, 0};
     const Problem problem{.c = c, .A = {A, 2, 2}, .rowUpper = upper, .lower = lower};

@@ -1,4 +1,4 @@
-// The explicit law, in C++ and as compiled C, beside the solver at random parameters.
+// The explicit law, in C++ and as compiled C, compared with the solver at random parameters.
 #include "activeset/regions.hpp"
 
 #include <dlfcn.h>
@@ -20,7 +20,7 @@ namespace {
 
 class ExplicitLaws : public FreshState {};
 
-// A text of C, compiled and loaded, with the strictest warnings.
+// Compiles a text of C, with the strictest warnings, and loads it.
 class Compiled {
 public:
     Compiled(const std::string& code, const std::string& name) {
@@ -57,14 +57,14 @@ private:
     void* function_ = nullptr;
 };
 
-// Model predictive control of a double integrator over five steps: the input is bounded, the state
-// is the parameter, and the speed at the end is.
+// Model predictive control of a double integrator over five steps. The input and the final speed
+// are bounded; the state is the parameter.
 struct Control {
     static constexpr std::size_t N = 5;
     Numbers H, c, A, rowLower, rowUpper, lower, upper, F, rows, least{-10, -5}, most{10, 5};
 
     Control() : H(N * N, 0.0), c(N, 0.0), A(N, 0.0), F(2 * N, 0.0), rows{0.0, -1.0} {
-        // Position and speed after k inputs, as functions of the inputs and the state.
+        // Position and speed after k inputs, as functions of inputs and state.
         for (std::size_t k = 1; k <= N; ++k) {
             Numbers position(N, 0.0);
             for (std::size_t i = 0; i < k; ++i) {
@@ -148,7 +148,7 @@ TEST_F(ExplicitLaws, AreTheOptimaAtRandomParameters) {
     EXPECT_GT(feasible, 50000);
 }
 
-// Strictly convex problems with equalities, two-sided rows and bounds of every kind.
+// Strictly convex problems with equalities, two-sided rows and all kinds of bounds.
 TEST_F(ExplicitLaws, InCSolveWhatTheSolverSolves) {
     for (unsigned seed = 0; seed < 8; ++seed) {
         const Sample s = randomSample(seed, 7, false);
@@ -180,7 +180,7 @@ TEST_F(ExplicitLaws, RefuseWhatDoesNotFit) {
     EXPECT_THROW(Regions({.c = c}, {.least = c, .most = c}), std::invalid_argument);
     EXPECT_THROW(static_cast<void>(solverCode({.c = c}, "f")), std::invalid_argument);
     const Regions law(control.view(), control.parameters());
-    // No identifier; keywords; of math.h; the file's own words.
+    // Names that are no identifiers, keywords, from math.h, or used in the file.
     for (const char* name : {"f(); system", "", "9", "while", "double", "bool", "_f", "main", "exp",
                              "powf", "A", "J0", "append", "PROBLEM_N"}) {
         EXPECT_THROW(static_cast<void>(solverCode(control.view(), name)), std::invalid_argument)

@@ -1,4 +1,4 @@
-// Derivatives of an optimum beside differences of optima that were solved for.
+// Derivatives of an optimum, compared with differences of solved optima.
 #include "activeset/sensitivity.hpp"
 
 #include <gmock/gmock.h>
@@ -30,7 +30,7 @@ Numbers randomNumbers(std::mt19937_64& bits, std::size_t count) {
     return values;
 }
 
-// A direction for all data; sides that are equal move together, H stays symmetric.
+// A random change of all data. Equal sides stay equal, H stays symmetric.
 Sample randomChange(const Sample& s, std::mt19937_64& bits) {
     Sample d = s;
     for (Numbers* part : {&d.H, &d.c, &d.A, &d.rowLower, &d.rowUpper, &d.lower, &d.upper}) {
@@ -88,8 +88,8 @@ Sample differentiable(unsigned seed) {
     return s;
 }
 
-// Differences of fourth order, so that truncation stays below 1e-9 where the working set does not
-// change over the steps.
+// Differences of fourth order: their truncation error is below 1e-9 where the working set stays the
+// same.
 TEST_F(Sensitivities, AgreeWithDifferencesOfOptima) {
     constexpr double Step = 1e-4;
     int compared = 0;
@@ -101,7 +101,7 @@ TEST_F(Sensitivities, AgreeWithDifferencesOfOptima) {
                         randomNumbers(bits, s.n)};
         const Result r = solve(s.view(), {.keepFactors = seed % 2 == 0});
         if (!r) {
-            continue;  // noise made it infeasible
+            continue;  // the noise made it infeasible
         }
         const Sensitivity sensitivity(r, s.view());
         double losses[4] = {};
@@ -163,7 +163,8 @@ TEST_F(Sensitivities, WhereAMultiplierIsZeroAreOneSidedAndSaySo) {
     }
 }
 
-// x₀ + x₁ = 1, twice: x still follows c; half of each multiplier is the shortest pair.
+// x₀ + x₁ = 1, twice. x still follows c. Any split of the multiplier is valid; the shortest is in
+// halves.
 TEST_F(Sensitivities, OfDependentRowsAreTheShortest) {
     const double H[] = {1, 0, 0, 1}, c[] = {0, 0}, A[] = {1, 1, 1, 1}, sides[] = {1, 1};
     const Problem problem{
@@ -181,7 +182,7 @@ TEST_F(Sensitivities, OfDependentRowsAreTheShortest) {
     EXPECT_NEAR(change.y[1], -0.25, 1e-14);
 }
 
-// H = diag(1, 0): x₁ is free in the objective, so its shortest change is none.
+// H = diag(1, 0). The objective does not determine x₁, and its shortest change is 0.
 TEST_F(Sensitivities, WhereTheObjectiveIsFlatAreTheShortest) {
     const double H[] = {1, 0, 0, 0}, c[] = {-1, 0}, dx[] = {1, 1};
     const Problem problem{.H = {H, 2, 2}, .c = c};

@@ -1,4 +1,4 @@
-// The bound split, products with bound rows, stacked residuals, copies.
+// The split of bounds into rows, products with bound rows, stacked residuals, copies.
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -19,7 +19,7 @@ using ConstraintCopies = FreshState;
 
 constexpr double Big = std::numeric_limits<double>::max();
 
-/// Bounds only.
+/// A constraint set of bounds only.
 LinearConstraint bounded(const std::vector<double>& lb, const std::vector<double>& ub) {
     OPTsizes::setnVar(lb.size());
     return {nullptr, nullptr, nullptr, nullptr, column(lb), column(ub)};
@@ -52,7 +52,8 @@ TEST_F(BoundSplit, OnlyFiniteBoundsInsideTheLargestDoubleCount) {
     EXPECT_EQ(OPTsizes::getmConstr(), 0U);
     EXPECT_EQ(none.getAlb().getRows() + none.getAub().getRows(), 0U);
     EXPECT_EQ(none.getAlb().getCols(), 3U);
-    // An impossible lower bound of +Inf is above −BIG, so it is a bound; likewise −Inf above.
+    // A lower bound of +Inf is above −BIG, so it is a bound, though impossible. The same holds for
+    // an upper bound of −Inf.
     LinearConstraint odd = bounded({-inside, Inf, 3}, {inside, -Inf, 3});
     EXPECT_EQ(rowsOf(odd.getblb()), (Rows{{inside}, {-Inf}, {-3}}));
     EXPECT_EQ(rowsOf(odd.getbub()), (Rows{{inside}, {-Inf}, {3}}));
@@ -110,7 +111,7 @@ TEST_F(BoundProducts, EqualThoseOfTheWrittenOutRowsForEveryKindOfNumber) {
     }
 }
 
-/// Doubles A·x, as a derived set may.
+/// Doubles A·x, as a derived class may.
 class Doubled : public LinearConstraint {
 public:
     using LinearConstraint::LinearConstraint;

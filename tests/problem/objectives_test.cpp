@@ -16,9 +16,10 @@ TEST_F(Objectives, TheHessianIsUsedAsItIs) {
         std::vector<double> c, x;
         double value;
         Rows gradient;
-    } cases[] = {// ½xᵀ·H comes before ·x: the 1 is lost in 10²⁰ + 1
+    } cases[] = {// ½xᵀ·H comes first: 10²⁰ + 1 loses the 1
                  {{{1e20, -1e20}, {1, 0}}, {0, 0}, {1, 1}, 0, {{0}, {1}}},
-                 // ½·(3·(1·3 + 2·5) + 5·(−4·3)) + 3 − 5, not the symmetric part's gradient
+                 // ½·(3·(1·3 + 2·5) + 5·(−4·3)) + 3 − 5. The gradient is not that of the symmetric
+                 // part.
                  {{{1, 2}, {-4, 0}}, {1, -1}, {3, 5}, -12.5, {{14}, {-13}}}};
     for (const auto& c : cases) {
         for (vxArray* H : {array(c.H), sparse(c.H)}) {

@@ -1,4 +1,4 @@
-// Option conversions, and the solution record.
+// Conversions of options, and the solution record.
 #include <limits>
 
 #include "support/build.hpp"

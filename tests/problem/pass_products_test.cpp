@@ -1,6 +1,5 @@
-// Products, residuals, rows, values and gradients as the solver's passes take them, against the
-// plain functions: the same bits, whatever the point holds, and a class that changes a plain
-// function changes them with it.
+// Products, residuals, rows, values and gradients that the solver's passes compute have the bits of
+// the plain functions, at any point. A class that overrides a plain function changes both.
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -22,7 +21,7 @@ const Problem Example{.H = {{4, 1, 0}, {1, 3, -1}, {0.5, -1, 2}},
                       .lb = {-1, -Inf, 0.1},
                       .ub = {Inf, 0.7, 2}};
 
-/// Changes one plain function of each kind, and nothing else.
+/// Overrides one plain function of each kind, and nothing else.
 class DoubledProducts : public LinearConstraint {
 public:
     using LinearConstraint::LinearConstraint;
@@ -137,7 +136,7 @@ TEST_F(PassProducts, AreThoseOfThePlainFunctionsBitForBit) {
             expectSame(artificial, extended);
             PhaseOneConstraint relaxed(set);
             expectSame(relaxed, extended);
-            OPTsizes::setmUB(OPTsizes::getmUB() - 1);  // as its maker puts it back
+            OPTsizes::setmUB(OPTsizes::getmUB() - 1);  // as its owner restores it
             OPTsizes::setnVar(3);
         }
     }

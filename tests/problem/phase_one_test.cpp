@@ -77,7 +77,7 @@ TEST_F(RelaxedConstraints, ProductsAndResidualsTakeGammaOff) {
     EXPECT_EQ(rowsOf(relaxed->Aeqconstr(y)), (Rows{{1}}));
     EXPECT_EQ(rowsOf(relaxed->Albconstr(y)), (Rows{{-1}}));
     EXPECT_EQ(rowsOf(relaxed->Aubconstr(y)), (Rows{{0}, {-2}}));
-    // Stacked, the equality's residual is relaxed as well: 7 − 6 − 2.
+    // In the stack the equality's residual is relaxed as well: 7 − 6 − 2.
     EXPECT_EQ(values(relaxed->constrViolation(y)), (std::vector<double>{-1, 5, -1, 0, -2}));
     expectCounts(5, 2);
 }
@@ -87,7 +87,7 @@ TEST_F(RelaxedConstraints, CountsAreAsBeforeWhenTheMainSetOrMemoryFails) {
     expectRaises(MatrixFault, "Incompatible dimensions for matrix multiplication",
                  [&] { static_cast<void>(relaxed->constrViolation(tooShort)); });
     expectCounts(5, 2);
-    OPTsizes::setmConstr(4);  // the main set's own
+    OPTsizes::setmConstr(4);  // the counts of the main set
     OPTsizes::setmUB(1);
     for (const std::uint64_t failAt : {1U, 2U}) {
         const AllocationFaults faults(failAt);

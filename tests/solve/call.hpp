@@ -1,4 +1,4 @@
-// Calls of the entry function: seventeen arrays in, eight out, compared bit for bit.
+// Calls of the entry function: 17 arrays in, 8 out, compared bit for bit.
 #ifndef ACTIVESET_TESTS_SOLVE_CALL_HPP
 #define ACTIVESET_TESTS_SOLVE_CALL_HPP
 
@@ -15,7 +15,7 @@
 
 namespace activeset::test {
 
-/// Places of the inputs in the signature.
+/// Positions of the inputs in the signature.
 struct Input {
     enum : size_t {
         H,
@@ -50,7 +50,7 @@ inline std::vector<std::uint64_t> bits(const Numbers& numbers) {
     return result;
 }
 
-/// What a call returned. Equal means: the same bits.
+/// The results of a call. Two are equal if all bits are.
 struct Result {
     Numbers x;
     double f = NaN;
@@ -71,7 +71,7 @@ struct Limits {
     double tolX = 1e-8;
 };
 
-/// The arrays of a call, in the open scope.
+/// The arrays of a call; they belong to the open scope.
 inline Inputs inputsOf(const Problem& problem, const Limits& limits = {}) {
     const size_t n = problem.n();
     return {array(problem.H, n),
@@ -121,7 +121,7 @@ inline Result solve(const Problem& problem, const Limits& limits = {}) {
     return solve(inputsOf(problem, limits));
 }
 
-/// All that an array is made of, to see whether it was written to.
+/// Everything that an array consists of, to show whether it was written to.
 struct Snapshot {
     explicit Snapshot(const vxArray* array) {
         if (array == nullptr) {

@@ -1,4 +1,4 @@
-// The contract of the entry function: what it takes, gives, leaves alone and raises.
+// The contract of the entry function: what it accepts, returns, leaves alone and raises.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -44,10 +44,10 @@ TEST_F(EntryFunction, ResultsAreThoseFoundByHand) {
     EXPECT_NEAR(withEqualities.x.at(1), 0.0, 1e-14);
     EXPECT_EQ(withEqualities.lists[0].size(), 1U);
     EXPECT_EQ(withEqualities.lists[2], Numbers{2});
-    EXPECT_NEAR(withEqualities.lambda.at(3), 1.0, 1e-14);  // behind the equalities and x1's
+    EXPECT_NEAR(withEqualities.lambda.at(3), 1.0, 1e-14);  // of the lower bound of x2
 }
 
-/// A call that must raise, as a change to the triangle's call.
+/// A call that must raise: the triangle's call with one change.
 struct Mistake {
     std::string name;
     std::function<void(Inputs&)> make;
@@ -123,7 +123,7 @@ std::vector<Mistake> mistakes() {
 
 TEST_F(EntryFunction, MistakesAreRaisedAndLeaveNoTrace) {
     const Result expected = solve(triangle());
-    static_cast<void>(solve(box(3)));  // so that the counts are those of another problem
+    static_cast<void>(solve(box(3)));  // leaves the counts of another problem
     for (const Mistake& mistake : mistakes()) {
         SCOPED_TRACE(mistake.name);
         const auto countsBefore = counts();
@@ -159,7 +159,7 @@ TEST_F(EntryFunction, TheEightProblemArraysMustBeRealDenseDoubles) {
         for (size_t kind = 0; kind < unfit.size(); ++kind) {
             SCOPED_TRACE("input " + std::to_string(place) + ", kind " + std::to_string(kind));
             Inputs in = inputsOf(triangle());
-            in[Input::c] = column({1, 2, 3});  // would be a size mismatch, but comes second
+            in[Input::c] = column({1, 2, 3});  // a size mismatch, which is only noticed later
             in[place] = unfit.at(kind);
             Outputs out{};
             expectRaises("optim:src:DataTypeError", text, [&] { invoke(in, out); });
@@ -173,7 +173,7 @@ TEST_F(EntryFunction, InputsComeBackBitForBit) {
         SCOPED_TRACE(example.name);
         const PendingInterrupt flag(example.isInterrupted);
         Problem problem = example.problem;
-        problem.Wlower = {2, 1};  // with the equalities or the row more than fit: gets shortened
+        problem.Wlower = {2, 1};  // shortened: too long beside equalities or the row
         problem.Wineq.assign(problem.A.size(), 1);
         const Inputs in = inputsOf(problem, example.limits);
         const auto before = snapshots(in);

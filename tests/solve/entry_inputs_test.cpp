@@ -1,4 +1,4 @@
-// Options and lists of unusual shape, class or value: the entry function takes what it can read.
+// Options and lists of unusual shape, class or value: the entry function accepts what it can read.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -24,7 +24,7 @@ protected:
     }
 };
 
-/// The same numbers in every class and storage that an unexamined input may have.
+/// The same numbers in every class and storage that an unchecked input may have.
 std::vector<const vxArray*> inEveryClass(const Numbers& numbers) {
     const auto filled = [&](vxClass elementClass, auto zero) {
         vxArray* result =
@@ -47,7 +47,7 @@ std::vector<const vxArray*> inEveryClass(const Numbers& numbers) {
 
 TEST_F(EntryInputs, MaxIterIsTruncatedAndSaturates) {
     const auto passes = [](double maxIter) { return passesWith(vxCreateDoubleScalar(maxIter)); };
-    EXPECT_EQ(passes(2.9), 3);  // ends when the counter exceeds the limit
+    EXPECT_EQ(passes(2.9), 3);  // the solve ends when the counter exceeds the limit
     EXPECT_EQ(passes(-0.5), 1);
     EXPECT_EQ(passes(-7.0), 1);
     EXPECT_EQ(passes(NaN), 1);
@@ -73,7 +73,7 @@ TEST_F(EntryInputs, MissingOptionsTakeTheDefaults) {
         }
         EXPECT_EQ(solve(in), expected);
     }
-    // The limit is 100: the 101st pass is the last one.
+    // With a limit of 100 the 101st pass is the last.
     in = inputsOf(box(120));
     in[Input::MaxIter] = nullptr;
     EXPECT_EQ(solve(in).state, ASQP::MaxIterReached);
@@ -96,7 +96,7 @@ TEST_F(EntryInputs, DisplayThatIsNoTextPrintsTheFinalLineAndUnknownTextNothing) 
     EXPECT_EQ(printed(vxCreateCharArray("Iter")), "");
 }
 
-// Where the solve starts shows in its path: box(6) from the upper bounds of some variables.
+// The path shows where a solve starts: box(6) from the upper bounds of some variables.
 TEST_F(EntryInputs, StartAndListsMayHaveAnyClassAndStorage) {
     Problem problem = box(6);
     problem.A = {{1, 1, 1, 1, 1, 1}};
@@ -133,7 +133,7 @@ TEST_F(EntryInputs, AListWithoutElementsIsEmptyWhateverItsShape) {
     }
 }
 
-// To count to such a dimension takes centuries.
+// Counting up to such a dimension would take centuries.
 TEST_F(EntryInputs, AStartWithoutElementsIsRefusedWhateverItsShape) {
     Inputs in = inputsOf(triangle());
     constexpr auto Huge = std::numeric_limits<size_t>::max();
@@ -161,8 +161,8 @@ TEST_F(EntryInputs, FractionalIndicesAreTruncatedAfterSubtractingOne) {
     EXPECT_EQ(solve(in), expected);
 }
 
-// An upper bound that does not exist is dropped like a dependent one. The number of such a lower
-// bound (or upper bound 0) is another kind's, where it is not found.
+// An upper bound that does not exist is dropped like a dependent one. Such a lower bound (or upper
+// bound 0) gets the number of another kind, and is not found there.
 TEST_F(EntryInputs, IndicesThatDoNotExistAreDroppedOrRaised) {
     Problem problem = triangle();
     problem.ub = {9, 9};

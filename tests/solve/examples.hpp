@@ -1,4 +1,4 @@
-// Small problems whose outcome is known by hand, one for each way in which a call can end.
+// Small problems with a known outcome, one for each way in which a call can end.
 #ifndef ACTIVESET_TESTS_SOLVE_EXAMPLES_HPP
 #define ACTIVESET_TESTS_SOLVE_EXAMPLES_HPP
 
@@ -13,22 +13,22 @@
 
 namespace activeset::test {
 
-/// The point of the triangle x ≥ 0, x1 + x2 ≤ 2 nearest to (3, 2): (1.5, 0.5), where the row has
-/// multiplier 1.5 and the objective is −4.25. The start is a corner.
+/// The point of the triangle x ≥ 0, x1 + x2 ≤ 2 that is nearest to (3, 2): (1.5, 0.5). The row has
+/// multiplier 1.5, the objective is −4.25, and the start is a corner.
 inline Problem triangle() {
     return {.H = {{1, 0}, {0, 1}}, .c = {-3, -2}, .A = {{1, 1}}, .b = {2}, .lb = {0, 0}};
 }
 
-/// The same with a start that violates everything.
+/// The same with a start that violates every constraint.
 inline Problem triangleFromOutside() {
     Problem problem = triangle();
     problem.x0 = {-5, 9};
     return problem;
 }
 
-/// Minimises Σ(½x_k² − 10k·x_k) over 0 ≤ x ≤ 1: x = 1, objective ½n − 5n(n + 1), the multiplier of
-/// upper bound k is 10k − 1. From zero, every pass but the last takes in one bound, the last
-/// variable's first.
+/// Minimises Σ(½x_k² − 10k·x_k) over 0 ≤ x ≤ 1. At x = 1 the objective is ½n − 5n(n + 1), and upper
+/// bound k has the multiplier 10k − 1. From zero, every pass but the last adds one bound, that of
+/// the last variable first.
 inline Problem box(size_t n) {
     Problem problem{.H = Rows(n, Numbers(n, 0.0)),
                     .c = Numbers(n),
@@ -55,7 +55,7 @@ inline Problem contradiction() {
     return problem;
 }
 
-/// Equalities, one of them superfluous, and a lower bound with multiplier 1 at (2, 0).
+/// Two equalities, one of them redundant, and a lower bound with multiplier 1. x = (2, 0).
 inline Problem dependent() {
     return {.H = {{1, 0}, {0, 1}},
             .c = {-3, 0},
@@ -71,8 +71,7 @@ inline Problem flat() {
     return problem;
 }
 
-/// Many passes in both phases: rows that (1, …, 1) satisfies, from a start that violates most of
-/// them.
+/// Takes many passes in both phases. (1, …, 1) satisfies the rows; the start violates most of them.
 inline Problem longWay(std::uint32_t seed, size_t n, size_t rows) {
     std::mt19937 generator(seed);
     std::normal_distribution<double> normal;
@@ -105,7 +104,7 @@ struct Example {
     bool isInterrupted = false;
 };
 
-/// Every outcome that a call can have.
+/// One example for each outcome of a call.
 inline std::vector<Example> examples() {
     return {{"optimal", triangle(), ASQP::Optimal},
             {"optimal after phase one", triangleFromOutside(), ASQP::Optimal},
@@ -117,7 +116,7 @@ inline std::vector<Example> examples() {
             {"not positive definite", flat(), ASQP::HessianNotPositiveDefinite}};
 }
 
-/// The interrupt flag is pending while this lives.
+/// The interrupt flag is set while this object lives.
 class PendingInterrupt {
 public:
     explicit PendingInterrupt(bool isPending = true) {

@@ -1,4 +1,4 @@
-// Solves that are stopped in the middle, by the interrupt flag or by an error.
+// Solves that the interrupt flag or an error stops in the middle.
 #include <gtest/gtest.h>
 #include <sys/time.h>
 
@@ -23,22 +23,22 @@ using std::chrono::steady_clock;
 
 class Interrupts : public FreshState {
 protected:
-    /// Has one solve after another interrupted, each after a random time, until many have not got
-    /// to their end. `arm` sees to it that the flag is set after that time, and returns what is to
-    /// be called before the flag may be cleared.
+    /// Interrupts one solve after another, each after a random time, until many have ended early.
+    /// `arm` arranges that the flag is set after that time. It returns what must be called before
+    /// the flag may be cleared.
     template <class Arm>
     void interruptMany(Arm arm) {
         constexpr std::uint32_t Seed = 20;
         constexpr int Wanted = 40;
         SCOPED_TRACE("seed " + std::to_string(Seed));
         std::mt19937 generator(Seed);
-        // Milliseconds, so that a thread that is woken finds it still going.
+        // The solve takes milliseconds, so that a woken thread finds it running.
         const Problem problem = longWay(Seed, 120, 70);
         const auto start = steady_clock::now();
         const std::vector<std::uint64_t> undisturbed = bits(solve(problem).x);
         const auto longest = std::chrono::duration_cast<microseconds>(steady_clock::now() - start);
         std::uniform_int_distribution<std::int64_t> times(1, longest.count());
-        // On a busy machine most flags come too late: after a while fewer will do.
+        // On a busy machine most flags come too late, so the time limits the number of trials.
         const auto patience = start + std::chrono::seconds(20);
         int interrupted = 0;
         for (int trial = 0; interrupted < Wanted && steady_clock::now() < patience; ++trial) {
@@ -63,7 +63,7 @@ protected:
     }
 
 private:
-    /// Counts the rows of each phase at which the flag is up: every pass ends with one.
+    /// Counts the rows of each phase at which the flag is set. Every pass ends with a row.
     ASsolution solveAndCount(Bench& bench, const Problem& problem) {
         pending_ = {};
         RowOptions options([&] {
@@ -83,7 +83,7 @@ private:
         const int state = solution.getSolutoinState();
         const int phaseOne = bench.solver.getPhaseOneOutcome().state;
         const Numbers x = values(solution.xstarRef());
-        // Seen at the end of a pass that had looked at the flag before, and of the pass after it.
+        // The pass that was running had already looked at the flag; the next one sees it.
         EXPECT_LE(pending_[1], 2U);
         EXPECT_LE(pending_[0], 2U);
         EXPECT_EQ(utInterruptMode::depth(), 0);
@@ -107,7 +107,7 @@ private:
         EXPECT_NEAR(solution.fstarRef()(0, 0), f, 1e-12 * (1.0 + std::abs(f)));
     }
 
-    std::array<unsigned, 2> pending_{};  ///< rows of the main loop, rows of phase one
+    std::array<unsigned, 2> pending_{};  ///< of the main loop, of phase one
 };
 
 using InterruptThreads = Interrupts;
@@ -141,7 +141,7 @@ TEST_F(Interrupts, OnlyTheLowestBitOfTheFlagCounts) {
     EXPECT_EQ(utInterruptState::flags_pending, 0xFE);
 }
 
-/// A console that breaks: throws at one line.
+/// A console that throws at one line.
 class BreakingConsole : public std::streambuf {
 public:
     explicit BreakingConsole(size_t at) : left_(at), previous_(std::cout.rdbuf(this)) {
@@ -175,7 +175,7 @@ TEST_F(Interrupts, AnErrorInMidLoopLeavesTheModeAndNothingBehind) {
     Inputs in = inputsOf(problem);
     in[Input::Display] = vxCreateCharArray("testing");
     size_t raised = 0;
-    // The error comes from the option record at one row in turn, then from the console.
+    // The option record raises an error at each row in turn; then the console does.
     const auto raisesAt = [&](size_t row, bool isConsole) {
         const CallScope scope;
         Outputs out{};
@@ -206,7 +206,7 @@ TEST_F(Interrupts, AnErrorInMidLoopLeavesTheModeAndNothingBehind) {
         for (size_t row = 0; raisesAt(row, isConsole); ++row) {
             EXPECT_EQ(utInterruptMode::depth(), 0);
             EXPECT_EQ(utInterruptMode::current(), -1);
-            EXPECT_EQ(solve(problem), expected);  // releases the pool, too
+            EXPECT_EQ(solve(problem), expected);  // also releases the pool
             EXPECT_EQ(liveArrayCount(), arrays);
         }
     }

@@ -1,6 +1,6 @@
-// Failures inside LAPACK: what is said, that nothing is left behind, and that the next call is as
-// good as new. Of the routines, only the triangular and the least-squares solve can fail by data;
-// Cholesky's failure is an outcome.
+// Failures inside LAPACK: their messages, that nothing is left behind, and that the next call
+// works. Only the triangular and the least-squares solve can fail because of data. A failure of
+// Cholesky is an outcome.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,7 +14,7 @@
 namespace activeset::test {
 namespace {
 
-/// Its rows are zero when one is asked for, although its products are those of the matrix.
+/// A single row is zero, although products use the true matrix.
 class RowlessConstraint : public LinearConstraint {
 public:
     using LinearConstraint::LinearConstraint;
@@ -25,7 +25,7 @@ public:
 
 class LapackFaults : public FreshState {
 protected:
-    /// After the scope in which the action runs, everything must be as before.
+    /// After the scope of the action everything must be as before.
     template <class Action>
     static void expectNoTraceOf(Action action) {
         const Result expected = solve(triangleFromOutside());
@@ -56,7 +56,7 @@ TEST_F(LapackFaults, AZeroOnTheDiagonalOfRIsRaised) {
     });
 }
 
-// The second row repeats the first: a zero on the diagonal of the factor.
+// The second row repeats the first one, so that the factor has a zero on its diagonal.
 TEST_F(LapackFaults, AStartThatTheLeastSquaresSolveCanNotMoveStaysAndIsReported) {
     expectNoTraceOf([] {
         Problem problem = triangle();
@@ -71,7 +71,7 @@ TEST_F(LapackFaults, AStartThatTheLeastSquaresSolveCanNotMoveStaysAndIsReported)
     });
 }
 
-// LAPACK does not look for NaN: it goes through to the result, by whatever way it comes in.
+// LAPACK does not check for NaN. It reaches the result, wherever it enters.
 TEST_F(LapackFaults, NaNInTheLeastSquaresSolveReachesTheResultAndNothingElse) {
     const Problem plain{.H = {{1, 0}, {0, 1}}, .c = {-3, 0}, .A = {{1, 1}}, .b = {1}};
     std::vector<Problem> problems(4, plain);

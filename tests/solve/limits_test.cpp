@@ -1,5 +1,5 @@
-// What an outcome does not promise: the examples of docs/limits.md, each pinned as it is today. A
-// change here is a change of what callers may conclude.
+// What an outcome does not promise: the examples of docs/limits.md. A change here changes what
+// callers may conclude.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -22,19 +22,20 @@ struct FalseOptimum {
 
 TEST_F(OutcomeLimits, OptimalIsSaidOfPointsThatAreNot) {
     const FalseOptimum examples[] = {
-        // Unbounded along (1, −1): one step along −g, nothing blocks, nothing is active.
+        // Unbounded along (1, −1). One step along −g is taken; nothing blocks and nothing is
+        // active.
         {"singular H, empty working set", {{{1, 1}, {1, 1}}, {-1, 1}}, {1, -1}},
-        // The minimum is at ±∞, yet the same happens.
+        // The objective is unbounded below, but the solve ends in the same way.
         {"indefinite H, empty working set", {{{1, 0}, {0, -1}}, {-1, 0}, {}, {}}, {1, 0}},
-        // The step takes the upper triangle of H for both: (2 0; 0 2)·p = (2, 3).
+        // The step takes both halves from the upper triangle of H: (2 0; 0 2)·p = (2, 3).
         {"H not symmetric", {{{2, 0}, {1, 2}}, {-2, -3}}, {1, 1.5}},
-        // Its norm is not a number, so the direction counts as none.
+        // The norm of the direction is NaN, so there is no direction.
         {"NaN in c", {{{1}}, {NaN}}, {0}},
-        // Violated by 1e-7, which TolCon allows: in x that is 100.
+        // The row is violated by 1e-7, which TolCon allows. In x that is 100.
         {"a small row", {{{1}}, {0}, {{-1e-9}}, {-1e-7}}, {0}},
-        // The direction is shorter than TolX although the gradient is not zero.
+        // The direction is shorter than TolX, but the gradient is not zero.
         {"a small gradient", {{{1}}, {-5e-9}}, {0}},
-        // The upper bound of x1 is taken for a lower one, with right-hand side 0.
+        // The upper bound of x1 becomes a lower one with right-hand side 0.
         {"a list with a bound that does not exist",
          {.H = {{1, 0}, {0, 1}},
           .c = {-3, 0},
@@ -44,7 +45,7 @@ TEST_F(OutcomeLimits, OptimalIsSaidOfPointsThatAreNot) {
           .Wupper = {1}},
          {0, 0},
          1},
-        // The bound of x1 takes the column of the entry 0, and leaves the working set for it.
+        // The bound of x1 gets the column of the entry 0, and leaves the working set instead of it.
         {"a list that counts from 0",
          {.H = {{1, 0}, {0, 1}}, .c = {-3, -2}, .ub = {1, 1}, .Wupper = {0, 1}},
          {0, 1},
@@ -62,14 +63,14 @@ TEST_F(OutcomeLimits, OptimalIsSaidOfPointsThatAreNot) {
     }
 }
 
-// A rate counts from 1000·ε·‖p‖ on. Here ‖p‖ is 2⁵⁰, and x₂ approaches its bound at a rate of 1.
+// A rate counts from 1000·ε·‖p‖ on. Here ‖p‖ is 2⁵⁰ and x₂ approaches its bound at a rate of 1.
 TEST_F(OutcomeLimits, AVeryLongDirectionGoesThroughTheConstraints) {
     Problem problem{.H = {{0x1p-50, 0}, {0, 1}}, .c = {-1, -1}, .ub = {Inf, 0.5}};
     const Result alone = solve(problem);
     EXPECT_EQ(alone.state, ASQP::Optimal);
     EXPECT_EQ(alone.x, (Numbers{0x1p50, 1.0}));
 
-    // Two more at their bounds; the multipliers let the one go that has no curvature.
+    // Two more variables are at their bounds. The one without curvature leaves the working set.
     problem.H = {{0x1p-50, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 1}};
     problem.c = {-1, -1, -1, 1};
     problem.lb = {-Inf, -Inf, 0, 0};
@@ -87,7 +88,7 @@ TEST_F(OutcomeLimits, ALinearObjectiveWithNothingActiveIsCalledOptimalAtInfinity
     EXPECT_EQ(solution.xstarRef()(0, 0), -1e30);
 }
 
-// x ≥ 1 from x = 0 is feasible, but not within no passes at all.
+// From x = 0, x ≥ 1 can be satisfied, but not without a pass.
 TEST_F(OutcomeLimits, AStopInsidePhaseOneIsReportedAsInfeasible) {
     Problem problem{{{1.0}}, {0.0}};
     problem.lb = {1.0};
@@ -97,14 +98,14 @@ TEST_F(OutcomeLimits, AStopInsidePhaseOneIsReportedAsInfeasible) {
     EXPECT_EQ(cutShort.solver.getPhaseOneOutcome().state, ASQP::MaxIterReached);
     EXPECT_GT(cutShort.solver.getPhaseOneOutcome().violation, 0.0);
 
-    problem.ub = {0.0};  // a proof: no point violates both bounds by less than one half
+    problem.ub = {0.0};  // a proof: every point violates a bound by at least one half
     Bench proven(problem);
     EXPECT_EQ(proven.solve().getSolutoinState(), ASQP::Infeasible);
     EXPECT_EQ(proven.solver.getPhaseOneOutcome().state, ASQP::Optimal);
     EXPECT_NEAR(proven.solver.getPhaseOneOutcome().violation, 0.5, 1e-12);
 }
 
-// x ≥ 1e5. On the row, γ falls by 1e-10 with a step of length one.
+// The row means x ≥ 1e5. Along it γ falls by 1e-10 with a step of length one.
 TEST_F(OutcomeLimits, ARowSoSmallThatPhaseOneTakesNoStepIsReportedAsInfeasible) {
     Bench bench(Problem{{{1.0}}, {0.0}, {{-1e-10}}, {-1e-5}});
     EXPECT_EQ(bench.solve().getSolutoinState(), ASQP::Infeasible);
@@ -115,7 +116,7 @@ TEST_F(OutcomeLimits, ARowSoSmallThatPhaseOneTakesNoStepIsReportedAsInfeasible) 
 TEST_F(OutcomeLimits, EqualitiesThatAgreeToRoundingCanCountAsInconsistent) {
     Problem problem{{{1.0, 0.0}, {0.0, 1.0}}, {0.0, 0.0}};
     problem.Aeq = {{1.0, 1.0}, {1.0, 1.0}};
-    problem.beq = {1e7, std::nextafter(1e7, 1e8)};  // apart by rounding
+    problem.beq = {1e7, std::nextafter(1e7, 1e8)};  // they differ by rounding
     EXPECT_EQ(solve(problem).state, ASQP::DependentConstraints);
 }
 
@@ -129,7 +130,7 @@ TEST_F(OutcomeLimits, WhatWasDroppedAsDependentIsTold) {
     EXPECT_EQ(bench.solver.getRepairCount(), 0);
 }
 
-// The working set changed after its multipliers were computed.
+// The working set has changed since its multipliers were computed.
 TEST_F(OutcomeLimits, MultipliersOfOtherOutcomesAreNotThoseOfThePoint) {
     Problem problem{{{1.0, 0.0}, {0.0, 1.0}}, {-3.0, -2.0}};
     problem.ub = {1.0, 1.0};

@@ -1,4 +1,4 @@
-// Whole calls while memory runs out, at every request in turn.
+// Whole calls with every request for memory refused in turn.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -18,8 +18,8 @@ protected:
         Result result;
     };
 
-    /// The call with `failures` requests refused from number `failAt` on. Whatever happens, only
-    /// the results may be left over, and none after an error.
+    /// A call in which `failures` requests are refused, from number `failAt` on. Only results may
+    /// remain after it, and nothing after an error.
     static Outcome callWith(const Problem& problem, std::uint64_t failAt, std::uint64_t failures) {
         const CallScope scope;
         const Inputs in = inputsOf(problem);
@@ -54,7 +54,7 @@ protected:
         return outcome;
     }
 
-    /// Requests to the allocators during the undisturbed call.
+    /// The number of allocations of the undisturbed call.
     static std::uint64_t requestsOf(const Problem& problem) {
         const CallScope scope;
         const Inputs in = inputsOf(problem);
@@ -71,7 +71,7 @@ const std::vector<Problem>& representativeProblems() {
     return problems;
 }
 
-// Only a workspace has a second, smaller request to fall back to.
+// Only a workspace can fall back to a second, smaller request.
 TEST_F(MemoryFaults, OneRefusedRequestIsRaisedOrMakesNoDifference) {
     for (const Problem& problem : representativeProblems()) {
         const Result expected = solve(problem);
@@ -79,7 +79,7 @@ TEST_F(MemoryFaults, OneRefusedRequestIsRaisedOrMakesNoDifference) {
         std::uint64_t raised = 0;
         for (std::uint64_t request = 1; request <= requests; ++request) {
             SCOPED_TRACE("request " + std::to_string(request));
-            static_cast<void>(solve(box(3)));  // the counts must stay what they were
+            static_cast<void>(solve(box(3)));  // sets the counts, which must stay the same
             const Outcome outcome = callWith(problem, request, 1);
             raised += outcome.raised ? 1 : 0;
             if (!outcome.raised) {

@@ -1,5 +1,5 @@
-// Calls of the entry function of every kind, for tests that make very many of them: optimal or not,
-// refused as misuse, cut short by the interrupt flag or by memory running out.
+// Calls of the entry function of every kind, for tests with many calls: optimal or not, refused as
+// misuse, ended by the interrupt flag or by lack of memory.
 #ifndef ACTIVESET_TESTS_SOLVE_MIXED_CALLS_HPP
 #define ACTIVESET_TESTS_SOLVE_MIXED_CALLS_HPP
 
@@ -13,7 +13,7 @@
 
 namespace activeset::test {
 
-/// How a call ended. Equal means: the same error, or the same bits.
+/// How a call ended. Two are equal if the errors or the bits are.
 struct Ending {
     std::string error;
     Result result;
@@ -24,20 +24,20 @@ struct Ending {
     }
 };
 
-/// A call with its arrays, which belong to nobody else; several threads may read them.
+/// A call with its arrays, which no scope owns. Several threads may read them.
 class MixedCall {
 public:
     explicit MixedCall(const fuzz::EntryCall& call) : call_(call), arrays_(call) {}
 
-    /// Makes the arrays unusual, in a way that `bytes` decide.
+    /// Makes the arrays unusual in a way that depends on `bytes`.
     void damage(fuzz::Bytes& bytes) {
         for (size_t count = bytes.below(3); count > 0; --count) {
             arrays_.damage(bytes);
         }
     }
-    /// Whether it uses the flag, which all threads share.
+    /// Whether it uses the interrupt flag, which all threads share.
     [[nodiscard]] bool isInterrupted() const { return call_.interrupt; }
-    /// Prints nothing, and asks for no more memory than there is.
+    /// Whether it prints nothing and requests no more memory than there is.
     [[nodiscard]] bool isModest() const {
         return vxArrayToStdString(arrays_.in[Input::Display]) == "off" && !arrays_.hasImmense();
     }
@@ -69,7 +69,7 @@ private:
     fuzz::EntryArrays arrays_;
 };
 
-/// The examples of every outcome, larger problems, and `count` calls decoded from random bytes.
+/// The examples of all outcomes, larger problems, and `count` calls decoded from random bytes.
 inline std::vector<MixedCall> mixedCalls(size_t count, std::uint32_t seed) {
     std::vector<MixedCall> calls;
     for (const Example& example : examples()) {

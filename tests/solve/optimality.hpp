@@ -1,5 +1,5 @@
-// How far a point and its multipliers are from fulfilling the optimality conditions, computed from
-// the plain data alone.
+// How much a point and its multipliers violate the optimality conditions, computed from the plain
+// data only.
 #ifndef ACTIVESET_TESTS_SOLVE_OPTIMALITY_HPP
 #define ACTIVESET_TESTS_SOLVE_OPTIMALITY_HPP
 
@@ -21,8 +21,8 @@ inline double largest(const std::vector<double>& values) {
     return result;
 }
 
-/// Largest violation of each condition, measured against 1 plus the sum of the magnitudes that it
-/// is computed from, so that rounding alone gives about eps.
+/// The largest violation of each condition, relative to 1 plus the sum of the magnitudes of its
+/// terms. Rounding alone gives about eps.
 struct Residuals {
     double primal = 0.0;           ///< rows and bounds
     double dual = 0.0;             ///< Hx + c + Aeqᵀλeq + Aᵀλineq − λlower + λupper
@@ -30,7 +30,7 @@ struct Residuals {
     double complementarity = 0.0;  ///< min(multiplier, slack)
 };
 
-/// @param lambda equalities, inequalities, lower bounds, upper bounds
+/// @param lambda multipliers of equalities, inequalities, lower bounds, upper bounds
 inline Residuals residuals(const Problem& problem,
                            const std::vector<double>& x,
                            const std::vector<double>& lambda) {

@@ -1,5 +1,5 @@
-// A few hundred generated problems, larger than elsewhere, against an independent solver of another
-// kind: the interior-point method of python3-cvxopt.
+// A few hundred generated problems, larger than elsewhere, solved by an independent solver as well:
+// the interior-point method of python3-cvxopt.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,7 +19,8 @@ namespace {
 
 using nlohmann::json;
 
-/// Without dependent equalities, which the peer does not take, and with rows of length one.
+/// The problem for the peer: without dependent equalities, which it rejects, and with rows of
+/// length 1.
 json forPeer(const AnyProblem& any) {
     json result{{"H", any.problem.H}, {"c", any.problem.c}, {"G", Rows()},
                 {"h", Numbers()},     {"E", Rows()},        {"e", Numbers()}};
@@ -76,8 +77,8 @@ TEST_F(SlowPeer, AnInteriorPointMethodFindsTheSameOptimum) {
         const Limits limits{2000, k % 2 == 0 ? 1e-9 : 1e-6, 1e-10};
         const Result result = solve(problem, limits);
         ASSERT_EQ(result.state, ASQP::Optimal);
-        // An interior-point method leaves a gap, a violation earns its multiplier; H ≥ I turns both
-        // into a distance.
+        // The interior-point method leaves a gap, and a violation changes the objective by its
+        // multiplier. Because of H ≥ I both bound the distance of the points.
         const bool isCertain = answer.at("status") == "optimal";
         certain += isCertain ? 1 : 0;
         const double f = answer.at("f");

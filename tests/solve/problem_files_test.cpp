@@ -18,7 +18,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Rows instead of columns.
+/// The problem with rows instead of columns.
 Problem plain(const io::Model& file) {
     const OneSidedRows split = oneSidedRows(io::viewsOf(file));
     const auto rows = [n = file.n()](const Numbers& columns, size_t m) {
@@ -38,7 +38,7 @@ Problem plain(const io::Model& file) {
             file.upper};
 }
 
-/// What the independent implementation says about a file; null when it was not run on it.
+/// The results of the independent implementation for a file; null where it was not run.
 json referenceOf(const std::string& name) {
     const auto file = shared("reference/problems.json");
     const json all = file.empty() ? json::array() : sharedJson(file);
@@ -53,7 +53,7 @@ struct KnownOptimum {
     double accuracy;  // relative
 };
 
-/// From the table beside the files; nothing for a file that is not in it.
+/// The optimum in the table beside the files; nothing for a file that is not in the table.
 std::optional<KnownOptimum> knownOptimum(const std::string& name) {
     std::ifstream table(shared("problems/maros/optimal_values.csv"));
     for (std::string line; std::getline(table, line);) {
@@ -88,14 +88,13 @@ TEST_P(ProblemFiles, EndAsExpected) {
         ASSERT_EQ(result.state, reference.at("exitflag").get<int>());
         EXPECT_NEAR(f, expected, 1e-9 * (1.0 + std::abs(expected)));
         EXPECT_EQ(lastSolveReport().phaseOneIterations, reference.at("passes_phase_one"));
-        // All multipliers of HS268 vanish at its optimum: the kernels of some processors end a pass
-        // earlier.
+        // All multipliers of HS268 vanish at its optimum, so rounding in some kernels saves a pass.
         EXPECT_GE(lastSolveReport().iterations,
                   reference.at("passes").get<int>() - (isHs268 ? 1 : 0));
         EXPECT_LE(lastSolveReport().iterations, reference.at("passes"));
     } else if (result.state != ASQP::Optimal) {
-        // Rounding chooses the path and with it whether a singular reduced Hessian is met. With a
-        // positive definite H there is none.
+        // Rounding chooses the path, and so decides whether a singular reduced Hessian occurs. With
+        // a positive definite H it cannot occur.
         EXPECT_EQ(result.state, ASQP::HessianNotPositiveDefinite);
         EXPECT_FALSE(eliminate(problem.H, problem.c, 1e-10)) << "H is not singular";
     }
@@ -105,7 +104,7 @@ TEST_P(ProblemFiles, EndAsExpected) {
     if (result.state == ASQP::Optimal) {
         expectOptimal(problem, result.x, result.lambda, 1e-6);
         if (const auto known = knownOptimum(GetParam())) {
-            // The exact optimum of HS268 is 0, of which nothing is known relatively.
+            // The exact optimum of HS268 is 0, so no relative accuracy exists.
             const double scale = isHs268 ? 1e2 : std::abs(known->value);
             EXPECT_NEAR(f, known->value, std::max(1e-7, known->accuracy) * scale + 1e-12);
         } else if (!reference.is_null()) {
@@ -121,7 +120,7 @@ bool isSlow(const std::string& name) {
     return std::ranges::find(slow, name) != slow.end();
 }
 
-/// The files there are; without any, one name that skips.
+/// The files that exist; without any, a name whose test is skipped.
 std::vector<std::string> files(bool slow) {
     std::vector<std::string> result;
     for (const std::string folder : {"maros", "mpc"}) {

@@ -1,4 +1,4 @@
-// What a call promises of strictly convex problems, over all the shapes that the generator knows.
+// What a call promises for strictly convex problems, checked on all shapes of the generator.
 // RC_PARAMS sets another seed or number of problems, such as "seed=5 max_success=100000".
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ bool isZero(const Numbers& numbers) {
     return std::ranges::all_of(numbers, [](double number) { return number == 0.0; });
 }
 
-/// How one call ended, and what it breaks.
+/// Collects the promises that the result of one call breaks.
 class Judge {
 public:
     Judge(const AnyProblem& any, const Limits& limits)
@@ -27,13 +27,13 @@ public:
         }
     }
 
-    /// Empty when the result keeps all promises.
+    /// Empty if the result keeps all promises.
     std::string faultsOf(const RecordedSolve& solved) {
         result_ = solved.result;
         passes_ = static_cast<double>(solved.rows.size());
         hasPhaseOneRun_ = solved.bench.solver.getPhaseOneOutcome().hasRun;
         reach_ = std::max({1.0, solved.reach, largest(problem_.start())});
-        // Equalities that do not bind x can only be missed by the start, which is returned then.
+        // Equalities with zero rows can only be violated by the start, which is returned then.
         const bool isStartsValue = result_.state == ASQP::Infeasible && !hasPhaseOneRun_;
         const Numbers& point = isStartsValue ? problem_.x0 : result_.x;
         double terms = 1.0;
@@ -69,8 +69,8 @@ public:
         return faults_;
     }
 
-    /// The text of the error that the initial lists must raise, if any: they are cut to n in all,
-    /// the equalities included, from the end, before their lengths are tested.
+    /// The text of the error that the initial lists must raise, if any. The lists are first cut
+    /// from the end to n entries, equalities included; then their lengths are tested.
     [[nodiscard]] std::string expectedError() const {
         size_t room = problem_.n() - std::min(any_.rank, problem_.n());
         std::array<size_t, 3> exist{problem_.A.size(), 0, 0};
@@ -92,10 +92,10 @@ public:
         return {};
     }
 
-    /// Rounding of a row this large exceeds the rate from which on it counts as approached: one
-    /// that depends on the working set can enter it. Then R is singular, to rounding, and
-    /// multipliers have no meaning, so that passes can go in a circle; or it is singular exactly.
-    /// Repeated in an initial list it stays: the rank test is absolute, too.
+    /// The rounding of a row this large exceeds the rate from which a row counts as approached, so
+    /// a row that depends on the working set can enter it. Then R is singular up to rounding,
+    /// multipliers are meaningless, and the passes can cycle; or R is exactly singular. Repeated in
+    /// an initial list such a row stays, because the rank test is absolute, too.
     [[nodiscard]] bool canHoldDependentRows() const {
         return largestRow_ * static_cast<double>(problem_.n()) > 1000.0;
     }
@@ -107,7 +107,7 @@ private:
         }
     }
     [[nodiscard]] double rounding() const { return 16.0 * static_cast<double>(problem_.n()) * Eps; }
-    /// Of a row's product with any point on the way.
+    /// The rounding of the row's product with any point on the way.
     [[nodiscard]] double rounding(const RowConstraint& constraint) const {
         const auto n = static_cast<double>(problem_.n());
         return rounding() * (n * largest(constraint.row) * reach_ + std::abs(constraint.rhs));
@@ -124,7 +124,8 @@ private:
     // Strict convexity makes these conditions a proof.
     void judgeOptimum() {
         const size_t n = problem_.n();
-        // A start beyond a constraint, or moved there by its lists, may stay so by TolCon.
+        // With a feasible start no constraint is violated; otherwise the violation may be up to
+        // TolCon.
         bool isStartFeasible = problem_.Wineq.empty() && problem_.Wlower.empty() &&
                                problem_.Wupper.empty() && !hasPhaseOneRun_;
         for (const RowConstraint& constraint : all_) {
@@ -169,14 +170,15 @@ private:
         require(listed <= n, "more active than variables");
         require(listed == active || canHoldDependentRows(), "active twice, or does not exist");
         require(result_.lists[0].size() == any_.rank, "number of equalities kept");
-        // A direction shorter than TolX is not followed.
+        // The solver does not follow a direction shorter than TolX.
         require(largest(gradient) <=
                     rounding() * (terms + curvature * reach_) + curvature * limits_.tolX,
                 "gradient not balanced");
     }
 
-    // Infeasible to TolCon, which contradictory multipliers must prove: but for rows so large, or
-    // points on the way so far away, that rounding alone violates the rows by TolCon.
+    // Contradictory multipliers must prove that the problem is infeasible by more than TolCon. This
+    // is not checked if rows are so large, or points so far away, that rounding alone violates rows
+    // by TolCon.
     void judgeInfeasible() {
         double largestRounding = 0.0;
         double violation = 0.0;
@@ -191,7 +193,7 @@ private:
         if (largestRounding < limits_.tolCon) {
             const double proven = provenViolation(problem_);
             require(!any_.isFeasible && proven > limits_.tolCon, "feasible");
-            // Phase one follows no direction shorter than 1.5e-10.
+            // Phase one does not follow a direction shorter than 1.5e-10.
             require(violation <= proven * (1.0 + 1e-6) + 1e-7, "not the least violation");
             require(violation > limits_.tolCon, "the point is feasible");
         }
@@ -213,7 +215,7 @@ class Properties : public FreshState {
 protected:
     static void SetUpTestSuite() { setenv("RC_PARAMS", "seed=1 max_success=4000", 0); }
 
-    /// Solves and judges; nothing may be left behind, nor change what the next call does.
+    /// Solves and judges. The call must leave nothing behind and not change the next one.
     static std::string faultsOf(const AnyProblem& any, const Limits& limits, bool isCarrying) {
         const auto arrays = liveArrayCount();
         const auto blocks = liveBlockCount();
@@ -223,7 +225,8 @@ protected:
         try {
             const CallScope scope;
             const RecordedSolve solved(any.problem, limits, isCarrying);
-            // A bound that does not exist takes part as a constraint that does not exist, either.
+            // A list that names absent bounds adds constraints that do not exist, so nothing is
+            // promised.
             if (!any.namesAbsentBounds) {
                 faults = judge.faultsOf(solved);
             }

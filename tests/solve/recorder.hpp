@@ -1,4 +1,4 @@
-// A solve through the class interface that notes every row of the iteration table.
+// A solve through the class interface that records every row of the iteration table.
 #ifndef ACTIVESET_TESTS_SOLVE_RECORDER_HPP
 #define ACTIVESET_TESTS_SOLVE_RECORDER_HPP
 
@@ -15,7 +15,7 @@
 
 namespace activeset::test {
 
-/// What one row of the iteration table shows, and the state at that moment.
+/// The content of one row of the iteration table, and the state at that moment.
 struct Row {
     int phase;
     int counter;
@@ -31,8 +31,8 @@ inline void PrintTo(const Row& row, std::ostream* stream) {
             << row.message << "\", " << row.state << ']';
 }
 
-/// Options that tell when a row is due: the solver asks for the display setting at each one. It
-/// also asks before it iterates, but then it is not in interrupt mode.
+/// Options that notice when a row is due, because the solver then asks for the display setting. It
+/// also asks before it iterates, but not in interrupt mode.
 class RowOptions : public ASoption {
 public:
     explicit RowOptions(std::function<void()> atRow) : atRow_(std::move(atRow)) {}
@@ -47,9 +47,10 @@ private:
     std::function<void()> atRow_;
 };
 
-/// One solve, bound to arrays of the open scope.
+/// One solve whose arrays belong to the open scope.
 struct RecordedSolve {
-    /// @param carriesResiduals the residuals follow from step to step even in the smallest problem
+    /// @param carriesResiduals residuals are updated from step to step even for the smallest
+    /// problem
     explicit RecordedSolve(const Problem& problem,
                            const Limits& limits = {},
                            bool carriesResiduals = false)
@@ -74,7 +75,7 @@ struct RecordedSolve {
 
     Bench bench;
     std::vector<Row> rows;
-    double reach = 0.0;  // the largest entry of any point on the way, of phase one's γ included
+    double reach = 0.0;  // the largest entry of any point on the way, including γ of phase one
     RowOptions options{[this] {
         NullSpaceAS& solver = bench.solver;
         const bool isPhaseOne = solver.getConstraint()->getProblemType() == "PhaseI";

@@ -1,4 +1,4 @@
-// Seeded random problems against an independent implementation of the same method: results, and
+// Seeded random problems against an independent implementation of the same method: the results, and
 // the whole path where rounding does not decide it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ namespace {
 
 using nlohmann::json;
 
-/// "inf" and "-inf" stand for what JSON has no number for.
+/// JSON has no infinity: "inf" and "-inf" stand for it.
 double number(const json& value) {
     if (value.is_string()) {
         return value == "inf" ? Inf : value == "-inf" ? -Inf : NaN;
@@ -29,7 +29,7 @@ Numbers numbers(const json& list) {
     return result;
 }
 
-/// The rows of a matrix; none for null.
+/// The rows of a matrix; null has none.
 Rows rowsOf(const json& list) {
     Rows result;
     for (const json& row : list) {
@@ -51,8 +51,8 @@ Limits limitsOf(const json& options) {
 
 class ReferencePaths : public FreshState, public ::testing::WithParamInterface<std::string> {
 protected:
-    /// Relative to the largest entry: an unbounded problem ends at 1e30, where the small entries
-    /// are nothing but rounding.
+    /// Compares relative to the largest entry. An unbounded problem ends at 1e30, where small
+    /// entries are rounding only.
     static void expectClose(const Numbers& actual, const Numbers& expected) {
         ASSERT_EQ(actual.size(), expected.size());
         for (size_t i = 0; i < actual.size(); ++i) {

@@ -1,4 +1,4 @@
-// One solver for several solves, warm starts, limits.
+// One solver for several solves; warm starts; limits.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -15,7 +15,7 @@ namespace {
 
 class Reuse : public FreshState {};
 
-// What can be told apart of a solver, in numbers.
+// Every member of a solver that can be read, as numbers.
 std::vector<Numbers> membersOf(NullSpaceAS& solver) {
     ASsolution& record = solver.getSolution();
     const size_t* const members = solver.getActiveSet().getWset();
@@ -69,7 +69,7 @@ TEST_F(Reuse, AnAssignedSolverHasAllThatItsSourceHadAndServesLikeIt) {
     NullSpaceAS assigned;
     static_cast<void>(bench.solve());
     assigned = bench.solver;
-    NullSpaceAS copied(bench.solver);  // member by member, by the compiler
+    NullSpaceAS copied(bench.solver);  // the compiler's member-wise copy
     EXPECT_EQ(membersOf(assigned), membersOf(copied));
     EXPECT_EQ(TestAccess::message(assigned), TestAccess::message(copied));
     EXPECT_EQ(TestAccess::lists(assigned), TestAccess::lists(copied));
@@ -105,13 +105,13 @@ TEST_F(Stops, MaxIterOfZeroOrLessAllowsOnePass) {
         const Result result = solve(box(3), {limit, 1e-6, 1e-8});
         EXPECT_EQ(result.state, ASQP::MaxIterReached);
         EXPECT_EQ(lastSolveReport().iterations, 1);
-        // Along (10, 20, 30) until x3 is at its bound.
+        // Along (10, 20, 30) until x3 reaches its bound.
         expectNear(columnMatrix(result.x), {{1.0 / 3.0}, {2.0 / 3.0}, {1.0}}, 4 * Eps);
         EXPECT_EQ(result.lists[3], Numbers{3});
     }
 }
 
-// The limit holds for each phase; a phase one that it cuts short has found nothing feasible.
+// The limit applies to each phase. A phase one that it stops has found no feasible point.
 TEST_F(Stops, ALimitReachedInPhaseOneEndsAsInfeasible) {
     Problem problem = box(3);
     problem.x0 = {-5, 9, -7};

@@ -1,4 +1,4 @@
-// One process that never stops solving.
+// A process that solves for a long time.
 #include <gtest/gtest.h>
 
 #include <set>

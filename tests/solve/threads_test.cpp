@@ -15,7 +15,7 @@ namespace {
 
 class SolveThreads : public FreshState {};
 
-/// ACTIVESET_THREAD_SECONDS asks for more than a second.
+/// ACTIVESET_THREAD_SECONDS sets the duration; the default is one second.
 TEST_F(SolveThreads, SolvesAtTheSameTimeGiveTheBitsOfSerialOnes) {
     constexpr size_t Threads = 8;
     constexpr std::uint32_t Seed = 8;
@@ -48,7 +48,7 @@ TEST_F(SolveThreads, SolvesAtTheSameTimeGiveTheBitsOfSerialOnes) {
 
 class InterleavedSolvers : public FreshState {};
 
-// One thread has one set of counts: those of the object that was set up last.
+// A thread has one set of counts: those of the last object that was set up.
 TEST_F(InterleavedSolvers, TheOneSetUpFirstRaisesWhenTheCountsOutgrewItsLists) {
     Bench small(triangle());
     small.init({}, {1});
@@ -59,7 +59,7 @@ TEST_F(InterleavedSolvers, TheOneSetUpFirstRaisesWhenTheCountsOutgrewItsLists) {
                  [&] { small.solver.ASiterations(); });
 }
 
-// Its bounds are searched in the lists of its own problem, which are shorter.
+// Its bounds are looked up in the lists of its own problem, which are shorter.
 TEST_F(InterleavedSolvers, AProblemBuiltBeforeALargerOneIsNotReadBeyondItsEnd) {
     Problem first = box(3);
     first.Wlower = {7.0};
@@ -68,8 +68,8 @@ TEST_F(InterleavedSolvers, AProblemBuiltBeforeALargerOneIsNotReadBeyondItsEnd) {
     EXPECT_THROW(static_cast<void>(small.solve()), HostError);
 }
 
-// What a solver set up for other sizes does is undefined, but it stays within its memory and leaves
-// nothing behind.
+// The result of a solver that was set up for other sizes is undefined. But it stays within its
+// memory and leaves nothing behind.
 TEST_F(InterleavedSolvers, GoingOnWithTheOtherOnesCountsHarmsNoLaterSolve) {
     const std::vector<Problem> problems{triangle(), box(5), dependent(), box(1), box(17)};
     for (const Problem& first : problems) {

@@ -1,4 +1,4 @@
-// One generator of strictly convex programs of every shape, for rapidcheck: seeded, and shrinking
+// A generator of strictly convex programs of every shape, for rapidcheck. It is seeded, and shrinks
 // towards few variables, no constraints and zeros.
 #ifndef ACTIVESET_TESTS_SUPPORT_ANY_PROBLEM_HPP
 #define ACTIVESET_TESTS_SUPPORT_ANY_PROBLEM_HPP
@@ -19,14 +19,14 @@
 
 namespace activeset::test {
 
-/// A problem, and what is known about it because it was built that way.
+/// A problem, and what its construction tells about it.
 struct AnyProblem {
     Problem problem;
-    bool isFeasible = true;        // whatever else: a known point satisfies everything
+    bool isFeasible = true;        // some point satisfies all constraints
     bool isContradictory = false;  // the equalities contradict each other
-    Numbers inside{};              // a point that satisfies everything, if isFeasible
-    size_t rank = 0;               // of the equalities
-    size_t tooLong = 0;            // 1, 2, 3: Wineq, Wlower, Wupper has more entries than its kind
+    Numbers inside{};              // a point that satisfies all constraints, if isFeasible
+    size_t rank = 0;               // rank of the equalities
+    size_t tooLong = 0;            // 1, 2, 3: Wineq, Wlower, Wupper names more than exist
     bool namesAbsentBounds = false;
 };
 
@@ -34,17 +34,17 @@ struct AnyProblem {
 struct Shapes {
     size_t smallest = 1;
     size_t largest = 9;
-    bool hasInterior = false;  // feasible, and the inequalities and bounds have room at some point
+    bool hasInterior = false;  // feasible; at some point the inequalities and bounds have slack
 };
 
-/// Choices that shrink.
+/// Choices that rapidcheck can shrink.
 class RapidChoices : public Choices {
 public:
     std::size_t upTo(std::size_t last) override { return *rc::gen::inRange<size_t>(0, last + 1); }
 };
 
-/// All data are small integers times powers of two, so that what is exact here is exact in floating
-/// point: ties are ties, duplicates agree, a vertex is a vertex.
+/// All data are small integers times powers of two, so that floating point is exact: ties are ties,
+/// duplicates are equal, a vertex is a vertex.
 class AnyProblemBuilder : public ProblemBuilder {
 public:
     AnyProblemBuilder(Choices& choices, const Shapes& shapes)
@@ -79,13 +79,13 @@ private:
     static void scale(Numbers& row, double factor) {
         std::ranges::transform(row, row.begin(), [&](double entry) { return factor * entry; });
     }
-    /// So many of the candidates, perhaps one several times.
+    /// `count` of the candidates; some may occur several times.
     [[nodiscard]] Numbers outOf(const Numbers& candidates, size_t count) {
         Numbers result(candidates.empty() ? 0 : count);
         std::ranges::generate(result, [&] { return pick_.of(candidates); });
         return result;
     }
-    /// Room between a row and the point inside.
+    /// The slack of a row at the point inside.
     [[nodiscard]] double room() {
         return static_cast<double>(pick_.upTo(2)) + (hasInterior_ ? 1.0 : 0.0);
     }
@@ -104,12 +104,12 @@ private:
                 }
                 rhs = dot(row, vertex_);
                 rhs += hasInterior_ && dot(row, inside_) == rhs ? 1.0 : 0.0;
-            } else if (kind == 4) {  // nearly parallel to an earlier one, as far from inside
+            } else if (kind == 4) {  // nearly parallel to an earlier row, with the same slack
                 const size_t j = pick_.upTo(n_ - 1);
                 const double change = std::exp2(-6.0 - static_cast<double>(pick_.upTo(6)));
                 row[j] += change;
                 rhs += change * inside_[j];
-            } else if (kind == 3) {  // the other side of an earlier one
+            } else if (kind == 3) {  // the opposite side of an earlier row
                 scale(row, -1.0);
                 rhs = dot(row, inside_) + room();
             }
@@ -123,7 +123,7 @@ private:
         }
     }
 
-    // Independent ones are [L, L·B], L being the identity and ones below its diagonal.
+    // Independent ones are [L, L·B], where L is unit lower triangular with ones below its diagonal.
     void addEqualities() {
         any_.rank = pick_.oneIn(2) ? pick_.upTo(n_) : 0;
         const size_t copies = any_.rank > 0 && pick_.oneIn(3) ? 1 + pick_.upTo(2) : 0;
@@ -189,8 +189,8 @@ private:
         problem_.b.push_back(-limit - 1.0 - room());
     }
 
-    // Nothing, what is active at the start, anything that exists, more than exists, or what was
-    // left by a problem with other bounds.
+    // The lists are empty, name what is active at the start, any constraints, more constraints than
+    // exist, or bounds that another problem had.
     void addLists() {
         Numbers all[] = {{}, {}, {}};
         Numbers active[] = {{}, {}, {}};
@@ -241,7 +241,7 @@ inline rc::Gen<AnyProblem> anyProblem(const Shapes& shapes = {}) {
                            }));
 }
 
-/// For counterexamples.
+/// Prints counterexamples.
 inline void showValue(const AnyProblem& any, std::ostream& stream) {
     const Problem& p = any.problem;
     stream << "feasible " << any.isFeasible << ", contradictory " << any.isContradictory

@@ -1,4 +1,4 @@
-// Host arrays, matrices and whole problems from braces.
+// Host arrays, matrices and whole problems from braced lists.
 #ifndef ACTIVESET_TESTS_SUPPORT_BUILD_HPP
 #define ACTIVESET_TESTS_SUPPORT_BUILD_HPP
 
@@ -21,7 +21,7 @@ inline constexpr double Eps = std::numeric_limits<double>::epsilon();
 
 using Rows = std::vector<std::vector<double>>;
 
-/// Array from rows; it is the open scope's. `cols` tells the width when there are no rows.
+/// An array from rows, owned by the open scope. `cols` is the width if there are no rows.
 inline vxArray* array(const Rows& rows, size_t cols = 0) {
     const size_t n = rows.empty() ? cols : rows.front().size();
     vxArray* result = vxCreateDoubleMatrix(rows.size(), n, vxComplexity::Real);
@@ -37,7 +37,7 @@ inline vxArray* column(const std::vector<double>& values) {
     return vxCreateDoubleMatrixFrom(values.data(), values.size(), 1);
 }
 
-/// Sparse array that stores the entries which are not zero; it is the open scope's.
+/// A sparse array that stores the nonzero entries, owned by the open scope.
 inline vxArray* sparse(const Rows& rows) {
     const size_t n = rows.front().size();
     vxArray* result = vxCreateSparse(rows.size(), n, rows.size() * n, vxComplexity::Real);
@@ -108,7 +108,7 @@ inline Rows rowsOf(const OPTMatrix<double>& m) {
     return rows;
 }
 
-/// A problem in plain data. Empty vectors mean: no such constraints, no bounds, start at zero.
+/// A problem in plain data. Empty vectors mean no such constraints, no bounds, a start at zero.
 struct Problem {
     Rows H;  // empty with a non-empty c: the linear objective
     std::vector<double> c;
@@ -135,7 +135,7 @@ struct Problem {
     }
 };
 
-/// The objects of a problem, bound to arrays of the open scope, and a solver for it.
+/// The objects of a problem, whose arrays belong to the open scope, and a solver for it.
 struct Bench {
     explicit Bench(const Problem& problem)
         : objective(
@@ -152,12 +152,12 @@ struct Bench {
         options.setDisplay("off");
     }
 
-    /// One whole solve through the class interface.
+    /// Solves once through the class interface.
     ASsolution solve() {
         return solver(*objective, constraint, column(problem_.start()), options,
                       column(problem_.Wineq), column(problem_.Wlower), column(problem_.Wupper));
     }
-    /// Binds the problem to the solver with the given working set, at the start point.
+    /// Binds the problem to the solver at the start point with the given working set.
     void init(const std::vector<double>& Weq = {},
               const std::vector<double>& Wineq = {},
               const std::vector<double>& Wlower = {},

@@ -1,6 +1,5 @@
-// Where a generator's decisions come from: seeded numbers, rapidcheck, or the bytes of a fuzzer.
-// One generator then serves all three. Small choices are simple ones, so that what shrinks gets
-// simpler.
+// The source of a generator's decisions: seeded numbers, rapidcheck, or the bytes of a fuzzer. So
+// one generator serves all three. Small choices give simple problems, so shrinking simplifies.
 #ifndef ACTIVESET_TESTS_SUPPORT_CHOICES_HPP
 #define ACTIVESET_TESTS_SUPPORT_CHOICES_HPP
 
@@ -23,12 +22,12 @@ public:
     Choices& operator=(Choices&&) = delete;
     virtual ~Choices() = default;
 
-    /// From 0 to `last`.
+    /// A number from 0 to `last`.
     virtual std::size_t upTo(std::size_t last) = 0;
 
     std::size_t between(std::size_t low, std::size_t high) { return low + upTo(high - low); }
     bool oneIn(std::size_t count) { return upTo(count - 1) == count - 1; }
-    /// 0, 1, −1, 2, −2, … of magnitude up to `reach`.
+    /// One of 0, 1, −1, 2, −2, … of magnitude up to `reach`.
     virtual double integer(std::size_t reach) {
         const std::size_t choice = upTo(2 * reach);
         const auto magnitude = static_cast<double>((choice + 1) / 2);

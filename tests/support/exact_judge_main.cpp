@@ -1,9 +1,8 @@
-// Solves many small problems of each style and counts, by an exact judge, what was wrong.
+// Solves many small problems of each style and counts wrong answers with an exact judge.
 //
 //     exact_judge [--style NAME] [--count N] [--seed FIRST] [--largest VARIABLES] [--show]
 //
-// Problem k of a style is made from the number FIRST + k. With --show the first wrong ones are
-// written down.
+// Problem k of a style is made from the seed FIRST + k. --show prints the first wrong ones.
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -27,13 +26,13 @@ struct Options {
 
 struct Counts {
     std::map<std::string, std::uint64_t> statuses;
-    std::map<std::string, std::vector<std::uint64_t>> wrong;  // seeds
+    std::map<std::string, std::vector<std::uint64_t>> wrong;  // the seeds
     std::vector<std::uint64_t> inaccurate;
     std::uint64_t solves = 0;
     double largestError = 0.0;
 };
 
-/// What went wrong, without the numbers.
+/// The kind of fault: its text up to the first number.
 std::string kindOf(const std::string& wrong) {
     return wrong.substr(0, wrong.find_first_of("-0123456789"));
 }
@@ -55,7 +54,7 @@ void print(const Result& result) {
     list("direction", result.direction);
 }
 
-/// @param shown  the problem, if it is to be written down
+/// @param shown  the problem, if it is to be printed
 void note(Counts& counts,
           std::uint64_t seed,
           const std::string& what,

@@ -35,7 +35,7 @@ void expectAssertion(const std::string& text, Action action) {
     expectRaises(AssertionIdentifier, text, action);
 }
 
-/// The content of tests/golden/`name`, which printed output must equal to the last blank.
+/// The content of tests/golden/`name`. Printed output must equal it in every character.
 inline std::string golden(const std::string& name) {
     std::ifstream file(goldenFolder() + "/" + name, std::ios::binary);
     EXPECT_TRUE(file.is_open()) << "no golden file " << name;
@@ -61,7 +61,7 @@ inline double largestEntry(const OPTMatrix<double>& m) {
     return largest;
 }
 
-/// Aw = Q·R over the working set, QᵀQ = I, R upper triangular, to rounding.
+/// Expects that up to rounding Aw = Q·R over the working set, QᵀQ = I, and R is upper triangular.
 inline void expectFactorises(NullSpaceAS& solver) {
     const size_t n = OPTsizes::getnVar();
     const size_t m = ActiveSet::getmaConstr();

@@ -1,4 +1,4 @@
-// What every test starts from and must leave behind: fresh per-thread state, nothing alive.
+// The conditions before and after every test: fresh per-thread state, nothing alive.
 #ifndef ACTIVESET_TESTS_SUPPORT_FIXTURE_HPP
 #define ACTIVESET_TESTS_SUPPORT_FIXTURE_HPP
 
@@ -15,7 +15,7 @@
 
 namespace activeset::test {
 
-/// Collects what is printed on standard output while it lives.
+/// Captures standard output while it lives.
 class CapturedOutput {
 public:
     CapturedOutput() : previous_(std::cout.rdbuf(text_.rdbuf())) {}
@@ -32,8 +32,8 @@ private:
     std::streambuf* previous_;
 };
 
-/// Base of the fixtures. Objects that use the library live inside the test body, so that they are
-/// gone when TearDown looks.
+/// Base class of the fixtures. Objects that use the library live inside the test body, so that they
+/// no longer exist when TearDown checks.
 class FreshState : public ::testing::Test {
 protected:
     void SetUp() override {

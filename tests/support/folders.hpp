@@ -1,5 +1,5 @@
-// Where the tests find their files. Only one source file is compiled with the paths, so that a
-// cache of compiled files serves checkouts in different places.
+// Where the tests find their files. Only one source file contains the paths, so that a compiler
+// cache can serve checkouts in different places.
 #ifndef ACTIVESET_TESTS_SUPPORT_FOLDERS_HPP
 #define ACTIVESET_TESTS_SUPPORT_FOLDERS_HPP
 
@@ -9,7 +9,7 @@ namespace activeset::test {
 
 std::string goldenFolder();
 std::string examplesFolder();
-/// Empty where there is none.
+/// Empty if there is no such folder.
 std::string sharedFolder();
 
 }  // namespace activeset::test

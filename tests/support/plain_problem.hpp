@@ -1,5 +1,5 @@
-// What can be said of a problem without the solver: its constraints as rows, its objective, and
-// whether it is feasible. It shares neither code nor method with the library.
+// Facts about a problem without the solver: its constraints as rows, its objective, and whether it
+// is feasible. Shares neither code nor method with the library.
 #ifndef ACTIVESET_TESTS_SUPPORT_PLAIN_PROBLEM_HPP
 #define ACTIVESET_TESTS_SUPPORT_PLAIN_PROBLEM_HPP
 
@@ -18,7 +18,7 @@
 
 namespace activeset::test {
 
-/// Solves M·x = r by elimination with partial pivoting; nothing when a pivot is below `smallest`.
+/// Solves M·x = r by elimination with partial pivoting. Empty if a pivot is below `smallest`.
 inline std::optional<std::vector<double>> eliminate(Rows M,
                                                     std::vector<double> r,
                                                     double smallest) {
@@ -67,7 +67,7 @@ inline double objectiveAt(const Problem& problem, const std::vector<double>& x) 
     return value;
 }
 
-/// row·x ≤ rhs (or = rhs). The number is the place of its multiplier.
+/// row·x ≤ rhs (or = rhs). `number` is the position of its multiplier.
 struct RowConstraint {
     std::vector<double> row;
     double rhs;

@@ -1,4 +1,4 @@
-// Puts a small problem together around a point inside it, out of integers.
+// Builds a small problem of integers around a feasible point.
 #ifndef ACTIVESET_TESTS_SUPPORT_PROBLEM_BUILDER_HPP
 #define ACTIVESET_TESTS_SUPPORT_PROBLEM_BUILDER_HPP
 
@@ -56,14 +56,14 @@ protected:
         }
         return sum;
     }
-    /// Takes away the side that a ray meets.
+    /// Removes the side that a ray would reach.
     static void openAlong(double slope, double& lower, double& upper) {
         lower = slope < 0.0 ? -Infinity : lower;
         upper = slope > 0.0 ? Infinity : upper;
     }
-    /// Small integers.
+    /// A row of small integers.
     Numbers anyRow() { return pick_.integers(n_, 3); }
-    /// A row along which a ray does not move.
+    /// A row orthogonal to a ray.
     Numbers orthogonal(const Numbers& ray) {
         const Numbers a = anyRow();
         const Numbers b = anyRow();
@@ -72,7 +72,7 @@ protected:
         add(row, -dot(a, ray), b);
         return row;
     }
-    /// weight·row·rowᵀ to H.
+    /// Adds weight·row·rowᵀ to H.
     void addSquare(const Numbers& row, double weight) {
         for (std::size_t i = 0; i < n_; ++i) {
             for (std::size_t j = 0; j < n_; ++j) {
@@ -80,7 +80,7 @@ protected:
             }
         }
     }
-    /// Of rows whose first entries are zero.
+    /// Adds squares of random rows whose first `without` entries are zero.
     void addSquares(std::size_t count, double weight, std::size_t without = 0) {
         for (; count > 0; --count) {
             Numbers row = anyRow();
@@ -97,7 +97,7 @@ protected:
         const double value = dot(row, inside_);
         addSided(row, value, value);
     }
-    /// Sides up to `room` from the point inside; anywhere for a wild one.
+    /// Sides at distances up to `room` from the value at the inside point; with `isWild`, anywhere.
     std::pair<double, double> sides(double value, bool isWild, std::size_t room, std::size_t kind) {
         if (isWild) {
             value += pick_.integer(5);

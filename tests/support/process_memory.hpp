@@ -1,4 +1,4 @@
-// How much memory the process has.
+// The memory of the process.
 #ifndef ACTIVESET_TESTS_SUPPORT_PROCESS_MEMORY_HPP
 #define ACTIVESET_TESTS_SUPPORT_PROCESS_MEMORY_HPP
 
@@ -10,13 +10,13 @@
 
 namespace activeset::test {
 
-/// Bytes.
+/// In bytes.
 struct ProcessMemory {
     std::size_t mapped = 0;
     std::size_t resident = 0;
 
-    /// What the allocator keeps for the next request is no loss, and how much that is depends on
-    /// what was freed last: it goes back to the system first.
+    /// Memory that the allocator keeps for later requests goes back to the system first. It is no
+    /// leak, and its amount depends on what was freed last.
     static ProcessMemory now() {
         malloc_trim(0);
         ProcessMemory result;
@@ -32,7 +32,7 @@ inline constexpr bool IsSanitized = true;
 inline constexpr bool IsSanitized = false;
 #endif
 
-/// What each may grow by although nothing is lost. A sanitizer keeps what was freed.
+/// The growth that is allowed without a leak. A sanitizer keeps freed memory.
 inline constexpr std::size_t MemorySlack = std::size_t{1} << (IsSanitized ? 30U : 18U);
 
 }  // namespace activeset::test

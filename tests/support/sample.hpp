@@ -9,7 +9,7 @@
 
 namespace activeset::test {
 
-/// H (n × n) and A (m × n) column by column; an empty part is absent.
+/// H (n × n) and A (m × n) are stored column by column; an empty part is absent.
 struct Sample {
     std::size_t n = 0, m = 0;
     std::vector<double> H, c, A, rowLower, rowUpper, lower, upper, start;

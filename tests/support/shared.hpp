@@ -1,4 +1,4 @@
-// The folder with larger problems and reference results, which is not on every machine.
+// The folder with larger problems and reference results, which not every machine has.
 #ifndef ACTIVESET_TESTS_SUPPORT_SHARED_HPP
 #define ACTIVESET_TESTS_SUPPORT_SHARED_HPP
 
@@ -11,7 +11,7 @@
 
 namespace activeset::test {
 
-/// `part` of the shared folder; empty when there is no such folder or file.
+/// The path of `part` in the shared folder; empty if it does not exist.
 inline std::filesystem::path shared(const std::filesystem::path& part) {
     const char* const named = std::getenv("ACTIVESET_SHARED");
     const std::filesystem::path folder = named != nullptr ? named : sharedFolder();

@@ -51,7 +51,7 @@ public:
         }
         addBounds();
     }
-    /// Some variables are fixed, by bounds or by equations; they multiply any others.
+    /// Bounds or equations fix some variables, which multiply other variables.
     void products() {
         const std::size_t fixed = pick_.between(1, std::max<std::size_t>(1, n_ - 1));
         addSquares(pick_.upTo(n_), 1.0, fixed);
@@ -151,7 +151,7 @@ public:
         }
         addBounds();
     }
-    /// Rows whose weighted sum is a row with an upper side, which another row denies.
+    /// The weighted sum of some rows has an upper side, and another row contradicts it.
     void infeasible() {
         integers();
         Numbers sum(n_, 0.0);
@@ -165,7 +165,7 @@ public:
         }
         addSided(sum, side + (pick_.oneIn(4) ? std::exp2(-8.0) : 1.0), Infinity);
     }
-    /// Multiples of one row.
+    /// All rows are multiples of one row.
     void contradictions() {
         addSquares(pick_.upTo(n_), 1.0);
         const Numbers row = anyRow();
@@ -204,7 +204,7 @@ public:
         for (std::size_t j = 0; j < n_; ++j) {
             openAlong(ray[j], lower_[j], upper_[j]);
         }
-        if (pick_.oneIn(3)) {  // convex on an equation only
+        if (pick_.oneIn(3)) {  // convex only on an equation
             const Numbers row = orthogonal(ray);
             const Numbers other = anyRow();
             addEquality(row);

@@ -1,6 +1,6 @@
-// Small problems of the kinds on which solvers go wrong. Apart from the tiny changes that some
-// kinds add on purpose all data are small integers times powers of two: ties are ties, what depends
-// on something else does so exactly.
+// Small problems on which solvers tend to fail. All data are small integers times powers of two,
+// except for tiny changes that some styles add: ties are ties, and dependent rows are exactly
+// dependent.
 #ifndef ACTIVESET_TESTS_SUPPORT_STYLES_HPP
 #define ACTIVESET_TESTS_SUPPORT_STYLES_HPP
 
@@ -17,18 +17,18 @@ enum class Style {
     Integers,        ///< of every kind: singular H, seldom an indefinite one, redundant rows
     Degenerate,      ///< more sides than variables meet at a point; rows depend on one another
     NearParallel,    ///< rows that differ by 2⁻⁶ to 2⁻³⁰
-    Products,        ///< of fixed variables with others: convex on the equalities only
-    LowRank,         ///< all data depend on a few combinations of the variables
-    FarStart,        ///< entries of 1e14 and 1e16
-    TinyCosts,       ///< of 1e-9 on variables with bounds of 1e12
-    LargeBounds,     ///< of 1e7, 1e8 and 1e9, where people mean none
-    HugeBounds,      ///< of 1e12
+    Products,        ///< products of fixed variables with others: convex only on the equalities
+    LowRank,         ///< all data depend on a few linear combinations of the variables
+    FarStart,        ///< a start with entries of 1e14 and 1e16
+    TinyCosts,       ///< costs of 1e-9 on variables with bounds of 1e12
+    LargeBounds,     ///< bounds of 1e7, 1e8 and 1e9, as people write for infinity
+    HugeBounds,      ///< bounds of 1e12
     NearSingular,    ///< eigenvalues of H below 2⁻²⁵ of the largest
     Infeasible,      ///< a few rows contradict one another
-    Unbounded,       ///< along an integer direction, mostly
-    Contradictions,  ///< rows that miss one another by 1 to 1e-8, starts up to 1e9
-    JumpingCosts,    ///< a sequence: times 1e10 to 1e20, and back
-    NonsenseStart    ///< a warm start without sense
+    Unbounded,       ///< mostly along an integer direction
+    Contradictions,  ///< rows that contradict one another by 1 to 1e-8, starts up to 1e9
+    JumpingCosts,    ///< a sequence: costs times 1e10 to 1e20, and back
+    NonsenseStart    ///< a warm start that makes no sense
 };
 
 inline constexpr std::array StyleNames{
@@ -39,14 +39,14 @@ inline constexpr std::array StyleNames{
 struct StyledCase {
     Sample sample;
     std::optional<WarmStart> warmStart{};
-    std::vector<Numbers> costs{};  ///< of a sequence, after sample.c
+    std::vector<Numbers> costs{};  ///< costs of a sequence, after sample.c
 
-    /// Solves it; tells of every problem on the way and of its result.
+    /// Solves it and calls `tell` for every problem and its result.
     void solve(const Settings& settings,
                const std::function<void(const Sample&, const Result&)>& tell) const;
 };
 
-/// A problem with up to `largest` variables and two more rows.
+/// A problem with at most `largest` variables and `largest` + 2 rows.
 StyledCase caseOf(Style style, Choices& choices, std::size_t largest);
 
 }  // namespace activeset::test

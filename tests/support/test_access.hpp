@@ -1,4 +1,4 @@
-// The one friend of the solver classes: reaches their private steps and members.
+// The one friend of the solver classes: gives access to their private steps and members.
 #ifndef ACTIVESET_TESTS_SUPPORT_TEST_ACCESS_HPP
 #define ACTIVESET_TESTS_SUPPORT_TEST_ACCESS_HPP
 
@@ -11,7 +11,7 @@
 #include "host/handles.hpp"
 #include "nullspace/workspace.hpp"
 
-/// Add a forwarding function here for every private step that a test needs.
+/// Every private step that a test needs gets a forwarding function here.
 struct TestAccess {
     static int findBlocking(IsolverAS& solver,
                             OPTMatrix<double>& p,
@@ -36,7 +36,7 @@ struct TestAccess {
     static activeset::PassMessage& note(IsolverAS& solver) { return solver.iterMessage; }
     static std::string message(const IsolverAS& solver) { return solver.iterMessage.text(); }
 
-    /// The residuals of inequalities with at least so many matrix elements are carried.
+    /// Residuals are carried if the inequalities have at least this many matrix elements.
     static void carryResidualsFrom(IsolverAS& solver, size_t elements) {
         solver.smallestCarried = elements;
     }
@@ -46,7 +46,7 @@ struct TestAccess {
     static activeset::ReducedHessian& reducedHessian(NullSpaceAS& solver) {
         return solver._workspace().reducedHessian;
     }
-    /// Without them ZᵀHZ is formed plainly where a direction needs it, and no factor of it is kept.
+    /// Without updates every direction forms ZᵀHZ afresh and keeps no factor of it.
     static void allowUpdates(NullSpaceAS& solver, bool isAllowed) {
         solver._workspace().updatesAllowed = isAllowed;
     }
@@ -74,7 +74,7 @@ struct TestAccess {
             *members[k] = activeset::ownedArray(five[k]);
         }
     }
-    /// What phase one left: ineq, lower, upper.
+    /// The lists of inequalities, lower and upper bounds that phase one left.
     static std::vector<std::shared_ptr<vxArray>> phaseOneLists(const NullSpaceAS& solver) {
         return {solver.WineqPhaseOne, solver.WlowerPhaseOne, solver.WupperPhaseOne};
     }

@@ -8,8 +8,9 @@ namespace {
 
 constexpr std::size_t None = std::numeric_limits<std::size_t>::max();
 
-/// w = M·z + q with w, z ≥ 0 and wᵀz = 0, for a positive semidefinite M. The dictionary has a row
-/// for each basic variable, in terms of the others: variable i is w_i, N + i is z_i, 2N covers.
+/// Solves w = M·z + q with w, z ≥ 0 and wᵀz = 0 for a positive semidefinite M. The dictionary has a
+/// row for each basic variable, in terms of the nonbasic ones. Variable i is w_i, variable N + i is
+/// z_i, and variable 2N is the artificial one.
 class Complementarity {
 public:
     Complementarity(Matrix M, Vector q) : size_(q.size()), rows_(std::move(M)), q_(std::move(q)) {
@@ -54,7 +55,7 @@ public:
     }
 
 private:
-    /// Of the value of row i, where w_k has been given ε^(k+1) more.
+    /// The coefficient of ε^(k+1), which perturbs w_k, in the value of row i.
     [[nodiscard]] Rational perturbation(std::size_t i, std::size_t k) const {
         if (basic_[i] == k) {
             return 1;
@@ -66,7 +67,7 @@ private:
         }
         return 0;
     }
-    /// Lexicographically, each row divided by its weight.
+    /// Lexicographic order, each row divided by its weight.
     [[nodiscard]] bool isLess(std::size_t a,
                               const Rational& weightOfA,
                               std::size_t b,
@@ -132,7 +133,7 @@ void checkOptimality(const ConvexProgram& program, const Optimum& optimum) {
 
 }  // namespace
 
-// v = u − t·1 with u ≥ 0 and t ≥ 0. Then w = (gradient, slack), z = (u, t, multipliers).
+// With v = u − t·1, u ≥ 0 and t ≥ 0: w = (gradient, slack), z = (u, t, multipliers).
 std::optional<Optimum> minimise(const ConvexProgram& program) {
     const std::size_t k = program.g.size();
     const std::size_t sides = program.h.size();

@@ -18,14 +18,14 @@ struct ConvexProgram {
 
 struct Optimum {
     Vector v;
-    Vector multipliers;  ///< of the sides, from 0 up
+    Vector multipliers;  ///< of the sides, at least 0
 };
 
-/// Nothing for a program that is infeasible or unbounded. What is returned satisfies the conditions
-/// of optimality exactly; that is checked, apart from the method. By complementary pivoting (Lemke
-/// 1965) with the lexicographic rule against cycles.
+/// The optimum, or nothing if the program is infeasible or unbounded. The method is complementary
+/// pivoting (Lemke 1965) with the lexicographic rule against cycles. The optimality conditions of
+/// the result are checked exactly, apart from the method.
 ///
-/// @raises std::logic_error if it does not
+/// @raises std::logic_error if that check fails
 std::optional<Optimum> minimise(const ConvexProgram& program);
 
 /// By symmetric elimination.

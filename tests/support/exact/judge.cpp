@@ -112,8 +112,7 @@ private:
         }
     }
 
-    // Sides, multipliers with the signs of their sides, balance of the gradient, gap and objective:
-    // each in proportion to its terms.
+    // Checks sides, signs of multipliers, gradient, gap and objective, each relative to its terms.
     void judgeOptimum(double tolerance, double constant) {
         require(areFinite(r_.x, s_.n) && areFinite(r_.y, s_.m) && areFinite(r_.z, s_.n) &&
                     std::isfinite(r_.objective),
@@ -147,7 +146,7 @@ private:
             gapTerms_ += abs(x[j] * curved) + abs(x[j] * data_.c[j]);
             objectiveTerms_ += abs(x[j]) * magnitudes(data_.H[j], x);
         }
-        // What rounding of y and z makes of bounds far away is no gap of the answer, nor are the
+        // Rounding of y and z multiplied by bounds far away is not counted as a gap, nor are
         // products with x that cancel in the gradient.
         require(abs(gap_) <= Rational(tolerance_) * gapTerms_ + gapRounding_ +
                                  Rational(1e-15) * objectiveTerms_,
@@ -202,7 +201,7 @@ private:
         farkasResidual_ = residual;
     }
 
-    // The ray begins at x.
+    // x is the starting point of the ray.
     void judgeFeasible(const Vector& x) {
         for (std::size_t i = 0; i < s_.m; ++i) {
             judgeSide(dot(data_.A[i], x), magnitudes(data_.A[i], x), s_.rowLower[i], s_.rowUpper[i],

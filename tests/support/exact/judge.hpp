@@ -1,4 +1,4 @@
-// Whether a result of the front end is true, judged without rounding.
+// Judges results of the front end without rounding.
 #ifndef ACTIVESET_TESTS_SUPPORT_EXACT_JUDGE_HPP
 #define ACTIVESET_TESTS_SUPPORT_EXACT_JUDGE_HPP
 
@@ -9,18 +9,18 @@
 namespace activeset::test::exact {
 
 struct Verdict {
-    std::string wrong{};          ///< empty where all that was claimed is true
-    bool isInaccurate = false;    ///< nothing was claimed
-    double objectiveError = 0.0;  ///< in proportion to the larger of 1 and the optimum
+    std::string wrong{};          ///< empty if all claims are true
+    bool isInaccurate = false;    ///< the result claims nothing
+    double objectiveError = 0.0;  ///< relative to the larger of 1 and the optimum
 };
 
-/// @param largestError  of the objective, in proportion to the larger of 1 and the optimum
+/// @param largestError  of the objective, relative to the larger of 1 and the optimum
 Verdict judge(const Sample& sample, const Result& result, double largestError = 1e-8);
 
-/// What a result claims beside its status, judged from its vectors alone: so also for problems too
-/// large to be solved exactly. Empty where all of it holds.
+/// Judges what a result claims from its vectors only, so also for problems that are too large to be
+/// solved exactly. Empty if all claims hold.
 ///
-/// @param tolerance  of the solve
+/// @param tolerance  that of the solve
 std::string falseClaim(const Sample& sample,
                        const Result& result,
                        double tolerance = 1e-9,

@@ -65,11 +65,11 @@ public:
     }
 
     Vector origin;
-    Matrix basis{};  ///< a vector a row
+    Matrix basis{};  ///< one vector per row
     bool isEmpty = false;
 };
 
-/// Rows and variables with the sides that they have.
+/// The constraints of a problem: equalities, and one row per finite side.
 class Sides {
 public:
     Sides(const Sample& sample, const ProblemData& data) : n_(data.n) {
@@ -134,7 +134,7 @@ ConvexProgram reduced(const ProblemData& data, const Sides& sides, const AffineS
     return program;
 }
 
-/// By the least amount that all sides must give way: minimise s, G·v − s ≤ h, s ≥ 0.
+/// Minimises the amount s by which all sides are relaxed: min s subject to G·v − s ≤ h, s ≥ 0.
 bool isFeasible(const ConvexProgram& program) {
     const std::size_t k = program.g.size();
     ConvexProgram relaxed{Matrix(k + 1, Vector(k + 1)), Vector(k + 1), program.G, program.h};
@@ -157,7 +157,7 @@ bool isFeasible(const ConvexProgram& program) {
     return false;
 }
 
-/// A feasible convex program that has no optimum has a ray: minimise gᵀd, at least −1, with
+/// A feasible convex program without an optimum has a ray: minimise gᵀd, at least −1, subject to
 /// Q·d = 0 and G·d ≤ 0.
 void requireRay(const ConvexProgram& program) {
     const std::size_t k = program.g.size();

@@ -1,4 +1,4 @@
-// What is true of a small problem of the front end, found without rounding.
+// The facts about a small problem of the front end, computed without rounding.
 #ifndef ACTIVESET_TESTS_SUPPORT_EXACT_TRUTH_HPP
 #define ACTIVESET_TESTS_SUPPORT_EXACT_TRUTH_HPP
 
@@ -10,7 +10,7 @@
 
 namespace activeset::test::exact {
 
-/// Data as they are in a Sample, by rows.
+/// The data of a Sample, by rows.
 struct ProblemData {
     explicit ProblemData(const Sample& sample);
 
@@ -24,14 +24,14 @@ struct ProblemData {
 struct Truth {
     bool isConvex = false;  ///< on the null space of the equalities and fixed variables
     bool isFeasible = false;
-    bool isBounded = false;  ///< known for convex and feasible problems
-    Rational optimum = 0;    ///< of a bounded one
-    Vector x{};              ///< an optimum
+    bool isBounded = false;  ///< known only if convex and feasible
+    Rational optimum = 0;    ///< if bounded
+    Vector x{};              ///< an optimum, if bounded
 };
 
-/// Each part of the answer has been checked: optima, Farkas vectors and rays without rounding.
+/// Optima, Farkas vectors and rays have been checked without rounding.
 ///
-/// @raises std::logic_error where a check fails
+/// @raises std::logic_error if a check fails
 Truth truthOf(const Sample& sample);
 
 /// The problem as text, in full precision.
