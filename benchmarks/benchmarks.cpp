@@ -1,5 +1,5 @@
-// The families under Google Benchmark, through the public interface and the shared library as a
-// program uses it: for a closer look at one family, or to compare two builds.
+// The families under Google Benchmark, through the public interface and the shared library. Use it
+// for a closer look at one family, or to compare two builds.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -48,7 +48,7 @@ void solveCase(benchmark::State& state, const std::string& family, bool isWarm) 
     }
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(calls.size()));
     state.counters["passes"] = passes / static_cast<double>(calls.size());
-    // Seconds a solve: an iteration solves all problems of the case.
+    // Seconds per solve: each iteration solves all problems of the case.
     state.counters["solve"] = benchmark::Counter(
         static_cast<double>(calls.size()),
         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);

@@ -29,7 +29,7 @@ Problem makeProblem(const std::string& family, size_t n, std::uint64_t seed) {
     throw std::invalid_argument(family + " is no family");
 }
 
-// Everything a time step earlier: what is over leaves, what comes last is repeated.
+// Shifts a solution by one time step: the first one is dropped, the last one repeated.
 Start shifted(Start start, const ControlChain& chain) {
     std::copy(start.x.begin() + static_cast<std::ptrdiff_t>(chain.inputs), start.x.end(),
               start.x.begin());

@@ -1,4 +1,4 @@
-// What is measured together under one name and size: problems, and where a warm start begins.
+// Cases: the problems that are measured under one name and size, and their warm starts.
 #ifndef ACTIVESET_BENCHMARKS_CASES_HPP
 #define ACTIVESET_BENCHMARKS_CASES_HPP
 
@@ -10,21 +10,22 @@
 
 namespace activeset::bench {
 
-/// random10, random30, random60 (the active share in per cent), box, svm, portfolio, mpc.
+/// random10, random30, random60 (active constraints in per cent), box, svm, portfolio, mpc.
 [[nodiscard]] const std::vector<std::string>& familyNames();
 
 struct Case {
     std::string family{};
     std::vector<Problem> problems{};
-    ControlChain chain{};  ///< without problems; its counts tell a chain from a family
+    ControlChain chain{};  ///< empty unless the case is a chain
 };
 
-/// Of small sizes several problems; of mpc, with the horizon n/2, a chain.
-/// @raises std::invalid_argument for a name that is no family
+/// Several problems where n is small. For mpc a chain with the horizon n/2.
+/// @raises std::invalid_argument if there is no family of this name
 [[nodiscard]] Case makeCase(const std::string& family, std::size_t n);
 
-/// The starts of the warm solves: the problem's own solution, or in a chain that of the problem
-/// before, a time step on. The first of a chain starts at its own solution.
+/// The starts of the warm solves: the problem's own solution, or in a chain the solution of the
+/// previous problem shifted by a time step. The first problem of a chain starts at its own
+/// solution.
 [[nodiscard]] std::vector<Start> warmStarts(const Case& which, const std::vector<Outcome>& cold);
 
 }  // namespace activeset::bench

@@ -9,7 +9,7 @@ namespace activeset::bench {
 
 namespace {
 
-/// n × n matrices, column-major.
+/// Operations on n × n matrices in column-major order.
 Vector product(const Vector& P, const Vector& R, std::size_t n) {
     Vector result(n * (R.size() / n));
     for (std::size_t j = 0; j < R.size() / n; ++j) {
@@ -42,8 +42,8 @@ constexpr std::size_t Masses = 4;
 constexpr std::size_t States = 2 * Masses;
 constexpr std::size_t Inputs = 2;
 
-/// state' = F·state + G·input for masses of 1 in a row between two walls, held by springs of 1,
-/// with a force on the first Inputs of them, sampled every half second.
+/// The system state' = F·state + G·input: masses of 1 in a row between two walls, connected by
+/// springs of stiffness 1. Forces act on the first `Inputs` masses. The step is half a second.
 struct Masspring {
     Vector F = Vector(States * States);
     Vector G = Vector(States * Inputs);
@@ -80,10 +80,10 @@ struct Masspring {
     }
 };
 
-constexpr std::size_t Outputs = 2 * Masses;  // every position, from above and from below
+constexpr std::size_t Outputs = 2 * Masses;  // every position has two limits
 constexpr double LargestForce = 0.1;
 
-/// The states of all time steps of a horizon are free·state + forced·inputs.
+/// The states of all time steps of a horizon: free·state + forced·inputs.
 struct Prediction {
     std::size_t rows;
     Vector free;
@@ -106,7 +106,7 @@ struct Prediction {
         }
     }
 
-    /// The row of `states` that an inequality limits, with the sign that it has there.
+    /// The entry of `states` that an inequality limits, with its sign there.
     [[nodiscard]] static double limited(const double* states, std::size_t inequality) {
         const std::size_t output = inequality % Outputs;
         const double position = states[inequality / Outputs * States + output % Masses];
@@ -114,7 +114,7 @@ struct Prediction {
     }
 };
 
-/// Everything of a problem but c and b.
+/// A problem of the chain without c and b.
 Problem controlProblem(const Prediction& prediction, std::size_t horizon) {
     constexpr double ForceWeight = 0.1;
     const std::size_t n = Inputs * horizon;
@@ -163,7 +163,7 @@ ControlChain controlChain(std::size_t horizon, std::size_t steps, std::uint64_t 
             problem.b[row] -= Prediction::limited(drift.data(), row);
         }
         chain.problems.push_back(problem);
-        // The plant follows the unconstrained optimum, clipped: no solver is needed to go on.
+        // The plant applies the unconstrained optimum, clipped, so that no solver is needed here.
         Vector inputs = problem.c;
         solvePositiveDefinite(problem.H, inputs);
         Vector next(States);

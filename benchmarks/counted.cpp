@@ -1,4 +1,4 @@
-// Work counts of cases.
+// Counts the work of cases.
 #include "benchmarks/counted.hpp"
 
 #include <cmath>

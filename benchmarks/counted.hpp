@@ -1,4 +1,4 @@
-// Solves whose work is counted and whose answers are checked.
+// Solves with counted work and checked answers.
 #ifndef ACTIVESET_BENCHMARKS_COUNTED_HPP
 #define ACTIVESET_BENCHMARKS_COUNTED_HPP
 
@@ -16,8 +16,8 @@ namespace activeset::bench {
     return sum / static_cast<double>(count);
 }
 
-/// Solves every problem once, counted, and judges what came out. The counts, divided by the number
-/// of problems, go into `line` under names that begin with `prefix`.
+/// Solves every problem once, counts the work and checks the outcomes. The counts, divided by the
+/// number of problems, go into `line` under names that begin with `prefix`.
 /// @raises std::runtime_error if a problem is not solved
 [[nodiscard]] std::vector<Outcome> countedOutcomes(const std::vector<Call>& calls,
                                                    const std::vector<Problem>& problems,

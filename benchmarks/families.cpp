@@ -1,4 +1,4 @@
-// The families without a trajectory.
+// All families but the one with a trajectory.
 #include "benchmarks/families.hpp"
 
 #include <algorithm>
@@ -34,7 +34,7 @@ Vector randomHessian(std::size_t n, RandomNumbers& random) {
     return H;
 }
 
-/// Of norms near 1.
+/// Random rows with norms near 1.
 Vector randomRows(std::size_t rows, std::size_t n, RandomNumbers& random) {
     Vector A = random.spread(rows * n);
     const double scale = 1.0 / std::sqrt(static_cast<double>(n));
@@ -69,7 +69,7 @@ Problem randomProblem(std::size_t n, double share, std::uint64_t seed) {
     }
     problem.beq.resize(problem.mEq);
     addProduct(problem.Aeq, x, problem.beq);
-    Vector gradient(n);  // −(Aᵀy − z_lower + z_upper); the equalities' multipliers are zero
+    Vector gradient(n);  // −(Aᵀy − z_lower + z_upper); the multipliers of equalities are zero
     addTransposed(problem.A, y, gradient);
     for (std::size_t j = 0; j < n; ++j) {
         problem.lb[j] = x[j] - random(1.0, 2.0);

@@ -1,4 +1,4 @@
-// What the constructions of all families share: products of vectors and matrices, and a problem to
+// What all families share: products of vectors and matrices, and an empty problem.
 // begin with.
 #ifndef ACTIVESET_BENCHMARKS_FAMILY_PARTS_HPP
 #define ACTIVESET_BENCHMARKS_FAMILY_PARTS_HPP
@@ -21,14 +21,14 @@ inline void add(double factor, const double* x, double* y, std::size_t n) {
     }
 }
 
-/// y += M·x, M with rows(y) rows.
+/// y += M·x; M has as many rows as y.
 inline void addProduct(const Vector& M, const Vector& x, Vector& y) {
     for (std::size_t j = 0; j < x.size(); ++j) {
         add(x[j], &M[j * y.size()], y.data(), y.size());
     }
 }
 
-/// y += Mᵀ·x, M with rows(x) rows.
+/// y += Mᵀ·x; M has as many rows as x.
 inline void addTransposed(const Vector& M, const Vector& x, Vector& y) {
     for (std::size_t j = 0; j < y.size(); ++j) {
         y[j] += std::inner_product(x.begin(), x.end(), &M[j * x.size()], 0.0);

@@ -33,7 +33,7 @@ struct Options {
     std::string folder{};
 };
 
-/// Repeats an action for about so many seconds of a clock.
+/// Repeats an action for about `seconds` by a clock.
 template <class Action>
 Stopwatch timesOf(Action action, double seconds, double (*clock)()) {
     constexpr int Most = 101;
@@ -46,13 +46,13 @@ Stopwatch timesOf(Action action, double seconds, double (*clock)()) {
     return watch;
 }
 
-/// The median of its processor times.
+/// The median processor time of an action.
 template <class Action>
 double timeOf(Action action, double seconds) {
     return timesOf(action, seconds, processorTime).seconds();
 }
 
-/// The median over the problems: each of them cold.
+/// The median over the problems, each solved cold.
 Json coldTimes(const std::vector<Problem>& problems, bool isInfeasible, double seconds) {
     std::vector<double> times;
     std::vector<double> values;
@@ -70,7 +70,7 @@ Json coldTimes(const std::vector<Problem>& problems, bool isInfeasible, double s
     return {{"seconds", median(times)}, {"values", values}};
 }
 
-/// A solve of a Solver whose c and row sides change, from their setting to the result.
+/// Time per solve of a Solver whose c and row sides change, from setting them to the result.
 double sequenceTime(const Problem& problem, double seconds) {
     constexpr std::size_t Steps = 50;
     const std::vector<field::Step> steps = field::sequence(problem, Steps, problem.n);
@@ -98,7 +98,8 @@ double sequenceTime(const Problem& problem, double seconds) {
     return timeOf(solveAll, seconds) / Steps;
 }
 
-/// A problem of many, by the clock on the wall, which sees what else runs: the shortest of some.
+/// Wall-clock time per problem in solveMany: the shortest of several runs, because the clock also
+/// counts what else runs.
 double manyTime(const std::string& family, std::size_t n, unsigned threads, double seconds) {
     constexpr std::size_t Count = 2000;
     std::vector<Program> programs;
@@ -136,8 +137,8 @@ struct Arrays {
     }
 };
 
-/// A problem of a batch, from memory to memory: of other problems of the family, or of those that
-/// a sequence leads through, whose matrices are the first one's.
+/// Time per problem of a batch, from memory to memory. The problems are members of the family, or,
+/// with `isShared`, steps of a sequence with the matrices of its first problem.
 double batchTime(
     const std::string& family, std::size_t n, bool isShared, unsigned threads, double seconds) {
     constexpr std::size_t Count = 20000;
@@ -184,7 +185,7 @@ double batchTime(
     return timesOf(solveAll, seconds, wallTime).shortest() / Count;
 }
 
-/// To n = 100 three problems, else one.
+/// Three problems up to n = 100, one beyond.
 std::vector<Problem> problemsOf(const std::string& family, std::size_t n) {
     std::vector<Problem> problems;
     for (std::uint64_t seed = 0; seed < (n <= 100 ? 3U : 1U); ++seed) {

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Times the front end beside the field and prints one table; scripts/bench builds and calls it.
+"""Times the front end and other solvers and prints one table; scripts/bench builds and calls it.
 
 usage: field.py PROGRAM [--quick] [--without-peers] [--problems FOLDER] [FAMILY N...]
 
-PROGRAM is activeset_field, FOLDER one with files of predictive control, LIPMWALK*.QPS and WHLIPBAL*.QPS. cvxopt is
-timed beside the front end; field.csv says what part of its time the best solver of the field takes.
+PROGRAM is activeset_field. FOLDER has files of predictive control, LIPMWALK*.QPS and WHLIPBAL*.QPS. cvxopt is timed
+in the same run; field.csv has the time of the best other solver as a fraction of the time of cvxopt.
 """
 
 import argparse
@@ -36,15 +36,15 @@ FULL = [("random10", [20, 100, 500]), ("random30", [5, 10, 20, 50, 100, 200, 500
         ("many1:random30", [20]), ("many2:random30", [20]),
         ("batch1:random30", [10, 20]), ("batch2:random30", [10, 20]),
         ("shared1:random30", [10, 20]), ("shared2:random30", [10, 20])]
-FILES = [("LIPMWALK", 16), ("WHLIPBAL", 50)]  # with the sizes that field.csv gives them
+FILES = [("LIPMWALK", 16), ("WHLIPBAL", 50)]  # and their sizes in field.csv
 
 LEGEND = """
-time        a solve of the front end, proof included, from the caller's views to the result: cold; of a sequence one
-            step of a Solver whose c and sides have moved; of many the time on the wall over 2000 problems, of a
-            batch or one with shared matrices over 20000, from arrays to arrays
-cvxopt      its time for the problem solved cold, residuals to 1e-9; /ours: over the time
-best/ours   the time of the best of seven dense solvers of the field over ours, by cvxopt's time and their share of it in
-            another run (field.csv): above 1 we are faster
+time        one solve of the front end, proof included, from the caller's views to the result. seq: one step of a Solver
+            whose c and sides have changed. many: wall-clock time per problem, for 2000 problems. batch, shared: the same
+            from arrays to arrays, for 20000 problems with matrices of their own or shared ones
+cvxopt      its time for a cold solve with residuals up to 1e-9; /ours: divided by our time
+best/ours   the time of the best of seven dense solvers divided by ours; it is their share of cvxopt's time in another
+            run (field.csv) times cvxopt's time in this one. Above 1 we are faster
 """
 
 COLUMNS = [
@@ -99,7 +99,7 @@ class Bench:
         return run.stdout
 
     def time_cvxopt(self, family, n, folder, values):
-        """Beside us; once for each cold family and size."""
+        """Seconds of cvxopt, measured once for each cold family and size."""
         if (family, n) not in self.cvxopt:
             numbers = [float(word) for word in self.run([*CVXOPT, folder, self.seconds]).split()]
             for theirs, ours in zip(numbers[1:], values):
@@ -109,7 +109,7 @@ class Bench:
         return self.cvxopt[family, n]
 
     def cold_cvxopt(self, family, n):
-        """Of another size than the row's, where field.csv refers to one."""
+        """Seconds of cvxopt for another size than the row's, which field.csv refers to."""
         if (family, n) not in self.cvxopt:
             with tempfile.TemporaryDirectory() as folder:
                 self.run([self.options.program, "--seconds", 0, "--write", folder, family, n])
@@ -124,7 +124,7 @@ class Bench:
             if self.options.without_peers:
                 return row
             row["cvxopt"] = self.time_cvxopt(family, n, folder, row["values"])
-            # Once more after the peer: a machine that was busy for a while slows down both.
+            # Time once more after cvxopt, so that other load slows both down.
             row["seconds"] = min(row["seconds"], json.loads(self.run(command))["seconds"])
         if (name, n) in self.shares:
             share, size = self.shares[name, n]

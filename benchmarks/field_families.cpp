@@ -21,7 +21,7 @@ Vector normal(std::size_t count, RandomNumbers& random) {
     return result;
 }
 
-/// factor·M·Mᵀ + ridge, M n × k by rows.
+/// factor·M·Mᵀ + ridge·I; M is n × k, stored by rows.
 Vector gram(std::size_t n, const Vector& M, double factor, double ridge) {
     const std::size_t k = M.size() / n;
     const auto row = [&](std::size_t i) { return M.begin() + static_cast<std::ptrdiff_t>(i * k); };
@@ -44,7 +44,7 @@ Problem unconstrained(std::size_t n, Vector H) {
     return p;
 }
 
-/// A random H, and so many random rows of a kind.
+/// A problem with random H, A and Aeq.
 Problem randomParts(std::size_t n, std::size_t mIneq, std::size_t mEq, RandomNumbers& random) {
     Problem p =
         unconstrained(n, gram(n, normal(n * n, random), 1.0 / static_cast<double>(n), 1e-2));
@@ -55,7 +55,7 @@ Problem randomParts(std::size_t n, std::size_t mIneq, std::size_t mEq, RandomNum
     return p;
 }
 
-/// `count` of 0, …, n − 1.
+/// A choice of `count` of the numbers 0, …, n − 1.
 std::vector<bool> someOf(std::size_t n, std::size_t count, RandomNumbers& random) {
     std::vector<bool> chosen(n, false);
     for (std::size_t left = std::min(count, n); left > 0;) {
@@ -66,7 +66,7 @@ std::vector<bool> someOf(std::size_t n, std::size_t count, RandomNumbers& random
     return chosen;
 }
 
-/// −gradient += multiplier·row i of M.
+/// c −= multiplier·(row i of M).
 void pull(Vector& c, const Vector& M, std::size_t rows, std::size_t i, double multiplier) {
     for (std::size_t j = 0; j < c.size(); ++j) {
         c[j] -= multiplier * M[j * rows + i];
@@ -81,7 +81,7 @@ double rowTimes(const Vector& M, std::size_t rows, std::size_t i, const Vector& 
     return sum;
 }
 
-/// Sides and c such that a random point is the optimum.
+/// Chooses sides and c such that a random point is the optimum.
 void addOptimum(Problem& p,
                 std::size_t activeRows,
                 std::size_t activeBounds,
@@ -134,7 +134,7 @@ Problem tall(std::size_t n, RandomNumbers& random) {
     return p;
 }
 
-/// One more inequality, row·x ≤ side.
+/// Appends the inequality row·x ≤ side.
 void append(Problem& p, const Vector& row, double side) {
     Vector A((p.mIneq + 1) * p.n);
     for (std::size_t j = 0; j < p.n; ++j) {
@@ -204,7 +204,7 @@ Problem portfolio(std::size_t n, RandomNumbers& random) {
         p.c[j] = -5.0 * returns[j];
         p.A.push_back(-returns[j]);
     }
-    // Within reach of the best assets, each up to its limit.
+    // The least return is one that the best assets reach, each up to its limit.
     const std::size_t best = std::max<std::size_t>(11, n / 10);
     std::ranges::sort(returns, std::greater<>());
     const double sum =

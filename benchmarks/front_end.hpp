@@ -1,4 +1,4 @@
-// The same problems through the C++ front end: predicted and cold starts, proofs included.
+// The same problems through the C++ front end, with predicted and with cold starts.
 #ifndef ACTIVESET_BENCHMARKS_FRONT_END_HPP
 #define ACTIVESET_BENCHMARKS_FRONT_END_HPP
 
@@ -7,8 +7,8 @@
 
 namespace activeset::bench {
 
-/// Raises std::runtime_error unless the answer is an optimum, or, with `isInfeasible`, that there
-/// is no feasible point.
+/// @raises std::runtime_error if the answer is no optimum; with `isInfeasible`, if it is not
+/// infeasible
 Result solveProved(const Program& program, activeset::Start start, bool isInfeasible = false);
 
 }  // namespace activeset::bench

@@ -10,7 +10,7 @@ Kernels::Kernels(std::size_t n) : n_(n), M_(n * n), x_(n, 1.0), y_(n) {
     }
 }
 
-// The routines themselves: the library has loops of its own where those are faster.
+// These call BLAS and LAPACK directly. Where loops of its own are faster, the library uses those.
 
 void Kernels::vectorProduct() {
     const Int n = static_cast<Int>(n_);

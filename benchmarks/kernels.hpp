@@ -1,4 +1,5 @@
-// What the processor can do: the kernels that the solver is built on, at the sizes it uses them.
+// The kernels on which the solver is built, timed at the sizes that it uses: what the processor can
+// do.
 #ifndef ACTIVESET_BENCHMARKS_KERNELS_HPP
 #define ACTIVESET_BENCHMARKS_KERNELS_HPP
 
@@ -7,16 +8,16 @@
 
 namespace activeset::bench {
 
-/// n × n data, and the kernels on them.
+/// n × n data and the kernels on them.
 class Kernels {
 public:
     explicit Kernels(std::size_t n);
 
-    /// y := M·x, once.
+    /// y := M·x once.
     void vectorProduct();
-    /// Turns each neighbouring pair of columns of M, once.
+    /// Rotates each pair of neighbouring columns of M once.
     void rotationSweep();
-    /// C := M·M, once.
+    /// C := M·M once.
     void matrixProduct();
 
     [[nodiscard]] double vectorFlops() const noexcept { return 2.0 * size() * size(); }

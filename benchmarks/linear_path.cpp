@@ -1,6 +1,6 @@
-// Solves linear programs with the core's own linear path, one run with the scaling, the tolerances
-// and the guards of the front end but without its proximal loop: scripts/linear sets it beside the
-// front end, and the choice between the two stands on what it finds.
+// Solves linear programs by the core's own linear path: one run with the scaling, the tolerances
+// and the guards of the front end, but without its proximal loop. scripts/linear compares it with
+// the front end, which is how the choice between the two was made.
 #include <algorithm>
 #include <cstdlib>
 #include <exception>

@@ -1,4 +1,4 @@
-"""What the measuring scripts share: the machine, the surroundings of a process, how a time is printed."""
+"""Shared by the measuring scripts: the machine, the environment of a process, how a time is printed."""
 
 import os
 import pathlib
@@ -15,7 +15,7 @@ def model():
 
 
 def one_thread():
-    """One thread of the same kind of BLAS as ours, which chooses its kernels by the processor."""
+    """One BLAS thread; the BLAS chooses its kernels by the processor, as that of activeset does."""
     environment = dict(os.environ, OPENBLAS_NUM_THREADS="1")
     environment.pop("OPENBLAS_CORETYPE", None)
     folder = next(pathlib.Path("/usr/lib").glob("*/openblas-pthread/libblas.so.3"), None)

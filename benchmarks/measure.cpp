@@ -1,5 +1,5 @@
-// Measures cases: times against the kernels of this machine, exact work counts, memory. Prints one
-// line a case, in words or as JSON; scripts/bench makes a table of them.
+// Measures cases: times relative to the kernels of this machine, exact work counts, memory. Prints
+// a line for each case, as text or JSON; scripts/bench makes a table of them.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -26,19 +26,19 @@ using Json = nlohmann::ordered_json;
 namespace {
 
 struct Settings {
-    double seconds = 1.0;  ///< to spend on the times of one case
+    double seconds = 1.0;  ///< time to spend on one case
     bool json = false;
     bool split = true;
     bool plain = false;
-    std::string folder{};  ///< where the problems are written for other programs
+    std::string folder{};  ///< the problems are written there for other programs
 };
 
 struct Times {
     Stopwatch cold, warm, vectorProduct, rotations, matrixProduct;
 };
 
-// Kernels and solver take turns, so that a machine that is busy for a while slows down both. A
-// kernel first runs untimed: its data are in the cache then, as far as they fit.
+// Kernels and solver alternate, so that other load slows both down. A kernel first runs untimed,
+// which brings its data into the cache as far as they fit.
 void takeTimes(const Settings& settings,
                const std::vector<Call>& cold,
                const std::vector<Call>& warm,
@@ -72,7 +72,7 @@ void takeTimes(const Settings& settings,
     }
 }
 
-/// At least one solve through the classes, several while there is time.
+/// Solves at least once through the classes, several times while there is time.
 std::vector<SplitTimes> splitTimes(const Problem& problem, bool isPlain, double seconds) {
     constexpr size_t Most = 9;
     std::vector<SplitTimes> times;
@@ -89,7 +89,7 @@ double medianOf(const std::vector<SplitTimes>& times, double (*seconds)(const Sp
     return median(values);
 }
 
-/// Passes of the two phases apart, and the plain method against ours, on the first problem.
+/// Times passes of the two phases separately, and the plain method, on the first problem.
 void addSplit(const Settings& settings, const Problem& problem, double product, Json& line) {
     const auto whole = [](const SplitTimes& t) { return t.whole; };
     const std::vector<SplitTimes> times = splitTimes(problem, false, settings.seconds);
@@ -107,7 +107,7 @@ void addSplit(const Settings& settings, const Problem& problem, double product, 
     }
 }
 
-/// The front end's times from predicted and from cold starts, and what the predictions took.
+/// Times the front end from predicted and cold starts, and counts the work of predictions.
 void addFrontEnd(const std::vector<Problem>& problems,
                  const std::vector<Outcome>& outcomes,
                  double seconds,
@@ -184,7 +184,7 @@ Json measure(const Case& which, const Settings& settings) {
     line["dgemm_rate"] = matrixRate;
     line["dgemv_rate"] = vectorRate;
     line["drot_rate"] = rotationRate;
-    // What the counted operations would take if nothing else had to be done.
+    // The time of the counted operations alone.
     line["kernel_seconds"] = line["matrix_flops"].get<double>() / matrixRate +
                              line["vector_flops"].get<double>() / vectorRate +
                              line["rotation_flops"].get<double>() / rotationRate;

@@ -1,5 +1,5 @@
-// Times what comes after a solve: derivatives in proportion to it, and the whole efficient frontier
-// beside a cold solve for each of its pieces.
+// Times what follows a solve: derivatives relative to the solve, and the whole efficient frontier
+// relative to a cold solve for each of its pieces.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -55,7 +55,8 @@ void measureDerivatives(const std::string& family, std::size_t n) {
                 100.0 * kept / solve, 1e6 * anew, 100.0 * anew / solve, 1e6 * again, 1e6 * ranges);
 }
 
-// Covariance of twenty factors and own variances, shares from 0 up that add up to 1.
+// The covariance of twenty factors plus a variance for each asset. Shares are at least 0, their sum
+// is 1.
 void measureFrontier(std::size_t n) {
     constexpr std::size_t Factors = 20;
     std::mt19937_64 bits(1);

@@ -1,4 +1,4 @@
-// Problems from files, and to files for other programs.
+// Reads problems from files, and writes them for other programs.
 #ifndef ACTIVESET_BENCHMARKS_PROBLEM_FILE_HPP
 #define ACTIVESET_BENCHMARKS_PROBLEM_FILE_HPP
 
@@ -10,13 +10,13 @@
 
 namespace activeset::bench {
 
-/// A problem file, to be solved from zero or the point of its box that is nearest to zero. The
-/// constant of its objective is left out.
+/// Reads a problem file. The start is the point of its box that is nearest to zero. The constant of
+/// the objective is dropped.
 /// @raises io::ReadError
 [[nodiscard]] Problem problemIn(const std::string& path);
 
-/// Each problem as FOLDER/0.bin, 1.bin, …: n, mIneq, mEq and H, c, A, b, Aeq, beq, lb, ub, all as
-/// native doubles, matrices by columns. Makes the folder where there is none.
+/// Writes each problem as FOLDER/0.bin, 1.bin, …: n, mIneq, mEq, H, c, A, b, Aeq, beq, lb, ub, all
+/// as native doubles, matrices by columns. Creates the folder if necessary.
 /// @raises std::runtime_error if a file cannot be written
 void writeProblems(const std::vector<Problem>& problems, const std::filesystem::path& folder);
 

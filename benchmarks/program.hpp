@@ -11,7 +11,7 @@
 
 namespace activeset::bench {
 
-/// Dense and column-major; what is empty is absent, absent sides are infinite.
+/// Dense and column-major. Empty parts are absent; absent sides are infinite.
 struct Program {
     std::size_t n = 0;
     std::size_t m = 0;
@@ -25,11 +25,11 @@ struct Program {
     std::vector<double> start{};
     double constant = 0.0;
 
-    /// Lasts as long as this and its vectors' memory do.
+    /// Valid while this object and the memory of its vectors exist.
     [[nodiscard]] activeset::Problem view() const;
 };
 
-/// Inequalities first, equalities after them.
+/// The problem for the front end, inequalities before equalities.
 [[nodiscard]] Program programOf(const Problem& problem);
 
 /// @raises io::ReadError

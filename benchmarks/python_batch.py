@@ -3,12 +3,12 @@
 
 usage: python_batch.py [--quick] [FOLDER]
 
-Problems have n = m = 10 and a P of their own. The stores are made in FOLDER, by default that of
-temporary files. For the model of the overhead each task of the cluster is one chunk:
+Problems have n = m = 10, each with a P of its own. The stores are made in FOLDER, by default the folder
+of temporary files. For the model of the overhead each task of the cluster is one chunk:
 
     seconds per task of c problems = a + b c,
 
-fitted to the times of one worker. The package is found where PYTHONPATH says.
+with a and b fitted to the times of one worker. PYTHONPATH has to lead to the package.
 """
 
 import argparse
@@ -93,12 +93,12 @@ def scaling(folder, clusters, sizes, tasks, most):
     chunks, seconds = np.array(points).T
     weights = 1 / seconds
     a, b = np.linalg.lstsq(np.c_[weights, weights * chunks], np.ones(len(chunks)), rcond=None)[0]
-    print(f"one worker: {1e3 * a:.2f} ms a task and {1e6 * b:.2f} us a problem")
+    print(f"one worker: {1e3 * a:.2f} ms per task and {1e6 * b:.2f} us per problem")
     return a, b
 
 
 def dispatch(client, count):
-    """Seconds that the scheduler and the client need for a task that does nothing."""
+    """Seconds of the scheduler and the client for an empty task."""
     begin = time.perf_counter()
     client.gather([client.submit(int, k, pure=False) for k in range(count)])
     return (time.perf_counter() - begin) / count
@@ -120,10 +120,10 @@ def main():
         a, b = scaling(folder, (first, second), (1, 10, 100, 1000, 10_000),
                        20 if given.quick else 60, 300_000)
         s = dispatch(second, 200 if given.quick else 1000)
-        print(f"scheduler and client: {1e3 * s:.2f} ms a task that does nothing")
+        print(f"scheduler and client: {1e3 * s:.2f} ms per empty task")
         for workers in (2, 100):
             least = max(workers * s - a, 0) / b
-            print(f"{workers} workers are busy from {least:.0f} problems a task on; 95 % of their "
+            print(f"{workers} workers are busy from {least:.0f} problems per task on; 95 % of their "
                   f"time is solving from {max(19 * a / b, least):.0f} on")
 
 

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Measures the Python package: what a call adds to the C++ one, threads, import, and other packages.
+"""Measures the Python package: the overhead of a call over C++, threads, import, and other packages.
 
 usage: python_peers.py [--quick]
 
-The package is found where PYTHONPATH says. Times are medians of calls that take turns in one process; a
-ratio is that of two medians of the same run.
+PYTHONPATH has to lead to the package. Times are medians of calls that alternate in one process; ratios are
+of two medians of the same run.
 """
 
 import argparse
@@ -34,7 +34,7 @@ def portfolio(n, seed=0):
 
 
 def medians(seconds, **calls):
-    """Median seconds of each call; the calls take turns until the time is over."""
+    """Median seconds of each call; the calls alternate until the time is over."""
     times = {name: [] for name in calls}
     for call in calls.values():
         call()
@@ -48,7 +48,7 @@ def medians(seconds, **calls):
 
 
 def over_cpp(seconds, call):
-    """Median seconds of a call and of what it spends in C++, by the clock of the front end."""
+    """Median seconds of a call, and of its part in C++ by the clock of the front end."""
     totals, inside = [], []
     end = time.perf_counter() + seconds
     while time.perf_counter() < end:

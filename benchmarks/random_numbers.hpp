@@ -1,4 +1,4 @@
-// Numbers that are the same on every machine, whatever its standard library.
+// Random numbers that are the same on every machine, independent of its standard library.
 #ifndef ACTIVESET_BENCHMARKS_RANDOM_NUMBERS_HPP
 #define ACTIVESET_BENCHMARKS_RANDOM_NUMBERS_HPP
 
@@ -18,7 +18,7 @@ public:
     double operator()(double low, double high) {
         return low + (high - low) * (static_cast<double>(bits() >> 11U) * 0x1p-53);
     }
-    /// Mean 0, variance 1.
+    /// Uniform with mean 0 and variance 1.
     double spread() {
         constexpr double HalfWidth = 1.7320508075688772;  // √3
         return (*this)(-HalfWidth, HalfWidth);
@@ -28,7 +28,7 @@ public:
         std::ranges::generate(result, [this] { return spread(); });
         return result;
     }
-    /// Mean 0, variance 1, normal to about three standard deviations: a sum of twelve.
+    /// Mean 0, variance 1, and normal up to about three standard deviations: a sum of twelve.
     double normal() {
         double sum = -6.0;
         for (int k = 0; k < 12; ++k) {
@@ -36,7 +36,7 @@ public:
         }
         return sum;
     }
-    /// One of low, low + 1, …, high.
+    /// An integer from low to high, both included.
     std::size_t pick(std::size_t low, std::size_t high) {
         return low + static_cast<std::size_t>(bits() % (high - low + 1));
     }

@@ -1,5 +1,5 @@
-// What soft sides cost: predictive control with all rows hard, all rows soft, and with slack
-// variables, in microseconds a problem; the median over rounds.
+// The cost of soft sides: predictive control with all rows hard, with all rows soft, and with slack
+// variables. Prints microseconds per problem, the median over rounds.
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -28,7 +28,7 @@ activeset::Problem viewOf(const Problem& p) {
             .upper = p.ub};
 }
 
-/// a·x − s ≤ b for each row, s ≥ 0.
+/// The same problem with slack variables: a·x − s ≤ b for each row, s ≥ 0.
 Problem withSlacks(const Problem& p, double linear, double quadratic) {
     Problem slack;
     slack.n = p.n + p.mIneq;
@@ -53,7 +53,7 @@ Problem withSlacks(const Problem& p, double linear, double quadratic) {
     return slack;
 }
 
-/// Microseconds a problem; `solved` counts optima.
+/// Microseconds per problem; `solved` counts optima.
 double solveAll(const std::vector<activeset::Problem>& problems, std::size_t& solved) {
     Stopwatch stopwatch;
     for (std::size_t round = 0; round < Rounds; ++round) {

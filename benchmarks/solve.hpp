@@ -12,7 +12,7 @@
 
 namespace activeset::bench {
 
-/// What a solve may begin with beside the problem: a point and 1-based lists.
+/// A start: a point, and 1-based lists of active constraints.
 struct Start {
     std::vector<double> x{};
     std::array<std::vector<double>, 3> active{};  ///< inequalities, lower, upper bounds
@@ -23,7 +23,7 @@ struct Outcome {
     double value = 0.0;
     SolveReport passes{};
     Start point{};
-    std::size_t active = 0;  ///< of all kinds, equalities included
+    std::size_t active = 0;  ///< number of active constraints of all kinds, equalities included
 };
 
 /// The host arrays of a problem, made once. They belong to the scope that is open then.
@@ -32,9 +32,9 @@ public:
     explicit Call(const Problem& problem) : Call(problem, {problem.x0}) {}
     Call(const Problem& problem, const Start& start);
 
-    /// The solve alone; its results are destroyed.
+    /// Solves, and destroys the results.
     void operator()() const;
-    /// The solve, and what came out. `solved` is called between the two.
+    /// Solves and returns the results. Calls `solved` after the solve, before they are read.
     [[nodiscard]] Outcome outcome(const std::function<void()>& solved) const;
 
 private:

@@ -11,7 +11,7 @@ namespace activeset::bench {
 
 namespace {
 
-/// Looks at the clock when each of the two phases asks for its first direction.
+/// Records the time when each phase asks for its first direction.
 class TimedSolver : public NullSpaceAS {
 public:
     void getSearchDirection(OPTMatrix<double>& g, OPTMatrix<double>& p) override {

@@ -1,4 +1,4 @@
-// One solve through the classes, its parts timed, with or without the updates of the reduced
+// One solve through the classes with its phases timed, with or without updates of the reduced
 // Hessian.
 #ifndef ACTIVESET_BENCHMARKS_SPLIT_SOLVE_HPP
 #define ACTIVESET_BENCHMARKS_SPLIT_SOLVE_HPP
@@ -13,10 +13,10 @@ struct SplitTimes {
     double whole = 0.0;
     int phaseOnePasses = 0;
     int mainPasses = 0;
-    double value = 0.0;  ///< of the objective
+    double value = 0.0;  ///< value of the objective
 };
 
-/// @param isPlain  ZᵀHZ is formed and factorised in every direction pass
+/// @param isPlain  every direction pass forms ZᵀHZ and factorises it
 [[nodiscard]] SplitTimes splitSolve(const Problem& problem, bool isPlain);
 
 }  // namespace activeset::bench

@@ -1,4 +1,4 @@
-// Times of short actions.
+// Times short actions.
 #ifndef ACTIVESET_BENCHMARKS_STOPWATCH_HPP
 #define ACTIVESET_BENCHMARKS_STOPWATCH_HPP
 
@@ -10,15 +10,14 @@
 
 namespace activeset::bench {
 
-/// The processor time of this thread in seconds: what other processes do on the machine counts as
-/// little as it can.
+/// The processor time of this thread in seconds, which other processes affect least.
 inline double processorTime() {
     timespec now{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-/// Seconds since some moment.
+/// Seconds since some fixed moment.
 inline double wallTime() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
         .count();
@@ -29,7 +28,7 @@ inline double median(std::vector<double> values) {
     return values.empty() ? std::numeric_limits<double>::quiet_NaN() : values[values.size() / 2];
 }
 
-/// Repeats an action often enough for the clock, and again for the median.
+/// Repeats an action: often enough for the clock to resolve it, and again for a median.
 class Stopwatch {
 public:
     explicit Stopwatch(double (*clock)() = processorTime) : clock_(clock) {}

@@ -3,8 +3,9 @@
 
 usage: table.py PROGRAM [--quick] [--without-peers] [--problems FOLDER] [FAMILY N...]
 
-PROGRAM is activeset_measure, FOLDER one with problem files, by default that of the Maros-Meszaros set.
-With a family and sizes only these are measured. Exits with 1 when the optima of two solvers differ: times of wrong answers are worth nothing.
+PROGRAM is activeset_measure. FOLDER has problem files, by default the Maros-Meszaros set. With a family and
+sizes only these are measured. Exits with 1 if the optima of two solvers differ: times of wrong answers are
+worth nothing.
 """
 
 import argparse
@@ -37,17 +38,18 @@ AGREEMENT = 1e-5      # relative, of objectives; interior points end at 1e-6
 
 LEGEND = """
 passes      of phase one + main loop, mean over the problems of the row (8 up to n = 60, 20 of a chain)
-time        a solve from host arrays to host arrays, median, processor time of one thread
-warm        the same started at its own solution and working set, in an MPC chain at those of the problem before
-alloc       requests for memory in a cold solve, of the host's allocator, the C allocator and operator new
-memory      the most a cold solve holds beside its inputs, in n x n arrays of doubles
-GFLOP/s     counted operations over time; peak: their time at the rates of dgemm, dgemv and drot, over time
-dgemv       one product of an n x n matrix with a vector, beside the solves in the same process
-pass, 1st   a pass of the main loop, of phase one, in such products (first problem of the row)
-plain, quadprog, cvxopt   their time over ours: ZᵀHZ formed in every pass; a dual active-set method; an interior point
-predicted   share of the problems whose start was predicted, in so many rounds of guessing and steps of the dual method;
+time        one solve from host arrays to host arrays: median, processor time of one thread
+warm        the same, started at its own solution and working set; in an MPC chain at those of the previous problem
+alloc       requests for memory in a cold solve, from the host's allocator, the C allocator and operator new
+memory      the most memory of a cold solve besides its inputs, in n x n arrays of doubles
+GFLOP/s     counted operations divided by time; peak: their time at the rates of dgemm, dgemv and drot, divided by time
+dgemv       one product of an n x n matrix with a vector, between the solves in the same process
+pass, 1st   one pass of the main loop, of phase one, in units of dgemv (first problem of the row)
+plain, quadprog, cvxopt   their time divided by ours: ZᵀHZ formed in every pass; a dual active-set method; an interior
+            point method
+predicted   share of the problems with a predicted start; rounds of guessing and steps of the dual method for it;
             passes: those of the core afterwards
-cold, entry the front end's time from a cold start, the entry function's time, over the front end's
+cold, entry the front end's time from a cold start, the entry function's time, both divided by the front end's
 """
 
 

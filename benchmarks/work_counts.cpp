@@ -38,14 +38,14 @@ double product(ConstBlock a) noexcept {
     return 2.0 * size(a.rows) * size(a.cols);
 }
 
-// A QR factorisation by reflections, without terms of lower order; likewise below.
+// Flops of a QR factorisation by reflections, without terms of lower order, as below.
 double factorisation(ConstBlock a) noexcept {
     const double large = size(std::max(a.rows, a.cols));
     const double small = size(std::min(a.rows, a.cols));
     return 2.0 * small * small * (large - small / 3.0);
 }
 
-// The whole orthogonal factor from k reflections.
+// Flops to form the whole orthogonal factor from k reflections.
 double orthogonalFactor(ConstBlock a, double k) noexcept {
     const double m = size(a.rows);
     return 4.0 * (m * m * k - m * k * k + k * k * k / 3.0);
@@ -95,9 +95,9 @@ Work WorkCount::work() const noexcept {
     return counter.work;
 }
 
-// What the library does its arithmetic with. The linker binds its calls of f to __wrap_f, and
-// __real_f is f then; CMakeLists.txt takes the names from here. A function whose parameters have
-// changed does not compile, one that is new has to be added.
+// Wrappers of all routines that do the library's arithmetic. The linker binds calls of f to
+// __wrap_f; __real_f is the original. CMakeLists.txt takes the names from here. A wrapper whose
+// function has changed does not compile; a wrapper for a new function must be added.
 #define ACTIVESET_COUNTED(space, name, symbol, kind, flops, result, parameters, arguments) \
     static_assert(std::is_same_v<decltype(space::name), result parameters>);               \
     result real_##name parameters __asm__("__real_" #symbol);                              \
@@ -157,7 +157,7 @@ ACTIVESET_COUNTED(lapack, gelsTransposed, _ZN9activeset6lapack14gelsTransposedEN
     matrixFlops, factorisation(a), Int, (Block a, Block b), (a, b))
 // clang-format on
 
-// The rows of the reduced Hessian's factor are turned without BLAS.
+// Rotations of the reduced Hessian's factor do not use BLAS.
 using Sweep = RotationSweep;
 static_assert(std::is_same_v<decltype(&ReducedHessian::followInsertion),
                              void (ReducedHessian::*)(const Sweep&)>);

@@ -19,18 +19,18 @@ namespace activeset::fuzz {
 
 enum class Storage {
     Full,
-    Wrapped,    ///< over a buffer of ours
-    Shortened,  ///< the buffer has room for two rows more
+    Wrapped,    ///< over a buffer that the array does not own
+    Shortened,  ///< the buffer has room for two more rows
     Complex,    ///< imaginary parts 77
     Sparse,
-    BrokenSparse,  ///< column starts and row indices that make no sense
+    BrokenSparse,  ///< invalid column starts and row indices
 };
 
 struct Form {
     std::size_t rows;
     std::size_t cols;
     vxClass elementClass = vxClass::Double;
-    Storage storage = Storage::Full;  ///< anything but Full only for doubles
+    Storage storage = Storage::Full;  ///< forms other than Full exist only for doubles
 };
 
 struct Destroy {
@@ -43,7 +43,7 @@ struct AnyArray {
     std::vector<double> buffer{};
 };
 
-/// Every third index or so becomes huge, too large by one, zero or another one's.
+/// Replaces about every third index: by a huge one, one too large, zero, or another index.
 inline void breakStructure(std::size_t* indices, std::size_t count, Bytes& bytes) {
     const std::array<std::size_t, 5> bad{std::numeric_limits<std::size_t>::max(),
                                          std::size_t{1} << 62U, count, 0, bytes.below(count + 3)};
@@ -63,7 +63,7 @@ void fillAs(void* data, const std::vector<double>& values) {
     });
 }
 
-/// The elements of `source` in another form; those that it does not have are zero.
+/// The elements of `source` in another form. Elements that it lacks are zero.
 inline AnyArray inForm(const vxArray* source, const Form& form, Bytes& bytes) {
     AnyArray made;
     std::vector<double>& values = made.buffer;
@@ -112,7 +112,7 @@ inline AnyArray inForm(const vxArray* source, const Form& form, Bytes& bytes) {
     return made;
 }
 
-/// All that an array is made of.
+/// Everything that an array consists of, as text.
 inline std::string contentOf(const vxArray* array) {
     std::string content = array == nullptr ? "null" : test::Snapshot(array).text;
     if (array != nullptr && vxIsSparse(array)) {

@@ -1,4 +1,4 @@
-// What the target for the classes runs.
+// The three parts of the fuzz target for the class interface.
 #ifndef ACTIVESET_FUZZ_BENCHES_HPP
 #define ACTIVESET_FUZZ_BENCHES_HPP
 
@@ -6,11 +6,11 @@
 
 namespace activeset::fuzz {
 
-/// Operations on up to six matrices, each done on a plain model as well.
+/// Does operations on up to six matrices and on a plain model of each.
 void tryMatrices(Bytes& bytes);
-/// Changes of a solver's working set; its factors, direction and multipliers checked after each.
+/// Changes a solver's working set, and checks factors, direction and multipliers after each change.
 void followWorkingSet(Bytes& bytes);
-/// Public members in any order, before init() and after errors too.
+/// Calls public members in any order, also before init() and after errors.
 void callInAnyOrder(Bytes& bytes);
 
 }  // namespace activeset::fuzz

@@ -1,4 +1,4 @@
-// The bytes of a fuzzer's input, read as small numbers.
+// Reads the bytes of a fuzzer's input as small numbers.
 #ifndef ACTIVESET_FUZZ_BYTES_HPP
 #define ACTIVESET_FUZZ_BYTES_HPP
 
@@ -10,8 +10,8 @@
 
 namespace activeset::fuzz {
 
-/// Reads from the front; behind the end there are zeros, so that every input can be decoded and a
-/// prefix of an input means nearly the same.
+/// Reads from the front. Zeros follow the end, so every input can be decoded, and a prefix of an
+/// input means nearly the same.
 class Bytes {
 public:
     Bytes(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
@@ -25,12 +25,12 @@ public:
         --size_;
         return *data_++;
     }
-    /// Two bytes.
+    /// A number of two bytes.
     std::size_t word() {
         const std::size_t low = byte();
         return low | std::size_t{byte()} << 8U;
     }
-    /// From 0 to bound − 1; bound is at least 1 and at most 256.
+    /// A number from 0 to bound − 1; bound is at least 1 and at most 256.
     std::size_t below(std::size_t bound) { return byte() % bound; }
     /// True for one byte in `k`, never for a zero byte.
     bool oneIn(std::size_t k) { return byte() % k == k - 1; }
@@ -40,7 +40,7 @@ public:
         const int value = static_cast<int>(byte() % 32U) - 16;
         return value < -8 || value > 8 ? 0.0 : value * 0.5;
     }
-    /// A number that arithmetic does not like, or any eight bytes.
+    /// An awkward number, such as NaN or a subnormal one, or any eight bytes.
     double wild() {
         constexpr double Inf = std::numeric_limits<double>::infinity();
         constexpr double Max = std::numeric_limits<double>::max();

@@ -1,6 +1,6 @@
-// A problem for the C interface from a fuzzer's bytes: of a known kind, perhaps with a number
-// planted that arithmetic does not like. Each array has a block of its own, so that a byte read
-// beside it is found.
+// Makes a problem for the C interface from a fuzzer's bytes: of a known style, perhaps with an
+// awkward number in it. Each array has a block of its own, so that the sanitizer finds a read
+// beyond it.
 #ifndef ACTIVESET_FUZZ_C_INTERFACE_DATA_HPP
 #define ACTIVESET_FUZZ_C_INTERFACE_DATA_HPP
 
@@ -18,14 +18,14 @@
 
 namespace activeset::fuzz {
 
-/// One matrix as C is told of it.
+/// A matrix as the C interface takes it.
 struct Matrix {
     const double* data = nullptr;
     std::int64_t leading = 0;
     std::int32_t order = ACTIVESET_COLUMN_MAJOR;
 };
 
-/// The arrays of a problem, each in a block of its own, in C's terms and as views.
+/// The arrays of a problem, each in a block of its own, as C arguments and as views.
 class Data {
 public:
     Data(test::Sample given, Bytes& bytes) : n(given.n), m(given.m), sample(std::move(given)) {

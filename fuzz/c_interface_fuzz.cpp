@@ -56,7 +56,7 @@ ProblemHandle problemOf(const Data& data) {
     return problem;
 }
 
-/// Calls that make no sense, on a handle that has to stay as it is.
+/// Makes invalid calls on a handle, which must not change.
 void misuse(activeset_problem* problem, Bytes& bytes) {
     constexpr std::array<std::int64_t, 4> NoLeading{-1, INT64_MIN, INT64_MAX,
                                                     std::int64_t{1} << 40};
@@ -93,7 +93,7 @@ void misuse(activeset_problem* problem, Bytes& bytes) {
     }
 }
 
-/// A result with room for some of the arrays, perhaps of a program that knows a longer struct.
+/// A result with room for some of the arrays, perhaps from a program with a longer struct.
 class Room {
 public:
     Room(std::size_t n, std::size_t m, Bytes& bytes)
@@ -168,7 +168,7 @@ private:
     std::vector<char> message_{};
 };
 
-/// Whether the judge's absolute limits fit the data, which has no sides that count as absent.
+/// Whether the data suit the judge's absolute limits, and no side is so large that it is absent.
 bool isTame(const test::Sample& sample) {
     constexpr double Smallest = 1e-6;
     constexpr double Largest = 1e6;
@@ -248,7 +248,7 @@ void runBatch(const Data& data, Bytes& bytes) {
             costs.push_back(data.c.empty() || k == 0 ? bytes.small() : data.c[j]);
         }
     }
-    // Matrices of their own: answers from shared ones may differ in their last digits.
+    // Each problem has its own matrices: with shared ones the last digits may differ.
     const auto repeated = [&](const double* matrix, std::size_t size) {
         std::vector<double> copies;
         for (std::size_t k = 0; k < count && matrix != nullptr; ++k) {

@@ -1,5 +1,5 @@
-// The class interface in any order: matrices beside a plain model, a solver's factors beside its
-// working set, public members called before and after anything else.
+// The class interface in any order: matrices compared with a plain model, a solver's factors
+// compared with its working set, and public members called before and after anything else.
 #include "benches.hpp"
 #include "judge.hpp"
 #include "thread_state.hpp"

@@ -47,8 +47,9 @@ void decodeObjective(Bytes& bytes, EntryCall& call, std::size_t n) {
     call.problem.c = smallNumbers(bytes, n);
 }
 
-/// Rows of small numbers, one in eight an earlier one, perhaps with the sign turned; right-hand
-/// sides that the point satisfies, about half of them exactly, unless it need not.
+/// Makes rows of small numbers, one in eight a copy of an earlier one, perhaps with opposite signs.
+/// `point` satisfies the right-hand sides, about half of them exactly, unless the problem may be
+/// infeasible.
 void decodeRows(Bytes& bytes, EntryCall& call, std::size_t m, const Numbers& point, bool areEqual) {
     Rows& rows = areEqual ? call.problem.Aeq : call.problem.A;
     Numbers& sides = areEqual ? call.problem.beq : call.problem.b;
@@ -84,7 +85,7 @@ void decodeBounds(Bytes& bytes, EntryCall& call, const Numbers& point) {
     }
 }
 
-/// Up to six indices of existing constraints, no more than there are: more is an error.
+/// Up to six indices of existing constraints. More indices than constraints would be an error.
 Numbers decodeList(Bytes& bytes, const Numbers& limits) {
     const auto finite = static_cast<std::size_t>(
         std::count_if(limits.begin(), limits.end(), [](double x) { return std::abs(x) != Inf; }));
@@ -131,7 +132,7 @@ EntryCall decodeCall(Bytes& bytes) {
         call.failures = bytes.oneIn(2) ? bytes.below(256) + 1 : 1;
     }
     call.outMask = bytes.oneIn(8) ? bytes.byte() : std::uint8_t{0};
-    // Without variables the tolerance for consistent equalities, a multiple of n, is zero: then
+    // Without variables the tolerance for consistent equalities, a multiple of n, is zero, so that
     // even 0 = 0 is refused.
     call.isFeasible = call.isFeasible && n > 0;
     return call;
@@ -139,7 +140,7 @@ EntryCall decodeCall(Bytes& bytes) {
 
 EntryArrays::EntryArrays(const EntryCall& call) : in(test::inputsOf(call.problem, call.limits)) {
     for (std::size_t k = 0; k < in.size(); ++k) {
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): made just now, and ours
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): this object owns it
         owned_.at(k).handle.reset(const_cast<vxArray*>(in.at(k)));
     }
     owned_[test::Input::Display].handle.reset(vxCreateCharArray(call.display));
@@ -147,7 +148,8 @@ EntryArrays::EntryArrays(const EntryCall& call) : in(test::inputsOf(call.problem
 }
 
 void EntryArrays::damage(Bytes& bytes) {
-    // What may stand in an array without elements; no host could give a buffer for the last ones.
+    // Numbers of rows of an array without elements. No host could provide a buffer for the last
+    // ones.
     constexpr std::array<std::size_t, 6> Heights{
         0, 1, 5, std::size_t{1} << 44U, std::size_t{1} << 63U, ~std::size_t{0}};
     const std::size_t which = bytes.below(in.size());
@@ -167,13 +169,13 @@ void EntryArrays::damage(Bytes& bytes) {
             if (action == 0) {
                 values[k] *= factor;
             } else if (action == 1) {
-                values[k] = static_cast<double>(bytes.below(14));  // a list as long as can be
+                values[k] = static_cast<double>(bytes.below(14));  // a list of any length
             } else if (k == place) {
-                values[k] = action == 2   ? values[0]  // repeated, which matters in a list
+                values[k] = action == 2   ? values[0]  // a repeated entry, which matters in a list
                             : action == 3 ? values[k] + static_cast<double>(bytes.byte()) * 0x1p-40
                                           : factor;
             }
-            // One solve must not last: nothing else limits a path that turns in circles.
+            // A solve must end soon, and nothing else limits a path that cycles.
             values[k] = which == test::Input::MaxIter ? std::min(values[k], 255.0) : values[k];
         }
         return;

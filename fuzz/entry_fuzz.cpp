@@ -1,5 +1,5 @@
-// The entry function under any arrays: whatever it is given, it returns or raises as promised,
-// leaks nothing, writes to no input, and is as good as new for the next call.
+// The entry function with any arrays: it returns or raises as promised, leaks nothing, writes to no
+// input, and the next call works.
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -30,7 +30,7 @@ constexpr std::array<KnownError, 10> KnownErrors{
 
 struct Outcome {
     std::optional<HostError> error;
-    std::optional<test::Result> result;  ///< if all eight arrays were wanted; compared bit for bit
+    std::optional<test::Result> result;  ///< if all eight arrays were requested
     std::size_t printed = 0;
 };
 
@@ -86,8 +86,8 @@ Outcome invoke(const EntryCall& call, const EntryArrays& arrays) {
     return outcome;
 }
 
-/// Feasible, the gradient of the Lagrangian zero, multipliers only where a constraint is active:
-/// to a tolerance that suits small numbers.
+/// The point must be feasible, the gradient of the Lagrangian zero, and multipliers zero for
+/// inactive constraints, up to a tolerance for small numbers.
 void judgeOptimal(const test::Problem& problem, const test::Result& result) {
     constexpr double Tolerance = 1e-5;
     const std::size_t n = problem.n();
@@ -125,7 +125,7 @@ void judgeOptimal(const test::Problem& problem, const test::Result& result) {
     }
 }
 
-/// What a sound problem promises about its results.
+/// Checks what a sound problem promises about its results.
 void judgeSound(const EntryCall& call, const test::Result& result) {
     const test::Problem& problem = call.problem;
     const std::size_t n = problem.n();
@@ -166,8 +166,8 @@ void judge(const EntryCall& call, const EntryArrays& arrays, const Outcome& outc
     }
 }
 
-/// The same call once more, perhaps with memory running out: it raises just that, or what it raised
-/// before, or gives the same results.
+/// Repeats the call, perhaps with requests for memory refused. It must raise the error for that,
+/// raise the same error as before, or give the same results.
 void judgeAgain(const EntryCall& call, const EntryArrays& arrays, const Outcome& expected) {
     const Outcome outcome = invoke(call, arrays);
     if (outcome.error && isOutOfMemory(*outcome.error)) {

@@ -1,5 +1,5 @@
-// The readers of LP, JSON and NPZ files under any bytes: a consistent problem that its writer
-// preserves, or a ReadError, and silence. ACTIVESET_FORMAT says which of them.
+// The readers of LP, JSON and NPZ files with any bytes. Each must give a consistent problem that
+// its writer preserves, or a ReadError, and print nothing. ACTIVESET_FORMAT selects the reader.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -32,7 +32,7 @@ void judgeSides(const std::vector<double>& lower, const std::vector<double>& upp
     }
 }
 
-/// An entry for each row or variable, or none at all.
+/// One entry per row or variable, or none.
 void judgePrices(const std::vector<double>& prices, std::size_t count, bool mayBeInfinite) {
     require(prices.empty() || prices.size() == count, "penalties of another size");
     for (const double price : prices) {
@@ -71,7 +71,7 @@ void judgeWriter(const io::Model& model) {
     const std::string written = io::modelText(model, Format);
     const io::Model back = io::readModelText(written, "again", Format);
     judgeModel(back);
-    if (Format == io::Format::Npz) {  // which moves rows
+    if (Format == io::Format::Npz) {  // this format moves equalities to the end
         require(io::modelText(back, Format) == written, "what was written is read in another way");
         return;
     }
@@ -86,7 +86,8 @@ void judgeWriter(const io::Model& model) {
     }
 }
 
-/// Few bytes are an archive. Those that are none are members, NAME=BYTES, with "--" between them.
+/// Random bytes are seldom an archive. Other inputs are taken as its members, NAME=BYTES, separated
+/// by "--".
 std::string archiveOf(const std::string& text) {
     constexpr std::string_view Between = "--";
     std::vector<io::ZipMember> members;

@@ -1,5 +1,5 @@
-// The front end under any data: whatever it is given, it returns or raises as promised, leaks
-// nothing, and what it claims holds without rounding.
+// The front end with any data: it returns or raises as promised, leaks nothing, and its claims hold
+// in exact arithmetic.
 #include <array>
 #include <cmath>
 #include <optional>
@@ -17,17 +17,17 @@ using test::Sample;
 using test::Style;
 using test::StyledCase;
 
-/// How far results can be held to what they claim.
+/// How much of a result can be checked.
 enum class Depth {
     Form,    ///< status, shapes, faults
-    Claims,  ///< what a result claims, from its vectors
-    Truth    ///< also whether it is true, and the optimum: undamaged problems only
+    Claims,  ///< also its claims, from its vectors
+    Truth    ///< also whether it is true, and the optimum; for undamaged problems only
 };
 
 /// Raised by a callback.
 struct Abandoned {};
 
-/// The problem with everything that was left out; only for one without faults.
+/// The problem with all absent parts filled in. It must have no faults.
 Sample sampleOf(const Problem& problem) {
     const auto filled = [](const VectorView& view, std::size_t size, double value) {
         std::vector<double> result(size, value);
@@ -103,7 +103,7 @@ void judge(const Problem& problem, const Settings& settings, const Result& r, De
     }
 }
 
-/// With a callback that watches, ends, raises or starts a solve of its own.
+/// Solves, perhaps with a callback that watches, ends, raises or starts another solve.
 std::optional<Result> solveWatched(const Problem& problem, Settings settings, Bytes& bytes) {
     const std::size_t kind = bytes.oneIn(4) ? 1 + bytes.below(4) : 0;
     std::size_t passes = 1 + bytes.below(8);
@@ -167,7 +167,7 @@ void runSequence(const ViewedProblem& first, Bytes& bytes, Style style) {
                 solver.setLinear(now.c = parts.c, now.constant = parts.constant);
         }
         const Result result = solver.solve();
-        // Parts of other sizes are faults of the sequence, though together they may be none.
+        // Parts of other sizes are faults of the sequence, even if they fit one another.
         const bool isSame = now.c.size() == first.view().c.size() &&
                             now.A.rows() == first.view().A.rows() && faultsOf(now).empty();
         if (isSame || result.status != Status::Invalid) {
@@ -193,7 +193,7 @@ void runMany(const std::vector<Problem>& problems, Bytes& bytes) {
     }
 }
 
-/// Sides without which there is no conflict.
+/// Checks that every side of the conflict is needed.
 void judgeConflict(const Problem& problem, const Conflict& conflict) {
     const Sample whole = sampleOf(problem);
     if (!conflict.isFound) {
@@ -266,7 +266,7 @@ void run(Bytes& bytes) {
     if (kind == 5) {
         return runMany({problem, problem, problem}, bytes);
     }
-    // Rows that differ by 2^-30 leave an optimum with too few digits to compare.
+    // Rows that differ by 2^-30 leave an optimum too inaccurate to compare.
     const bool isKnown = damages == 0 && style != Style::NearParallel;
     const Depth depth = isKnown ? Depth::Truth : Depth::Form;
     const Settings settings = settingsOf(bytes);

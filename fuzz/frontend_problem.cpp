@@ -22,7 +22,7 @@ VectorView ViewedProblem::keep(std::vector<double> values) {
     return arrays_.emplace_back(std::move(values));
 }
 
-// What lies between columns or rows is NaN, so that nothing comes of it unnoticed.
+// The gaps between columns or rows hold NaN, so that reading them shows in the result.
 MatrixView ViewedProblem::keep(const std::vector<double>& columns,
                                std::size_t rows,
                                std::size_t cols,
@@ -71,12 +71,12 @@ MatrixView ViewedProblem::damaged(std::vector<double> values,
     switch (bytes.below(6)) {
         case 0:
             return {};
-        case 1:  // fewer elements than it speaks of
+        case 1:  // fewer elements than the view claims
             if (!values.empty()) {
                 values.resize(bytes.byte() % values.size());
             }
             return {keep(values), rows, cols};
-        case 2: {  // immense sizes
+        case 2: {  // huge sizes
             constexpr std::size_t Most = std::numeric_limits<std::size_t>::max();
             const std::array sizes{Most, Most / 2, std::size_t{1} << 62U, std::size_t{1} << 32U};
             return {keep(values), bytes.oneIn(2) ? rows : sizes.at(bytes.below(4)),

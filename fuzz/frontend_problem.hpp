@@ -1,5 +1,6 @@
-// A problem of the front end from a fuzzer's bytes: of a known kind, perhaps damaged, seen through
-// views of every form. Each array has a block of its own, so that a byte read beside it is found.
+// Makes a problem of the front end from a fuzzer's bytes: of a known style, perhaps damaged, with
+// views of every form. Each array has a block of its own, so that the sanitizer finds a read beyond
+// it.
 #ifndef ACTIVESET_FUZZ_FRONTEND_PROBLEM_HPP
 #define ACTIVESET_FUZZ_FRONTEND_PROBLEM_HPP
 
@@ -12,7 +13,7 @@
 
 namespace activeset::fuzz {
 
-/// A generator's choices, taken from bytes; zeros behind the end are the first choices.
+/// A generator's choices, taken from bytes. Zeros after the end give the first choices.
 class ByteChoices : public test::Choices {
 public:
     explicit ByteChoices(Bytes& bytes) : bytes_(bytes) {}
@@ -24,10 +25,10 @@ private:
     Bytes& bytes_;
 };
 
-/// The arrays of one problem and the views of them.
+/// The arrays of one problem and their views.
 class ViewedProblem {
 public:
-    /// As it is, in views by columns or by rows, with gaps or without.
+    /// The undamaged problem, in views by columns or by rows, with gaps or without.
     ViewedProblem(const test::StyledCase& styled, Bytes& bytes);
 
     /// Makes one part unusual: numbers, sizes, sides or views.
@@ -52,7 +53,7 @@ private:
     Problem problem_;
 };
 
-/// Any settings, with faults now and then.
+/// Any settings, sometimes with faults.
 Settings settingsOf(Bytes& bytes);
 bool areSound(const Settings& settings);
 

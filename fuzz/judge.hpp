@@ -1,4 +1,4 @@
-// How a fuzz target says that something is wrong, and what several of them look at.
+// What all fuzz targets share: reporting a fault, and what they compare.
 #ifndef ACTIVESET_FUZZ_JUDGE_HPP
 #define ACTIVESET_FUZZ_JUDGE_HPP
 
@@ -18,7 +18,7 @@
 
 namespace activeset::fuzz {
 
-/// Ends the run with a message, in the way that a fuzzer takes for a crash.
+/// Ends the run with a message; the fuzzer counts it as a crash.
 [[noreturn]] inline void condemn(std::string_view what, const std::string& detail = {}) {
     std::fprintf(stderr, "JUDGE: %.*s%s%s\n", static_cast<int>(what.size()), what.data(),
                  detail.empty() ? "" : ": ", detail.c_str());
@@ -31,12 +31,12 @@ inline void require(bool holds, std::string_view what) {
     }
 }
 
-/// The same number, whatever the sign of a zero or the payload of a NaN.
+/// The same number; signs of zero and payloads of NaN do not count.
 inline bool isSame(double p, double q) {
     return p == q || (std::isnan(p) && std::isnan(q));
 }
 
-/// Swallows what is printed through a stream while it lives, and counts it.
+/// Discards what is printed to a stream while this object lives, and counts the characters.
 class SilencedStream : public std::streambuf {
 public:
     explicit SilencedStream(std::ostream& stream)
@@ -65,7 +65,7 @@ private:
     std::size_t count_ = 0;
 };
 
-/// What must be alive after a piece of work as it was before.
+/// Requires that as many arrays and blocks are alive at the end as at the beginning.
 class LeakCheck {
 public:
     LeakCheck() : arrays_(liveArrayCount()), blocks_(liveBlockCount()) {}
@@ -82,7 +82,7 @@ private:
     std::int64_t blocks_;
 };
 
-/// One way in which an operation may be refused. An empty text stands for any.
+/// An error with which an operation may be refused. An empty text stands for any text.
 struct KnownError {
     std::string_view identifier;
     std::string_view text;

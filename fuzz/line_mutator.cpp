@@ -1,5 +1,5 @@
-// How the fuzzer changes a problem file: mostly by lines and fields, so that sections stay
-// sections. The words that a file may hold come from the dictionary, by libFuzzer's own changes.
+// How the fuzzer changes a problem file: mostly by lines and fields, so that sections remain
+// sections. The words of the format come from the dictionary, through libFuzzer's own changes.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -15,7 +15,7 @@ namespace {
 
 using Random = std::minstd_rand;
 
-/// One field of the line goes, comes twice, moves by a column or becomes another line's.
+/// Removes, repeats or shifts one field of the line, or replaces it by a field of `other`.
 void mutateField(std::string& line, const std::string& other, Random& random) {
     std::istringstream fields(other);
     std::vector<std::string> words{std::istream_iterator<std::string>(fields), {}};

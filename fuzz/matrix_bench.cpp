@@ -20,12 +20,12 @@ constexpr const char* BadRow = "Index exceed number of row.";
 constexpr const char* BadColumn = "Index exceed number of columns.";
 constexpr const char* BadShape = "Incompatible dimensions for matrix assignment";
 
-/// What a matrix is expected to be. Matrices that share storage share their cells.
+/// The expected content of a matrix. Matrices that share storage share their cells.
 struct Model {
     std::size_t rows = 0;
     std::size_t cols = 0;
     bool isPooled = false;
-    bool wrapsArray = false;  ///< a caller's host array, or copied from one that does
+    bool wrapsArray = false;  ///< over a caller's host array, or a copy of such a matrix
     std::shared_ptr<std::vector<double>> cells =
         std::make_shared<std::vector<double>>();  ///< column-major
 
@@ -61,7 +61,7 @@ struct Slot {
     Model model{};
 };
 
-/// Six matrices, the scopes and arrays that they live with, and one operation after another.
+/// Six matrices, their scopes and arrays, and one operation after another.
 class MatrixBench {
 public:
     explicit MatrixBench(Bytes& bytes) : bytes_(bytes) {}
@@ -76,7 +76,7 @@ public:
     }
 
 private:
-    /// Decodes and does one operation and compares all matrices with their models.
+    /// Decodes and does one operation, then compares all matrices with their models.
     void step() {
         using Operation = void (MatrixBench::*)();
         using B = MatrixBench;
@@ -97,8 +97,8 @@ private:
 
     double number() { return bytes_.oneIn(16) ? bytes_.wild() : bytes_.small(); }
 
-    /// Whether the action was done; it must raise `text` instead, if there is one. Refused memory
-    /// ends it without effect.
+    /// Does the action and returns whether it succeeded. If `text` is given, the action must raise
+    /// it. Refused memory ends the action without effect.
     template <class Action>
     bool expect(const char* text, Action action) {
         std::optional<AllocationFaults> faults;
@@ -122,7 +122,7 @@ private:
         return true;
     }
 
-    /// The target := what `make` returns, which is to be as the model says, unless it raises.
+    /// Assigns what `make` returns to the target. It must match the model, or raise `text`.
     template <class Make>
     void put(const char* text, const Model& model, Make make) {
         std::unique_ptr<Matrix> made;
@@ -284,7 +284,7 @@ private:
                 double& value = model.cells->at(k);
                 const double size = sizes.cells->at(k);
                 const double error = std::abs(made.getData()[k] - value);
-                // What is not a number here need not be one there: the sum has another order.
+                // NaN here need not be NaN in the model, which sums in another order.
                 require(!(size < 1e300) || error <= 1e-14 * size + 1e-300, "another product");
                 value = made.getData()[k];
             }
@@ -320,7 +320,7 @@ private:
     }
 
     Bytes& bytes_;
-    std::uint64_t failAt_ = 0;  // request for memory that the running operation is refused
+    std::uint64_t failAt_ = 0;  // the request that an operation is refused; 0: none
     std::vector<std::shared_ptr<vxArray>> arrays_;
     std::vector<std::vector<double>> buffers_;
     std::array<Slot, 6> slots_;

@@ -1,4 +1,5 @@
-// The reader of problem files under any text: a consistent problem or a ReadError, and silence.
+// The reader of MPS files with any text: it gives a consistent problem or a ReadError, and prints
+// nothing.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -22,7 +23,7 @@ using io::ReadError;
 constexpr io::ReadLimits Limits{.textBytes = std::size_t{1} << 20U,
                                 .denseBytes = std::size_t{1} << 22U};
 
-/// A file in memory holding the text; its path.
+/// The path of a file in memory that holds the text.
 std::string fileOf(const std::string& text) {
     static const int descriptor = memfd_create("input", 0);
     const auto size = static_cast<ssize_t>(text.size());
@@ -106,7 +107,7 @@ bool isSame(const Model& p, const Model& q) {
            p.variables == q.variables && p.rows == q.rows;
 }
 
-/// The same result, its line numbers moved by `shift`.
+/// The same result with its line numbers moved by `shift`.
 void judgeSame(const Reading& first, const Reading& second, std::size_t shift, const char* what) {
     require(first.index() == second.index(), what);
     if (const auto* model = std::get_if<Model>(&first)) {
@@ -115,7 +116,7 @@ void judgeSame(const Reading& first, const Reading& second, std::size_t shift, c
     }
     const auto& p = std::get<Failure>(first);
     const auto& q = std::get<Failure>(second);
-    // Line 0 is the file as a whole, or the last line of an empty one.
+    // Line 0 means the whole file, or the last line of an empty one.
     require(q.line == p.line + shift || (p.line == 0 && q.line == 0), what);
 }
 

@@ -1,4 +1,4 @@
-// Runs a fuzz target on files, where there is no fuzzer to link with: a folder's files one by one.
+// Runs a fuzz target on given files, or on all files of a folder, without a fuzzer.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -16,7 +16,7 @@ void replay(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     const std::vector<std::uint8_t> bytes(text.begin(), text.end());
-    std::fprintf(stderr, "%s\n", path.c_str());  // before the run: the last one named is to blame
+    std::fprintf(stderr, "%s\n", path.c_str());  // before the run: the last one failed
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
 }
 
@@ -38,5 +38,5 @@ int main(int argc, char** argv) {
         replay(path);
     }
     std::fprintf(stderr, "%zu inputs\n", paths.size());
-    return paths.empty() ? 1 : 0;  // a corpus that moved away is no success
+    return paths.empty() ? 1 : 0;  // a missing corpus is a failure
 }

@@ -62,7 +62,7 @@ Matrix residual(const Matrix& g, const Matrix& M, const Matrix& v, std::size_t c
     return sum;
 }
 
-/// A problem with small numbers; one Hessian in four need not be positive definite.
+/// A problem with small numbers; one Hessian in four may be indefinite.
 test::Problem decodeProblem(Bytes& bytes) {
     const std::size_t n = bytes.below(9) + 1;
     const std::size_t mIneq = bytes.below(9);
@@ -138,8 +138,8 @@ public:
     }
 
 private:
-    /// The objects of the last problem made anew, so that the thread's sizes are its own. Earlier
-    /// ones stay, since the solver may still be bound to them.
+    /// Makes new objects for the last problem, so that the thread's sizes are those of this
+    /// problem. The earlier objects stay, because the solver may still be bound to them.
     test::Bench& build() {
         test::Bench& made = *benches_.emplace_back(std::make_unique<test::Bench>(problem_));
         made.options.setDisplay("testing");
@@ -175,7 +175,7 @@ private:
         const Matrix& Q = solver_.getQ();
         const Matrix& R = solver_.getQRwset();
         const Matrix& Aw = solver_.getAw();
-        // Rounding adds up from change to change; there are at most a few hundred.
+        // Rounding accumulates from change to change; there are at most a few hundred.
         const double tolerance = 1e5 * static_cast<double>(n) * test::Eps;
         const double scale = largest(Aw, ActiveSet::getmaConstr());
         for (std::size_t i = 0; i < n; ++i) {
@@ -193,8 +193,8 @@ private:
         }
     }
 
-    // p lies in the null space and, where the reduced Hessian is positive definite, is the step to
-    // the minimum there: Zᵀ(H·p + g) = 0, as far as rounding lets see.
+    // p lies in the null space. If the reduced Hessian is positive definite, p is the step to the
+    // minimum there: Zᵀ(H·p + g) = 0, up to rounding.
     void direct() {
         const std::size_t n = problem_.n();
         const std::size_t m = ActiveSet::getmaConstr();
@@ -206,7 +206,7 @@ private:
         const Matrix& Q = solver_.getQ();
         const double size = largest(p, 1);
         const double tolerance = 1e-8 * size * largest(solver_.getAw(), m);
-        for (std::size_t j = 0; j < m; ++j) {  // columns of Q, since Aw may be rank deficient
+        for (std::size_t j = 0; j < m; ++j) {  // columns of Q, because Aw may be rank deficient
             require(std::abs(dot(Q, j, p, 0)) <= tolerance, "the direction leaves the working set");
         }
         require(dot(g, 0, p, 0) <= tolerance * largest(g, 1), "the direction ascends");
@@ -246,7 +246,7 @@ private:
         }
     }
 
-    // Any constraint that is not in the working set may join it while there is room.
+    // While there is room, any constraint that is not in the working set may join it.
     void add() {
         LinearConstraint& constraint = bench().constraint;
         ActiveSet& active = solver_.getActiveSet();
@@ -295,9 +295,10 @@ private:
         direct();
     }
 
-    // What phase one makes of a set, while the sizes may be those of another problem.
+    // Phase one's residuals of a constraint set. The thread's sizes may be those of another
+    // problem.
     void relax(Matrix& y) {
-        const CountsGuard counts;  // puts them back, also where nothing is raised
+        const CountsGuard counts;  // restores them, also if nothing is raised
         LinearConstraint& constraint = bytes_.oneIn(2) ? build().constraint : bench().constraint;
         LinearConstraint copy(constraint);
         copy = benches_[bytes_.below(benches_.size())]->constraint;

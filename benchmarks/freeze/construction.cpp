@@ -79,7 +79,7 @@ std::vector<double> conditionedHessian(std::size_t n, double condition, RandomNu
 
 namespace {
 
-/// Sides around a value, and the multiplier of the one that is met.
+/// Sides around a value, and the multiplier of the active one.
 struct Sides {
     double lower = -Infinity;
     double upper = Infinity;

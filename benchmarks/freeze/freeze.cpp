@@ -48,7 +48,7 @@ std::string keyOf(const Record& record) {
     return record.kind + ' ' + record.seed;
 }
 
-/// What lineOf has written.
+/// Reads what lineOf has written.
 Record recordFrom(const std::string& line) {
     Record record;
     std::istringstream words(line);
@@ -80,19 +80,19 @@ void write(const std::string& path, const Options& options) {
     std::cout << count << " answers\n";
 }
 
-/// A status that claims something about the problem.
+/// Whether a status claims something about the problem.
 bool isProof(const std::string& status) {
     return status == "optimal" || status == "infeasible" || status == "unbounded" ||
            status == "not convex";
 }
 
-/// Of one kind of problems, however they were solved.
+/// Counts for one kind of problem, over all ways of solving.
 struct Counts {
     std::size_t answers = 0;
-    std::size_t invalid = 0;       ///< proofs that the judge does not accept
-    std::size_t contradicted = 0;  ///< another proof than before
+    std::size_t invalid = 0;       ///< proofs that the judge rejects
+    std::size_t contradicted = 0;  ///< proved before, and now the opposite
     std::size_t lost = 0;          ///< proved before, not now
-    std::size_t won = 0;           ///< the other way round
+    std::size_t won = 0;           ///< proved now, not before
     std::size_t objective = 0;
     std::size_t bits = 0;
 };
@@ -146,7 +146,7 @@ public:
         }
     }
 
-    /// Whether nothing got worse.
+    /// Prints the counts. Returns whether nothing is worse than before.
     bool report() const {
         std::printf("%-14s %7s %8s %12s %5s %5s %9s %6s\n", "kind", "answers", "invalid",
                     "contradicted", "lost", "won", "objective", "bits");

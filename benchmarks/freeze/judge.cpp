@@ -12,7 +12,7 @@ namespace {
 using Real = long double;
 using Vector = std::vector<double>;
 
-/// A sum and the sum of its terms' absolute values.
+/// A sum, and the sum of the absolute values of its terms.
 struct Sum {
     Real value = 0.0L;
     Real size = 0.0L;
@@ -24,11 +24,11 @@ struct Sum {
     [[nodiscard]] bool isNegligible(Real tolerance, Real least) const {
         return std::abs(value) <= tolerance * std::max(size, least);
     }
-    /// Negative whatever the rounding of the sum may have been.
+    /// Negative beyond any rounding of the sum.
     [[nodiscard]] bool isNegative() const { return value < -1e-16L * size; }
 };
 
-/// M·v of a column-major matrix with `rows` rows, or Mᵀ·v; no terms for an empty matrix.
+/// M·v of a column-major matrix with `rows` rows, or Mᵀ·v. An empty matrix adds no terms.
 std::vector<Sum> product(const Vector& M, std::size_t rows, const Vector& v, bool isTransposed) {
     const std::size_t cols = rows == 0 ? 0 : M.size() / rows;
     std::vector<Sum> result(isTransposed ? cols : rows);
@@ -45,7 +45,7 @@ std::vector<Sum> product(const Vector& M, std::size_t rows, const Vector& v, boo
     return result;
 }
 
-/// gradient + Aᵀy + z, or only Aᵀy + z.
+/// Aᵀy + z.
 std::vector<Sum> stationarity(const Program& p, const Vector& y, const Vector& z) {
     std::vector<Sum> sums = product(p.A, p.m, y, true);
     sums.resize(p.n);
@@ -55,7 +55,7 @@ std::vector<Sum> stationarity(const Program& p, const Vector& y, const Vector& z
     return sums;
 }
 
-/// Σ multiplier·side over the sides that the multipliers' signs name. False where one is absent.
+/// Σ multiplier·side; the sign of a multiplier names its side. False if that side is absent.
 bool addSides(const Vector& multipliers, const Vector& lower, const Vector& upper, Sum& sum) {
     for (std::size_t i = 0; i < multipliers.size(); ++i) {
         if (multipliers[i] == 0.0) {
@@ -106,11 +106,11 @@ std::string objectionToOptimum(const Program& p, const Result& r, Real tolerance
     Sum objective;
     objective.add(p.constant);
     const Real own = std::numeric_limits<Real>::epsilon() * static_cast<Real>(p.n);
-    Real lost = 0;  // by the judge's own rounding: the solver's is less
+    Real lost = 0;  // the judge's own rounding, which exceeds the solver's
     for (std::size_t j = 0; j < p.n; ++j) {
         sums[j].add(p.c[j]);
         if (!curved.empty()) {
-            // The conditions are those of H + δI, the objective is that of H.
+            // The conditions are those of H + δI; the objective is that of H.
             const Real shifted = curved[j].value + Real{r.hessianShift} * r.x[j];
             sums[j].value += shifted;
             sums[j].size += curved[j].size;
@@ -144,7 +144,7 @@ std::string objectionToFarkas(const Program& p, const Result& r) {
         !addSides(r.farkas->z, p.lower, p.upper, value)) {
         return "a Farkas multiplier of a side that is absent";
     }
-    // What is missing in the balance leaves the contradiction to all points whose entries are no
+    // The residual of the balance weakens the proof: it excludes only points whose entries are no
     // larger than this.
     constexpr Real Radius = 1e5L;
     for (const Sum& sum : stationarity(p, r.farkas->y, r.farkas->z)) {

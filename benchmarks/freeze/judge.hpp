@@ -1,4 +1,4 @@
-// Judges an answer in long double, from the problem alone; shares nothing with the library.
+// Judges an answer in long double from the problem alone. Shares no code with the library.
 #ifndef ACTIVESET_BENCHMARKS_FREEZE_JUDGE_HPP
 #define ACTIVESET_BENCHMARKS_FREEZE_JUDGE_HPP
 
@@ -8,17 +8,17 @@
 
 namespace activeset::bench {
 
-/// What is wrong with the proof of an answer, in a few words; empty for a proof that holds, and for
-/// a status that claims nothing.
+/// What is wrong with the proof of an answer, in a few words. Empty if the proof holds, and if the
+/// status claims nothing.
 ///
-/// Residuals of a point and of its multipliers may be `tolerance` times the terms of their sums, or
-/// times 1 where these are smaller; those of a ray `tolerance` times the terms alone. A Farkas
-/// vector has to exclude all points with entries up to 1e5.
+/// Residuals of a point and its multipliers may be up to `tolerance` times the sizes of their
+/// terms, but at least `tolerance`; those of a ray only the former. A Farkas vector must exclude
+/// all points with entries up to 1e5.
 [[nodiscard]] std::string objectionTo(const Program& program,
                                       const Result& result,
                                       double tolerance);
 
-/// What the objective at x is the sum of, in absolute values, at least 1.
+/// The sum of the absolute values of the terms of the objective at x, at least 1.
 [[nodiscard]] double objectiveScale(const Program& program, const std::vector<double>& x);
 
 }  // namespace activeset::bench

@@ -25,7 +25,7 @@ Program anyFeasible(RandomNumbers& random) {
     }
 }
 
-/// Adds a row that a sum of sides contradicts by `gap`; with a negative gap, that it almost does.
+/// Adds a row that contradicts a sum of sides by `gap`. With a negative gap they nearly contradict.
 Program withContradiction(Program p, double gap, RandomNumbers& random) {
     Vector row(p.n);
     double least = 0.0;
@@ -57,20 +57,20 @@ Program infeasible(RandomNumbers& random) {
     return withContradiction(anyFeasible(random), gap, random);
 }
 
-/// Feasible, if at all, in a set without an interior, or in a very thin one.
+/// The feasible set, if any, has no interior or is very thin.
 Program thin(RandomNumbers& random) {
     const double gap = random.chance(0.5) ? 0.0 : -std::pow(10.0, random(-10.0, -4.0));
     return withContradiction(anyFeasible(random), gap, random);
 }
 
-/// Along an integral direction d there is no curvature, no side, and descent.
+/// Along an integral direction d there is no curvature and no side, and the objective falls.
 Program unbounded(RandomNumbers& random) {
     Shape shape = anyShape(random);
     shape.integral = random.chance(0.5);
     Vector d = numbers(shape.n, true, random);
     d[0] = d[0] == 0.0 ? 1.0 : d[0];
     Vector H;
-    if (random.chance(0.7)) {  // squares of (v·d)·e_i − d_i·v: each is orthogonal to d
+    if (random.chance(0.7)) {  // squares of (v·d)·e_i − d_i·v, each orthogonal to d
         H.assign(shape.n * shape.n, 0.0);
         for (std::size_t k = random.pick(0, shape.n); k-- > 0;) {
             const std::size_t i = random.pick(0, shape.n - 1);
@@ -146,7 +146,7 @@ std::span<const Kind> kinds() {
 }
 
 Program problemOf(const Kind& kind, std::uint64_t seed) {
-    std::uint64_t mixed = seed + 1;  // of the name, too: no two kinds draw the same numbers
+    std::uint64_t mixed = seed + 1;  // includes the name, so that two kinds draw different numbers
     for (const char letter : std::string_view(kind.name)) {
         mixed = 0x100000001b3U * (mixed ^ static_cast<unsigned char>(letter));
     }

@@ -1,4 +1,4 @@
-// Random problems of every kind that a solver can stumble over, each made from a seed.
+// Random problems of all kinds that may be difficult for a solver, each made from a seed.
 #ifndef ACTIVESET_BENCHMARKS_FREEZE_KINDS_HPP
 #define ACTIVESET_BENCHMARKS_FREEZE_KINDS_HPP
 
@@ -13,14 +13,14 @@ namespace activeset::bench {
 
 struct Kind {
     const char* name;
-    std::size_t count;  ///< problems of it in a freeze
+    std::size_t count;  ///< number of its problems in a freeze
     Program (*make)(RandomNumbers& random);
 };
 
-/// In the order of a freeze.
+/// All kinds, in the order of a freeze.
 [[nodiscard]] std::span<const Kind> kinds();
 
-/// Problem `seed` of a kind.
+/// Problem number `seed` of a kind.
 [[nodiscard]] Program problemOf(const Kind& kind, std::uint64_t seed);
 
 }  // namespace activeset::bench

@@ -14,9 +14,9 @@ namespace activeset::bench {
 
 namespace {
 
-constexpr double Accepted = 2e-9;  // a residual in proportion: twice the tolerance of a solve
+constexpr double Accepted = 2e-9;  // relative residual: twice the tolerance of a solve
 
-/// The hash FNV-1a, of words.
+/// The hash FNV-1a, word by word.
 class Digest {
 public:
     void add(std::uint64_t word) { value_ = 0x100000001b3U * (value_ ^ word ^ (value_ >> 29U)); }
@@ -66,7 +66,7 @@ Record recordOf(std::string kind, std::string seed, const Program& program, cons
     return record;
 }
 
-/// c, or the sides, or both, moved by up to 5 per cent.
+/// Moves c, or the sides, or both, by up to 5 per cent.
 void move(Program& program, RandomNumbers& random) {
     const std::size_t which = random.pick(0, 2);
     const auto moveAll = [&](std::vector<double>& values) {
@@ -76,14 +76,15 @@ void move(Program& program, RandomNumbers& random) {
         moveAll(program.c);
     }
     if (which != 0) {
-        for (std::size_t i = 0; i < program.m; ++i) {  // outward, so that it stays feasible
+        for (std::size_t i = 0; i < program.m; ++i) {  // outward, so it stays feasible
             program.rowLower[i] -= program.rowLower[i] < program.rowUpper[i] ? random(0.0, 0.1) : 0;
             program.rowUpper[i] += program.rowLower[i] < program.rowUpper[i] ? random(0.0, 0.1) : 0;
         }
     }
 }
 
-/// A working set that has nothing to do with the problem, with members that it may not have.
+/// A working set that has nothing to do with the problem and may name constraints that do not
+/// exist.
 WorkingSet straySet(const Program& program, RandomNumbers& random) {
     WorkingSet set;
     for (std::size_t i = 0; i < program.m + 2; ++i) {
@@ -121,7 +122,7 @@ void runSequence(const Kind& kind, std::uint64_t seed, const Receiver& receive) 
     }
 }
 
-/// Starts from the solution of a problem nearby, or from a working set of nothing.
+/// Starts from the solution of a similar problem, or from an arbitrary working set.
 void runWarm(const Kind& kind, std::uint64_t seed, const Receiver& receive) {
     RandomNumbers random(seed);
     Program program = problemOf(kind, seed);
@@ -148,7 +149,7 @@ void runCold(const Kind& kind, std::uint64_t seed, const Receiver& receive) {
                      solve(program.view(), settings)));
 }
 
-/// All of them at once on two threads, every second time in chains.
+/// Solves all of them at once on two threads, every second time in chains.
 void runMany(const Kind& kind, std::uint64_t count, const Receiver& receive) {
     std::vector<Program> programs;
     for (std::uint64_t seed = 0; seed < count; ++seed) {

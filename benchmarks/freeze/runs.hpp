@@ -1,4 +1,4 @@
-// Solves all problems of a freeze, each in the ways in which the front end can be asked.
+// Solves all problems of a freeze in each of the front end's ways.
 #ifndef ACTIVESET_BENCHMARKS_FREEZE_RUNS_HPP
 #define ACTIVESET_BENCHMARKS_FREEZE_RUNS_HPP
 
@@ -10,24 +10,24 @@
 
 namespace activeset::bench {
 
-/// What is kept of an answer.
+/// What a freeze stores of an answer.
 struct Record {
-    std::string kind{};        ///< of the problem, and how it was solved: "strict", "strict:warm"
-    std::string seed{};        ///< within its kind: "17", of a sequence "17.3", of a file its name
+    std::string kind{};  ///< kind of problem and way to solve it: "strict", "strict:warm"
+    std::string seed{};  ///< number within the kind: "17"; in a sequence "17.3"; of a file its name
     std::string status{};      ///< textOf(Status)
-    double objective = 0.0;    ///< of an optimum, else 0
+    double objective = 0.0;    ///< of an optimum, otherwise 0
     std::string iterations{};  ///< all counts, joined by +
     std::uint64_t digest = 0;  ///< of the bits of x, y, z, objective and working set
-    double scale = 1.0;        ///< what the objective is the sum of, at least 1
-    std::string objection{};   ///< to the proof; empty if it holds
+    double scale = 1.0;        ///< sum of the absolute terms of the objective, at least 1
+    std::string objection{};   ///< why the judge rejects the proof; empty if it does not
 };
 
 using Receiver = std::function<void(const Record&)>;
 
-/// Hands over the records of all kinds, in an order that is always the same.
+/// Passes on the records of all kinds, always in the same order.
 ///
-/// @param only    the only kind of problems, in whatever way they are solved; empty for all
-/// @param folder  problem files below it belong to the kind "files"; empty for none
+/// @param only    solve only this kind of problem, in all ways; all kinds if empty
+/// @param folder  files in it are of the kind "files"; empty: no files
 void runAll(const std::string& only, const std::string& folder, const Receiver& receive);
 
 }  // namespace activeset::bench

@@ -14,19 +14,19 @@ namespace activeset::bench {
 [[nodiscard]] Program linear(RandomNumbers& random);
 /// Small integers: ties, dependent constraints and zero multipliers.
 [[nodiscard]] Program integers(RandomNumbers& random);
-/// 2n rows and more that all meet at the optimum.
+/// At least 2n rows that are all active at the optimum.
 [[nodiscard]] Program degenerate(RandomNumbers& random);
 /// H of condition 1e6 or 1e10.
 [[nodiscard]] Program conditioned(RandomNumbers& random);
-/// Every second row is its neighbour but for 1e-3 to 1e-13.
+/// Every second row equals its neighbour up to 1e-3 to 1e-13.
 [[nodiscard]] Program parallel(RandomNumbers& random);
-/// An equality that is the sum of the others.
+/// One equality is the sum of the others.
 [[nodiscard]] Program dependent(RandomNumbers& random);
-/// Linear kernels: H of rank 1 to 5 and 1e-8 on the diagonal.
+/// Linear kernels: H has rank 1 to 5 plus 1e-8 on the diagonal.
 [[nodiscard]] Program lowRank(RandomNumbers& random);
 /// 20n rows.
 [[nodiscard]] Program tall(RandomNumbers& random);
-/// Rows and variables in units that differ by up to eight powers of ten.
+/// Units of rows and variables differ by up to eight powers of ten.
 [[nodiscard]] Program scaled(RandomNumbers& random);
 /// One to three variables, few constraints, some variables fixed.
 [[nodiscard]] Program tiny(RandomNumbers& random);

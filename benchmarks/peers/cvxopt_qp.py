@@ -1,8 +1,8 @@
 """Solves the problems of a folder with the interior-point method of cvxopt, to residuals of 1e-9.
 
 usage: cvxopt_qp.py FOLDER SECONDS
-Prints the processor seconds a problem, without those for reading and stacking, then the objectives. Where most
-inequalities are bounds they are sparse, which cvxopt makes much of.
+Prints the processor seconds per problem, without those for reading and stacking, then the objectives. If most
+inequalities are bounds, they are passed as a sparse matrix, which makes cvxopt faster.
 """
 
 import array
@@ -52,7 +52,7 @@ def main(folder, budget):
         start = time.process_time()
         solve_all()
         samples.append(time.process_time() - start)
-    # It may say "unknown" where 1e-9 is out of its reach; of an infeasible problem there is no objective.
+    # The status is "unknown" if cvxopt cannot reach 1e-9. An infeasible problem has no objective.
     values = [math.nan if value is None else value
               for value in (solution["primal objective"] for solution in solutions)]
     print(*(f"{value:.17g}" for value in [statistics.median(samples) / len(problems), *values]))

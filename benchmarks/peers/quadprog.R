@@ -1,6 +1,6 @@
 # Solves the problems of a folder with the dual active-set method of the package quadprog.
 # usage: Rscript quadprog.R FOLDER SECONDS
-# Prints the processor seconds a problem, without those for reading and stacking, then the objectives.
+# Prints the processor seconds per problem, without those for reading and stacking, then the objectives.
 suppressPackageStartupMessages(library(quadprog))
 arguments <- commandArgs(trailingOnly = TRUE)
 budget <- as.numeric(arguments[2])
@@ -41,7 +41,7 @@ timed <- function(repetitions) {
 
 values <- solve_all()
 repetitions <- 1
-while ((once <- timed(repetitions)) * repetitions < 0.05) repetitions <- 2 * repetitions  # the clock's
+while ((once <- timed(repetitions)) * repetitions < 0.05) repetitions <- 2 * repetitions  # at least 50 ms, which the clock resolves
 samples <- once
 while (length(samples) < 7 && sum(samples) * repetitions < budget) samples <- c(samples, timed(repetitions))
 cat(sprintf("%.17g", c(median(samples) / length(problems), values)), "\n")
