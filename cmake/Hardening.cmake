@@ -1,12 +1,12 @@
-# activeset_hardening: what makes a fault of memory harder to exploit, for the library and the tool. Stack
+# activeset_hardening: flags that make memory errors harder to exploit, for the library and the tool: stack
 # protectors, checked calls of the C library, relocations that are read-only before the first call.
-# tests/install/hardened_elf looks for it in what was built.
+# tests/install/hardened_elf checks the result.
 add_library(activeset_hardening INTERFACE)
 target_compile_options(activeset_hardening INTERFACE -fstack-protector-strong)
 target_link_options(activeset_hardening INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 
-# The checked calls need optimisation; a sanitizer has checks of its own. Level 3, of GCC 12 and Clang 9,
-# knows sizes that are only known when the program runs.
+# Checked calls need optimisation; a sanitizer has checks of its own. Level 3, of GCC 12 and Clang 9, also
+# uses sizes that are known only at run time.
 include(CheckCXXSourceCompiles)
 block()
     set(CMAKE_REQUIRED_FLAGS "-O2 -Werror -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")

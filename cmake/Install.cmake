@@ -1,10 +1,10 @@
-# What `cmake --install` puts under the prefix: the library, its public headers, and the files by which
-# find_package(activeset) offers it as activeset::activeset.
+# `cmake --install`: the library, its public headers, and the files with which find_package(activeset)
+# provides the target activeset::activeset.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/activeset)
 
-# The static library has the private BLAS inside, too.
+# The static library contains the private BLAS, too.
 get_target_property(private_blas activeset_blas IMPORTED_LOCATION)
 set(static_library ${PROJECT_BINARY_DIR}/package/libactiveset.a)
 add_custom_command(
@@ -17,7 +17,7 @@ add_custom_command(
     VERBATIM)
 add_custom_target(activeset_static_package ALL DEPENDS ${static_library})
 install(FILES ${static_library} DESTINATION ${CMAKE_INSTALL_LIBDIR})
-# From the file to the prefix, so that the prefix can be moved.
+# The path from the file to the prefix is relative, so that the prefix can be moved.
 file(RELATIVE_PATH ACTIVESET_PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" ACTIVESET_PC_PREFIX ${ACTIVESET_PC_PREFIX})
 configure_file(${CMAKE_CURRENT_LIST_DIR}/activeset.pc.in ${PROJECT_BINARY_DIR}/activeset.pc @ONLY)
@@ -29,7 +29,7 @@ install(
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(TARGET activeset_cli)
-    # The tool finds the library beside itself, wherever the prefix is moved to.
+    # The tool finds the library relative to itself, so that the prefix can be moved.
     file(RELATIVE_PATH libdir ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(activeset_cli PROPERTIES INSTALL_RPATH "$ORIGIN/${libdir}")
 endif()

@@ -1,14 +1,14 @@
-# activeset_blas: BLAS and LAPACK with 64-bit integers, inside the library and under its own prefix.
+# activeset_blas: BLAS and LAPACK with 64-bit integers, inside the library and with a prefix of its own.
 #
-# A host process often has another BLAS loaded, with the same symbol names and 32-bit integers. Were
-# the library to import dgeqp3_, that one would be bound to it and the pivots would be read at half
-# their width. So the routines that the library uses are linked out of a static archive into one
-# relocatable object; there dgeqp3_ becomes activeset_dgeqp3_ and every other symbol becomes local.
-# Nothing is left that another library could capture, or that could capture another library's calls.
-# Nor is its clean-up at the end of the process left, which takes the buffers away from other threads.
+# A host process often has another BLAS loaded, with the same symbol names and 32-bit integers. If the
+# library imported dgeqp3_, the process would call the other one, which writes pivots of half the width.
+# So the routines that the library uses are linked from a static archive into one relocatable object. There
+# dgeqp3_ becomes activeset_dgeqp3_, and every other symbol becomes local. So no other library can capture
+# these calls, and these symbols capture no calls of another library. The object also lacks the archive's
+# clean-up at the end of the process, which takes buffers away from other threads.
 #
 # ACTIVESET_BLAS selects the archive:
-#   embedded   OpenBLAS, kernels for every processor, the one to ship
+#   embedded   OpenBLAS with kernels for every processor: the one for releases
 #   reference  the plain Fortran implementation, for comparison
 set(ACTIVESET_BLAS embedded CACHE STRING "BLAS and LAPACK: embedded or reference")
 set_property(CACHE ACTIVESET_BLAS PROPERTY STRINGS embedded reference)
@@ -22,7 +22,7 @@ list(TRANSFORM routines APPEND _)
 
 find_package(Threads REQUIRED)
 find_library(ACTIVESET_FORTRAN_RUNTIME NAMES gfortran libgfortran.so.5 REQUIRED)
-# The GNU tools whatever the compiler brings: lld has no --require-defined.
+# Always the GNU tools: lld has no --require-defined.
 find_program(ACTIVESET_LD NAMES ld.bfd REQUIRED)
 find_program(ACTIVESET_OBJCOPY NAMES objcopy REQUIRED)
 
@@ -40,8 +40,8 @@ else()
 endif()
 set(runtime ${ACTIVESET_FORTRAN_RUNTIME} Threads::Threads m)
 
-# The length 3 - 2^32 is negative, so that idamax answers 0. A routine with 32-bit integers sees the
-# low half, 3, and answers the position of the largest of the three entries.
+# The length 3 - 2^32 is negative, so idamax returns 0. A routine with 32-bit integers sees the low half,
+# 3, and returns the position of the largest of three entries.
 include(CheckCXXSourceRuns)
 block()
     set(CMAKE_REQUIRED_LIBRARIES ${archives} ${runtime})
@@ -60,8 +60,8 @@ if(NOT ACTIVESET_BLAS_${ACTIVESET_BLAS}_HAS_64_BIT_INTEGERS)
     message(FATAL_ERROR "${archives}: no BLAS with 64-bit integers that links and runs")
 endif()
 
-# The embedded BLAS works in buffers that the library hands out (src/host/blas_buffer.cpp); how large it
-# takes them to be shows when it maps one itself.
+# The library provides the buffers of the embedded BLAS (src/host/blas_buffer.cpp). This program finds
+# their size: it is what BLAS maps without that.
 set(definitions "")
 if(ACTIVESET_BLAS STREQUAL "embedded")
     if(NOT DEFINED ACTIVESET_BLAS_BUFFER_BYTES)
@@ -103,7 +103,7 @@ set(blas_dir ${PROJECT_BINARY_DIR}/private_blas)
 set(blas_archive ${blas_dir}/libactiveset_blas.a)
 file(MAKE_DIRECTORY ${blas_dir})
 
-# Compiled by hand, so that neither sanitizers nor coverage get between BLAS and its start-up.
+# Compiled by a command of its own, so that neither sanitizers nor coverage affect the start-up of BLAS.
 set(environment ${CMAKE_CURRENT_LIST_DIR}/blas_environment.cpp)
 if(ACTIVESET_BLAS STREQUAL "embedded")
     set(compile_environment COMMAND ${CMAKE_CXX_COMPILER} -std=c++20 -O2 -fPIC -c ${environment} -o

@@ -1,5 +1,5 @@
-# ACTIVESET_SANITIZE compiles and links everything under sanitizers: "address" stands for address,
-# leak and undefined behaviour together, "thread" for data races.
+# ACTIVESET_SANITIZE compiles and links everything with sanitizers: "address" selects those for address,
+# leak and undefined behaviour, "thread" the one for data races.
 set(ACTIVESET_SANITIZE "" CACHE STRING "Sanitizers: empty, address or thread")
 set_property(CACHE ACTIVESET_SANITIZE PROPERTY STRINGS "" address thread)
 
@@ -13,13 +13,13 @@ elseif(NOT ACTIVESET_SANITIZE STREQUAL "")
 endif()
 
 if(ACTIVESET_SANITIZE)
-    # -O1, whatever the build type says: with the checks in, more takes twice as long to compile.
+    # -O1 for every build type: with the checks, a higher level takes twice as long to compile.
     add_compile_options(${sanitizers} -O1 -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
     add_link_options(${sanitizers})
 endif()
 
-# The fuzzers follow the library's branches. A conversion that overflows is undefined too, but not in
-# the group above.
+# Fuzzers need coverage of the library's branches. A floating-point conversion that overflows is undefined,
+# too, but not part of the group above.
 if(ACTIVESET_BUILD_FUZZERS)
     add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow
                         -fno-sanitize-recover=all -g1)

@@ -1,8 +1,8 @@
 # activeset_warnings: the flags that every target of the project is compiled with.
 #
-# -ffp-contract=off belongs here because the order and rounding of each operation is behaviour: a
-# fused multiply-add would take other branches in the ratio test. GCC 12 sees overlapping copies in
-# every `"text" + string` that it inlines (its bug 105651, gone in 13), hence -Wno-restrict there.
+# -ffp-contract=off is here because the rounding of each operation is behaviour: a fused multiply-add would
+# change branches in the ratio test. -Wno-restrict: GCC 12 reports overlapping copies in every
+# `"text" + string` that it inlines (its bug 105651, fixed in 13).
 add_library(activeset_warnings INTERFACE)
 target_compile_options(
     activeset_warnings

@@ -1,5 +1,5 @@
-# Toolchain for 64-bit ARM on x86-64: Debian's cross compiler, the packages of that architecture in
-# ACTIVESET_ARM_ROOT, programs run under qemu. scripts/arm uses it.
+# Toolchain for 64-bit ARM on x86-64, used by scripts/arm: Debian's cross compiler, packages of that
+# architecture in ACTIVESET_ARM_ROOT, and qemu to run programs.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(ACTIVESET_ARM_ROOT "" CACHE PATH "Folder with Debian's packages for arm64")

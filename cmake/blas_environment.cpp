@@ -1,17 +1,17 @@
-// What the private BLAS sees of the environment when the library is loaded.
+// The environment variables that the private BLAS sees when the library is loaded.
 //
-// One thread, whatever OPENBLAS_NUM_THREADS, meant for some other BLAS of the process, says. BLAS
-// starts its threads in a load-time initialiser, one a processor unless the environment says
-// otherwise. Reducing the number afterwards leaves those threads behind, and asking before its
-// initialiser has run writes outside its tables. Answering its question is right at any time, and
+// The number of threads is 1. OPENBLAS_NUM_THREADS is ignored: it is meant for another BLAS of the
+// process. BLAS starts its threads in a load-time initialiser, by default one per processor.
+// Reducing the number afterwards leaves those threads behind, and calling BLAS before its
+// initialiser has run writes outside its tables. Replacing the variable works at any time, and
 // activeset_openblas_set_num_threads can still raise the number later.
 //
-// On processors that came after this BLAS was released it would fall back to the kernels of the
-// very first 64-bit ones, an order of magnitude slower in matrix products. There the answer to
-// OPENBLAS_CORETYPE names the best kernels whose instructions the processor has.
+// On processors newer than this BLAS it would use the kernels of the first 64-bit processors, which
+// are ten times slower in matrix products. There OPENBLAS_CORETYPE is replaced by the name of the
+// best kernels whose instructions the processor has.
 //
-// The name of kernels that a user wants is in ACTIVESET_BLAS_KERNEL: OPENBLAS_CORETYPE is meant for
-// some other BLAS of the process, too.
+// Users choose kernels with ACTIVESET_BLAS_KERNEL, because OPENBLAS_CORETYPE, too, is meant for
+// another BLAS of the process.
 #include <string_view>
 
 #if defined(__x86_64__)
@@ -20,8 +20,8 @@
 
 extern "C" {
 
-// The linker's names (--wrap=getenv): what the calls of the merged object are bound to, and the
-// function of the C library.
+// Names that the linker defines (--wrap=getenv): calls of the merged object go to the first one,
+// and the second one is the function of the C library.
 char* __wrap_getenv(const char* name);
 char* __real_getenv(const char* name);
 
@@ -62,7 +62,7 @@ char* kernelsForNewProcessor() {
     if (!isNewerThanThisBlas()) {
         return nullptr;
     }
-    // These ask whether the system saves the registers, too.
+    // These also check that the system saves the registers.
     __builtin_cpu_init();
     if (__builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
         __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0) {

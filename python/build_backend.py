@@ -1,4 +1,4 @@
-"""Setuptools' backend, which also asks for CMake and Ninja where the machine does not have them."""
+"""The backend of setuptools, which also requires CMake and Ninja if the machine lacks them."""
 
 import shutil
 

@@ -1,5 +1,5 @@
-# Times solve.QP and solve_qp beside quadprog: Rscript scripts/bench_r.R [LIBRARY_FOLDER]
-# Microseconds, the best of many runs of at least 50 ms.
+# Times solve.QP, solve_qp and quadprog: Rscript scripts/bench_r.R [LIBRARY_FOLDER]
+# Prints microseconds per call: the best of many runs of at least 50 ms.
 folder <- commandArgs(TRUE)
 if (length(folder)) .libPaths(c(folder[1], .libPaths()))
 

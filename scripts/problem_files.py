@@ -1,4 +1,4 @@
-"""What the scripts that solve problem files share."""
+"""Shared by the scripts that solve problem files."""
 
 import json
 import os
@@ -15,7 +15,7 @@ def files_in(folder):
 
 
 def solve(program, file, *options):
-    """The first line that the program prints about the file, an object in JSON."""
+    """The first line that the program prints for the file, which is a JSON object."""
     run = subprocess.run([program, *map(str, options), file], capture_output=True, text=True,
                          check=False)
     if not run.stdout:

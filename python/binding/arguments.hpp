@@ -69,7 +69,7 @@ private:
 
     std::size_t positionOf(PyObject* name) const {
         for (std::size_t k = 0; k < Count; ++k) {
-            if (names_[k] == name) {  // both are interned, as a rule
+            if (names_[k] == name) {  // names are interned, as a rule
                 return k;
             }
         }

@@ -1,4 +1,4 @@
-// Decides which arrays are used where they lie. activeset._convert converts the others.
+// Decides which arrays can be used without a copy. activeset._convert converts the others.
 #include "arrays.hpp"
 
 #include <algorithm>
@@ -16,8 +16,8 @@ struct Layout {
     const py::ssize_t* strides;
 };
 
-/// The layout of an array of doubles that BLAS could read; nothing for other arrays. Subclasses
-/// count as others: they may mean something else by their data.
+/// The layout of an array of doubles that BLAS can read; nothing for other arrays. A subclass of
+/// numpy.ndarray gives nothing: its data may have another meaning.
 std::optional<Layout> layoutOf(PyObject* given) {
     const auto& numpy = py::detail::npy_api::get();
     if (Py_TYPE(given) != numpy.PyArray_Type_) {
@@ -88,7 +88,7 @@ std::optional<MatrixView> matrixInPlace(PyObject* array) {
     const auto* stride = layout->strides;
     const auto rows = static_cast<std::size_t>(size[0]);
     const auto cols = static_cast<std::size_t>(size[1]);
-    if (rows == 0 || cols == 0) {  // its strides may be anything
+    if (rows == 0 || cols == 0) {  // an empty array may have any strides
         return MatrixView(layout->data, rows, cols, std::max<std::size_t>(cols, 1),
                           Order::RowMajor);
     }

@@ -14,11 +14,11 @@ namespace activeset::python {
 /// A view of `array` where it lies: float64 in the processor's order, one dimension without gaps.
 [[nodiscard]] std::optional<VectorView> vectorInPlace(PyObject* array);
 
-/// Likewise, two dimensions with gaps in one of them at most; of one dimension, a single row.
+/// Likewise with two dimensions, of which at most one has gaps. One dimension is a single row.
 [[nodiscard]] std::optional<MatrixView> matrixInPlace(PyObject* array);
 
-/// A view of the numbers of `given`. `owner` gets the array that holds them: `given` itself if its
-/// memory will do, otherwise a converted copy.
+/// A view of the numbers of `given`. `owner` gets the array that holds them: `given` itself if the
+/// view can use its memory, otherwise a converted copy.
 /// @raises ProblemError (Python's), with `name` in its text
 [[nodiscard]] VectorView vectorOf(PyObject* given, const char* name, py::object& owner);
 [[nodiscard]] MatrixView matrixOf(PyObject* given, const char* name, py::object& owner);

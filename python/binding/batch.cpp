@@ -1,4 +1,5 @@
-// Batches: arrays with a leading axis in, arrays out, without the GIL, where a signal can end them.
+// Batches: arrays with a leading axis in, arrays out. They run without the GIL, and a signal can
+// end them.
 #include "batch.hpp"
 
 #include <atomic>
@@ -94,7 +95,7 @@ void solve(std::size_t count,
     runAttended(task);
 }
 
-/// Gradients of a loss in the vectors of solved problems.
+/// The gradients of a loss with respect to the vectors of solved problems.
 class BackwardTask : public Task {
 public:
     BackwardTask(std::size_t count,

@@ -6,7 +6,7 @@
 
 namespace activeset::python {
 
-/// Adds solve_batch, to which activeset._batch gives arrays that fit.
+/// Adds solve_batch. activeset._batch passes arrays of the right types and shapes.
 void addBatch(py::module_& module);
 
 }  // namespace activeset::python

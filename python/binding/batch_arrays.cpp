@@ -1,4 +1,4 @@
-// Layouts that a batch can have.
+// The layouts that an array of a batch can have.
 #include "batch_arrays.hpp"
 
 #include <algorithm>
@@ -10,8 +10,8 @@ namespace {
 
 constexpr py::ssize_t Entry = sizeof(double);
 
-/// A float64 array whose last `dimensions` axes have no gaps. One axis more is that of the batch.
-/// The distance of neighbours on it, 0 where there is none.
+/// A float64 array whose last `dimensions` axes have no gaps. One more axis in front is that of the
+/// batch; `stride` is the distance between its entries, 0 without that axis.
 py::array arrayOf(const py::object& given,
                   const char* name,
                   std::size_t count,

@@ -10,10 +10,10 @@
 
 namespace activeset::python {
 
-/// Raises ValueError.
+/// @raises ValueError (Python's)
 [[noreturn]] void refuseLayout(const char* name);
 
-/// Keeps the arrays alive. Functions give an empty view for a name that is not there.
+/// Named arrays, kept alive. Functions return an empty view if there is no array of the name.
 class BatchArrays {
 public:
     BatchArrays(std::size_t count, py::dict arrays) : count_(count), arrays_(std::move(arrays)) {}
@@ -21,9 +21,9 @@ public:
     [[nodiscard]] std::size_t count() const { return count_; }
     [[nodiscard]] MatrixBatch matrix(const char* name) const;
     [[nodiscard]] VectorBatch vector(const char* name) const;
-    /// An output with `size` numbers for each problem.
+    /// An output with `size` numbers per problem.
     [[nodiscard]] VectorsOut vectorsOut(const char* name, std::size_t size) const;
-    /// An output with `each` entries of one type for each problem.
+    /// An output with `each` entries of one type per problem.
     template <class Number>
     [[nodiscard]] Number* numbers(const char* name, std::size_t each) const {
         const py::object given = named(name);
@@ -47,7 +47,7 @@ private:
     py::dict arrays_;
 };
 
-/// The problems of arrays by the names of the front end.
+/// The problems in these arrays, which have the names of the front end.
 [[nodiscard]] ProblemBatch problemsIn(const BatchArrays& arrays);
 [[nodiscard]] std::size_t variablesOf(const ProblemBatch& batch);
 

@@ -14,7 +14,7 @@ namespace activeset::python {
 
 namespace {
 
-/// Whether this thread is inside a callback. Set and put back by `tell`, read before a solve.
+/// Whether this thread is inside a callback. `tell` sets and restores it; every solve reads it.
 bool& isInCallback() noexcept {
     static thread_local bool is = false;
     return is;

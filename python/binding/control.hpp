@@ -19,16 +19,16 @@ namespace activeset::python {
 /// The settings of a solve, and its callbacks.
 struct Control {
     Settings settings{};
-    py::object callback{};  ///< called with a Progress after every pass, or null
-    py::object printer{};   ///< for verbose, or null
+    py::object callback{};  ///< called with a Progress after every pass; may be null
+    py::object printer{};   ///< prints the lines of verbose; may be null
 };
 
-/// Takes borrowed references; null stands for None.
+/// Reads borrowed references; null stands for None.
 /// @raises TypeError, ValueError
 [[nodiscard]] Settings settingsOf(PyObject* settings);
 [[nodiscard]] Control controlOf(PyObject* settings, PyObject* verbose, PyObject* callback);
 
-/// The time limit of many solves together, in seconds; none for None.
+/// The time limit in seconds for many solves together; nothing for None.
 /// @raises ValueError
 [[nodiscard]] std::chrono::duration<double> timeLimitOf(const py::object& given);
 
@@ -38,7 +38,7 @@ void requireNoCallback();
 /// Calls the callback with the GIL; false ends the solve, perhaps with a Python error set.
 [[nodiscard]] bool tell(const py::object& callback, const Progress& progress);
 
-/// Problems with more entries than this may take longer than a person waits for Ctrl-C.
+/// Problems with more entries may take longer than a person waits after Ctrl-C.
 inline constexpr std::size_t LongSolve = 20000;
 
 /// A solve on another thread whose callback is called on the thread that waits.
@@ -103,8 +103,8 @@ private:
     bool isLeft_ = false;
 };
 
-/// `work(settings)` without the GIL. It may outlive this call if a signal ends that, so it owns
-/// what it needs.
+/// Runs `work(settings)` without the GIL. If a signal ends this call, the work may go on after it,
+/// so it must own what it needs.
 /// @raises what the callback raised, what the handler of a signal raised
 template <class Work>
 Result perform(std::size_t entries, Control& control, Work work) {

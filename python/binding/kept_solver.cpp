@@ -1,5 +1,5 @@
-// The type Solver. One call at a time works with it; a second one raises instead of waiting, except
-// for a solve that a signal ended and that has not noticed yet.
+// The type Solver. Only one call at a time may use it: a second call raises instead of waiting. But
+// it waits for a solve that a signal has ended and that has not stopped yet.
 #include "kept_solver.hpp"
 
 #include <algorithm>
@@ -43,7 +43,7 @@ Kept& keptIn(PyObject* self) {
     return *slotOf(self);
 }
 
-/// While it lives, the call owns the sequence.
+/// While this lives, the call has exclusive use of the sequence.
 class Turn {
 public:
     explicit Turn(std::shared_ptr<Sequence> sequence) : sequence_(std::move(sequence)) {
@@ -74,13 +74,13 @@ private:
 struct OneStep {
     Turn turn;
     Result operator()(const Settings& settings) {
-        const Turn ended = std::move(turn);  // with the solve, not with the task
+        const Turn ended = std::move(turn);  // released with the solve, not with the task
         return (*ended).solve(settings);
     }
 };
 
-/// Waits until a solve that was left behind has ended. Does not wait for a solve that another call
-/// waits for.
+/// Waits until a solve that was left behind has ended. Does not wait for a solve for which another
+/// call waits.
 void awaitLeftBehind(const Kept& kept) {
     while (kept.sequence->isLeft && kept.sequence->isBusy) {
         {

@@ -1,4 +1,4 @@
-// solve_ls, on which the package builds its other fits.
+// solve_ls, which the other fits of the package use.
 #include "least_squares.hpp"
 
 #include "activeset/least_squares.hpp"
@@ -23,7 +23,7 @@ constexpr std::array<const char*, Count> Names{"R",  "s",  "G", "h", "A",       
 /// One fit, with the arrays that its solve reads.
 class OneFit {
 public:
-    /// @raises ProblemError, which lists all misfits
+    /// @raises ProblemError, which lists all arrays that do not fit
     explicit OneFit(const Given& given) {
         bool isRead = false;
         try {
@@ -34,7 +34,7 @@ public:
             }
         }
         if (!isRead) {
-            raiseMisfit(given);  // all faults, not the first one only
+            raiseMisfit(given);  // lists all faults, not only the first
         }
     }
 
@@ -52,7 +52,7 @@ public:
     [[nodiscard]] ResultLayout layout() const {
         return {constraints_.inequalities(), constraints_.equalities(), {}};
     }
-    /// Entries that decide how long a solve may take.
+    /// The number of entries, which measures how long a solve may take.
     [[nodiscard]] std::size_t entries() const {
         return constraints_.entries() + fit_.R.rows() * (fit_.R.cols() + fit_.W.cols());
     }

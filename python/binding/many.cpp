@@ -1,4 +1,4 @@
-// Solves of many problems, and the explanation of one: they run where a signal can end them.
+// Solves of many problems, and the explanation of one. A signal can end them.
 #include "many.hpp"
 
 #include <atomic>
@@ -16,7 +16,7 @@ namespace activeset::python {
 
 namespace {
 
-/// What a signal's handler raises, while many problems are read or results are made.
+/// Raises what a signal's handler has raised, while problems are read or results are made.
 void serveSignals(std::size_t count) {
     constexpr std::size_t BetweenChecks = 1024;
     if (count % BetweenChecks == 0 && PyErr_CheckSignals() != 0) {

@@ -1,4 +1,4 @@
-// The extension module activeset._core: what the package is built on.
+// The extension module activeset._core, the base of the package.
 #include "batch.hpp"
 #include "control.hpp"
 #include "kept_solver.hpp"

@@ -1,5 +1,5 @@
-// Derivatives, ranges and paths: the front end's functions, with plain arrays by its own names. The
-// Python files around them divide rows into those of G and of A.
+// Derivatives, ranges and paths: the functions of the front end with plain arrays under its names.
+// Python code splits rows into those of G and of A.
 #include "parametric.hpp"
 
 #include <memory>
@@ -87,7 +87,7 @@ py::tuple forward(const Derivatives& self,
     return py::make_tuple(vectorFrom(change.x), vectorFrom(change.y), vectorFrom(change.z));
 }
 
-/// A row for each number: value, least, most, the objective at both, whether it is degenerate.
+/// One row per number: value, least, most, the objective at both, whether it is degenerate.
 py::array tableOf(const std::vector<Range>& ranges) {
     std::vector<double> values;
     for (auto part : {&Range::value, &Range::least, &Range::most, &Range::objectiveAtLeast,
@@ -118,7 +118,7 @@ py::dict rangesIn(py::handle result, py::handle given) {
     return tables;
 }
 
-/// One vector of every piece, a piece a row.
+/// One vector of every piece, one piece per row.
 template <class Part>
 py::array rowsOf(const std::vector<Piece>& pieces, std::size_t length, Part part) {
     py::array_t<double> table(
@@ -150,7 +150,7 @@ py::dict pathOf(py::handle given,
     const ProblemHolder problem = holderOf(given);
     const Direction direction{vectorIn(c), vectorIn(rowLower), vectorIn(rowUpper), vectorIn(lower),
                               vectorIn(upper)};
-    // By value: what is looked at outlives a task that is left behind.
+    // By value: a task that is left behind still reads these.
     const auto traced = std::make_shared<std::optional<Path>>();
     const auto task = std::make_shared<FunctionTask>(
         [traced, problem, direction, from, to, c, rowLower, rowUpper, lower, upper](auto stop) {

@@ -11,7 +11,7 @@
 
 namespace activeset::python {
 
-/// What std::invalid_argument says is a ValueError, whose text does not name C++.
+/// Turns std::invalid_argument into a ValueError whose text does not mention C++.
 template <class Body>
 auto translated(Body body) {
     try {
@@ -38,7 +38,7 @@ inline VectorView vectorIn(const Vector& array) {
     return {array.data(), static_cast<std::size_t>(array.size())};
 }
 
-/// A copy, column by column where it has two dimensions or more.
+/// A copy, column by column if it has two or more dimensions.
 inline py::array arrayOf(const std::vector<double>& values, const std::vector<py::ssize_t>& shape) {
     std::vector<py::ssize_t> strides;
     py::ssize_t stride = sizeof(double);

@@ -1,4 +1,4 @@
-// Reads the parts, counts variables and rows, joins G and A.
+// Reads the parts of a problem, counts variables and rows, joins G and A.
 #include "problem_data.hpp"
 
 #include <algorithm>
@@ -80,7 +80,7 @@ ProblemData::ProblemData(const GivenParts& given, const ProblemData* like) {
         }
     }
     if (!isRead) {
-        raiseMisfit(given);  // all faults, not the first one only
+        raiseMisfit(given);  // lists all faults, not only the first
     }
     joinRows(like);
 }

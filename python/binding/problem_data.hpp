@@ -1,5 +1,5 @@
-// The parts of a problem as Python knows it, made into one of the front end: G and A become one
-// matrix of rows, those of G first.
+// Turns the parts of a Python problem into a problem of the front end. G and A become one matrix,
+// with the rows of G first.
 #ifndef ACTIVESET_PYTHON_PROBLEM_DATA_HPP
 #define ACTIVESET_PYTHON_PROBLEM_DATA_HPP
 
@@ -45,12 +45,12 @@ struct SoftSides {
 class ProblemData {
 public:
     ProblemData() = default;
-    /// @param like  if it has the same G and A, its joined rows are used again; may be null
-    /// @raises ProblemError, which lists all misfits
+    /// @param like  a problem whose joined rows are used again if G and A are the same; may be null
+    /// @raises ProblemError, which lists all parts that do not fit
     explicit ProblemData(const GivenParts& given, const ProblemData* like = nullptr);
-    /// Reads the constraints alone, for so many variables. Returns false if they do not fit
+    /// Reads only the constraints, for `variables` variables. Returns false if they do not fit
     /// together.
-    /// @raises ProblemError, of the first part that is no array
+    /// @raises ProblemError for the first part that is not an array
     [[nodiscard]] bool readConstraints(const GivenParts& given, std::size_t variables);
 
     [[nodiscard]] const Problem& views() const noexcept { return views_; }
@@ -59,12 +59,12 @@ public:
     [[nodiscard]] std::size_t equalities() const noexcept { return rowsOfA_; }
     /// The arrays that the views read; null for other parts.
     [[nodiscard]] const std::array<py::object, Parts>& owners() const noexcept { return owners_; }
-    /// The number of entries of H and of the rows: a measure of how long a solve may take.
+    /// The number of entries of H and of the rows, which measures how long a solve may take.
     [[nodiscard]] std::size_t entries() const noexcept { return n_ * (n_ + rowsOfG_ + rowsOfA_); }
 
 private:
     bool read(const GivenParts& given, std::optional<std::size_t> variables = {});
-    /// Whether the parts that were read have sizes that belong together.
+    /// Whether the parts read so far have sizes that fit together.
     [[nodiscard]] bool partsFit(const GivenParts& given) const;
     [[nodiscard]] bool fits() const;
     void joinRows(const ProblemData* like);
@@ -78,19 +78,19 @@ private:
     VectorView b_;
     Problem views_;
     std::shared_ptr<const JoinedRows> joined_;
-    std::vector<double> sides_;  ///< of joined rows: lower, then upper
+    std::vector<double> sides_;  ///< of the joined rows: lower sides, then upper sides
     std::size_t n_ = 0;
     std::size_t rowsOfG_ = 0;
     std::size_t rowsOfA_ = 0;
 };
 
-/// The matrix with the rows of both.
+/// The matrix with the rows of G and of A.
 [[nodiscard]] std::shared_ptr<const JoinedRows> joined(const MatrixView& G, const MatrixView& A);
 
 /// The parts by name.
 [[nodiscard]] py::dict dictOf(const GivenParts& given);
 
-/// Raises ProblemError with all that is wrong with shapes and types.
+/// @raises ProblemError, always: it lists everything wrong with shapes and types
 [[noreturn]] void raiseMisfit(const GivenParts& given);
 
 }  // namespace activeset::python

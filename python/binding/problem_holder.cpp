@@ -15,7 +15,7 @@ ProblemHolder create(const py::dict& parts, const ProblemHolder* like) {
             {}};
 }
 
-/// None for a part that is absent, an array for others.
+/// An array, or None for an absent part.
 py::object partOf(const ProblemHolder& holder, const std::string& name) {
     for (std::size_t part = 0; part < Parts; ++part) {
         if (name == PartNames[part]) {
@@ -35,7 +35,7 @@ py::tuple viewOf(const VectorView& view) {
     return py::make_tuple(reinterpret_cast<std::uintptr_t>(view.data()), view.size());
 }
 
-/// Addresses and sizes of what the front end reads, by the names of its members.
+/// The addresses and sizes that the front end reads, by the names of its members.
 py::dict viewsOf(const ProblemHolder& holder) {
     const Problem& problem = holder.data->views();
     py::dict views;

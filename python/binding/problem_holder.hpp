@@ -1,4 +1,4 @@
-// What Python's Problem holds: its data as views, and its names.
+// What Python's Problem holds: views of its data, and its names.
 #ifndef ACTIVESET_PYTHON_PROBLEM_HOLDER_HPP
 #define ACTIVESET_PYTHON_PROBLEM_HOLDER_HPP
 

@@ -1,4 +1,5 @@
-// Python, and what every file of the binding needs of it: errors across the border, the GIL.
+// The Python header and what every file of the binding needs: errors between C++ and Python, the
+// GIL.
 #ifndef ACTIVESET_PYTHON_PYTHON_HPP
 #define ACTIVESET_PYTHON_PYTHON_HPP
 
@@ -26,7 +27,7 @@ private:
     PyThreadState* state_;
 };
 
-/// Takes the GIL while an object lives, inside a WithoutGil of this thread or not.
+/// Takes the GIL while an object lives, whether or not this thread is inside a WithoutGil.
 class WithGil {
 public:
     WithGil() noexcept : state_(PyGILState_Ensure()) {}
@@ -68,7 +69,7 @@ PyObject* guarded(Body body) noexcept {
     }
 }
 
-/// A function of a module of the package, which is imported when it is first needed.
+/// A function of a module of the package. The module is imported at the first use.
 inline py::object packaged(const char* module, const char* name) {
     return py::module_::import(module).attr(name);
 }

@@ -22,7 +22,7 @@ py::array_t<double> vectorOf(const std::vector<double>& values) {
     return py::array_t<double>(static_cast<py::ssize_t>(values.size()), values.data());
 }
 
-/// The parts of a penalty, None where absent, in the order of PenaltyParts.
+/// The four arrays of a penalty in the order of PenaltyParts; None for absent ones.
 py::list penaltyOf(const io::Penalties& penalty) {
     py::list parts;
     for (const io::PenaltyPart& part : io::PenaltyParts) {
@@ -32,7 +32,7 @@ py::list penaltyOf(const io::Penalties& penalty) {
     return parts;
 }
 
-/// The parts of the problem in the file, each row with its two sides.
+/// The parts of the problem in the file; each row has two sides.
 py::dict read(const std::string& path) {
     io::Model model;
     {

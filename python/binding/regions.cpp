@@ -1,4 +1,4 @@
-// Explicit laws: enumerated without the GIL, asked for many parameters at once.
+// Explicit laws: enumerated without the GIL, evaluated for many parameters at once.
 #include "regions.hpp"
 
 #include <limits>
@@ -17,7 +17,7 @@ namespace activeset::python {
 
 namespace {
 
-/// Row by row, as the front end has them.
+/// The numbers of a matrix by rows, as the front end has them.
 py::array tableOf(const std::vector<double>& values, std::size_t rows, std::size_t cols) {
     py::array_t<double> table({static_cast<py::ssize_t>(rows), static_cast<py::ssize_t>(cols)});
     std::copy(values.begin(), values.end(), table.mutable_data());
@@ -41,7 +41,7 @@ Law lawOf(py::handle given,
     const ProblemHolder problem = holderOf(given);
     const Parameters parameters{viewOf(c), viewOf(rows), viewOf(bounds), vectorIn(least),
                                 vectorIn(most)};
-    // By value: what is looked at outlives a task that is left behind.
+    // By value: a task that is left behind still reads these.
     const auto law = std::make_shared<std::optional<Law>>();
     const auto task = std::make_shared<FunctionTask>(
         [law, problem, parameters, limit, samples, c, rows, bounds, least, most](auto stop) {
@@ -54,7 +54,7 @@ Law lawOf(py::handle given,
     return std::move(**law);
 }
 
-/// The rows of a C-ordered array of parameters: the region of each, −1 for none, and x.
+/// For each row of a C-ordered array of parameters: the region, −1 for none, and x.
 py::tuple look(const Law& law, const Vector& thetas) {
     const std::size_t p = law.regions.parameters();
     if (thetas.ndim() != 2 || static_cast<std::size_t>(thetas.shape(1)) != p) {

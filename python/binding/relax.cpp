@@ -1,4 +1,4 @@
-// The nearest feasible point, and what there is to know about data; rows are those of G, then of A.
+// The nearest feasible point, and findings about data. Rows are those of G, then those of A.
 #include "relax.hpp"
 
 #include <pybind11/stl.h>
@@ -49,7 +49,7 @@ private:
     Relaxation relaxation_;
 };
 
-/// Runs to its end: nothing in it asks whether it should stop.
+/// Runs to its end: the work cannot be stopped.
 class DiagnoseTask : public Task {
 public:
     explicit DiagnoseTask(ProblemHolder holder) : holder_(std::move(holder)) {}

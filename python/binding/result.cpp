@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::size_t Statuses = static_cast<std::size_t>(Status::Failed) + 1;
 
-/// Of the only interpreter that may load the module: set when the package is imported, by
-/// configureResults, and by nobody else.
+/// The classes of the only interpreter that may load the module. Only configureResults sets them,
+/// when the package is imported.
 struct Classes {
     PyTypeObject* base = nullptr;
     PyTypeObject* result = nullptr;
@@ -48,7 +48,7 @@ PyObject* refuse(PyTypeObject* type, PyObject* /*args*/, PyObject* /*keywords*/)
     return nullptr;
 }
 
-/// The entries [first, first + size) of `values`, fewer where there are not so many.
+/// The entries [first, first + size) of `values`, or as many of them as there are.
 py::object part(const std::vector<double>& values,
                 std::size_t first,
                 std::size_t size,

@@ -37,7 +37,7 @@ std::vector<Fault> faultsOf(const py::handle& given) {
     return faults;
 }
 
-/// Calls `read` with the entry where there is one.
+/// Calls `read` with the entry if it exists.
 template <class Read>
 void readEntry(const py::dict& state, const char* name, Read read) {
     if (state.contains(name) && !state[name].is_none()) {

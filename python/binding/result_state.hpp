@@ -1,4 +1,4 @@
-// Results as plain data of Python: for pickles, and for parts of them that Python makes itself.
+// Results as plain data of Python: for pickles, and for results that Python code makes itself.
 #ifndef ACTIVESET_PYTHON_RESULT_STATE_HPP
 #define ACTIVESET_PYTHON_RESULT_STATE_HPP
 

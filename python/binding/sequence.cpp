@@ -110,7 +110,7 @@ void Sequence::update(const GivenParts& given) {
         }
     }
     if (!isRead || !fits(given, views)) {
-        // All faults, not the first one only.
+        // lists all faults, not only the first
         packaged("activeset._faults", "raise_update_misfit")(dictOf(given), n_, rowsOfG_, rowsOfA_);
         throw py::value_error("the new parts do not fit");
     }

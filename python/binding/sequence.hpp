@@ -1,4 +1,4 @@
-// A Solver of the front end with what is needed to replace one part at a time.
+// A Solver of the front end, with the data that are needed to replace one part at a time.
 #ifndef ACTIVESET_PYTHON_SEQUENCE_HPP
 #define ACTIVESET_PYTHON_SEQUENCE_HPP
 
@@ -16,7 +16,7 @@ class Sequence {
 public:
     Sequence(const ProblemData& data, Settings settings);
 
-    /// Replaces the given parts. If one of them does not fit, replaces none.
+    /// Replaces the given parts. Replaces none if one of them does not fit.
     /// @raises ProblemError
     void update(const GivenParts& given);
     void restartFrom(WarmStart start) { solver_.restartFrom(std::move(start)); }
@@ -27,9 +27,9 @@ public:
     [[nodiscard]] std::size_t equalities() const noexcept { return rowsOfA_; }
     [[nodiscard]] std::size_t entries() const noexcept { return n_ * (n_ + rowsOfG_ + rowsOfA_); }
 
-    /// Set while a call works with this, perhaps on another thread.
+    /// Set while a call uses this, perhaps on another thread.
     std::atomic<bool> isBusy{false};
-    /// Set when a signal has ended the call that waited for a solve, while the solve goes on.
+    /// Set if a signal has ended the call that waited for a solve, while the solve still runs.
     std::atomic<bool> isLeft{false};
 
 private:
@@ -43,7 +43,7 @@ private:
     std::size_t rowsOfA_;
     double constant_;
     std::vector<double> linear_;
-    std::vector<double> rows_;  ///< column by column, where there are both kinds
+    std::vector<double> rows_;  ///< column by column; used if there are rows of G and of A
     std::vector<double> rowLower_;
     std::vector<double> rowUpper_;
     std::vector<double> lower_;

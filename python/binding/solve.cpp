@@ -1,5 +1,5 @@
-// solve_qp, and other functions of one problem. solve_qp is called often and on small problems, so
-// it reads its arguments itself.
+// solve_qp and other functions of one problem. solve_qp is called often for small problems, so it
+// reads its arguments without a tuple or a dictionary.
 #include "solve.hpp"
 
 #include <algorithm>

@@ -14,11 +14,11 @@ namespace activeset::python {
 /// Adds solve_qp.
 void addSolve(py::module_& module);
 
-/// The parts in a dictionary, borrowed.
+/// The parts of a problem in a dictionary, as borrowed references.
 /// @raises TypeError for a name that no part has
 [[nodiscard]] GivenParts partsOf(const py::dict& parts);
 
-/// Raises ProblemError with the faults, in the terms of Python's problems.
+/// @raises ProblemError, always: with the faults in the terms of Python's problems
 [[noreturn]] void raiseInvalid(const std::vector<Fault>& faults, const ResultLayout& layout);
 
 }  // namespace activeset::python

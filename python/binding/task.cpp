@@ -1,4 +1,4 @@
-// The threads that run tasks, and how their end is waited for.
+// The threads that run tasks, and the wait for a task to end.
 #include "task.hpp"
 
 #include <unistd.h>
@@ -17,8 +17,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds BetweenChecks{10};  ///< how late a signal may be noticed
-constexpr milliseconds Patience{25};       ///< for a solve to end after it was told to
+constexpr milliseconds BetweenChecks{10};  ///< so late a signal may be noticed
+constexpr milliseconds Patience{25};       ///< for a solve to stop after a request
 
 }  // namespace
 
@@ -26,8 +26,9 @@ constexpr milliseconds Patience{25};       ///< for a solve to end after it was 
 /// at the same time.
 class Crew {
 public:
-    /// That of this process. A forked child has none of its parent's threads and begins afresh;
-    /// what it inherited may be in any state and is left alone, as is the last one at the end.
+    /// The threads of this process. A forked child has none of its parent's threads and starts
+    /// afresh. The inherited object may be in any state and is left alone, as is the last one at
+    /// exit.
     static Crew& instance() {
         static Crew* crew = nullptr;
         static pid_t owner = 0;
@@ -54,7 +55,7 @@ public:
         changed_.notify_all();
     }
 
-    /// False when the time is over and the task is not.
+    /// False if the time is over before the task has ended.
     bool wait(const Task& task, milliseconds time) {
         std::unique_lock lock(mutex_);
         changed_.wait_for(lock, time, [&] { return task.isDone_ || isCalled_; });
@@ -71,7 +72,7 @@ public:
     /// Keeps the task until it has ended. Needs the GIL.
     void keep(std::shared_ptr<Task> task) { left_.push_back(std::move(task)); }
 
-    /// Forgets tasks that have ended meanwhile. Needs the GIL.
+    /// Forgets tasks that have ended. Needs the GIL.
     void sweep() {
         std::vector<std::shared_ptr<Task>> ended;
         const auto isDone = [&](const std::shared_ptr<Task>& task) {
@@ -120,7 +121,7 @@ private:
                 task.raised_ = std::current_exception();
             }
             lock.lock();
-            // Whoever sees this may destroy the task.
+            // The waiting thread may destroy the task after this.
             task.isDone_ = true;
             --busy_;
             changed_.notify_all();

@@ -1,4 +1,4 @@
-"""What the tests share: small random problems and the check of an optimum by its conditions."""
+"""Shared by the tests: small random problems and the optimality conditions."""
 
 import hypothesis
 import numpy as np

@@ -1,7 +1,7 @@
 """Calls everything public with arguments of all kinds: fuzz_arguments.py SECONDS [SEED]
 
-An exception that is none of Python's own for bad arguments, or a crash, is a defect. What was
-called last is in the file fuzz_arguments.last of the folder for temporary files.
+A crash is a defect, and so is an exception that is not one of Python's for bad arguments. The last call is
+in the file fuzz_arguments.last of the folder for temporary files.
 """
 
 import functools
@@ -24,7 +24,7 @@ SMALL = activeset.Settings(max_iterations=200, time_limit=0.2)
 
 
 class Odd:
-    """Answers every question strangely."""
+    """An object whose special methods all return or raise something strange."""
 
     def __array__(self, dtype=None):
         raise random.choice(EXPECTED)("odd")
@@ -91,7 +91,7 @@ def value(rng, n):
 
 
 def problem(rng, n):
-    """Mostly one that can be solved, with a part that is not so sure."""
+    """The parts of a solvable problem, some of which are replaced by anything."""
     root = np.random.default_rng(rng.randrange(10**6)).normal(size=(n, n))
     parts = {"P": root @ root.T, "q": root[0], "G": root[:2], "h": np.ones(len(root[:2])),
              "lb": -np.ones(n), "ub": np.ones(n)}
@@ -123,7 +123,7 @@ def use(result):
 
 
 def once(rng):
-    """One call; yields what is called, to be told after a crash."""
+    """Makes one call; first yields its description, to be reported after a crash."""
     n = rng.randint(1, 5)
     parts = problem(rng, n)
     what = rng.randrange(11)

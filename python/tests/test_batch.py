@@ -1,4 +1,4 @@
-"""Batches in memory: each problem as it is alone, each output where it was asked for."""
+"""Batches in memory give the answers of single solves, in the arrays that were asked for."""
 
 import numpy as np
 import pytest
@@ -12,7 +12,7 @@ NAMES = ("P", "q", "G", "h", "A", "b", "lb", "ub", "l")
 
 
 def batch_of(count, batched=NAMES, seed=0, **sizes):
-    """Parts of so many problems, those in `batched` with an axis in front."""
+    """The parts of `count` problems; those in `batched` have a leading axis."""
     problems = [problem(seed + k, **sizes) for k in range(count)]
     return {name: np.stack([p[name] for p in problems]) if name in batched else problems[0][name]
             for name in NAMES}

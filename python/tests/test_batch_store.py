@@ -1,4 +1,4 @@
-"""Batches in a store: resumed, shared out, damaged, killed; by threads and by a real cluster."""
+"""Batches in a store: resumed, distributed, damaged, killed; with threads and with a real cluster."""
 
 import os
 import shutil
@@ -43,7 +43,7 @@ def assert_same(left, right):
 def test_a_store_gives_what_memory_gives(tmp_path, kind):
     place = str(tmp_path / "s.zarr")
     if kind == "dictionary":
-        place = zarr.MemoryStore()  # might keep arrays that are used again
+        place = zarr.MemoryStore()  # this store might keep arrays that are used again
     elif kind != "folder":
         pytest.importorskip("fsspec")
         place = kind + place
@@ -80,7 +80,7 @@ def test_only_what_is_missing_is_done(tmp_path, capsys):
     job.solve(shard=(2, 3))
     assert job.store.done() == [1, 4]
     marked = job.store.outputs["x"]
-    marked[8:16] = 7.0  # chunk 1, which nobody may touch
+    marked[8:16] = 7.0  # chunk 1, which must not be touched
     for wrong in ("2/3", (0, 3), (1.5, 3), (1, 2, 3)):
         with pytest.raises(ValueError, match="expected .i, N."):
             job.solve(shard=wrong)
@@ -122,7 +122,7 @@ def test_damage_is_said_and_nothing_is_overwritten(tmp_path):
 
 
 class FullDisk(zarr.storage.DirectoryStore):
-    """Has room for so many chunks of outputs."""
+    """A store on a disk that is full after twelve arrays of outputs."""
 
     room = 12
 
@@ -140,12 +140,12 @@ def test_a_full_disk_leaves_what_is_done(tmp_path):
     job = batch.open(FullDisk(str(tmp_path / "s.zarr")))
     with pytest.raises(batch.BatchError, match="No space left.*stay done"):
         job.solve()
-    assert job.store.done() == [0]  # eight arrays a chunk
+    assert job.store.done() == [0]  # eight arrays per chunk
     assert_same(outputs(batch.open(str(tmp_path / "s.zarr")).solve()), outputs(whole.solve()))
 
 
 def run_until(done, folder, job):
-    """The command line at work on a store until so many chunks are done."""
+    """Starts the command line on a store; returns the process when a number of chunks are done."""
     child = subprocess.Popen([sys.executable, "-m", "activeset", "batch", str(folder), "--jobs", "1",
                               "--resume"], stdout=subprocess.DEVNULL)
     while len(job.store.done()) < done and child.poll() is None:
@@ -182,7 +182,7 @@ def test_a_cluster_gives_the_same_bits_though_a_worker_is_killed(tmp_path, clust
     job.solve(client)
     assert 5 <= int(killer.communicate()[0]) < 300
     assert_same(outputs(job), outputs(whole.solve()))
-    for seed in (0, 1):  # the workers know the first one, whose G is another
+    for seed in (0, 1):  # the workers know the first problem; the second has another G
         shutil.rmtree(tmp_path / "again.zarr", ignore_errors=True)
         parts = parts_of(50, seed=seed)
         again = batch.create(str(tmp_path / "again.zarr"), **parts, chunk=8).solve(client, chunk=20)
@@ -207,7 +207,7 @@ def test_chunks_are_dealt_out_once_and_so_that_no_worker_waits_for_another(secon
     assert sum(tasks, []) == chunks
     for at, task in enumerate(tasks[1:], 1):
         assert len(task) == 1 or len(task) * seconds <= 1.0 + seconds
-        # What is left keeps the other threads busy for as long, but for 50 ms.
+        # The other threads are busy for as long with the rest, except for 50 ms.
         assert len(task) * seconds <= 0.05 + seconds + seconds * len(sum(tasks[at + 1:], [])) / 3
 
 
@@ -223,7 +223,7 @@ print(len(list(status.iterdir())))
 
 
 def killer_of(process, job):
-    """Kills a process when five chunks are done; it looks already."""
+    """A process, already watching, that kills another one when five chunks are done."""
     killer = subprocess.Popen([sys.executable, "-c", KILLER, job.store.location, str(process)],
                               stdout=subprocess.PIPE)
     assert killer.stdout.readline() == b"ready\n"
@@ -254,7 +254,7 @@ def test_without_its_scheduler_a_job_ends_with_an_error(tmp_path):
         killer.communicate()
         assert killer.returncode == 0
     finally:
-        client.close(timeout=1)  # it would wait for the scheduler to come back
+        client.close(timeout=1)  # otherwise it waits for the scheduler to come back
         for child in (worker, scheduler):
             child.send_signal(signal.SIGKILL)
             child.wait()

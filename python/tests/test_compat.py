@@ -1,5 +1,5 @@
-"""The calls of other packages. qpsolvers is not packaged for the systems that the tests run on, so a
-stand-in with its attributes is used; quadprog's answers come from R's package of that name."""
+"""The calls of other packages. Debian has no package of qpsolvers, so a stand-in with its attributes is
+used. The answers of quadprog come from R's package of that name."""
 
 import shutil
 import subprocess
@@ -20,7 +20,7 @@ def quadprog_problem(seed, n=5, m=7, meq=2):
 
 
 def r_quadprog(G, a, C, b, meq):
-    """x, objective, multipliers, active constraints and the unconstrained minimum by R."""
+    """x, objective, multipliers, active constraints and unconstrained minimum, computed by R."""
     def vector(values):
         return "c(" + ",".join(repr(float(v)) for v in np.ravel(values, order="F")) + ")"
 
@@ -68,7 +68,7 @@ def test_quadprog_raises_its_texts(change, text):
 
 
 class StandIn:
-    """The attributes of that package's Problem."""
+    """A stand-in with the attributes of the Problem of qpsolvers."""
 
     def __init__(self, **parts):
         for name in ("P", "q", "G", "h", "A", "b", "lb", "ub"):

@@ -1,4 +1,4 @@
-"""Signals, callbacks, processes, memory: what may happen while a solve runs, and after many."""
+"""Signals, callbacks, processes and memory, during one solve and after many."""
 
 import gc
 import multiprocessing
@@ -45,7 +45,7 @@ LONG = """
 
 
 def run(body, *options, **environment):
-    """What a child process prints."""
+    """The lines that a child process prints."""
     code = textwrap.dedent(LONG) + textwrap.dedent(body)
     child = subprocess.run([sys.executable, *options, "-c", code], capture_output=True, text=True,
                            timeout=300, env={**os.environ, **environment}, check=False)
@@ -96,7 +96,7 @@ def test_a_handler_that_does_not_raise_lets_the_solve_go_on():
     """) == ["optimal", "1"]
 
 
-@pytest.mark.parametrize("n", [4, 200])  # on this thread, and beside it
+@pytest.mark.parametrize("n", [4, 200])  # on this thread, and on another one
 def test_a_callback_hears_of_passes_may_stop_and_may_raise(n):
     assert (n * n > activeset._core.LONG_SOLVE) == (n == 200)
     parts = problem(1, n, 5, 1)
@@ -146,7 +146,7 @@ def solved(seed):
 
 @pytest.mark.parametrize("method", ["fork", "spawn"])
 def test_processes_work_after_a_solve(method):
-    activeset.solve_qp(**problem(0, 200, 5, 1))  # a thread waits in this process now
+    activeset.solve_qp(**problem(0, 200, 5, 1))  # now a thread waits in this process
     activeset.solve_many([activeset.Problem(**problem(1))] * 4)
     context = multiprocessing.get_context(method)
     with context.Pool(2) as pool:

@@ -1,4 +1,4 @@
-"""Which data are accepted, which are used where they lie, which are refused and how."""
+"""Which data are accepted, which of them without a copy, and how others are refused."""
 
 import numpy as np
 import pytest

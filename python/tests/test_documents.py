@@ -1,4 +1,4 @@
-"""What the documents say is run: examples of docstrings and of Markdown files, types, imports."""
+"""Runs the examples of docstrings and Markdown files; checks types and imports."""
 
 import doctest
 import importlib
@@ -36,7 +36,7 @@ def test_examples_of_the_extension_module(function):
 
 @pytest.mark.parametrize("document", ["docs/python.md", "README.md"])
 def test_examples_of_documents(document, tmp_path, monkeypatch):
-    """Python blocks run one after the other, those with prompts as doctests."""
+    """Runs the Python blocks of a page one after the other; those with prompts are doctests."""
     monkeypatch.chdir(tmp_path)
     text = (ROOT / document).read_text(encoding="utf-8")
     blocks = [block.split("```")[0] for block in text.split("```python\n")[1:]]

@@ -1,4 +1,4 @@
-"""Least squares, linear programs: beside SciPy's answers, and as exact as orthogonal factors are."""
+"""Least squares and linear programs: compared with SciPy, and as accurate as orthogonal factors."""
 
 from fractions import Fraction
 
@@ -40,7 +40,7 @@ def test_without_active_bounds_the_answer_is_exact_but_for_its_last_digits(condi
     exact = exact_fit(R, s)
     for r in (activeset.solve_ls(R, s), activeset.lsq_linear(R, s),
               activeset.solve_ls(R, s, np.ones((1, 5)), [1e14])):
-        # At 1e12 the rounding of x alone moves the objective by more than the tolerance.
+        # At 1e12 the rounding of x alone changes the objective by more than the tolerance.
         assert r.found or condition == 1e12
         assert np.linalg.norm(r.x - exact) <= 1e-15 * np.linalg.norm(exact)
 

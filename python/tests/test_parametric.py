@@ -1,4 +1,4 @@
-"""Derivatives beside differences, ranges and paths beside solves."""
+"""Derivatives compared with differences, ranges and paths compared with solves."""
 
 import ctypes
 import subprocess
@@ -56,7 +56,7 @@ def test_derivatives_beside_weakly_held_and_dependent_rows():
         x0, row = rng.integers(-3, 4, size=5), rng.integers(1, 4, size=5).astype(float)
         loss, dq = rng.normal(size=(2, 5))
         is_weak = seed % 2 == 0
-        # The free minimum x0 is on the side of the row, or beyond an equality that is there twice.
+        # The free minimum x0 is on the side of the row, or beyond an equality that is given twice.
         G, h = (row[None], np.array([row @ x0])) if is_weak else (None, None)
         db = np.array([1.0, 2])
         A, b = (None, None) if is_weak else (np.outer(db, row), (row @ x0 - 2) * db)
@@ -68,7 +68,7 @@ def test_derivatives_beside_weakly_held_and_dependent_rows():
         s = activeset.Sensitivity(r, activeset.Problem(P, -P @ x0, G, h, A, b))
         g = s.backward(loss)
         met.add(s.derivative)
-        if is_weak:  # on the side where what is held stays so
+        if is_weak:  # in the direction in which the active constraints stay active
             ends = [(t, moved(t)) for t in (-step, step)]
             t, end = next(e for e in ends if e[1].working_set == r.working_set)
             assert g.q @ dq == pytest.approx(loss @ (end.x - r.x) / t, rel=1e-6, abs=1e-6)
@@ -205,7 +205,7 @@ def test_a_layer_of_torch_passes_gradcheck():
                  for k in ("P", "q", "G", "h", "A", "b")]
         symmetric = lambda P, *rest: solve((P + P.transpose(1, 2)) / 2, *rest)  # noqa: E731
         assert torch.autograd.gradcheck(symmetric, given, eps=1e-6, atol=1e-6)
-    shared, _ = shared_batch(4)  # lower bounds left out: no argument of the layer
+    shared, _ = shared_batch(4)  # without lower bounds: they are no argument of the layer
     given = [torch.tensor(shared[k], requires_grad=True) for k in ("P", "q", "G", "h", "A", "b")]
     assert torch.autograd.gradcheck(symmetric, given, eps=1e-6, atol=1e-6)
     empty = torch.empty(0, dtype=torch.float64)

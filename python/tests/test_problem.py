@@ -1,4 +1,4 @@
-"""Problems that are kept, files, sequences, many at once, conflicts."""
+"""The class Problem, files, sequences, many problems at once, conflicts."""
 
 import pickle
 import threading

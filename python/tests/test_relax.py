@@ -1,4 +1,4 @@
-"""Relaxations, what data tell, and reports."""
+"""Relaxations, diagnoses of data, and reports."""
 
 import json
 import re
@@ -19,11 +19,11 @@ def test_the_nearest_point_violates_as_little_as_it_says(norm):
     assert r and r.found and r.status == "optimal" and (r.x >= [3.0, 2.0]).all()
     over, even = r.x.sum() - 4.0, r.x[0] - r.x[1]
     np.testing.assert_allclose(r.row_violation, [over, 0.0, even], atol=1e-9)
-    if norm == "l1":  # 1 above the capacity and 1 off even, or 2 above
+    if norm == "l1":  # 1 above the capacity and 1 from even, or 2 above
         assert abs(r.distance - 2.0) < 1e-9
     elif norm == "inf":
         assert abs(r.distance - 1.0) < 1e-9
-    else:  # x = (3, 2): ½(1 + 1); no better point has both violations smaller
+    else:  # x = (3, 2): ½(1 + 1). No other point has both violations smaller.
         assert abs(over - 1.0) < 1e-9 and abs(even - 1.0) < 1e-9
 
 

@@ -1,4 +1,4 @@
-"""Soft sides from Python: what `soft` says, in every way of solving."""
+"""Soft sides: the forms of `soft`, in every function that solves."""
 
 import pickle
 
@@ -12,7 +12,7 @@ EYE = np.eye(2)
 
 
 def test_sides_give_way_at_their_price():
-    # x - 2 + y = 0 each with y <= 0.5, against the hard x0 + x1 <= 3 with y = 1
+    # x - 2 + y = 0 for each, with y <= 0.5; the hard x0 + x1 <= 3 would have y = 1
     r = solve_qp(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], soft={"h": 0.5})
     assert np.allclose(r.x, [1.5, 2.5]) and np.allclose(r.z, [0.5])
     assert r.obj == pytest.approx(0.5 * (r.x @ r.x) - [2, 3] @ r.x + 0.5 * 1.0)
@@ -24,13 +24,13 @@ def test_sides_give_way_at_their_price():
 
 
 def test_every_side_has_its_rows():
-    # One variable, pulled to 0 by the objective; each side pushes it to another place.
+    # The objective pulls one variable to 0; each side pushes it elsewhere.
     for side, parts, x in (("l", {"G": [[1.0]], "l": [2.0]}, 0.5), ("lb", {"lb": [2.0]}, 0.5),
                            ("b", {"A": [[1.0]], "b": [2.0]}, 0.5),
                            ("b", {"A": [[1.0]], "b": [-2.0]}, -0.5),
                            ("h", {"G": [[1.0]], "h": [-2.0]}, -0.5), ("ub", {"ub": [-2.0]}, -0.5)):
         assert np.allclose(solve_qp([[1.0]], [0.0], **parts, soft={side: [0.5]}).x, x), side
-    # Rows of G, then those of A; the other rows stay hard.
+    # Rows of G, then rows of A; the others stay hard.
     r = solve_qp(EYE, None, [[1.0, 0.0], [0.0, 1.0]], l=[1.0, 1.0], A=[[1.0, 1.0]], b=[5.0],
                  soft={"l": [np.inf, 0.1], "b": 1.0})
     assert np.allclose(r.x, [1.0, 1.0]) and np.allclose(r.y, [-1.0])
@@ -87,7 +87,7 @@ def test_a_file_gives_its_penalties(tmp_path):
         "row_penalty": {"upper_linear": [0.5, "inf", 8], "lower_linear": ["inf", 0.25, 8]},
         "bound_penalty": {"lower_quadratic": [0, 1]}}""")
     p = activeset.read(file)
-    # An equality whose sides cost different prices is a row of G.
+    # An equality whose sides have different penalties becomes a row of G.
     assert p.G.shape == (2, 2) and p.A.shape == (1, 2) and p.row_names == ("r1", "r2", "r3")
     assert p.soft["b"][0].tolist() == [8.0]
     # x = 1; y - 3 + 0.5 + 0.25 = 0

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Problems and results as archives, between the tool and NumPy, and Python's Problem where it is built.
+"""Exchanges problems and results as archives between the tool, NumPy and, if built, the Python package.
 
-usage: npz_numpy_test.py TOOL FOLDER     FOLDER has problem files; 77 without NumPy
+usage: npz_numpy_test.py TOOL FOLDER     FOLDER has problem files. Exits with 77 without NumPy.
 """
 
 import json
@@ -26,7 +26,7 @@ def run(tool, *arguments):
 
 
 def check_conversion(tool, folder, original):
-    """The same problem, and Python reads and writes it."""
+    """Expects the same problem in both files, and that Python reads and writes it."""
     first = json.loads(run(tool, "solve", "--json", original))
     assert run(tool, "convert", original, folder / "a.npz") == ""
     second = json.loads(run(tool, "solve", "--json", folder / "a.npz"))
@@ -47,7 +47,7 @@ def check_conversion(tool, folder, original):
 
 
 def check_published_form(tool, folder):
-    """Parts that are None, and one that is no array of numbers."""
+    """A part that is None is absent; a part that is no array of numbers is an error."""
     parts = {"P": np.eye(2), "q": np.array([-1.0, -2.0]), "G": None, "h": None,
              "A": np.ones((1, 2)), "b": np.ones(1), "lb": None, "ub": None}
     for save in (np.savez, np.savez_compressed):

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What the tool prints fits into 100 columns, help into 80: for sound files, damaged ones, and misuse.
+"""The tool's output fits in 100 columns and its help in 80, for sound files, damaged files and misuse.
 
 usage: width_test.py TOOL PROJECT     PROJECT has fuzz/corpus and examples/problems
 """
@@ -34,7 +34,7 @@ DAMAGED = {
 
 
 def inputs(project):
-    """Files with the word for their format."""
+    """Files, each with the name of its format."""
     corpora = {"lp": "lp", "json": "json", "npz": "npz", "reader": "mps"}
     for folder, word in corpora.items():
         for file in sorted((project / "fuzz" / "corpus" / folder).iterdir()):

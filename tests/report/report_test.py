@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Looks at reports in a browser: no errors, marks in the plots, the numbers of the results.
+"""Checks reports in a browser: no errors, marks in the plots, the numbers of the results.
 
-usage: report_test.py TOOL FOLDER     FOLDER has problem files; 77 without browser or selenium
+usage: report_test.py TOOL FOLDER     FOLDER has problem files. Exits with 77 without a browser or selenium.
 """
 
 import json
@@ -20,7 +20,7 @@ try:
 except ImportError:
     sys.exit(77)
 
-# How many pixels of each plot have the colour of marks, after an event has changed colours.
+# The number of pixels in each plot that have the colour of marks, after an event changed colours.
 MARKS = """
 const done = arguments[1];
 if (arguments[0]) dispatchEvent(new Event(arguments[0]));
@@ -38,7 +38,7 @@ setTimeout(() => {
     return count;
   }));
 }, 100);"""
-# Whether the page is no wider than the window: plots follow a new width some frames later.
+# Whether the page is at most as wide as the window. Plots adapt to a new width some frames later.
 FITS = """
 const done = arguments[0], end = performance.now() + 5000;
 const look = () => {
@@ -64,7 +64,7 @@ class Reports:
         self.tool, self.folder, self.driver = tool, folder, driver
 
     def show(self, *arguments):
-        """Solves and opens the report. The results."""
+        """Solves, opens the report, and returns the results."""
         results = self.folder / "result.json"
         subprocess.run([self.tool, "solve", *map(str, arguments), "-o", results],
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
@@ -75,7 +75,7 @@ class Reports:
                   if "willReadFrequently" not in entry["message"]]  # about MARKS
         assert not errors, errors
         text = page.read_text(encoding="utf-8")
-        named = ("http://www.w3.org", "https://github.com/leeoniya/uPlot")  # and not asked
+        named = ("http://www.w3.org", "https://github.com/leeoniya/uPlot")  # names that are never requested
         for address in named:
             text = text.replace(address, "")
         assert "http" not in text, "the page asks the network"
@@ -112,7 +112,7 @@ def check_single(reports, problem):
 
 
 def check_plots(reports, expected):
-    """Each plot draws these values, and draws them: in the colour of marks, which print has, too."""
+    """Each plot has these values and shows them in the colour of marks, also in print."""
     drawn = reports.driver.execute_script("return charts.map((plot) => [...plot.data[1]])")
     assert len(drawn) == len(expected)
     for values, those in zip(drawn, expected):
@@ -124,7 +124,7 @@ def check_plots(reports, expected):
 
 
 def check_working_set(reports, result):
-    """The changes of all passes lead to the set that the result has; the picture shows each."""
+    """The changes of all passes lead to the working set of the result; the picture shows each set."""
     members, stays, left = set(), 0, 0
     for change in result["passes"]:
         leaving, entering = ({(kind, k) for kind, ks in change[key].items() for k in ks}
@@ -139,7 +139,7 @@ def check_working_set(reports, result):
 
 
 def check_violated(reports):
-    """y - 3 + 0.5 = 0 beyond y <= 2."""
+    """y <= 2 is violated: y - 3 + 0.5 = 0."""
     (reports.folder / "soft.json").write_text(json.dumps(
         {"schema": "activeset-problem/2", "H": [[1]], "c": [-3], "A": [[1]], "row_upper": [2],
          "rows": ["limit"], "variables": ["y"], "row_penalty": {"upper_linear": [0.5]}}))

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Solves quadratic programs with the interior-point method of python3-cvxopt: peer.py IN OUT.
 
-IN holds a program a line, as JSON: minimise 1/2 x'Hx + c'x subject to G x <= h, E x = e. OUT gets a
-line for each: x, the objective, and the status. Ends with 77 where cvxopt is not installed.
+IN has one program per line, as JSON: minimise 1/2 x'Hx + c'x subject to G x <= h, E x = e. OUT gets a
+line for each: x, the objective and the status. Exits with 77 if cvxopt is not installed.
 """
 import json
 import sys

@@ -1,4 +1,4 @@
-# The tool's JSON on standard input, printed as the programs beside this file do.
+# Reads the tool's JSON from standard input and prints it like the other programs of this folder.
 import json
 import sys
 r = json.load(sys.stdin)
