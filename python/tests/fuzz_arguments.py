@@ -1,7 +1,7 @@
 """Calls everything public with arguments of all kinds: fuzz_arguments.py SECONDS [SEED]
 
-A crash is a defect, and so is an exception that is not one of Python's for bad arguments. The last call is
-in the file fuzz_arguments.last of the folder for temporary files.
+A crash is a defect, and so is an exception that is not one of Python's for bad arguments. Runs of more
+than a minute write each call to fuzz_arguments.last in the folder for temporary files before they make it.
 """
 
 import functools
@@ -122,88 +122,100 @@ def use(result):
         repr(result), result.to_dict(), result._repr_html_()
 
 
-def once(rng):
-    """Makes one call; first yields its description, to be reported after a crash."""
-    n = rng.randint(1, 5)
-    parts = problem(rng, n)
-    what = rng.randrange(11)
-    if what < 4:
-        yield "solve_qp", parts
-        use(activeset.solve_qp(**{"P": None, "q": None, **parts, **options(rng, n)}))
-        return
-    if what == 4:
-        given = [value(rng, n) for _ in range(rng.randint(0, 8))]
-        yield "solve_qp", given
-        use(activeset.solve_qp(*given, settings=SMALL))
-        return
-    if what == 5:
-        name = rng.choice(["linprog", "nnls", "lsq_linear", "solve_ls"])
-        given = [value(rng, n) for _ in range(rng.randint(1, 6))]
-        yield name, given
-        use(getattr(activeset, name)(*given))
-        return
-    if what == 6:
-        function = rng.choice([quadprog.solve_qp, qpsolvers.solve_qp, qpsolvers.solve_problem])
-        given = [value(rng, n) for _ in range(rng.randint(1, 6))]
-        yield function.__name__, given
-        function(*given)
-        return
-    if what == 7:
-        state = activeset.solve_qp(np.eye(2), np.ones(2), lb=np.zeros(2)).__reduce__()[1][1]
-        state[rng.choice(list(state))] = value(rng, n)
-        yield "restore", state
-        use(activeset._core.restore(state))
-        return
-    if what == 8:
-        count = rng.randint(0, 3)
-        given = {name: np.stack([part] * count) if count and rng.random() < 0.4 and isinstance(
-            part, np.ndarray) else part for name, part in parts.items() if name != "names"}
-        out = rng.choice([None, ["x", "z"], {"x": value(rng, n)}, value(rng, n)])
-        yield "solve_batch", (given, out)
-        r = activeset.solve_batch(**{"P": None, "q": None, **given}, out=out, settings=SMALL,
-                                  threads=rng.choice([1, 2]), chain=rng.choice([0, 2]))
-        repr(r), r.summary(), r.failed, r.problem(0)
-        changes = [value(rng, n) for _ in range(rng.randint(1, 4))]
-        yield "BatchResult.backward", (given, changes)
-        r.backward(*changes, threads=rng.choice([1, 2]))
-        return
-    yield "Problem", parts
+def one_problem(rng, n, parts):
+    yield "solve_qp", parts
+    use(activeset.solve_qp(**{"P": None, "q": None, **parts, **options(rng, n)}))
+
+
+def positions(rng, n, _):
+    function = rng.choice([activeset.solve_qp, activeset.linprog, activeset.nnls, activeset.lsq_linear,
+                           activeset.solve_ls, quadprog.solve_qp, qpsolvers.solve_qp,
+                           qpsolvers.solve_problem])
+    given = [value(rng, n) for _ in range(rng.randint(1, 8))]
+    yield function.__name__, given
+    if function is activeset.solve_qp:
+        function = functools.partial(function, settings=SMALL)
+    use(function(*given))
+
+
+def restored(rng, n, _):
+    state = activeset.solve_qp(np.eye(2), np.ones(2), lb=np.zeros(2)).__reduce__()[1][1]
+    state[rng.choice(list(state))] = value(rng, n)
+    yield "restore", state
+    use(activeset._core.restore(state))
+
+
+def batch(rng, n, parts):
+    count = rng.randint(0, 3)
+    given = {name: np.stack([part] * count) if count and rng.random() < 0.4 and isinstance(
+        part, np.ndarray) else part for name, part in parts.items() if name != "names"}
+    out = rng.choice([None, ["x", "z"], {"x": value(rng, n)}, value(rng, n)])
+    yield "solve_batch", (given, out)
+    r = activeset.solve_batch(**{"P": None, "q": None, **given}, out=out, settings=SMALL,
+                              threads=rng.choice([1, 2]), chain=rng.choice([0, 2]))
+    repr(r), r.summary(), r.failed, r.problem(0)
+    changes = [value(rng, n) for _ in range(rng.randint(1, 4))]
+    yield "BatchResult.backward", (given, changes)
+    r.backward(*changes, threads=rng.choice([1, 2]))
+
+
+def kept(parts):
     p = activeset.Problem(**{"P": None, "q": None, **parts})
     p.faults()
-    if what == 9:
-        s = activeset.Solver(p, settings=SMALL)
-        for _ in range(4):
-            name = rng.choice(["P", "q", "G", "h", "A", "b", "lb", "ub", "l", "constant"])
-            change = value(rng, n)
-            yield name, change
-            try:
-                s.update(**{name: change})
-                use(s.solve())
-                s.restart(thing(rng, n))
-            except EXPECTED:
-                pass
-        return
-    if what == 10 and rng.random() < 0.5:
-        function = rng.choice([activeset.relax, activeset.diagnose, activeset.path,
-                               activeset.ranges, activeset.regions, activeset.Sensitivity])
-        r = activeset.solve_qp(**{"P": None, "q": None, **parts}, settings=SMALL)
-        first = [r, p] if function in (activeset.ranges, activeset.Sensitivity) else [p]
-        more = [value(rng, n) for _ in range(rng.randint(0, 3))]
-        if function is activeset.regions:
-            more = [value(rng, n), (value(rng, n), value(rng, n)), *more]
-        elif function is activeset.path and rng.random() < 0.7:
-            more = [0.0, rng.choice([1.0, 1e3, number(rng)])]
-            function = functools.partial(function, **{rng.choice(["q", "h", "lb"]): value(rng, n)})
-        yield str(function), (parts, more)
-        found = function(*first, *more)
-        if isinstance(found, activeset.Sensitivity):
-            found.backward(*[value(rng, n) for _ in range(rng.randint(1, 4))])
-        return
+    return p
+
+
+def sequence(rng, n, parts):
+    yield "Problem", parts
+    s = activeset.Solver(kept(parts), settings=SMALL)
+    for _ in range(4):
+        name = rng.choice(["P", "q", "G", "h", "A", "b", "lb", "ub", "l", "constant"])
+        change = value(rng, n)
+        yield name, change
+        try:
+            s.update(**{name: change})
+            use(s.solve())
+            s.restart(thing(rng, n))
+        except EXPECTED:
+            pass
+
+
+def analysis(rng, n, parts):
+    yield "Problem", parts
+    p = kept(parts)
+    function = rng.choice([activeset.relax, activeset.diagnose, activeset.path,
+                           activeset.ranges, activeset.regions, activeset.Sensitivity])
+    r = activeset.solve_qp(**{"P": None, "q": None, **parts}, settings=SMALL)
+    first = [r, p] if function in (activeset.ranges, activeset.Sensitivity) else [p]
+    more = [value(rng, n) for _ in range(rng.randint(0, 3))]
+    if function is activeset.regions:
+        more = [value(rng, n), (value(rng, n), value(rng, n)), *more]
+    elif function is activeset.path and rng.random() < 0.7:
+        more = [0.0, rng.choice([1.0, 1e3, number(rng)])]
+        function = functools.partial(function, **{rng.choice(["q", "h", "lb"]): value(rng, n)})
+    yield str(function), (parts, more)
+    found = function(*first, *more)
+    if isinstance(found, activeset.Sensitivity):
+        found.backward(*[value(rng, n) for _ in range(rng.randint(1, 4))])
+
+
+def many(rng, n, parts):
+    yield "Problem", parts
+    p = kept(parts)
     activeset.explain_infeasibility(p, settings=SMALL)
     results = activeset.solve_many([p, p.replace(q=value(rng, n)), p], rng.choice([0, 1, 2]),
                                    rng.choice([0, 2]), settings=SMALL)
     for r in results:
         use(r)
+
+
+def once(rng):
+    """Makes one call; first yields its description, to be reported after a crash."""
+    n = rng.randint(1, 5)
+    parts = problem(rng, n)
+    call = rng.choice([one_problem, one_problem, one_problem, positions, positions, restored, batch,
+                       sequence, analysis, many])
+    yield from call(rng, n, parts)
 
 
 def fuzz(seconds, seed):

@@ -2,11 +2,11 @@
 ## @deftypefn {} {[@var{x}, @var{resnorm}, @var{residual}, @var{exitflag}, @var{output}, @var{lambda}] =} lsqlin (@var{C}, @var{d}, @var{A}, @var{b}, @var{Aeq}, @var{beq}, @var{lb}, @var{ub}, @var{x0}, @var{options})
 ## Minimise @code{norm (C*x - d)^2 / 2} subject to @code{A*x <= b}, @code{Aeq*x = beq} and @code{lb <= x <= ub}.
 ##
-## @var{resnorm} is @code{norm (C*x - d)^2} and @var{residual} @code{C*x - d}; everything else is as in @code{quadprog}, with
-## the multipliers of the function above.
+## @var{C} is m x n, @var{d} has m entries. @var{resnorm} is @code{norm (C*x - d)^2} and @var{residual} is
+## @code{C*x - d}. Everything else is as in @code{quadprog}, with the multipliers of the objective above.
 ##
-## The normal equations tell which constraints are active. There the fit is made anew from an orthogonal
-## factorisation of @var{C}, so that the condition of @var{C} counts and not its square.
+## The active constraints come from a solve of the normal equations. The fit on them is then computed from an
+## orthogonal factorisation of @var{C}, so that its error depends on the condition of @var{C}, not on its square.
 ## @seealso{quadprog}
 ## @end deftypefn
 function [x, resnorm, residual, exitflag, output, lambda] = lsqlin (C, d, A = [], b = [], Aeq = [], beq = [], lb = [], ub = [], x0 = [], options = struct ())
@@ -33,7 +33,7 @@ function [x, resnorm, residual, exitflag, output, lambda] = lsqlin (C, d, A = []
   [exitflag, output, lambda] = as_answer (r, m);
 endfunction
 
-## The least-squares solution on the constraints that are active at r, if it satisfies all the others.
+## The least-squares solution on the constraints that are active at r, if it satisfies all others.
 function x = refit (R, e, r, A, b, Aeq, beq, lb, ub)
   x = r.x;
   n = numel (x);
@@ -67,7 +67,7 @@ function x = refit (R, e, r, A, b, Aeq, beq, lb, ub)
   endif
 endfunction
 
-## No constraint is missed by more than x misses it, or rounding.
+## Whether fit violates no constraint by more than x does, or by rounding.
 function yes = is_feasible (fit, x, A, b, Aeq, beq, lb, ub)
   slack = 1e-10 * (1 + norm (fit, Inf));
   yes = all (isfinite (fit));
@@ -94,7 +94,7 @@ endfunction
 %! assert (l.lower, [0; 1.5], 1e-14);
 
 %!test
-%! ## Without active constraints it is C \ d, also where the square of C has no right digit.
+%! ## Without active constraints the result is C \ d, even if C'*C has no correct digit.
 %! t = (0:20)' / 20;
 %! C = t .^ (0:7);
 %! d = sin (3*t);

@@ -1,16 +1,16 @@
 ## -*- texinfo -*-
 ## @deftypefn {} {[@var{x}, @var{obj}, @var{info}, @var{lambda}] =} qp (@var{x0}, @var{H}, @var{q}, @var{A}, @var{b}, @var{lb}, @var{ub}, @var{A_lb}, @var{A_in}, @var{A_ub}, @var{options})
 ## Minimise @code{x'*H*x/2 + x'*q} subject to @code{A*x = b}, @code{lb <= x <= ub} and
-## @code{A_lb <= A_in*x <= A_ub}: the call of Octave's own @code{qp}, whose place it takes.
+## @code{A_lb <= A_in*x <= A_ub}. Has the interface of Octave's own @code{qp} and replaces it.
 ##
-## Arguments may end anywhere, @var{options} may follow any of them, and all but @var{H} may be @code{[]}. An @var{H} that is
-## @code{[]} makes a linear program. Of @var{options}, @code{MaxIter} counts.
+## The argument list may end after any argument, @var{options} may follow any of them, and all arguments may be
+## @code{[]}. Without @var{H} the problem is a linear program. Of @var{options}, only @code{MaxIter} is used.
 ##
 ## @var{info.info} is 0 for an optimum, 1 if the problem is not convex, 2 if it is unbounded, 3 at the limit of iterations
-## or where no answer was accurate enough, 6 if it is infeasible. @var{lambda} has the multipliers of @var{A}, of
+## or if no answer was accurate enough, 6 if it is infeasible. @var{lambda} has the multipliers of @var{A}, of
 ## variables with equal bounds, of rows of @var{A_in} with equal sides, then of the finite lower and upper bound of
-## each variable in turn, then of the finite sides of each row of @var{A_in}: the gradient is the sum of the
-## constraints' gradients (of an upper side the negative) times these.
+## each variable in turn, then of the finite sides of each row of @var{A_in}. The gradient of the objective is the sum
+## of the constraints' gradients (negated for upper sides) times these multipliers.
 ## @seealso{quadprog}
 ## @end deftypefn
 function [x, obj, info, lambda] = qp (x0, H, varargin)
@@ -68,7 +68,7 @@ function both = joined (A, B)
   endif
 endfunction
 
-## Multipliers of the finite sides that are no equality: lower, upper, lower, upper, ...
+## Multipliers of the finite sides that are no equality, in the order lower, upper, lower, upper, ...
 function lambda = of_sides (lower, upper, y)
   apart = (lower != upper)';
   pairs = [max(-y, 0), max(y, 0)]';
@@ -91,7 +91,7 @@ function code = code_of (status)
 endfunction
 
 %!test
-%! ## Every kind of multiplier, in its place. The optimum without constraints is 10:10:60.
+%! ## Every kind of multiplier is in its place. The optimum without constraints is 10:10:60.
 %! H = eye (6);  q = -[10; 20; 30; 40; 50; 60];
 %! lb = [-Inf; -Inf; 100; -1; -Inf; -Inf];  ub = [Inf; 3; 200; Inf; Inf; Inf];
 %! A_in = [0 0 0 0 1 0; 0 0 0 0 0 1; 0 0 0 1 0 0];
@@ -102,13 +102,13 @@ endfunction
 %! assert (lambda, [-9; 17; 70; 0; 0; 43; 440; 0; 0], 1e-12);
 
 %!test
-%! ## A variable that its bounds fix counts among the equalities.
+%! ## A variable with equal bounds counts as an equality.
 %! [x, ~, ~, lambda] = qp ([], eye (2), [-10; -20], [], [], [1; -5], [1; 3]);
 %! assert (x, [1; 3]);
 %! assert (lambda, [-9; 0; 17], 1e-14);
 
 %!test
-%! ## What Octave's own qp gives. Its folder is where fminsearch lies.
+%! ## The result is that of Octave's own qp, which is in the folder of fminsearch.
 %! own = fullfile (fileparts (which ("fminsearch")), "qp.m");
 %! here = pwd ();
 %! rand ("state", 2);  randn ("state", 2);

@@ -4,14 +4,14 @@
 ## Minimise @code{x'*H*x/2 + f'*x} subject to @code{A*x <= b}, @code{Aeq*x = beq} and
 ## @code{lb <= x <= ub}, for a positive semidefinite @var{H}.
 ##
-## All arguments but @var{H} and @var{f} may be left out or be @code{[]}; so may @var{H}, for a linear
-## program, or @var{f}, for zeros. @var{problem} is a struct with fields of these names, where A, b, Aeq and
-## beq are called Aineq, bineq, Aeq and beq. @var{options} is a struct as @code{optimset} makes it, of
-## which @code{MaxIter}, @code{OptimalityTolerance} (relative, 1e-9) and @code{MaxTime} (seconds) count.
+## Arguments after @var{f} may be left out or @code{[]}. @var{H} may be @code{[]} for a linear program,
+## @var{f} for zeros. @var{problem} is a struct with fields of these names, except that A and b are called Aineq
+## and bineq. @var{options} is a struct from @code{optimset}, of which @code{MaxIter}, @code{OptimalityTolerance}
+## (relative, default 1e-9) and @code{MaxTime} (seconds) are used.
 ##
-## @var{exitflag} is 1 for an optimum, 0 at the limit of iterations, -1 at the limit of time, -2 if the
-## constraints contradict one another, -3 if the problem is unbounded, -6 if it is not convex, -8 if no answer
-## was accurate enough. 1, -2, -3 and -6 are proved. @var{lambda} has the multipliers @code{ineqlin},
+## @var{exitflag} is 1 for an optimum, 0 at the limit of iterations, -1 at the limit of time or after an interrupt,
+## -2 if the problem is infeasible, -3 if it is unbounded, -6 if it is not convex, -8 if no answer was accurate
+## enough. 1, -2, -3 and -6 are proved. @var{lambda} has the multipliers @code{ineqlin},
 ## @code{eqlin}, @code{lower} and @code{upper}:
 ## @code{H*x + f + A'*ineqlin + Aeq'*eqlin - lower + upper = 0}.
 ## @seealso{lsqlin, qp}
@@ -50,7 +50,7 @@ endfunction
 %! assert ({l.eqlin, l.lower, l.upper}, {zeros(0,1), [0;0], [0;0]});
 
 %!test
-%! ## Each kind of constraint holds one variable.
+%! ## Each kind of constraint is active for one variable.
 %! H = diag ([1 2 3 4]);  f = [0; -5; 9; 0];
 %! A = [0 1 0 0];  Aeq = [0 0 0 2];
 %! [x, ~, flag, ~, l] = quadprog (H, f, A, 1, Aeq, 4, [0.5 -Inf -1 -Inf], [Inf Inf 7 Inf]);
@@ -62,7 +62,7 @@ endfunction
 %! assert (l.upper, zeros (4, 1));
 
 %!test
-%! ## A struct, integers, sparse matrices, one bound for all.
+%! ## A struct, integers, sparse matrices, and one bound for all variables.
 %! p = struct ("H", speye (3), "f", int8 ([-5; 0; 5]), "lb", -1, "ub", 1);
 %! assert (quadprog (p), [1; 0; -1]);
 
@@ -77,7 +77,7 @@ endfunction
 %! assert (flag, -6);
 
 %!test
-%! ## Optimality conditions of random problems, degenerate and singular ones among them.
+%! ## Random problems satisfy the optimality conditions, including degenerate and singular ones.
 %! rand ("state", 1);  randn ("state", 1);
 %! for k = 1:60
 %!   n = randi (9);  m = randi (12);  rank_ = randi (n);
@@ -106,7 +106,7 @@ endfunction
 %!error quadprog ()
 
 %!test <*interrupt>
-%! ## A solve of many seconds ends within one of the signal. It runs in an Octave of its own.
+%! ## A solve of many seconds ends within a second after the signal. It runs in another Octave process.
 %! script = [tempname(), ".m"];
 %! unwind_protect
 %!   file = fopen (script, "w");

@@ -1,5 +1,5 @@
-// One solve, from Octave's arrays to those of the library and back. Users call the m-files, which
-// bring their arguments into the form that this function takes.
+// One solve, from Octave's arrays to those of the library and back. The m-files call this function
+// with arguments in the form that it needs.
 #include <activeset/activeset.h>
 #include <octave/oct.h>
 #include <octave/ov-struct.h>
@@ -24,9 +24,9 @@ void require(int code) {
     }
 }
 
-// Ctrl-C. Octave blocks the signal on this thread, notes it on another thread, and reads the note
-// when the solve has ended. While an object lives, the signal reaches this thread as well: it ends
-// the solve and makes the note.
+// Ctrl-C. Octave blocks the signal on this thread, handles it on another thread, and reads that
+// thread's flag only after the solve. While an object of this class lives, the signal also reaches
+// this thread, where the handler ends the solve and sets the flag.
 class Interruptible {
 public:
     Interruptible() {
@@ -146,8 +146,8 @@ activeset_options optionsOf(const octave_scalar_map& given) {
     return options;
 }
 
-// The caller's name of a part and of its row. `names` has the number of rows of the first matrix,
-// the name of c, then the names of matrix, lower sides and upper sides, for both matrices.
+// The caller's name of an entry. `names` has the number of rows of the first matrix and the name of
+// c, then the names of matrix, lower sides and upper sides for both matrices.
 std::string labelOf(const activeset_fault& fault, const Cell& names) {
     const std::string name = fault.name;
     const std::int64_t first = names(0).int64_value();
@@ -164,7 +164,7 @@ std::string labelOf(const activeset_fault& fault, const Cell& names) {
            (isMatrix ? "," + std::to_string(fault.col + 1) : "") + ")";
 }
 
-// The mistakes in the data, one a line, in the caller's names and counted from 1.
+// The faults in the data, one per line, in the caller's names and counted from 1.
 std::string faultsOf(const activeset_problem* problem, const char* message, const Cell& names) {
     std::vector<activeset_fault> faults(10);
     for (activeset_fault& fault : faults) {

@@ -1,4 +1,4 @@
-# The call of the package quadprog.
+# solve.QP(), with the interface of the package quadprog.
 
 solve.QP <- function(Dmat, dvec, Amat, bvec, meq = 0, factorized = FALSE) {
     n <- nrow(Dmat)

@@ -1,4 +1,4 @@
-# One problem, and what solves are told and tell.
+# solve_qp(), settings and results.
 
 solve_qp <- function(P = NULL, q = NULL, G = NULL, h = NULL, A = NULL, b = NULL,
                      lb = NULL, ub = NULL, l = NULL, x0 = NULL, warm_start = NULL,
@@ -26,8 +26,8 @@ activeset_settings <- function(tolerance = 1e-9, start = c("automatic", "given",
 
 activeset_version <- function() .Call(C_version)
 
-# A result; texts of faults in its place are an error. The library counts from 0 and has the rows of G above
-# those of A in one matrix.
+# Turns what C_solve_qp returns into a result, or raises the texts of faults that it returns instead. The library
+# counts from 0, and has one matrix with the rows of G above those of A.
 sound <- function(result, inequalities) {
     if (is.character(result))
         stop_for(result, function(name, at) {
@@ -44,7 +44,7 @@ sound <- function(result, inequalities) {
 
 label <- function(name, at) sprintf("%s[%s]", name, paste(at, collapse = ", "))
 
-# Raises texts in which each entry, such as c(0), has become what `rename` makes of its name and position.
+# Raises the texts of faults. `rename` maps the name and position of each entry in them, such as c(0).
 stop_for <- function(texts, rename) {
     entry <- "\\b(H|c|A|rowLower|rowUpper|lower|upper|start)\\((\\d+)(, (\\d+))?\\)"
     found <- gregexpr(entry, texts, perl = TRUE)

@@ -1,4 +1,4 @@
-/* The functions that R calls. */
+/* Registers the functions that R calls. */
 #include <R_ext/Rdynload.h>
 
 #include "shared.h"

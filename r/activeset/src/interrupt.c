@@ -1,5 +1,5 @@
-/* Ctrl-C during a solve. R's own handler only makes a note, which nobody reads before the solve has
- * ended. So a handler in front of it ends the solve, too, and hands the signal on. */
+/* Ctrl-C during a solve. R's own handler sets a flag, which is read only after the solve. So during a
+ * solve another handler ends the solve and then calls R's. */
 #include <R.h>
 #include <signal.h>
 #include <string.h>
@@ -15,7 +15,7 @@ static void on_interrupt(int number) {
     if (before.sa_handler != SIG_DFL && before.sa_handler != SIG_IGN &&
         (before.sa_flags & SA_SIGINFO) == 0) {
         before.sa_handler(number);
-        /* That one may have put itself in our place. */
+        /* R's handler may have installed itself again. */
         signal(SIGINT, on_interrupt);
     }
 }

@@ -1,4 +1,4 @@
-/* The parts of a problem: from R's objects to arrays of doubles. */
+/* Turns the parts of a problem from R objects into arrays of doubles. */
 #include <R.h>
 #include <string.h>
 
@@ -10,7 +10,7 @@ static int is_matrix_part(int part) {
     return part == PART_P || part == PART_G || part == PART_A;
 }
 
-/* The columns that a matrix has; a vector is one row. */
+/* The number of columns of a matrix; a vector is one row. */
 static int columns_of(SEXP matrix) {
     return Rf_isMatrix(matrix) ? Rf_ncols(matrix) : Rf_length(matrix);
 }
@@ -51,7 +51,7 @@ static void require_shape(const problem_parts* parts, int part, int rows) {
     }
 }
 
-/* The number of variables, by the first part that tells. */
+/* The number of variables, from the first part that is given. */
 static int variables_of(SEXP kept) {
     static const int telling[] = {PART_Q, PART_P, PART_G, PART_A, PART_LB, PART_UB};
     for (size_t i = 0; i < sizeof telling / sizeof *telling; ++i) {
@@ -114,7 +114,7 @@ const double* joined_rows(const problem_parts* parts) {
     return rows;
 }
 
-/* A vector, or one number for every entry, or a value where it is absent. */
+/* Copies a vector, repeats a single number, or repeats `absent` if the part is absent. */
 static void fill(const problem_parts* parts, int part, int count, double absent, double* target) {
     const double* data = part_data(parts, part);
     const int step = data != NULL && Rf_xlength(VECTOR_ELT(parts->kept, part)) == count;

@@ -15,7 +15,7 @@ static double* doubles(size_t count) {
     return (double*)R_alloc(count + 1, sizeof(double));
 }
 
-/* Only the upper triangle of D counts: D itself if it is symmetric, or a symmetric copy. */
+/* The symmetric matrix with the upper triangle of D: D itself, or a copy if D is not symmetric. */
 static const double* symmetric(const double* D, size_t n) {
     int differs = 0;
     for (size_t j = 0; j < n && !differs; ++j) {
@@ -35,7 +35,7 @@ static const double* symmetric(const double* D, size_t n) {
     return copy;
 }
 
-/* D = R'R from the inverse of the upper triangle R. */
+/* D = R'R, from the inverse of the upper triangular R. */
 static const double* from_inverse(const double* inverse, int n) {
     const size_t size = (size_t)n;
     double *R = doubles(size * size), *D = doubles(size * size);
@@ -63,7 +63,7 @@ static const double* from_inverse(const double* inverse, int n) {
     return D;
 }
 
-/* x = D⁻¹d by Cholesky's factor; 0 where D is singular. */
+/* Computes x = D⁻¹d by Cholesky factorisation. Returns 0 if D is not positive definite. */
 static int unconstrained(const double* D, const double* d, int n, double* x) {
     const size_t size = (size_t)n;
     const int one = 1;
@@ -86,7 +86,7 @@ typedef struct {
     const double *D, *minus_d, *A, *lower, *upper;
 } dual_form;
 
-/* Nothing in here raises. */
+/* Raises no R error. */
 static int solve_form(const dual_form* form, activeset_result* result) {
     activeset_problem* problem = NULL;
     int code = activeset_problem_new(form->n, form->m, &problem);
@@ -126,7 +126,7 @@ static void require_optimal(const activeset_result* result) {
     }
 }
 
-/* As in quadprog: 0 where no constraint is active. */
+/* Indices of the active constraints; as in quadprog a single 0 if there are none. */
 static SEXP active_of(const int8_t* sides, int m) {
     int count = 0;
     for (int i = 0; i < m; ++i) {
@@ -148,7 +148,7 @@ static SEXP vector_of(SEXP list, int at, int count) {
     return vector;
 }
 
-/* Where D is singular: a solution without constraints if there is one, otherwise NA. */
+/* For a singular D: a solution without constraints, or NA if there is none. */
 static void unconstrained_of_singular(const dual_form* form, double* x) {
     const dual_form free_form = {form->n, 0, form->D, form->minus_d, NULL, NULL, NULL};
     activeset_result result;

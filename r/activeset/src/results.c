@@ -1,4 +1,4 @@
-/* Results as R takes them, and where solves start. */
+/* Results as R lists, and the starts of solves. */
 #include <R.h>
 #include <string.h>
 

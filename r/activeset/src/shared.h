@@ -1,6 +1,6 @@
-/* What the files of this package share: the parts of a problem as R gives them, results as R takes
- * them, and solves that Ctrl-C ends. R's errors leave a function by a jump, so everything that can
- * raise one happens while no handle of the library is held, or frees it before. */
+/* Shared by the files of this package: the parts of a problem from R, results for R, and solves that
+ * Ctrl-C ends. An R error leaves a function by a jump, so code that may raise one must hold no handle of
+ * the library, or free it first. */
 #ifndef ACTIVESET_R_SHARED_H
 #define ACTIVESET_R_SHARED_H
 
@@ -18,21 +18,21 @@ typedef struct {
     SEXP kept; /* a list with the parts as doubles, or NULL where they are absent */
 } problem_parts;
 
-/* Turns the parts into doubles and checks their shapes. `parts.kept` is to be protected. */
+/* Turns the parts into doubles and checks their shapes. The caller must protect `kept`. */
 problem_parts read_parts(SEXP given);
-/* A part's numbers, or null. */
+/* The numbers of a part; null if it is absent. */
 const double* part_data(const problem_parts* parts, int part);
-/* G above A, by columns; null without rows. Where there is one of them only, that one. */
+/* The rows of G above those of A, by columns, without a copy if only one is given; null without rows. */
 const double* joined_rows(const problem_parts* parts);
 /* The sides of the joined rows. */
 void joined_sides(const problem_parts* parts, const double** lower, const double** upper);
-/* A bound of each variable, null for none; a single number holds for all. */
+/* The bounds of the variables; null for none. A single number counts for all variables. */
 const double* bound_data(const problem_parts* parts, int part);
 
-/* Options from the list that activeset_settings() makes, or their defaults for NULL. */
+/* Options from the list of activeset_settings(); the defaults for NULL. */
 void read_settings(SEXP settings, activeset_options* options);
 
-/* Everything that a solve writes, in memory that R frees after the call. */
+/* The arrays that a solve writes, in memory that R frees after the call. */
 typedef struct {
     activeset_result result;
     char message[512];
@@ -40,7 +40,7 @@ typedef struct {
 void prepare_output(const problem_parts* parts, solve_output* output);
 SEXP output_to_r(const problem_parts* parts, const solve_output* output);
 
-/* Where to start: the result of a solve, or a list with x. Null pointers without one. */
+/* The start of a solve: a result, or a list with x. Without one the pointers are null. */
 typedef struct {
     const double* x;
     const int8_t* row_sides;
@@ -48,7 +48,7 @@ typedef struct {
 } warm_start;
 warm_start read_warm_start(const problem_parts* parts, SEXP start);
 
-/* Gives the problem the parts; raises nothing. The first code that is not ACTIVESET_OK. */
+/* Sets the parts of the problem. Returns the first code that is not ACTIVESET_OK. Raises no R error. */
 int set_parts(activeset_problem* problem,
               const problem_parts* parts,
               const double* rows,
@@ -57,7 +57,7 @@ int set_parts(activeset_problem* problem,
               const double* lb,
               const double* ub);
 
-/* What makes a problem invalid, and its texts. Reading raises nothing. */
+/* The faults of an invalid problem and their texts. Reading them raises no R error. */
 enum { SHOWN_FAULTS = 10 };
 typedef struct {
     activeset_fault shown[SHOWN_FAULTS];
@@ -66,10 +66,10 @@ typedef struct {
 void read_faults(const activeset_problem* problem, problem_faults* faults);
 SEXP faults_to_r(const problem_faults* faults, const solve_output* output);
 
-/* Raises what a code of the library stands for. */
+/* Raises an R error unless the code is ACTIVESET_OK. */
 void raise_code(int code);
 
-/* From one to the other, Ctrl-C ends the solve that runs. The second takes the interrupt to R. */
+/* Between these calls Ctrl-C ends the running solve. The second one delivers the interrupt to R. */
 void begin_interruptible(void);
 void end_interruptible(void);
 void deliver_interrupt(void);

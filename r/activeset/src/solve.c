@@ -45,7 +45,7 @@ void read_settings(SEXP settings, activeset_options* options) {
     options->start_mode = (int32_t)start;
 }
 
-/* Where the problem starts: a warm start, or a point alone, or zero. */
+/* Sets the start: a warm start, only a point, or zero. */
 static int set_start(activeset_problem* problem, const double* x0, const warm_start* start) {
     if (start->x != NULL) {
         return activeset_problem_set_warm_start(problem, start->x, start->row_sides,
@@ -54,7 +54,7 @@ static int set_start(activeset_problem* problem, const double* x0, const warm_st
     return activeset_problem_set_start(problem, x0);
 }
 
-/* From here to the end of the function nothing may raise. */
+/* From here to the end of the function nothing may raise an R error. */
 static int solve_parts(const problem_parts* parts,
                        const double* x0,
                        const warm_start* start,

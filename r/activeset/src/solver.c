@@ -1,5 +1,5 @@
-/* activeset_solver(): a sequence of similar problems. The external pointer frees the handle; beside
- * it R keeps the parts, from which those that a change touches are made anew. */
+/* activeset_solver(): a sequence of similar problems. An external pointer owns the handle. R keeps the
+ * parts as well; a change builds the affected arrays again from them. */
 #include <R.h>
 
 #include "shared.h"
@@ -23,7 +23,7 @@ static problem_parts parts_of(SEXP pointer) {
     return read_parts(R_ExternalPtrProtected(pointer));
 }
 
-/* No R call between the new problem and its end. */
+/* No R function may be called while the problem exists. */
 static int make_solver(const problem_parts* parts,
                        const activeset_options* options,
                        const double* const arrays[5],

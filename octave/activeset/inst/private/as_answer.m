@@ -1,5 +1,5 @@
 ## [exitflag, output, lambda] = as_answer (r, rows)
-## Exit flag, output and multipliers as quadprog and lsqlin give them.
+## The outputs exitflag, output and lambda of quadprog and lsqlin.
 function [exitflag, output, lambda] = as_answer (r, rows)
   switch (r.status)
     case "optimal"

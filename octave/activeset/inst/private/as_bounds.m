@@ -1,5 +1,5 @@
 ## v = as_bounds (v, n)
-## One number stands for all n; [] for none.
+## Bounds of n variables: a single number counts for all, [] means none.
 function v = as_bounds (v, n)
   if (isscalar (v) && n != 1)
     v = repmat (v, n, 1);

@@ -1,5 +1,5 @@
 ## o = as_options (options)
-## What solves know of the options that optimset makes.
+## Options of __activeset__ from those of optimset; others are ignored.
 function o = as_options (options)
   o = struct ();
   for field = {"MaxIter", "MaxIterations"}

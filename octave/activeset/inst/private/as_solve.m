@@ -1,5 +1,5 @@
 ## [r, rows] = as_solve (H, f, A, b, Aeq, beq, lb, ub, x0, options)
-## The solve beneath quadprog and lsqlin: A*x <= b above Aeq*x = beq. rows is the number of the former.
+## Solves for quadprog and lsqlin. The rows of the result are those of A*x <= b, `rows` of them, then Aeq*x = beq.
 function [r, rows] = as_solve (H, f, A, b, Aeq, beq, lb, ub, x0, options)
   n = numel (f);
   if (n == 0)

@@ -20,7 +20,7 @@ test_that("solve.QP gives what quadprog gives", {
         expect_named(ours, names(theirs))
         for (part in c("solution", "value", "unconstrained.solution"))
             expect_equal(ours[[part]], theirs[[part]], tolerance = 1e-8, info = info)
-        # Equalities keep their sign here.
+        # Unlike quadprog, activeset keeps the sign of equality multipliers.
         expect_equal(abs(ours$Lagrangian), theirs$Lagrangian, tolerance = 1e-7, info = info)
         expect_equal(2 * ours$value + 0, sum(ours$Lagrangian * p$b) - sum(p$d * ours$solution),
                      tolerance = 1e-8, info = info)

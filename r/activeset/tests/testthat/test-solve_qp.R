@@ -10,7 +10,7 @@ test_that("a small problem has the answer of hand arithmetic", {
 })
 
 test_that("rows of G stand above those of A, and bounds hold", {
-    # x3 is fixed at 2 by A, x1 is held at its bound 0.5, x2 by G at 1.
+    # A fixes x3 at 2, x1 is at its bound 0.5, and G limits x2 to 1.
     r <- solve_qp(diag(3), c(0, -5, 0), G = rbind(c(0, 1, 0), c(1, 1, 1)), h = c(1, 90),
                   A = c(0, 0, 1), b = 2, lb = c(0.5, -Inf, -Inf))
     expect_equal(r$x, c(0.5, 1, 2), tolerance = 1e-15)
