@@ -412,7 +412,7 @@ struct Result {
 ///         std::logic_error inside a callback of another solve; what the callback raises
 [[nodiscard]] ACTIVESET_API Result solve(const Problem& problem, const Settings& settings = {});
 
-/// Gives back the arrays that the calling thread keeps for its next solve: at most 256 MiB, which
+/// Gives back the arrays that the calling thread keeps for its next solve: at most 260 MiB, which
 /// go with the thread otherwise. Those of a Solver are its own until it is destroyed.
 ACTIVESET_API void releaseWorkspaces() noexcept;
 

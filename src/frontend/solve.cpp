@@ -127,6 +127,7 @@ Result solvePrepared(ProblemCache& problem,
 
 void releaseWorkspaces() noexcept {
     ArrayShelf::ofThread().clear();
+    frontend::SmallProblem::ofThread().release();
 }
 
 namespace {

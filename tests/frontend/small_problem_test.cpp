@@ -133,6 +133,22 @@ TEST_F(SmallProblems, LeaveTheRestAlone) {
     EXPECT_TRUE(solveSmall(road, {.H = {one, 1, 1}}));
 }
 
+/// Memory that was given back is asked for anew, and nothing is taken for kept.
+TEST_F(SmallProblems, AreSolvedAgainAfterTheMemoryIsReleased) {
+    const Sample sample = randomSample(3, 20, false);
+    const Settings settings;
+    Control control(settings, Limit);
+    SmallProblem road;
+    const std::optional<Result> first = solveSmall(road, sample.view());
+    ASSERT_TRUE(first);
+    road.release();
+    EXPECT_EQ(road.memory().shape.n, 0U);
+    Result again;
+    ASSERT_TRUE(road.solveNext(sample.view(), {.matrices = true, .set = true}, {}, settings,
+                               control, again));
+    EXPECT_EQ(again.x, first->x);
+}
+
 /// Sides come and go, equalities become ranges. The kept factors are updated, and every solve has
 /// its own answer.
 TEST_F(SmallProblems, FollowASequenceFromTheirFactors) {

@@ -8,7 +8,7 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr std::size_t MostNumbers = std::size_t{1} << 17U;  // a mebibyte
+constexpr std::size_t MostNumbers = std::size_t{1} << 19U;  // four mebibytes
 constexpr std::align_val_t CacheLine{64};
 
 /// Hands out pieces of a block; without one it counts.
@@ -66,8 +66,17 @@ std::size_t SmallMemory::sizeFor(const SmallShape& shape) {
 }
 
 bool SmallMemory::fits(const SmallShape& shape) {
+    constexpr std::size_t MostWithFewRows = 100;  // variables
+    constexpr std::size_t VariablesPerRow = 8;
     return shape.n > 0 && shape.n <= MostVariables && shape.m <= MostNumbers &&
+           (shape.n <= MostWithFewRows || shape.n < VariablesPerRow * shape.m) &&
            sizeFor(shape) <= MostNumbers;
+}
+
+void SmallMemory::release() noexcept {
+    block_.reset();
+    size_ = 0;
+    shape = {};
 }
 
 void SmallMemory::reshape(const SmallShape& wanted) {
@@ -76,9 +85,7 @@ void SmallMemory::reshape(const SmallShape& wanted) {
     }
     const std::size_t needed = sizeFor(wanted);
     if (needed > size_) {
-        block_.reset();
-        size_ = 0;
-        shape = {};
+        release();
         block_.reset(static_cast<double*>(::operator new(needed * sizeof(double), CacheLine)));
         size_ = needed;
     }

@@ -29,16 +29,19 @@ struct SmallShape {
 
 class SmallMemory {
 public:
-    static constexpr std::size_t MostVariables = 100;  ///< of a problem that fits
+    static constexpr std::size_t MostVariables = 256;  ///< of a problem that fits
 
-    /// Whether a problem is small enough: so that its block stays below a mebibyte, and its numbers
-    /// in the caches.
+    /// Whether a problem is small enough: so that its block stays below four mebibytes, and its
+    /// numbers in the caches. With more than 100 variables it has rows, too; where bounds prevail a
+    /// guess at all of them is faster.
     [[nodiscard]] static bool fits(const SmallShape& shape);
 
     /// Makes room for a problem that fits. The arrays keep their entries if the shape is as before;
     /// else they are zero.
     /// @raises std::bad_alloc, with no shape and no arrays
     void reshape(const SmallShape& shape);
+    /// Gives the block back: no shape and no arrays.
+    void release() noexcept;
 
     SmallShape shape;
     const SmallKernels& kernels = smallKernels();

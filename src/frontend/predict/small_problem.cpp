@@ -108,6 +108,12 @@ void SmallProblem::finish(double setup,
     result.iterations.dual = dual_.steps();
 }
 
+void SmallProblem::release() noexcept {
+    memory_.release();
+    matrices_ = Matrices::Unknown;
+    hasEnded_ = false;
+}
+
 void SmallProblem::keepMatrices(const Problem& problem) {
     matrices_ = Matrices::Unknown;
     hasEnded_ = false;

@@ -64,7 +64,10 @@ public:
     [[nodiscard]] const SmallMemory& memory() const { return memory_; }
     [[nodiscard]] const SmallDual& dual() const { return dual_; }
 
-    /// That of the thread; its memory, at most a mebibyte, goes with the thread.
+    /// Gives the memory back, and forgets all.
+    void release() noexcept;
+
+    /// That of the thread; its memory, at most four mebibytes, goes with the thread.
     [[nodiscard]] static SmallProblem& ofThread();
     /// Whether settings leave it to the front end how it solves.
     [[nodiscard]] static bool suits(const Settings& settings);
