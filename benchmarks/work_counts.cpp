@@ -134,6 +134,11 @@ ACTIVESET_COUNTED(lapack, trtrs, _ZN9activeset6lapack5trtrsENS_10BasicBlockIKdEE
 ACTIVESET_COUNTED(lapack, trtrsTransposed,
     _ZN9activeset6lapack15trtrsTransposedENS_10BasicBlockIKdEENS1_IdEE,
     vectorFlops, 0.5 * product(r) * size(b.cols), Int, (ConstBlock r, Block b), (r, b))
+ACTIVESET_COUNTED(lapack, trtrsLower, _ZN9activeset6lapack10trtrsLowerENS_10BasicBlockIKdEENS1_IdEE,
+    vectorFlops, 0.5 * product(l) * size(b.cols), Int, (ConstBlock l, Block b), (l, b))
+ACTIVESET_COUNTED(lapack, trtrsLowerTransposed,
+    _ZN9activeset6lapack20trtrsLowerTransposedENS_10BasicBlockIKdEENS1_IdEE,
+    vectorFlops, 0.5 * product(l) * size(b.cols), Int, (ConstBlock l, Block b), (l, b))
 ACTIVESET_COUNTED(lapack, potrs, _ZN9activeset6lapack5potrsENS_10BasicBlockIKdEENS1_IdEE,
     vectorFlops, product(a) * size(b.cols), Int, (ConstBlock a, Block b), (a, b))
 ACTIVESET_COUNTED(lapack, potrf, _ZN9activeset6lapack5potrfENS_10BasicBlockIdEE,

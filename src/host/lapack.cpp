@@ -57,14 +57,15 @@ Int withWorkspace(Int minimum, ConstBlock a, Routine routine) {
     return routine(work.data(), work.size());
 }
 
-Int solveTriangle(const char* op,
+Int solveTriangle(const char* half,
+                  const char* op,
                   void (*solveOne)(ConstBlock r, double* x),
                   ConstBlock r,
                   Block b) {
     Int info = 0;
     if (r.cols > small::LargestSolve) {
         ACTIVESET_CALL(dtrtrs)
-        ("U", op, "N", &r.cols, &b.cols, r.data, &r.ld, b.data, &b.ld, &info, 1, 1, 1);
+        (half, op, "N", &r.cols, &b.cols, r.data, &r.ld, b.data, &b.ld, &info, 1, 1, 1);
         return info;
     }
     for (Int k = 0; k < r.cols; ++k) {
@@ -128,11 +129,19 @@ Int potrs(ConstBlock a, Block b) {
 }
 
 Int trtrs(ConstBlock r, Block b) {
-    return solveTriangle("N", small::solveUpper, r, b);
+    return solveTriangle("U", "N", small::solveUpper, r, b);
 }
 
 Int trtrsTransposed(ConstBlock r, Block b) {
-    return solveTriangle("T", small::solveUpperTransposed, r, b);
+    return solveTriangle("U", "T", small::solveUpperTransposed, r, b);
+}
+
+Int trtrsLower(ConstBlock l, Block b) {
+    return solveTriangle("L", "N", small::solveLower, l, b);
+}
+
+Int trtrsLowerTransposed(ConstBlock l, Block b) {
+    return solveTriangle("L", "T", small::solveLowerTransposed, l, b);
 }
 
 Int ormqr(Op op, ConstBlock a, const double* tau, Block b) {

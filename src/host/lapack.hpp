@@ -24,6 +24,9 @@ Int potrs(ConstBlock a, Block b);
 Int trtrs(ConstBlock r, Block b);
 /// b := r⁻ᵀ·b, likewise.
 Int trtrsTransposed(ConstBlock r, Block b);
+/// b := l⁻¹·b and b := l⁻ᵀ·b, l lower triangular, likewise.
+Int trtrsLower(ConstBlock l, Block b);
+Int trtrsLowerTransposed(ConstBlock l, Block b);
 /// b := op(Q)·b, Q from the packed columns of a and their scalars.
 Int ormqr(Op op, ConstBlock a, const double* tau, Block b);
 /// a := lower Cholesky factor with pivoting on the diagonal, PᵀaP = L·Lᵀ, from and into its lower

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "frontend/algebra/cholesky.hpp"
 #include "frontend/algebra/dense_views.hpp"
 #include "frontend/algebra/largest.hpp"
 #include "host/lapack.hpp"
@@ -20,6 +21,15 @@ Dense multiply(Op op, const Dense& a, const Dense& b) {
         blas::gemm(op, Op::None, 1.0, viewOf(a), viewOf(b), 0.0, viewOf(result));
     }
     return result;
+}
+
+bool arePivotsAbove(const Dense& factor, double least) {
+    for (std::size_t k = 0; k < factor.rows; ++k) {
+        if (!(factor(k, k) * factor(k, k) > least)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace
@@ -93,15 +103,20 @@ bool factoriseUpper(Dense& a, double tolerance) {
     if (a.rows == 0) {
         return true;
     }
-    if (lapack::potrf(viewOf(a)) != 0) {
-        return false;
+    return lapack::potrf(viewOf(a)) == 0 && arePivotsAbove(a, tolerance * largest);
+}
+
+bool factoriseLower(Dense& a, double tolerance) {
+    const double largest = largestDiagonal(a);
+    if (a.rows == 0) {
+        return true;
     }
-    for (std::size_t k = 0; k < a.rows; ++k) {
-        if (!(a(k, k) * a(k, k) > tolerance * largest)) {
-            return false;
-        }
+    if (instructionSet() == InstructionSet::Baseline) {  // without FMA the kernel is slower
+        return lapack::potrfLower(viewOf(a)) == 0 && arePivotsAbove(a, tolerance * largest);
     }
-    return true;
+    LargeVector work(choleskyWork(a.rows), 0.0);
+    return choleskyInPlace({a.values.data(), a.rows, a.rows, work.data()}) &&
+           arePivotsAbove(a, tolerance * largest);
 }
 
 void solveUpper(const Dense& a, double* b, std::size_t count) {
@@ -110,6 +125,14 @@ void solveUpper(const Dense& a, double* b, std::size_t count) {
 
 void solveUpperTransposed(const Dense& a, double* b, std::size_t count) {
     lapack::trtrsTransposed(viewOf(a), {b, a.rows, count});
+}
+
+void solveLower(const Dense& a, double* b, std::size_t count) {
+    lapack::trtrsLower(viewOf(a), {b, a.rows, count});
+}
+
+void solveLowerTransposed(const Dense& a, double* b, std::size_t count) {
+    lapack::trtrsLowerTransposed(viewOf(a), {b, a.rows, count});
 }
 
 double largestMagnitude(const Vector& values) {

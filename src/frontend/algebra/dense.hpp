@@ -42,12 +42,17 @@ void addProduct(const Dense& a, const Vector& x, Vector& y);
 /// a := its upper Cholesky factor; false, a destroyed, unless every pivot is greater than
 /// `tolerance` times the largest diagonal entry.
 [[nodiscard]] bool factoriseUpper(Dense& a, double tolerance);
+/// The same, its lower Cholesky factor L; only the lower triangle is read, and L is there alone.
+[[nodiscard]] bool factoriseLower(Dense& a, double tolerance);
 /// Whether the squared diagonal entries of a Cholesky factor all are above `tolerance` times the
 /// largest one.
 [[nodiscard]] bool hasClearPivots(const Dense& factor, double tolerance);
 /// The `count` columns of b := U⁻¹·b and U⁻ᵀ·b, U the upper triangle of a.
 void solveUpper(const Dense& a, double* b, std::size_t count);
 void solveUpperTransposed(const Dense& a, double* b, std::size_t count);
+/// b := L⁻¹·b and L⁻ᵀ·b, L the lower triangle of a.
+void solveLower(const Dense& a, double* b, std::size_t count);
+void solveLowerTransposed(const Dense& a, double* b, std::size_t count);
 
 [[nodiscard]] double largestMagnitude(const Vector& values);
 /// Whether none is infinite or NaN.

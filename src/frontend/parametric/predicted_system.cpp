@@ -51,7 +51,7 @@ void SchurSystem::apply(double* x, double* values) const {
     for (std::size_t j = 0; j < n; ++j) {
         x[j] *= scaling_.column[j] * scaling_.objective;
     }
-    blas::trsvUpper(Op::Transpose, viewOf(factor_), x);
+    blas::trsvLower(Op::None, viewOf(factor_), x);
     Vector multipliers(members_.size());
     columns_.products(members_, x, multipliers.data());
     for (std::size_t k = 0; k < multipliers.size(); ++k) {
@@ -59,7 +59,7 @@ void SchurSystem::apply(double* x, double* values) const {
     }
     working_.solve(multipliers.data());
     columns_.subtract(members_, multipliers.data(), x);
-    blas::trsvUpper(Op::None, viewOf(factor_), x);
+    blas::trsvLower(Op::Transpose, viewOf(factor_), x);
     for (std::size_t j = 0; j < n; ++j) {
         x[j] *= scaling_.column[j];
     }

@@ -34,7 +34,7 @@ DualFactors::DualFactors(const Dense& factor, const Constraints& sides)
         const Vector row = sides.row(members_[k]);
         std::copy(row.begin(), row.end(), R_.column(k));
     }
-    solveUpperTransposed(factor, R_.values.data(), count);
+    solveLower(factor, R_.values.data(), count);
     Vector scales(std::max<std::size_t>(count, 1), 0.0);
     lapack::geqrf(columnsOf(R_, 0, count), scales.data());
     J_ = Dense(n_, n_);
@@ -43,7 +43,7 @@ DualFactors::DualFactors(const Dense& factor, const Constraints& sides)
         std::fill(R_.column(k) + k + 1, R_.column(k) + n_, 0.0);
     }
     lapack::orgqr(columnsOf(J_, 0, n_), static_cast<Int>(count), scales.data());
-    solveUpper(factor, J_.values.data(), n_);
+    solveLowerTransposed(factor, J_.values.data(), n_);
     dropDependentMembers();
 }
 

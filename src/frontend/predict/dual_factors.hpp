@@ -18,7 +18,7 @@ public:
     /// Takes in the constraints that `sides` holds, equalities first, at most n, but for those that
     /// depend on others before them.
     ///
-    /// @param factor  U of H = UᵀU, in the upper triangle
+    /// @param factor  L of H = LLᵀ, in the lower triangle
     DualFactors(const Dense& factor, const Constraints& sides);
 
     /// In the order of their arrival.

@@ -20,7 +20,7 @@ EqualityProblem::EqualityProblem(Subproblem& problem)
       t_(data_.n),
       products_(data_.m + data_.n, 0.0) {
     std::transform(data_.c.begin(), data_.c.end(), t_.begin(), [](double entry) { return -entry; });
-    blas::trsvUpper(Op::Transpose, viewOf(factor_), t_.data());
+    blas::trsvLower(Op::None, viewOf(factor_), t_.data());
     takeProducts(members());
 }
 
@@ -79,7 +79,7 @@ Vector EqualityProblem::valuesOf(const List& constraints, const Vector& multipli
 Vector EqualityProblem::minimiser(const Constraints& sides, const Vector& multipliers) const {
     Vector x = t_;
     columns_.subtract(members(), multipliers.data(), x.data());
-    blas::trsvUpper(Op::None, viewOf(factor_), x.data());
+    blas::trsvLower(Op::Transpose, viewOf(factor_), x.data());
     setBounds(sides, x);
     return x;
 }
@@ -110,13 +110,13 @@ void EqualityProblem::correct(Vector& x,
                               Vector& multipliers,
                               Vector gradient,
                               const Vector& misses) const {
-    blas::trsvUpper(Op::Transpose, viewOf(factor_), gradient.data());
+    blas::trsvLower(Op::None, viewOf(factor_), gradient.data());
     Vector change(misses.size());
     columns_.products(members(), gradient.data(), change.data());
     axpy(-1.0, misses.data(), change.data(), change.size());
     working_.solve(change.data());
     columns_.subtract(members(), change.data(), gradient.data());
-    blas::trsvUpper(Op::None, viewOf(factor_), gradient.data());
+    blas::trsvLower(Op::Transpose, viewOf(factor_), gradient.data());
     axpy(1.0, gradient.data(), x.data(), x.size());
     axpy(1.0, change.data(), multipliers.data(), change.size());
 }
@@ -175,7 +175,7 @@ void EqualityProblem::refineDependence(std::size_t q, Vector& r) const {
         for (std::size_t j = 0; j < data_.n; ++j) {
             rest[j] = static_cast<double>(rest[j] - sums[j].value - combined.z[j]);
         }
-        blas::trsvUpper(Op::Transpose, viewOf(factor_), rest.data());
+        blas::trsvLower(Op::None, viewOf(factor_), rest.data());
         Vector change(r.size());
         columns_.products(members(), rest.data(), change.data());
         working_.solve(change.data());

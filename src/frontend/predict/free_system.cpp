@@ -27,11 +27,11 @@ bool FreeSystem::factoriseFree() {
     for (std::size_t j = 0; j < count; ++j) {
         const double* column = data_.columnOfH(F_[j]);
         double* target = L_.column(j);
-        for (std::size_t i = 0; i <= j; ++i) {
+        for (std::size_t i = j; i < count; ++i) {
             target[i] = column[F_[i]];
         }
     }
-    return factoriseUpper(L_, 0.0);
+    return factoriseLower(L_, 0.0);
 }
 
 bool FreeSystem::factoriseRows() {
@@ -44,9 +44,9 @@ bool FreeSystem::factoriseRows() {
     if (F_.size() < R_.size()) {
         return false;
     }
-    solveUpperTransposed(L_, Q_.values.data(), R_.size());
+    solveLower(L_, Q_.values.data(), R_.size());
     blas::gram(viewOf(Q_), Block(S_.values.data(), R_.size(), R_.size()));
-    return factoriseUpper(S_, DependentSchurPivot);
+    return factoriseLower(S_, DependentSchurPivot);
 }
 
 bool FreeSystem::isFactorisedFor(const List& F, const List& R, double tolerance) const {
@@ -55,16 +55,16 @@ bool FreeSystem::isFactorisedFor(const List& F, const List& R, double tolerance)
 }
 
 void FreeSystem::solve(Vector& f, Vector& r) const {
-    blas::trsvUpper(Op::Transpose, viewOf(L_), f.data());
+    blas::trsvLower(Op::None, viewOf(L_), f.data());
     if (!r.empty()) {
         Vector y = transposedProduct(Q_, f);
         axpy(-1.0, r.data(), y.data(), y.size());
-        blas::trsvUpper(Op::Transpose, viewOf(S_), y.data());
-        blas::trsvUpper(Op::None, viewOf(S_), y.data());
+        blas::trsvLower(Op::None, viewOf(S_), y.data());
+        blas::trsvLower(Op::Transpose, viewOf(S_), y.data());
         blas::gemv(Op::None, -1.0, viewOf(Q_), y.data(), 1.0, f.data());
         r = std::move(y);
     }
-    blas::trsvUpper(Op::None, viewOf(L_), f.data());
+    blas::trsvLower(Op::Transpose, viewOf(L_), f.data());
 }
 
 void addHessianColumns(const ProblemData& data,

@@ -38,9 +38,9 @@ private:
     bool isFactorised_ = false;
     List F_;
     List R_;
-    Dense L_;  // Lᵀ, upper
+    Dense L_;  // lower
     Dense Q_;
-    Dense S_;  // the upper factor of QᵀQ
+    Dense S_;  // the lower factor of QᵀQ
 };
 
 /// v += Σ x_j·H(:,j) over j in a list.

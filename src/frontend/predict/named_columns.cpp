@@ -40,7 +40,7 @@ void NamedColumns::name(const List& wanted, const List& kept) {
         std::fill_n(columns_.column(count_ + k), n, 0.0);
     }
     writeRows(data_, missing, columns_.column(count_));
-    solveUpperTransposed(factor_, columns_.column(count_), missing.size());
+    solveLower(factor_, columns_.column(count_), missing.size());
     formInner(missing.size());
     for (const std::size_t k : missing) {
         place_[k] = count_++;

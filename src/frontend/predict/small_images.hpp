@@ -1,6 +1,6 @@
 // Cholesky of H and the images of all constraints in one sweep: [H; A; cᵀ; I]·L⁻ᵀ. A block of four
 // columns is brought up to date by the columns before it, for eight rows at a time, and finished by
-// its own 4 × 4 triangle. That is factorised as LDLᵀ, so that no square root waits for another.
+// its own 4 × 4 triangle.
 // Included by small_kernels.cpp.
 #if defined(ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_IMAGES_HPP) == defined(HWY_TARGET_TOGGLE)
 #ifdef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_IMAGES_HPP
@@ -9,6 +9,7 @@
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_IMAGES_HPP
 #endif
 
+#include "frontend/algebra/octet_triangle.hpp"
 #include "frontend/predict/small_products.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -16,12 +17,6 @@ namespace activeset::frontend::HWY_NAMESPACE {
 namespace {
 
 constexpr std::size_t Width = 4;  // columns of a block
-
-/// L of LDLᵀ of a 4 × 4 block, and 1/√D.
-struct Triangle {
-    double below[Width][Width];
-    double scale[Width];
-};
 
 /// Eight rows of a block of columns.
 struct Panel {
@@ -68,40 +63,23 @@ struct Sweep {
         }
     }
 
-    HWY_INLINE void finish(Panel& panel, const Triangle& triangle, std::size_t row) const {
+    HWY_INLINE void finish(Panel& panel, const Triangle<Width>& triangle, std::size_t row) const {
+        finishRows(panel.columns, triangle);
         for (std::size_t c = 0; c < Width; ++c) {
-            for (std::size_t k = 0; k < c; ++k) {
-                takeFrom(panel.columns[c], panel.columns[k], spread(triangle.below[c][k]));
-            }
-        }
-        for (std::size_t c = 0; c < Width; ++c) {
-            store(times(panel.columns[c], octetOf(triangle.scale[c])), at(row, first + c));
+            store(panel.columns[c], at(row, first + c));
         }
     }
 
-    HWY_INLINE bool factorise(const Panel& panel, Triangle& triangle, double tolerance) const {
+    HWY_INLINE bool factorise(const Panel& panel,
+                              Triangle<Width>& triangle,
+                              double tolerance) const {
         double a[Width][OctetLanes];
+        double least[Width];
         for (std::size_t c = 0; c < Width; ++c) {
             store(panel.columns[c], a[c]);
+            least[c] = tolerance * stack.data[(first + c) * (stack.head + stack.rows) + first + c];
         }
-        const std::size_t top = first % OctetLanes;
-        bool isPositive = true;
-        for (std::size_t c = 0; c < Width; ++c) {
-            const double pivot = a[c][top + c];
-            const double diagonal = stack.data[(first + c) * (stack.head + stack.rows) + first + c];
-            isPositive = isPositive && pivot > tolerance * diagonal;
-            const double inverse = 1.0 / pivot;
-            for (std::size_t r = c + 1; r < Width; ++r) {
-                const double factor = a[c][top + r] * inverse;
-                triangle.below[r][c] = factor;
-                for (std::size_t s = r; s < Width; ++s) {
-                    a[r][top + s] -= a[c][top + s] * factor;
-                }
-            }
-            triangle.scale[c] =
-                1.0 / hn::GetLane(hn::Sqrt(hn::Set(hn::CappedTag<double, 1>(), pivot)));
-        }
-        return isPositive;
+        return factoriseTriangle(a, first % OctetLanes, least, triangle);
     }
 };
 
@@ -110,7 +88,7 @@ bool factorise(const SmallStack& stack, double tolerance) {
     Sweep sweep{stack, height + stack.head, 0};
     for (; sweep.first < stack.cols; sweep.first += Width) {
         const std::size_t diagonal = sweep.first / OctetLanes * OctetLanes;
-        Triangle triangle;  // NOLINT(cppcoreguidelines-pro-type-member-init): written next
+        Triangle<Width> triangle;  // NOLINT(cppcoreguidelines-pro-type-member-init): written next
         Panel panel = sweep.dataAt(diagonal);
         sweep.update(panel, diagonal, 0);
         if (!sweep.factorise(panel, triangle, tolerance)) {

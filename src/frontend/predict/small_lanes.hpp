@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "frontend/algebra/octet.hpp"
+#include "frontend/algebra/octet_triangle.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace activeset::frontend::HWY_NAMESPACE {
@@ -27,13 +28,6 @@ HWY_INLINE void addTo(Octet& sum, const Octet& a, Part b) {
 HWY_INLINE void addTo(Octet& sum, const Octet& a, const Octet& b) {
     for (std::size_t k = 0; k < Parts; ++k) {
         sum.parts[k] = hn::MulAdd(a.parts[k], b.parts[k], sum.parts[k]);
-    }
-}
-
-/// sum − a·b
-HWY_INLINE void takeFrom(Octet& sum, const Octet& a, Part b) {
-    for (std::size_t k = 0; k < Parts; ++k) {
-        sum.parts[k] = hn::NegMulAdd(a.parts[k], b, sum.parts[k]);
     }
 }
 

@@ -27,7 +27,7 @@ Subproblem::Subproblem(const ProblemData& problem, double rho)
       rho_(rho),
       shifted_(rho > 0.0 ? shifted(problem, rho) : ProblemData()),
       factor_(hessianOf(data())),
-      isDefinite_(factoriseUpper(factor_, SafePivot * static_cast<double>(problem.n))),
+      isDefinite_(factoriseLower(factor_, SafePivot * static_cast<double>(problem.n))),
       sets_(std::in_place, data(), factor_) {}
 
 void Subproblem::forget() {

@@ -38,7 +38,7 @@ public:
     void forget();
 
     [[nodiscard]] const ProblemData& data() const { return rho_ > 0.0 ? shifted_ : problem_; }
-    /// The upper Cholesky factor Lᵀ of H + ρI.
+    /// The lower Cholesky factor L of H + ρI.
     [[nodiscard]] const Dense& factor() const { return factor_; }
     [[nodiscard]] NamedColumns& columns() { return sets_->columns; }
     [[nodiscard]] WorkingFactor& working() { return sets_->working; }
