@@ -133,7 +133,7 @@ void run(const std::string& text) {
                   "what stands behind the end changed the problem");
     }
     const std::string path = fileOf(text);
-    const bool isCompressed = text.size() >= 2 && text[0] == '\x1f' && text[1] == '\x8b';
+    const bool isCompressed = text.starts_with("\x1f\x8b") || text.starts_with("BZh");
     const std::size_t anyLine = std::numeric_limits<std::size_t>::max() - 1;
     const Reading ofFile =
         attempt(anyLine, [&] { return io::readModel(path, io::Format::Mps, Limits); });

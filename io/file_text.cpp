@@ -11,7 +11,9 @@
 #include <array>
 #include <cerrno>
 #include <memory>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "io/read_error.hpp"
 
@@ -47,44 +49,73 @@ void checkStream(gzFile stream, const std::string& path) {
     }
 }
 
-#ifdef ACTIVESET_HAS_BZIP2
-struct CloseBzip2 {
-    void operator()(bz_stream* stream) const noexcept {
-        static_cast<void>(BZ2_bzDecompressEnd(stream));
+/// Raises if so many bytes more are too many.
+void checkLength(std::size_t length, std::size_t more, const std::string& path, std::size_t limit) {
+    if (more > limit - length) {
+        throw ReadError(path, 0,
+                        "the text is longer than the " + std::to_string(limit) + " bytes allowed");
     }
+}
+
+#ifdef ACTIVESET_HAS_BZIP2
+/// Bytes in the format of bzip2, and the text that is read from them.
+class Bzip2 {
+public:
+    Bzip2(std::string& packed, const std::string& path, std::size_t limit)
+        : path_(path), limit_(limit), left_(packed.size()) {
+        state_.next_in = packed.data();
+    }
+
+    /// The text of all streams: parallel programs write one behind the other.
+    [[nodiscard]] std::string text() {
+        while (left_ + state_.avail_in > 0) {
+            if (BZ2_bzDecompressInit(&state_, 0, 0) != BZ_OK) {
+                throw ReadError(path_, 0, "out of memory");
+            }
+            const std::unique_ptr<bz_stream, End> stream(&state_);
+            readStream();
+        }
+        return std::move(text_);
+    }
+
+private:
+    struct End {
+        void operator()(bz_stream* stream) const noexcept {
+            static_cast<void>(BZ2_bzDecompressEnd(stream));
+        }
+    };
+
+    /// Appends the text of one stream.
+    void readStream() {
+        for (int status = BZ_OK; status != BZ_STREAM_END;) {
+            if (state_.avail_in == 0) {
+                state_.avail_in = static_cast<unsigned>(std::min(left_, block_.size()));
+                left_ -= state_.avail_in;
+            }
+            state_.next_out = block_.data();
+            state_.avail_out = static_cast<unsigned>(block_.size());
+            const bool isAtEnd = state_.avail_in == 0;
+            status = BZ2_bzDecompress(&state_);
+            const std::size_t count = block_.size() - state_.avail_out;
+            if ((status != BZ_OK && status != BZ_STREAM_END) || (isAtEnd && count == 0)) {
+                throw ReadError(path_, 0, status == BZ_MEM_ERROR ? "out of memory" : Damaged);
+            }
+            checkLength(text_.size(), count, path_, limit_);
+            text_.append(block_.data(), count);
+        }
+    }
+
+    const std::string& path_;
+    std::size_t limit_;
+    std::size_t left_;  ///< how many bytes the state has not been given
+    bz_stream state_{};
+    std::array<char, 1U << 16U> block_{};
+    std::string text_;
 };
 
 /// The text inside `packed`, the bytes of a file in the format of bzip2.
 std::string expanded(std::string& packed, const std::string& path, std::size_t limit) {
-    bz_stream state{};
-    if (BZ2_bzDecompressInit(&state, 0, 0) != BZ_OK) {
-        throw ReadError(path, 0, "out of memory");
-    }
-    const std::unique_ptr<bz_stream, CloseBzip2> stream(&state);
-    state.next_in = packed.data();
-    std::size_t left = packed.size();
-    std::string text;
-    std::array<char, 1U << 16U> block{};
-    for (int status = BZ_OK; status != BZ_STREAM_END;) {
-        if (state.avail_in == 0) {
-            state.avail_in = static_cast<unsigned>(std::min(left, block.size()));
-            left -= state.avail_in;
-        }
-        state.next_out = block.data();
-        state.avail_out = static_cast<unsigned>(block.size());
-        const bool isAtEnd = state.avail_in == 0;
-        status = BZ2_bzDecompress(&state);
-        const std::size_t count = block.size() - state.avail_out;
-        if ((status != BZ_OK && status != BZ_STREAM_END) || (isAtEnd && count == 0)) {
-            throw ReadError(path, 0, status == BZ_MEM_ERROR ? "out of memory" : Damaged);
-        }
-        if (count > limit - text.size()) {
-            throw ReadError(
-                path, 0, "the text is longer than the " + std::to_string(limit) + " bytes allowed");
-        }
-        text.append(block.data(), count);
-    }
-    return text;
+    return Bzip2(packed, path, limit).text();
 }
 #else
 std::string expanded(const std::string& /*packed*/,
@@ -93,6 +124,18 @@ std::string expanded(const std::string& /*packed*/,
     throw ReadError(path, 0, "compressed by bzip2, for which this tool was built without support");
 }
 #endif
+
+/// Whether the text begins, as far as it goes, like a file in the format of bzip2: with the letters
+/// BZh, a digit for the size of blocks, and the mark of a block or of the end.
+bool isBzip2(std::string_view text) {
+    constexpr std::string_view Block = "\x31\x41\x59\x26\x53\x59";
+    constexpr std::string_view End = "\x17\x72\x45\x38\x50\x90";
+    if (text.size() < 4 || !text.starts_with("BZh") || text[3] < '1' || text[3] > '9') {
+        return false;
+    }
+    const std::string_view mark = text.substr(4, Block.size());
+    return Block.starts_with(mark) || End.starts_with(mark);
+}
 
 /// The rest of `file`. The pointer is null if the file could not be opened.
 std::string textOf(const GzipFile& file, const std::string& path, std::size_t limit) {
@@ -106,14 +149,11 @@ std::string textOf(const GzipFile& file, const std::string& path, std::size_t li
         if (count <= 0) {
             break;
         }
-        if (static_cast<std::size_t>(count) > limit - text.size()) {
-            throw ReadError(
-                path, 0, "the text is longer than the " + std::to_string(limit) + " bytes allowed");
-        }
+        checkLength(text.size(), static_cast<std::size_t>(count), path, limit);
         text.append(block.data(), static_cast<std::size_t>(count));
     }
     checkStream(file.get(), path);
-    return text.starts_with("BZh") ? expanded(text, path, limit) : text;
+    return isBzip2(text) ? expanded(text, path, limit) : text;
 }
 
 }  // namespace

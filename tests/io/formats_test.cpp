@@ -106,10 +106,15 @@ TEST_F(Files, OfBzip2AreReadWhole) {
     }
     const std::string packed = path_ + ".bz2";
     EXPECT_EQ(readModel(packed).rowUpper, Numbers{5});
+    const auto half = "head -c 20 " + path_ + " | bzip2; tail -c +21 " + path_ + " | bzip2";
+    ASSERT_EQ(std::system(("(" + half + ") >" + packed).c_str()), 0);  // as parallel programs write
+    EXPECT_EQ(readModel(packed).rowUpper, Numbers{5});
     std::filesystem::resize_file(packed, std::filesystem::file_size(packed) / 2);
     EXPECT_EQ(errorFrom([&] { return readModel(packed); }),
               packed + ": the compressed data are damaged or incomplete");
     std::filesystem::remove(packed);
+    write("BZh is a name\n", "wT");
+    EXPECT_EQ(error(), ":1:1: expected a section from NAME to ENDATA, found 'BZh'");
 }
 
 TEST_F(Files, ThatCannotBeReadSayWhy) {
