@@ -127,11 +127,11 @@ ACTIVESET_C_API int activeset_problem_set_bounds(activeset_problem* problem,
  * linear penalty leaves a side hard; without linear ones the sides with a positive quadratic one
  * are soft. Linear penalties are from 0 up, quadratic ones, too, and finite; not both are 0. */
 typedef struct activeset_penalty {
-    size_t struct_size; /* sizeof this structure; set by its init function */
-    const double* lower_linear;
-    const double* upper_linear;
-    const double* lower_quadratic;
-    const double* upper_quadratic;
+    size_t struct_size;            /* sizeof this structure; set by its init function */
+    const double* lower_linear;    /* of sides missed from below, per unit */
+    const double* upper_linear;    /* of sides missed from above, per unit */
+    const double* lower_quadratic; /* of sides missed from below, per unit squared */
+    const double* upper_quadratic; /* of sides missed from above, per unit squared */
 } activeset_penalty;
 
 /* struct_size, and all sides hard. */
