@@ -1,4 +1,4 @@
-// Wraps the vectors of a problem in host arrays, calls the entry function, copies the results.
+// Calls the entry function with host arrays over the vectors of a problem, and copies the results.
 #include "cli/solve_problem.hpp"
 
 #include <algorithm>
@@ -11,11 +11,6 @@
 namespace activeset::cli {
 
 namespace {
-
-/// Null where the problem has no such rows.
-vxArray* wrapped(std::vector<double>& values, std::size_t rows, std::size_t columns) {
-    return rows == 0 ? nullptr : vxWrapDoubleMatrix(values.data(), rows, columns);
-}
 
 std::vector<double> copyOf(const vxArray* array) {
     const double* const values = vxGetDoubles(array);
@@ -48,11 +43,16 @@ SolveResult solveProblem(StrictProblem& problem, const SolverSettings& settings)
     vxArray* lower = nullptr;
     vxArray* upper = nullptr;
     vxArray* code = nullptr;
-    NullSpaceASdriver(wrapped(model.H, n, n), wrapped(model.c, n, 1), wrapped(rows.A, mIneq, n),
-                      wrapped(rows.b, mIneq, 1), wrapped(rows.Aeq, mEq, n),
-                      wrapped(rows.beq, mEq, 1), wrapped(model.lower, n, 1),
-                      wrapped(model.upper, n, 1), vxCreateDoubleMatrix(n, 1, vxComplexity::Real),
-                      nullptr, nullptr, nullptr, vxCreateDoubleScalar(result.maxIter),
+    const auto matrix = [n](std::vector<double>& values, std::size_t count) {
+        return vxWrapDoubleMatrix(values.data(), count, n);
+    };
+    const auto column = [](std::vector<double>& values) {
+        return vxWrapDoubleMatrix(values.data(), values.size(), 1);
+    };
+    NullSpaceASdriver(matrix(model.H, n), column(model.c), matrix(rows.A, mIneq), column(rows.b),
+                      matrix(rows.Aeq, mEq), column(rows.beq), column(model.lower),
+                      column(model.upper), vxCreateDoubleMatrix(n, 1, vxComplexity::Real), nullptr,
+                      nullptr, nullptr, vxCreateDoubleScalar(result.maxIter),
                       vxCreateDoubleScalar(settings.tolCon), vxCreateDoubleScalar(settings.tolFun),
                       vxCreateDoubleScalar(settings.tolX), vxCreateCharArray(settings.display), &x,
                       &objective, &lambda, &equalities, &inequalities, &lower, &upper, &code);

@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <list>
 #include <memory>
 #include <string>
@@ -12,6 +11,7 @@
 
 #include "activeset/activeset.h"
 #include "c_interface_data.hpp"
+#include "c_interface_room.hpp"
 #include "frontend_problem.hpp"
 #include "judge.hpp"
 #include "support/exact/judge.hpp"
@@ -30,8 +30,6 @@ struct Frees {
 };
 using ProblemHandle = std::unique_ptr<activeset_problem, Frees<activeset_problem_free>>;
 using SolverHandle = std::unique_ptr<activeset_solver, Frees<activeset_solver_free>>;
-
-constexpr std::uint8_t Canary = 0xA5;
 
 void succeed(int code) {
     require(code == ACTIVESET_OK, "a sound call has an error");
@@ -93,81 +91,6 @@ void misuse(activeset_problem* problem, Bytes& bytes) {
     }
 }
 
-/// A result with room for some of the arrays, perhaps from a program with a longer struct.
-class Room {
-public:
-    Room(std::size_t n, std::size_t m, Bytes& bytes)
-        : n_(n), m_(m), bytes_(sizeof(activeset_result) + 64, Canary) {
-        activeset_result fresh;
-        activeset_result_init(&fresh);
-        if (bytes.oneIn(4)) {
-            fresh.struct_size += 1 + bytes.below(64);
-        }
-        fresh.x = array(n, bytes);
-        fresh.y = array(m, bytes);
-        fresh.z = array(n, bytes);
-        fresh.farkas_y = array(m, bytes);
-        fresh.farkas_z = array(n, bytes);
-        fresh.direction = array(n, bytes);
-        fresh.row_sides = sides(m, bytes);
-        fresh.bound_sides = sides(n, bytes);
-        message_.assign(bytes.below(40), 'x');
-        fresh.message = message_.empty() ? nullptr : message_.data();
-        fresh.message_size = static_cast<std::int64_t>(message_.size());
-        std::memcpy(bytes_.data(), &fresh, sizeof fresh);
-    }
-
-    activeset_result* get() { return reinterpret_cast<activeset_result*>(bytes_.data()); }
-
-    void judge(const Result& expected) {
-        const activeset_result& r = *get();
-        require(std::all_of(bytes_.begin() + sizeof r, bytes_.end(),
-                            [](std::uint8_t byte) { return byte == Canary; }),
-                "members that this version does not have were written");
-        require(r.status == static_cast<std::int32_t>(expected.status), "another status");
-        isAs(r.x, expected.x, n_);
-        isAs(r.y, expected.y, m_);
-        isAs(r.z, expected.z, n_);
-        isAs(r.farkas_y, expected.farkas ? expected.farkas->y : std::vector<double>(), m_);
-        isAs(r.farkas_z, expected.farkas ? expected.farkas->z : std::vector<double>(), n_);
-        isAs(r.direction, expected.direction, n_);
-        require(expected.x.empty() || isSame(r.objective, expected.objective), "another objective");
-        require(r.message == nullptr ||
-                    std::memchr(r.message, 0, static_cast<std::size_t>(r.message_size)) != nullptr,
-                "a text without an end");
-        std::size_t held = 0;
-        for (std::size_t i = 0; r.row_sides != nullptr && i < m_; ++i) {
-            held += r.row_sides[i] != ACTIVESET_FREE ? 1U : 0U;
-        }
-        const WorkingSet& set = expected.workingSet;
-        require(r.row_sides == nullptr ||
-                    held == set.equalities.size() + set.rowsAtLower.size() + set.rowsAtUpper.size(),
-                "another working set");
-    }
-
-private:
-    double* array(std::size_t size, Bytes& bytes) {
-        return bytes.oneIn(5) ? nullptr : arrays_.emplace_back(size).data();
-    }
-    std::int8_t* sides(std::size_t size, Bytes& bytes) {
-        return bytes.oneIn(5) ? nullptr : sides_.emplace_back(size).data();
-    }
-    static void isAs(const double* written, const std::vector<double>& expected, std::size_t size) {
-        for (std::size_t i = 0; written != nullptr && i < size; ++i) {
-            require(
-                expected.size() == size ? isSame(written[i], expected[i]) : std::isnan(written[i]),
-                "other bits than the front end's");
-        }
-    }
-
-    std::size_t n_;
-    std::size_t m_;
-    std::vector<std::uint8_t> bytes_;
-    std::list<std::vector<double>> arrays_{};
-    std::list<std::vector<std::int8_t>> sides_{};
-    std::vector<char> message_{};
-};
-
 /// Whether the data suit the judge's absolute limits, and no side is so large that it is absent.
 bool isTame(const test::Sample& sample) {
     constexpr double Smallest = 1e-6;
@@ -205,7 +128,7 @@ void runSolve(const Data& data, Bytes& bytes) {
     require(count == static_cast<std::int64_t>(faultsOf(data.view).size()), "other faults");
 }
 
-/// The same replacements in both; on the way a callback that solves, which is refused.
+/// The same replacements in a sequence of C and in one of the front end.
 void runSequence(const Data& first, Style style, Bytes& bytes) {
     const ProblemHandle problem = problemOf(first);
     activeset_solver* made = nullptr;
@@ -233,67 +156,100 @@ void runSequence(const Data& first, Style style, Bytes& bytes) {
     }
 }
 
-void runBatch(const Data& data, Bytes& bytes) {
-    const std::size_t count = 1 + bytes.below(3);
-    if (data.H.leading > static_cast<std::int64_t>(data.n) || data.H.order != data.A.order ||
-        data.A.leading >
-            static_cast<std::int64_t>(data.A.order == ACTIVESET_COLUMN_MAJOR ? data.m : data.n) ||
-        (data.A.data == nullptr && data.m > 0)) {
-        return;  // a batch has one order and no gaps
-    }
-    std::vector<double> costs;
-    std::vector<Result> expected;
-    for (std::size_t k = 0; k < count; ++k) {
-        for (std::size_t j = 0; j < data.n; ++j) {
-            costs.push_back(data.c.empty() || k == 0 ? bytes.small() : data.c[j]);
+/// A batch whose problems have the matrices of one problem, each a copy of its own: with shared
+/// ones the last digits may differ. Costs differ.
+class Batch {
+public:
+    Batch(const Data& data, std::size_t count, Bytes& bytes)
+        : data_(data),
+          count_(count),
+          H_(repeated(data.H.data, data.n * data.n)),
+          A_(repeated(data.A.data, data.m * data.n)),
+          x_(count * data.n),
+          y_(count * data.m),
+          status_(count) {
+        for (std::size_t k = 0; k < count; ++k) {
+            for (std::size_t j = 0; j < data.n; ++j) {
+                costs_.push_back(data.c.empty() || k == 0 ? bytes.small() : data.c[j]);
+            }
         }
     }
-    // Each problem has its own matrices: with shared ones the last digits may differ.
-    const auto repeated = [&](const double* matrix, std::size_t size) {
+    /// A batch has one order of storage and no gaps.
+    static bool canHold(const Data& data) {
+        const bool isByColumn = data.A.order == ACTIVESET_COLUMN_MAJOR;
+        return data.H.leading <= static_cast<std::int64_t>(data.n) &&
+               data.H.order == data.A.order &&
+               data.A.leading <= static_cast<std::int64_t>(isByColumn ? data.m : data.n) &&
+               (data.A.data != nullptr || data.m == 0);
+    }
+    [[nodiscard]] bool isEmpty() const { return H_.empty() && A_.empty(); }
+
+    activeset_batch inC() {
+        activeset_batch batch;
+        activeset_batch_init(&batch);
+        batch.count = static_cast<std::int64_t>(count_);
+        batch.n = static_cast<std::int64_t>(data_.n);
+        batch.m = static_cast<std::int64_t>(data_.m);
+        batch.order = data_.H.order;
+        batch.H = H_.empty() ? nullptr : H_.data();
+        batch.H_stride = batch.n * batch.n;
+        batch.A = A_.empty() ? nullptr : A_.data();
+        batch.A_stride = batch.m * batch.n;
+        batch.c = costs_.data();
+        batch.c_stride = batch.n;
+        batch.row_lower = data_.rowLower.data();
+        batch.row_upper = data_.rowUpper.data();
+        batch.lower = data_.lower.data();
+        batch.upper = data_.upper.data();
+        batch.x = x_.data();
+        batch.y = y_.data();
+        batch.status = status_.data();
+        return batch;
+    }
+
+    /// Each problem has the bits that it has alone.
+    void judge() const {
+        for (std::size_t k = 0; k < count_; ++k) {
+            Problem one = data_.view;
+            one.start = {};
+            one.c = VectorView(costs_.data() + k * data_.n, data_.n);
+            const Result alone = activeset::solve(one);
+            require(status_[k] == static_cast<std::int32_t>(alone.status),
+                    "a batch has another status");
+            for (std::size_t j = 0; j < data_.n && alone.x.size() == data_.n; ++j) {
+                require(isSame(x_[k * data_.n + j], alone.x[j]), "a batch has other bits");
+            }
+        }
+    }
+
+private:
+    [[nodiscard]] std::vector<double> repeated(const double* matrix, std::size_t size) const {
         std::vector<double> copies;
-        for (std::size_t k = 0; k < count && matrix != nullptr; ++k) {
+        for (std::size_t k = 0; k < count_ && matrix != nullptr; ++k) {
             copies.insert(copies.end(), matrix, matrix + size);
         }
         return copies;
-    };
-    const std::vector<double> H = repeated(data.H.data, data.n * data.n);
-    const std::vector<double> A = repeated(data.A.data, data.m * data.n);
-    if (H.empty() && A.empty()) {
+    }
+
+    const Data& data_;
+    std::size_t count_;
+    std::vector<double> H_, A_, costs_{}, x_, y_;
+    std::vector<std::int32_t> status_;
+};
+
+void runBatch(const Data& data, Bytes& bytes) {
+    const std::size_t count = 1 + bytes.below(3);
+    if (!Batch::canHold(data)) {
         return;
     }
-    std::vector<double> x(count * data.n), y(count * data.m);
-    std::vector<std::int32_t> status(count);
-    activeset_batch batch;
-    activeset_batch_init(&batch);
-    batch.count = static_cast<std::int64_t>(count);
-    batch.n = static_cast<std::int64_t>(data.n);
-    batch.m = static_cast<std::int64_t>(data.m);
-    batch.order = data.H.order;
-    batch.threads = 1 + static_cast<std::int32_t>(bytes.below(2));
-    batch.H = H.empty() ? nullptr : H.data();
-    batch.H_stride = batch.n * batch.n;
-    batch.A = A.empty() ? nullptr : A.data();
-    batch.A_stride = batch.m * batch.n;
-    batch.c = costs.data();
-    batch.c_stride = batch.n;
-    batch.row_lower = data.rowLower.data();
-    batch.row_upper = data.rowUpper.data();
-    batch.lower = data.lower.data();
-    batch.upper = data.upper.data();
-    batch.x = x.data();
-    batch.y = y.data();
-    batch.status = status.data();
-    succeed(activeset_solve_batch(&batch, nullptr));
-    for (std::size_t k = 0; k < count; ++k) {
-        Problem one = data.view;
-        one.start = {};
-        one.c = VectorView(costs.data() + k * data.n, data.n);
-        const Result alone = activeset::solve(one);
-        require(status[k] == static_cast<std::int32_t>(alone.status), "a batch has another status");
-        for (std::size_t j = 0; j < data.n && alone.x.size() == data.n; ++j) {
-            require(isSame(x[k * data.n + j], alone.x[j]), "a batch has other bits");
-        }
+    Batch all(data, count, bytes);
+    if (all.isEmpty()) {
+        return;
     }
+    activeset_batch batch = all.inC();
+    batch.threads = 1 + static_cast<std::int32_t>(bytes.below(2));
+    succeed(activeset_solve_batch(&batch, nullptr));
+    all.judge();
     batch.threads = -1;
     refuse(activeset_solve_batch(&batch, nullptr));
 }

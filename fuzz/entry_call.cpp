@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 namespace activeset::fuzz {
 
@@ -100,6 +101,57 @@ Numbers decodeList(Bytes& bytes, const Numbers& limits) {
     return list;
 }
 
+/// Changes one element, or all of them, to at most `most`.
+void damageElements(std::span<double> values, std::size_t action, double most, Bytes& bytes) {
+    const std::size_t place = bytes.below(values.size());
+    const double factor = bytes.wild();
+    for (std::size_t k = 0; k < values.size(); ++k) {
+        if (action == 0) {
+            values[k] *= factor;
+        } else if (action == 1) {
+            values[k] = static_cast<double>(bytes.below(14));  // a list of any length
+        } else if (k == place) {
+            values[k] = action == 2   ? values[0]  // a repeated entry, which matters in a list
+                        : action == 3 ? values[k] + static_cast<double>(bytes.byte()) * 0x1p-40
+                                      : factor;
+        }
+        values[k] = std::min(values[k], most);
+    }
+}
+
+/// Makes an array null or empty, or gives it another shape, class or storage.
+void damageForm(AnyArray& array, std::size_t action, Bytes& bytes) {
+    // Numbers of rows of an array without elements. No host could provide a buffer for the last
+    // ones.
+    constexpr std::array<std::size_t, 6> Heights{
+        0, 1, 5, std::size_t{1} << 44U, std::size_t{1} << 63U, ~std::size_t{0}};
+    const vxArray* old = array.handle.get();
+    Form form{vxGetM(old), vxGetN(old), vxGetClass(old)};
+    if (action == 6) {
+        array.handle.reset();
+        return;
+    }
+    if (action == 7) {
+        const bool isFlat = bytes.oneIn(2);
+        const std::size_t height = Heights.at(bytes.below(Heights.size()));
+        array.handle.reset(
+            vxCreateDoubleMatrix(isFlat ? 0 : height, isFlat ? height : 0, vxComplexity::Real));
+        return;
+    }
+    if (action == 8) {
+        std::swap(form.rows, form.cols);
+    } else if (action == 9) {
+        form.rows = std::max<std::size_t>(form.rows + bytes.below(6), 2) - 2;
+        form.cols = std::max<std::size_t>(form.cols + bytes.below(4), 2) - 2;
+    } else if (action == 10) {
+        form.elementClass = static_cast<vxClass>(bytes.below(5));
+    } else {
+        form.elementClass = vxClass::Double;
+        form.storage = static_cast<Storage>(bytes.below(6));
+    }
+    array = inForm(old, form, bytes);
+}
+
 }  // namespace
 
 EntryCall decodeCall(Bytes& bytes) {
@@ -148,59 +200,21 @@ EntryArrays::EntryArrays(const EntryCall& call) : in(test::inputsOf(call.problem
 }
 
 void EntryArrays::damage(Bytes& bytes) {
-    // Numbers of rows of an array without elements. No host could provide a buffer for the last
-    // ones.
-    constexpr std::array<std::size_t, 6> Heights{
-        0, 1, 5, std::size_t{1} << 44U, std::size_t{1} << 63U, ~std::size_t{0}};
     const std::size_t which = bytes.below(in.size());
     AnyArray& array = owned_.at(which);
     vxArray* old = array.handle.get();
     if (old == nullptr || vxGetM(old) > Immense || vxGetN(old) > Immense) {
         return;
     }
-    Form form{vxGetM(old), vxGetN(old), vxGetClass(old)};
     const std::size_t action = bytes.below(12);
-    const std::size_t count = vxIsSparse(old) ? vxGetEntryCapacity(old) : form.rows * form.cols;
-    if (action < 6 && count > 0 && form.elementClass == vxClass::Double) {
-        double* values = vxGetDoubles(old);
-        const std::size_t place = bytes.below(count);
-        const double factor = bytes.wild();
-        for (std::size_t k = 0; k < count; ++k) {
-            if (action == 0) {
-                values[k] *= factor;
-            } else if (action == 1) {
-                values[k] = static_cast<double>(bytes.below(14));  // a list of any length
-            } else if (k == place) {
-                values[k] = action == 2   ? values[0]  // a repeated entry, which matters in a list
-                            : action == 3 ? values[k] + static_cast<double>(bytes.byte()) * 0x1p-40
-                                          : factor;
-            }
-            // A solve must end soon, and nothing else limits a path that cycles.
-            values[k] = which == test::Input::MaxIter ? std::min(values[k], 255.0) : values[k];
-        }
+    const std::size_t count = vxIsSparse(old) ? vxGetEntryCapacity(old) : vxGetM(old) * vxGetN(old);
+    if (action < 6 && count > 0 && vxGetClass(old) == vxClass::Double) {
+        // A solve must end soon, and nothing else limits a path that cycles.
+        const double most = which == test::Input::MaxIter ? 255.0 : test::Inf;
+        damageElements({vxGetDoubles(old), count}, action, most, bytes);
         return;
     }
-    if (action == 6) {
-        array.handle.reset();
-    } else if (action == 7) {
-        const bool isFlat = bytes.oneIn(2);
-        const std::size_t height = Heights.at(bytes.below(Heights.size()));
-        array.handle.reset(
-            vxCreateDoubleMatrix(isFlat ? 0 : height, isFlat ? height : 0, vxComplexity::Real));
-    } else {
-        if (action == 8) {
-            std::swap(form.rows, form.cols);
-        } else if (action == 9) {
-            form.rows = std::max<std::size_t>(form.rows + bytes.below(6), 2) - 2;
-            form.cols = std::max<std::size_t>(form.cols + bytes.below(4), 2) - 2;
-        } else if (action == 10) {
-            form.elementClass = static_cast<vxClass>(bytes.below(5));
-        } else {
-            form.elementClass = vxClass::Double;
-            form.storage = static_cast<Storage>(bytes.below(6));
-        }
-        array = inForm(old, form, bytes);
-    }
+    damageForm(array, action, bytes);
     in.at(which) = array.handle.get();
 }
 

@@ -1,3 +1,4 @@
+// Operations on matrices, each of them also done on a plain model.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,6 +10,7 @@
 #include "activeset/matrix.hpp"
 #include "benches.hpp"
 #include "judge.hpp"
+#include "matrix_model.hpp"
 
 namespace activeset::fuzz {
 
@@ -19,47 +21,6 @@ using Matrix = OPTMatrix<double>;
 constexpr const char* BadRow = "Index exceed number of row.";
 constexpr const char* BadColumn = "Index exceed number of columns.";
 constexpr const char* BadShape = "Incompatible dimensions for matrix assignment";
-
-/// The expected content of a matrix. Matrices that share storage share their cells.
-struct Model {
-    std::size_t rows = 0;
-    std::size_t cols = 0;
-    bool isPooled = false;
-    bool wrapsArray = false;  ///< over a caller's host array, or a copy of such a matrix
-    std::shared_ptr<std::vector<double>> cells =
-        std::make_shared<std::vector<double>>();  ///< column-major
-
-    [[nodiscard]] std::size_t size() const { return rows * cols; }
-    [[nodiscard]] bool hasShapeOf(const Model& other) const {
-        return rows == other.rows && cols == other.cols;
-    }
-    [[nodiscard]] double& at(std::size_t i, std::size_t j) const { return (*cells)[j * rows + i]; }
-    template <class Value>
-    void setAll(Value value) {
-        for (std::size_t j = 0; j < cols; ++j) {
-            for (std::size_t i = 0; i < rows; ++i) {
-                at(i, j) = value(i, j);
-            }
-        }
-    }
-};
-
-double zero(std::size_t /*i*/, std::size_t /*j*/) {
-    return 0.0;
-}
-
-template <class Value>
-Model modelOf(std::size_t rows, std::size_t cols, bool isPooled, Value value) {
-    Model model{.rows = rows, .cols = cols, .isPooled = isPooled};
-    model.cells->resize(rows * cols);
-    model.setAll(value);
-    return model;
-}
-
-struct Slot {
-    std::unique_ptr<Matrix> matrix = std::make_unique<Matrix>();
-    Model model{};
-};
 
 /// Six matrices, their scopes and arrays, and one operation after another.
 class MatrixBench {

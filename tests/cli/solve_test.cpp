@@ -48,72 +48,90 @@ TEST_F(Solving, PrintsTheTableAndTheSummary) {
     EXPECT_EQ(outcome.status, 0);
 }
 
-TEST_F(Solving, PassesTheOptionsOnAndReportsEveryOutcome) {
-    write("two", TwoSteps);
-    // min ½x² with x ≥ 1. Then x ≤ 1 and x ≥ 2, which is infeasible, and the same as equalities.
-    write("away", "ROWS\n N o\nCOLUMNS\n x o 0\nBOUNDS\n LO b x 1\nQUADOBJ\n x x 1\nENDATA\n");
-    write("empty", "NAME t FREE\nROWS\n N o\n L r\n G s\n" + TwoSides);
-    write("equal", "NAME t FREE\nROWS\n N o\n E r\n E s\n" + TwoSides);
-    // max 4x − x² + 1 has the value 5 at x = 2.
-    write("maximum",
-          "OBJSENSE MAX\nROWS\n N o\nCOLUMNS\n x o 4\nRHS\n b o -1\nQUADOBJ\n x x -2\nENDATA\n");
-    // max x without an upper bound. The working set is empty, so the solver takes one step and
-    // reports an optimum, but the gradient is as long as before.
-    write("unbounded", "ROWS\n N o\nCOLUMNS\n x o -1\nENDATA\n");
-    write("saddle", Saddle);
-    // The objective is 6 + 2 at x = 2, y = 1. One unit more of r brings 3, of e 2.
-    write("prices",
-          "OBJSENSE MAX\nROWS\n N o\n L r\n E e\nCOLUMNS\n x o 3 r 1\n y o 2 e 1\n"
-          "RHS\n b r 2 e 1\nENDATA\n");
-    const std::string longer = "'" + (Examples / "hs118.qps").string() + "'";
+/// Files with one outcome each.
+class Outcomes : public CommandLine {
+protected:
+    /// Arguments, a line of the output, the exit status.
     struct Case {
         std::string arguments;
         const char* line;
         int status;
     };
-    const std::vector<Case> cases{
-        {"- < two", "outcome          optimal", 0},
-        {longer + " --max-iter 9", "outcome          iteration limit", 1},
-        {longer + " --time-limit 0", "outcome          time limit", 1},
-        {"away", "objective        0.5", 0},
-        {"empty", "outcome          infeasible, proved by multipliers", 2},
-        {"equal", "outcome          infeasible, proved by multipliers", 2},
-        {"unbounded", "outcome          unbounded, proved by a ray", 3},
-        {"saddle", "outcome          not convex, proved by a direction with curvature -2.0e+00", 4},
-        {"empty --solution",
-         "contradiction: times these the constraints add up to 0 ≤ -1\n"
-         "multipliers other than 0\n  r: x ≤ 1  1\n  s: x ≥ 2  -1",
-         2},
-        {"equal --solution", "  r: x = 1  1\n  s: x = 2  -1", 2},
-        {"unbounded --solution",
-         "direction in which the objective falls without end, entries other than 0\n  x  1", 3},
-        {"saddle --solution",
-         "direction in which the problem is not convex, entries other than 0\n  x  1", 4},
-        {"maximum", "objective        5, a maximum", 0},
-        {"prices --solution",
-         "  x  2\n  y  1\nmultipliers other than 0\n  r: x ≤ 2  3\n  e: y = 1  2", 0},
-        {"two --display final --strict", " fstar: -6.5 Active: 1 Iterations: 3", 0},
-        {"two --max-iter 1 --strict", "outcome          iteration limit reached (0)", 1},
-        {"two --tol-x 10 --strict", "objective        8.5", 0},  // already optimal
-        {"away --strict", "objective        0.5", 0},
-        {"away --tol-con 1 --strict", "objective        0", 0},
-        {"empty --strict", "outcome          infeasible (-2)", 2},
-        {"empty --strict", "primal residual  5.0e-01", 2},  // halfway between 1 and 2
-        {"empty --max-iter 1 --strict",
-         "outcome          iteration limit reached before a feasible point was found (-2)", 1},
-        {"equal --strict", "outcome          equality constraints dependent and inconsistent (-3)",
-         2},
-        {"unbounded --strict", "outcome          optimal (1)", 5},
-        {"unbounded --strict", "dual residual    1.0e+00  (does not support the outcome)", 5},
-        {"maximum --strict", "objective        5, a maximum", 0}};
-    for (const Case& example : cases) {
-        const Outcome outcome = run("solve " + example.arguments);
-        EXPECT_THAT(outcome.out, ::testing::HasSubstr(std::string("\n") + example.line + "\n"));
-        EXPECT_EQ(outcome.status, example.status) << example.line;
-        const bool isWithout = (example.status >= 2 && example.status <= 4) ||
-                               outcome.out.find("before a feasible") != std::string::npos;
-        EXPECT_EQ(isWithout, outcome.out.find("\nobjective ") == std::string::npos);
+
+    void SetUp() override {
+        CommandLine::SetUp();
+        write("two", TwoSteps);
+        // min ½x² with x ≥ 1. Then x ≤ 1 and x ≥ 2, which is infeasible, and the same as
+        // equalities.
+        write("away", "ROWS\n N o\nCOLUMNS\n x o 0\nBOUNDS\n LO b x 1\nQUADOBJ\n x x 1\nENDATA\n");
+        write("empty", "NAME t FREE\nROWS\n N o\n L r\n G s\n" + TwoSides);
+        write("equal", "NAME t FREE\nROWS\n N o\n E r\n E s\n" + TwoSides);
+        // max 4x − x² + 1 has the value 5 at x = 2.
+        write("maximum",
+              "OBJSENSE MAX\nROWS\n N o\nCOLUMNS\n x o 4\nRHS\n b o -1\nQUADOBJ\n x x -2\n"
+              "ENDATA\n");
+        // max x without an upper bound. The working set is empty, so the strict core takes one step
+        // and reports an optimum, but the gradient is as long as before.
+        write("unbounded", "ROWS\n N o\nCOLUMNS\n x o -1\nENDATA\n");
+        write("saddle", Saddle);
+        // The objective is 6 + 2 at x = 2, y = 1. One unit more of r brings 3, of e 2.
+        write("prices",
+              "OBJSENSE MAX\nROWS\n N o\n L r\n E e\nCOLUMNS\n x o 3 r 1\n y o 2 e 1\n"
+              "RHS\n b r 2 e 1\nENDATA\n");
     }
+
+    void expect(const std::vector<Case>& cases) const {
+        for (const Case& example : cases) {
+            const Outcome outcome = run("solve " + example.arguments);
+            EXPECT_THAT(outcome.out, ::testing::HasSubstr(std::string("\n") + example.line + "\n"));
+            EXPECT_EQ(outcome.status, example.status) << example.line;
+            const bool isWithout = (example.status >= 2 && example.status <= 4) ||
+                                   outcome.out.find("before a feasible") != std::string::npos;
+            EXPECT_EQ(isWithout, outcome.out.find("\nobjective ") == std::string::npos);
+        }
+    }
+};
+
+TEST_F(Outcomes, OfTheFrontEndAreReportedWithTheirProofs) {
+    const std::string longer = "'" + (Examples / "hs118.qps").string() + "'";
+    expect({{"- < two", "outcome          optimal", 0},
+            {longer + " --max-iter 9", "outcome          iteration limit", 1},
+            {longer + " --time-limit 0", "outcome          time limit", 1},
+            {"away", "objective        0.5", 0},
+            {"empty", "outcome          infeasible, proved by multipliers", 2},
+            {"equal", "outcome          infeasible, proved by multipliers", 2},
+            {"unbounded", "outcome          unbounded, proved by a ray", 3},
+            {"saddle", "outcome          not convex, proved by a direction with curvature -2.0e+00",
+             4},
+            {"empty --solution",
+             "contradiction: times these the constraints add up to 0 ≤ -1\n"
+             "multipliers other than 0\n  r: x ≤ 1  1\n  s: x ≥ 2  -1",
+             2},
+            {"equal --solution", "  r: x = 1  1\n  s: x = 2  -1", 2},
+            {"unbounded --solution",
+             "direction in which the objective falls without end, entries other than 0\n  x  1", 3},
+            {"saddle --solution",
+             "direction in which the problem is not convex, entries other than 0\n  x  1", 4},
+            {"maximum", "objective        5, a maximum", 0},
+            {"prices --solution",
+             "  x  2\n  y  1\nmultipliers other than 0\n  r: x ≤ 2  3\n  e: y = 1  2", 0}});
+}
+
+TEST_F(Outcomes, OfTheStrictCoreAreReportedAndItsOptionsPassedOn) {
+    expect({{"two --display final --strict", " fstar: -6.5 Active: 1 Iterations: 3", 0},
+            {"two --max-iter 1 --strict", "outcome          iteration limit reached (0)", 1},
+            {"two --tol-x 10 --strict", "objective        8.5", 0},  // already optimal
+            {"away --strict", "objective        0.5", 0},
+            {"away --tol-con 1 --strict", "objective        0", 0},
+            {"empty --strict", "outcome          infeasible (-2)", 2},
+            {"empty --strict", "primal residual  5.0e-01", 2},  // halfway between 1 and 2
+            {"empty --max-iter 1 --strict",
+             "outcome          iteration limit reached before a feasible point was found (-2)", 1},
+            {"equal --strict",
+             "outcome          equality constraints dependent and inconsistent (-3)", 2},
+            {"unbounded --strict", "outcome          optimal (1)", 5},
+            {"unbounded --strict", "dual residual    1.0e+00  (does not support the outcome)", 5},
+            {"maximum --strict", "objective        5, a maximum", 0}});
 }
 
 TEST_F(Solving, TellsHowFarAContradictionReaches) {

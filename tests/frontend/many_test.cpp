@@ -93,9 +93,9 @@ TEST_F(ManyThreads, GiveTheBitsOfSerialSolvesWhateverFailsBesides) {
     }
 }
 
-// Chains of problems with the same matrices, then of problems of all kinds with faults in between.
+constexpr std::size_t Length = 8;  // of a chain
+
 TEST_F(ManyThreads, SolveChainsAsASolverDoes) {
-    constexpr std::size_t Length = 8;
     Samples all;
     for (unsigned k = 0; k < 52; ++k) {
         Sample next = k % Length == 0 ? randomSample(k, 15, false) : all.samples.back();
@@ -116,28 +116,38 @@ TEST_F(ManyThreads, SolveChainsAsASolverDoes) {
             all.problems[i].A = all.problems[first].A;
         }
     }
-    Samples faulty = mixture(100);
-    std::vector<Result> first;
     for (const unsigned threads : {1U, 2U, 8U}) {
         const std::vector<Result> results =
             solveMany(all.problems, {.threads = threads, .chain = Length});
         for (std::size_t i = 0; i < results.size(); ++i) {
             expectSameBits(results[i], expected[i]);
         }
-        const std::vector<Result> others = solveMany(
+    }
+}
+
+TEST_F(ManyThreads, ContinueChainsAfterFaultsAndErrors) {
+    const Samples faulty = mixture(100);
+    std::vector<Result> first;
+    for (const unsigned threads : {1U, 2U, 8U}) {
+        const std::vector<Result> results = solveMany(
             faulty.problems, {.each = RaisesForMarked, .threads = threads, .chain = Length});
-        first = first.empty() ? others : first;
-        for (std::size_t i = 0; i < others.size(); ++i) {
+        first = first.empty() ? results : first;
+        for (std::size_t i = 0; i < results.size(); ++i) {
             SCOPED_TRACE("problem " + std::to_string(i));
-            expectSameBits(others[i], first[i]);
+            expectSameBits(results[i], first[i]);
             // A start that is the solution needs no pass, so its callback never raises.
-            EXPECT_TRUE(others[i].status == solve(faulty.problems[i]).status ||
-                        (i % 9 == 4 && others[i].status == Status::Failed));
+            EXPECT_TRUE(results[i].status == solve(faulty.problems[i]).status ||
+                        (i % 9 == 4 && results[i].status == Status::Failed));
         }
     }
-    // A start of the wrong length is a fault of that problem only, even with shared matrices.
-    std::vector<Problem> shared(5, all.problems[0]);
-    const Numbers tooLong(all.samples[0].n + 1, 0.0);
+}
+
+TEST_F(ManyThreads, FindAStartOfTheWrongLengthAlsoWithSharedMatrices) {
+    Samples one;
+    one.add(randomSample(0, 15, false));
+    one.view();
+    std::vector<Problem> shared(5, one.problems[0]);
+    const Numbers tooLong(one.samples[0].n + 1, 0.0);
     for (const std::size_t wrong : {0U, 3U}) {
         shared[wrong].start = tooLong;
     }

@@ -15,79 +15,110 @@ namespace {
 class SmallKernels : public FreshState {};
 
 /// Everything that a solve computes with a set of kernels. n and m are no multiples of eight.
+class Computed {
+public:
+    explicit Computed(const frontend::SmallKernels& kernels) : kernels_(kernels) {
+        memory_.reshape({13, 21});
+        prepare();
+        computeImages();
+        computeSums();
+        computeProof();
+    }
+    [[nodiscard]] const Numbers& numbers() const { return all_; }
+
+private:
+    void add(std::initializer_list<double> numbers) {
+        all_.insert(all_.end(), numbers.begin(), numbers.end());
+    }
+    void add(const double* first, std::size_t count) {
+        all_.insert(all_.end(), first, first + count);
+    }
+    [[nodiscard]] frontend::SmallMatrix images() const {
+        return {memory_.images + shape_.head(), shape_.constraints(), shape_.cols(),
+                shape_.height() + shape_.head(), shape_.rows()};
+    }
+
+    void prepare() {
+        std::mt19937_64 bits(5);
+        std::normal_distribution<double> normal;
+        const auto random = [&] { return normal(bits); };
+        std::generate_n(memory_.data, shape_.height() * shape_.cols(), random);
+        for (std::size_t j = 0; j < shape_.cols(); ++j) {
+            memory_.data[j * shape_.height() + j] = 30.0;
+        }
+        for (double* array : {memory_.x, memory_.g, memory_.z}) {
+            std::generate_n(array, shape_.cols(), random);
+        }
+        std::fill_n(memory_.lower, shape_.constraints(), -1.0);
+        std::fill_n(memory_.inverseNorm, shape_.constraints(), 1.0);
+    }
+
+    void computeImages() {
+        EXPECT_TRUE(kernels_.factorise(
+            {memory_.data, memory_.images, shape_.head(), shape_.rows(), shape_.cols()}, 1e-12));
+        const frontend::SmallViolation worst = kernels_.price(
+            images(), memory_.z, memory_.lower, memory_.upper, memory_.inverseNorm, memory_.values);
+        add({worst.amount, static_cast<double>(worst.index)});
+        kernels_.inverseNorms(images(), 0.0, memory_.multipliers);
+        kernels_.multiplyTransposed(images(), memory_.values, memory_.r);
+        kernels_.multiplyAdd(images(), memory_.x, memory_.lower, memory_.highest);
+    }
+
+    void computeSums() {
+        const frontend::SmallMatrix data{memory_.data, shape_.height(), shape_.cols(),
+                                         shape_.height(), shape_.height()};
+        kernels_.exactProduct(data, memory_.x, memory_.products);
+        const Numbers members{3.0, 20.0, 0.0, 22.0, 13.0};
+        const frontend::SmallMatrix rows{memory_.data + shape_.head(), shape_.rows(), shape_.cols(),
+                                         shape_.height(), shape_.rows()};
+        kernels_.exactRows(rows, members.data(), memory_.values, members.size(), shape_.head(),
+                           memory_.pull);
+        kernels_.addRows(rows, members.data(), memory_.x, members.size(), shape_.head(), memory_.w);
+        kernels_.gather(0.7, images(), 7, 0, shape_.head(), memory_.p);
+        const frontend::SmallSum sum = kernels_.exactDot(memory_.x, memory_.g, shape_.head());
+        kernels_.addScaled(0.3, memory_.g, memory_.z, shape_.head());
+        kernels_.rotate(0.6, 0.8, memory_.g, memory_.z, shape_.head());
+        add({sum.value, sum.rest, sum.scale, kernels_.dot(memory_.x, memory_.z, shape_.head())});
+        for (const double* array : {memory_.values, memory_.multipliers, memory_.highest}) {
+            add(array, shape_.constraints());
+        }
+        for (const double* array : {memory_.r, memory_.g, memory_.z}) {
+            add(array, shape_.cols());
+        }
+    }
+
+    void computeProof() {
+        const std::size_t head = shape_.head();
+        const frontend::SmallGradient gradient{memory_.products, memory_.pull, memory_.g,
+                                               memory_.z,        memory_.x,    memory_.lower,
+                                               memory_.values};
+        kernels_.negativeGradient(gradient, head, memory_.residual);
+        const frontend::SmallGradientProof proof =
+            kernels_.weighGradient(gradient, {0.3, 0.6, 1e-3, 2.0, 1.0, 0.5, 3.0, Infinity}, head);
+        const frontend::SmallSum sides = kernels_.exactSides(memory_.x, memory_.g, memory_.z, head);
+        const auto& [value, rest, scale] = memory_.products;
+        const bool isMissed = kernels_.misses(value, rest, memory_.g, memory_.z, head, memory_.u);
+        const frontend::SmallStep step =
+            kernels_.moved(memory_.x, memory_.step, memory_.residual, head);
+        add({proof.absolute, proof.relative, proof.weight, proof.rest, proof.isSound ? 1.0 : 0.0,
+             sides.value, sides.rest, sides.scale, isMissed ? 1.0 : 0.0, step.length, step.size});
+        for (const double* array :
+             {memory_.residual, memory_.u, memory_.step, memory_.w, memory_.p}) {
+            add(array, head);
+        }
+        for (const double* sums : {value, rest, scale}) {
+            add(sums, shape_.height());
+        }
+    }
+
+    frontend::SmallKernels kernels_;
+    frontend::SmallMemory memory_;
+    const frontend::SmallShape& shape_ = memory_.shape;
+    Numbers all_;
+};
+
 Numbers computedWith(const frontend::SmallKernels& kernels) {
-    frontend::SmallMemory memory;
-    memory.reshape({13, 21});
-    const frontend::SmallShape& shape = memory.shape;
-    std::mt19937_64 bits(5);
-    std::normal_distribution<double> normal;
-    std::generate_n(memory.data, shape.height() * shape.cols(), [&] { return normal(bits); });
-    for (std::size_t j = 0; j < shape.cols(); ++j) {
-        memory.data[j * shape.height() + j] = 30.0;
-    }
-    for (double* array : {memory.x, memory.g, memory.z}) {
-        std::generate_n(array, shape.cols(), [&] { return normal(bits); });
-    }
-    std::fill_n(memory.lower, shape.constraints(), -1.0);
-    std::fill_n(memory.inverseNorm, shape.constraints(), 1.0);
-    EXPECT_TRUE(kernels.factorise(
-        {memory.data, memory.images, shape.head(), shape.rows(), shape.cols()}, 1e-12));
-    const std::size_t leading = shape.height() + shape.head();
-    const frontend::SmallMatrix images{memory.images + shape.head(), shape.constraints(),
-                                       shape.cols(), leading, shape.rows()};
-    const frontend::SmallViolation worst = kernels.price(
-        images, memory.z, memory.lower, memory.upper, memory.inverseNorm, memory.values);
-    kernels.inverseNorms(images, 0.0, memory.multipliers);
-    kernels.multiplyTransposed(images, memory.values, memory.r);
-    kernels.multiplyAdd(images, memory.x, memory.lower, memory.highest);
-    const frontend::SmallMatrix data{memory.data, shape.height(), shape.cols(), shape.height(),
-                                     shape.height()};
-    kernels.exactProduct(data, memory.x, memory.products);
-    const Numbers members{3.0, 20.0, 0.0, 22.0, 13.0};
-    const frontend::SmallMatrix rows{memory.data + shape.head(), shape.rows(), shape.cols(),
-                                     shape.height(), shape.rows()};
-    kernels.exactRows(rows, members.data(), memory.values, members.size(), shape.head(),
-                      memory.pull);
-    kernels.addRows(rows, members.data(), memory.x, members.size(), shape.head(), memory.w);
-    kernels.gather(0.7, images, 7, 0, shape.head(), memory.p);
-    const frontend::SmallSum sum = kernels.exactDot(memory.x, memory.g, shape.head());
-    kernels.addScaled(0.3, memory.g, memory.z, shape.head());
-    kernels.rotate(0.6, 0.8, memory.g, memory.z, shape.head());
-    Numbers all{worst.amount, static_cast<double>(worst.index),
-                sum.value,    sum.rest,
-                sum.scale,    kernels.dot(memory.x, memory.z, shape.head())};
-    const auto add = [&](const double* first, std::size_t count) {
-        all.insert(all.end(), first, first + count);
-    };
-    for (const double* array : {memory.values, memory.multipliers, memory.highest}) {
-        add(array, shape.constraints());
-    }
-    for (const double* array : {memory.r, memory.g, memory.z}) {
-        add(array, shape.cols());
-    }
-    const frontend::SmallGradient gradient{memory.products, memory.pull,  memory.g,     memory.z,
-                                           memory.x,        memory.lower, memory.values};
-    kernels.negativeGradient(gradient, shape.head(), memory.residual);
-    const frontend::SmallGradientProof proof = kernels.weighGradient(
-        gradient, {0.3, 0.6, 1e-3, 2.0, 1.0, 0.5, 3.0, Infinity}, shape.head());
-    const frontend::SmallSum sides = kernels.exactSides(memory.x, memory.g, memory.z, shape.head());
-    const bool isMissed = kernels.misses(memory.products.value, memory.products.rest, memory.g,
-                                         memory.z, shape.head(), memory.u);
-    const frontend::SmallStep step =
-        kernels.moved(memory.x, memory.step, memory.residual, shape.head());
-    for (const double value :
-         {proof.absolute, proof.relative, proof.weight, proof.rest, proof.isSound ? 1.0 : 0.0,
-          sides.value, sides.rest, sides.scale, isMissed ? 1.0 : 0.0, step.length, step.size}) {
-        all.push_back(value);
-    }
-    for (const double* array : {memory.residual, memory.u, memory.step, memory.w, memory.p}) {
-        add(array, shape.head());
-    }
-    for (const double* sums :
-         {memory.products.value, memory.products.rest, memory.products.scale}) {
-        add(sums, shape.height());
-    }
-    return all;
+    return Computed(kernels).numbers();
 }
 
 /// One side is wrong, in each place of a group of eight.

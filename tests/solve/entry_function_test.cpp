@@ -55,70 +55,62 @@ struct Mistake {
     std::string text;
 };
 
-std::vector<Mistake> mistakes() {
-    const auto put = [](size_t place, auto make) {
-        return [place, make](Inputs& in) { in[place] = make(); };
-    };
+using Change = std::function<void(Inputs&)>;
+
+Change toNull(size_t place) {
+    return [=](Inputs& in) { in[place] = nullptr; };
+}
+Change toColumn(size_t place, const Numbers& numbers) {
+    return [=](Inputs& in) { in[place] = column(numbers); };
+}
+Change toArray(size_t place, const Rows& rows) {
+    return [=](Inputs& in) { in[place] = array(rows, 0); };
+}
+
+std::vector<Mistake> mistakesOfShape() {
     const std::string assertion = AssertionIdentifier;
+    const std::string objective = "Size mismatch in QP problem setup.";
+    const std::string inequalities = "Size mismatch in inequality constraints.";
+    const std::string equalities = "Size mismatch in equality constraints.";
     const std::string fault = MatrixFault;
     const std::string product = "Incompatible dimensions for matrix multiplication";
     const std::string row = "Index exceed number of row.";
-    return {{"H empty", put(Input::H, [] { return array({}, 0); }), assertion,
-             "Size mismatch in QP problem setup."},
-            {"H null", put(Input::H, [] { return nullptr; }), assertion,
-             "Size mismatch in QP problem setup."},
-            {"c too long",
-             put(Input::c,
-                 [] {
-                     return column({1, 2, 3});
-                 }),
-             assertion, "Size mismatch in QP problem setup."},
-            {"H not square",
-             put(Input::H,
-                 [] {
-                     return array({{1, 0}, {0, 1}, {0, 0}});
-                 }),
-             fault, product},
-            {"b too short", put(Input::b, [] { return column({}); }), assertion,
-             "Size mismatch in inequality constraints."},
-            {"A null", put(Input::A, [] { return nullptr; }), assertion,
-             "Size mismatch in inequality constraints."},
-            {"beq without Aeq", put(Input::beq, [] { return column({1}); }), assertion,
-             "Size mismatch in equality constraints."},
-            {"lb too short", put(Input::lb, [] { return column({0}); }), fault, row},
-            {"ub null", put(Input::ub, [] { return nullptr; }), fault, row},
-            {"A too wide",
-             put(Input::A,
-                 [] {
-                     return array({{1, 1, 1}});
-                 }),
-             fault, product},
-            {"x0 too short", put(Input::x0, [] { return column({1}); }), fault, product},
-            {"x0 a row",
-             put(Input::x0,
-                 [] {
-                     return array({{0, 0}});
-                 }),
-             fault, product},
-            {"x0 null", put(Input::x0, [] { return nullptr; }), fault, product},
-            {"unknown inequality", put(Input::Wineq, [] { return column({2}); }), fault, row},
-            {"Wineq too long",
-             put(Input::Wineq,
-                 [] {
-                     return column({1, 1});
-                 }),
+    return {{"H empty", toArray(Input::H, {}), assertion, objective},
+            {"H null", toNull(Input::H), assertion, objective},
+            {"c too long", toColumn(Input::c, {1, 2, 3}), assertion, objective},
+            {"H not square", toArray(Input::H, {{1, 0}, {0, 1}, {0, 0}}), fault, product},
+            {"b too short", toColumn(Input::b, {}), assertion, inequalities},
+            {"A null", toNull(Input::A), assertion, inequalities},
+            {"beq without Aeq", toColumn(Input::beq, {1}), assertion, equalities},
+            {"lb too short", toColumn(Input::lb, {0}), fault, row},
+            {"ub null", toNull(Input::ub), fault, row},
+            {"A too wide", toArray(Input::A, {{1, 1, 1}}), fault, product},
+            {"x0 too short", toColumn(Input::x0, {1}), fault, product},
+            {"x0 a row", toArray(Input::x0, {{0, 0}}), fault, product},
+            {"x0 null", toNull(Input::x0), fault, product}};
+}
+
+std::vector<Mistake> mistakesInLists() {
+    const auto oneBound = [](Inputs& in) {
+        in[Input::lb] = column({0, -Inf});
+        in[Input::Wlower] = column({1, 1});
+    };
+    return {{"unknown inequality", toColumn(Input::Wineq, {2}), MatrixFault,
+             "Index exceed number of row."},
+            {"Wineq too long", toColumn(Input::Wineq, {1, 1}),
              "optim:activesetqp:ActiveInequalitySizeError",
              "Length of active inequality vector must be less than inequality vector."},
-            {"Wlower too long",
-             [](Inputs& in) {
-                 in[Input::lb] = column({0, -Inf});
-                 in[Input::Wlower] = column({1, 1});
-             },
-             "optim:activesetqp:ActiveLowerBoundSizeError",
+            {"Wlower too long", oneBound, "optim:activesetqp:ActiveLowerBoundSizeError",
              "Length of active lower bound vector must be less than lower bound vector."},
-            {"Wupper too long", put(Input::Wupper, [] { return column({1}); }),
+            {"Wupper too long", toColumn(Input::Wupper, {1}),
              "optim:activesetqp:ActiveUpperBoundSizeError",
              "Length of active upper bound vector must be less than upper bound vector."}};
+}
+
+std::vector<Mistake> mistakes() {
+    std::vector<Mistake> all = mistakesOfShape();
+    std::ranges::move(mistakesInLists(), std::back_inserter(all));
+    return all;
 }
 
 TEST_F(EntryFunction, MistakesAreRaisedAndLeaveNoTrace) {

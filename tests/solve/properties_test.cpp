@@ -6,6 +6,7 @@
 
 #include "solve/examples.hpp"
 #include "solve/optimality.hpp"
+#include "solve/proven_violation.hpp"
 #include "solve/recorder.hpp"
 #include "support/any_problem.hpp"
 #include "support/fixture.hpp"
@@ -124,14 +125,6 @@ private:
     // Strict convexity makes these conditions a proof.
     void judgeOptimum() {
         const size_t n = problem_.n();
-        // With a feasible start no constraint is violated; otherwise the violation may be up to
-        // TolCon.
-        bool isStartFeasible = problem_.Wineq.empty() && problem_.Wlower.empty() &&
-                               problem_.Wupper.empty() && !hasPhaseOneRun_;
-        for (const RowConstraint& constraint : all_) {
-            const double residual = dot(constraint.row, problem_.x0) - constraint.rhs;
-            isStartFeasible &= constraint.isEquality || residual <= 0.0;
-        }
         Numbers gradient = problem_.c;
         double terms = largest(gradient);
         double curvature = 0.0;
@@ -139,41 +132,65 @@ private:
             gradient[i] += dot(problem_.H[i], result_.x);
             curvature += largest(problem_.H[i]);
         }
+        const bool isStartFeasible = startIsFeasible();
         size_t active = 0;
         for (const RowConstraint& constraint : all_) {
-            const double residual = dot(constraint.row, result_.x) - constraint.rhs;
             const double multiplier = result_.lambda.at(constraint.number);
             for (size_t j = 0; j < n; ++j) {
                 gradient[j] += multiplier * constraint.row[j];
             }
             terms += largest(constraint.row) * std::abs(multiplier);
-            const double tolerance = rounding(constraint);
-            if (constraint.isEquality) {
-                require(std::abs(residual) <= tolerance, "equality missed");
-            } else {
-                require(residual <= limits_.tolCon + tolerance, "violated");
-                require(multiplier >= 0.0, "negative multiplier");
-            }
+            judgeSide(constraint, multiplier);
             if (isInWorkingSet(constraint)) {
                 ++active;
-                require(std::abs(residual) <=
-                            (isStartFeasible ? 0.0 : limits_.tolCon) + passes_ * tolerance,
-                        "in the working set, but not active");
+                judgeMember(constraint, isStartFeasible);
             } else {
                 require(multiplier == 0.0, "multiplier outside the working set");
             }
         }
-        size_t listed = 0;
-        for (const Numbers& list : result_.lists) {
-            listed += list.size();
-        }
-        require(listed <= n, "more active than variables");
-        require(listed == active || canHoldDependentRows(), "active twice, or does not exist");
-        require(result_.lists[0].size() == any_.rank, "number of equalities kept");
+        judgeLists(active);
         // The solver does not follow a direction shorter than TolX.
         require(largest(gradient) <=
                     rounding() * (terms + curvature * reach_) + curvature * limits_.tolX,
                 "gradient not balanced");
+    }
+
+    /// Whether no step before the loop has moved the start, and it satisfies the inequalities.
+    [[nodiscard]] bool startIsFeasible() const {
+        return problem_.Wineq.empty() && problem_.Wlower.empty() && problem_.Wupper.empty() &&
+               !hasPhaseOneRun_ && std::ranges::all_of(all_, [&](const RowConstraint& constraint) {
+                   return constraint.isEquality ||
+                          dot(constraint.row, problem_.x0) - constraint.rhs <= 0.0;
+               });
+    }
+
+    void judgeSide(const RowConstraint& constraint, double multiplier) {
+        const double residual = dot(constraint.row, result_.x) - constraint.rhs;
+        const double tolerance = rounding(constraint);
+        if (constraint.isEquality) {
+            require(std::abs(residual) <= tolerance, "equality missed");
+        } else {
+            require(residual <= limits_.tolCon + tolerance, "violated");
+            require(multiplier >= 0.0, "negative multiplier");
+        }
+    }
+
+    // A start that is infeasible, or that the lists have moved, may keep a violation up to TolCon.
+    void judgeMember(const RowConstraint& constraint, bool isStartFeasible) {
+        const double residual = dot(constraint.row, result_.x) - constraint.rhs;
+        require(std::abs(residual) <=
+                    (isStartFeasible ? 0.0 : limits_.tolCon) + passes_ * rounding(constraint),
+                "in the working set, but not active");
+    }
+
+    void judgeLists(size_t active) {
+        size_t listed = 0;
+        for (const Numbers& list : result_.lists) {
+            listed += list.size();
+        }
+        require(listed <= problem_.n(), "more active than variables");
+        require(listed == active || canHoldDependentRows(), "active twice, or does not exist");
+        require(result_.lists[0].size() == any_.rank, "number of equalities kept");
     }
 
     // Contradictory multipliers must prove that the problem is infeasible by more than TolCon. This
