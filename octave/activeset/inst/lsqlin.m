@@ -13,16 +13,22 @@ function [x, resnorm, residual, exitflag, output, lambda] = lsqlin (C, d, A = []
   if (nargin < 2)
     print_usage ();
   endif
-  d = d(:);
+  C = as_number (C, "C");
+  d = as_number (d, "d")(:);
   if (rows (C) != numel (d))
     error ("Octave:nonconformant-args", "lsqlin: C has %d rows, d %d entries", rows (C), numel (d));
   endif
-  C = full (double (C));
-  R = C;  e = double (d);
+  if (! all (isfinite (C)(:)) || ! all (isfinite (d)))
+    error ("activeset: C and d must be finite");
+  endif
+  R = C;  e = d;
   if (rows (C) > columns (C))
     [Q, R] = qr (C, 0);
     e = Q' * e;
   endif
+  A = as_number (A, "A");      b = as_number (b, "b");
+  Aeq = as_number (Aeq, "Aeq");  beq = as_number (beq, "beq");
+  lb = as_number (lb, "lb");    ub = as_number (ub, "ub");
   [r, m] = as_solve (R'*R, -R'*e, A, b, Aeq, beq, lb, ub, x0, options);
   if (strcmp (r.status, "optimal"))
     r.x = refit (R, e, r, A, b, Aeq, beq, lb, ub);
@@ -121,5 +127,8 @@ endfunction
 %! [~, ~, ~, flag] = lsqlin (eye (2), [1; 1], [1 1; -1 -1], [0; -1]);
 %! assert (flag, -2);
 
+%!assert (lsqlin (int8 (eye (2)), single ([1; 2]), int8 ([1 1]), 1), [0; 1], 1e-12)
+%!error <C and d must be finite> lsqlin (eye (2), [1; NaN])
+%!error <C must be real> lsqlin (eye (2) * i, [1; 2])
 %!error <C has 2 rows, d 3 entries> lsqlin (eye (2), 1:3)
 %!error <b has 0 entries> lsqlin (eye (2), 1:2, [1 1])

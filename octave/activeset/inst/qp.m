@@ -26,16 +26,21 @@ function [x, obj, info, lambda] = qp (x0, H, varargin)
     print_usage ();
   endif
   varargin(end+1:8) = {[]};
+  names = {"q", "A", "b", "lb", "ub", "A_lb", "A_in", "A_ub"};
+  varargin = cellfun (@as_number, varargin, names, "UniformOutput", false);
   [q, A, b, lb, ub, A_lb, A_in, A_ub] = varargin{:};
+  H = as_number (H, "H");
+  x0 = as_number (x0, "x0");
   n = max ([rows(H), numel(x0), numel(q)]);
   if (isempty (A_in))
-    A_lb = A_ub = [];
+    A_in = A_lb = A_ub = [];
   endif
   lb = filled (lb, n, -Inf, "lb");
   ub = filled (ub, n, Inf, "ub");
   A_lb = filled (A_lb, rows (A_in), -Inf, "A_lb");
   A_ub = filled (A_ub, rows (A_in), Inf, "A_ub");
-  equalities = numel (b);
+  equalities = as_rows ("A", "b", A, b, n);
+  as_rows ("A_in", "A_lb", A_in, A_lb, n);
   r = __activeset__ (n, equalities + rows (A_in), H, q(:), joined (A, A_in), [b(:); A_lb], [b(:); A_ub], ...
                      lb, ub, x0, as_options (options), ...
                      {equalities, "q", "A", "b", "b", "A_in", "A_lb", "A_ub"});
@@ -55,7 +60,7 @@ function v = filled (v, n, absent, name)
   elseif (numel (v) != n)
     error ("Octave:nonconformant-args", "qp: %s has %d entries, expected %d", name, numel (v), n);
   endif
-  v = double (v(:));
+  v = v(:);
 endfunction
 
 function both = joined (A, B)
@@ -142,4 +147,8 @@ endfunction
 %!error qp ([0; 0])
 %!error qp ([0; 0], eye (2), [1; 1], [1 1])
 %!error <^activeset: A_ub\(2\) = nan> qp ([], eye (2), [1; 1], 1:2, 3, [], [], [1 1], eye (2), [2 NaN])
+%!assert (qp ([], eye (2), [0; 0], int8 ([1 1]), 1, [], [], 0.75, [1 0.5], 2), [0.5; 0.5], 1e-14)
+%!assert (qp ([], eye (2), [0; 0], [1 1], int8 (1), [], [], 0.875, [1 0.5], 2), [0.75; 0.25], 1e-14)
+%!error <A_in has 3 columns, expected 2> qp ([], eye (2), [1; 1], [1 1], 1, [], [], 0, 1:3, 1)
+%!error <b has 1 entries, expected 0> qp ([], eye (2), [1; 1], [], 1)
 %!error <lb has 3 entries, expected 2> qp ([], eye (2), [1; 1], [], [], 1:3, [])

@@ -7,11 +7,15 @@
 ## Arguments after @var{f} may be left out or @code{[]}. @var{H} may be @code{[]} for a linear program,
 ## @var{f} for zeros. @var{problem} is a struct with fields of these names, except that A and b are called Aineq
 ## and bineq. @var{options} is a struct from @code{optimset}, of which @code{MaxIter}, @code{OptimalityTolerance}
-## (relative, default 1e-9) and @code{MaxTime} (seconds) are used.
+## (relative, default 1e-9) and @code{MaxTime} (seconds) are used. Logical, integer, single and sparse parts are
+## turned into full matrices of doubles first.
 ##
 ## @var{exitflag} is 1 for an optimum, 0 at the limit of iterations, -1 at the limit of time or after an interrupt,
 ## -2 if the problem is infeasible, -3 if it is unbounded, -6 if it is not convex, -8 if no answer was accurate
-## enough. 1, -2, -3 and -6 are proved. @var{lambda} has the multipliers @code{ineqlin},
+## enough. 1, -2, -3 and -6 are proved: if it is -2, @code{output.farkas} has nonnegative weights with which the
+## constraints contradict one another (free ones for @code{eqlin}), in the fields of @var{lambda}; if it is -3 or -6,
+## @code{output.direction} is the direction in which the objective falls for ever, or has negative curvature.
+## @var{fval} is NaN if there is no optimum to speak of, that is for -2 and -6. @var{lambda} has the multipliers @code{ineqlin},
 ## @code{eqlin}, @code{lower} and @code{upper}:
 ## @code{H*x + f + A'*ineqlin + Aeq'*eqlin - lower + upper = 0}.
 ## @seealso{lsqlin, qp}
@@ -21,24 +25,32 @@ function [x, fval, exitflag, output, lambda] = quadprog (H, f = [], A = [], b = 
     print_usage ();
   endif
   if (isstruct (H))
-    p = H;
-    part = @(name) getfield (setfield (struct (name, []), name, get_or_empty (p, name)), name);
-    [x, fval, exitflag, output, lambda] = quadprog (part ("H"), part ("f"), part ("Aineq"), part ("bineq"), ...
-                                                    part ("Aeq"), part ("beq"), part ("lb"), part ("ub"), ...
-                                                    part ("x0"), part ("options"));
+    parts = parts_of (H);
+    [x, fval, exitflag, output, lambda] = quadprog (parts{:});
     return;
   endif
-  [r, rows] = as_solve (H, f(:), A, b, Aeq, beq, lb, ub, x0, options);
+  [r, rows] = as_solve (H, f, A, b, Aeq, beq, lb, ub, x0, options);
   x = r.x;
   fval = r.obj;
+  if (any (strcmp (r.status, {"infeasible", "not convex"})))
+    fval = NaN;
+  endif
   [exitflag, output, lambda] = as_answer (r, rows);
 endfunction
 
-function value = get_or_empty (p, name)
-  value = [];
-  if (isfield (p, name))
-    value = p.(name);
+## The arguments that are the fields of a struct. A field of another name is an error: its data would be missed.
+function parts = parts_of (p)
+  names = {"H", "f", "Aineq", "bineq", "Aeq", "beq", "lb", "ub", "x0", "options"};
+  if (! isscalar (p))
+    error ("activeset: the problem must be one struct");
   endif
+  unknown = setdiff (fieldnames (p), [names, {"solver"}]);
+  if (! isempty (unknown))
+    error ("activeset: a problem has no field %s; its fields are %s", unknown{1}, strjoin (names, ", "));
+  endif
+  parts = cell (1, numel (names));
+  given = isfield (p, names);
+  parts(given) = cellfun (@(name) p.(name), names(given), "UniformOutput", false);
 endfunction
 
 %!test <*hand arithmetic>
@@ -65,6 +77,23 @@ endfunction
 %! ## A struct, integers, sparse matrices, and one bound for all variables.
 %! p = struct ("H", speye (3), "f", int8 ([-5; 0; 5]), "lb", -1, "ub", 1);
 %! assert (quadprog (p), [1; 0; -1]);
+
+%!test
+%! ## Integers beside doubles and singles round nothing.
+%! H = eye (2);  f = [500; 0];
+%! assert (quadprog (H, f, [1 0], 600, [0 1], int8 (1)), [-500; 1]);
+%! assert (quadprog (H, f, int8 ([1 0]), -600, [0 0.5], single (1)), [-600; 2]);
+
+%!test
+%! ## The weights of an infeasible problem contradict: A'*ineqlin - lower + upper = 0, and their sides add up to less than 0.
+%! [~, fval, flag, out] = quadprog (eye (2), [1; 1], [1 1], -1, [], [], 0);
+%! w = out.farkas;
+%! assert (flag, -2);
+%! assert (fval, NaN);
+%! assert ([1; 1] * w.ineqlin - w.lower + w.upper, [0; 0], 1e-14);
+%! assert (w.ineqlin > 0 && all ([w.lower; w.upper] >= 0));
+%! [~, ~, ~, out] = quadprog ([], [1; -1], [], [], [], [], [0; 0]);
+%! assert (out.direction / norm (out.direction), [0; 1], 1e-9);
 
 %!test
 %! ## A linear program, and the flags of problems without a solution.
@@ -100,6 +129,14 @@ endfunction
 %!error <Aeq\(1,2\) = inf> quadprog (eye (2), [1; 1], [1 1], 1, [1 Inf], 1)
 %!error <A has 3 columns, expected 2> quadprog (eye (2), [1; 1], [1 2 3], 1)
 %!error <b has 2 entries, expected 1> quadprog (eye (2), [1; 1], [1 2], [1 1])
+%!error <^activeset: H is not symmetric: H\(1,2\) = 2, H\(2,1\) = 3> quadprog ([1 2; 3 4], [1; 1])
+%!error <lb\(1\) = 3 is above ub\(1\) = 1> quadprog (1, 1, [], [], [], [], 3, 1)
+%!error <and 10 more$> quadprog (diag (NaN (20, 1)), ones (20, 1))
+%!error <b must be numeric> quadprog (1, 1, 1, "a")
+%!error <no field A; its fields are H, f, Aineq> quadprog (struct ("H", 1, "A", 1, "b", 1))
+%!error <MaxIter must be a whole number from 1 up> quadprog (1, 1, [], [], [], [], [], [], [], struct ("MaxIter", 0))
+%!error <options must be a struct> quadprog (1, 1, [], [], [], [], [], [], [], 7)
+%!error <H must have two dimensions> quadprog (ones (2, 2, 2), [1; 1])
 %!error <H is 3x3> quadprog (eye (3), [1; 1])
 %!error <must be real> quadprog (eye (2), [1; i])
 %!error <must be numeric> quadprog ({1}, 1)

@@ -6,8 +6,8 @@
 #include <octave/quit.h>
 #include <signal.h>
 
-#include <algorithm>
 #include <memory>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -97,7 +97,7 @@ private:
 struct Output {
     ColumnVector x, y, z, farkasY, farkasZ, direction;
     std::vector<std::int8_t> rowSides, boundSides;
-    char message[512] = "";
+    char message[4096] = "";  // ten faults
     activeset_result result;
 
     Output(octave_idx_type n, octave_idx_type m)
@@ -135,7 +135,8 @@ activeset_options optionsOf(const octave_scalar_map& given) {
     activeset_options options;
     activeset_options_init(&options);
     if (given.isfield("max_iterations")) {
-        options.max_iterations = given.getfield("max_iterations").int64_value();
+        const double limit = given.getfield("max_iterations").double_value();
+        options.max_iterations = limit < 9e15 ? static_cast<std::int64_t>(limit) : 0;
     }
     if (given.isfield("tolerance")) {
         options.tolerance = given.getfield("tolerance").double_value();
@@ -146,43 +147,35 @@ activeset_options optionsOf(const octave_scalar_map& given) {
     return options;
 }
 
-// The caller's name of an entry. `names` has the number of rows of the first matrix and the name of
-// c, then the names of matrix, lower sides and upper sides for both matrices.
-std::string labelOf(const activeset_fault& fault, const Cell& names) {
-    const std::string name = fault.name;
-    const std::int64_t first = names(0).int64_value();
-    const bool isMatrix = name == "H" || name == "A";
+// The caller's name of an entry, counted from 1, for one such as rowUpper(3). `names` has the number
+// of rows of the first matrix and the name of c, then the names of matrix, lower sides and upper
+// sides for both matrices.
+std::string labelOf(const std::string& name, long row, const std::string& col, const Cell& names) {
+    const long first = names(0).long_value();
     const int part = name == "A" ? 2 : name == "rowLower" ? 3 : name == "rowUpper" ? 4 : 0;
-    const bool isSecond = part != 0 && fault.row >= first;
+    const bool isSecond = part != 0 && row >= first;
     const std::string own = part != 0         ? names(isSecond ? part + 3 : part).string_value()
                             : name == "c"     ? names(1).string_value()
                             : name == "lower" ? "lb"
                             : name == "upper" ? "ub"
                             : name == "start" ? "x0"
                                               : name;
-    return own + "(" + std::to_string(fault.row + 1 - (isSecond ? first : 0)) +
-           (isMatrix ? "," + std::to_string(fault.col + 1) : "") + ")";
+    return own + "(" + std::to_string(row + 1 - (isSecond ? first : 0)) +
+           (col.empty() ? "" : "," + std::to_string(std::stol(col) + 1)) + ")";
 }
 
-// The faults in the data, one per line, in the caller's names and counted from 1.
-std::string faultsOf(const activeset_problem* problem, const char* message, const Cell& names) {
-    std::vector<activeset_fault> faults(10);
-    for (activeset_fault& fault : faults) {
-        fault.struct_size = sizeof fault;
-    }
-    std::int64_t count = 0;
-    const auto capacity = static_cast<std::int64_t>(faults.size());
-    require(activeset_faults(problem, faults.data(), capacity, &count));
+// The text of the faults in the data with the caller's names for all entries.
+std::string renamed(const std::string& message, const Cell& names) {
+    static const std::regex entry(
+        R"(\b(H|c|A|rowLower|rowUpper|lower|upper|start)\((\d+)(, (\d+))?\))");
     std::string text;
-    for (std::int64_t i = 0; i < std::min(count, capacity); ++i) {
-        const std::string told = faults[i].text;
-        const std::size_t end = told.find(')');
-        const bool isLabelled =
-            told.rfind(std::string(faults[i].name) + "(", 0) == 0 && end != std::string::npos;
-        text += (i == 0 ? "" : "\n") +
-                (isLabelled ? labelOf(faults[i], names) + told.substr(end + 1) : told);
+    auto rest = message.begin();
+    for (std::sregex_iterator at(message.begin(), message.end(), entry), end; at != end; ++at) {
+        text.append(rest, (*at)[0].first);
+        text += labelOf((*at)[1], std::stol((*at)[2]), (*at)[4], names);
+        rest = (*at)[0].second;
     }
-    return text.empty() ? message : text;
+    return text.append(rest, message.end());
 }
 
 octave_scalar_map mapOf(const Output& output) {
@@ -221,7 +214,16 @@ DEFUN_DLD(
     }
     const octave_idx_type n = args(0).idx_type_value();
     const octave_idx_type m = args(1).idx_type_value();
-    const Numbers H(args(2), n, n, "H"), c(args(3), n, 1, "f"), A(args(4), m, n, "A");
+    if (n < 0 || m < 0) {
+        error("activeset: negative sizes");
+    }
+    const Cell names = args(11).cell_value();
+    if (names.numel() != 8) {
+        error("activeset: the list of names has %ld entries, expected 8",
+              static_cast<long>(names.numel()));
+    }
+    const std::string nameOfC = names(1).string_value();
+    const Numbers H(args(2), n, n, "H"), c(args(3), n, 1, nameOfC.c_str()), A(args(4), m, n, "A");
     const Numbers rowLower(args(5), m, 1, "row_lower"), rowUpper(args(6), m, 1, "row_upper");
     const Numbers lower(args(7), n, 1, "lb"), upper(args(8), n, 1, "ub"),
         start(args(9), n, 1, "x0");
@@ -246,7 +248,7 @@ DEFUN_DLD(
     OCTAVE_QUIT;
     require(code);
     if (output.result.status == ACTIVESET_INVALID) {
-        error("activeset: %s", faultsOf(made, output.message, args(11).cell_value()).c_str());
+        error("activeset: %s", renamed(output.message, names).c_str());
     }
     return ovl(mapOf(output));
 }
