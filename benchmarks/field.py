@@ -157,7 +157,7 @@ def main():
     parser.add_argument("selection", nargs="*")
     options = parser.parse_intermixed_args()
     bench = Bench(options)
-    print(model() + "\n\nThe front end beside the field, proofs included:")
+    print(model() + "\n\nThe front end and other solvers, proofs included:")
     print_row(lambda column: column[0])
     failures = []
     for name, n, arguments in bench.rows():

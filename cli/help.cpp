@@ -24,7 +24,7 @@ const char* const StatusText =
 const char* const InterruptText =
     "Ctrl-C stops at the point reached and reports it; a second Ctrl-C ends the process.";
 
-/// Wraps `text` at 80 columns. The first line begins at `column`: other text stands before it.
+/// Breaks `text` into lines of 80 columns. The first line begins at `column`, after other text.
 std::string wrapped(const std::string& text, std::size_t column) {
     std::istringstream words(text);
     std::string result;
@@ -72,21 +72,28 @@ std::string usageOf(const CLI::App& command) {
 }
 
 std::string generalHelp(const CLI::App& app) {
-    std::string text = "activeset: " + wrapped(app.get_description(), 11) +
-                       "\nUsage: activeset COMMAND [OPTIONS] FILE...\n\nCommands:\n";
+    std::string text =
+        "activeset: " + wrapped(app.get_description(), 11) +
+        "\nUsage: activeset COMMAND [OPTIONS] FILE...\n" +
+        wrapped(
+            "FILE is a problem in the format MPS (QPS), LP, JSON or NPZ, a folder of "
+            "them, or - for standard input.",
+            0) +
+        "\nCommands:\n";
     for (const CLI::App* const command : commandsOf(app)) {
         text += entry(command->get_name(), command->get_description());
     }
-    text += "\nOptions:\n" + entry("--help", "Help, also behind a command") +
-            entry("--version", "Version and kernels");
+    text += "\nOptions:\n" +
+            entry("-h, --help", "This help; after a command, the help of that command") +
+            entry("--version", "Version, instruction set and BLAS kernels");
     text += "\n" + wrapped("A problem in a few lines:", 0) +
             "  min x^2 + y^2 - 2 x      is written  min -2 x + [ 2 x^2 + 2 y^2 ] / 2\n"
             "  subject to x + y <= 4                st\n"
             "                                       capacity: x + y <= 4\n"
             "                                       end\n"
-            "  and solved by                        activeset solve FILE.lp\n"
-            "  why there is no solution             activeset explain FILE.lp\n"
-            "  a page to look at                    activeset solve FILE.lp -o r.json\n"
+            "  to solve it                          activeset solve FILE.lp\n"
+            "  to see why it has no solution        activeset explain FILE.lp\n"
+            "  to get a page with plots             activeset solve FILE.lp -o r.json\n"
             "                                       activeset report r.json\n";
     return text;
 }

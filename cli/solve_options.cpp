@@ -137,7 +137,7 @@ void addOutputOptions(CLI::App& command, SolveOptions& options) {
         ->group(Output);
     command
         .add_flag("--trace", options.trace,
-                  "Keep what each pass came to, for JSON and reports; solves from a cold start")
+                  "Record every pass for JSON and reports; solves start cold")
         ->group(Output);
     add(command, Output, "--color", options.colour, "WORD [auto]",
         "Colours: auto (on a terminal), always or never")

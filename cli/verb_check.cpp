@@ -1,4 +1,4 @@
-// activeset check: what is remarkable about a problem, without solving it.
+// activeset check: reports unusual data of a problem, without solving it.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -111,7 +111,7 @@ int checkFiles(const SolveOptions& options) {
 
 void addCheck(CLI::App& app, Action& chosen) {
     CLI::App& command =
-        *app.add_subcommand("check", "Read problems and say what is remarkable about them");
+        *app.add_subcommand("check", "Read problems and report unusual data, without solving");
     const auto options = std::make_shared<SolveOptions>();
     addProblemOptions(command, *options);
     command.callback([&chosen, options] { chosen = [options] { return checkFiles(*options); }; });

@@ -83,7 +83,7 @@ int explainFiles(const SolveOptions& options) {
 
 void addExplain(CLI::App& app, Action& chosen) {
     CLI::App& command = *app.add_subcommand(
-        "explain", "Say why a problem has no solution, and what would give it one");
+        "explain", "Say why a problem has no solution, and which changes give it one");
     const auto options = std::make_shared<SolveOptions>();
     addProblemOptions(command, *options);
     addMethodOptions(command, *options);
