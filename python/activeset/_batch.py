@@ -28,14 +28,16 @@ OUTPUTS = ("x", "y", "z", "z_box", "obj", "status", "certificate", "iterations")
 
 
 class BatchResult:
-    """What became of a batch, as arrays with one entry a problem.
+    """The results of a batch, as arrays whose first axis counts the problems.
 
-    `status` has a number for each problem. `statuses` is the same for all batches: every Status, at
-    the position that is its number; 0 is optimal. So ``r.statuses[r.status[k]]`` is what became of
-    problem k. Entries of problems that are invalid or failed are NaN. For infeasible and not convex
-    `obj` is NaN, and the other entries are where the solve ended. `certificate` has absolute and
-    relative residuals in turn: primal, dual, gap; `iterations` what `Iterations` names. Arrays that
-    were not asked for are None.
+    x, z, y and z_box have shape (count, size), `obj` and `status` (count,). `certificate` has shape
+    (count, 6) with the primal, dual and gap residual, each absolute and then relative, and
+    `iterations` (count, 6) in the order of `Iterations`. Outputs that were not requested are None.
+
+    `status` has a number for each problem, 0 for optimal. `statuses` is the list of all Status
+    members by these numbers, so ``r.statuses[r.status[k]]`` is the status of problem k. Entries of
+    invalid and failed problems are NaN. For infeasible and not convex ones `obj` is NaN, and the
+    other entries are where the solve ended.
     """
 
     statuses = STATUSES
@@ -69,11 +71,16 @@ class BatchResult:
                  threads: int = 0) -> Gradients:
         """Gradients of a loss from its gradients in x, z, y and z_box of all problems.
 
-        Each of those has the shape of the array that it belongs to. Parts of the problems that have
-        the axis of the batch have it in their gradient, too; of shared ones the gradient is the sum
-        over all problems. What has a multiplier holds; sides that are merely touched are held only
-        where the others leave the optimum flat. The gradients of problems that are not optimal are
-        NaN. x, z, y and z_box have to be there, and problems and arrays as they were.
+        Each argument has the shape of the output that it belongs to. The gradient in a part has
+        the shape of that part; for a part that all problems share it is the sum over them. Sides
+        with a multiplier count as active. Sides with multiplier 0 do only if the optimum would
+        not be unique without them. Gradients of problems that are not optimal are NaN. The outputs
+        x, z, y and z_box are required, and the problems' arrays must be unchanged.
+
+        Raises
+        ------
+        ValueError
+            An output is missing, or a shape differs.
 
         Examples
         --------
@@ -91,7 +98,7 @@ class BatchResult:
         return {STATUSES[code]: int(count) for code, count in zip(codes, counts)}
 
     def problem(self, k: int) -> Problem:
-        """Problem k, to look at or to solve alone."""
+        """Problem k as a Problem."""
         return self._batch.problem(k)
 
     def __len__(self) -> int:
@@ -170,19 +177,19 @@ def solve_batch(P: ArrayLike | None, q: ArrayLike | None, G: ArrayLike | None = 
     Parameters
     ----------
     P, q, G, h, A, b, lb, ub, l, constant, x0
-        As in `solve_qp`. An array with one axis more than a problem needs has one entry a problem
-        along its first axis; others are shared by all problems. At least one is not. float64
-        arrays without gaps in the axes of a problem are used where they lie, memory maps included;
-        G and A together are copied into one. Shared P, G and A are prepared once.
+        As in `solve_qp`. The first axis of an array with one axis more than a problem needs counts
+        the problems; all problems share the other arrays. At least one array must have that axis.
+        float64 arrays without gaps in the axes of a problem are used without a copy, including
+        memory maps; but G and A together are copied into one array. Shared P, G and A are
+        factorised once.
     threads : int
-        0 stands for as many as there are processors. Results do not depend on it.
+        0 means one per processor. Results do not depend on the number of threads.
     chain : int
-        So many neighbours form a chain, in which each begins where the last optimum was. 0 is no
-        chains.
+        Length of a chain of neighbours, each of which starts at the previous optimum. 0: no chains.
     out : mapping of names to arrays, or sequence of names, optional
-        What is written, and where: x (count, n), y, z, z_box, obj (count,), status (count,) of
-        int32, certificate (count, 6), iterations (count, 6) of uint64. By default all, into new
-        arrays. status always is.
+        The outputs, and arrays for them: x (count, n), y, z, z_box, obj (count,), status (count,)
+        of int32, certificate (count, 6), iterations (count, 6) of uint64. By default all, in new
+        arrays. status is always written.
     progress, settings, time_limit
         As in `solve_many`.
 
@@ -193,7 +200,7 @@ def solve_batch(P: ArrayLike | None, q: ArrayLike | None, G: ArrayLike | None = 
     Raises
     ------
     ProblemError
-        Shapes do not fit. Entries that are no good make their own problem invalid, no other.
+        Shapes do not match. Invalid entries, such as NaN, only make their own problem invalid.
 
     Examples
     --------

@@ -20,7 +20,7 @@ if TYPE_CHECKING:
 
 @dataclass(frozen=True)
 class Finding:
-    """Something that a solve will notice: its name, the rows or variables, what it does."""
+    """A finding: its name, the 0-based rows or variables concerned, and its effect on a solve."""
 
     name: str
     members: NDArray[np.int64]
@@ -33,11 +33,11 @@ class Finding:
 
 @dataclass(frozen=True)
 class Diagnosis:
-    """What is remarkable about the data of a problem.
+    """Unusual properties of the data of a problem.
 
-    `equalities` counts rows whose sides are equal, `rank` those of them that do not depend on
-    others. Each extreme eigenvalue of P lies between two numbers; `coefficients` are the smallest
-    and the largest magnitude in P, q, G and A, zeros left out.
+    `equalities` is the number of rows with equal sides, `rank` the number of independent ones
+    among them. The extreme eigenvalues of P are given as intervals. `coefficients` has the smallest
+    and the largest magnitude of the nonzero entries of P, q, G and A.
     """
 
     equalities: int
@@ -54,9 +54,9 @@ class Diagnosis:
 
 
 def diagnose(problem: Problem) -> Diagnosis:
-    """Look for what is remarkable about the data, without solving.
+    """Find unusual properties of the data, without solving.
 
-    Rows are numbered through, those of G first.
+    Rows are numbered from 0, those of G first.
 
     Raises
     ------

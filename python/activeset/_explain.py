@@ -18,19 +18,19 @@ if TYPE_CHECKING:
 
 
 def explain_infeasibility(problem: Problem, *, settings: Settings | None = None) -> Conflict:
-    """Find sides of rows and bounds that contradict one another, none of which can be left out.
+    """Find a minimal set of sides of rows and bounds that contradict one another.
 
     Parameters
     ----------
     problem : Problem
     settings : Settings, optional
-        Its limits hold for the whole explanation.
+        The limits apply to the whole explanation.
 
     Returns
     -------
     Conflict
-        Not `found` for a problem that is not infeasible, or has faults. Its text has a line for
-        each side, by the names of the problem.
+        `found` is False if the problem is not proved infeasible, or has faults. The text has a
+        line for each side, with the names of the problem.
 
     Examples
     --------

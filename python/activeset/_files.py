@@ -24,8 +24,7 @@ if TYPE_CHECKING:
 def read(path: str | os.PathLike[str]) -> Problem:
     """Read an MPS, QPS, LP, JSON or NPZ file, plain or compressed with gzip or bzip2.
 
-    Rows and variables have their names of the file. Of a maximum the negated objective is the
-    problem's.
+    Rows and variables keep their names. The objective of a maximisation is negated.
 
     Parameters
     ----------
@@ -40,7 +39,7 @@ def read(path: str | os.PathLike[str]) -> Problem:
     Raises
     ------
     ReadError
-        The file is missing, malformed or too large; the text says the line.
+        The file is missing, malformed or too large. The text names file and line.
     """
     parts = _reader.read(os.fspath(path))
     A, lower, upper = parts["A"], parts["row_lower"], parts["row_upper"]

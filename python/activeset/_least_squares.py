@@ -32,15 +32,15 @@ def solve_ls(R: ArrayLike, s: ArrayLike, G: ArrayLike | None = None, h: ArrayLik
     G, h, A, b, lb, ub, l
         As in `solve_qp`.
     W : (m, m) or (m,) array_like, optional
-        Weights, symmetric positive definite, or the diagonal of such a matrix.
+        Weights: a symmetric positive definite matrix, or the diagonal of one.
     settings, verbose
         As in `solve_qp`.
 
     Returns
     -------
     Result
-        `obj` is half the weighted sum of squares. As accurate as `numpy.linalg.lstsq` where no
-        bound is active.
+        `obj` is half the weighted sum of squares. If no constraint is active, x is as accurate as
+        that of `numpy.linalg.lstsq`, or better.
 
     Raises
     ------
@@ -91,7 +91,7 @@ def lsq_linear(A: ArrayLike, b: ArrayLike, bounds: Any = (-np.inf, np.inf), *,
     Returns
     -------
     Result
-        `fun` is what SciPy calls cost.
+        `fun` is SciPy's cost.
 
     Examples
     --------

@@ -29,11 +29,10 @@ def linprog(c: ArrayLike, A_ub: ArrayLike | None = None, b_ub: ArrayLike | None 
     c, A_ub, b_ub, A_eq, b_eq
         As in `scipy.optimize.linprog`: shapes (n,), (m, n), (m,), (p, n), (p,).
     bounds : pair or sequence of n pairs, optional
-        (lower, upper) of all variables or of each; None in a pair is no bound. By default all
-        variables are at least 0.
+        (lower, upper) for all variables, or for each; None means no bound. By default all variables
+        are at least 0.
     **options
-        Those of `solve_qp` behind the data: x0, warm_start, settings, verbose, callback, names,
-        row_names.
+        Options of `solve_qp`: x0, warm_start, settings, verbose, callback, names, row_names.
 
     Returns
     -------

@@ -46,29 +46,29 @@ def solve_many(problems: Iterable[Problem], threads: int = 0, chain: int = 0,
                progress: bool | Callable[[int, int], object] = True, *,
                settings: Settings | None = None,
                time_limit: float | None = None) -> list[Result]:
-    """Solve problems that have nothing to do with one another, or chains of similar ones.
+    """Solve independent problems, or chains of similar ones, on several threads.
 
     Parameters
     ----------
     problems : iterable of Problem
     threads : int
-        0 stands for as many as there are processors. Results do not depend on it.
+        0 means one per processor. Results do not depend on the number of threads.
     chain : int
-        So many neighbours form a chain, in which each begins where the last optimum was; those that
-        share P, G and A (as `Problem.replace` makes them) share factors, too. 0 is no chains.
+        Length of a chain of neighbours, each of which starts at the previous optimum. Neighbours
+        that share P, G and A (as `Problem.replace` makes them) share factors, too. 0: no chains.
     progress : bool or callable
-        True shows a progress bar on long work if tqdm is there; a function is called with the
-        number of problems done and that of all, now and then.
+        True shows a progress bar for long work if tqdm is installed. A function is called from time
+        to time with the number of finished problems and the number of all.
     settings : Settings, optional
-        Of every solve.
+        For every solve.
     time_limit : float, optional
-        Seconds for all together.
+        Seconds for all problems together.
 
     Returns
     -------
     list of Result
-        In the order of the problems. One with faults has the status "invalid", one that raised
-        "failed"; neither disturbs the others.
+        In the order of the problems. A problem with faults has the status "invalid", one whose
+        solve raised "failed"; others are not affected.
 
     Examples
     --------

@@ -22,17 +22,17 @@ class Path:
     Attributes
     ----------
     status : str
-        "optimal" where the whole range was followed; "infeasible" or "unbounded" where there is no
-        optimum behind `end`, as `farkas` (z, y, z_box) or `direction` prove.
-    breakpoints : ndarray
-        Where pieces begin and end, ascending: one more than there are pieces.
-    x, z, y, z_box : ndarray
-        The optimum at the beginning of each piece, a piece a row.
-    dx, dz, dy, dz_box : ndarray
-        What they gain per unit of t on each piece.
-    objective, slope, curvature : ndarray
-        On each piece, s behind its beginning, the objective is objective + slope s +
-        curvature s^2 / 2.
+        "optimal" if the path covers the whole range; "infeasible" or "unbounded" if there is no
+        optimum beyond `end`, as `farkas` (z, y, z_box) or `direction` prove.
+    breakpoints : (k + 1,) ndarray
+        The ends of the k pieces, ascending.
+    x, z, y, z_box : (k, size) ndarray
+        The optimum at the beginning of each piece.
+    dx, dz, dy, dz_box : (k, size) ndarray
+        Their derivatives in t on each piece.
+    objective, slope, curvature : (k,) ndarray
+        At a distance s from the beginning of a piece the objective is
+        objective + slope s + curvature s^2 / 2.
     """
 
     def __init__(self, parts: dict[str, Any], inequalities: int) -> None:
@@ -72,20 +72,20 @@ class Path:
         return place, values - self.breakpoints[place]
 
     def x_at(self, t: ArrayLike) -> Array:
-        """The optimum at one t, or at each of several, a row each."""
+        """The optimum at one t, shape (n,), or at several, shape (len(t), n)."""
         place, s = self._at(t)
         found: Array = self.x[place] + s[..., None] * self.dx[place]
         return found
 
     def objective_at(self, t: ArrayLike) -> Array:
-        """The optimal value at one t, or at each of several."""
+        """The optimal value at one t, or at several."""
         place, s = self._at(t)
         found: Array = self.objective[place] + s * (self.slope[place]
                                                     + 0.5 * s * self.curvature[place])
         return found
 
     def plot(self, ax: Any = None) -> Any:
-        """Draw x over the parameter, with matplotlib; returns the axes."""
+        """Plot x over the parameter with matplotlib; returns the axes."""
         if ax is None:
             import matplotlib.pyplot as plt
 
@@ -102,15 +102,19 @@ class Path:
 def path(problem: Problem, start: float = 0.0, stop: float = 1.0, *, q: ArrayLike | None = None,
          h: ArrayLike | None = None, b: ArrayLike | None = None, lb: ArrayLike | None = None,
          ub: ArrayLike | None = None, l: ArrayLike | None = None) -> Path:  # noqa: E741
-    """Follow the optimum while q + t dq, h + t dh and so on move with t from start to stop.
+    """Follow the optimum of q + t dq, h + t dh and so on while t goes from start to stop.
 
     Parameters
     ----------
     problem : Problem
-        The one at t = 0.
+        The problem at t = 0.
     start, stop : float
     q, h, b, lb, ub, l : array_like, optional
-        What these parts gain per unit of t; nothing where they are left out.
+        The derivatives of these parts in t, with their shapes; 0 by default.
+
+    Returns
+    -------
+    Path
 
     Examples
     --------

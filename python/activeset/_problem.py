@@ -1,4 +1,4 @@
-"""A problem that is kept: to solve, to save, to look for faults in."""
+"""The class Problem: data that are kept, solved, checked and saved."""
 
 from __future__ import annotations
 
@@ -27,8 +27,8 @@ _PARTS = ("P", "q", "G", "h", "A", "b", "lb", "ub", "l", "x0", "soft")
 class Problem:
     """The data of one problem, as `solve_qp` takes them.
 
-    Arrays of float64 are used where they lie, not copied: what is written into them later is seen
-    by later solves. Where there are both G and A their rows are copied, once.
+    Arrays of float64 are used without a copy, so changes of their entries affect later solves. But
+    if there are both G and A their rows are copied, once.
 
     Parameters
     ----------
@@ -38,7 +38,7 @@ class Problem:
     Raises
     ------
     ProblemError
-        Shapes or types do not fit. Faults of entries are found by `faults` and by solves.
+        Shapes or types are wrong. `faults` and solves find faults of entries.
 
     Examples
     --------
@@ -84,7 +84,7 @@ class Problem:
 
     @property
     def soft(self) -> Mapping[str, Any] | None:
-        """The penalties of soft sides, as they were given."""
+        """The penalties of soft sides, as passed in."""
         soft: Mapping[str, Any] | None = self._data.part("soft")
         return soft
 
@@ -109,17 +109,17 @@ class Problem:
         return self._data.sizes[0]
 
     def faults(self) -> list[Fault]:
-        """All mistakes in the entries; none for a problem that can be solved."""
+        """All faults of the entries; an empty list for a valid problem."""
         _, inequalities, equalities = self._data.sizes
         return translated(self._data.faults(), inequalities, equalities, self._names)
 
     def solve(self, **options: Any) -> Result:
-        """Solve it; keyword arguments as those of `solve_qp` behind the data."""
+        """Solve the problem; options as in `solve_qp`: warm_start, settings, verbose, callback."""
         own: dict[str, Any] = {**self._parts(), "names": self.names, "row_names": self.row_names}
         return _core.solve_qp(**{**own, **options})
 
     def replace(self, **parts: Any) -> Problem:
-        """A problem with other parts, or names, that shares the remaining ones with this one."""
+        """A problem with some parts or names replaced. It shares the other parts with this one."""
         names = parts.pop("names", self.names)
         row_names = parts.pop("row_names", self.row_names)
         other = object.__new__(type(self))
@@ -127,17 +127,17 @@ class Problem:
         return other
 
     def to_c(self, name: str = "solve") -> str:
-        """A solver for this P, G and A as a file of C99, without a library and with static memory.
+        """A solver for this P, G and A as a C99 file that needs no library and allocates nothing.
 
         ``int NAME(const double c[n], const double row_lower[m], const double row_upper[m], const
-        double lower[n], const double upper[n], double x[n])``, rows of G before those of A, returns
-        0 with the optimum in x, 1 where there is no feasible point, 2 where rounding kept it from
-        an end. ValueError where P is not positive definite.
+        double lower[n], const double upper[n], double x[n])``, with the rows of G before those
+        of A, returns 0 with the optimum in x, 1 if no point is feasible, 2 if rounding prevented an
+        answer. Raises ValueError if P is not positive definite.
         """
         return _core.solver_code(self, name)
 
     def save(self, path: str | PathLike[str]) -> None:
-        """Write it to a file in NumPy's format .npz, which needs no trust to be read."""
+        """Write the problem to a file in NumPy's format .npz, without pickles."""
         parts = {name: part for name, part in self._parts().items() if part is not None}
         parts.update(_soft.flat(parts.pop("soft", None)))
         for name, value in (("names", self.names), ("row_names", self.row_names)):
@@ -148,7 +148,7 @@ class Problem:
 
     @classmethod
     def load(cls, path: str | PathLike[str]) -> Problem:
-        """Read what `save` wrote; ValueError, with the name of the file, for anything else."""
+        """Read a file that `save` wrote. Raises ValueError, which names the file, for others."""
         parts = _members(path)
         soft = _soft.taken(parts)
         unknown = sorted(set(parts) - {*_PARTS, "constant", "names", "row_names"})

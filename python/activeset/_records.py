@@ -68,20 +68,20 @@ def _restore(cls, fields):
 
 
 class Residual(Record, fields="absolute relative"):
-    """A residual as it is, and in proportion to the terms that it is the sum of."""
+    """A residual: `absolute`, and `relative` to the size of the terms of its sum."""
 
     __slots__ = ()
 
 
 class Certificate(Record, fields="primal dual gap"):
-    """What a point and its multipliers are worth, from the data alone, in extended precision.
+    """Residuals of a point and its multipliers, computed from the data in extended precision.
 
     Attributes
     ----------
     primal : Residual
         Largest violation of a row or bound.
     dual : Residual
-        Largest entry of P x + q + G'z + A'y + z_box, multipliers projected on their signs.
+        Largest entry of P x + q + G'z + A'y + z_box; multipliers of the wrong sign count as 0.
     gap : Residual
         Primal minus dual objective.
     """
@@ -94,18 +94,18 @@ class Certificate(Record, fields="primal dual gap"):
 
 
 class ViolatedSides(Record, fields="rows_at_lower rows_at_upper at_lower at_upper"):
-    """Soft sides beyond which a point lies, numbered as in WorkingSet."""
+    """Soft sides that a point violates, numbered as in WorkingSet."""
 
     __slots__ = ()
 
 
 class WorkingSet(Record, fields="equalities rows_at_lower rows_at_upper at_lower at_upper fixed "
                                 "soft_violated", defaults=(None,)):
-    """Constraints that hold with equality, as 0-based ascending integer arrays.
+    """Active constraints, as 0-based ascending integer arrays.
 
-    Rows are numbered through: those of G first, then those of A. Rows whose sides are equal are in
-    `equalities`, variables whose bounds are equal in `fixed`. Soft sides that are violated do not
-    hold: they are in `soft_violated`, ViolatedSides or, where there are none, None.
+    Rows are numbered from 0, those of G before those of A. Rows with equal sides are in
+    `equalities`, variables with equal bounds in `fixed`. Violated soft sides are not active: they
+    are in `soft_violated`, a ViolatedSides, or None if there are none.
     """
 
     __slots__ = ()
@@ -134,9 +134,9 @@ class WarmStart(Record, fields="x working_set", defaults=(None,)):
 class Farkas(Record, fields="y z z_box residual value radius"):
     """Multipliers which show that no point is feasible.
 
-    G'z + A'y + z_box = 0 up to `residual`, yet the sides that they weigh add up to `value`, which
-    is negative. No x whose sizes add up to less than `radius` is feasible. Signs and shapes as in
-    Result.
+    G'z + A'y + z_box = 0 up to `residual`, but the sum of the sides, weighted by the multipliers,
+    is `value`, which is negative. So no x with ``sum(abs(x))`` below `radius` is feasible. Signs and
+    shapes are those of Result.
     """
 
     __slots__ = ()
@@ -149,8 +149,8 @@ class Marginals(Record, fields="ineqlin eqlin lower upper"):
 
 
 class Iterations(Record, fields="phase_one main prediction dual proximal refinement"):
-    """How often what was done: passes of both phases of the active-set method, rounds of guessing
-    the working set, steps of the dual method, proximal subproblems, corrections."""
+    """Counts of work: passes of both phases of the active-set method, rounds of guessing the
+    working set, steps of the dual method, proximal subproblems, corrections."""
 
     __slots__ = ()
 
@@ -167,8 +167,8 @@ class Times(Record, fields="setup solve polish total"):
 
 
 class Fault(Record, fields="name index value text count", defaults=(1,)):
-    """One mistake in the data: the part's name, the 0-based index of the entry (empty for the part
-    as a whole), its value, a line of text, and the number of mistakes that it stands for."""
+    """A fault in the data: the name of the part, the 0-based index of the entry (empty for the
+    whole part), its value, a line of text, and the number of faults that this one stands for."""
 
     __slots__ = ()
 
@@ -178,32 +178,34 @@ class Fault(Record, fields="name index value text count", defaults=(1,)):
 
 class Progress(Record, fields="iteration phase_one objective violation active step working_set",
                defaults=(None,)):
-    """What a callback is told after every pass: passes so far, whether it looks for a feasible
-    point, objective and largest violation there, size of the working set, norm of the step, and
-    the working set itself, a WorkingSet."""
+    """The argument of a callback after every pass: the number of passes, whether the solve still
+    looks for a feasible point, objective and largest violation, the size of the working set, the
+    norm of the step, and the working set, a WorkingSet."""
 
     __slots__ = ()
 
 
 class Settings(Record, fields="tolerance start max_iterations time_limit convexity_tolerance "
                "keep_factors", defaults=(1e-9, "automatic", None, None, None, False)):
-    """How a solve goes.
+    """Tolerance, limits and start of a solve.
 
     Attributes
     ----------
     tolerance : float
-        Relative size up to which residuals support "optimal"; more than 0, at most 1.
+        Largest relative residual of an optimum; greater than 0, at most 1. Default 1e-9.
     start : {"automatic", "predict", "cold"}
-        Whether a prediction of the working set comes first; "automatic" leaves it out for a
-        callback or a limit of iterations.
+        Whether the working set is predicted first. "automatic" does so unless there is a callback
+        or a limit of iterations.
     max_iterations : int or None
+        Largest number of passes; None is a default that ordinary problems do not reach.
     time_limit : float or None
-        Seconds.
+        Limit in seconds.
     convexity_tolerance : float or None
-        Negative curvature of P that counts as rounding, relative; None is the solver's default.
+        Largest shift of the diagonal of P that may make it convex, relative to the norm of P; None
+        is the default, 1e-6.
     keep_factors : bool
         Whether the result of `solve_qp` or `Problem.solve` keeps a copy of the problem and its
-        factors, from which `Result.backward` and `Sensitivity` take less time.
+        factors, which makes `Result.backward` and `Sensitivity` faster.
     """
 
     __slots__ = ()
@@ -212,8 +214,9 @@ class Settings(Record, fields="tolerance start max_iterations time_limit convexi
 class Conflict(Record, fields="found minimal rows_at_lower rows_at_upper at_lower at_upper text"):
     """Sides of rows and bounds that contradict one another, as 0-based integer arrays.
 
-    `found` says that no point satisfies all of them, `minimal` that none can be left out. Rows are
-    numbered through, those of G first. `text` names each with its value, one a line.
+    If `found`, no point satisfies all of them. If `minimal`, the others are feasible without any
+    one of them. Rows are numbered from 0, those of G first. `text` has a line for each side, with
+    its value.
     """
 
     __slots__ = ()

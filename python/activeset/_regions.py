@@ -21,7 +21,7 @@ if TYPE_CHECKING:
 
 @dataclass(frozen=True)
 class Region:
-    """Where E theta <= e, inside of the box, the optimum is gain theta + offset."""
+    """A polyhedron: if E theta <= e inside the box, the optimum is gain theta + offset."""
 
     E: Array
     e: Array
@@ -37,7 +37,7 @@ class Regions:
     ----------
     parameters : int
     is_complete : bool
-        Neither the limit of regions nor a solve without an outcome ended the search.
+        False if the limit of regions, or a solve without an answer, ended the search.
     """
 
     def __init__(self, law: _core.Law, parameters: int) -> None:
@@ -75,7 +75,7 @@ class Regions:
         return self._look(theta)[1]
 
     def to_c(self, name: str = "law") -> str:
-        """The law as a file of C99 that needs no library and allocates nothing.
+        """The law as a C99 file that needs no library and allocates nothing.
 
         ``int NAME(const double theta[p], double x[n])`` returns the region, or -1 and x unchanged.
         """
@@ -91,17 +91,21 @@ def regions(problem: Problem, F: ArrayLike | None, box: tuple[ArrayLike, ArrayLi
     Parameters
     ----------
     problem : Problem
-        Strictly convex; at theta = 0. Up to some twenty variables.
-    F : array_like or None
-        q + F theta, (n, p).
-    box : pair of array_like
-        The least and the most of each parameter; up to some six.
-    h, b, bounds : array_like, optional
-        What theta adds to h and l, to b, and to lb and ub: a row for each entry, p columns.
+        The problem at theta = 0: strictly convex, with up to some twenty variables.
+    F : (n, p) array_like or None
+        q becomes q + F theta.
+    box : pair of (p,) array_like
+        Lower and upper limits of the parameters; p is up to about six.
+    h, b, bounds : (m, p), (k, p) and (n, p) array_like, optional
+        Matrices by which theta changes h and l, b, and lb and ub.
     limit : int
-        The number of regions at which the search ends.
+        The search ends at this number of regions.
     samples : int
-        So many random parameters are tried for regions that no facet led to.
+        Number of random parameters at which to look for further regions.
+
+    Returns
+    -------
+    Regions
 
     Examples
     --------

@@ -27,12 +27,12 @@ _NORMS = {"l1": 1, "l2": 2, "inf": 0}
 
 @dataclass(frozen=True)
 class Relaxation:
-    """A nearest feasible point, and by how much each row and bound gives way.
+    """A nearest feasible point, and the violation of each row and bound there.
 
-    Violations are positive above an upper side, negative below a lower one. Rows are numbered
-    through, those of G first. `found` says that the point is proved to be nearest; status is
-    "infeasible" where what may not give way contradicts itself. `distance` is the norm of the
-    weighted violations. `text` names what gives way, one a line.
+    Violations are positive above an upper side, negative below a lower one. Rows are numbered from
+    0, those of G first. If `found`, the point is proved to be nearest. The status is "infeasible"
+    if the hard constraints contradict one another. `distance` is the norm of the weighted violations.
+    `text` has a line for each violated side.
     """
 
     status: str
@@ -59,21 +59,26 @@ class Relaxation:
 def relax(problem: Problem, *, norm: str = "l1", weights: ArrayLike | None = None,
           bound_weights: ArrayLike | None = None, hard: Iterable[int | str] = (),
           settings: Settings | None = None) -> Relaxation:
-    """Let rows give way until there is a feasible point; the objective is left out.
+    """Find the point with the smallest violation of the rows. The objective is ignored.
 
     Parameters
     ----------
     problem : Problem
     norm : {"l1", "l2", "inf"}
-        What is least: the sum of the violations (few rows give way), that of their squares (all
-        do, a little), or the largest one.
-    weights : array_like, optional
-        For each row, those of G first, from 0 up; 1 without. Infinite: the row stays.
-    bound_weights : array_like, optional
-        Likewise for the bounds of each variable. Without it bounds stay.
+        What is minimised: the sum of the violations (few rows are violated), the sum of their
+        squares (many rows are, a little), or the largest one.
+    weights : (m + p,) array_like, optional
+        Weights of the violations of rows, those of G first: at least 0, by default 1. Rows of
+        infinite weight are hard.
+    bound_weights : (n,) array_like, optional
+        Weights of the violations of bounds. Without it bounds are hard.
     hard : iterable of int or str
-        Rows that stay, by position or name.
+        Hard rows, by 0-based position or name.
     settings : Settings, optional
+
+    Returns
+    -------
+    Relaxation
 
     Raises
     ------

@@ -93,11 +93,11 @@ def _restore(version: int, state: dict[str, Any]) -> Result:
 
 
 class Result(_core.ResultBase):
-    """How a solve ended, the point, its multipliers and what proves them. Immutable.
+    """The outcome of a solve: status, point, multipliers and proof. Immutable.
 
-    Arrays are views of what the solver found, made when they are asked for and read only; take a
-    ``copy()`` to change one. For infeasible and not convex x, y, z and z_box are where the solve
-    ended, and solve nothing; for invalid and failed they are empty.
+    Arrays are read-only views; change a ``copy()`` of them. x and z_box have shape (n,), z and y
+    one entry per row of G and of A. For infeasible and not convex problems they are where the solve
+    ended, and no solution; for invalid and failed ones they are empty.
     """
 
     __slots__ = ()
@@ -129,7 +129,7 @@ class Result(_core.ResultBase):
 
     @property
     def working_set(self) -> WorkingSet:
-        """Constraints that hold with equality."""
+        """The active constraints."""
         return WorkingSet.of(self._working_set)
 
     @property
@@ -144,13 +144,13 @@ class Result(_core.ResultBase):
 
     @property
     def certificate(self) -> Certificate:
-        """Residuals of the point and its multipliers; infinite where there is no point."""
+        """Residuals of the point and its multipliers; infinite if there is no point."""
         r = self._certificate
         return Certificate(Residual(*r[:2]), Residual(*r[2:4]), Residual(*r[4:]))
 
     @property
     def farkas(self) -> Farkas | None:
-        """The proof of infeasible, else None."""
+        """The proof that the problem is infeasible, else None."""
         found = self._farkas
         if found is None:
             return None
@@ -159,7 +159,8 @@ class Result(_core.ResultBase):
 
     @property
     def direction_residual(self) -> Residual:
-        """For unbounded what P d and the sides along d miss; for not convex the curvature."""
+        """For unbounded the relative error of P d = 0 and of the sides along d; for not convex the
+        curvature."""
         return Residual(*self._direction_residual)
 
     @property
@@ -169,7 +170,7 @@ class Result(_core.ResultBase):
 
     @property
     def times(self) -> Times:
-        """Seconds."""
+        """Times in seconds."""
         return Times(*self._times)
 
     @property
@@ -184,7 +185,7 @@ class Result(_core.ResultBase):
 
     @property
     def faults(self) -> list[Fault]:
-        """What is wrong with a problem whose status is invalid (`solve_many`), else empty."""
+        """The faults of a problem with the status invalid (from `solve_many`), else empty."""
         from ._faults import translated
 
         return translated(self._faults, *self._rows, self._names)
@@ -200,8 +201,8 @@ class Result(_core.ResultBase):
         return self._names[1]
 
     def raise_for_status(self) -> Result:
-        """Return the result itself if the outcome is optimal; raise SolveError, or ProblemError
-        for invalid, if it is not."""
+        """Return the result if it is optimal. Otherwise raise SolveError, or ProblemError if it is
+        invalid."""
         if self.status is Status.INVALID:
             from ._faults import ProblemError
 
@@ -224,15 +225,15 @@ class Result(_core.ResultBase):
     def backward(self, problem: Problem, dx: ArrayLike | None = None,
                  dz: ArrayLike | None = None, dy: ArrayLike | None = None,
                  dz_box: ArrayLike | None = None) -> Gradients:
-        """Gradients of a loss in the parts of the problem, as `Sensitivity.backward` has them.
+        """Gradients of a loss in the parts of the problem, as by `Sensitivity.backward`.
 
-        A result does not keep its problem. ValueError where the problem is another one.
+        A result does not keep its problem. Raises ValueError for a different problem.
         """
         return self._sensitivity(problem, "backward").backward(dx, dz, dy, dz_box)
 
     def forward(self, problem: Problem, **changes: ArrayLike
                 ) -> tuple[Vector, Vector, Vector, Vector]:
-        """What x, z, y and z_box gain per unit of changes of the parts (`Sensitivity.forward`)."""
+        """Derivatives along a change of the parts, as by `Sensitivity.forward`."""
         return self._sensitivity(problem, "forward").forward(**changes)
 
     def to_series(self) -> pd.Series[float]:
@@ -244,23 +245,23 @@ class Result(_core.ResultBase):
 
     def report(self, path: str | PathLike[str], *, title: str = "result",
                passes: Sequence[Progress] = ()) -> None:
-        """Write a page in HTML, complete in itself: outcome, proof, multipliers, bounds, solution.
+        """Write a self-contained HTML page: outcome, proof, multipliers, bounds, solution.
 
         Parameters
         ----------
         path : str or path
-            The file, which is replaced.
+            The file; an existing one is replaced.
         title : str, optional
-            What the page calls the problem.
+            The name of the problem on the page.
         passes : sequence of Progress, optional
-            What a callback was told, for plots over the passes.
+            The arguments of a callback, for plots of the passes.
         """
         from ._report import write
 
         write(self, path, title, passes)
 
     def to_dict(self) -> dict[str, Any]:
-        """The result in numbers, strings, lists and dictionaries, fit for JSON."""
+        """The result as numbers, strings, lists and dictionaries, which JSON can hold."""
         from ._present import dictionary
 
         return dictionary(self)

@@ -22,9 +22,10 @@ if TYPE_CHECKING:
 
 @dataclass(frozen=True)
 class Gradients:
-    """Gradients of a loss in the parts of a problem; for several right-hand sides, a last axis.
+    """Gradients of a loss in the parts of a problem, with the shapes of these parts.
 
-    Of a batch (`BatchResult.backward`), the first axis of parts that have one is that of the batch.
+    Several right-hand sides add a last axis. After `BatchResult.backward` the first axis counts the
+    problems, for parts that are not shared.
     """
 
     P: Array
@@ -46,25 +47,26 @@ def _divided(parts: dict[str, Array], rows: int) -> Gradients:
 
 
 class Sensitivity:
-    """The derivatives of one optimum in all parts of its problem.
+    """The derivatives of an optimum in all parts of its problem.
 
     Parameters
     ----------
     result : Result
-        Optimal.
+        An optimal one.
     problem : Problem
-        The one that it is the result of.
+        The problem of that result.
 
     Attributes
     ----------
     derivative : str
-        "full" where the solution is differentiable. "one-sided" where a side holds with multiplier
-        0: the derivative is that of the side on which what `result` holds stays held.
-        "least-squares" where multipliers or the point are not unique: the shortest one.
+        "full" if the solution is differentiable. "one-sided" if a side is active with multiplier 0:
+        the derivative is for changes that keep the active constraints of `result` active.
+        "least-squares" if multipliers or the point are not unique: the shortest derivative.
     weak_rows, weak_bounds : ndarray of int
-        Sides with multiplier 0, rows of G before those of A.
+        Active sides with multiplier 0, rows of G before those of A.
     dependent, flat : int
-        Members of the working set that depend on others, dimension in which the optimum is flat.
+        Number of members of the working set that depend on others, and dimension of the set of
+        optima.
 
     Examples
     --------
@@ -91,8 +93,8 @@ class Sensitivity:
                  dy: ArrayLike | None = None, dz_box: ArrayLike | None = None) -> Gradients:
         """Gradients of a loss from its gradients in r.x, r.z, r.y and r.z_box.
 
-        Each has one axis, or a second one for several right-hand sides. The gradient in P is
-        symmetric.
+        Arguments have the shapes of these arrays, with a second axis for several right-hand sides.
+        The gradient in P is symmetric.
         """
         n, inequalities, equalities = self._sizes
         given = {"dx": (dx, n), "dz": (dz, inequalities), "dy": (dy, equalities),
@@ -122,7 +124,7 @@ class Sensitivity:
                 A: ArrayLike | None = None, b: ArrayLike | None = None,
                 lb: ArrayLike | None = None, ub: ArrayLike | None = None,
                 l: ArrayLike | None = None) -> tuple[Array, Array, Array, Array]:  # noqa: E741
-        """What x, z, y and z_box gain per unit of a change of the parts."""
+        """Derivatives of x, z, y and z_box along a change of the parts."""
         n, inequalities, equalities = self._sizes
 
         def part(value: ArrayLike | None, shape: tuple[int, ...], name: str) -> Array:
@@ -143,7 +145,7 @@ class Sensitivity:
 
 @dataclass(frozen=True)
 class Range:
-    """How far each number of one part may move, alone, with the working set unchanged."""
+    """How far each number of a part may change alone without a change of the working set."""
 
     value: Array
     least: Array
@@ -159,8 +161,8 @@ def ranges(result: Result, problem: Problem) -> dict[str, Range]:
     Returns
     -------
     dict of Range
-        By "q", "h", "l", "b", "lb", "ub"; arrays with an entry for each number. `degenerate` where
-        the working set changes at once.
+        With the keys "q", "h", "l", "b", "lb", "ub"; each array has the shape of that part.
+        `degenerate` is True where any change changes the working set.
 
     Examples
     --------

@@ -71,9 +71,9 @@ class QPFunction:
     >>> solve = QPFunction()
     >>> x = solve(Q, p, G, h, A, b)  # doctest: +SKIP
 
-    Each part has a first axis for the batch, or none where it is the same for all; G with h, and A
-    with b, may be empty tensors. x has the batch and n. What is not optimal raises SolveError; a
-    double backward raises NotImplementedError.
+    Each part has a first axis that counts the problems, or is shared without it. G with h, and A
+    with b, may be empty tensors. x has shape (count, n). Raises SolveError if a problem has no
+    optimum, and NotImplementedError for a second derivative.
     """
 
     def __call__(self, Q: Any, p: Any, G: Any, h: Any, A: Any, b: Any) -> Any:

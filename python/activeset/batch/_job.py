@@ -36,13 +36,13 @@ def create(store: Any, P: Any, q: Any, G: Any = None, h: Any = None, A: Any = No
     store : path, address that fsspec knows, or Zarr store
         Must not exist.
     P, q, G, h, A, b, lb, ub, l, constant, x0
-        As in `solve_batch`. Arrays of dask, of Zarr and memory maps are read a chunk at a time.
+        As in `solve_batch`. Arrays of dask and Zarr, and memory maps, are read chunk by chunk.
     chunk : int, optional
-        So many problems are one unit of work. By default 16 MB of inputs and outputs.
+        Number of problems in a unit of work. By default those with 16 MB of inputs and outputs.
     chain : int
         As in `solve_batch`; a chunk has to be a multiple of it.
     outputs : names
-        What is kept of the results; the status always is.
+        The outputs to keep; status is always kept.
     settings : Settings, optional
 
     Returns
@@ -55,24 +55,24 @@ def create(store: Any, P: Any, q: Any, G: Any = None, h: Any = None, A: Any = No
 
 
 def open(store: Any) -> Job:  # noqa: A001
-    """Open a store that `create` made, done or not.
+    """Open a store that `create` made, finished or not.
 
     Raises
     ------
     BatchError
-        It is none, is of another version, or its arrays do not fit together.
+        It is no such store, has another version, or its arrays do not match.
     """
     return Job(Store(store))
 
 
 class Job:
-    """A batch in a store. What is said of it is read from the store."""
+    """A batch in a store. All properties are read from the store."""
 
     def __init__(self, store: Store) -> None:
         self.store = store
 
     def progress(self) -> tuple[int, int]:
-        """The number of chunks that are done, and of all chunks."""
+        """The numbers of finished chunks and of all chunks."""
         return len(self.store.done()), self.store.chunks
 
     def solve(self, executor: Any = "threads", chunk: int | None = None, resume: bool = True, *,
@@ -85,24 +85,23 @@ class Job:
         executor : "threads" or dask.distributed.Client
             This process, or the workers of a cluster, which must reach the store.
         chunk : int, optional
-            So many problems are one task of a cluster, rounded up to chunks of the store. By
-            default tasks are 50 ms to a second of work, by the time of the first ones.
+            Number of problems in a task of a cluster, rounded up to chunks of the store. By
+            default tasks take 50 ms to a second, estimated from the first ones.
         resume : bool
-            False refuses a store of which something is done.
+            False raises if any chunk is finished.
         restart : bool
-            Forgets what is done first.
+            True discards finished chunks first.
         shard : pair of int
-            (i, N) solves every N-th of the chunks, from the i-th on: several jobs may share a
-            store.
+            (i, N) solves every N-th chunk from number i on, so that several jobs can share a store.
         threads : int
-            Of this process; 0 stands for as many as there are processors.
+            Threads of this process; 0 means one per processor.
         progress : bool
-            Whether a progress bar is shown on long work.
+            Whether long work shows a progress bar.
 
         Raises
         ------
         BatchError
-            The store is damaged or full, or the cluster has gone. What is done stays done.
+            The store is damaged or full, or the cluster is gone. Finished chunks stay finished.
         """
         is_pair = isinstance(shard, (tuple, list)) and len(shard) == 2
         if not is_pair or not all(isinstance(part, (int, np.integer)) for part in shard) or not (
@@ -132,7 +131,7 @@ class Job:
 
     @property
     def status(self) -> NDArray[Any]:
-        """Of every problem: an index into `BatchResult.statuses`, -1 where it is not done."""
+        """For each problem an index into `BatchResult.statuses`, -1 if it is not finished."""
         return np.asarray(self.store.outputs["status"][:])
 
     def summary(self) -> dict[Status, int]:
@@ -142,19 +141,19 @@ class Job:
 
     @property
     def failed(self) -> NDArray[Any]:
-        """The indices of problems that are done and have no proved optimum."""
+        """The indices of finished problems without a proved optimum."""
         return np.flatnonzero(self.status > 0)
 
     def problem(self, k: int) -> Problem:
-        """Problem k, to look at or to solve alone."""
+        """Problem k as a Problem."""
         k = position(k, self.store.count, "problem")
         return Batch(self.store.parts(k // self.store.chunk)).problem(k % self.store.chunk)
 
     def result(self, chunks: Sequence[int] | None = None) -> BatchResult:
-        """Problems and results of the chunks, by default all, in memory.
+        """Problems and results of the given chunks, by default all, in memory.
 
-        The arrays of the store, ``job.store.outputs["x"]``, can be read piece by piece instead.
-        IndexError for a chunk that does not exist, BatchError for one that is not done.
+        The arrays of the store, such as ``job.store.outputs["x"]``, can be read in parts instead.
+        Raises IndexError for a chunk that does not exist, BatchError for one that is not finished.
         """
         count = self.store.chunks
         wanted = range(count) if chunks is None else [position(k, count, "chunk") for k in chunks]

@@ -1,4 +1,4 @@
-"""The two functions that the package qpsolvers has in its table for each solver.
+"""The two functions that the package qpsolvers needs for each solver in its table.
 
 It takes this solver after
 
@@ -30,10 +30,10 @@ __all__ = ["Solution", "solve_problem", "solve_qp"]
 
 
 class Solution:
-    """Shaped as that package's: problem, found, x, y, z, z_box, obj, extras.
+    """The attributes of the Solution of qpsolvers: problem, found, x, y, z, z_box, obj, extras.
 
-    Vectors are None where nothing was found, and y, z and z_box are empty where the problem has no
-    such part. Signs are those of `Result`.
+    Vectors are None if no solution was found. y, z and z_box are empty if the problem has no such
+    part. Signs are those of `Result`.
     """
 
     def __init__(self, problem: Any, extras: dict[str, Any] | None = None,
@@ -55,17 +55,17 @@ def solve_problem(problem: Any, initvals: ArrayLike | None = None, verbose: bool
     Parameters
     ----------
     problem : object
-        A Problem of that package, or anything with these attributes.
+        A Problem of qpsolvers, or any object with these attributes.
     initvals : (n,) array_like, optional
-        Where to start.
+        The start.
     verbose : bool
     **options
-        Those of `activeset.solve_qp`: settings, warm_start, callback, constant.
+        Options of `activeset.solve_qp`: settings, warm_start, callback, constant.
 
     Returns
     -------
     Solution
-        Of that package if it is imported; `extras` has the Result as "result".
+        That of qpsolvers if it is imported; `extras["result"]` is the Result.
     """
     if callable(getattr(problem, "unpack", None)):
         P, q, G, h, A, b, lb, ub = problem.unpack()[:8]
@@ -98,7 +98,7 @@ def solve_qp(P: ArrayLike, q: ArrayLike, G: ArrayLike | None = None, h: ArrayLik
              lb: ArrayLike | None = None, ub: ArrayLike | None = None,
              initvals: ArrayLike | None = None, verbose: bool = False,
              **options: Any) -> NDArray[np.float64] | None:
-    """The solution alone, or None if none was found.
+    """The solution x, or None if none was found.
 
     Examples
     --------

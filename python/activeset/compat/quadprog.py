@@ -1,4 +1,4 @@
-"""`solve_qp` as the package quadprog has it, its conventions and error texts included."""
+"""`solve_qp` with the arguments, results, conventions and error texts of the package quadprog."""
 
 from __future__ import annotations
 
@@ -45,8 +45,8 @@ def solve_qp(G: ArrayLike, a: ArrayLike, C: ArrayLike | None = None, b: ArrayLik
     xu : (n,) ndarray
         The solution without constraints.
     iterations : (2,) ndarray
-        Changes of the working set, and those of them that took a constraint out: here the work
-        that the solve took and 0, as the methods differ.
+        Changes of the working set, and removals among them. Here a count of the solver's steps, and
+        0, because the methods differ.
     lagrangian : (m,) ndarray
         Multipliers, at least 0 for inequalities.
     iact : (k,) ndarray
@@ -55,8 +55,8 @@ def solve_qp(G: ArrayLike, a: ArrayLike, C: ArrayLike | None = None, b: ArrayLik
     Raises
     ------
     ValueError
-        With that package's texts: shapes that do not fit, G not positive definite, constraints
-        that are inconsistent.
+        Shapes do not match, G is not positive definite, or the constraints are inconsistent; with
+        the texts of quadprog.
 
     Examples
     --------
