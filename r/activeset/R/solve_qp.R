@@ -3,11 +3,11 @@
 solve_qp <- function(P = NULL, q = NULL, G = NULL, h = NULL, A = NULL, b = NULL,
                      lb = NULL, ub = NULL, l = NULL, x0 = NULL, warm_start = NULL,
                      settings = NULL) {
-    sound(.Call(C_solve_qp, list(P, q, G, h, A, b, lb, ub, l), x0, warm_start, settings),
-          if (is.matrix(G)) nrow(G) else as.integer(!is.null(G)))
+    result <- .Call(C_solve_qp, list(P, q, G, h, A, b, lb, ub, l), x0, warm_start, settings)
+    sound(result, if (is.matrix(G)) nrow(G) else as.integer(!is.null(G)))
 }
 
-activeset_settings <- function(tolerance = 1e-9, start = c("automatic", "given", "cold"),
+activeset_settings <- function(tolerance = 1e-9, start = c("automatic", "predict", "cold"),
                                max_iterations = Inf, time_limit = Inf,
                                convexity_tolerance = NULL) {
     number <- function(value, name) {
@@ -15,8 +15,10 @@ activeset_settings <- function(tolerance = 1e-9, start = c("automatic", "given",
             stop(name, " must be a number", call. = FALSE)
         as.double(value)
     }
+    if (number(max_iterations, "max_iterations") < 1)
+        stop("max_iterations must be at least 1", call. = FALSE)
     settings <- list(tolerance = number(tolerance, "tolerance"),
-                     start = match(match.arg(start), c("automatic", "given", "cold")) - 1,
+                     start = match(match.arg(start), c("automatic", "predict", "cold")) - 1,
                      max_iterations = number(max_iterations, "max_iterations"),
                      time_limit = number(time_limit, "time_limit"))
     if (!is.null(convexity_tolerance))
@@ -26,7 +28,7 @@ activeset_settings <- function(tolerance = 1e-9, start = c("automatic", "given",
 
 activeset_version <- function() .Call(C_version)
 
-# Turns what C_solve_qp returns into a result, or raises the texts of faults that it returns instead. The library
+# Turns what C_solve_qp returns into a result, or raises the text of faults that it returns instead. The library
 # counts from 0, and has one matrix with the rows of G above those of A.
 sound <- function(result, inequalities) {
     if (is.character(result))
@@ -44,22 +46,26 @@ sound <- function(result, inequalities) {
 
 label <- function(name, at) sprintf("%s[%s]", name, paste(at, collapse = ", "))
 
-# Raises the texts of faults. `rename` maps the name and position of each entry in them, such as c(0).
-stop_for <- function(texts, rename) {
+# Raises the text of faults. `rename` maps the name and position of each entry in them, such as c(0).
+stop_for <- function(text, rename) {
+    text <- gsub("settings.timeLimit", "time_limit", text, fixed = TRUE)
+    text <- gsub("settings.convexityTolerance", "convexity_tolerance", text, fixed = TRUE)
+    text <- gsub("settings.", "", text, fixed = TRUE)
+    text <- gsub("(^|\n)H is", "\\1P is", text)
     entry <- "\\b(H|c|A|rowLower|rowUpper|lower|upper|start)\\((\\d+)(, (\\d+))?\\)"
-    found <- gregexpr(entry, texts, perl = TRUE)
-    regmatches(texts, found) <- lapply(regmatches(texts, found), function(labels) {
-        vapply(labels, function(text) {
-            rename(sub("\\(.*", "", text),
-                   as.integer(regmatches(text, gregexpr("\\d+", text))[[1L]]) + 1L)
+    found <- gregexpr(entry, text, perl = TRUE)
+    regmatches(text, found) <- lapply(regmatches(text, found), function(labels) {
+        vapply(labels, function(one) {
+            rename(sub("\\(.*", "", one),
+                   as.integer(regmatches(one, gregexpr("\\d+", one))[[1L]]) + 1L)
         }, "")
     })
-    stop(paste(unique(texts), collapse = "\n"), call. = FALSE)
+    stop(text, call. = FALSE)
 }
 
 print.activeset_result <- function(x, ...) {
     cat(x$status, if (nzchar(x$message)) paste0(" (", x$message, ")"), "\n", sep = "")
-    if (!anyNA(x$x)) {
+    if (!is.nan(x$obj) && !anyNA(x$x)) {
         cat("objective", format(x$obj, digits = 7), "\n")
         cat("x", format(head(x$x, 10L), digits = 5), if (length(x$x) > 10L) "...", "\n")
     }

@@ -9,10 +9,13 @@ activeset_solver <- function(P = NULL, q = NULL, G = NULL, h = NULL, A = NULL, b
 }
 
 solve.activeset_solver <- function(a, b, ...) {
-    sound(.Call(C_solver_solve, a$pointer), a$inequalities)
+    result <- .Call(C_solver_solve, a$pointer)
+    sound(result, a$inequalities)
 }
 
 update.activeset_solver <- function(object, P, q, G, h, A, b, lb, ub, l, ...) {
+    if (...length() > 0L)
+        stop("a solver has no part ", sQuote(c(names(list(...)), "")[1L], FALSE), call. = FALSE)
     replaced <- !c(missing(P), missing(q), missing(G), missing(h), missing(A), missing(b),
                    missing(lb), missing(ub), missing(l))
     parts <- vector("list", 9L)

@@ -19,13 +19,12 @@ static int rows_of(SEXP matrix) {
     return Rf_isNull(matrix) ? 0 : (Rf_isMatrix(matrix) ? Rf_nrows(matrix) : 1);
 }
 
-static SEXP as_doubles(SEXP given, int part) {
+SEXP as_doubles(SEXP given, const char* name, const char* kind) {
     if (Rf_isNull(given) || TYPEOF(given) == REALSXP) {
         return given;
     }
     if ((TYPEOF(given) != INTSXP && TYPEOF(given) != LGLSXP) || Rf_isFactor(given)) {
-        Rf_error("%s must be a numeric %s", names[part],
-                 is_matrix_part(part) ? "matrix" : "vector");
+        Rf_error("%s must be a numeric %s", name, kind);
     }
     return Rf_coerceVector(given, REALSXP);
 }
@@ -66,7 +65,9 @@ static int variables_of(SEXP kept) {
 problem_parts read_parts(SEXP given) {
     problem_parts parts = {0, 0, 0, PROTECT(Rf_allocVector(VECSXP, PARTS))};
     for (int part = 0; part < PARTS; ++part) {
-        SET_VECTOR_ELT(parts.kept, part, as_doubles(VECTOR_ELT(given, part), part));
+        SET_VECTOR_ELT(parts.kept, part,
+                       as_doubles(VECTOR_ELT(given, part), names[part],
+                                  is_matrix_part(part) ? "matrix" : "vector"));
     }
     parts.n = variables_of(parts.kept);
     parts.mG = rows_of(VECTOR_ELT(parts.kept, PART_G));
@@ -83,7 +84,12 @@ problem_parts read_parts(SEXP given) {
     if (parts.mG > 0 && part_data(&parts, PART_H) == NULL && part_data(&parts, PART_L) == NULL) {
         Rf_error("G without h or l");
     }
-    if ((parts.mA > 0) != (part_data(&parts, PART_B) != NULL)) {
+    if (part_data(&parts, PART_G) == NULL && (Rf_xlength(VECTOR_ELT(parts.kept, PART_H)) > 0 ||
+                                              Rf_xlength(VECTOR_ELT(parts.kept, PART_L)) > 0)) {
+        Rf_error("h or l without G");
+    }
+    if (parts.mA > 0 ? part_data(&parts, PART_B) == NULL
+                     : Rf_xlength(VECTOR_ELT(parts.kept, PART_B)) > 0) {
         Rf_error("A and b belong together");
     }
     UNPROTECT(1);

@@ -181,7 +181,7 @@ SEXP C_solve_quadprog(SEXP D, SEXP d, SEXP A, SEXP b, SEXP meq, SEXP factorized)
     const dual_form form = form_of(D, d, A, b, Rf_asInteger(meq), Rf_asLogical(factorized) == 1);
     const SEXP list = PROTECT(Rf_mkNamed(VECSXP, names));
     int8_t* sides = (int8_t*)R_alloc((size_t)form.m + 1, 1);
-    char message[512] = "";
+    char message[4096] = ""; /* ten faults */
     activeset_result result;
     activeset_result_init(&result);
     result.x = REAL(vector_of(list, 0, form.n));

@@ -76,13 +76,18 @@ SEXP output_to_r(const problem_parts* parts, const solve_output* output) {
         "seconds", "farkas",      "direction", "message",    ""};
     const activeset_result* result = &output->result;
     const int n = parts->n;
+    if (result->status == ACTIVESET_INVALID) {
+        return Rf_mkString(output->message);
+    }
+    const int has_objective =
+        result->status != ACTIVESET_INFEASIBLE && result->status != ACTIVESET_NOT_CONVEX;
     const SEXP list = PROTECT(Rf_mkNamed(VECSXP, names));
     const double iterations = (double)(result->phase_one_iterations + result->main_iterations +
                                        result->prediction_iterations + result->dual_iterations +
                                        result->refinement_iterations);
     SET_VECTOR_ELT(list, 0, Rf_mkString(activeset_text(result->status)));
     SET_VECTOR_ELT(list, 1, numbers_of(result->x, n));
-    SET_VECTOR_ELT(list, 2, Rf_ScalarReal(result->objective));
+    SET_VECTOR_ELT(list, 2, Rf_ScalarReal(has_objective ? result->objective : R_NaN));
     SET_VECTOR_ELT(list, 3, numbers_of(result->y, parts->mG));
     SET_VECTOR_ELT(list, 4, numbers_of(result->y + parts->mG, parts->mA));
     SET_VECTOR_ELT(list, 5, numbers_of(result->z, n));
@@ -127,12 +132,19 @@ warm_start read_warm_start(const problem_parts* parts, SEXP start) {
     if (Rf_isNull(start)) {
         return read;
     }
-    const SEXP x = TYPEOF(start) == VECSXP ? element(start, "x") : R_NilValue;
-    if (TYPEOF(x) != REALSXP || Rf_xlength(x) != parts->n) {
-        Rf_error("warm_start must be a result of %d variables", parts->n);
+    SEXP x = TYPEOF(start) == VECSXP ? element(start, "x") : R_NilValue;
+    if (!Rf_isNumeric(x) || Rf_xlength(x) != parts->n) {
+        Rf_error("warm_start must be a result of %d variables, or a list with so many numbers x",
+                 parts->n);
     }
+    double* point = (double*)R_alloc((size_t)parts->n + 1, sizeof(double));
+    x = PROTECT(Rf_coerceVector(x, REALSXP));
+    if (parts->n > 0) {
+        memcpy(point, REAL(x), (size_t)parts->n * sizeof *point);
+    }
+    UNPROTECT(1);
     for (int i = 0; i < parts->n; ++i) {
-        if (!R_FINITE(REAL(x)[i])) {
+        if (!R_FINITE(point[i])) {
             return read; /* a solve that found no point */
         }
     }
@@ -146,28 +158,6 @@ warm_start read_warm_start(const problem_parts* parts, SEXP start) {
         read.row_sides = sides;
         read.bound_sides = sides + parts->mG + parts->mA;
     }
-    read.x = REAL(x);
+    read.x = point;
     return read;
-}
-
-void read_faults(const activeset_problem* problem, problem_faults* faults) {
-    for (int i = 0; i < SHOWN_FAULTS; ++i) {
-        faults->shown[i].struct_size = sizeof faults->shown[i];
-    }
-    if (activeset_faults(problem, faults->shown, SHOWN_FAULTS, &faults->count) != ACTIVESET_OK) {
-        faults->count = 0;
-    }
-}
-
-SEXP faults_to_r(const problem_faults* faults, const solve_output* output) {
-    if (faults->count == 0) {
-        return Rf_mkString(output->message);
-    }
-    const int shown = faults->count < SHOWN_FAULTS ? (int)faults->count : SHOWN_FAULTS;
-    const SEXP texts = PROTECT(Rf_allocVector(STRSXP, shown));
-    for (int i = 0; i < shown; ++i) {
-        SET_STRING_ELT(texts, i, Rf_mkCharCE(faults->shown[i].text, CE_UTF8));
-    }
-    UNPROTECT(1);
-    return texts;
 }

@@ -20,6 +20,8 @@ typedef struct {
 
 /* Turns the parts into doubles and checks their shapes. The caller must protect `kept`. */
 problem_parts read_parts(SEXP given);
+/* A vector or matrix as doubles, or NULL as it is; anything but numbers is an error. */
+SEXP as_doubles(SEXP given, const char* name, const char* kind);
 /* The numbers of a part; null if it is absent. */
 const double* part_data(const problem_parts* parts, int part);
 /* The rows of G above those of A, by columns, without a copy if only one is given; null without rows. */
@@ -35,9 +37,10 @@ void read_settings(SEXP settings, activeset_options* options);
 /* The arrays that a solve writes, in memory that R frees after the call. */
 typedef struct {
     activeset_result result;
-    char message[512];
+    char message[4096]; /* ten faults */
 } solve_output;
 void prepare_output(const problem_parts* parts, solve_output* output);
+/* The result as a list, or the text of the faults if the problem is invalid. */
 SEXP output_to_r(const problem_parts* parts, const solve_output* output);
 
 /* The start of a solve: a result, or a list with x. Without one the pointers are null. */
@@ -56,15 +59,6 @@ int set_parts(activeset_problem* problem,
               const double* upper,
               const double* lb,
               const double* ub);
-
-/* The faults of an invalid problem and their texts. Reading them raises no R error. */
-enum { SHOWN_FAULTS = 10 };
-typedef struct {
-    activeset_fault shown[SHOWN_FAULTS];
-    int64_t count;
-} problem_faults;
-void read_faults(const activeset_problem* problem, problem_faults* faults);
-SEXP faults_to_r(const problem_faults* faults, const solve_output* output);
 
 /* Raises an R error unless the code is ACTIVESET_OK. */
 void raise_code(int code);

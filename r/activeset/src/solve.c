@@ -60,7 +60,6 @@ static int solve_parts(const problem_parts* parts,
                        const warm_start* start,
                        const activeset_options* options,
                        solve_output* output,
-                       problem_faults* faults,
                        const double* const arrays[5]) {
     activeset_problem* problem = NULL;
     int code = activeset_problem_new(parts->n, (int64_t)parts->mG + parts->mA, &problem);
@@ -75,9 +74,6 @@ static int solve_parts(const problem_parts* parts,
         code = activeset_solve(problem, options, &output->result);
         end_interruptible();
     }
-    if (code == ACTIVESET_OK && output->result.status == ACTIVESET_INVALID) {
-        read_faults(problem, faults);
-    }
     activeset_problem_free(problem);
     return code;
 }
@@ -85,7 +81,7 @@ static int solve_parts(const problem_parts* parts,
 SEXP C_solve_qp(SEXP given, SEXP x0, SEXP start, SEXP settings) {
     const problem_parts parts = read_parts(given);
     PROTECT(parts.kept);
-    const SEXP point = PROTECT(Rf_isNull(x0) ? x0 : Rf_coerceVector(x0, REALSXP));
+    const SEXP point = PROTECT(as_doubles(x0, "x0", "vector"));
     if (!Rf_isNull(point) && Rf_xlength(point) != parts.n) {
         Rf_error("x0 has %.0f entries, expected %d", (double)Rf_xlength(point), parts.n);
     }
@@ -94,15 +90,13 @@ SEXP C_solve_qp(SEXP given, SEXP x0, SEXP start, SEXP settings) {
     const warm_start warm = read_warm_start(&parts, start);
     solve_output output;
     prepare_output(&parts, &output);
-    problem_faults faults;
     const double* arrays[5] = {joined_rows(&parts), NULL, NULL, bound_data(&parts, PART_LB),
                                bound_data(&parts, PART_UB)};
     joined_sides(&parts, &arrays[1], &arrays[2]);
     raise_code(solve_parts(&parts, Rf_isNull(point) ? NULL : REAL(point), &warm, &options, &output,
-                           &faults, arrays));
+                           arrays));
     deliver_interrupt();
-    const SEXP answer = output.result.status == ACTIVESET_INVALID ? faults_to_r(&faults, &output)
-                                                                  : output_to_r(&parts, &output);
+    const SEXP answer = output_to_r(&parts, &output);
     UNPROTECT(2);
     return answer;
 }

@@ -69,8 +69,7 @@ SEXP C_solver_solve(SEXP pointer) {
     end_interruptible();
     deliver_interrupt();
     raise_code(code);
-    const SEXP answer = output.result.status == ACTIVESET_INVALID ? Rf_mkString(output.message)
-                                                                  : output_to_r(&parts, &output);
+    const SEXP answer = output_to_r(&parts, &output);
     UNPROTECT(1);
     return answer;
 }

@@ -36,6 +36,7 @@ test_that("what contradicts itself has a proof", {
     r <- solve_qp(q = c(1, 1), G = c(1, 1), h = 3, lb = c(2, 1.5))
     expect_identical(r$status, "infeasible")
     expect_equal(r$farkas$z * c(1, 1) + r$farkas$z_box, c(0, 0), tolerance = 1e-15)
+    expect_identical(r$obj, NaN)
     expect_lt(r$farkas$z * 3 + sum(r$farkas$z_box * c(2, 1.5)), 0)
 })
 
@@ -55,6 +56,20 @@ test_that("wrong data are errors that name the part and count from 1", {
     expect_error(solve_qp(diag(2), 1:2, x0 = 1), "x0 has 1 entries")
     expect_error(solve_qp(diag(2), 1:2, settings = list(tolerance = 1)), "activeset_settings")
     expect_error(solve_qp(diag(2), 1:2, warm_start = 3), "warm_start must be a result")
+    expect_error(solve_qp(diag(2), 1:2, x0 = c("1", "2")), "x0 must be a numeric vector")
+    expect_error(solve_qp(diag(2), 1:2, h = 1), "h or l without G")
+    expect_error(solve_qp(diag(2), 1:2, b = 1), "A and b belong together")
+    expect_error(solve_qp(matrix(1:4, 2), 1:2), "P is not symmetric: P[1, 2] = 3", fixed = TRUE)
+    expect_error(solve_qp(diag(20), rep(NaN, 20)), "q\\[10\\] = nan.*and 10 more$")
+    expect_error(solve_qp(diag(2), 1:2, settings = activeset_settings(time_limit = -1)), "^time_limit = -1")
+    expect_error(activeset_settings(max_iterations = 0.5), "max_iterations must be at least 1")
+    call <- conditionCall(tryCatch(solve_qp(diag(2), 1:3), error = identity))
+    expect_identical(call[[1L]], quote(solve_qp))
+})
+
+test_that("matrices without rows are no constraints", {
+    none <- matrix(0, 0, 2)
+    expect_equal(solve_qp(diag(2), c(-1, 1), G = none, h = double(), A = none, b = double())$x, c(1, -1))
 })
 
 test_that("what is passed in stays as it is", {

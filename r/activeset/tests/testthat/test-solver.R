@@ -25,6 +25,7 @@ test_that("a solver gives what single solves give", {
 test_that("an update that does not fit changes nothing", {
     solver <- activeset_solver(diag(2), c(-1, -1), G = c(1, 1), h = 1)
     expect_error(update(solver, q = 1:3), "expected")
+    expect_error(update(solver, Q = 2 * diag(2)), "no part 'Q'")
     expect_error(update(solver, q = c(-9, 0), G = diag(2), h = 1:2), "keeps its sizes")
     expect_equal(solve(solver)$x, c(0.5, 0.5), tolerance = 1e-15)
     update(solver, q = c(NaN, 1))
