@@ -67,7 +67,9 @@ private:
     void computeSums() {
         const frontend::SmallMatrix data{memory_.data, shape_.height(), shape_.cols(),
                                          shape_.height(), shape_.height()};
+        memory_.x[4] = memory_.x[9] = 0.0;
         kernels_.exactProduct(data, memory_.x, memory_.products);
+        kernels_.addColumns(data, memory_.x, memory_.products.scale);
         const Numbers members{3.0, 20.0, 0.0, 22.0, 13.0};
         const frontend::SmallMatrix rows{memory_.data + shape_.head(), shape_.rows(), shape_.cols(),
                                          shape_.height(), shape_.rows()};

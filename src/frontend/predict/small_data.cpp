@@ -97,6 +97,15 @@ bool loadSides(const VectorView& lower,
     return extent.isSound && largest <= LargestEntry;
 }
 
+double leastPivot(const SmallMemory& memory) {
+    const SmallShape& shape = memory.shape;
+    double least = Infinity;
+    for (std::size_t j = 0; j < shape.n; ++j) {
+        least = std::min(least, memory.images[j * (shape.height() + shape.head() + 1)]);
+    }
+    return least * least;
+}
+
 SmallMatrix imagesOf(const SmallMemory& memory) {
     const SmallShape& shape = memory.shape;
     return {memory.images + shape.head(), shape.constraints(), shape.cols(),
@@ -125,6 +134,7 @@ bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& exte
                            SmallestPivot)) {
         return false;
     }
+    extent.leastPivot = leastPivot(memory);
     const SmallMatrix images = imagesOf(memory);
     kernels.inverseNorms(images, SmallestNorm, memory.inverseNorm);
     memory.inverseNorm[shape.m] = 0.0;  // the row of c

@@ -14,6 +14,7 @@ struct SmallExtent {
     double A = 0.0;
     double rowSides = 0.0;
     double bounds = 0.0;
+    double leastPivot = 0.0;  ///< of the Cholesky factor of H, squared
 };
 
 /// Whether the problem is small and has an H, all parts have the right shapes and enough memory,

@@ -39,11 +39,14 @@ public:
     /// Whether members, or they and a side without a multiplier that the point in the memory
     /// misses, are nearly dependent, or quite.
     [[nodiscard]] bool isNearlyDependent();
+    /// The least part of a member's image, of length 1, that the members before it leave.
+    [[nodiscard]] double leastPart() const;
 
     [[nodiscard]] std::size_t steps() const { return steps_; }
     [[nodiscard]] const SmallFactor& factor() const { return factor_; }
     [[nodiscard]] std::size_t constraintOf(std::size_t k) const {
-        return static_cast<std::size_t>(m_.member[k]);
+        // Processors convert to signed numbers at once.
+        return static_cast<std::size_t>(static_cast<std::ptrdiff_t>(m_.member[k]));
     }
     /// The constraint that members contradict, and its sign.
     [[nodiscard]] std::size_t newcomer() const { return newcomer_; }

@@ -69,13 +69,19 @@ bool SmallDual::repeatsMember(std::size_t i) const {
     return std::any_of(m_.member, m_.member + factor_.size(), isSame);
 }
 
-bool SmallDual::isNearlyDependent() {
-    const SmallShape& shape = m_.shape;
+double SmallDual::leastPart() const {
+    double largest = 1.0;
     for (std::size_t k = 0; k < factor_.size(); ++k) {
         // Rotations have turned signs round.
-        if (std::abs(m_.T[k * shape.head() + k]) * NearlyDependentImage > 1.0) {
-            return true;
-        }
+        largest = std::max(largest, std::abs(m_.T[k * (m_.shape.head() + 1)]));
+    }
+    return 1.0 / largest;
+}
+
+bool SmallDual::isNearlyDependent() {
+    const SmallShape& shape = m_.shape;
+    if (leastPart() < NearlyDependentImage) {
+        return true;
     }
     const double* const value = m_.products.value + shape.head();
     const double* const rest = m_.products.rest + shape.head();

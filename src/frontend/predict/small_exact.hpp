@@ -7,8 +7,7 @@
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_EXACT_HPP
 #endif
 
-#include "frontend/predict/small_kernels.hpp"
-#include "frontend/predict/small_lanes.hpp"
+#include "frontend/predict/small_products.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace activeset::frontend::HWY_NAMESPACE {
@@ -36,10 +35,11 @@ struct ExactSum {
 };
 
 void exactProduct(const SmallMatrix& a, const double* x, const SmallSums& sums) {
+    const NonzeroColumns columns(a, x);
     for (std::size_t row = 0; row < a.rows; row += OctetLanes) {
         ExactSum sum{octetOf(0.0), octetOf(0.0), octetOf(0.0)};
-        for (std::size_t j = 0; j < a.cols; ++j) {
-            sum.addProducts(load(a.data + j * a.leading + row), spread(x[j]));
+        for (std::size_t k = 0; k < columns.count(); ++k) {
+            sum.addProducts(load(a.data + columns.offset(k) + row), columns.factor(k));
         }
         store(sum.value, sums.value + row);
         store(sum.rest, sums.rest + row);

@@ -21,6 +21,7 @@ SmallKernels table() {
             factorise,
             inverseNorms,
             multiplyAdd,
+            addColumns,
             multiplyTransposed,
             dot,
             addScaled,

@@ -10,6 +10,9 @@
 
 namespace activeset::frontend {
 
+/// The most columns that a matrix has.
+inline constexpr std::size_t MostSmallColumns = 256;
+
 /// rows × cols; rows is a multiple of eight.
 struct SmallMatrix {
     const double* data = nullptr;
@@ -128,6 +131,8 @@ struct SmallKernels {
     void (*inverseNorms)(const SmallMatrix& a, double smallest, double* y);
     /// y := A·x + b; without b, A·x.
     void (*multiplyAdd)(const SmallMatrix& a, const double* x, const double* b, double* y);
+    /// y := y + A·x where many entries of x are zero.
+    void (*addColumns)(const SmallMatrix& a, const double* x, double* y);
     /// y := Aᵀx, cols entries.
     void (*multiplyTransposed)(const SmallMatrix& a, const double* x, double* y);
     double (*dot)(const double* x, const double* y, std::size_t count);

@@ -29,7 +29,7 @@ struct SmallShape {
 
 class SmallMemory {
 public:
-    static constexpr std::size_t MostVariables = 256;  ///< of a problem that fits
+    static constexpr std::size_t MostVariables = MostSmallColumns;
 
     /// Whether a problem is small enough: so that its block stays below four mebibytes, and its
     /// numbers in the caches. With more than 100 variables it has rows, too; where bounds prevail a

@@ -67,6 +67,7 @@ SmallProblem::SoftEnd SmallProblem::solveNextSoft(const Problem& problem,
     if (!loadNext(problem, areMatricesKept) || !dual_.caps().load(problem)) {
         return SoftEnd::GivenUp;
     }
+    isSetKept_ = false;
     dual_.beginWithinCaps(start.workingSet);
     const double setup = control.seconds();
     control.poll();
@@ -139,7 +140,8 @@ bool SmallProblem::load(const Problem& problem) {
 }
 
 void SmallProblem::begin(const Kept& kept, const WorkingSet& set) {
-    if (!kept.set || !dual_.beginAgain()) {
+    isSetKept_ = kept.set && dual_.beginAgain();
+    if (!isSetKept_) {
         dual_.begin(set);
     }
 }
@@ -166,17 +168,31 @@ bool SmallProblem::minimise(const Problem& problem,
     return isProved;
 }
 
+bool SmallProblem::isWellConditioned() const {
+    constexpr double LeastTrustedPivot = 1e-4;  // in proportion to the largest entry of H
+    constexpr double LeastTrustedPart = 1e-2;
+    return extent_.leastPivot >= LeastTrustedPivot * extent_.H &&
+           dual_.leastPart() >= LeastTrustedPart;
+}
+
+// Corrects the point until it is exact. That of kept factors may be exact as it is.
 bool SmallProblem::proveOptimum(const Problem& problem, double tolerance, Result& result) {
     SmallRefinement refinement(memory_, dual_);
     refinement.begin();
     Judgement judgement;
     std::size_t corrections = 0;
-    do {
-        refinement.correct();
+    const auto isExact = [&] {
         judgement = judge(memory_, extent_, problem.constant);
-    } while (++corrections < MostCorrections &&
-             !(judgement.certificate.holds(ExactResidual) &&
-               judgement.certificate.primal.relative <= FeasibleSide));
+        return judgement.certificate.holds(ExactResidual) &&
+               judgement.certificate.primal.relative <= FeasibleSide;
+    };
+    bool isDone = isSetKept_ && isWellConditioned() && refinement.areRowsMet(FeasibleSide) &&
+                  isExact() && !judgement.isDelicate;
+    while (!isDone) {
+        refinement.correct();
+        ++corrections;
+        isDone = isExact() || corrections == MostCorrections;
+    }
     if (!judgement.certificate.holds(tolerance) ||
         !(judgement.certificate.primal.relative <= FeasibleSide) ||
         (judgement.isDelicate && dual_.isNearlyDependent())) {

@@ -82,6 +82,7 @@ private:
                                 Control& control,
                                 Result& result);
     void finish(double setup, double begin, const Control& control, Result& result) const;
+    [[nodiscard]] bool isWellConditioned() const;
     [[nodiscard]] bool proveOptimum(const Problem& problem, double tolerance, Result& result);
 
     SmallMemory memory_;
@@ -90,7 +91,8 @@ private:
     enum class Matrices { Unknown, Unfit, Ready };
     Matrices matrices_ = Matrices::Unknown;
     bool areSetsListed_ = true;
-    bool hasEnded_ = false;  ///< at an optimum, whose working set is still factorised
+    bool hasEnded_ = false;   ///< at an optimum, whose working set is still factorised
+    bool isSetKept_ = false;  ///< the solve began with that
 };
 
 }  // namespace activeset::frontend

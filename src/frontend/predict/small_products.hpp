@@ -18,27 +18,111 @@ HWY_INLINE std::size_t firstColumn(const SmallMatrix& a, std::size_t row) {
     return row < a.triangle ? 0 : row - a.triangle;
 }
 
-/// Rows `row` to `row + 8` of A·x.
-HWY_INLINE Octet panelProduct(const SmallMatrix& a, std::size_t row, const double* x) {
-    Octet even = octetOf(0.0);
-    Octet odd = even;
-    const double* column = a.data + row;
-    std::size_t j = firstColumn(a, row);
+/// The columns of a matrix whose entry of x is not zero; the others add nothing to A·x.
+class NonzeroColumns {
+public:
+    HWY_INLINE NonzeroColumns(const SmallMatrix& a, const double* x) {
+        for (std::size_t j = 0; j < a.cols; ++j) {
+            offsets_[count_] = j * a.leading;
+            factors_[count_] = x[j];
+            count_ += x[j] != 0.0 ? 1U : 0U;
+        }
+    }
+    [[nodiscard]] HWY_INLINE std::size_t count() const { return count_; }
+    [[nodiscard]] HWY_INLINE std::size_t offset(std::size_t k) const { return offsets_[k]; }
+    [[nodiscard]] HWY_INLINE Part factor(std::size_t k) const { return spread(factors_[k]); }
+
+private:
+    std::size_t count_ = 0;
+    std::size_t offsets_[MostSmallColumns];
+    double factors_[MostSmallColumns];
+};
+
+/// Panels of eight rows that share the entries of x: as many as there are registers for.
+constexpr std::size_t MostPanels = Parts == 1 ? 4 : Parts == 2 ? 2 : 1;
+
+/// A·x from a row on, in panels, with one sum for the even columns and one for the odd.
+template <std::size_t Panels>
+HWY_INLINE void panelProducts(const SmallMatrix& a,
+                              std::size_t row,
+                              const double* x,
+                              Octet (&products)[Panels]) {
+    Octet odd[Panels];
+    const auto addPair = [&](std::size_t k, std::size_t j) HWY_ATTR {
+        const double* const column = a.data + j * a.leading + row + k * OctetLanes;
+        addTo(products[k], load(column), spread(x[j]));
+        addTo(odd[k], load(column + a.leading), spread(x[j + 1]));
+    };
+    // Below the first row of a triangle the panels begin in different columns.
+    std::size_t j = firstColumn(a, row + (Panels - 1) * OctetLanes);
+    for (std::size_t k = 0; k < Panels; ++k) {
+        products[k] = odd[k] = octetOf(0.0);
+        for (std::size_t i = firstColumn(a, row + k * OctetLanes); i < j; i += 2) {
+            addPair(k, i);
+        }
+    }
     for (; j + 2 <= a.cols; j += 2) {
-        addTo(even, load(column + j * a.leading), spread(x[j]));
-        addTo(odd, load(column + (j + 1) * a.leading), spread(x[j + 1]));
+        for (std::size_t k = 0; k < Panels; ++k) {
+            addPair(k, j);
+        }
     }
-    if (j < a.cols) {
-        addTo(even, load(column + j * a.leading), spread(x[j]));
+    for (std::size_t k = 0; k < Panels; ++k) {
+        if (j < a.cols) {
+            addTo(products[k], load(a.data + j * a.leading + row + k * OctetLanes), spread(x[j]));
+        }
+        products[k] = plus(products[k], odd[k]);
     }
-    return plus(even, odd);
+}
+
+/// Hands the rows of A·x from a row on to take(eight of them, the first one's number).
+template <std::size_t Panels, class Take>
+HWY_INLINE void eachPanel(const SmallMatrix& a, std::size_t row, const double* x, Take take) {
+    for (; row + Panels * OctetLanes <= a.rows; row += Panels * OctetLanes) {
+        Octet products[Panels];
+        panelProducts(a, row, x, products);
+        for (std::size_t k = 0; k < Panels; ++k) {
+            take(products[k], row + k * OctetLanes);
+        }
+    }
+    if constexpr (Panels > 1) {
+        eachPanel<Panels / 2>(a, row, x, take);
+    }
 }
 
 void multiplyAdd(const SmallMatrix& a, const double* x, const double* b, double* y) {
-    for (std::size_t row = 0; row < a.rows; row += OctetLanes) {
-        const Octet product = panelProduct(a, row, x);
+    eachPanel<MostPanels>(a, 0, x, [&](const Octet& product, std::size_t row) HWY_ATTR {
         store(b == nullptr ? product : plus(product, load(b + row)), y + row);
+    });
+}
+
+/// y := y + A·x from a row on, by the columns whose entry of x is not zero.
+template <std::size_t Panels>
+HWY_INLINE void addToPanels(const SmallMatrix& a,
+                            std::size_t row,
+                            const NonzeroColumns& columns,
+                            double* y) {
+    for (; row + Panels * OctetLanes <= a.rows; row += Panels * OctetLanes) {
+        Octet sums[Panels];
+        for (std::size_t p = 0; p < Panels; ++p) {
+            sums[p] = load(y + row + p * OctetLanes);
+        }
+        for (std::size_t k = 0; k < columns.count(); ++k) {
+            const double* const column = a.data + columns.offset(k) + row;
+            for (std::size_t p = 0; p < Panels; ++p) {
+                addTo(sums[p], load(column + p * OctetLanes), columns.factor(k));
+            }
+        }
+        for (std::size_t p = 0; p < Panels; ++p) {
+            store(sums[p], y + row + p * OctetLanes);
+        }
     }
+    if constexpr (Panels > 1) {
+        addToPanels<Panels / 2>(a, row, columns, y);
+    }
+}
+
+void addColumns(const SmallMatrix& a, const double* x, double* y) {
+    addToPanels<2 * MostPanels>(a, 0, NonzeroColumns(a, x), y);
 }
 
 double dot(const double* x, const double* y, std::size_t count) {
@@ -171,9 +255,7 @@ SmallViolation price(const SmallMatrix& a,
             judge(sums[k], row + k * OctetLanes);
         }
     }
-    for (; row < a.rows; row += OctetLanes) {
-        judge(panelProduct(a, row, z), row);
-    }
+    eachPanel<MostPanels>(a, row, z, judge);
     return farthest.result();
 }
 

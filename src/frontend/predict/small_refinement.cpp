@@ -57,17 +57,36 @@ void SmallRefinement::formSums() {
                          m_.pull);
 }
 
+/// The side of a member less its value.
+double SmallRefinement::missOf(std::size_t k) const {
+    const std::size_t i = dual_.constraintOf(k);
+    const double side = m_.sign[k] > 0.0 ? m_.upper[i] : m_.lower[i];
+    const std::size_t row = m_.shape.head() + i;
+    return isRow(i) ? (side - m_.products.value[row]) - m_.products.rest[row]
+                    : side - m_.x[i - m_.shape.rows()];
+}
+
+bool SmallRefinement::areRowsMet(double tolerance) const {
+    bool areMet = true;
+    for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
+        const std::size_t i = dual_.constraintOf(k);
+        if (isRow(i)) {
+            const double miss = missOf(k);
+            const double beyond = m_.isEquality[k] != 0.0 ? std::abs(miss) : -m_.sign[k] * miss;
+            const double side = std::abs(m_.sign[k] > 0.0 ? m_.upper[i] : m_.lower[i]);
+            areMet =
+                areMet && beyond <= tolerance * (m_.products.scale[m_.shape.head() + i] + side);
+        }
+    }
+    return areMet;
+}
+
 // memory.residual := r₁; memory.s := r₂ of the members, in proportion to the norms of their images.
 void SmallRefinement::formResiduals() {
     const SmallShape& shape = m_.shape;
     m_.kernels.negativeGradient(gradientOf(m_), shape.head(), m_.residual);
     for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
-        const std::size_t i = dual_.constraintOf(k);
-        const double side = m_.sign[k] > 0.0 ? m_.upper[i] : m_.lower[i];
-        const double miss = isRow(i) ? (side - m_.products.value[shape.head() + i]) -
-                                           m_.products.rest[shape.head() + i]
-                                     : side - m_.x[i - shape.rows()];
-        m_.s[k] = m_.sign[k] * m_.inverseNorm[i] * miss;
+        m_.s[k] = m_.sign[k] * m_.inverseNorm[dual_.constraintOf(k)] * missOf(k);
     }
 }
 
@@ -110,7 +129,7 @@ void SmallRefinement::correct() {
         formSums();
         return;
     }
-    m_.kernels.multiplyAdd(data(), m_.step, m_.products.rest, m_.products.rest);
+    m_.kernels.addColumns(data(), m_.step, m_.products.rest);
     setMultipliers();
     m_.kernels.addRows(rows(), m_.member, m_.p, dual_.factor().size(), head, m_.pull.rest);
 }

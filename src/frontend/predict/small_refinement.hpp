@@ -13,11 +13,14 @@ public:
 
     /// memory.x, memory.multipliers and their sums, from where the dual method has ended.
     void begin();
+    /// Whether the members that are rows are within their sides, but for so much of their terms.
+    [[nodiscard]] bool areRowsMet(double tolerance) const;
     /// Moves them by one correction, and the sums with them.
     void correct();
 
 private:
     [[nodiscard]] bool isRow(std::size_t i) const { return i < m_.shape.rows(); }
+    [[nodiscard]] double missOf(std::size_t k) const;
     [[nodiscard]] SmallMatrix data() const;
     [[nodiscard]] SmallMatrix rows() const;  ///< of A
     void setMultipliers();
