@@ -1,4 +1,4 @@
-// Draws the results that stand in the page. All text goes through textContent.
+// Draws the results that the page contains. All text is set through textContent.
 const results = JSON.parse(document.getElementById("data").textContent);
 const page = document.getElementById("page");
 const SVG = "http://www.w3.org/2000/svg";
@@ -33,10 +33,10 @@ function stepsOf(r) {
     .reduce((sum, key) => sum + (r[key] || 0), 0);
 }
 
-// Columns are [title, is a number]; a row is a list of values.
+// Columns are [title, whether numeric]; a row is a list of values.
 function table(columns, rows, label) {
   const box = make("div", null, "scroll");
-  box.tabIndex = 0; // the keys scroll it, too
+  box.tabIndex = 0; // so that keys scroll it, too
   const whole = make("table", null, null, box);
   whole.setAttribute("aria-label", label);
   const head = make("tr", null, null, make("thead", null, null, whole));

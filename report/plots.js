@@ -1,13 +1,13 @@
-// Lines and distributions, drawn by uPlot. Every plot also says in words where it begins and ends.
+// Lines and distributions, drawn by uPlot. Each plot also has a text that says where it begins and ends.
 const Palette = () => getComputedStyle(document.documentElement);
 const colour = (name) => () => Palette().getPropertyValue(name).trim();
 const charts = []; // all plots of the page
 
-// Math.min and Math.max take no more arguments than the stack holds.
+// Math.min and Math.max fail for more arguments than the stack can hold.
 const least = (values) => values.reduce((a, b) => Math.min(a, b), Infinity);
 const largest = (values) => values.reduce((a, b) => Math.max(a, b), -Infinity);
 
-// Logarithmic axes are linear ones of decimal logarithms.
+// Logarithmic axes are linear axes of decimal logarithms.
 const Whole = [1, 2, 5, 10, 20, 50, 100, 200, 500, 1000, 2000, 5000, 10000, 100000, 1000000];
 const powerOf = (v) => (Math.abs(v) < 3 ? shown(Number((10 ** v).toPrecision(2))) : (10 ** v).toExponential(v % 1 ? 1 : 0));
 function axis(extra) {
@@ -55,7 +55,7 @@ function histogram(parent, caption, values, unit) {
     series: [{}, { fill: colour("--mark"), width: 0, paths: uPlot.paths.bars({ size: [0.9] }), points: { show: false } }],
   });
 }
-// Colours follow the scheme; paper is light in any.
+// Colours follow the colour scheme; print is always light.
 function redrawAll() { for (const plot of charts) plot.redraw(false, true); }
 matchMedia("(prefers-color-scheme: dark)").addEventListener("change", redrawAll);
 for (const [event, isPaper] of [["beforeprint", true], ["afterprint", false]]) {

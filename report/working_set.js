@@ -1,11 +1,11 @@
-// The working set over the passes of a solve, as bars: a line for each constraint.
+// The working set over the passes of a solve: a line of bars for each constraint.
 
 // Label and side of each kind of member.
 const Kinds = {
   equalities: ["row_names", "="], rows_at_lower: ["row_names", "≥"], rows_at_upper: ["row_names", "≤"],
   fixed: ["names", "="], at_lower: ["names", "≥"], at_upper: ["names", "≤"],
 };
-// Of each constraint that was ever a member: its name and from which pass on up to before which it was.
+// For each constraint that was ever a member: its name, and the first pass with it and the next one without.
 function stays(r) {
   const found = new Map();
   r.passes.forEach((pass, at) => {
@@ -25,7 +25,7 @@ function stays(r) {
 function pictureOf(r) {
   const most = 60, count = r.passes.length, all = stays(r);
   if (!all.length) return;
-  // Those that come and go most tell most; they are shown as they first come.
+  // The constraints that change most often are shown, in the order of their first entry.
   const changes = (one) => one.runs.length * 2 - (one.runs.at(-1).to === null ? 1 : 0);
   const shownOnes = [...all].sort((p, q) => changes(q) - changes(p)).slice(0, most)
     .sort((p, q) => p.runs[0].from - q.runs[0].from);
@@ -33,7 +33,7 @@ function pictureOf(r) {
   const figure = make("figure");
   make("figcaption", "Working set: ▸ enters, × leaves; the colour tells lower sides from the others.", null, figure);
   const scrolled = make("div", null, "scroll", figure);
-  scrolled.tabIndex = 0; // the keys scroll it, too
+  scrolled.tabIndex = 0; // so that keys scroll it, too
   const svg = draw(scrolled, "svg", { class: "wide", viewBox: `0 0 ${width} ${height}`, role: "img", id: "working-set",
     "aria-label": "Which constraints are in the working set after each pass" });
   const x = (pass) => left + pass * (width - left - 4) / count;

@@ -65,7 +65,7 @@ class Batch:
         raise fault("q", "is missing, and no other part says how many variables there are")
 
     def _reason(self, name: str) -> str:
-        """Which other part says how many variables there are."""
+        """The other part from which the number of variables is known."""
         other = next(other for other in ("q", "P", "G", "A") if other in self.parts)
         return "" if name == other else f", as {other} has shape {self.parts[other].shape}"
 

@@ -112,6 +112,6 @@ def _fit(A: Any, b: Any, lower: Any, upper: Any, settings: Settings | None) -> R
 
 
 def _spread(side: Any, n: tuple[int, ...]) -> Any:
-    """Sides of all variables: a number stands for all of them, None for no sides."""
+    """Sides of all variables: a number counts for all of them, None means no sides."""
     return np.full(n, float(side)) if isinstance(side, (int, float)) or (
         side is not None and np.ndim(side) == 0) else side

@@ -13,7 +13,7 @@ if TYPE_CHECKING:
     from ._result import Result
 
 _SHOWN = 6  # entries of a vector
-_LEAST = 1e-16  # smaller residuals are not told apart
+_LEAST = 1e-16  # smaller residuals are shown as "below" it
 
 
 def _vector(values: np.ndarray[Any, Any], names: tuple[str, ...] | None) -> str:

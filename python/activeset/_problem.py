@@ -199,7 +199,7 @@ def _members(path: str | PathLike[str]) -> dict[str, Any]:
                 parts[name] = archive[name]
         except MemoryError:
             raise
-        except Exception as error:  # damage shows in errors of the archive, of zlib, of headers
+        except Exception as error:  # damage causes errors of the archive, of zlib or of headers
             raise ValueError(f"{path}{member}, cannot be read: {error}") from None
     return parts
 

@@ -81,7 +81,7 @@ def _violated(working_set: WorkingSet) -> dict[str, Any]:
 
 
 def _passes(passes: Sequence[Progress]) -> list[dict[str, Any]]:
-    """Each with what has come and gone since the one before, where all of them tell."""
+    """Each pass, with the changes of the working set since the last one if all passes have it."""
     before: dict[str, list[int]] = {name: [] for name in _KINDS}
     tells = all(p.working_set is not None for p in passes)
     told = []

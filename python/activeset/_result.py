@@ -72,7 +72,7 @@ _MEANING = {
 }
 
 
-# Where a solve may have ended at a point, but no objective is the problem's.
+# Outcomes that may have a point, but no objective.
 WITHOUT_OBJECTIVE = (Status.INFEASIBLE, Status.NOT_CONVEX, Status.INVALID, Status.FAILED)
 
 

@@ -19,8 +19,8 @@ if TYPE_CHECKING:
 
     from .._many import Bar
 
-_SHORTEST = 0.05  # seconds that a task should take at least,
-_LONGEST = 1.0  # and at most: a worker that dies loses no more
+_SHORTEST = 0.05  # seconds: the least that a task should take,
+_LONGEST = 1.0  # and the most, which is what a dead worker loses
 _AHEAD = 2  # tasks for each thread of the workers: one runs, one waits
 _LOOK = 2.0  # seconds from one look at the workers to the next
 _RETRIES = 3
@@ -63,9 +63,9 @@ class _Shares:
     def _size(self, threads: int) -> int:
         if not self.times:
             return 1
-        # The first ones open the store and begin cold: the faster half tells.
+        # The first tasks open the store and start cold, so only the faster half counts.
         typical = max(median(sorted(self.times)[:-(-len(self.times) // 2)]), 1e-6)
-        # Those that wait are as many as those that run, and the last ones should be short.
+        # As many tasks wait as run, and the last ones should be short.
         fair = len(self.left) // ((_AHEAD + 1) * threads)
         return max(math.ceil(_SHORTEST / typical), min(math.ceil(_LONGEST / typical), fair))
 
@@ -76,13 +76,13 @@ def solve_there(store: Store, missing: Sequence[int], client: Any, each: int | N
     total = len(missing)
     _run(store, missing, client, each, bar, total)
     left = sorted(set(missing) & set(store.missing()))
-    if left:  # of workers that died
+    if left:  # chunks of workers that died
         _run(store, left, client, 1, bar, total)
 
 
 def _run(store: Store, chunks: Sequence[int], client: Any, each: int | None, bar: Bar | None,
          total: int) -> None:
-    """Has chunks solved. They are the last ones of `total` chunks."""
+    """Solves the chunks, which are the last ones of `total` chunks."""
     shares = _Shares(chunks, each)
     ended: SimpleQueue[Any] = SimpleQueue()
     pending: dict[Any, int] = {}
@@ -127,12 +127,12 @@ def _time(future: Any) -> list[float]:
     """The seconds of a task that has ended, unless its worker has died since."""
     try:
         return [future.result(timeout=_PATIENCE)]
-    except Exception:  # of many kinds, and only a time
+    except Exception:  # errors of many kinds; only the time is missing
         return []
 
 
 def _is_good(store: Store, future: Any, client: Any) -> bool:
-    """Whether the task returned its time. If its worker died, its chunks are in the store, or are
+    """Whether the task returned its time. If its worker died, its chunks are in the store or
     found missing. Asks the scheduler only about failures: each result would be a message."""
     if future.status != "error":
         if client.status != "running" and future.status != "finished":

@@ -33,7 +33,7 @@ if TYPE_CHECKING:
 VERSION = 1
 _MARK = "activeset_batch"
 _NOT_DONE = -1
-_CHUNK_BYTES = 16 << 20  # of inputs and outputs, where the chunk is left to us
+_CHUNK_BYTES = 16 << 20  # of inputs and outputs in a chunk, by default
 
 
 class Store:
@@ -56,7 +56,7 @@ class Store:
         try:
             self.count, self.chunk = int(mark["count"]), int(mark["chunk"])
             self.chain, self.settings = int(mark["chain"]), Settings(**mark["settings"])
-            self.name = str(mark.get("name", ""))  # no other store has it
+            self.name = str(mark.get("name", ""))  # unique
             self.empty: list[str] = list(mark["empty"])
             self.inputs: dict[str, Any] = dict(self.root["inputs"].arrays())
             self.outputs: dict[str, Any] = dict(self.root["outputs"].arrays())

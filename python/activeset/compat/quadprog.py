@@ -90,7 +90,7 @@ def solve_qp(G: ArrayLike, a: ArrayLike, C: ArrayLike | None = None, b: ArrayLik
     result.raise_for_status()
     working = result.working_set
     active = np.sort(np.concatenate([working.equalities, working.rows_at_lower]))
-    # Equalities have multipliers of either sign there, too: minus the sign of a lower side.
+    # In quadprog, too, multipliers of equalities have either sign: minus that of a lower side.
     return (result.x.copy(), result.obj, unconstrained,
             np.array([result.iterations.total, 0]), 0.0 - result.z, active + 1)
 
