@@ -132,8 +132,8 @@ def _time(future: Any) -> list[float]:
 
 
 def _is_good(store: Store, future: Any, client: Any) -> bool:
-    """Whether the task returned its time. If its worker died, its chunks are in the store or
-    found missing. Asks the scheduler only about failures: each result would be a message."""
+    """Whether the task returned its time. If its worker died, its chunks are in the store or found
+    missing. Asks the scheduler only about failures: each result would be a message."""
     if future.status != "error":
         if client.status != "running" and future.status != "finished":
             raise _gone(store)
