@@ -14,7 +14,7 @@ import activeset
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MODULES = ["activeset"] + [f"activeset.{name}" for name in (
     "_batch", "_diagnose", "_explain", "_least_squares", "_linprog", "_many", "_path", "_problem",
-    "_relax", "_sensitivity", "compat.quadprog", "compat.qpsolvers")]
+    "_regions", "_relax", "_sensitivity", "compat.quadprog", "compat.qpsolvers")]
 
 
 @pytest.mark.parametrize("name", MODULES)
