@@ -46,7 +46,7 @@ Model modelOf(std::size_t rows, std::size_t cols, bool isPooled, Value value) {
     return model;
 }
 
-/// A matrix beside its model.
+/// A matrix and its model.
 struct Slot {
     std::unique_ptr<OPTMatrix<double>> matrix = std::make_unique<OPTMatrix<double>>();
     Model model{};

@@ -130,7 +130,7 @@ void run(const std::string& text) {
     judgeSame(reading, readText("* a comment\n" + text), 1, "a comment changed the problem");
     if (reading.index() == 0) {
         judgeSame(reading, readText(text + "\nRHS\n what does not count\n"), 0,
-                  "what stands behind the end changed the problem");
+                  "text after the end changed the problem");
     }
     const std::string path = fileOf(text);
     const bool isCompressed = text.starts_with("\x1f\x8b") || text.starts_with("BZh");

@@ -27,7 +27,7 @@ constexpr const char* Usage =
     "--outcomes    status, objective to 1e-9 in proportion, proofs (default)\n"
     "--only KIND   problems of this kind only\n"
     "--files DIR   problem files below DIR, too (default: $ACTIVESET_SHARED/problems)\n"
-    "--first N     print so many differences (default 20)\n"
+    "--first N     print at most N differences (default 20)\n"
     "Bits depend on the processor: compare them on the machine that stored them.\n";
 
 struct Options {

@@ -19,7 +19,7 @@ TEST_F(Multipliers, OnlyStrictlyNegativeOnesOfRemovableConstraintsNameAPosition)
                  {"equality alone is negative", {-9, 0, 1, 1}, NoIndex},
                  {"no tolerance", {0, 0, 0, -1e-300}, 3},
                  {"NaN in front hides the rest", {0, NaN, -1, -1}, 1},
-                 {"NaN behind is passed over", {0, 1, NaN, -1}, 3}};
+                 {"a later NaN is skipped", {0, 1, NaN, -1}, 3}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         ScriptedSolver solver;

@@ -17,8 +17,8 @@ namespace {
 constexpr double Nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double Epsilon = std::numeric_limits<double>::epsilon();
 
-/// The lower half of a symmetric matrix, columns `ld` apart; NaN above the diagonal and behind the
-/// last row.
+/// The lower half of a symmetric matrix with leading dimension `ld`. NaN above the diagonal and
+/// after the last row.
 struct Half {
     std::size_t n;
     std::size_t ld;

@@ -17,11 +17,11 @@ using frontend::SmallProblem;
 
 constexpr std::size_t Limit = 100000;
 
-std::optional<Result> solveSmall(SmallProblem& road, const Problem& problem) {
+std::optional<Result> solveSmall(SmallProblem& solver, const Problem& problem) {
     const Settings settings;
     Control control(settings, Limit);
     Result result;
-    return road.solve(problem, settings, control, result) ? std::optional(result) : std::nullopt;
+    return solver.solve(problem, settings, control, result) ? std::optional(result) : std::nullopt;
 }
 
 /// The method for small problems leaves a solve that counts passes to the general one.
@@ -52,14 +52,14 @@ void expectAgreement(const Sample& sample, const Result& small, const Result& ge
 
 /// One object solves all problems, and none must affect the next. Half of them have integers that
 /// tie; half may be of any kind, also infeasible or singular.
-TEST_F(SmallProblems, HaveTheAnswersOfTheGeneralRoad) {
+TEST_F(SmallProblems, HaveTheAnswersOfTheGeneralMethod) {
     std::map<Status, int> met;
     int strict = 0;
-    SmallProblem road;
+    SmallProblem solver;
     for (unsigned seed = 0; seed < 1800; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         const Sample sample = randomSample(seed, seed % 10 == 0 ? 40 : 9, seed % 2 == 0);
-        const std::optional<Result> small = solveSmall(road, sample.view());
+        const std::optional<Result> small = solveSmall(solver, sample.view());
         strict += seed % 2 == 1 ? 1 : 0;
         if (small) {
             ++met[small->status];
@@ -87,8 +87,8 @@ TEST_F(SmallProblems, AreReadInAnyOrder) {
         const Sample sample = randomSample(seed, 20, false);
         const std::size_t n = sample.n;
         const std::size_t m = sample.m;
-        SmallProblem road;
-        const std::optional<Result> plain = solveSmall(road, sample.view());
+        SmallProblem solver;
+        const std::optional<Result> plain = solveSmall(solver, sample.view());
         ASSERT_TRUE(plain);
         Numbers byRows(m * (n + 3), std::nan(""));
         Numbers spaced(n * (n + 1), std::nan(""));
@@ -101,22 +101,22 @@ TEST_F(SmallProblems, AreReadInAnyOrder) {
         Problem problem = sample.view();
         problem.H = MatrixView(spaced.data(), n, n, n + 1);
         problem.A = m == 0 ? problem.A : MatrixView(byRows.data(), m, n, n + 3, Order::RowMajor);
-        const std::optional<Result> other = solveSmall(road, problem);
+        const std::optional<Result> other = solveSmall(solver, problem);
         ASSERT_TRUE(other);
         EXPECT_EQ(plain->x, other->x);
         EXPECT_EQ(plain->y, other->y);
         if (n > 1) {
             spaced[1] += 1e-13 * std::abs(spaced[0]);
-            EXPECT_TRUE(solveSmall(road, problem));
+            EXPECT_TRUE(solveSmall(solver, problem));
             spaced[1] += 1e-3 * std::abs(spaced[0]);
-            EXPECT_FALSE(solveSmall(road, problem));
+            EXPECT_FALSE(solveSmall(solver, problem));
         }
     }
 }
 
 /// Problems of other kinds are left untouched, whatever sizes the views claim.
 TEST_F(SmallProblems, LeaveTheRestAlone) {
-    SmallProblem road;
+    SmallProblem solver;
     const Numbers one{1.0};
     const Numbers two{1.0, 1.0};
     const Numbers tiny{1e-200};
@@ -128,9 +128,9 @@ TEST_F(SmallProblems, LeaveTheRestAlone) {
           Problem{.H = {one, 1, 1}, .rowUpper = one}, Problem{.H = {one, 1, 1}, .start = infinite},
           Problem{.H = {one, 1, 1}, .lower = infinite}, Problem{.H = {one, 1, 1}, .c = infinite},
           Problem{.H = {tiny, 1, 1}}, Problem{.H = {one, 1, 1}, .lower = two}}) {
-        EXPECT_FALSE(solveSmall(road, problem));
+        EXPECT_FALSE(solveSmall(solver, problem));
     }
-    EXPECT_TRUE(solveSmall(road, {.H = {one, 1, 1}}));
+    EXPECT_TRUE(solveSmall(solver, {.H = {one, 1, 1}}));
 }
 
 /// Memory that was given back is asked for anew, and nothing is taken for kept.
@@ -138,14 +138,14 @@ TEST_F(SmallProblems, AreSolvedAgainAfterTheMemoryIsReleased) {
     const Sample sample = randomSample(3, 20, false);
     const Settings settings;
     Control control(settings, Limit);
-    SmallProblem road;
-    const std::optional<Result> first = solveSmall(road, sample.view());
+    SmallProblem solver;
+    const std::optional<Result> first = solveSmall(solver, sample.view());
     ASSERT_TRUE(first);
-    road.release();
-    EXPECT_EQ(road.memory().shape.n, 0U);
+    solver.release();
+    EXPECT_EQ(solver.memory().shape.n, 0U);
     Result again;
-    ASSERT_TRUE(road.solveNext(sample.view(), {.matrices = true, .set = true}, {}, settings,
-                               control, again));
+    ASSERT_TRUE(solver.solveNext(sample.view(), {.matrices = true, .set = true}, {}, settings,
+                                 control, again));
     EXPECT_EQ(again.x, first->x);
 }
 
@@ -155,7 +155,7 @@ TEST_F(SmallProblems, FollowASequenceFromTheirFactors) {
     int proved = 0;
     for (unsigned seed = 1; seed < 120; seed += 2) {
         Sample sample = randomSample(seed, 14, false);
-        SmallProblem road;
+        SmallProblem solver;
         Result next;  // overwritten in every step
         std::mt19937_64 bits(seed);
         for (unsigned step = 0; step < 10; ++step) {
@@ -163,7 +163,7 @@ TEST_F(SmallProblems, FollowASequenceFromTheirFactors) {
             const Settings settings;
             Control control(settings, Limit);
             const SmallProblem::Kept kept{.matrices = step > 0, .set = step > 0};
-            if (road.solveNext(sample.view(), kept, {}, settings, control, next)) {
+            if (solver.solveNext(sample.view(), kept, {}, settings, control, next)) {
                 ++proved;
                 expectAgreement(sample, next, solveGenerally(sample.view()));
             }

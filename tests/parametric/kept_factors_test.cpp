@@ -90,7 +90,7 @@ void expectSolution(const Sample& s, const Result& r, const SolutionChange& d, c
 
 // The factors of the method for small problems, of a guess, whose system has no held bounds, and of
 // the block dual method.
-TEST_F(KeptFactorsOf, EachRoadSolveTheEquations) {
+TEST_F(KeptFactorsOf, EachMethodSolveTheEquations) {
     const Settings plain;
     const Settings general{.startMode = Start::Predict, .maxIterations = 100000};
     for (const auto& [n, m, settings] :

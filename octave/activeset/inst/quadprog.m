@@ -79,7 +79,7 @@ endfunction
 %! assert (quadprog (p), [1; 0; -1]);
 
 %!test
-%! ## Integers beside doubles and singles round nothing.
+%! ## Integers next to doubles and singles do not round them.
 %! H = eye (2);  f = [500; 0];
 %! assert (quadprog (H, f, [1 0], 600, [0 1], int8 (1)), [-500; 1]);
 %! assert (quadprog (H, f, int8 ([1 0]), -600, [0 0.5], single (1)), [-600; 2]);

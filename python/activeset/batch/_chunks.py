@@ -16,7 +16,7 @@ if TYPE_CHECKING:
 
 def solve_chunks(store: Store, chunks: Sequence[int], threads: int,
                  told: Callable[[int, int], object] | None = None) -> None:
-    """Solves chunks with so many threads; `told` gets how many are done and how many there are.
+    """Solves chunks with `threads` threads. `told` gets the number of finished chunks and of all.
 
     Raises BatchError where a chunk cannot be read or written; those before it stay done.
     """

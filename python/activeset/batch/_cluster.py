@@ -56,7 +56,7 @@ class _Shares:
         return self.each is None and len(self.times) < min(_AHEAD * threads, 16)
 
     def take(self, threads: int) -> list[int]:
-        """The chunks of the next task of a cluster with so many threads."""
+        """The chunks of the next task of a cluster with `threads` threads."""
         number = min(self._size(threads) if self.each is None else self.each, len(self.left))
         return [self.left.pop() for _ in range(number)]
 
