@@ -7,9 +7,10 @@
  * activeset/qp.hpp in C99: the same solver, the same signs, the same proofs. docs/c.md has
  * examples.
  *
- * Arguments. Sizes are 64 bits wide. A matrix is a pointer, the distance between its columns (rows,
- * for ACTIVESET_ROW_MAJOR), and an order; a distance of 0 stands for no gaps. Null stands for what
- * is absent: H of a linear program, c of zeros, infinite sides and bounds. Indices are 0-based.
+ * Arguments. Sizes are 64 bits wide, and at most 2^29. A matrix is a pointer, the distance between
+ * its columns (rows, for ACTIVESET_ROW_MAJOR), and an order; a distance of 0 stands for no gaps.
+ * Null stands for what is absent: H of a linear program, c of zeros, infinite sides and bounds.
+ * Indices are 0-based.
  *
  * Memory. What is passed in is read only and stays the caller's; where a comment says "looked at",
  * it has to stay as it is until it is replaced or the handle is freed. Results are written into

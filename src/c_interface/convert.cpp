@@ -78,7 +78,9 @@ void setFigures(const Result& result, activeset_result& target) {
     target.status = static_cast<std::int32_t>(result.status);
     target.exit_code = result.exitCode;
     target.was_predicted = result.wasPredicted ? 1 : 0;
-    target.objective = result.x.empty() ? NotANumber : result.objective;
+    // The point of an optimum without variables is empty, too.
+    const bool hasPoint = !result.x.empty() || result.status == Status::Optimal;
+    target.objective = hasPoint ? result.objective : NotANumber;
     target.primal = residualOf(result.certificate.primal);
     target.dual = residualOf(result.certificate.dual);
     target.gap = residualOf(result.certificate.gap);

@@ -117,6 +117,14 @@ TEST(CInterface, BadArgumentsAreCodesAndChangeNothing) {
     activeset_stop_free(nullptr);
 }
 
+TEST(CInterface, WithoutVariablesTheConstantIsTheObjective) {
+    Call call(Sample{});
+    EXPECT_EQ(activeset_problem_set_linear(call.problem, nullptr, 5.0), ACTIVESET_OK);
+    EXPECT_EQ(activeset_solve(call.problem, nullptr, &call.result), ACTIVESET_OK);
+    EXPECT_EQ(call.result.status, ACTIVESET_OPTIMAL);
+    EXPECT_EQ(call.result.objective, 5.0);
+}
+
 TEST(CInterface, FaultsAreToldByIndexAndAsAMessage) {
     Sample sample = smallProblem();
     sample.c[1] = NAN;

@@ -179,7 +179,9 @@ TEST_F(Paths, RefuseWhatDoesNotFit) {
     const Problem problem{.c = one, .lower = one};
     EXPECT_THROW(Path(problem, {.c = two}, 0, 1), std::invalid_argument);
     EXPECT_THROW(Path(problem, {.c = infinite}, 0, 1), std::invalid_argument);
+    EXPECT_THROW(Path(problem, {.c = {nullptr, 1}}, 0, 1), std::invalid_argument);
     EXPECT_THROW(Path(problem, {.c = one}, 1, 0), std::invalid_argument);
+    EXPECT_THROW(Path(problem, {.c = one}, -1e308, 1e308), std::invalid_argument);
     EXPECT_THROW(Path(problem, {.c = one}, 0, Infinity), std::invalid_argument);
     EXPECT_THROW(static_cast<void>(Path(problem, {.c = one}, 0, 1).at(2.0)), std::invalid_argument);
 }

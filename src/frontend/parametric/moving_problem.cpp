@@ -22,6 +22,10 @@ Vector completed(const VectorView& given, const Vector& values, const char* name
                                     std::to_string(given.size()) + " entries, the problem " +
                                     std::to_string(values.size()));
     }
+    if (given.data() == nullptr) {
+        throw std::invalid_argument("activeset: Path: direction." + std::string(name) +
+                                    " points to no data");
+    }
     for (std::size_t k = 0; k < values.size(); ++k) {
         if (!std::isfinite(given[k])) {
             throw std::invalid_argument("activeset: Path: direction." + std::string(name) +

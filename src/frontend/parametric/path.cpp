@@ -235,7 +235,7 @@ Path::Path(const Problem& problem,
            double to,
            const Settings& settings) {
     const FloatingPointGuard environment;
-    if (!(std::isfinite(from) && std::isfinite(to) && from <= to)) {
+    if (!(std::isfinite(to - from) && from <= to)) {
         throw std::invalid_argument("activeset: Path: the range is not one of finite numbers");
     }
     MovingProblem moving(problem, direction);

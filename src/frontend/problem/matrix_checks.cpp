@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <string>
 
 #include "frontend/algebra/dense.hpp"
@@ -24,6 +25,9 @@ bool hasMemory(const char* name, const MatrixView& matrix, FaultList& faults) {
     const bool byColumns = matrix.order() == Order::ColumnMajor;
     const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
     const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
+    // More doubles than this have no addresses.
+    constexpr std::size_t Addressable = PTRDIFF_MAX / sizeof(double);
+    const std::size_t available = std::min(matrix.available(), Addressable);
     std::string why;
     if (matrix.data() == nullptr) {
         why = "points to no data";
@@ -31,10 +35,9 @@ bool hasMemory(const char* name, const MatrixView& matrix, FaultList& faults) {
         why = "has the leading dimension " + std::to_string(matrix.leading()) +
               ", expected at least " + std::to_string(inner) + ", the number of its " +
               (byColumns ? "rows" : "columns");
-    } else if (matrix.available() < inner ||
-               (outer - 1) > (matrix.available() - inner) / matrix.leading()) {
-        why = "needs more than the " + std::to_string(matrix.available()) +
-              " elements that it was given";
+    } else if (available < inner || (outer - 1) > (available - inner) / matrix.leading()) {
+        why = "needs more than the " + std::to_string(available) + " elements that " +
+              (available < Addressable ? "it was given" : "memory can hold");
     }
     if (!why.empty()) {
         faults.add(name, 0, 0, 0.0, [&] {
