@@ -144,6 +144,9 @@ endfunction
 %! assert (info.info, 2);
 %! [~, ~, info] = qp ([], -eye (2), [1; 1], [], [], [-1; -1], [1; 1]);
 %! assert (info.info, 1);
+%!test
+%! ## Octave's sqp takes its steps with this function. It finds the point of x1 + x2 = 1 that is nearest to (1, 2).
+%! assert (sqp ([0; 0], @(x) sumsq (x - [1; 2]), @(x) sum (x) - 1), [0; 1], 1e-6);
 %!error qp ([0; 0])
 %!error qp ([0; 0], eye (2), [1; 1], [1 1])
 %!error <^activeset: A_ub\(2\) = nan> qp ([], eye (2), [1; 1], 1:2, 3, [], [], [1 1], eye (2), [2 NaN])
