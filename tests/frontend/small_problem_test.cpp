@@ -202,5 +202,27 @@ TEST_F(SmallProblems, AreCorrectedFromKeptFactorsWhereThatIsDue) {
     }
 }
 
+/// More steps than 3n + m/8 are needed for seven rows; rows of zeros, which only raise the limit,
+/// make room for them.
+TEST_F(SmallProblems, AreLeftToTheGeneralRoadAfterALimitOfSteps) {
+    SmallProblem road;
+    const Numbers c{-28.0, 5.0};
+    const Numbers H{1.0, 0.0, 0.0, 1.0};
+    const Numbers first{5.0, 5.0, 4.0, -7.0, 4.0, 0.0, 2.0};
+    const Numbers second{9.0, -5.0, -10.0, 0.0, -7.0, 8.0, 6.0};
+    const auto solveWith = [&](std::size_t m) {
+        Numbers A(2 * m, 0.0);
+        Numbers upper{2.0, 8.0, 2.0, 1.0, 2.0, 3.0, 0.0};
+        upper.resize(m, 1.0);
+        std::ranges::copy(first, A.begin());
+        std::ranges::copy(second, A.begin() + static_cast<std::ptrdiff_t>(m));
+        return solveSmall(road, {.H = {H, 2, 2}, .c = c, .A = {A, m, 2}, .rowUpper = upper});
+    };
+    EXPECT_FALSE(solveWith(7));
+    const std::optional<Result> result = solveWith(64);
+    ASSERT_TRUE(result);
+    EXPECT_GT(result->iterations.dual, 6U);
+}
+
 }  // namespace
 }  // namespace activeset::test

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "frontend/predict/block_dual.hpp"
+#include "frontend/predict/multiplier_path.hpp"
 
 namespace activeset::frontend {
 
@@ -100,25 +101,20 @@ void BlockDual::followPath(List wanted) {
     Vector current = lambda_;
     for (;;) {
         solve(wanted);
-        double alpha = 1.0;
-        for (std::size_t k = 0; k < wanted.size(); ++k) {
-            if (!hasRightSign(wanted[k], trial_[k])) {
-                const double from = std::abs(current[wanted[k]]);
-                const double way = from + std::abs(trial_[k]);
-                alpha = std::min(alpha, way > 0.0 ? from / way : 0.0);
-            }
+        Vector from;
+        Vector signs;
+        for (const std::size_t k : wanted) {
+            from.push_back(current[k]);
+            signs.push_back(sides_.sign(k));
         }
+        const MultiplierPath path = pathBetween(from, trial_, signs);
         List staying;
         for (std::size_t k = 0; k < wanted.size(); ++k) {
-            const std::size_t constraint = wanted[k];
-            const double from = current[constraint];
-            const bool isWrong = !hasRightSign(constraint, trial_[k]);
-            const double way = std::abs(from) + std::abs(trial_[k]);
-            if (isWrong && std::abs(from) <= alpha * way) {
-                sides_.hold(constraint, Side::None);
+            if (path.hasVanished[k]) {
+                sides_.hold(wanted[k], Side::None);
             } else {
-                current[constraint] = from + alpha * (trial_[k] - from);
-                staying.push_back(constraint);
+                current[wanted[k]] = path.multipliers[k];
+                staying.push_back(wanted[k]);
             }
         }
         if (staying.size() == wanted.size()) {
