@@ -23,7 +23,7 @@ struct State {
     }
 };
 
-// What force k adds to the state after step t ≥ k.
+// The change that force k makes to the state after step t ≥ k.
 State response(std::size_t t, std::size_t k) {
     const double since = Step * (static_cast<double>(t - k) + 0.5);
     return {Step * since, Step};

@@ -2,8 +2,8 @@
 // its dual problem, minimise ½Σᵢⱼ αᵢαⱼ·yᵢyⱼ·xᵢᵀxⱼ − Σᵢ αᵢ subject to Σᵢ αᵢyᵢ = 0 and 0 ≤ α ≤ 10. H
 // has rank 2 for six points: it is singular.
 //
-// The points at (2, 0) and (0, 0) are nearest to one another, so that the line is half-way between
-// them: w = Σ αᵢyᵢxᵢ = (1, 0), and the dual objective is −½‖w‖².
+// The points (2, 0) and (0, 0) are nearest to one another, so the line is half-way between them:
+// w = Σ αᵢyᵢxᵢ = (1, 0), and the dual objective is −½‖w‖².
 #include <activeset/qp.hpp>
 #include <array>
 #include <cmath>

@@ -3,8 +3,8 @@
 //
 // The first store saves most for the third shop (7 a unit), then for the first (3), then for the
 // second (1): it sends 15 to the third and 5 to the first; the rest comes from the second store.
-// That costs 15·1 + 5·2 + 5·5 + 25·4 = 150. A shop that wants one more gets it in vain, and why is
-// told by the rows that contradict one another.
+// That costs 15·1 + 5·2 + 5·5 + 25·4 = 150. If a shop wants one more the problem is infeasible, and
+// a conflict names the rows that contradict one another.
 #include <activeset/qp.hpp>
 #include <array>
 #include <cmath>
@@ -13,7 +13,7 @@
 int main() {
     using activeset::Infinity;
     const std::array cost{2.0, 3.0, 1.0, 5.0, 4.0, 8.0};
-    // Rows: what leaves the two stores, what reaches the three shops.
+    // Rows: amounts that leave the two stores, amounts that reach the three shops.
     std::array<double, 5 * 6> A{};
     for (std::size_t store = 0; store < 2; ++store) {
         for (std::size_t shop = 0; shop < 3; ++shop) {

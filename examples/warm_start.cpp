@@ -1,8 +1,8 @@
-// A sequence of similar problems: each solve starts at the solution and with the working set of
-// the one before.
+// A sequence of similar problems: each solve starts at the solution of the previous one, with its
+// working set.
 //
 // The point of the box 0 ≤ x ≤ 1 that is nearest to a target t minimises ½xᵀx - tᵀx. Its entries
-// are those of t, cut off at 0 and 1, which is what the results are compared with.
+// are those of t, clipped to [0, 1]; the results are compared with them.
 #include <activeset/driver.hpp>
 #include <activeset/host.hpp>
 #include <algorithm>
@@ -19,10 +19,10 @@ vxArray* column(const std::vector<double>& values) {
     return vxCreateDoubleMatrixFrom(values.data(), values.size(), 1);
 }
 
-/// What one solve hands to the next.
+/// The end of one solve, where the next one starts.
 struct Start {
     vxArray* x;
-    vxArray* Wlower;  // null and empty lists mean: nothing is active
+    vxArray* Wlower;  // null and empty lists mean that nothing is active
     vxArray* Wupper;
 };
 
@@ -66,7 +66,7 @@ int main() {
         bool isRight = true;
         const Start first = solve("first:", t, middle, isRight);
 
-        // The target moves a little: one bound is left, another one is met.
+        // The target moves a little: one bound becomes inactive, another one active.
         t[4] = 0.9;
         t[11] = -0.1;
         solve("next, warm:", t, first, isRight);

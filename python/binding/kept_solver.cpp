@@ -15,6 +15,7 @@
 #include "result.hpp"
 #include "sequence.hpp"
 #include "solve.hpp"
+#include "solver_text.hpp"
 
 namespace activeset::python {
 
@@ -212,60 +213,6 @@ template <class Function>
 PyCFunction method(Function function) {
     return reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(function));
 }
-
-constexpr const char* SolverText =
-    R"(Solver(problem, *, settings=None, callback=None)
---
-
-A sequence of related problems: the same sizes, other numbers.
-
-Holds copies of all data. Each solve starts from the last optimum and its working set; scaling,
-factors and tests of convexity are kept while the matrices stay. For one thread at a time: a call
-while another one is at work raises RuntimeError.
-
-Parameters
-----------
-problem : Problem
-settings : Settings, optional
-    Of every solve.
-callback : callable, optional
-    As in `solve_qp`.
-
-Examples
---------
->>> import numpy as np, activeset
->>> s = activeset.Solver(activeset.Problem(np.eye(2), [-2.0, -3.0], [1.0, 1.0], [3.0]))
->>> s.solve().x
-array([1., 2.])
->>> s.update(h=[2.0])
->>> s.solve().x
-array([0.5, 1.5])
-)";
-
-constexpr const char* UpdateText =
-    R"(update($self, /, *, P=None, q=None, G=None, h=None, A=None, b=None, lb=None, ub=None, l=None, constant=None, soft=None)
---
-
-Replace parts of the problem by others of the same shape; None leaves a part as it is. A `soft`
-replaces all penalties; an empty one makes all sides hard.
-
-Where a shape or a type does not fit, ProblemError lists what, and nothing is replaced. Entries are
-checked by the next solve, which raises ProblemError until the part is set again.)";
-
-constexpr const char* SolveText = R"(solve($self, /)
---
-
-Solve the problem as it is now, from the last optimum. Returns a Result.
-
-Raises
-------
-ProblemError
-    A part that was set has faults.)";
-
-constexpr const char* RestartText = R"(restart($self, /, warm_start=None)
---
-
-Start the next solve from a WarmStart or a Result instead of the last optimum; None is zero.)";
 
 std::array<PyMethodDef, 4> methods{{
     {"solve", method(&solve), METH_NOARGS, SolveText},
