@@ -102,12 +102,13 @@ def test_an_updated_solver_gives_what_a_new_solve_gives(part, absent):
 
 
 def test_a_wrong_update_changes_nothing_and_a_wrong_entry_shows_until_it_is_replaced(parts):
-    s = activeset.Solver(activeset.Problem(**parts))
+    s, untouched = (activeset.Solver(activeset.Problem(**parts)) for _ in range(2))
     x = s.solve().x
+    np.testing.assert_array_equal(untouched.solve().x, x)
     with pytest.raises(activeset.ProblemError, match="h has shape") as caught:
         s.update(q=np.zeros(4), h=[1.0], lb="text")
     assert len(caught.value.faults) == 2
-    np.testing.assert_array_equal(s.solve().x, x)
+    np.testing.assert_array_equal(s.solve().x, untouched.solve().x)
     s.update(q=np.full(4, np.nan))
     for _ in range(2):
         with pytest.raises(activeset.ProblemError, match=r"q\[3\]"):
