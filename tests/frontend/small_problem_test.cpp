@@ -133,6 +133,68 @@ TEST_F(SmallProblems, LeaveTheRestAlone) {
     EXPECT_TRUE(solveSmall(solver, {.H = {one, 1, 1}}));
 }
 
+/// Bounds, an equality and an inequality. Some variables are fixed, some have no bounds; with ties,
+/// H and the bounds are integers and many multipliers zero.
+Sample boundedSample(std::size_t n, unsigned seed, bool hasTies) {
+    Sample s{n,          2,          Numbers(n * n, 0.0), Numbers(n), Numbers(2 * n),
+             Numbers(2), Numbers(2), Numbers(n),          Numbers(n), {}};
+    std::mt19937_64 bits(seed);
+    std::uniform_real_distribution<double> entry(-1.0, 1.0);
+    const auto number = [&](double size) {
+        return hasTies ? std::round(size * entry(bits)) : size * entry(bits);
+    };
+    for (std::size_t j = 0; j < n; ++j) {
+        s.H[j * n + j] = static_cast<double>(n);
+        for (std::size_t i = 0; i < j; ++i) {
+            s.H[j * n + i] = s.H[i * n + j] = number(2.0);
+        }
+        s.c[j] = number(2.0 * static_cast<double>(n));
+        s.A[2 * j] = 1.0;
+        s.A[2 * j + 1] = number(2.0);
+        const std::size_t kind = bits() % 16;
+        s.lower[j] = kind == 0 ? -Infinity : number(1.0) - 1.0;
+        s.upper[j] = kind == 0 ? Infinity : kind == 1 ? s.lower[j] : s.lower[j] + 1.0;
+    }
+    s.rowLower = {-1.0, -Infinity};
+    s.rowUpper = {-1.0, 1.0};
+    return s;
+}
+
+TEST_F(SmallProblems, WithManyBoundsAreGuessedAndHaveTheSameAnswers) {
+    SmallProblem road;
+    int guessed = 0;
+    int optimal = 0;
+    for (unsigned seed = 0; seed < 24; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const Sample sample = boundedSample(40 + seed % 9, seed, seed % 2 == 0);
+        const std::optional<Result> small = solveSmall(road, sample.view());
+        if (small) {
+            expectAgreement(sample, *small, solveGenerally(sample.view()));
+            optimal += small->status == Status::Optimal ? 1 : 0;
+            guessed += small->status == Status::Optimal && small->iterations.dual == 0 ? 1 : 0;
+        }
+        if (HasFailure()) {
+            return;
+        }
+    }
+    EXPECT_GT(optimal, 12);
+    EXPECT_GT(guessed, optimal / 2);
+}
+
+/// Where few bounds hold the guess gives way; what it has loaded is used, whatever came before.
+TEST_F(SmallProblems, AreSolvedByTheDualMethodWhereTheGuessGivesWay) {
+    SmallProblem road;
+    Sample sample = boundedSample(45, 1, false);
+    ASSERT_TRUE(solveSmall(road, sample.view()));
+    sample.lower.assign(sample.n, -100.0);
+    sample.upper.assign(sample.n, 100.0);
+    sample.lower[3] = 50.0;
+    const std::optional<Result> found = solveSmall(road, sample.view());
+    ASSERT_TRUE(found);
+    EXPECT_GT(found->iterations.dual, 0U);
+    expectAgreement(sample, *found, solveGenerally(sample.view()));
+}
+
 /// Memory that was given back is asked for anew, and nothing is taken for kept.
 TEST_F(SmallProblems, AreSolvedAgainAfterTheMemoryIsReleased) {
     const Sample sample = randomSample(3, 20, false);

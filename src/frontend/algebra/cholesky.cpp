@@ -15,7 +15,8 @@ namespace activeset::frontend::HWY_NAMESPACE {
 namespace {
 
 constexpr std::size_t BlockColumns = 64;
-constexpr std::size_t PackedOctet = BlockColumns * OctetLanes;  // numbers of eight packed rows
+// Numbers of eight packed rows. One column more than there are spreads them over the cache.
+constexpr std::size_t PackedOctet = (BlockColumns + 1) * OctetLanes;
 
 // Octets of rows, and columns, whose sums fit into the registers at a time.
 #if HWY_TARGET == HWY_AVX3
@@ -159,27 +160,28 @@ struct PackedBlock {
             const double* const before = diagonal - first * OctetLanes;
             takeFromOctets({diagonal, OctetLanes, PackedOctet}, before, before, first, below);
             constexpr double Least[OctetLanes] = {};
-            double a[OctetLanes][OctetLanes];
-            for (std::size_t c = 0; c < OctetLanes; ++c) {
-                store(load(diagonal + c * OctetLanes), a[c]);
-            }
+            Octet columns[OctetLanes];
+            loadColumns(diagonal, columns);
             Triangle<OctetLanes> triangle;  // NOLINT(cppcoreguidelines-pro-type-member-init)
-            if (!factoriseTriangle(a, 0, Least, triangle)) {
+            if (!factoriseTriangle(columns, 0, Least, triangle)) {
                 return false;
             }
             for (std::size_t o = 0; o < below; ++o) {
-                finish(diagonal + o * PackedOctet, triangle);
+                loadColumns(diagonal + o * PackedOctet, columns);
+                finishRows(columns, triangle);
+                storeColumns(columns, diagonal + o * PackedOctet);
             }
         }
         return true;
     }
 
-    static HWY_INLINE void finish(double* octet, const Triangle<OctetLanes>& triangle) {
-        Octet columns[OctetLanes];
+    static HWY_INLINE void loadColumns(const double* octet, Octet (&columns)[OctetLanes]) {
         for (std::size_t c = 0; c < OctetLanes; ++c) {
             columns[c] = load(octet + c * OctetLanes);
         }
-        finishRows(columns, triangle);
+    }
+
+    static HWY_INLINE void storeColumns(const Octet (&columns)[OctetLanes], double* octet) {
         for (std::size_t c = 0; c < OctetLanes; ++c) {
             store(columns[c], octet + c * OctetLanes);
         }
@@ -243,11 +245,14 @@ bool factorise(const CholeskyInPlace& matrix) {
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
+
+#include "host/lapack.hpp"
+
 namespace activeset::frontend {
 
 std::size_t choleskyWork(std::size_t n) {
     constexpr std::size_t Rows = 8;
-    constexpr std::size_t Columns = 64;
+    constexpr std::size_t Columns = 65;
     return (n + Rows - 1) / Rows * Rows * Columns;
 }
 
@@ -256,6 +261,9 @@ CholeskyKernel* choleskyKernel(InstructionSet set) {
 }
 
 bool choleskyInPlace(const CholeskyInPlace& matrix) {
+    if (instructionSet() == InstructionSet::Baseline) {  // without FMA the kernel is slower
+        return lapack::potrfLower({matrix.a, matrix.n, matrix.n, matrix.ld}) == 0;
+    }
     // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): a constant, of a function
     static CholeskyKernel* const kernel = choleskyKernel(instructionSet());
     return kernel(matrix);

@@ -25,7 +25,7 @@ struct CholeskyInPlace {
 using CholeskyKernel = bool(const CholeskyInPlace& matrix);
 [[nodiscard]] CholeskyKernel* choleskyKernel(InstructionSet set);
 
-/// By the kernel for this processor.
+/// By the kernel for this processor; the baseline calls LAPACK.
 [[nodiscard]] bool choleskyInPlace(const CholeskyInPlace& matrix);
 
 }  // namespace activeset::frontend

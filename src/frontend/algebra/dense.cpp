@@ -111,9 +111,6 @@ bool factoriseLower(Dense& a, double tolerance) {
     if (a.rows == 0) {
         return true;
     }
-    if (instructionSet() == InstructionSet::Baseline) {  // without FMA the kernel is slower
-        return lapack::potrfLower(viewOf(a)) == 0 && arePivotsAbove(a, tolerance * largest);
-    }
     LargeVector work(choleskyWork(a.rows), 0.0);
     return choleskyInPlace({a.values.data(), a.rows, a.rows, work.data()}) &&
            arePivotsAbove(a, tolerance * largest);

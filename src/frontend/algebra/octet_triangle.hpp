@@ -20,46 +20,62 @@ HWY_INLINE void takeFrom(Octet& sum, const Octet& a, Octet::Part b) {
     }
 }
 
+/// The same, the product rounded: what numbers of few digits cancel is zero then.
+HWY_INLINE void takePlainly(Octet& sum, const Octet& a, Octet::Part b) {
+    for (std::size_t k = 0; k < Octet::Parts; ++k) {
+        sum.parts[k] = hn::Sub(sum.parts[k], hn::Mul(a.parts[k], b));
+    }
+}
+
 /// Of a block of columns on the diagonal: L of LDLᵀ, so that no square root waits for another, and
 /// 1/√D.
 template <std::size_t Width>
 struct Triangle {
-    double below[Width][Width];
+    double factors[Width][OctetLanes];  ///< columns of L, from the lane of the block's first row on
     double scale[Width];
 };
 
-/// @param a      columns of the block, from the one on the diagonal on; overwritten
-/// @param top    the lane of the first row
-/// @param least  what each pivot has to be above
+/// Factorises a block.
+///
+/// @param columns  the eight rows on the diagonal that hold the block
+/// @param top      the lane of its first row
+/// @param least    what each pivot has to be above
 /// False where one is not.
 template <std::size_t Width>
-HWY_INLINE bool factoriseTriangle(double (&a)[Width][OctetLanes],
+HWY_INLINE bool factoriseTriangle(const Octet (&columns)[Width],
                                   std::size_t top,
                                   const double (&least)[Width],
                                   Triangle<Width>& triangle) {
-    bool isPositive = true;
+    Octet left[Width];
     for (std::size_t c = 0; c < Width; ++c) {
-        const double pivot = a[c][top + c];
-        isPositive = isPositive && pivot > least[c];
-        const double inverse = 1.0 / pivot;
-        for (std::size_t r = c + 1; r < Width; ++r) {
-            const double factor = a[c][top + r] * inverse;
-            triangle.below[r][c] = factor;
-            for (std::size_t s = r; s < Width; ++s) {
-                a[r][top + s] -= a[c][top + s] * factor;
-            }
-        }
-        triangle.scale[c] = 1.0 / hn::GetLane(hn::Sqrt(hn::Set(hn::CappedTag<double, 1>(), pivot)));
+        left[c] = columns[c];
     }
-    return isPositive;
+    double column[OctetLanes + Width] = {};
+    bool arePositive = true;
+    for (std::size_t c = 0; c < Width; ++c) {
+        store(left[c], column);
+        const double pivot = column[top + c];
+        arePositive = arePositive && pivot > least[c];
+        store(productOf(load(column + top), octetOf(1.0 / pivot)), triangle.factors[c]);
+        triangle.scale[c] = pivot;
+        for (std::size_t r = c + 1; r < Width; ++r) {
+            takePlainly(left[r], left[c], hn::Set(Octet::Tag(), triangle.factors[c][r]));
+        }
+    }
+    Lanes<Width> pivots = load<Width>(triangle.scale);
+    for (auto& part : pivots.parts) {
+        part = hn::Div(hn::Set(typename Lanes<Width>::Tag(), 1.0), hn::Sqrt(part));
+    }
+    store(pivots, triangle.scale);
+    return arePositive;
 }
 
-/// Eight rows of the block, from their entries of LD to those of LD^(1/2).
+/// Eight rows of the block or below it, to those of L·√D.
 template <std::size_t Width>
 HWY_INLINE void finishRows(Octet (&columns)[Width], const Triangle<Width>& triangle) {
     for (std::size_t c = 0; c < Width; ++c) {
         for (std::size_t k = 0; k < c; ++k) {
-            takeFrom(columns[c], columns[k], hn::Set(Octet::Tag(), triangle.below[c][k]));
+            takeFrom(columns[c], columns[k], hn::Set(Octet::Tag(), triangle.factors[k][c]));
         }
     }
     for (std::size_t c = 0; c < Width; ++c) {

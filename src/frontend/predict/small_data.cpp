@@ -14,7 +14,6 @@ namespace {
 // Sums of products of three factors stay far from overflow, and their errors from underflow.
 constexpr double SmallestEntry = 1e-60;
 constexpr double LargestEntry = 1e60;
-constexpr double SmallestPivot = 1e-12;  // relative to the diagonal entry
 constexpr double SmallestNorm = 1e-100;
 constexpr double SideTolerance = 1e-13;  // what rounding may take from a side
 
@@ -114,11 +113,10 @@ SmallMatrix imagesOf(const SmallMemory& memory) {
 
 }  // namespace
 
-bool isSmall(const Problem& problem) {
+bool areShapesRight(const Problem& problem) {
     const std::size_t n = variablesOf(problem);
     const std::size_t m = problem.A.rows();
-    return SmallMemory::fits({n, m}) && problem.H.rows() == n && problem.H.cols() == n &&
-           hasMemory(problem.H) &&
+    return problem.H.rows() == n && problem.H.cols() == n && hasMemory(problem.H) &&
            (m == 0 ? problem.A.cols() == 0 || problem.A.cols() == n
                    : problem.A.cols() == n && hasMemory(problem.A)) &&
            fits(problem.c, n) && fits(problem.rowLower, m) && fits(problem.rowUpper, m) &&
@@ -127,10 +125,13 @@ bool isSmall(const Problem& problem) {
 }
 
 bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& extent) {
+    return loadHessian(problem.H, memory, extent.H) && loadRows(problem.A, memory, extent.A);
+}
+
+bool formImages(SmallMemory& memory, SmallExtent& extent) {
     const SmallShape& shape = memory.shape;
     const SmallKernels& kernels = memory.kernels;
-    if (!loadHessian(problem.H, memory, extent.H) || !loadRows(problem.A, memory, extent.A) ||
-        !kernels.factorise({memory.data, memory.images, shape.head(), shape.rows(), shape.cols()},
+    if (!kernels.factorise({memory.data, memory.images, shape.head(), shape.rows(), shape.cols()},
                            SmallestPivot)) {
         return false;
     }

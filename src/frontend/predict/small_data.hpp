@@ -17,14 +17,19 @@ struct SmallExtent {
     double leastPivot = 0.0;  ///< of the Cholesky factor of H, squared
 };
 
-/// Whether the problem is small and has an H, all parts have the right shapes and enough memory,
-/// and the start is finite.
-[[nodiscard]] bool isSmall(const Problem& problem);
+/// A pivot of H that is not above this times its diagonal entry is not safely positive.
+inline constexpr double SmallestPivot = 1e-12;
 
-/// Copies H and A of a problem that is small, and forms the images. False where an entry is not
-/// finite or of an extraordinary size, H is not symmetric or not safely positive definite; the
-/// memory is not to be used then.
+/// Whether the problem has an H, all parts have the right shapes and enough memory, and the start
+/// is finite.
+[[nodiscard]] bool areShapesRight(const Problem& problem);
+
+/// Copies H and A of a problem whose shapes are right. False where an entry is not finite or of an
+/// extraordinary size, or H is not symmetric; the memory is not to be used then.
 [[nodiscard]] bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& extent);
+
+/// Forms the images of the constraints. False where H is not safely positive definite.
+[[nodiscard]] bool formImages(SmallMemory& memory, SmallExtent& extent);
 
 /// Copies c, sides and bounds. False where one is not a number, of an extraordinary size, or sides
 /// cross. loadMatrices() follows, or transformLinear() if the matrices are kept.

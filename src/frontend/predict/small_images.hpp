@@ -73,13 +73,11 @@ struct Sweep {
     HWY_INLINE bool factorise(const Panel& panel,
                               Triangle<Width>& triangle,
                               double tolerance) const {
-        double a[Width][OctetLanes];
         double least[Width];
         for (std::size_t c = 0; c < Width; ++c) {
-            store(panel.columns[c], a[c]);
             least[c] = tolerance * stack.data[(first + c) * (stack.head + stack.rows) + first + c];
         }
-        return factoriseTriangle(a, first % OctetLanes, least, triangle);
+        return factoriseTriangle(panel.columns, first % OctetLanes, least, triangle);
     }
 };
 

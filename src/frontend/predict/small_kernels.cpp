@@ -23,6 +23,7 @@ SmallKernels table() {
             multiplyAdd,
             addColumns,
             multiplyTransposed,
+            descend,
             dot,
             addScaled,
             gather,

@@ -102,6 +102,11 @@ struct SmallGradientProof {
     bool isSound;   ///< all are numbers
 };
 
+struct SmallBox {
+    const double* lower;
+    const double* upper;
+};
+
 struct SmallStep {
     double length;  ///< its largest entry
     double size;    ///< that of the point
@@ -135,6 +140,14 @@ struct SmallKernels {
     void (*addColumns)(const SmallMatrix& a, const double* x, double* y);
     /// y := Aᵀx, cols entries.
     void (*multiplyTransposed)(const SmallMatrix& a, const double* x, double* y);
+    /// One sweep that minimises ½xᵀHx + cᵀx over one variable after the other, between its bounds;
+    /// `count` of them. g = H·x + c moves with x. `inverse` is that of the diagonal of H.
+    void (*descend)(const SmallMatrix& H,
+                    const SmallBox& box,
+                    const double* inverse,
+                    std::size_t count,
+                    double* x,
+                    double* g);
     double (*dot)(const double* x, const double* y, std::size_t count);
     /// y := y + alpha·x.
     void (*addScaled)(double alpha, const double* x, double* y, std::size_t count);

@@ -43,6 +43,17 @@ public:
     /// Gives the block back: no shape and no arrays.
     void release() noexcept;
 
+    /// Parts of the data, for the kernels: all of it, H, and A with c behind it.
+    [[nodiscard]] SmallMatrix stack() const {
+        return {data, shape.height(), shape.cols(), shape.height(), shape.height()};
+    }
+    [[nodiscard]] SmallMatrix hessian() const {
+        return {data, shape.head(), shape.cols(), shape.height(), shape.head()};
+    }
+    [[nodiscard]] SmallMatrix rowsOfA() const {
+        return {data + shape.head(), shape.rows(), shape.cols(), shape.height(), shape.height()};
+    }
+
     SmallShape shape;
     const SmallKernels& kernels = smallKernels();
 

@@ -15,6 +15,14 @@ constexpr double ExactResidual = 1e-13;   // a residual in proportion that round
 constexpr double FeasibleSide = 0x1p-49;  // the same of sides
 constexpr std::size_t MostCorrections = 3;
 
+SmallShape shapeOf(const Problem& problem) {
+    return {variablesOf(problem), problem.A.rows()};
+}
+
+bool isSmall(const Problem& problem) {
+    return SmallMemory::fits(shapeOf(problem)) && areShapesRight(problem);
+}
+
 }  // namespace
 
 SmallProblem& SmallProblem::ofThread() {
@@ -35,7 +43,52 @@ bool SmallProblem::solve(const Problem& problem,
                          Result& result) {
     static const WarmStart none;
     const WarmStart& start = problem.warmStart != nullptr ? *problem.warmStart : none;
-    return suits(settings) && solveNext(problem, {}, start, settings, control, result);
+    if (!suits(settings)) {
+        return false;
+    }
+    const bool isCold = start.workingSet.size() == 0 && !settings.keepFactors;
+    bool areMatricesReady = false;
+    if (isCold && SmallGuess::fits(shapeOf(problem)) && areShapesRight(problem)) {
+        if (solveByGuess(problem, settings, control, result)) {
+            return true;
+        }
+        if (matrices_ == Matrices::Unfit || !isSmall(problem)) {
+            return false;
+        }
+        areMatricesReady = formImages(memory_, extent_);
+        matrices_ = areMatricesReady ? Matrices::Ready : Matrices::Unfit;
+        if (!areMatricesReady) {
+            return false;
+        }
+    }
+    return solveNext(problem, {.matrices = areMatricesReady}, start, settings, control, result);
+}
+
+bool SmallProblem::solveByGuess(const Problem& problem,
+                                const Settings& settings,
+                                Control& control,
+                                Result& result) {
+    matrices_ = Matrices::Unfit;
+    hasEnded_ = false;
+    memory_.reshape(shapeOf(problem));
+    if (!loadVectors(problem, memory_, extent_) || !loadMatrices(problem, memory_, extent_)) {
+        return false;
+    }
+    matrices_ = Matrices::Unknown;
+    const double setup = control.seconds();
+    if (!guess_.minimise(extent_, !isSmall(problem), control)) {
+        return false;
+    }
+    const double begin = control.seconds();
+    SmallGuessRefinement refinement(memory_, guess_);
+    if (!proveOptimum(
+            problem, settings.tolerance, refinement, false, [] { return false; }, result)) {
+        return false;
+    }
+    finish(setup, begin, control, result);
+    result.iterations.prediction = guess_.rounds();
+    result.iterations.dual = 0;
+    return true;
 }
 
 bool SmallProblem::solveNext(const Problem& problem,
@@ -79,7 +132,7 @@ SmallProblem::SoftEnd SmallProblem::solveNextSoft(const Problem& problem,
         return SoftEnd::Predicted;
     }
     const double begin = control.seconds();
-    if (!proveOptimum(problem, settings.tolerance, result)) {
+    if (!proveDual(problem, settings.tolerance, result)) {
         return SoftEnd::GivenUp;
     }
     finish(setup, begin, control, result);
@@ -135,7 +188,9 @@ bool SmallProblem::load(const Problem& problem) {
     if (!loadVectors(problem, memory_, extent_)) {
         return false;
     }
-    matrices_ = loadMatrices(problem, memory_, extent_) ? Matrices::Ready : Matrices::Unfit;
+    matrices_ = loadMatrices(problem, memory_, extent_) && formImages(memory_, extent_)
+                    ? Matrices::Ready
+                    : Matrices::Unfit;
     return matrices_ == Matrices::Ready;
 }
 
@@ -161,7 +216,7 @@ bool SmallProblem::minimise(const Problem& problem,
     const bool isProved =
         end == SmallDual::End::Contradiction
             ? writeContradiction(problem, start, memory_, dual_, result)
-            : end == SmallDual::End::Optimal && proveOptimum(problem, settings.tolerance, result);
+            : end == SmallDual::End::Optimal && proveDual(problem, settings.tolerance, result);
     if (isProved) {
         finish(setup, begin, control, result);
     }
@@ -176,8 +231,13 @@ bool SmallProblem::isWellConditioned() const {
 }
 
 // Corrects the point until it is exact. That of kept factors may be exact as it is.
-bool SmallProblem::proveOptimum(const Problem& problem, double tolerance, Result& result) {
-    SmallRefinement refinement(memory_, dual_);
+template <class MayBeDelicate>
+bool SmallProblem::proveOptimum(const Problem& problem,
+                                double tolerance,
+                                SmallRefinement& refinement,
+                                bool mayBeExact,
+                                MayBeDelicate mayBeDelicate,
+                                Result& result) {
     refinement.begin();
     Judgement judgement;
     std::size_t corrections = 0;
@@ -186,8 +246,8 @@ bool SmallProblem::proveOptimum(const Problem& problem, double tolerance, Result
         return judgement.certificate.holds(ExactResidual) &&
                judgement.certificate.primal.relative <= FeasibleSide;
     };
-    bool isDone = isSetKept_ && isWellConditioned() && refinement.areRowsMet(FeasibleSide) &&
-                  isExact() && !judgement.isDelicate;
+    bool isDone =
+        mayBeExact && refinement.areRowsMet(FeasibleSide) && isExact() && !judgement.isDelicate;
     while (!isDone) {
         refinement.correct();
         ++corrections;
@@ -195,13 +255,20 @@ bool SmallProblem::proveOptimum(const Problem& problem, double tolerance, Result
     }
     if (!judgement.certificate.holds(tolerance) ||
         !(judgement.certificate.primal.relative <= FeasibleSide) ||
-        (judgement.isDelicate && dual_.isNearlyDependent())) {
+        (judgement.isDelicate && !mayBeDelicate())) {
         return false;
     }
-    const SmallOptimum optimum{memory_, dual_, judgement, tolerance};
+    const SmallOptimum optimum{memory_, refinement.size(), judgement, tolerance};
     writeOptimum(problem, optimum, areSetsListed_, result);
     result.iterations.refinement = corrections;
     return true;
+}
+
+bool SmallProblem::proveDual(const Problem& problem, double tolerance, Result& result) {
+    SmallImageRefinement refinement(memory_, dual_.factor());
+    return proveOptimum(
+        problem, tolerance, refinement, isSetKept_ && isWellConditioned(),
+        [this] { return !dual_.isNearlyDependent(); }, result);
 }
 
 }  // namespace activeset::frontend

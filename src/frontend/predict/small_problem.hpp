@@ -5,6 +5,7 @@
 #include "frontend/core/control.hpp"
 #include "frontend/predict/small_data.hpp"
 #include "frontend/predict/small_dual.hpp"
+#include "frontend/predict/small_guess.hpp"
 
 namespace activeset::frontend {
 
@@ -83,11 +84,25 @@ private:
                                 Result& result);
     void finish(double setup, double begin, const Control& control, Result& result) const;
     [[nodiscard]] bool isWellConditioned() const;
-    [[nodiscard]] bool proveOptimum(const Problem& problem, double tolerance, Result& result);
+    [[nodiscard]] bool solveByGuess(const Problem& problem,
+                                    const Settings& settings,
+                                    Control& control,
+                                    Result& result);
+    /// @param mayBeExact     whether the point is looked at before it is corrected
+    /// @param mayBeDelicate  whether what may be so by rounding alone is taken for a proof
+    template <class MayBeDelicate>
+    [[nodiscard]] bool proveOptimum(const Problem& problem,
+                                    double tolerance,
+                                    SmallRefinement& refinement,
+                                    bool mayBeExact,
+                                    MayBeDelicate mayBeDelicate,
+                                    Result& result);
+    [[nodiscard]] bool proveDual(const Problem& problem, double tolerance, Result& result);
 
     SmallMemory memory_;
     SmallExtent extent_;
     SmallDual dual_{memory_};
+    SmallGuess guess_{memory_};
     enum class Matrices { Unknown, Unfit, Ready };
     Matrices matrices_ = Matrices::Unknown;
     bool areSetsListed_ = true;

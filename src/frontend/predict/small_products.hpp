@@ -196,6 +196,24 @@ void addScaled(double alpha, const double* x, double* y, std::size_t count) {
     }
 }
 
+void descend(const SmallMatrix& H,
+             const SmallBox& box,
+             const double* inverse,
+             std::size_t count,
+             double* x,
+             double* g) {
+    for (std::size_t j = 0; j < count; ++j) {
+        double to = x[j] - g[j] * inverse[j];
+        to = to > box.lower[j] ? to : box.lower[j];
+        to = to < box.upper[j] ? to : box.upper[j];
+        const double step = to - x[j];
+        if (step != 0.0) {
+            x[j] = to;
+            addScaled(step, H.data + j * H.leading, g, H.rows);
+        }
+    }
+}
+
 constexpr double NoRow = 1e9;
 
 /// The largest so far of each lane, and the rows that they are of.

@@ -1,5 +1,4 @@
-// With the residuals r₁ = −(Hx + c + Aᵀy + z) and r₂ = side − value, in the metric of the images:
-// d = L⁻¹r₁, t = Qᵀd − Tᵀr₂; the multipliers move by T·t, and x by L⁻ᵀ(d − Q·t).
+// Corrections by the residuals r₁ = −(Hx + c + Aᵀy + z) and r₂ = side − value.
 #include "frontend/predict/small_refinement.hpp"
 
 #include <algorithm>
@@ -8,18 +7,6 @@
 #include "frontend/predict/small_sum.hpp"
 
 namespace activeset::frontend {
-
-SmallMatrix SmallRefinement::data() const {
-    const std::size_t height = m_.shape.height();
-    return {m_.data, height, m_.shape.cols(), height, height};
-}
-
-SmallMatrix SmallRefinement::rows() const {
-    SmallMatrix A = data();
-    A.data += m_.shape.head();
-    A.rows = m_.shape.rows();
-    return A;
-}
 
 void SmallRefinement::begin() {
     std::copy_n(m_.values + m_.shape.rows(), m_.shape.head(), m_.x);
@@ -30,8 +17,8 @@ void SmallRefinement::begin() {
 }
 
 void SmallRefinement::moveToBounds() {
-    for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
-        const std::size_t i = dual_.constraintOf(k);
+    for (std::size_t k = 0; k < size_; ++k) {
+        const std::size_t i = constraintOf(k);
         if (!isRow(i)) {
             m_.x[i - m_.shape.rows()] = m_.sign[k] > 0.0 ? m_.upper[i] : m_.lower[i];
         }
@@ -40,11 +27,11 @@ void SmallRefinement::moveToBounds() {
 
 // What rounding leaves on the wrong side of zero is zero. memory.p := by how much they change.
 void SmallRefinement::setMultipliers() {
-    for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
+    for (std::size_t k = 0; k < size_; ++k) {
         if (m_.isEquality[k] == 0.0 && m_.lambda[k] < 0.0) {
             m_.lambda[k] = 0.0;
         }
-        const std::size_t i = dual_.constraintOf(k);
+        const std::size_t i = constraintOf(k);
         const double multiplier = m_.sign[k] * m_.inverseNorm[i] * m_.lambda[k];
         m_.p[k] = multiplier - m_.multipliers[i];
         m_.multipliers[i] = multiplier;
@@ -52,14 +39,13 @@ void SmallRefinement::setMultipliers() {
 }
 
 void SmallRefinement::formSums() {
-    m_.kernels.exactProduct(data(), m_.x, m_.products);
-    m_.kernels.exactRows(rows(), m_.member, m_.multipliers, dual_.factor().size(), m_.shape.head(),
-                         m_.pull);
+    m_.kernels.exactProduct(m_.stack(), m_.x, m_.products);
+    m_.kernels.exactRows(m_.rowsOfA(), m_.member, m_.multipliers, size_, m_.shape.head(), m_.pull);
 }
 
 /// The side of a member less its value.
 double SmallRefinement::missOf(std::size_t k) const {
-    const std::size_t i = dual_.constraintOf(k);
+    const std::size_t i = constraintOf(k);
     const double side = m_.sign[k] > 0.0 ? m_.upper[i] : m_.lower[i];
     const std::size_t row = m_.shape.head() + i;
     return isRow(i) ? (side - m_.products.value[row]) - m_.products.rest[row]
@@ -68,8 +54,8 @@ double SmallRefinement::missOf(std::size_t k) const {
 
 bool SmallRefinement::areRowsMet(double tolerance) const {
     bool areMet = true;
-    for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
-        const std::size_t i = dual_.constraintOf(k);
+    for (std::size_t k = 0; k < size_; ++k) {
+        const std::size_t i = constraintOf(k);
         if (isRow(i)) {
             const double miss = missOf(k);
             const double beyond = m_.isEquality[k] != 0.0 ? std::abs(miss) : -m_.sign[k] * miss;
@@ -85,29 +71,28 @@ bool SmallRefinement::areRowsMet(double tolerance) const {
 void SmallRefinement::formResiduals() {
     const SmallShape& shape = m_.shape;
     m_.kernels.negativeGradient(gradientOf(m_), shape.head(), m_.residual);
-    for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
-        m_.s[k] = m_.sign[k] * m_.inverseNorm[dual_.constraintOf(k)] * missOf(k);
+    for (std::size_t k = 0; k < size_; ++k) {
+        m_.s[k] = m_.sign[k] * m_.inverseNorm[constraintOf(k)] * missOf(k);
     }
 }
 
-// memory.step := of x, memory.p := of lambda.
-void SmallRefinement::findStep() {
+void SmallImageRefinement::findStep() {
     const SmallShape& shape = m_.shape;
     const std::size_t head = shape.head();
-    const std::size_t size = dual_.factor().size();
+    const std::size_t size = factor_.size();
     const SmallMatrix inverse{m_.images + shape.height(), head, shape.cols(), shape.height() + head,
                               0};
     m_.kernels.multiplyTransposed(inverse, m_.residual, m_.u);
     std::fill(m_.u + shape.cols(), m_.u + head, 0.0);
     if (size > 0) {
         std::fill(m_.s + size, m_.s + SmallShape::upTo(size, 8), 0.0);
-        m_.kernels.multiplyTransposed(dual_.factor().orthogonal(), m_.u, m_.r);
-        m_.kernels.multiplyTransposed(dual_.factor().inverse(), m_.s, m_.p);
+        m_.kernels.multiplyTransposed(factor_.orthogonal(), m_.u, m_.r);
+        m_.kernels.multiplyTransposed(factor_.inverse(), m_.s, m_.p);
         for (std::size_t k = 0; k < size; ++k) {
             m_.s[k] = m_.p[k] - m_.r[k];
         }
-        m_.kernels.multiplyAdd(dual_.factor().orthogonal(), m_.s, m_.u, m_.u);
-        m_.kernels.multiplyAdd(dual_.factor().inverse(), m_.s, nullptr, m_.p);
+        m_.kernels.multiplyAdd(factor_.orthogonal(), m_.s, m_.u, m_.u);
+        m_.kernels.multiplyAdd(factor_.inverse(), m_.s, nullptr, m_.p);
     }
     m_.kernels.multiplyAdd(inverse, m_.u, nullptr, m_.step);
 }
@@ -117,7 +102,7 @@ void SmallRefinement::correct() {
     formResiduals();
     findStep();
     const std::size_t head = m_.shape.head();
-    for (std::size_t k = 0; k < dual_.factor().size(); ++k) {
+    for (std::size_t k = 0; k < size_; ++k) {
         m_.lambda[k] -= m_.p[k];
     }
     std::copy_n(m_.x, head, m_.u);
@@ -129,9 +114,9 @@ void SmallRefinement::correct() {
         formSums();
         return;
     }
-    m_.kernels.addColumns(data(), m_.step, m_.products.rest);
+    m_.kernels.addColumns(m_.stack(), m_.step, m_.products.rest);
     setMultipliers();
-    m_.kernels.addRows(rows(), m_.member, m_.p, dual_.factor().size(), head, m_.pull.rest);
+    m_.kernels.addRows(m_.rowsOfA(), m_.member, m_.p, size_, head, m_.pull.rest);
 }
 
 }  // namespace activeset::frontend

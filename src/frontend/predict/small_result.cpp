@@ -34,12 +34,12 @@ void list(const SmallMemory& m,
     }
 }
 
-void writeWorkingSet(SmallMemory& m, const SmallDual& dual, WorkingSet& set) {
+void writeWorkingSet(SmallMemory& m, std::size_t size, WorkingSet& set) {
     const SmallShape& shape = m.shape;
     std::size_t counts[2][3] = {};  // of rows and bounds: equal, at the lower, at the upper side
     std::fill_n(m.values, shape.constraints(), 0.0);
-    for (std::size_t k = 0; k < dual.factor().size(); ++k) {
-        const std::size_t i = dual.constraintOf(k);
+    for (std::size_t k = 0; k < size; ++k) {
+        const auto i = static_cast<std::size_t>(m.member[k]);
         m.values[i] = m.sign[k];
         ++counts[i < shape.rows() ? 0 : 1][m.isEquality[k] != 0.0 ? 0 : m.sign[k] < 0.0 ? 1 : 2];
     }
@@ -121,7 +121,7 @@ void writeOptimum(const Problem& problem,
     result.objective = optimum.judgement.objective;
     result.certificate = optimum.judgement.certificate;
     if (isSetWanted || !isBalanced) {
-        writeWorkingSet(memory, optimum.dual, result.workingSet);
+        writeWorkingSet(memory, optimum.size, result.workingSet);
     }
     if (!isBalanced) {
         Judgement best = optimum.judgement;

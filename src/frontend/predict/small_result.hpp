@@ -12,7 +12,7 @@ namespace activeset::frontend {
 /// A point in the memory that is proved.
 struct SmallOptimum {
     SmallMemory& memory;
-    const SmallDual& dual;
+    std::size_t size;  ///< how many members
     const Judgement& judgement;
     double tolerance;
 };

@@ -1,0 +1,130 @@
+// The factors on which the guess of the small road works: of H, as the proof of convexity, then of
+// the free variables and of the rows among them.
+#include <algorithm>
+
+#include "frontend/algebra/cholesky.hpp"
+#include "frontend/algebra/dense.hpp"
+#include "frontend/predict/small_guess.hpp"
+#include "host/blas.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+// With smaller pivots of H, in proportion to the largest, the iteration is likely to cycle.
+constexpr double LeastClearPivot = 1e-7;
+constexpr double DependentSchurPivot = 1e-13;  // in proportion to the largest diagonal entry
+
+/// Squared pivots of a lower Cholesky factor.
+template <class Accept>
+bool areAllPivots(const double* L, std::size_t n, std::size_t ld, Accept accept) {
+    for (std::size_t k = 0; k < n; ++k) {
+        if (!accept(k, L[k * (ld + 1)] * L[k * (ld + 1)])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+// The factor of H is needed for nothing else.
+bool SmallGuess::isClearlyConvex() {
+    const SmallShape& shape = m_.shape;
+    const std::size_t head = shape.head();
+    for (std::size_t j = 0; j < shape.n; ++j) {
+        const double* const column = m_.data + j * shape.height();
+        std::copy(column + j, column + shape.n, m_.images + j * head + j);
+    }
+    if (!choleskyInPlace({m_.images, shape.n, head, m_.Q})) {
+        return false;
+    }
+    double most = 0.0;
+    return areAllPivots(m_.images, shape.n, head,
+                        [&](std::size_t k, double pivot) {
+                            most = std::max(most, pivot);
+                            return pivot > SmallestPivot * m_.data[k * (shape.height() + 1)];
+                        }) &&
+           areAllPivots(m_.images, shape.n, head,
+                        [&](std::size_t, double pivot) { return pivot > LeastClearPivot * most; });
+}
+
+// In the place of the images: L of H_FF = LLᵀ, then Q = L⁻¹A_RFᵀ, then the factor of QᵀQ.
+bool SmallGuess::factorise() {
+    const SmallShape& shape = m_.shape;
+    const std::size_t head = shape.head();
+    const std::size_t count = F_.size();
+    double* const L = m_.images;
+    for (std::size_t k = 0; k < count; ++k) {
+        const double* const column = m_.data + F_[k] * shape.height();
+        for (std::size_t i = k; i < count; ++i) {
+            L[k * head + i] = column[F_[i]];
+        }
+    }
+    if (R_.size() > count || !choleskyInPlace({L, count, head, m_.Q})) {
+        return false;
+    }
+    double* const Q = L + head * shape.cols();
+    double* const S = Q + head * R_.size();
+    const std::size_t rows = R_.size();
+    for (std::size_t k = 0; k < rows; ++k) {
+        for (std::size_t i = 0; i < count; ++i) {
+            Q[k * head + i] = m_.data[F_[i] * shape.height() + head + R_[k]];
+        }
+        blas::trsvLower(Op::None, {L, count, count, head}, Q + k * head);
+        for (std::size_t i = 0; i <= k; ++i) {
+            S[i * rows + k] = dot(Q + i * head, Q + k * head, count);
+        }
+    }
+    double most = 0.0;
+    for (std::size_t k = 0; k < rows; ++k) {
+        most = std::max(most, S[k * (rows + 1)]);
+    }
+    return rows == 0 || (choleskyInPlace({S, rows, rows, m_.Q}) &&
+                         areAllPivots(S, rows, rows, [&](std::size_t, double pivot) {
+                             return pivot > DependentSchurPivot * most;
+                         }));
+}
+
+void SmallGuess::solve(double* f, double* r) {
+    const std::size_t head = m_.shape.head();
+    const std::size_t rows = R_.size();
+    const ConstBlock L(m_.images, F_.size(), F_.size(), head);
+    const ConstBlock Q(m_.images + head * m_.shape.cols(), F_.size(), rows, head);
+    const ConstBlock S(Q.data + head * rows, rows, rows);
+    blas::trsvLower(Op::None, L, f);
+    if (rows > 0) {
+        blas::gemv(Op::Transpose, 1.0, Q, f, -1.0, r);
+        blas::trsvLower(Op::None, S, r);
+        blas::trsvLower(Op::Transpose, S, r);
+        blas::gemv(Op::None, -1.0, Q, r, 1.0, f);
+    }
+    blas::trsvLower(Op::Transpose, L, f);
+}
+
+// The bounds' multipliers take what the step leaves of the residuals there.
+void SmallGuessRefinement::findStep() {
+    const std::vector<std::size_t>& F = guess_.free();
+    const std::size_t rows = guess_.rows().size();
+    const std::size_t head = m_.shape.head();
+    for (std::size_t k = 0; k < F.size(); ++k) {
+        m_.u[k] = m_.residual[F[k]];
+    }
+    for (std::size_t k = 0; k < rows; ++k) {
+        m_.r[k] = m_.sign[k] * m_.s[k];
+    }
+    guess_.solve(m_.u, m_.r);
+    std::fill_n(m_.step, head, 0.0);
+    for (std::size_t k = 0; k < F.size(); ++k) {
+        m_.step[F[k]] = m_.u[k];
+    }
+    std::fill_n(m_.w, head, 0.0);
+    m_.kernels.addColumns(m_.hessian(), m_.step, m_.w);
+    m_.kernels.addRows(m_.rowsOfA(), m_.member, m_.r, rows, head, m_.w);
+    for (std::size_t k = 0; k < size_; ++k) {
+        const std::size_t j = k < rows ? 0 : constraintOf(k) - m_.shape.rows();
+        m_.p[k] = m_.sign[k] * (k < rows ? -m_.r[k] : m_.w[j] - m_.residual[j]);
+    }
+}
+
+}  // namespace activeset::frontend
