@@ -59,7 +59,8 @@ public:
     /// @param from       first value of the parameter
     /// @param to         last one
     /// @param settings   of the solves at the start and at breakpoints where several things happen
-    /// @raises std::invalid_argument for faults of the problem, of the direction and the range
+    /// @raises std::invalid_argument for faults of the problem, of the direction and the range, or
+    ///         data that overflow within it
     Path(const Problem& problem,
          const Direction& direction,
          double from,

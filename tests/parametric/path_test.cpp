@@ -182,6 +182,8 @@ TEST_F(Paths, RefuseWhatDoesNotFit) {
     EXPECT_THROW(Path(problem, {.c = {nullptr, 1}}, 0, 1), std::invalid_argument);
     EXPECT_THROW(Path(problem, {.c = one}, 1, 0), std::invalid_argument);
     EXPECT_THROW(Path(problem, {.c = one}, -1e308, 1e308), std::invalid_argument);
+    const double huge[] = {1e308};
+    EXPECT_THROW(Path(problem, {.lower = huge}, 0, 10), std::invalid_argument);
     EXPECT_THROW(Path(problem, {.c = one}, 0, Infinity), std::invalid_argument);
     EXPECT_THROW(static_cast<void>(Path(problem, {.c = one}, 0, 1).at(2.0)), std::invalid_argument);
 }

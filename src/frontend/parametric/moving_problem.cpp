@@ -96,6 +96,18 @@ Vectors MovingProblem::at(double t) const {
             moved(data_.upper, rates_.upper, t)};
 }
 
+bool MovingProblem::isFiniteAt(double t) const {
+    const auto isFinite = [t](const Vector& values, const Vector& rates) {
+        return std::equal(values.begin(), values.end(), rates.begin(),
+                          [t](double value, double rate) {
+                              return std::isfinite(value + t * rate) || !std::isfinite(value);
+                          });
+    };
+    return isFinite(data_.c, rates_.c) && isFinite(data_.rowLower, rates_.rowLower) &&
+           isFinite(data_.rowUpper, rates_.rowUpper) && isFinite(data_.lower, rates_.lower) &&
+           isFinite(data_.upper, rates_.upper);
+}
+
 Problem MovingProblem::view(const Vectors& vectors) const {
     Problem problem{.c = vectors.c,
                     .rowLower = vectors.rowLower,

@@ -44,6 +44,8 @@ public:
     void shift(double shift);
     /// The vectors at t.
     [[nodiscard]] Vectors at(double t) const;
+    /// Whether numbers that are finite in the data are finite at t.
+    [[nodiscard]] bool isFiniteAt(double t) const;
     /// @post the view lives as long as `vectors` and this object
     [[nodiscard]] Problem view(const Vectors& vectors) const;
     [[nodiscard]] Result solve(double t, const WarmStart& start, const Settings& settings) const;

@@ -239,6 +239,9 @@ Path::Path(const Problem& problem,
         throw std::invalid_argument("activeset: Path: the range is not one of finite numbers");
     }
     MovingProblem moving(problem, direction);
+    if (!moving.isFiniteAt(from) || !moving.isFiniteAt(to)) {
+        throw std::invalid_argument("activeset: Path: the data overflow within the range");
+    }
     end_ = from;
     Tracer(*this, moving, from, to, settings).run();
 }
