@@ -5,6 +5,8 @@
 #include <limits>
 
 #include "io/npy_array.hpp"
+#include "io/npz_penalties.hpp"
+#include "io/penalties.hpp"
 #include "io/writer.hpp"
 #include "io/zip_archive.hpp"
 
@@ -14,8 +16,11 @@ namespace {
 
 using Numbers = std::vector<double>;
 
+/// Sides that are equal, and cost the same.
 bool isEquality(const Model& model, std::size_t row) {
-    return model.rowLower[row] == model.rowUpper[row];
+    const double side = model.rowUpper[row];
+    return model.rowLower[row] == side &&
+           lowerPrice(model.rowPenalty, row, side) == upperPrice(model.rowPenalty, row, side);
 }
 
 template <class Value>
@@ -53,6 +58,9 @@ public:
         }
         addSides("lb", model_.lower);
         addSides("ub", model_.upper);
+        for (const auto& [name, values] : penaltyMembers(model_, inequalities_, equalities_)) {
+            addNumbers(name, values);
+        }
         add("constant", npyBytes(Numbers{model_.constant}, {}));
         add("names", npyBytes(usableNames(model_.variables, 'x', isNpyText)));
         std::vector<std::string> rows = picked(model_.rows, inequalities_);
@@ -66,10 +74,10 @@ public:
     }
 
 private:
-    void add(const char* name, std::string bytes) {
-        members_.push_back({std::string(name) + ".npy", std::move(bytes)});
+    void add(const std::string& name, std::string bytes) {
+        members_.push_back({name + ".npy", std::move(bytes)});
     }
-    void addNumbers(const char* name, const Numbers& values) {
+    void addNumbers(const std::string& name, const Numbers& values) {
         add(name, npyBytes(values, {values.size()}));
     }
     /// Adds the sides, unless all of them are absent.

@@ -1,8 +1,7 @@
-// Finds out whether a model has soft sides.
+// Finds out which sides of a model are soft, and what they cost.
 #include "io/penalties.hpp"
 
 #include <cmath>
-#include <cstddef>
 
 #include "io/location.hpp"
 #include "io/model.hpp"
@@ -11,14 +10,15 @@ namespace activeset::io {
 
 namespace {
 
-/// Without linear penalties it is the quadratic one that makes a side soft.
-bool isSoft(const std::vector<double>& linear,
-            const std::vector<double>& quadratic,
-            double side,
-            std::size_t k) {
-    const bool costsLittle =
-        linear.empty() ? !quadratic.empty() && quadratic[k] > 0.0 : std::isfinite(linear[k]);
-    return std::isfinite(side) && costsLittle;
+constexpr double Infinite = std::numeric_limits<double>::infinity();
+
+SidePrice priceOf(const std::vector<double>& linear,
+                  const std::vector<double>& quadratic,
+                  std::size_t k,
+                  double side) {
+    const double curvature = quadratic.empty() ? 0.0 : quadratic[k];
+    const double slope = !linear.empty() ? linear[k] : curvature > 0.0 ? 0.0 : Infinite;
+    return std::isfinite(side) && std::isfinite(slope) ? SidePrice{slope, curvature} : SidePrice();
 }
 
 std::string softMember(const Penalties& penalty,
@@ -27,8 +27,8 @@ std::string softMember(const Penalties& penalty,
                        const std::vector<std::string>& names,
                        const std::string& kind) {
     for (std::size_t k = 0; k < names.size(); ++k) {
-        if (isSoft(penalty.lowerLinear, penalty.lowerQuadratic, lower[k], k) ||
-            isSoft(penalty.upperLinear, penalty.upperQuadratic, upper[k], k)) {
+        if (lowerPrice(penalty, k, lower[k]) != SidePrice() ||
+            upperPrice(penalty, k, upper[k]) != SidePrice()) {
             return kind + " " + quoted(names[k]);
         }
     }
@@ -36,6 +36,14 @@ std::string softMember(const Penalties& penalty,
 }
 
 }  // namespace
+
+SidePrice lowerPrice(const Penalties& penalty, std::size_t k, double side) {
+    return priceOf(penalty.lowerLinear, penalty.lowerQuadratic, k, side);
+}
+
+SidePrice upperPrice(const Penalties& penalty, std::size_t k, double side) {
+    return priceOf(penalty.upperLinear, penalty.upperQuadratic, k, side);
+}
 
 std::string softMember(const Model& model) {
     const std::string row =

@@ -3,6 +3,8 @@
 #define ACTIVESET_IO_PENALTIES_HPP
 
 #include <array>
+#include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -11,8 +13,8 @@ namespace activeset::io {
 struct Model;
 
 /// As in activeset::Penalty: a side missed by v ≥ 0 costs linear·v + ½·quadratic·v², and an
-/// infinite linear penalty leaves it hard. Each part has an entry for every row or variable, or
-/// none at all.
+/// infinite linear penalty leaves it hard. Without linear penalties the sides with a positive
+/// quadratic one are soft. Each part has an entry for every row or variable, or none at all.
 struct Penalties {
     std::vector<double> lowerLinear{};
     std::vector<double> upperLinear{};
@@ -36,6 +38,18 @@ inline constexpr std::array<PenaltyPart, 4> PenaltyParts{
      {"upper_linear", &Penalties::upperLinear, true},
      {"lower_quadratic", &Penalties::lowerQuadratic, false},
      {"upper_quadratic", &Penalties::upperQuadratic, false}}};
+
+/// What it costs to miss one side, by the rules above.
+struct SidePrice {
+    double linear = std::numeric_limits<double>::infinity();
+    double quadratic = 0.0;
+
+    friend bool operator==(const SidePrice&, const SidePrice&) = default;
+};
+
+/// The price of entry k. A side that is hard, or infinite, has that of a default SidePrice.
+[[nodiscard]] SidePrice lowerPrice(const Penalties& penalty, std::size_t k, double side);
+[[nodiscard]] SidePrice upperPrice(const Penalties& penalty, std::size_t k, double side);
 
 /// The first row or variable with a soft side, as "row 'capacity'"; empty where all sides are hard.
 [[nodiscard]] std::string softMember(const Model& model);

@@ -17,10 +17,12 @@ std::string exactNumber(double value) {
 }
 
 std::string modelText(const Model& model, Format format, const std::string& file) {
-    const std::string soft = format == Format::Json ? std::string() : softMember(model);
+    const bool hasPenalties = format == Format::Json || format == Format::Npz;
+    const std::string soft = hasPenalties ? std::string() : softMember(model);
     if (!soft.empty()) {
-        throw ReadError(file, 0,
-                        "the format has no penalties, but " + soft + " is soft; JSON has them");
+        throw ReadError(
+            file, 0,
+            "the format has no penalties, but " + soft + " is soft; JSON and NPZ have them");
     }
     switch (format) {
         case Format::Lp:

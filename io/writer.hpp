@@ -14,12 +14,12 @@ namespace activeset::io {
 /// become x1, …, r1, …. NPZ holds the minimisation, with its equalities last. Automatic is MPS.
 ///
 /// @param file  named in the error
-/// @raises ReadError for soft sides in a format other than JSON: the others have none
+/// @raises ReadError for soft sides in MPS and LP, which have none
 [[nodiscard]] std::string modelText(const Model& model,
                                     Format format,
                                     const std::string& file = "model");
 
-// One per format. Only JSON writes penalties.
+// One per format. JSON and NPZ write penalties, the others leave them out.
 [[nodiscard]] std::string mpsText(const Model& model);
 [[nodiscard]] std::string lpText(const Model& model);
 [[nodiscard]] std::string jsonText(const Model& model);

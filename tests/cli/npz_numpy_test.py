@@ -46,6 +46,26 @@ def check_conversion(tool, folder, original):
         np.testing.assert_array_equal(getattr(read, name), part, name)
 
 
+def check_soft_sides(tool, folder):
+    """Penalties of Python's problem reach the tool, and those of the tool's file reach Python."""
+    if activeset is None:
+        return
+    soft = {"h": ([np.inf, 0.5], None), "b": 8.0, "lb": (None, [0.0, 1.0])}
+    problem = activeset.Problem(np.eye(2), [-2.0, -3.0], [[1.0, -1.0], [1.0, 1.0]], [9.0, 3.0],
+                                [[1.0, 0.0]], [1.0], [0.0, 3.5], soft=soft)
+    problem.save(folder / "soft.npz")
+    run(tool, "convert", folder / "soft.npz", folder / "soft.json")
+    run(tool, "convert", folder / "soft.json", folder / "again.npz")
+    for name in ("soft.npz", "soft.json", "again.npz"):
+        # x = 1; y - 3 + 0.5 - (3.5 - y) = 0
+        np.testing.assert_allclose(json.loads(run(tool, "solve", "--json", folder / name))["x"],
+                                   [1.0, 3.0], atol=1e-12)
+        np.testing.assert_allclose(activeset.read(folder / name).solve().x, [1.0, 3.0], atol=1e-12)
+    back = activeset.Problem.load(folder / "again.npz").soft
+    assert sorted(back) == ["b", "h", "lb"] and back["h"][0].tolist() == [np.inf, 0.5]
+    assert back["b"][0].tolist() == [8.0] and back["lb"][1].tolist() == [0.0, 1.0]
+
+
 def check_published_form(tool, folder):
     """A part that is None is absent; a part that is no array of numbers is an error."""
     parts = {"P": np.eye(2), "q": np.array([-1.0, -2.0]), "G": None, "h": None,
@@ -66,6 +86,7 @@ def main(tool, problems):
     with tempfile.TemporaryDirectory() as name:
         for problem in ("hs21.qps", "hs118.qps"):
             check_conversion(tool, pathlib.Path(name), pathlib.Path(problems) / problem)
+        check_soft_sides(tool, pathlib.Path(name))
         check_published_form(tool, pathlib.Path(name))
 
 

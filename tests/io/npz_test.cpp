@@ -121,6 +121,58 @@ TEST(NpzFormat, IsWrittenAsItIsReadEqualitiesLast) {
               "x1");
 }
 
+// Rows up ≤ 4, low ≥ 1, both = 2, same = 3; both costs more above than below, same the same.
+TEST(NpzFormat, KeepsWhatSoftSidesCost) {
+    const Model model{.name = "",
+                      .H = {0},
+                      .c = {1},
+                      .A = {1, 1, 1, 1},
+                      .rowLower = {-Inf, 1, 2, 3},
+                      .rowUpper = {4, Inf, 2, 3},
+                      .lower = {0},
+                      .upper = {Inf},
+                      .variables = {"x"},
+                      .rows = {"up", "low", "both", "same"},
+                      .rowPenalty = {.lowerLinear = {9, 5, 6, 7},
+                                     .upperLinear = {Inf, 9, 8, 7},
+                                     .upperQuadratic = {1, 0, 2, 0}},
+                      .boundPenalty = {.lowerQuadratic = {3}, .upperQuadratic = {3}}};
+    const Model back = readModelText(modelText(model, Format::Npz), "t.npz", Format::Npz);
+    EXPECT_EQ(back.rows, model.rows);
+    EXPECT_EQ(back.rowUpper, model.rowUpper);
+    EXPECT_EQ(back.rowPenalty.lowerLinear, (Numbers{Inf, 5, 6, 7}));
+    EXPECT_EQ(back.rowPenalty.lowerQuadratic, Numbers());
+    EXPECT_EQ(back.rowPenalty.upperLinear, (Numbers{Inf, Inf, 8, 7}));
+    EXPECT_EQ(back.rowPenalty.upperQuadratic, (Numbers{0, 0, 2, 0}));
+    EXPECT_EQ(back.boundPenalty.lowerLinear, Numbers{0});
+    EXPECT_EQ(back.boundPenalty.lowerQuadratic, Numbers{3});
+    EXPECT_EQ(back.boundPenalty.upperLinear, Numbers());
+}
+
+TEST(NpzFormat, HasPenaltiesByKindOfSide) {
+    const std::string two = npyBytes(Numbers{1, 2}, {2});
+    const std::string one = npyBytes(Numbers{0.5}, {});
+    const std::map<std::string, std::string> hard{
+        {"G", npyBytes(Numbers{1, 2, 3, 4}, {2, 2})}, {"h", two}, {"lb", two}};
+    const auto with = [&](const char* name, const std::string& bytes) {
+        auto members = hard;
+        members.emplace(name, bytes);
+        return members;
+    };
+    EXPECT_EQ(readMembers(with("soft_h_linear", one)).rowPenalty.upperLinear, (Numbers{0.5, 0.5}));
+    const Model curved = readMembers(with("soft_lb_quadratic", npyBytes(Numbers{0, 2}, {2})));
+    EXPECT_EQ(curved.boundPenalty.lowerLinear, (Numbers{Inf, 0}));
+    EXPECT_THAT(errorOfMembers(with("soft_l_linear", one)),
+                HasSubstr("soft_l_linear.npy: expected l beside it"));
+    EXPECT_THAT(errorOfMembers(with("soft_h_linear", npyBytes(Numbers(3), {3}))),
+                HasSubstr("soft_h_linear.npy: has the size 3, expected 2"));
+    EXPECT_THAT(errorOfMembers(with("soft_h_linear", npyBytes(Numbers{1, -1}, {2}))),
+                HasSubstr("soft_h_linear.npy: entry 1: expected a penalty from 0 up"));
+    EXPECT_THAT(errorOfMembers(with("soft_lb_quadratic", npyBytes(Numbers{Inf}, {}))),
+                HasSubstr("expected a penalty from 0 up"));
+    EXPECT_THAT(errorOfMembers(with("soft_q_linear", one)), HasSubstr("found 'soft_q_linear.npy'"));
+}
+
 TEST(NpzFormat, NeverUnpicklesAndNamesTheMember) {
     std::string other = NoneOfProtocol3;
     other[other.size() - 6] = 'K';
