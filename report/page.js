@@ -21,6 +21,7 @@ function shown(value) {
   if (typeof value !== "number") return value === null || value === undefined ? "" : String(value);
   const size = Math.abs(value);
   if (size !== 0 && size < 1e-3) return value.toExponential(2);
+  if (size >= 1e9) return Number(value.toPrecision(6)).toExponential();
   return String(Number(value.toPrecision(6)) + 0);
 }
 function counted(count, word) { return `${count} ${word}${count === 1 ? "" : "s"}`; }
@@ -177,6 +178,9 @@ function single(r) {
   table([["variable", false], ["value", true], ["multiplier", true]], r.names.slice(0, most).map((name, j) => [name, r.x[j], r.z[j]]), "solution");
   if (r.names.length > most) make("p", `The first ${most} of ${r.names.length} variables.`, "soft");
 }
+function whyOf(r) {
+  return r.error || (r.conflict && r.conflict.words ? r.conflict.words.join("; ") : r.message) || "";
+}
 function batch(all) {
   document.title = `${all.length} problems`;
   make("h1", `${all.length} problems`);
@@ -192,7 +196,11 @@ function batch(all) {
   const row = (r) => [r.file, outcomeOf(r), r.objective, r.error ? null : stepsOf(r), r.seconds];
   const columns = [["file", false], ["outcome", false], ["objective", true], ["steps", true], ["seconds", true]];
   const failed = all.filter((r) => outcomeOf(r) !== "optimal");
-  if (failed.length) { make("h2", "Not solved"); table(columns, failed.map(row), "failed"); }
+  if (failed.length) {
+    make("h2", "Not solved");
+    const told = [["file", false], ["outcome", false], ["why", false], ["steps", true], ["seconds", true]];
+    table(told, failed.map((r) => [r.file, outcomeOf(r), whyOf(r), ...row(r).slice(3)]), "failed");
+  }
   make("h2", "Slowest");
   table(columns, [...done].sort((p, q) => q.seconds - p.seconds).slice(0, 10).map(row), "slowest");
   make("h2", "All");

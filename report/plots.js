@@ -16,6 +16,10 @@ function axis(extra) {
 }
 const across = (extra) => axis({ size: 30, ...extra });
 const labels = (text) => (_, ticks) => ticks.map((v) => (v === null ? "" : text(v)));
+function brief(value) { // fits beside an axis
+  const text = shown(value);
+  return text.length < 9 ? text : Number(value.toPrecision(3)).toExponential();
+}
 function chart(parent, caption, words, data, options) {
   const figure = make("figure", null, null, parent);
   make("figcaption", caption, null, figure);
@@ -33,12 +37,18 @@ function lines(parent, caption, values, kind) {
   const count = values.length, isLog = kind === "log", shownValue = (v) => (v === null ? "nothing" : shown(v));
   const words = count === 1 ? shownValue(values[0])
     : `${shownValue(values[0])} in pass 1, ${shownValue(values.at(-1))} in pass ${count}`;
+  if (isLog && values.every((v) => v === 0)) {
+    const figure = make("figure", null, null, parent);
+    make("figcaption", caption, null, figure);
+    make("p", "0 in every pass", "soft words", figure);
+    return;
+  }
   const passes = values.map((_, k) => k + 1);
   const drawn = isLog ? values.map((v) => (v === null ? null : Math.log10(Math.max(v, 1e-16)))) : values;
   chart(parent, caption, words, [passes, drawn], {
     scales: { x: { time: false, range: [0.5, count + 0.5] },
       y: isLog ? { range: (_, low, high) => [Math.floor(low - 0.5), Math.ceil(high + 0.5)] } : {} },
-    axes: [across({ incrs: Whole }), axis({ size: 62, ...(kind === "plain" ? {} : { incrs: Whole }), values: labels(isLog ? powerOf : shown) })],
+    axes: [across({ incrs: Whole }), axis({ size: 62, ...(kind === "plain" ? {} : { incrs: Whole }), values: labels(isLog ? powerOf : brief) })],
     series: [{}, { stroke: colour("--mark"), width: 2, points: { show: count < 60, size: 5, fill: colour("--mark") } }],
   });
 }

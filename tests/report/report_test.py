@@ -177,6 +177,8 @@ def main(tool, problems):
             batch = reports.show(problems, folder / "none.lp", folder / "absent.lp")
             assert len(reports.texts("[aria-label=all] tbody tr")) == len(batch)
             assert len(reports.texts("[aria-label=failed] tbody tr")) == 2
+            why = reports.texts("[aria-label=failed] td:nth-child(3)")
+            assert why[0] == "; ".join(result["conflict"]["words"]) and "cannot be opened" in why[1]
             counts = reports.driver.execute_script("return charts.map((plot) => plot.data[1])")
             assert [sum(bars) for bars in counts] == [len(batch) - 1] * 2
             assert min(reports.driver.execute_async_script(MARKS, None)) > 100
