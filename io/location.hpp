@@ -65,11 +65,19 @@ inline Location lineOf(std::string_view whole, const std::string& file, std::siz
     return {file, line, rest.substr(0, rest.find('\n'))};
 }
 
-/// Text of a file as a message shows it: in quotes, and cut if it is long.
+/// Text of a file as a message shows it: in quotes, cut if it is long, control characters as \x00.
 inline std::string quoted(std::string_view text) {
     constexpr std::size_t Shown = 32;
+    constexpr std::string_view Digits = "0123456789abcdef";
     std::string result = "'";
-    result += text.substr(0, Shown);
+    for (const char character : text.substr(0, Shown)) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte >= 0x20 && byte != 0x7F) {
+            result += character;
+        } else {
+            result += {'\\', 'x', Digits[byte / 16U], Digits[byte % 16U]};
+        }
+    }
     result += text.size() > Shown ? "...'" : "'";
     return result;
 }

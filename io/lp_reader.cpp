@@ -75,6 +75,11 @@ std::uint32_t LpReader::variable(const LpToken& name) {
         linear_.columnLower.push_back(0.0);
         linear_.columnUpper.push_back(Infinite);
         boundedAt_.push_back(0);
+        if (isInBounds_) {
+            scanned_.notes.push_back(
+                {tokens_.lineOf(name.offset),
+                 "variable " + quoted(name.text) + " is in no row and not in the objective"});
+        }
     }
     return found->second;
 }

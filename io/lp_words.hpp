@@ -49,8 +49,8 @@ inline constexpr std::array<std::string_view, 2> BoundWords{"bounds", "bound"};
 inline constexpr std::array<std::string_view, 10> IntegerWords{
     "general", "generals", "gen",      "integer", "integers",
     "int",     "binary",   "binaries", "bin",     "bins"};
-inline constexpr std::array<std::string_view, 6> OtherWords{"semi", "semis", "semi-continuous",
-                                                            "sos",  "sos1",  "sos2"};
+inline constexpr std::array<std::string_view, 7> OtherWords{
+    "semi", "semis", "semi-continuous", "sos", "sos1", "sos2", "ranges"};
 
 inline constexpr std::array<std::string_view, 2> InfinityWords{"inf", "infinity"};
 

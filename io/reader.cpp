@@ -45,6 +45,10 @@ Model readModelText(std::string_view text,
                     const std::string& file,
                     Format format,
                     const ReadLimits& limits) {
+    constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";  // some editors write it
+    if (text.starts_with(ByteOrderMark)) {
+        text.remove_prefix(ByteOrderMark.size());
+    }
     switch (format == Format::Automatic ? formatOf(file) : format) {
         case Format::Lp:
             return readLp(text, file, limits);

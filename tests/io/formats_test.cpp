@@ -53,6 +53,7 @@ TEST(FreeFormat, IsRecognisedWithoutTheMarkWhichRulesOutNamesWithBlanks) {
     EXPECT_EQ(read("NAME          t\n" + body).variables[0], "x 1");
     EXPECT_EQ(errorOf("NAME t FREE\n" + body), "t.qps:5:7: unknown row '1'");
     EXPECT_EQ(read(smallFile("")).name, "small");
+    EXPECT_EQ(read("\xEF\xBB\xBF" + smallFile("")).name, "small");  // a byte order mark
 }
 
 TEST(Lines, MayEndAsOnOtherSystemsAndBeEmpty) {

@@ -31,6 +31,9 @@ TEST(LpFormat, EverySectionMeansWhatItSays) {
     EXPECT_EQ(model.rowUpper, (Numbers{3, 3, -1}));
     EXPECT_EQ(model.lower, (Numbers{0, -2, -Inf, -Inf}));
     EXPECT_EQ(model.upper, (Numbers{9, Inf, Inf, 1}));
+    ASSERT_EQ(model.notes.size(), 1U);  // perhaps a slip of the pen
+    EXPECT_EQ(model.notes[0].line, 12U);
+    EXPECT_EQ(model.notes[0].text, "variable 'w' is in no row and not in the objective");
     EXPECT_TRUE(lp("max 4 x\nst\nx <= 1\n").maximise);
     EXPECT_EQ(lp("max 4 x - [x^2]\nst\n x <= 1").H, Numbers{2});  // of the negated objective
 }
@@ -46,6 +49,7 @@ TEST(LpFormat, ErrorsNameLineColumnAndWhatWasExpected) {
         {"min x\nst\n [x^2] <= 1", "t.lp:3:2: quadratic rows cannot be solved for"},
         {"min [ x^3 ]", "t.lp:1:9: expected 2, found '3'"},
         {"min x\nst\nbounds\n x <= -1\n", "t.lp:4:2: variable 'x' has a lower bound above"},
+        {"min x\nst\nranges\n R1 2\n", "t.lp:3:1: section 'ranges' cannot be read here"},
         {"min x\nst\ngeneral\n x\n", "t.lp:4:2: variable 'x' is to be an integer"},
         {"min x\nst\n x >= 1e999", "t.lp:3:7: '1e999' is outside the range"},
         {"min x = 3", "t.lp:1:7: expected +, - or a line that begins with st, found '='"},
