@@ -30,6 +30,16 @@ bool isAboutAccess(const std::string& message) {
            message.starts_with("cannot be written");
 }
 
+/// Whether a file has the text near its beginning.
+bool beginsWith(const std::filesystem::path& path, std::string_view text) {
+    constexpr std::size_t Beginning = 4096;  // bytes
+    std::string bytes(Beginning, '\0');
+    std::ifstream(path, std::ios::binary)
+        .read(bytes.data(), static_cast<std::streamsize>(Beginning));
+    return bytes.find(text) != std::string::npos;
+}
+
+/// By the name, and where a result may have it, too, by what the file says of itself.
 bool isProblemFile(const std::filesystem::path& path) {
     std::string name = path.filename().string();
     std::transform(name.begin(), name.end(), name.begin(), [](char character) {
@@ -42,7 +52,8 @@ bool isProblemFile(const std::filesystem::path& path) {
         }
     }
     return name.ends_with(".qps") || name.ends_with(".mps") || name.ends_with(".lp") ||
-           name.ends_with(".npz");
+           (name.ends_with(".npz") && !beginsWith(path, "outcome.npy")) ||
+           (name.ends_with(".json") && beginsWith(path, "activeset-problem/"));
 }
 
 }  // namespace
@@ -118,8 +129,9 @@ std::vector<std::string> expanded(const std::vector<std::string>& files) {
             throw io::ReadError(file, 0, "cannot be read: " + error.message());
         }
         if (inside.empty()) {
-            throw io::ReadError(file, 0,
-                                "cannot be read: no .qps, .mps, .lp or .npz in this folder");
+            throw io::ReadError(
+                file, 0,
+                "cannot be read: no problem (.qps, .mps, .lp, .npz or .json) in this folder");
         }
         std::sort(inside.begin(), inside.end());
         result.insert(result.end(), inside.begin(), inside.end());

@@ -17,6 +17,7 @@ struct Solution {
     std::vector<Progress> passes{};  ///< if they were asked for
 
     /// Whether there is a point that is worth showing.
+    std::string warmStart{};  ///< what became of one, in words; empty without
     [[nodiscard]] bool hasPoint() const;
     /// Whether the vectors of the result prove its status.
     [[nodiscard]] bool isProved() const;

@@ -59,12 +59,15 @@ std::string proofText(const Solution& solution) {
 }
 
 std::string predictionText(const Result& result) {
-    std::string text = fmt::format("from a predicted working set ({}",
-                                   counted(result.iterations.prediction, "round", "rounds"));
-    if (result.iterations.dual > 0) {
-        text += ", " + counted(result.iterations.dual, "dual step", "dual steps");
+    const Iterations& done = result.iterations;
+    std::string text;
+    if (done.prediction > 0) {
+        text = counted(done.prediction, "round", "rounds");
     }
-    return text + ")";
+    if (done.dual > 0) {
+        text += (text.empty() ? "" : ", ") + counted(done.dual, "dual step", "dual steps");
+    }
+    return "from a predicted working set" + (text.empty() ? text : " (" + text + ")");
 }
 
 std::string effortText(const Result& result) {
@@ -196,6 +199,9 @@ std::string summaryText(const io::Model& model, const Solution& solution) {
     text +=
         line("objective", shownNumber(solution.objective) + (model.maximise ? ", a maximum" : ""));
     text += line("solved", effortText(result));
+    if (!solution.warmStart.empty()) {
+        text += line("warm start", solution.warmStart);
+    }
     text += line("active", activeText(result.workingSet));
     if (const std::size_t missed = result.workingSet.softViolated.size(); missed > 0) {
         text += line("violated", counted(missed, "soft side", "soft sides"));

@@ -23,6 +23,7 @@
 #include "cli/table_file.hpp"
 #include "cli/verbs.hpp"
 #include "cli/visible.hpp"
+#include "cli/warm_start.hpp"
 
 namespace activeset::cli {
 
@@ -123,6 +124,9 @@ private:
         }
         Solution solution = solveModel(model, settings, options_.warm.empty() ? nullptr : &warm);
         solution.passes = std::move(passes);
+        if (!options_.warm.empty()) {
+            solution.warmStart = warmStartText(shownFile(options_.warm), warm, solution.result);
+        }
         const bool needsJson = options_.json || options_.output.ends_with(".json");
         if (needsJson && solution.result.status == Status::Infeasible) {
             findConflict(model, options_.settings(), solution);

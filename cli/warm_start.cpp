@@ -1,8 +1,13 @@
 // From the positions of a result to those of a model.
 #include "cli/warm_start.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <iterator>
 #include <map>
+
+#include "cli/numbers.hpp"
 
 namespace activeset::cli {
 
@@ -42,6 +47,14 @@ bool move(std::vector<std::size_t>& members, const std::vector<std::size_t>& pos
     return true;
 }
 
+/// How many members two ascending lists share.
+std::size_t common(const std::vector<std::size_t>& one, const std::vector<std::size_t>& other) {
+    std::vector<std::size_t> both;
+    std::set_intersection(one.begin(), one.end(), other.begin(), other.end(),
+                          std::back_inserter(both));
+    return both.size();
+}
+
 }  // namespace
 
 bool moveTo(const io::Model& model, const StoredPoint& stored, WarmStart& warm) {
@@ -69,6 +82,24 @@ bool moveTo(const io::Model& model, const StoredPoint& stored, WarmStart& warm) 
         isSound = isSound && move(*members, columns);
     }
     return isSound;
+}
+
+std::string warmStartText(const std::string& file, const WarmStart& warm, const Result& result) {
+    const WorkingSet& first = warm.workingSet;
+    const std::size_t members = first.size() + first.softViolated.size();
+    if (members == 0) {
+        return file + ": its point, with an empty working set";
+    }
+    if (first == result.workingSet) {
+        return file + ": its working set is that of the solution";
+    }
+    const WorkingSet& last = result.workingSet;
+    const std::size_t kept =
+        common(first.equalities, last.equalities) + common(first.rowsAtLower, last.rowsAtLower) +
+        common(first.rowsAtUpper, last.rowsAtUpper) + common(first.atLower, last.atLower) +
+        common(first.atUpper, last.atUpper) + common(first.fixed, last.fixed);
+    return fmt::format("{}: {} of the {} in its working set {} in that of the solution", file, kept,
+                       counted(members, "member", "members"), kept == 1 ? "is" : "are");
 }
 
 }  // namespace activeset::cli

@@ -22,6 +22,11 @@ struct StoredPoint {
 /// False where the set has members without a name.
 [[nodiscard]] bool moveTo(const io::Model& model, const StoredPoint& stored, WarmStart& warm);
 
+/// How much of its working set the result has, in words.
+[[nodiscard]] std::string warmStartText(const std::string& file,
+                                        const WarmStart& warm,
+                                        const Result& result);
+
 }  // namespace activeset::cli
 
 #endif

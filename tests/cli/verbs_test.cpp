@@ -123,6 +123,23 @@ TEST_F(Verbs, NoInputIsOverwrittenAndNothingIsSolvedForAFolderThatIsNotThere) {
     EXPECT_EQ(absent.out, "");
 }
 
+TEST_F(Verbs, AFolderStandsForItsProblemsAndNotForResults) {
+    std::filesystem::create_directory(folder_ / "mixed");
+    for (const char* const problem : {"p.json", "p.npz"}) {
+        EXPECT_EQ(run(std::string("convert good.lp mixed/") + problem).status, 0);
+    }
+    for (const char* const result : {"r.json", "r.npz"}) {
+        EXPECT_EQ(run(std::string("solve good.lp -o mixed/") + result).status, 0);
+    }
+    const Outcome outcome = run("solve mixed -o table.csv");
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_THAT(contents(folder_ / "table.csv"),
+                ::testing::MatchesRegex("file[^\n]*\nmixed/p.json,optimal[^\n]*\n"
+                                        "mixed/p.npz,optimal[^\n]*\n"));
+    EXPECT_EQ(run("solve mixed -o mixed/p.json").status, 9);
+    EXPECT_EQ(run("solve mixed -o mixed/r.json").status, 0);
+}
+
 TEST_F(Verbs, ResultsStartOtherSolvesAndAreCompared) {
     EXPECT_EQ(run("solve good.lp -o a.json").status, 0);
     EXPECT_EQ(run("solve good.lp -o a.sol").status, 0);
@@ -132,6 +149,14 @@ TEST_F(Verbs, ResultsStartOtherSolvesAndAreCompared) {
         EXPECT_EQ(run(std::string("solve good.lp -o b.json --warm ") + warm).status, 0);
         EXPECT_THAT(run("compare a.json b.json").out, HasSubstr("1 the same, 0 different"));
     }
+    EXPECT_THAT(run("solve good.lp --warm a.sol").out,
+                HasSubstr("warm start       a.sol: its point, with an empty working set\n"));
+    write("far.lp", "min -20 x + [ 2 x^2 ] / 2\nst\n capacity: x + y <= 4\nend\n");
+    EXPECT_EQ(run("solve far.lp -o far.json").status, 0);
+    EXPECT_THAT(run("solve far.lp --warm far.json").out,
+                HasSubstr("far.json: its working set is that of the solution\n"));
+    EXPECT_THAT(run("solve good.lp --warm far.json").out,
+                HasSubstr("0 of the 2 members in its working set are in that of the solution\n"));
     write("good.lp", "min -4 x + [ 2 x^2 ] / 2\nst\n capacity: x + y <= 4\nend\n");
     EXPECT_EQ(run("solve good.lp none.lp -o c.json").status, 2);
     const Outcome other = run("compare a.json c.json");
