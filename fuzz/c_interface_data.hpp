@@ -90,6 +90,37 @@ private:
     std::list<std::vector<double>> arrays_{};
 };
 
+/// What it costs to miss the sides of rows, or bounds: mostly sound, each part perhaps absent.
+class Prices {
+public:
+    Prices(std::size_t count, Bytes& bytes) {
+        activeset_penalty_init(&told);
+        told.lower_linear = part(count, true, bytes, view.lowerLinear);
+        told.upper_linear = part(count, true, bytes, view.upperLinear);
+        told.lower_quadratic = part(count, false, bytes, view.lowerQuadratic);
+        told.upper_quadratic = part(count, false, bytes, view.upperQuadratic);
+    }
+
+    activeset_penalty told{};
+    Penalty view{};
+
+private:
+    const double* part(std::size_t count, bool isLinear, Bytes& bytes, VectorView& seen) {
+        if (bytes.oneIn(2)) {
+            return nullptr;
+        }
+        std::vector<double> values(count);
+        for (double& value : values) {
+            const bool isHard = isLinear && bytes.oneIn(3);
+            value = bytes.oneIn(32) ? bytes.wild() : isHard ? Infinity : std::abs(bytes.small());
+        }
+        seen = arrays_.emplace_back(std::move(values));
+        return seen.data();
+    }
+
+    std::list<std::vector<double>> arrays_{};
+};
+
 }  // namespace activeset::fuzz
 
 #endif

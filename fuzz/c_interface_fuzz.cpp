@@ -63,7 +63,10 @@ void misuse(activeset_problem* problem, Bytes& bytes) {
     activeset_result result;
     activeset_result_init(&result);
     std::int64_t count = 0;
-    switch (bytes.below(8)) {
+    activeset_penalty unknown;
+    activeset_penalty_init(&unknown);
+    unknown.struct_size = 1;
+    switch (bytes.below(9)) {
         case 0:
             return refuse(activeset_problem_set_hessian(problem, &one, NoLeading.at(bytes.below(4)),
                                                         ACTIVESET_COLUMN_MAJOR));
@@ -80,7 +83,9 @@ void misuse(activeset_problem* problem, Bytes& bytes) {
         case 5:
             result.struct_size = bytes.below(200);
             return refuse(activeset_solve(problem, nullptr, &result));
-        case 6: {
+        case 6:
+            return refuse(activeset_problem_set_penalties(problem, nullptr, &unknown));
+        case 7: {
             activeset_options options;
             activeset_options_init(&options);
             options.start_mode = 3 + static_cast<std::int32_t>(bytes.below(99));
@@ -108,14 +113,24 @@ bool isTame(const test::Sample& sample) {
 
 void runSolve(const Data& data, Bytes& bytes) {
     const ProblemHandle problem = problemOf(data);
+    const bool isSoft = bytes.oneIn(3);
+    Problem view = data.view;
+    std::list<Prices> prices;
+    if (isSoft) {
+        const Prices& rows = prices.emplace_back(data.m, bytes);
+        const Prices& bounds = prices.emplace_back(data.n, bytes);
+        succeed(activeset_problem_set_penalties(problem.get(), &rows.told, &bounds.told));
+        view.rowPenalty = rows.view;
+        view.boundPenalty = bounds.view;
+    }
     for (std::size_t k = bytes.below(4); k > 0; --k) {
         misuse(problem.get(), bytes);
     }
     Room room(data.n, data.m, bytes);
     succeed(activeset_solve(problem.get(), nullptr, room.get()));
-    const Result expected = activeset::solve(data.view);
+    const Result expected = activeset::solve(view);
     room.judge(expected);
-    if (expected.status != Status::Invalid && isTame(data.sample)) {
+    if (expected.status != Status::Invalid && !isSoft && isTame(data.sample)) {
         const std::string wrong = test::exact::falseClaim(data.sample, expected, 1e-9, 0.0);
         require(wrong.empty(), wrong);
     }
@@ -125,7 +140,7 @@ void runSolve(const Data& data, Bytes& bytes) {
     }
     std::int64_t count = -1;
     succeed(activeset_faults(problem.get(), faults.data(), 3, &count));
-    require(count == static_cast<std::int64_t>(faultsOf(data.view).size()), "other faults");
+    require(count == static_cast<std::int64_t>(faultsOf(view).size()), "other faults");
 }
 
 /// The same replacements in a sequence of C and in one of the front end.
@@ -136,6 +151,7 @@ void runSequence(const Data& first, Style style, Bytes& bytes) {
     const SolverHandle solver(made);
     Solver expected(first.view);
     std::list<Data> others;
+    std::list<Prices> prices;
     for (std::size_t step = 1 + bytes.below(5); step > 0; --step) {
         ByteChoices choices(bytes);
         const Data& next = others.emplace_back(test::caseOf(style, choices, 4).sample, bytes);
@@ -148,6 +164,12 @@ void runSequence(const Data& first, Style style, Bytes& bytes) {
             expected.setLinear(next.view.c, 0.0);
             succeed(activeset_solver_set_bounds(made, next.lower.data(), next.upper.data()));
             expected.setBounds(next.view.lower, next.view.upper);
+        }
+        if (bytes.oneIn(3)) {
+            const Prices& rows = prices.emplace_back(first.m, bytes);
+            const Prices& bounds = prices.emplace_back(first.n, bytes);
+            succeed(activeset_solver_set_penalties(made, &rows.told, &bounds.told));
+            expected.setPenalties(rows.view, bounds.view);
         }
         refuse(activeset_solver_set_linear(nullptr, next.c.data(), 0.0));
         Room room(first.n, first.m, bytes);

@@ -59,12 +59,18 @@ public:
                     std::memchr(r.message, 0, static_cast<std::size_t>(r.message_size)) != nullptr,
                 "a text without an end");
         std::size_t held = 0;
+        std::size_t missed = 0;
         for (std::size_t i = 0; r.row_sides != nullptr && i < m_; ++i) {
-            held += r.row_sides[i] != ACTIVESET_FREE ? 1U : 0U;
+            const std::int8_t side = r.row_sides[i];
+            held += side != ACTIVESET_FREE ? 1U : 0U;
+            missed += side == ACTIVESET_BELOW_LOWER || side == ACTIVESET_ABOVE_UPPER ? 1U : 0U;
         }
         const WorkingSet& set = expected.workingSet;
+        const ViolatedSides& soft = set.softViolated;
         require(r.row_sides == nullptr ||
-                    held == set.equalities.size() + set.rowsAtLower.size() + set.rowsAtUpper.size(),
+                    (held - missed ==
+                         set.equalities.size() + set.rowsAtLower.size() + set.rowsAtUpper.size() &&
+                     missed == soft.rowsAtLower.size() + soft.rowsAtUpper.size()),
                 "another working set");
     }
 

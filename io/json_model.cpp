@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <set>
 
 #include "io/dense_form.hpp"
 #include "io/format_readers.hpp"
@@ -44,6 +45,9 @@ public:
 private:
     void readMember(const std::string& key) {
         const std::size_t offset = cursor_.offset();
+        if (!members_.insert(key).second) {
+            cursor_.failAt(offset, "a second member " + quoted(key));
+        }
         if (key == "schema") {
             readSchema();
         } else if (key == "name") {
@@ -151,12 +155,21 @@ private:
         model_.upper = completed(upper_, "upper", n, Infinite);
         checkSides(model_.rowLower, model_.rowUpper, rowLower_ ? rowLower_->offset : 0);
         checkSides(model_.lower, model_.upper, lower_ ? lower_->offset : 0);
-        model_.rowPenalty = checked(rowPenalty_, m);
-        model_.boundPenalty = checked(boundPenalty_, n);
+        model_.rowPenalty =
+            checked(rowPenalty_, m, {"row_lower", rowLower_}, {"row_upper", rowUpper_});
+        model_.boundPenalty = checked(boundPenalty_, n, {"lower", lower_}, {"upper", upper_});
         fillMatrices(n, m, sign);
         return std::move(model_);
     }
-    Penalties checked(std::optional<JsonPenalty>& penalty, std::size_t size) const {
+    /// Sides, and the name that they have in files.
+    struct Sides {
+        const char* name;
+        const std::optional<JsonVector>& given;
+    };
+    Penalties checked(std::optional<JsonPenalty>& penalty,
+                      std::size_t size,
+                      const Sides& lower,
+                      const Sides& upper) const {
         if (!penalty) {
             return {};
         }
@@ -169,6 +182,11 @@ private:
                 const PenaltyPart& part = PenaltyParts.at(k);
                 const Numbers& values = penalty->parts.*(part.values);
                 require(penalty->offset, part.name, values.size(), size);
+                const Sides& sides = part.isLower ? lower : upper;
+                if (!sides.given) {
+                    cursor_.failAt(penalty->offset, std::string(part.name) + ": expected " +
+                                                        sides.name + " beside it");
+                }
             }
         }
         return std::move(penalty->parts);
@@ -212,6 +230,7 @@ private:
     JsonCursor cursor_;
     const std::string& file_;
     std::size_t limit_;
+    std::set<std::string> members_{};  ///< those that were met
     bool hasSchema_ = false;
     bool isSoftSchema_ = false;
     Model model_{};

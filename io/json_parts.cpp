@@ -90,7 +90,11 @@ JsonPenalty readJsonPenalty(JsonCursor& cursor) {
         if (part == PenaltyParts.end()) {
             cursor.failAt(at, "expected a part that docs/files.md lists, found " + quoted(key));
         }
-        result.isGiven.at(static_cast<std::size_t>(part - PenaltyParts.begin())) = true;
+        bool& isGiven = result.isGiven.at(static_cast<std::size_t>(part - PenaltyParts.begin()));
+        if (isGiven) {
+            cursor.failAt(at, "a second part " + quoted(key));
+        }
+        isGiven = true;
         result.parts.*(part->values) = prices(cursor, part->mayBeInfinite);
     }
     return result;

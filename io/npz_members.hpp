@@ -33,7 +33,7 @@ public:
                bool (*isKnown)(std::string_view name));
 
     [[nodiscard]] const std::string& file() const noexcept { return file_; }
-    [[nodiscard]] bool has(const std::string& name) const { return arrays_.count(name) != 0; }
+    [[nodiscard]] bool has(const std::string& name) const { return arrays_.contains(name); }
 
     /// Numbers in one dimension; a single one may have none, and a column may be a matrix.
     [[nodiscard]] std::optional<NpzPart> vector(const std::string& name) const;

@@ -17,7 +17,7 @@ namespace {
 using Numbers = std::vector<double>;
 
 constexpr std::array<const char*, 5> Sides{"l", "h", "b", "lb", "ub"};
-constexpr double Infinite = std::numeric_limits<double>::infinity();
+constexpr double Hard = std::numeric_limits<double>::infinity();  // a linear penalty
 
 std::string linearName(const std::string& side) {
     return "soft_" + side + "_linear";
@@ -35,7 +35,7 @@ bool isZero(double value) {
 Numbers linearBeside(const Numbers& quadratic) {
     Numbers linear(quadratic.size());
     std::transform(quadratic.begin(), quadratic.end(), linear.begin(),
-                   [](double value) { return value > 0.0 ? 0.0 : Infinite; });
+                   [](double value) { return value > 0.0 ? 0.0 : Hard; });
     return linear;
 }
 
@@ -50,7 +50,7 @@ struct Prices {
     }
     /// Prices of hard sides, if there are none.
     void complete(std::size_t size) {
-        linear.resize(size, Infinite);
+        linear.resize(size, Hard);
         quadratic.resize(size, 0.0);
     }
     [[nodiscard]] bool areHard() const {
@@ -58,9 +58,9 @@ struct Prices {
     }
 };
 
-class Reader {
+class PenaltyReader {
 public:
-    Reader(const NpzMembers& members, const char* side, std::size_t size)
+    PenaltyReader(const NpzMembers& members, const char* side, std::size_t size)
         : members_(members), side_(side), size_(size) {}
 
     [[nodiscard]] Prices run() const {
@@ -164,7 +164,7 @@ void readPenalties(const NpzMembers& members,
                    std::size_t equalities,
                    Model& model) {
     const auto read = [&](const char* side, std::size_t size) {
-        return Reader(members, side, size).run();
+        return PenaltyReader(members, side, size).run();
     };
     Penalties& rows = model.rowPenalty;
     Penalties& bounds = model.boundPenalty;

@@ -10,14 +10,12 @@ namespace activeset::io {
 
 namespace {
 
-constexpr double Infinite = std::numeric_limits<double>::infinity();
-
 SidePrice priceOf(const std::vector<double>& linear,
                   const std::vector<double>& quadratic,
                   std::size_t k,
                   double side) {
     const double curvature = quadratic.empty() ? 0.0 : quadratic[k];
-    const double slope = !linear.empty() ? linear[k] : curvature > 0.0 ? 0.0 : Infinite;
+    const double slope = !linear.empty() ? linear[k] : curvature > 0.0 ? 0.0 : SidePrice().linear;
     return std::isfinite(side) && std::isfinite(slope) ? SidePrice{slope, curvature} : SidePrice();
 }
 

@@ -29,15 +29,16 @@ struct Penalties {
 
 /// A part and its name in files.
 struct PenaltyPart {
-    const char* name;
-    std::vector<double> Penalties::*values;
-    bool mayBeInfinite;
+    const char* name = "";
+    std::vector<double> Penalties::*values = nullptr;
+    bool mayBeInfinite = false;
+    bool isLower = false;
 };
 inline constexpr std::array<PenaltyPart, 4> PenaltyParts{
-    {{"lower_linear", &Penalties::lowerLinear, true},
-     {"upper_linear", &Penalties::upperLinear, true},
-     {"lower_quadratic", &Penalties::lowerQuadratic, false},
-     {"upper_quadratic", &Penalties::upperQuadratic, false}}};
+    {{"lower_linear", &Penalties::lowerLinear, true, true},
+     {"upper_linear", &Penalties::upperLinear, true, false},
+     {"lower_quadratic", &Penalties::lowerQuadratic, false, true},
+     {"upper_quadratic", &Penalties::upperQuadratic, false, false}}};
 
 /// What it costs to miss one side, by the rules above.
 struct SidePrice {

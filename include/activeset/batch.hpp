@@ -46,7 +46,8 @@ struct MatrixBatch {
     }
 };
 
-/// `count` problems of the same sizes; parts as in Problem. What is empty is absent in all.
+/// `count` problems of the same sizes; parts as in Problem. What is empty is absent in all. None
+/// has soft sides; solveMany takes problems that have.
 struct ProblemBatch {
     std::size_t count = 0;   ///< problems
     MatrixBatch H{};         ///< n × n

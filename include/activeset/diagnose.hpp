@@ -19,14 +19,14 @@ struct Finding {
 
 /// What is remarkable about the data of a problem.
 struct Diagnosis {
-    std::size_t equalities = 0;        ///< rows whose sides are equal
+    std::size_t equalities = 0;        ///< rows whose sides are equal, and hard
     std::size_t equalityRank = 0;      ///< of them, numerically
     double smallestEigenvalue[2]{};    ///< of H: not below the first, not above the second
     double largestEigenvalue[2]{};     ///< likewise
     double smallestCoefficient = 0.0;  ///< in magnitude, of H, c and A, zeros left out
     double largestCoefficient = 0.0;   ///< likewise
     std::size_t freeVariables = 0;     ///< without a bound
-    std::size_t fixedVariables = 0;    ///< whose bounds are equal
+    std::size_t fixedVariables = 0;    ///< whose bounds are equal, and hard
     std::vector<Finding> findings{};   ///< one for each kind
     std::vector<Fault> faults{};  ///< of data that cannot be solved; nothing else is filled then
 };

@@ -147,7 +147,7 @@ private:
 /// missed by v ≥ 0 costs linear·v + ½·quadratic·v²; it is soft then. A linear penalty that is
 /// infinite leaves the side hard, whatever the quadratic one. Without linear penalties the sides
 /// with a positive quadratic one are soft, and the others are hard. Entries of sides that are
-/// absent are checked, but not used.
+/// infinite are checked, but not used; where a problem has no such sides at all, they are a fault.
 struct Penalty {
     VectorView lowerLinear{};     ///< from 0 up, infinite for a hard side
     VectorView upperLinear{};     ///< likewise
@@ -374,7 +374,9 @@ struct Result {
     Status status = Status::Failed;  ///< how the solve ended
     int exitCode = -5;        ///< of the last run of the core, see docs/states.md; −5 without one
     std::vector<double> x{};  ///< n; empty where there is no point
-    double objective = 0.0;   ///< constant included, and what violated soft sides cost
+    /// At x, constant included, and what violated soft sides cost. NaN for Infeasible, NotConvex,
+    /// Invalid and Failed, where x, if there is one, is only where the solve ended.
+    double objective = std::numeric_limits<double>::quiet_NaN();
     /// δ where H misses convexity and H + δI was solved, 0 otherwise. Multipliers, certificate and
     /// status are of that problem; the objective is of H.
     double hessianShift = 0.0;

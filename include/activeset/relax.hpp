@@ -39,7 +39,8 @@ struct Relaxation {
 };
 
 /// Lets rows give way until there is a feasible point, the objective being left out. A problem
-/// that is feasible has the distance 0.
+/// that is feasible has the distance 0. Soft sides are left out as well: they give way anyway, and
+/// are no reason for a problem to be infeasible.
 ///
 /// @raises as solve
 [[nodiscard]] ACTIVESET_API Relaxation relax(const Problem& problem,

@@ -7,7 +7,7 @@ import numpy as np
 from . import _core
 from ._batch_parts import Batch, fault, shapes
 from ._many import Bar
-from ._result import WITHOUT_OBJECTIVE, Status
+from ._result import Status
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
@@ -23,7 +23,6 @@ if TYPE_CHECKING:
     Array = NDArray[Any]
 
 STATUSES = tuple(Status)
-_WITHOUT_OBJECTIVE = [STATUSES.index(status) for status in WITHOUT_OBJECTIVE]
 OUTPUTS = ("x", "y", "z", "z_box", "obj", "status", "certificate", "iterations")
 
 
@@ -153,8 +152,6 @@ def solve_parts(batch: Batch, arrays: Mapping[str, Array], threads: int, chain: 
     if batch.count:
         _core.solve_batch(batch.count, batch.inputs(), outputs, threads, chain, settings,
                           time_limit, told)
-    if "obj" in arrays:
-        arrays["obj"][np.isin(arrays["status"], _WITHOUT_OBJECTIVE)] = np.nan
     if rows is not None:
         if "z" in arrays:
             arrays["z"][...] = rows[:, :m]

@@ -13,6 +13,8 @@ if TYPE_CHECKING:
 
     from numpy.typing import NDArray
 
+_SIDES = ("lb", "ub", "l", "h")
+
 
 def _refuse(name: str, what: str) -> ProblemError:
     return ProblemError([Fault(name, (), float("nan"), f"{name} {what}")])
@@ -33,6 +35,10 @@ def _array(given: Any, name: str) -> NDArray[np.float64]:
     if array.dtype.kind not in "biuf" or array.dtype.itemsize > 8:
         kind = "complex" if array.dtype.kind == "c" else f"of type {array.dtype}"
         wanted = "float64" if array.dtype.kind == "f" else "real numbers"
+        if name in _SIDES and array.dtype.kind == "O" and any(one is None for one in array.flat):
+            wanted += "; an absent bound is infinite, not None"
+        elif array.dtype.kind == "O":
+            wanted += ": write np.asarray(..., dtype=float)"
         raise _refuse(name, f"is {kind}, expected {wanted}")
     return array.astype(np.float64, order="K", copy=False)
 
@@ -41,7 +47,8 @@ def vector(given: Any, name: str) -> NDArray[np.float64]:
     """A contiguous array of one dimension; a single number counts as one entry."""
     array = _array(given, name)
     if array.ndim > 1:
-        raise _refuse(name, f"has shape {array.shape}, expected one dimension")
+        hint = ": write np.ravel(...)" if array.size == max(array.shape) else ""
+        raise _refuse(name, f"has shape {array.shape}, expected one dimension{hint}")
     return np.array(array, dtype=np.float64, ndmin=1, order="C", subok=False)
 
 

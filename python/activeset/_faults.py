@@ -172,7 +172,8 @@ def misfits(parts: Mapping[str, Any], n: int | None = None, rows: int | None = N
         if any(e is not None and e != s for e, s in zip(expected, shape)):
             text = ", ".join("any" if e is None else str(e) for e in expected)
             comma = "," if len(expected) == 1 else ""
-            is_number = isinstance(parts[name], (int, float))
+            is_number = (isinstance(parts[name], (int, float))
+                         or getattr(parts[name], "ndim", 1) == 0)
             given = "is a number, expected shape" if is_number else f"has shape {shape}, expected"
             hint = ""
             if is_number and expected[0]:
@@ -184,7 +185,8 @@ def misfits(parts: Mapping[str, Any], n: int | None = None, rows: int | None = N
         from . import _soft
 
         try:
-            _soft.arrays(parts["soft"], n, rows or 0, equalities or 0)
+            absent = [side for side in _soft.SIDES if side not in parts] if is_new else []
+            _soft.arrays(parts["soft"], n, rows or 0, equalities or 0, absent)
         except ProblemError as error:
             faults.extend(error.faults)
     return faults

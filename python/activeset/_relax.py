@@ -98,7 +98,7 @@ def relax(problem: Problem, *, norm: str = "l1", weights: ArrayLike | None = Non
     if norm not in _NORMS:
         raise ValueError(f"norm has to be 'l1', 'l2' or 'inf', not {norm!r}")
     rows = sum(problem._data.sizes[1:])
-    kept = [_position(problem, row, rows) for row in hard]
+    kept = [_position(problem, row, rows) for row in ([hard] if isinstance(hard, str) else hard)]
     row_weights: Array = np.ones(0)
     if weights is not None:
         row_weights = np.array(weights, dtype=float)

@@ -37,7 +37,6 @@ if TYPE_CHECKING:
     Vector = NDArray[np.float64]
 
 _VERSION = 1  # of the state in a pickle
-_NAN = float("nan")
 
 
 class Status(str, enum.Enum):
@@ -72,10 +71,6 @@ _MEANING = {
 }
 
 
-# Outcomes that may have a point, but no objective.
-WITHOUT_OBJECTIVE = (Status.INFEASIBLE, Status.NOT_CONVEX, Status.INVALID, Status.FAILED)
-
-
 class SolveError(RuntimeError):
     """Raised by `Result.raise_for_status`; `result` is the result."""
 
@@ -101,16 +96,6 @@ class Result(_core.ResultBase):
     """
 
     __slots__ = ()
-
-    @property
-    def obj(self) -> float:
-        """The objective at x with the constant; NaN for infeasible, not convex, invalid, failed."""
-        return _NAN if self.status in WITHOUT_OBJECTIVE else super().obj
-
-    @property
-    def fun(self) -> float:
-        """As `obj`."""
-        return self.obj
 
     @property
     def z_lower(self) -> Vector:

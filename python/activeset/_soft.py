@@ -10,7 +10,7 @@ from ._records import Fault
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from collections.abc import Mapping
+    from collections.abc import Iterable, Mapping
     from typing import Any
 
     from numpy.typing import NDArray
@@ -21,17 +21,22 @@ SIDES = ("l", "h", "b", "lb", "ub")
 _KINDS = ("linear", "quadratic")
 
 
-def arrays(soft: Mapping[str, Any], n: int, inequalities: int,
-           equalities: int) -> tuple[Vector | None, ...]:
+def arrays(soft: Mapping[str, Any], n: int, inequalities: int, equalities: int,
+           absent: Iterable[str]) -> tuple[Vector | None, ...]:
     """Linear penalties of lower and upper sides of the rows, quadratic ones, those of bounds.
 
-    Rows are those of G first, then those of A, whose sides b are lower and upper ones.
+    Rows are those of G first, then those of A, whose sides b are lower and upper ones. `absent`
+    names the sides that the problem does not have.
 
     Raises
     ------
     ProblemError
-        It is no mapping, names other sides, or has penalties of other shapes.
+        It is no mapping, names other or absent sides, or has penalties of other shapes.
     """
+    for side in absent:
+        if _checked(soft).get(side) is not None:
+            raise _refuse(f"soft[{side!r}]",
+                          f"is the price of sides that are absent: there is no {side}")
     sizes = {"l": inequalities, "h": inequalities, "b": equalities, "lb": n, "ub": n}
     given = {side: pair(side, penalty, sizes[side])
              for side, penalty in _checked(soft).items() if penalty is not None}
@@ -56,7 +61,7 @@ def taken(parts: dict[str, Any]) -> dict[str, Any] | None:
     soft: dict[str, Any] = {}
     for side in SIDES:
         both = tuple(parts.pop(f"soft_{side}_{kind}", None) for kind in _KINDS)
-        if both != (None, None):
+        if any(penalty is not None for penalty in both):
             soft[side] = both
     return soft or None
 

@@ -55,9 +55,10 @@ std::shared_ptr<const JoinedRows> joined(const MatrixView& G, const MatrixView& 
 SoftSides::SoftSides(py::handle soft,
                      std::size_t variables,
                      std::size_t inequalities,
-                     std::size_t equalities) {
+                     std::size_t equalities,
+                     const py::list& absent) {
     const py::sequence arrays =
-        packaged("activeset._soft", "arrays")(soft, variables, inequalities, equalities);
+        packaged("activeset._soft", "arrays")(soft, variables, inequalities, equalities, absent);
     std::size_t next = 0;
     for (VectorView* view : {&rows.lowerLinear, &rows.upperLinear, &rows.lowerQuadratic,
                              &rows.upperQuadratic, &bounds.lowerLinear, &bounds.upperLinear,
@@ -142,7 +143,13 @@ bool ProblemData::read(const GivenParts& given, std::optional<std::size_t> varia
     const bool areFitting = hasVariables && partsFit(given);
     if (areFitting && given[Soft] != nullptr) {
         owners_[Soft] = py::reinterpret_borrow<py::object>(given[Soft]);
-        soft_ = SoftSides(given[Soft], n_, rowsOfG_, rowsOfA_);
+        py::list absent;
+        for (const Part side : {l, h, b, lb, ub}) {
+            if (given[side] == nullptr) {
+                absent.append(PartNames[side]);
+            }
+        }
+        soft_ = SoftSides(given[Soft], n_, rowsOfG_, rowsOfA_, absent);
         views_.rowPenalty = soft_.rows;
         views_.boundPenalty = soft_.bounds;
     }

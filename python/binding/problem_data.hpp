@@ -31,11 +31,13 @@ struct JoinedRows {
 /// The penalties of soft sides, in arrays that live as long as this.
 struct SoftSides {
     SoftSides() = default;
-    /// @raises ProblemError for an argument that describes no penalties
+    /// @param absent  the names of sides that the problem does not have
+    /// @raises ProblemError for an argument that describes no penalties, or those of absent sides
     SoftSides(py::handle soft,
               std::size_t variables,
               std::size_t inequalities,
-              std::size_t equalities);
+              std::size_t equalities,
+              const py::list& absent = py::list());
 
     std::array<py::object, 8> owners;
     Penalty rows;

@@ -177,7 +177,9 @@ std::array<PyGetSetDef, 24> properties{{
     property<y>("y", "Multipliers of A x = b, one per row, of any sign. Read only."),
     property<z>("z", "Multipliers of l <= G x <= h, positive at h, negative at l. Read only."),
     property<zBox>("z_box", "Multipliers of lb <= x <= ub, positive at ub, negative at lb."),
-    property<objective>("obj", "The objective, constant included."),
+    property<objective>(
+        "obj",
+        "The objective at x with the constant; NaN for infeasible, not convex, invalid, failed."),
     property<objective>("fun", "As `obj`."),
     property<workingSet>("_working_set", nullptr),
     property<certificate>("_certificate", nullptr),

@@ -43,6 +43,10 @@ def test_problems_and_solvers_keep_them(tmp_path):
         assert np.allclose(other.solve().x, [1.5, 2.5])
     p.save(tmp_path / "soft.npz")
     assert np.allclose(Problem.load(tmp_path / "soft.npz").solve().x, [1.5, 2.5])
+    both = p.replace(soft={"lb": ([2.0, np.inf], [0.0, 1.0])})
+    both.save(tmp_path / "soft.npz")
+    linear, quadratic = Problem.load(tmp_path / "soft.npz").soft["lb"]
+    assert linear.tolist() == [2.0, np.inf] and quadratic.tolist() == [0.0, 1.0]
     assert np.allclose(activeset.solve_many([p, p], chain=2)[1].x, [1.5, 2.5])
     warm = pickle.loads(pickle.dumps(p.solve()))
     assert warm.warm_start.working_set.soft_violated.rows_at_upper.tolist() == [0]
@@ -66,7 +70,7 @@ def test_problems_and_solvers_keep_them(tmp_path):
 ])
 def test_what_is_no_penalty_is_refused(soft, text):
     with pytest.raises(ProblemError) as caught:
-        solve_qp(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], soft=soft)
+        solve_qp(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], ub=[9.0, 9.0], soft=soft)
     assert text in str(caught.value)
     solver = Solver(Problem(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0]))
     with pytest.raises(ProblemError):
@@ -74,10 +78,30 @@ def test_what_is_no_penalty_is_refused(soft, text):
         solver.solve()
 
 
-def test_derivatives_refuse_soft_sides():
+def test_absent_sides_have_no_price():
+    with pytest.raises(ProblemError) as caught:
+        Problem(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], A=EYE, b=[0.0, 0.0], soft={"l": 1.0})
+    assert caught.value.faults[0].name == "soft['l']"
+    assert str(caught.value).endswith("is the price of sides that are absent: there is no l")
+    p = Problem(EYE, [-2.0, -3.0], lb=[0.0, 0.0], soft={"lb": 1.0, "ub": None})
+    with pytest.raises(ProblemError, match="there is no lb"):
+        p.replace(lb=None)
+    solver = Solver(Problem(EYE, [-2.0, -3.0]))
+    solver.update(soft={"ub": 1.0})
+    solver.update(ub=[0.0, 5.0])
+    assert np.allclose(solver.solve().x, [1.0, 3.0])
+
+
+@pytest.mark.parametrize("ask", [
+    lambda p: activeset.ranges(p.solve(), p), lambda p: activeset.path(p, q=[1.0, 1.0]),
+    lambda p: activeset.regions(p, EYE, ([-1.0, -1.0], [1.0, 1.0])), lambda p: p.to_c(),
+    lambda p: p.solve().backward(p, np.ones(2)), lambda p: activeset.Sensitivity(p.solve(), p)])
+def test_what_cannot_follow_soft_sides_refuses_them(ask):
     p = Problem(EYE, [-2.0, -3.0], [1.0, 1.0], [3.0], soft={"h": 0.5})
-    with pytest.raises(ValueError, match="soft sides"):
-        activeset.ranges(p.solve(), p)
+    with pytest.raises(ValueError, match="the problem has soft sides"):
+        ask(p)
+    with pytest.raises(TypeError, match="soft"):
+        activeset.solve_batch(EYE, np.ones((3, 2)), soft={"h": 0.5})
 
 
 def test_a_file_gives_its_penalties(tmp_path):
@@ -85,7 +109,7 @@ def test_a_file_gives_its_penalties(tmp_path):
     file.write_text("""{"schema": "activeset-problem/2", "H": [[1, 0], [0, 1]], "c": [-2, -3],
         "A": [[1, 1], [1, -1], [1, 0]], "row_lower": ["-inf", 0, 1], "row_upper": [3, 0, 1],
         "row_penalty": {"upper_linear": [0.5, "inf", 8], "lower_linear": ["inf", 0.25, 8]},
-        "bound_penalty": {"lower_quadratic": [0, 1]}}""")
+        "lower": ["-inf", 0], "bound_penalty": {"lower_quadratic": [0, 1]}}""")
     p = activeset.read(file)
     # An equality whose sides have different penalties becomes a row of G.
     assert p.G.shape == (2, 2) and p.A.shape == (1, 2) and p.row_names == ("r1", "r2", "r3")

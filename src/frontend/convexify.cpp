@@ -47,11 +47,15 @@ Result solveConvexified(ProblemCache& problem,
         shift > 0.0 && relativeShift(problem.user, shift) <= settings.convexityTolerance;
     ProblemCache& convex = isShifted ? *problem.shifted() : problem;
     Result result = solvePrepared(convex, std::move(x), set, settings, control);
+    const auto objective = [&] {
+        return judge(problem.user, {result.x, result.y, result.z}).objective;
+    };
     if (isShifted) {
         result.hessianShift = shift;
-        result.objective = judge(problem.user, {result.x, result.y, result.z}).objective;
+        result.objective = hasObjective(result.status) ? objective() : result.objective;
     } else if (result.status == Status::NotConvex && shift == Infinity && control.mustEnd()) {
         result.status = *control.end();  // with a shift it might have been solved
+        result.objective = objective();
         result.direction.clear();
         result.directionResidual = {};
     } else if (result.status == Status::NotConvex) {

@@ -2,11 +2,12 @@
 #include "activeset/diagnose.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <map>
 #include <utility>
 
-#include "frontend/problem/problem_data.hpp"
+#include "frontend/soft/penalties.hpp"
 
 namespace activeset {
 
@@ -25,7 +26,17 @@ double dot(const Vector& a, const Vector& b) {
 class Examination {
 public:
     explicit Examination(const Problem& problem)
-        : problem_(problem), n_(frontend::variablesOf(problem)), m_(problem.A.rows()) {}
+        : problem_(problem),
+          n_(frontend::variablesOf(problem)),
+          m_(problem.A.rows()),
+          hard_(frontend::copyOf(problem,
+                                 std::array{frontend::Part::RowSides, frontend::Part::Bounds})) {
+        lookAtPenalties("row penalties without sides", problem.rowPenalty, hard_.rowLower,
+                        hard_.rowUpper);
+        lookAtPenalties("bound penalties without bounds", problem.boundPenalty, hard_.lower,
+                        hard_.upper);
+        frontend::dropSoftSides(problem, hard_);
+    }
 
     Diagnosis run() {
         lookAtRows();
@@ -41,6 +52,26 @@ private:
         if (!members.empty()) {
             diagnosis_.findings.push_back({name, std::move(members), text});
         }
+    }
+
+    /// What is paid for sides that there are not.
+    void lookAtPenalties(const char* name,
+                         const Penalty& penalty,
+                         const Vector& lower,
+                         const Vector& upper) {
+        std::vector<std::size_t> idle;
+        for (std::size_t k = 0; k < lower.size() && !penalty.empty(); ++k) {
+            const bool isIdle =
+                (lower[k] == -Infinity &&
+                 frontend::penaltyOf(penalty.lowerLinear, penalty.lowerQuadratic, k).isSoft()) ||
+                (upper[k] == Infinity &&
+                 frontend::penaltyOf(penalty.upperLinear, penalty.upperQuadratic, k).isSoft());
+            if (isIdle) {
+                idle.push_back(k);
+            }
+        }
+        find(name, std::move(idle),
+             "they are the price of a side that is absent, and cost nothing");
     }
 
     /// The row divided by its norm, its first entry other than 0 positive; empty for a row of
@@ -96,8 +127,7 @@ private:
         std::vector<Vector> basis;
         std::vector<std::size_t> dependent;
         for (std::size_t i = 0; i < m_; ++i) {
-            const double lower = frontend::sideAt(problem_.rowLower, i, -Infinity);
-            if (lower != frontend::sideAt(problem_.rowUpper, i, Infinity)) {
+            if (hard_.rowLower[i] != hard_.rowUpper[i]) {
                 continue;
             }
             ++diagnosis_.equalities;
@@ -168,7 +198,7 @@ private:
             const double lower = frontend::sideAt(problem_.lower, j, -Infinity);
             const double upper = frontend::sideAt(problem_.upper, j, Infinity);
             diagnosis_.freeVariables += lower == -Infinity && upper == Infinity ? 1U : 0U;
-            diagnosis_.fixedVariables += lower == upper ? 1U : 0U;
+            diagnosis_.fixedVariables += hard_.lower[j] == hard_.upper[j] ? 1U : 0U;
             const auto isBig = [&](double side) {
                 return std::isfinite(side) && std::abs(side) >= BigBound;
             };
@@ -231,6 +261,7 @@ private:
     std::size_t n_;
     std::size_t m_;
     Diagnosis diagnosis_{};
+    frontend::ProblemData hard_;  ///< the sides that are not soft
 };
 
 }  // namespace

@@ -23,7 +23,7 @@ public:
           control_(settings_,
                    frontend::automaticLimit(frontend::variablesOf(problem), problem.A.rows())),
           data_(frontend::copyOf(problem)) {
-        dropSoftSides(problem);
+        frontend::dropSoftSides(problem, data_);
         data_.quadratic = false;
         data_.H.clear();
         std::fill(data_.c.begin(), data_.c.end(), 0.0);
@@ -49,15 +49,6 @@ public:
     }
 
 private:
-    // They contradict nothing.
-    void dropSoftSides(const Problem& problem) {
-        const frontend::Penalties penalties(problem, data_);
-        for (const frontend::SoftSide& side : penalties.softSides()) {
-            frontend::sideOf(data_, side) =
-                side.side == frontend::Side::Lower ? -Infinity : Infinity;
-        }
-    }
-
     static bool isFinite(double side) { return side > -Infinity && side < Infinity; }
 
     // Leaves out the sides of one kind that the contradiction does not need.

@@ -2,10 +2,11 @@
 #include "activeset/relax.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
-#include "frontend/problem/problem_data.hpp"
+#include "frontend/soft/penalties.hpp"
 
 namespace activeset {
 
@@ -31,17 +32,18 @@ class Program {
 public:
     Program(const Problem& problem, const RelaxSettings& settings, std::size_t n, std::size_t m)
         : problem_(problem), settings_(settings), n_(n) {
+        frontend::ProblemData sides =
+            frontend::copyOf(problem, std::array{frontend::Part::RowSides, frontend::Part::Bounds});
+        frontend::dropSoftSides(problem, sides);
         for (std::size_t i = 0; i < m; ++i) {
             const VectorView& weights = settings.rowWeights;
-            limits_.push_back({false, i, frontend::sideAt(problem.rowLower, i, -Infinity),
-                               frontend::sideAt(problem.rowUpper, i, Infinity),
+            limits_.push_back({false, i, sides.rowLower[i], sides.rowUpper[i],
                                weights.empty() ? 1.0 : weights[i]});
         }
         for (std::size_t j = 0; j < n; ++j) {
             const VectorView& weights = settings.boundWeights;
-            limits_.push_back({true, j, frontend::sideAt(problem.lower, j, -Infinity),
-                               frontend::sideAt(problem.upper, j, Infinity),
-                               weights.empty() ? Infinity : weights[j]});
+            limits_.push_back(
+                {true, j, sides.lower[j], sides.upper[j], weights.empty() ? Infinity : weights[j]});
         }
         double largest = 0.0;
         for (const Limit& limit : limits_) {

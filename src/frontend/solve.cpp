@@ -106,7 +106,9 @@ Result solvePrepared(ProblemCache& problem,
     result.x = std::move(point.x);
     result.y = std::move(point.y);
     result.z = std::move(point.z);
-    result.objective = answer.judgement.objective;
+    if (hasObjective(result.status)) {
+        result.objective = answer.judgement.objective;
+    }
     result.certificate = answer.judgement.certificate;
     result.workingSet = std::move(answer.set);
     result.farkas = std::move(answer.farkas);

@@ -10,6 +10,12 @@ namespace activeset::frontend {
 /// std::logic_error inside a solve of the same thread.
 void requireNoSolve();
 
+/// Whether the objective at the point of a solve that ended so is one of the problem.
+[[nodiscard]] constexpr bool hasObjective(Status status) {
+    return status != Status::Infeasible && status != Status::NotConvex &&
+           status != Status::Invalid && status != Status::Failed;
+}
+
 /// The result of data that cannot be solved.
 [[nodiscard]] Result invalid(std::vector<Fault> faults);
 

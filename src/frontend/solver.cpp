@@ -69,6 +69,15 @@ public:
         }
     }
 
+    /// Sides may come and go, so that those of absent ones are no fault here.
+    void changePenalties(const Penalty& rows, const Penalty& bounds) {
+        frontend::complete(data_);
+        Problem part = frontend::viewOf(data_);
+        part.rowPenalty = rows;
+        part.boundPenalty = bounds;
+        change(part, Part::Penalties);
+    }
+
     void solve(Result& result) {
         const FloatingPointGuard environment;
         frontend::requireNoSolve();
@@ -162,10 +171,7 @@ void Solver::setBounds(const VectorView& lower, const VectorView& upper) {
 }
 
 void Solver::setPenalties(const Penalty& rows, const Penalty& bounds) {
-    Problem part;
-    part.rowPenalty = rows;
-    part.boundPenalty = bounds;
-    kept_->change(part, Part::Penalties);
+    kept_->changePenalties(rows, bounds);
 }
 
 void Solver::restartFrom(WarmStart start) {

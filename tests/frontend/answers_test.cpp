@@ -14,6 +14,8 @@ class FrontEndAnswers : public FreshState {};
 void expectProof(const Sample& sample, const Result& result) {
     EXPECT_EQ(exact::falseClaim(sample, result), "");
     EXPECT_LE(result.status, Status::NotConvex) << textOf(result.status);
+    EXPECT_EQ(std::isnan(result.objective),
+              result.status == Status::Infeasible || result.status == Status::NotConvex);
 }
 
 TEST_F(FrontEndAnswers, AreProvedWhateverTheProblem) {

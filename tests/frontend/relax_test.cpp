@@ -53,6 +53,40 @@ TEST(Relaxing, KeepsWhatIsHardAndSaysWhatIsWrongWithWeights) {
     EXPECT_EQ(relax(gap.problem, {.boundWeights = negative}).status, Status::Invalid);
 }
 
+// x ≤ 0 is soft, and x ≥ 3 is not.
+TEST(Relaxing, LeavesOutWhatGivesWayAnyway) {
+    Gap gap;
+    const Numbers price{1, Infinity};
+    gap.problem.rowPenalty.upperLinear = price;
+    const Relaxation relaxation = relax(gap.problem);
+    EXPECT_EQ(relaxation.distance, 0.0);
+    EXPECT_THAT(relaxation.rowViolation, ::testing::ElementsAre(0.0, 0.0));
+    const Numbers both{1, 1};
+    const Numbers upper{-1};
+    gap.problem.upper = upper;  // below the lower bound, which is soft
+    gap.problem.boundPenalty.lowerLinear = {both.data(), 1};
+    gap.problem.rowPenalty = {.lowerLinear = both};
+    EXPECT_EQ(relax(gap.problem, {.boundWeights = {both.data(), 1}}).distance, 0.0);
+}
+
+// Equal sides with a price are no equality; the last row has no upper side.
+TEST(Diagnosing, KnowsWhichSidesAreSoft) {
+    const Numbers c{1};
+    const Numbers A{1, 2, 3};
+    const Numbers rowLower{1, 2, 3};
+    const Numbers rowUpper{1, 2, Infinity};
+    const Numbers prices{Infinity, 5, 5};
+    const Diagnosis diagnosis = diagnose({.c = c,
+                                          .A = {A, 3, 1},
+                                          .rowLower = rowLower,
+                                          .rowUpper = rowUpper,
+                                          .rowPenalty = {.upperLinear = prices}});
+    EXPECT_EQ(diagnosis.equalities, 1U);
+    ASSERT_FALSE(diagnosis.findings.empty());
+    EXPECT_EQ(diagnosis.findings[0].name, "row penalties without sides");
+    EXPECT_THAT(diagnosis.findings[0].members, ::testing::ElementsAre(2));
+}
+
 TEST(Diagnosing, FindsWhatASolveWouldNotice) {
     const Numbers H{2, 1, 0, 1, 3, 0, 0, 0, 0};
     const Numbers c{0, 1e10, 0};

@@ -142,5 +142,27 @@ TEST(SoftSides, RefusePenaltiesThatAreNone) {
     EXPECT_TRUE(solver.solve());
 }
 
+// x ≤ 1 has no lower side. A Solver may be given one later.
+TEST(SoftSides, HaveToBeThere) {
+    Pulled pulled;
+    const Numbers hardFirst{Infinity, 2};
+    pulled.problem.rowPenalty = {.upperLinear = pulled.l, .lowerQuadratic = pulled.q};
+    EXPECT_EQ(solve(pulled.problem).message,
+              "rowPenalty.lowerQuadratic(0) = 1 is the price of a side that is absent: rowLower is "
+              "empty");
+    pulled.problem.rowPenalty.lowerLinear = {hardFirst.data(), 1};
+    EXPECT_TRUE(solve(pulled.problem));
+    const Numbers c{0, 0};
+    EXPECT_EQ(
+        solve({.c = c, .boundPenalty = {.upperLinear = hardFirst}}).message,
+        "boundPenalty.upperLinear(1) = 2 is the price of a side that is absent: upper is empty");
+    pulled.problem.rowPenalty = {};
+    Solver solver(pulled.problem);
+    solver.setPenalties({.lowerLinear = pulled.l});
+    const Numbers four{4};
+    solver.setRowSides(four, {});
+    EXPECT_THAT(solver.solve().x, ElementsAre(DoubleNear(4, 1e-12)));  // x − 3 − 1 = 0
+}
+
 }  // namespace
 }  // namespace activeset::test

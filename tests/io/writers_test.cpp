@@ -107,8 +107,14 @@ TEST(JsonFormat, ErrorsNameLineColumnAndWhatWasExpected) {
          "t.json:2:29: upper_linear has the size 0, expected 1"},
         {softHead + "\"c\": [1], \"bound_penalty\": {\"upper_linear\": [-1]}}",
          "t.json:2:47: expected a penalty from 0 up"},
+        {softHead + "\"c\": [1], \"bound_penalty\": {\"upper_linear\": [1]}}",
+         "t.json:2:29: upper_linear: expected upper beside it"},
         {softHead + "\"c\": [1], \"bound_penalty\": {\"upper_quadratic\": [\"inf\"]}}",
          "expected a number"},
+        {head + "\"c\": [1],\n \"c\": [2]}", "t.json:3:7: a second member 'c'"},
+        {softHead + "\"bound_penalty\": {\"upper_linear\": [1], \"upper_linear\": [1]}}",
+         "t.json:2:41: a second part 'upper_linear'"},
+        {std::string("\x01\0", 2), "t.json:1:1: expected {, found '\\x01\\x00'"},
         {head + "\"name\": \"\\q\"}", "an escape that JSON does not have"},
         {head + "\"c\": [1e999]}", "outside the range of a double"}};
     for (const auto& [text, part] : cases) {

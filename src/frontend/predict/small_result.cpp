@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -162,6 +163,7 @@ bool writeContradiction(const Problem& problem,
     Point point{startOf(problem, start, data), Vector(data.m, 0.0), Vector(data.n, 0.0)};
     const Judgement judgement = judge(data, point);
     take(result, std::move(point), judgement);
+    result.objective = std::numeric_limits<double>::quiet_NaN();
     return true;
 }
 

@@ -50,12 +50,7 @@ public:
                 inspectVector("start", problem_.start, n_);
                 break;
             case Part::Penalties:
-                inspectPenalty({"rowPenalty.lowerLinear", "rowPenalty.upperLinear",
-                                "rowPenalty.lowerQuadratic", "rowPenalty.upperQuadratic"},
-                               problem_.rowPenalty, m_, "row of A");
-                inspectPenalty({"boundPenalty.lowerLinear", "boundPenalty.upperLinear",
-                                "boundPenalty.lowerQuadratic", "boundPenalty.upperQuadratic"},
-                               problem_.boundPenalty, n_, "variable");
+                inspectPenalties();
                 break;
         }
         return faults_.taken(part);
@@ -148,23 +143,36 @@ private:
         }
     }
 
-    /// Names of the linear penalties of lower and upper sides, and of the quadratic ones.
-    using PenaltyNames = std::array<const char*, 4>;
+    /// The sides that penalties are the price of, and what each of them stands for.
+    struct Priced {
+        const char* name;
+        const VectorView& sides;
+        std::size_t size;
+        const char* unit;
+    };
 
-    void inspectPenalty(const PenaltyNames& names,
-                        const Penalty& penalty,
-                        std::size_t size,
-                        const char* unit) {
-        inspectPenalty(names[0], penalty.lowerLinear, names[2], penalty.lowerQuadratic, size, unit);
-        inspectPenalty(names[1], penalty.upperLinear, names[3], penalty.upperQuadratic, size, unit);
+    void inspectPenalties() {
+        const Penalty& rows = problem_.rowPenalty;
+        const Penalty& bounds = problem_.boundPenalty;
+        inspectPenalty("rowPenalty.lowerLinear", rows.lowerLinear, "rowPenalty.lowerQuadratic",
+                       rows.lowerQuadratic, {"rowLower", problem_.rowLower, m_, "row of A"});
+        inspectPenalty("rowPenalty.upperLinear", rows.upperLinear, "rowPenalty.upperQuadratic",
+                       rows.upperQuadratic, {"rowUpper", problem_.rowUpper, m_, "row of A"});
+        inspectPenalty("boundPenalty.lowerLinear", bounds.lowerLinear,
+                       "boundPenalty.lowerQuadratic", bounds.lowerQuadratic,
+                       {"lower", problem_.lower, n_, "variable"});
+        inspectPenalty("boundPenalty.upperLinear", bounds.upperLinear,
+                       "boundPenalty.upperQuadratic", bounds.upperQuadratic,
+                       {"upper", problem_.upper, n_, "variable"});
     }
 
     void inspectPenalty(const char* linearName,
                         const VectorView& linear,
                         const char* quadraticName,
                         const VectorView& quadratic,
-                        std::size_t size,
-                        const char* unit) {
+                        const Priced& priced) {
+        const std::size_t size = priced.size;
+        const char* const unit = priced.unit;
         const bool hasLinear = hasLength(linearName, linear, size, unit) && !linear.empty();
         const bool hasQuadratic =
             hasLength(quadraticName, quadratic, size, unit) && !quadratic.empty();
@@ -182,6 +190,25 @@ private:
                 addEntry(linearName, i, l,
                          ", expected more than 0, as there is no quadratic penalty, or inf for a "
                          "side that is hard");
+            }
+        }
+        if (hasLinear) {
+            inspectAbsence(linearName, linear, Infinity, priced);
+        } else if (hasQuadratic) {
+            inspectAbsence(quadraticName, quadratic, 0.0, priced);
+        }
+    }
+
+    /// Adds the first price of sides that the problem does not have. `none` is no price.
+    void inspectAbsence(const char* name,
+                        const VectorView& prices,
+                        double none,
+                        const Priced& priced) {
+        for (std::size_t i = 0; i < prices.size() && priced.sides.empty(); ++i) {
+            if (prices[i] != none) {
+                const std::string why = std::string(" is the price of a side that is absent: ") +
+                                        priced.name + " is empty";
+                return addEntry(name, i, prices[i], why.c_str());
             }
         }
     }

@@ -6,9 +6,6 @@
 
 namespace activeset::frontend {
 
-namespace {
-
-// Without linear penalties it is the quadratic one that makes a side soft.
 SidePenalty penaltyOf(const VectorView& linear, const VectorView& quadratic, std::size_t i) {
     SidePenalty penalty;
     penalty.quadratic = quadratic.empty() ? 0.0 : quadratic[i];
@@ -19,6 +16,8 @@ SidePenalty penaltyOf(const VectorView& linear, const VectorView& quadratic, std
     }
     return penalty;
 }
+
+namespace {
 
 void assign(Vector& target, const VectorView& source) {
     target.clear();
@@ -68,6 +67,13 @@ void Penalties::take(const Penalty& penalty, std::size_t first, std::size_t coun
     for (std::size_t i = 0; i < count; ++i) {
         lower_[first + i] = penaltyOf(penalty.lowerLinear, penalty.lowerQuadratic, i);
         upper_[first + i] = penaltyOf(penalty.upperLinear, penalty.upperQuadratic, i);
+    }
+}
+
+void dropSoftSides(const Problem& problem, ProblemData& data) {
+    const Penalties penalties(problem, data);
+    for (const SoftSide& side : penalties.softSides()) {
+        sideOf(data, side) = side.side == Side::Lower ? -Infinity : Infinity;
     }
 }
 

@@ -14,6 +14,11 @@ struct SidePenalty {
     [[nodiscard]] bool isSoft() const { return linear < Infinity; }
 };
 
+/// Entry i. Without linear penalties it is the quadratic one that makes a side soft.
+[[nodiscard]] SidePenalty penaltyOf(const VectorView& linear,
+                                    const VectorView& quadratic,
+                                    std::size_t i);
+
 /// A side of constraint k, in the numbering of Constraints: rows, then bounds by variable.
 struct SoftSide {
     std::size_t constraint = 0;
@@ -71,6 +76,10 @@ private:
     return side.side == Side::Lower ? lowerOf(data, side.constraint)
                                     : upperOf(data, side.constraint);
 }
+
+/// Makes the soft sides absent. They give way, so that they contradict nothing.
+/// @param data  has the sides of the problem
+void dropSoftSides(const Problem& problem, ProblemData& data);
 
 /// The members of a working set that are held at a side, of rows or of variables; Both stands for
 /// equal sides. The same of violated sides.
