@@ -138,5 +138,24 @@ TEST_F(WaysToAnswers, MultipliersOfBoundsNeedNoMoreCorrectionsThanThoseOfRows) {
     EXPECT_LE(asBounds, asRows + 60);
 }
 
+// (x₁ − x₂)² + (x₂ + x₃ − 2)² + (x₄ − 1)² + (x₅ − 1)² is zero at (1, 1, 1, 1, 1), where the rows
+// have multipliers of zero. Each correction takes sixteen decimals off what rounding makes of them.
+TEST_F(WaysToAnswers, MultipliersThatVanishAreNotCorrectedUntilTheyUnderflow) {
+    const Sample s{5,
+                   3,
+                   {2, -2, 0, 0, 0, -2, 4, 2, 0, 0, 0, 2, 2, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 0, 2},
+                   {0, -4, -4, -2, -2},
+                   {1, 0, 0, 3, 0, 1, 0, 1, 0, 0, 1, 0, 0, -2, -1},
+                   {4, 0, 0},
+                   {4, 0, 0},
+                   {},
+                   {},
+                   {}};
+    const Result r = solve(s.view());
+    ASSERT_EQ(r.status, Status::Optimal);
+    EXPECT_NEAR(r.objective, -6.0, 1e-14);
+    EXPECT_LE(r.iterations.refinement, 10U);
+}
+
 }  // namespace
 }  // namespace activeset::test

@@ -156,6 +156,8 @@ void Refinement::setBoundMultipliers(Point& point) const {
 }
 
 std::size_t Refinement::apply(Point& point, std::size_t most) const {
+    // Multipliers that should be zero could go on to lose sixteen decimals a correction.
+    constexpr double NegligibleShare = 1e-40;
     const Vector values = sides();
     moveToBounds(point.x);
     Vector y(data_.m, 0.0);
@@ -168,7 +170,7 @@ std::size_t Refinement::apply(Point& point, std::size_t most) const {
 
     std::size_t corrections = 0;
     Residuals residuals = residualsAt(point, values);
-    while (corrections < most && residuals.size > 0.0) {
+    while (corrections < most && residuals.size > 0.0 && residuals.share > NegligibleShare) {
         Point trial = point;
         const Point step = correction(residuals);
         axpy(1.0, step.x.data(), trial.x.data(), data_.n);
