@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "frontend/algebra/pivoted_qr.hpp"
@@ -77,52 +78,92 @@ double change(const ProblemData& data, const Vector& x, const Vector& d) {
     return magnitude(sum);
 }
 
-/// Whether the rows of the working set, or they and rows that are missed without a multiplier, are
-/// nearly dependent, or quite.
-bool areNearlyDependent(const ProblemData& data, const BestPoint& best) {
-    const WorkingSet& set = best.set();
-    std::vector<bool> isFixed(data.n, false);
-    for (const auto* list : {&set.fixed, &set.atLower, &set.atUpper}) {
-        for (const std::size_t j : *list) {
-            isFixed[j] = true;
+/// Sides that x is near, or misses.
+class NearSides {
+public:
+    /// Those of the working set.
+    NearSides(const ProblemData& data, const WorkingSet& set) : data_(data), isFixed_(data.n) {
+        for (const auto* list : {&set.fixed, &set.atLower, &set.atUpper}) {
+            for (const std::size_t j : *list) {
+                isFixed_[j] = true;
+            }
+        }
+        for (const auto* list : {&set.equalities, &set.rowsAtLower, &set.rowsAtUpper}) {
+            rows_.insert(rows_.end(), list->begin(), list->end());
         }
     }
-    std::vector<std::size_t> rows;
-    for (const auto* list : {&set.equalities, &set.rowsAtLower, &set.rowsAtUpper}) {
-        rows.insert(rows.end(), list->begin(), list->end());
-    }
-    const auto isSuspect = [&] {
-        const auto free = static_cast<std::size_t>(std::ranges::count(isFixed, false));
-        Dense columns(free, rows.size());
-        std::size_t place = 0;
-        for (std::size_t j = 0; j < data.n; ++j) {
-            for (std::size_t k = 0; k < rows.size() && !isFixed[j]; ++k) {
-                columns(place, k) = data.columnOfA(j)[rows[k]];
+    /// Adds those without multipliers, and tells whether there are any.
+    bool addUnweighed(const Point& point, double reach) {
+        bool areThere = false;
+        const std::vector<Sum> values = rowValues(data_, point.x);
+        for (std::size_t i = 0; i < data_.m; ++i) {
+            if (point.y[i] == 0.0 && std::ranges::find(rows_, i) == rows_.end() &&
+                touches(values[i].value, values[i].scale, data_.rowLower[i], data_.rowUpper[i],
+                        reach)) {
+                rows_.push_back(i);
+                areThere = true;
             }
-            place += isFixed[j] ? 0U : 1U;
+        }
+        for (std::size_t j = 0; j < data_.n; ++j) {
+            const double x = point.x[j];
+            if (!isFixed_[j] && touches(x, std::abs(x), data_.lower[j], data_.upper[j], reach)) {
+                isFixed_[j] = true;
+                areThere = true;
+            }
+        }
+        return areThere;
+    }
+    /// Whether they are nearly dependent, or quite, or more than the variables: then the points
+    /// that meet all of them may be far from x.
+    [[nodiscard]] bool areNearlyDependent() const {
+        const auto free = static_cast<std::size_t>(std::ranges::count(isFixed_, false));
+        if (rows_.size() > free) {
+            return true;
+        }
+        Dense columns(free, rows_.size());
+        std::size_t place = 0;
+        for (std::size_t j = 0; j < data_.n; ++j) {
+            for (std::size_t k = 0; k < rows_.size() && !isFixed_[j]; ++k) {
+                columns(place, k) = data_.columnOfA(j)[rows_[k]];
+            }
+            place += isFixed_[j] ? 0U : 1U;
         }
         return PivotedQr(std::move(columns)).isNearlyDependent();
-    };
-    if (isSuspect()) {
-        return true;
     }
-    const std::vector<Sum> values = rowValues(data, best.point().x);
-    const std::size_t members = rows.size();
-    for (std::size_t i = 0; i < data.m; ++i) {
-        const bool isMissed =
-            data.rowLower[i] > values[i].value || data.rowUpper[i] < values[i].value;
-        if (isMissed && best.point().y[i] == 0.0) {
-            rows.push_back(i);
-        }
-    }
-    return rows.size() > members && isSuspect();
+
+private:
+    const ProblemData& data_;
+    std::vector<bool> isFixed_;
+    std::vector<std::size_t> rows_;
+};
+
+/// Whether what x misses its sides by may lead far away.
+bool mayLeadFar(const ProblemData& data, const BestPoint& best, double miss) {
+    constexpr double Lever = 1e4;  // how many times farther than the miss a point may be
+    NearSides sides(data, best.set());
+    return sides.areNearlyDependent() ||
+           (sides.addUnweighed(best.point(), std::max(TouchedSide, Lever * miss)) &&
+            sides.areNearlyDependent());
 }
 
 /// A proved point that may be far from any that meets its sides.
 struct Doubt {
     int bits = 0;            ///< closer to look
     bool isSerious = false;  ///< nothing is proved while it lasts
+    Vector contradiction{};  ///< weights of rows that may contradict one another
 };
+
+/// Whether rows with these weights, and bounds, add up to nothing but the rounding of their
+/// entries.
+bool cancel(const ProblemData& data, const Vector& y) {
+    constexpr double SameRow = 4.0 * std::numeric_limits<double>::epsilon();
+    const Farkas farkas = judgeFarkas(data, y);
+    double terms = 0.0;
+    for (const Sum& sum : transposedSums(data, farkas.y)) {
+        terms = std::max(terms, sum.scale);
+    }
+    return farkas.residual.absolute <= SameRow * terms;
+}
 
 /// Nothing where x misses its sides by rounding only: the nearest point that meets them is near,
 /// and costs so little more that the proof stands. Where rows are nearly parallel that point may be
@@ -133,19 +174,30 @@ std::optional<Doubt> doubtBesideRounding(ProblemCache& problem,
                                          const Settings& exact,
                                          Control& control) {
     constexpr double ClearContradiction = 1e-3;
-    constexpr double ContradictionReach =
-        1e12;  // no point so many times farther away than the miss
+    constexpr double RoundedSides = 64.0 * std::numeric_limits<double>::epsilon();
     const ProblemData& data = problem.scaled;
     const Vector& x = best.point().x;
-    const int bits = bitsOf(violation(data, x).absolute);
-    ProblemCache around(surroundings(data, x, bits));
+    const double missed = violation(data, x).absolute;
+    const int bits = bitsOf(missed);
+    Surroundings nearby(data, x, bits);
+    ProblemCache around(std::move(nearby.data));
     const NearestPoint nearest = nearestPoint(around, bits, exact, control);
     if (!nearest.isFound) {
         const Relaxation relaxation = relax(around.user, Vector(data.n, 0.0), exact, control);
         const bool isContradiction =
-            relaxation.isSolved && relaxation.violation > ClearContradiction &&
-            judgeFarkas(around.user, relaxation.y).radius >= ContradictionReach;
-        return isContradiction ? std::nullopt : std::optional(Doubt{bits, true});
+            best.judgement().certificate.primal.relative <= RoundedSides && relaxation.isSolved &&
+            relaxation.violation > ClearContradiction && cancel(around.user, relaxation.y);
+        if (!isContradiction) {
+            return Doubt{bits, true};
+        }
+        if (missed <= ExactToRounding * leastSize(data)) {
+            return std::nullopt;
+        }
+        Doubt contradicted{bits, false, Vector(data.m)};
+        for (std::size_t k = 0; k < nearby.rows.size(); ++k) {
+            contradicted.contradiction[nearby.rows[k]] = relaxation.y[k];
+        }
+        return contradicted;
     }
     const double gap =
         change(data, x, nearest.step) / problem.scaling.objective / sizeOf(problem, best);
@@ -162,15 +214,21 @@ std::optional<Doubt> doubt(ProblemCache& problem,
     const Judgement& judgement = best.judgement();
     const double miss = judgement.certificate.primal.relative;
     const bool isRounding = miss <= FeasibleToRounding;
-    if (!best.isProved() || (isRounding && !judgement.isDelicate)) {
+    const double missed = violation(problem.scaled, best.point().x).absolute;
+    const bool isSteep = !(judgement.certificate.dual.relative <= ExactToRounding);
+    if (!best.isProved()) {
         return std::nullopt;
     }
-    const bool isSuspect = areNearlyDependent(problem.scaled, best);
-    if (isRounding) {
-        return isSuspect ? doubtBesideRounding(problem, best, exact, control) : std::nullopt;
+    if (miss <= NegligibleMiss || (isRounding && !judgement.isDelicate)) {
+        return isSteep ? std::optional(Doubt{0, true}) : std::nullopt;
     }
-    return Doubt{bitsOf(violation(problem.scaled, best.point().x).absolute),
-                 isSuspect || !(miss <= ExactToRounding)};
+    const bool isSuspect = mayLeadFar(problem.scaled, best, miss);
+    if (!(miss <= ExactToRounding)) {
+        return Doubt{bitsOf(missed), true};
+    }
+    const std::optional<Doubt> doubted =
+        isSuspect ? doubtBesideRounding(problem, best, exact, control) : std::nullopt;
+    return doubted || (isRounding && !isSteep) ? doubted : Doubt{bitsOf(missed)};
 }
 
 }  // namespace
@@ -181,11 +239,10 @@ std::optional<Farkas> lookCloser(ProblemCache& problem,
                                  Control& control) {
     Settings exact = settings;
     exact.tolerance = std::min(exact.tolerance, ExactToRounding);
-    for (int look = 0; look < MostLooks && !control.mustEnd(); ++look) {
-        const std::optional<Doubt> doubted = doubt(problem, best, exact, control);
-        if (!doubted) {
-            return std::nullopt;
-        }
+    std::optional<Doubt> doubted = doubt(problem, best, exact, control);
+    for (int look = 0;
+         doubted && doubted->contradiction.empty() && look < MostLooks && !control.mustEnd();
+         ++look) {
         Magnified seen = solveMagnified(problem.scaled, best, doubted->bits, exact, control);
         if (!seen.answer.farkas && !seen.answer.isSolved) {
             seen = solveMagnified(problem.scaled, best, doubted->bits / 2, exact, control);
@@ -196,18 +253,26 @@ std::optional<Farkas> lookCloser(ProblemCache& problem,
             }
         }
         if (!seen.answer.isSolved) {
-            best.widenGap(doubted->isSerious ? Infinity : 0.0);
-            return std::nullopt;
+            break;
         }
         // What the optimum costs more counts as gap, unless its own is smaller.
         best.widenGap(std::abs(seen.rise / problem.scaling.objective) / sizeOf(problem, best));
         const Vector before = best.point().x;
         best.polish(std::move(seen.answer.point), seen.answer.set);
         if (best.point().x == before) {
-            return std::nullopt;
+            break;
         }
+        doubted = doubt(problem, best, exact, control);
     }
-    return std::nullopt;
+    if (!doubted) {
+        return std::nullopt;
+    }
+    if (doubted->isSerious) {
+        best.widenGap(Infinity);
+    }
+    return doubted->contradiction.empty()
+               ? std::nullopt
+               : provenFarkas(problem, std::move(doubted->contradiction), best);
 }
 
 }  // namespace activeset::frontend

@@ -39,37 +39,34 @@ void magnifySides(ProblemData& data, const std::vector<Sum>& rows, const Vector&
     magnify(data.upper, Infinity, places, factor);
 }
 
-ProblemData surroundings(const ProblemData& data, const Vector& x, int bits) {
+Surroundings::Surroundings(const ProblemData& problem, const Vector& x, int bits) {
     constexpr double NearSide = 0x1p40;  // enlarged
-    ProblemData all;
-    all.n = data.n;
-    all.rowLower = data.rowLower;
-    all.rowUpper = data.rowUpper;
-    all.lower = data.lower;
-    all.upper = data.upper;
-    magnifySides(all, rowValues(data, x), x, std::ldexp(1.0, bits));
-    std::vector<std::size_t> rows;
-    for (std::size_t i = 0; i < data.m; ++i) {
-        if (std::max(all.rowLower[i], -all.rowUpper[i]) >= -NearSide) {
-            all.rowLower[rows.size()] = all.rowLower[i];
-            all.rowUpper[rows.size()] = all.rowUpper[i];
+    data.n = problem.n;
+    data.rowLower = problem.rowLower;
+    data.rowUpper = problem.rowUpper;
+    data.lower = problem.lower;
+    data.upper = problem.upper;
+    magnifySides(data, rowValues(problem, x), x, std::ldexp(1.0, bits));
+    for (std::size_t i = 0; i < problem.m; ++i) {
+        if (std::max(data.rowLower[i], -data.rowUpper[i]) >= -NearSide) {
+            data.rowLower[rows.size()] = data.rowLower[i];
+            data.rowUpper[rows.size()] = data.rowUpper[i];
             rows.push_back(i);
         }
     }
-    all.m = rows.size();
-    all.rowLower.resize(all.m);
-    all.rowUpper.resize(all.m);
-    all.c.assign(data.n, 0.0);
-    all.quadratic = true;
-    all.H.resize(data.n * data.n, 0.0);
-    all.A.makeRoom(data.n * all.m);
-    for (std::size_t j = 0; j < data.n; ++j) {
-        all.H[j * data.n + j] = 1.0;
+    data.m = rows.size();
+    data.rowLower.resize(data.m);
+    data.rowUpper.resize(data.m);
+    data.c.assign(problem.n, 0.0);
+    data.quadratic = true;
+    data.H.resize(problem.n * problem.n, 0.0);
+    data.A.makeRoom(problem.n * data.m);
+    for (std::size_t j = 0; j < problem.n; ++j) {
+        data.H[j * problem.n + j] = 1.0;
         for (const std::size_t i : rows) {
-            all.A.push_back(data.columnOfA(j)[i]);
+            data.A.push_back(problem.columnOfA(j)[i]);
         }
     }
-    return all;
 }
 
 NearestPoint nearestPoint(ProblemCache& around,
@@ -77,7 +74,10 @@ NearestPoint nearestPoint(ProblemCache& around,
                           const Settings& settings,
                           Control& control) {
     BareAnswer answer = solveBare(around, Vector(around.user.n, 0.0), {}, settings, control);
-    NearestPoint nearest{answer.isSolved, std::move(answer.point.x)};
+    constexpr double SmallMiss = 1e-3;  // what was missed is some 1
+    NearestPoint nearest{
+        answer.isSolved || violation(around.user, answer.point.x).absolute <= SmallMiss,
+        std::move(answer.point.x)};
     for (double& entry : nearest.step) {
         entry = std::ldexp(entry, -bits);
     }
@@ -99,7 +99,7 @@ bool isBesideRay(const ProblemData& data,
         }
     }
     const int bits = bitsOf(violation(cone, direction).absolute);
-    ProblemCache around(surroundings(cone, direction, bits));
+    ProblemCache around(Surroundings(cone, direction, bits).data);
     const NearestPoint nearest = nearestPoint(around, bits, settings, control);
     return nearest.isFound && nearest.length <= NearPoint * largestMagnitude(direction);
 }

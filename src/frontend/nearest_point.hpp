@@ -20,7 +20,12 @@ inline constexpr double NearPoint = 1e-6;
 void magnifySides(ProblemData& data, const std::vector<Sum>& rows, const Vector& x, double factor);
 
 /// ½dᵀd, subject to the bounds and the rows that have a side near x, enlarged by so many bits.
-[[nodiscard]] ProblemData surroundings(const ProblemData& data, const Vector& x, int bits);
+struct Surroundings {
+    Surroundings(const ProblemData& data, const Vector& x, int bits);
+
+    ProblemData data;
+    std::vector<std::size_t> rows;  ///< of its rows, those of the problem
+};
 
 struct NearestPoint {
     bool isFound = false;

@@ -65,23 +65,41 @@ INSTANTIATE_TEST_SUITE_P(
         Expected{Style::Unbounded, 500, 0.002, {Optimal, Unbounded}},
         Expected{Style::Contradictions, 500, 0.0, {Infeasible}},
         Expected{Style::JumpingCosts, 200, 0.001, {Optimal}},
-        Expected{Style::NonsenseStart, 500, 0.0, {Optimal, Unbounded}}),
+        Expected{Style::NonsenseStart, 500, 0.0, {Optimal, Unbounded}},
+        Expected{Style::Wedges, 1000, 0.15, {Optimal, Unbounded}}),
     [](const testing::TestParamInfo<Expected>& each) {
         std::string name = StyleNames.at(static_cast<std::size_t>(each.param.style));
         std::erase(name, '-');
         return name;
     });
 
+void expectTruth(Style style, std::uint64_t seed, std::size_t largest = 4) {
+    SeededChoices choices(seed);
+    caseOf(style, choices, largest).solve({}, [&](const Sample& sample, const Result& result) {
+        EXPECT_EQ(exact::judge(sample, result).wrong, "") << "seed " << seed;
+    });
+}
+
 // x satisfies nearly parallel sides up to rounding, but the points that satisfy them exactly are
-// far away.
+// far away. In some problems more sides meet at x than there are variables.
 TEST(NearlyParallelSides, AreNotMetByRoundingAlone) {
-    for (const std::uint64_t seed : {400197U, 400207U, 402486U, 412038U, 413302U, 421172U}) {
-        SeededChoices choices(seed);
-        caseOf(Style::NearParallel, choices, 4)
-            .solve({}, [&](const Sample& sample, const Result& result) {
-                EXPECT_EQ(exact::judge(sample, result).wrong, "") << "seed " << seed;
-            });
+    for (const std::uint64_t seed :
+         {400197U, 400207U, 402486U, 412038U, 413134U, 413302U, 421172U}) {
+        expectTruth(Style::NearParallel, seed);
     }
+    expectTruth(Style::Wedges, 2920);
+}
+
+// What is left of the gradient weighs as much as x has to move, which is far between such rows.
+TEST(NearlyParallelSides, AreFollowedToTheOptimum) {
+    for (const std::uint64_t seed : {702447U, 4000612U}) {
+        expectTruth(Style::NearParallel, seed);
+    }
+}
+
+// At x = 1e18 a contradiction by 1 is rounding.
+TEST(FarPoints, DoNotMeetSidesThatContradictOneAnother) {
+    expectTruth(Style::JumpingCosts, 3001330);
 }
 
 }  // namespace

@@ -28,13 +28,14 @@ enum class Style {
     Unbounded,       ///< mostly along an integer direction
     Contradictions,  ///< rows that contradict one another by 1 to 1e-8, starts up to 1e9
     JumpingCosts,    ///< a sequence: costs times 1e10 to 1e20, and back
-    NonsenseStart    ///< a warm start that makes no sense
+    NonsenseStart,   ///< a warm start that makes no sense
+    Wedges           ///< rows through a point, many opposite to others but for 1e-3 to 1e-13
 };
 
 inline constexpr std::array StyleNames{
-    "integers",   "degenerate", "near-parallel",  "products",      "low-rank",
-    "far-start",  "tiny-costs", "large-bounds",   "huge-bounds",   "near-singular",
-    "infeasible", "unbounded",  "contradictions", "jumping-costs", "nonsense-start"};
+    "integers",       "degenerate",    "near-parallel",  "products",      "low-rank",   "far-start",
+    "tiny-costs",     "large-bounds",  "huge-bounds",    "near-singular", "infeasible", "unbounded",
+    "contradictions", "jumping-costs", "nonsense-start", "wedges"};
 
 struct StyledCase {
     Sample sample;

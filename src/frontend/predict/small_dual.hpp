@@ -36,9 +36,9 @@ public:
     /// The members, and what is beyond its side, of the problem with penalties.
     [[nodiscard]] WorkingSet softSet() const;
 
-    /// Whether members, or they and a side without a multiplier that the point in the memory
-    /// misses, are nearly dependent, or quite.
-    [[nodiscard]] bool isNearlyDependent();
+    /// Whether members are nearly dependent, or quite; where sides are missed also whether they and
+    /// sides without multipliers near the point in the memory are, and no short way leads into all.
+    [[nodiscard]] bool isNearlyDependent(bool areSidesMissed);
     /// The least part of a member's image, of length 1, that the members before it leave.
     [[nodiscard]] double leastPart() const;
 
@@ -62,6 +62,16 @@ private:
     void solve();
     void dropWrongSigns();
     [[nodiscard]] bool repeatsMember(std::size_t i) const;
+    [[nodiscard]] bool isNearSide(std::size_t i) const;
+    [[nodiscard]] double signOfNearSide(std::size_t i) const;
+    [[nodiscard]] bool isWayInShort();
+
+    struct WayIn {
+        double depth = 0.0;
+        double slope = 0.0;   ///< of the depth, along the shares that raise it
+        bool isHeld = false;  ///< there is none
+    };
+    [[nodiscard]] WayIn wayInto(std::size_t i);
     [[nodiscard]] bool isSettled(const SmallViolation& worst);
     [[nodiscard]] End pull(std::size_t i);
     void move(double step, bool isDependent);

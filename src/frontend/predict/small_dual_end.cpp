@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "frontend/predict/small_dual.hpp"
+#include "frontend/proof/certificate.hpp"
 
 namespace activeset::frontend {
 
@@ -11,6 +12,8 @@ namespace {
 
 // What is left of an image, its norm 1, beside the members.
 constexpr double NearlyDependentImage = 1e-4;
+// A share of a member in an image that is rounding.
+constexpr double NoPartOfImage = 1e-14;
 
 /// Of rows, or of variables.
 struct WorkingSetLists {
@@ -78,26 +81,101 @@ double SmallDual::leastPart() const {
     return 1.0 / largest;
 }
 
-bool SmallDual::isNearlyDependent() {
+bool SmallDual::isNearlyDependent(bool areSidesMissed) {
     const SmallShape& shape = m_.shape;
     if (leastPart() < NearlyDependentImage) {
         return true;
     }
-    const double* const value = m_.products.value + shape.head();
-    const double* const rest = m_.products.rest + shape.head();
-    for (std::size_t i = 0; i < shape.constraints() && factor_.size() < shape.n; ++i) {
-        const bool isRow = i < shape.rows();
-        const double at = isRow ? value[i] : m_.x[i - shape.rows()];
-        const double more = isRow ? rest[i] : 0.0;
-        const bool isMissed = (m_.lower[i] - at) - more > 0.0 || (at - m_.upper[i]) + more > 0.0;
-        if (isMissed && m_.multipliers[i] == 0.0 && !repeatsMember(i)) {
-            gather(i, 1.0);
-            if (factor_.project() < NearlyDependentImage * NearlyDependentImage) {
-                return true;
+    const std::size_t members = factor_.size();
+    bool areIndependent = true;
+    for (std::size_t i = 0; i < shape.constraints() && areSidesMissed; ++i) {
+        if (isNearSide(i) && !repeatsMember(i)) {
+            gather(i, signOfNearSide(i));
+            const double squaredNorm = factor_.project();
+            if (factor_.size() < shape.n &&
+                squaredNorm >= NearlyDependentImage * NearlyDependentImage) {
+                m_.isEquality[factor_.size()] = isEquality(i) ? 1.0 : 0.0;
+                factor_.append(squaredNorm);
+            } else {
+                areIndependent = false;
             }
         }
     }
-    return false;
+    const bool isDependent = !areIndependent && !isWayInShort();
+    while (factor_.size() > members) {
+        factor_.remove(factor_.size() - 1);
+    }
+    return isDependent;
+}
+
+// memory.p := the shares of members that are inequalities in the image of a side. With them the
+// memory's step leads so deep into the side.
+SmallDual::WayIn SmallDual::wayInto(std::size_t i) {
+    gather(i, signOfNearSide(i));
+    static_cast<void>(factor_.project());
+    WayIn way;
+    way.isHeld = factor_.size() == m_.shape.n;
+    for (std::size_t k = 0; k < factor_.size(); ++k) {
+        double& share = m_.p[k];
+        share = m_.isEquality[k] == 0.0 ? share : 0.0;
+        way.depth += share * m_.step[k];
+        way.slope += std::max(0.0, share) * share;
+        const bool isOpposite = share <= -NearlyDependentImage;
+        way.isHeld = way.isHeld && (isOpposite || std::abs(share) <= NoPartOfImage);
+    }
+    return way;
+}
+
+// memory.step: how deep into the side of each member of the factor. For the other sides, whose
+// images the members combine to, that grows along the shares that they have in these. At a vertex a
+// side opposite to members holds x where it is, and is missed by rounding, as they are.
+bool SmallDual::isWayInShort() {
+    constexpr int MostRounds = 4;
+    const std::size_t size = factor_.size();
+    double* const step = m_.step;
+    std::fill_n(step, SmallShape::upTo(size, 8), 0.0);
+    std::transform(m_.isEquality, m_.isEquality + size, step,
+                   [](double held) { return 1.0 - held; });
+    bool isEnough = false;
+    for (int round = 0; round < MostRounds && !isEnough; ++round) {
+        isEnough = true;
+        for (std::size_t i = 0; i < m_.shape.constraints(); ++i) {
+            const WayIn way = isNearSide(i) ? wayInto(i) : WayIn{.isHeld = true};
+            if (way.depth >= NearlyDependentImage || way.isHeld) {
+                continue;
+            }
+            if (!(way.slope > NearlyDependentImage)) {
+                return false;
+            }
+            isEnough = false;
+            for (std::size_t k = 0; k < size; ++k) {
+                step[k] += std::max(0.0, m_.p[k]) * (1.0 - way.depth) / way.slope;
+            }
+        }
+    }
+    m_.kernels.multiplyTransposed(factor_.inverse(), step, m_.r);
+    double squaredLength = 0.0;
+    for (std::size_t k = 0; k < size; ++k) {
+        squaredLength += m_.r[k] * m_.r[k];
+    }
+    // Where no such way is found sides hold x from all around, and not by slight differences.
+    return !isEnough || squaredLength * NearlyDependentImage * NearlyDependentImage < 1.0;
+}
+
+double SmallDual::signOfNearSide(std::size_t i) const {
+    const bool isRow = i < m_.shape.rows();
+    const double value = isRow ? m_.products.value[m_.shape.head() + i] : m_.x[i - m_.shape.rows()];
+    return std::abs(m_.upper[i] - value) <= std::abs(value - m_.lower[i]) ? 1.0 : -1.0;
+}
+
+// One without a multiplier, which the point in the memory is near, or misses.
+bool SmallDual::isNearSide(std::size_t i) const {
+    const SmallShape& shape = m_.shape;
+    const std::size_t row = shape.head() + i;
+    const bool isRow = i < shape.rows();
+    const double value = isRow ? m_.products.value[row] : m_.x[i - shape.rows()];
+    const double scale = isRow ? m_.products.scale[row] : std::abs(value);
+    return m_.multipliers[i] == 0.0 && touches(value, scale, m_.lower[i], m_.upper[i]);
 }
 
 }  // namespace activeset::frontend

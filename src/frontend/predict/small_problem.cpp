@@ -82,7 +82,7 @@ bool SmallProblem::solveByGuess(const Problem& problem,
     const double begin = control.seconds();
     SmallGuessRefinement refinement(memory_, guess_);
     if (!proveOptimum(
-            problem, settings.tolerance, refinement, false, [] { return false; }, result)) {
+            problem, settings.tolerance, refinement, false, [](bool) { return false; }, result)) {
         return false;
     }
     finish(setup, begin, control, result);
@@ -255,7 +255,8 @@ bool SmallProblem::proveOptimum(const Problem& problem,
     }
     if (!judgement.certificate.holds(tolerance) ||
         !(judgement.certificate.primal.relative <= FeasibleSide) ||
-        (judgement.isDelicate && !mayBeDelicate())) {
+        (judgement.isDelicate &&
+         !mayBeDelicate(judgement.certificate.primal.relative > NegligibleMiss))) {
         return false;
     }
     const SmallOptimum optimum{memory_, refinement.size(), judgement, tolerance};
@@ -268,7 +269,7 @@ bool SmallProblem::proveDual(const Problem& problem, double tolerance, Result& r
     SmallImageRefinement refinement(memory_, dual_.factor());
     return proveOptimum(
         problem, tolerance, refinement, isSetKept_ && isWellConditioned(),
-        [this] { return !dual_.isNearlyDependent(); }, result);
+        [this](bool isMissed) { return !dual_.isNearlyDependent(isMissed); }, result);
 }
 
 }  // namespace activeset::frontend

@@ -78,16 +78,19 @@ void judgeSides(SmallMemory& m, const SmallExtent& extent, const Units& units, J
     Largest largest;
     const double* const value = m.products.value + shape.head();
     const double* const rest = m.products.rest + shape.head();
-    if (kernels.misses(value, rest, m.lower, m.upper, shape.rows(), m.values)) {
+    const bool isRowMissed = kernels.misses(value, rest, m.lower, m.upper, shape.rows(), m.values);
+    if (isRowMissed) {
         for (std::size_t i = 0; i < shape.m; ++i) {
+            const double scale = m.products.scale[shape.head() + i];
+            if (!(m.values[i] <= -TouchedSide * scale)) {
+                all.isDelicate = all.isDelicate || m.multipliers[i] == 0.0;
+            }
             if (!(m.values[i] <= 0.0)) {
-                const double scale = m.products.scale[shape.head() + i];
                 const double side = sideMissed(m, i, value[i], rest[i]);
                 // The unit counts where the terms are below 1.
                 const bool isTiny = !(scale + side >= 1.0);
                 largest.add(m.values[i], scale + side,
                             isTiny ? unitOfRow(m, i, extent.A) * units.variable : 1.0);
-                all.isDelicate = all.isDelicate || m.multipliers[i] == 0.0;
             }
         }
     }
@@ -97,14 +100,19 @@ void judgeSides(SmallMemory& m, const SmallExtent& extent, const Units& units, J
             if (!(m.values[j] <= 0.0)) {
                 const double side = sideMissed(m, bounds + j, m.x[j], 0.0);
                 largest.add(m.values[j], std::abs(m.x[j]) + side, units.variable);
-                all.isDelicate = all.isDelicate || m.multipliers[bounds + j] == 0.0;
+                all.isDelicate = true;  // one that is held is met
             }
         }
     }
-    const double own = std::max(kernels.largest(m.products.scale, shape.head()), extent.c);
-    all.isDelicate =
-        all.isDelicate || kernels.largest(m.pull.scale, shape.head()) > Cancelling * own;
+    for (std::size_t j = 0; j < shape.n && isRowMissed && !all.isDelicate; ++j) {
+        all.isDelicate =
+            m.multipliers[bounds + j] == 0.0 && !(m.values[j] <= -TouchedSide * std::abs(m.x[j]));
+    }
     all.certificate.primal = largest.result();
+    const bool isNegligible = all.certificate.primal.relative <= NegligibleMiss;
+    const double own = std::max(kernels.largest(m.products.scale, shape.head()), extent.c);
+    all.isDelicate = (all.isDelicate && !isNegligible) ||
+                     kernels.largest(m.pull.scale, shape.head()) > Cancelling * own;
 }
 
 }  // namespace

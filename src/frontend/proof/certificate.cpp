@@ -71,20 +71,19 @@ Residual violation(const ProblemData& data,
     return largest;
 }
 
-bool missesUnweighedSide(const ProblemData& data,
-                         const std::vector<Sum>& rows,
-                         const Point& point) {
-    const auto misses = [](double multiplier, Extended value, double lower, double upper) {
-        return multiplier == 0.0 && !(missOf(value, lower, upper).first <= 0.0);
-    };
-    bool isMissed = false;
-    for (std::size_t i = 0; i < data.m && !isMissed; ++i) {
-        isMissed = misses(point.y[i], rows[i].value, data.rowLower[i], data.rowUpper[i]);
+bool touchesUnweighedSide(const ProblemData& data,
+                          const std::vector<Sum>& rows,
+                          const Point& point) {
+    bool isTouched = false;
+    for (std::size_t i = 0; i < data.m && !isTouched; ++i) {
+        isTouched = point.y[i] == 0.0 &&
+                    touches(rows[i].value, rows[i].scale, data.rowLower[i], data.rowUpper[i]);
     }
-    for (std::size_t j = 0; j < data.n && !isMissed; ++j) {
-        isMissed = misses(point.z[j], point.x[j], data.lower[j], data.upper[j]);
+    for (std::size_t j = 0; j < data.n && !isTouched; ++j) {
+        const double x = point.x[j];
+        isTouched = point.z[j] == 0.0 && touches(x, std::abs(x), data.lower[j], data.upper[j]);
     }
-    return isMissed;
+    return isTouched;
 }
 
 /// @param sums  H·x + c + Aᵀy, of which H·x is given as well
@@ -251,6 +250,13 @@ double weightBehind(const ProblemData& data,
 
 }  // namespace
 
+bool touches(Extended value, double scale, double lower, double upper, double reach) {
+    const auto isClose = [&](Extended slack, double side) {
+        return std::abs(side) < Infinity && slack <= reach * (scale + std::abs(side));
+    };
+    return isClose(value - lower, lower) || isClose(upper - value, upper);
+}
+
 Residual violation(const ProblemData& data, const Vector& x) {
     return violation(data, rowValues(data, x), x, Units(data, x));
 }
@@ -293,7 +299,8 @@ Judgement settleAndJudge(const ProblemData& data, Point& point, const Point* dig
                                proportion(magnitude(values.slackness) + weight, terms)});
     judgement.objective = static_cast<double>(values.primal + data.constant);
     judgement.isDelicate =
-        haveCancelled(data, curved, residuals) || missesUnweighedSide(data, rows, point);
+        haveCancelled(data, curved, residuals) ||
+        (certificate.primal.relative > NegligibleMiss && touchesUnweighedSide(data, rows, point));
     return judgement;
 }
 

@@ -20,14 +20,29 @@ struct Judgement {
     /// The largest residual in proportion to its terms, that of the gap included: near 1e-16 where
     /// all is solved as far as doubles can, even where that proves little.
     double error = Infinity;
-    /// Whether what sides are missed by may matter, be it rounding alone: one of them has no
-    /// multiplier to weigh the miss, or multipliers are large and cancel.
+    /// Whether what sides are missed by may matter, be it rounding alone: to meet them x may have
+    /// to move where another side, without a multiplier to weigh that, is near; or multipliers are
+    /// large and cancel.
     bool isDelicate = false;
 };
 
 /// Multipliers whose terms of the gradient are so many times larger than all others cancel: their
 /// rows are nearly parallel.
 inline constexpr double Cancelling = 1e4;
+
+/// How near a side has to be, in proportion to its terms, to hinder a point that is to make up for
+/// the rounding of others.
+inline constexpr double TouchedSide = 1e-11;
+
+/// What sides are missed by, in proportion to their terms, does no harm, be rows as parallel as
+/// doubles can tell.
+inline constexpr double NegligibleMiss = 1e-24;
+
+/// Whether a value is beyond one of its sides, or near it.
+///
+/// @param scale  the size of the terms of the value
+[[nodiscard]] bool touches(
+    Extended value, double scale, double lower, double upper, double reach = TouchedSide);
 
 /// Of the point as settle() would leave it.
 ///
