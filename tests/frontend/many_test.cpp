@@ -1,5 +1,6 @@
 // Many solves on several threads give what single solves give; and conflicts of constraints.
 #include <atomic>
+#include <cmath>
 #include <map>
 
 #include "frontend/generator.hpp"
@@ -17,7 +18,9 @@ void expectSameBits(const Result& result, const Result& expected) {
     EXPECT_EQ(result.x, expected.x);
     EXPECT_EQ(result.y, expected.y);
     EXPECT_EQ(result.z, expected.z);
-    EXPECT_EQ(result.objective, expected.objective);
+    if (!std::isnan(expected.objective) || !std::isnan(result.objective)) {  // not of all ends
+        EXPECT_EQ(result.objective, expected.objective);
+    }
     EXPECT_EQ(result.iterations.main, expected.iterations.main);
     EXPECT_EQ(result.workingSet, expected.workingSet);
 }

@@ -46,7 +46,7 @@ TEST(ArrayShelf, KeepsTheLargestArraysUpToItsBound) {
     EXPECT_EQ(shelf.bytes(), ArrayShelf::MostBytes);
 }
 
-// A box problem with at least 100 variables: too large for the method for small problems.
+// A box problem with more than 256 variables: too large for the method for small problems.
 Status solveBox(std::size_t n) {
     std::vector<double> H(n * n, 0.0);
     for (std::size_t j = 0; j < n; ++j) {
@@ -63,10 +63,10 @@ Status solveBox(std::size_t n) {
 
 TEST(ArrayShelf, LastsForTheNextSolveOfTheThreadUntilItIsReleased) {
     std::thread([] {
-        EXPECT_EQ(solveBox(200), Status::Optimal);
+        EXPECT_EQ(solveBox(300), Status::Optimal);
         const std::size_t kept = ArrayShelf::ofThread().bytes();
-        EXPECT_GE(kept, 2 * 200 * 200 * sizeof(double));
-        EXPECT_EQ(solveBox(200), Status::Optimal);
+        EXPECT_GE(kept, 2 * 300 * 300 * sizeof(double));
+        EXPECT_EQ(solveBox(300), Status::Optimal);
         EXPECT_EQ(ArrayShelf::ofThread().bytes(), kept);
         releaseWorkspaces();
         EXPECT_EQ(ArrayShelf::ofThread().bytes(), 0U);
