@@ -128,8 +128,8 @@ std::string expanded(const std::string& /*packed*/,
 /// Whether the text begins, as far as it goes, like a file in the format of bzip2: with the letters
 /// BZh, a digit for the size of blocks, and the mark of a block or of the end.
 bool isBzip2(std::string_view text) {
-    constexpr std::string_view Block = "\x31\x41\x59\x26\x53\x59";
-    constexpr std::string_view End = "\x17\x72\x45\x38\x50\x90";
+    constexpr std::string_view Block = "1AY&SY";
+    constexpr std::string_view End = "\x17rE8P\x90";
     if (text.size() < 4 || !text.starts_with("BZh") || text[3] < '1' || text[3] > '9') {
         return false;
     }

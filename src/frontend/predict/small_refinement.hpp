@@ -13,6 +13,7 @@ public:
     SmallRefinement(SmallMemory& memory, std::size_t size) : m_(memory), size_(size) {}
     SmallRefinement(const SmallRefinement&) = delete;
     SmallRefinement& operator=(const SmallRefinement&) = delete;
+    virtual ~SmallRefinement() = default;
 
     /// memory.x, memory.multipliers and their sums, from where a method has ended: with the values
     /// of all constraints in the memory, and the multipliers of the members in proportion to
@@ -25,8 +26,6 @@ public:
     void correct();
 
 protected:
-    ~SmallRefinement() = default;
-
     /// From the residuals r₁ of stationarity, memory.residual, and r₂ of the members, memory.s, the
     /// step of x, memory.step, and that of the multipliers, memory.p, which is taken off.
     virtual void findStep() = 0;
