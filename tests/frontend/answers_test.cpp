@@ -177,6 +177,56 @@ TEST_F(FrontEndAnswers, AreTheSameBitForBit) {
     }
 }
 
+/// Rows that meet in a point, some of which nearly repeat another. Of the first two, one or both
+/// hold x there; if not `isDegenerate`, all rows do, and there are no repetitions.
+Sample vertexSample(unsigned seed, std::size_t n, std::size_t m, bool isDegenerate) {
+    std::mt19937_64 random(seed);
+    std::uniform_real_distribution<double> number(-1.0, 1.0);
+    Sample s{n,
+             m,
+             Numbers(n * n),
+             Numbers(n),
+             Numbers(m * n),
+             Numbers(m, -Infinity),
+             Numbers(m),
+             Numbers(n, -Infinity),
+             Numbers(n, Infinity),
+             Numbers(n)};
+    std::generate(s.A.begin(), s.A.end(), [&] { return number(random); });
+    for (std::size_t i = 3; i < m && isDegenerate; ++i) {
+        const std::size_t other = 1 + random() % (i - 1);
+        for (std::size_t j = 0; j < n && (i + seed) % 2 != 0; ++j) {
+            s.A[j * m + i] = s.A[j * m + other] + 1e-6 * number(random);
+        }
+    }
+    for (std::size_t j = 0; j < n; ++j) {
+        const double x = number(random);
+        s.H[j * n + j] = 1.0;
+        s.c[j] = -x;
+        for (std::size_t i = 0; i < m; ++i) {
+            s.rowUpper[i] += s.A[j * m + i] * x;
+            s.c[j] -= isDegenerate && i > seed / 2 % 2 ? 0.0 : 0.5 * s.A[j * m + i];
+        }
+    }
+    return s;
+}
+
+TEST_F(FrontEndAnswers, AtVerticesDoNotDependOnWhatWasSolvedBefore) {
+    for (unsigned seed = 0; seed < 500; ++seed) {
+        const std::size_t n = 3 + seed % 3;
+        const std::size_t m = 6 + seed / 3 % 3;
+        const Sample sample = vertexSample(seed, n, m, true);
+        releaseWorkspaces();
+        const Result first = solve(sample.view());
+        static_cast<void>(solve(vertexSample(seed, n, m, false).view()));
+        const Result second = solve(sample.view());
+        ASSERT_EQ(first.x, second.x) << "seed " << seed;
+        ASSERT_EQ(first.y, second.y) << "seed " << seed;
+        ASSERT_EQ(first.certificate.gap.absolute, second.certificate.gap.absolute)
+            << "seed " << seed;
+    }
+}
+
 Sample sampleOf(const io::Model& file) {
     return {file.n(),      file.m(),      file.H,     file.c,     file.A,
             file.rowLower, file.rowUpper, file.lower, file.upper, Numbers(file.n())};

@@ -94,6 +94,7 @@ bool SmallDual::isNearlyDependent(bool areSidesMissed) {
             const double squaredNorm = factor_.project();
             if (factor_.size() < shape.n &&
                 squaredNorm >= NearlyDependentImage * NearlyDependentImage) {
+                m_.member[factor_.size()] = static_cast<double>(i);
                 m_.isEquality[factor_.size()] = isEquality(i) ? 1.0 : 0.0;
                 factor_.append(squaredNorm);
             } else {
