@@ -115,6 +115,8 @@ TEST_F(FrontEndChecks, FindShapesThatDoNotFitBeforeReadingThem) {
          "A, 9223372036854775808 x 2, needs more than the 2 elements that it was given"},
         {{.c = two, .A = {two.data(), 2, 2, std::size_t{1} << 62U}},
          "A, 2 x 2, needs more than the 1152921504606846975 elements that memory can hold"},
+        {{.H = {two.data(), 2, 2, std::size_t{1} << 61U}, .c = two},
+         "H, 2 x 2, needs more than the 1152921504606846975 elements that memory can hold"},
         {{.c = two, .rowUpper = two},
          "rowUpper has 2 entries, expected 0, one per row of A, of which there are none"},
         {{.c = two, .start = {two.data(), 1}}, "start has 1 entry, expected 2, one per variable"}};

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdint>
 #include <string>
 
 #include "frontend/algebra/dense.hpp"
+#include "frontend/problem/view_checks.hpp"
 
 namespace activeset::frontend {
 
@@ -25,9 +25,7 @@ bool hasMemory(const char* name, const MatrixView& matrix, FaultList& faults) {
     const bool byColumns = matrix.order() == Order::ColumnMajor;
     const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
     const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
-    // More doubles than this have no addresses.
-    constexpr std::size_t Addressable = PTRDIFF_MAX / sizeof(double);
-    const std::size_t available = std::min(matrix.available(), Addressable);
+    const std::size_t available = std::min(matrix.available(), MostElements);
     std::string why;
     if (matrix.data() == nullptr) {
         why = "points to no data";
@@ -37,7 +35,7 @@ bool hasMemory(const char* name, const MatrixView& matrix, FaultList& faults) {
               (byColumns ? "rows" : "columns");
     } else if (available < inner || (outer - 1) > (available - inner) / matrix.leading()) {
         why = "needs more than the " + std::to_string(available) + " elements that " +
-              (available < Addressable ? "it was given" : "memory can hold");
+              (available < MostElements ? "it was given" : "memory can hold");
     }
     if (!why.empty()) {
         faults.add(name, 0, 0, 0.0, [&] {
