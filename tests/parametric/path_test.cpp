@@ -172,6 +172,11 @@ TEST_F(Paths, EndWhereTheyMust) {
     EXPECT_EQ(crossed.status(), Status::Infeasible);
     EXPECT_EQ(crossed.end(), 1.0);
     EXPECT_THAT(crossed.message(), testing::HasSubstr("variable 0 cross"));
+    const double apart[] = {1e308}, below[] = {-1e308};  // their difference has no double
+    EXPECT_EQ(
+        Path({.c = zero, .lower = zero, .upper = one}, {.lower = below, .upper = apart}, 0.0, 1.0)
+            .status(),
+        Status::Optimal);
 }
 
 TEST_F(Paths, RefuseWhatDoesNotFit) {

@@ -143,8 +143,9 @@ MovingProblem::Crossing MovingProblem::crossing(double from) const {
     const auto look = [&](const Vector& lower, const Vector& upper, const Vector& lowerRate,
                           const Vector& upperRate, const char* what) {
         for (std::size_t k = 0; k < lower.size(); ++k) {
-            const double room = upper[k] - lower[k];
-            const double rate = upperRate[k] - lowerRate[k];
+            // Halves, whose differences do not overflow.
+            const double room = 0.5 * upper[k] - 0.5 * lower[k];
+            const double rate = 0.5 * upperRate[k] - 0.5 * lowerRate[k];
             if (!std::isfinite(room) || (room + from * rate >= 0.0 && rate >= 0.0)) {
                 continue;
             }
