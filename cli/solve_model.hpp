@@ -15,9 +15,9 @@ struct Solution {
     double objective = 0.0;          ///< with the sign of the file
     Conflict conflict{};             ///< of an infeasible model, if it was asked for
     std::vector<Progress> passes{};  ///< if they were asked for
+    std::string warmStart{};         ///< what became of one, in words; empty without
 
     /// Whether there is a point that is worth showing.
-    std::string warmStart{};  ///< what became of one, in words; empty without
     [[nodiscard]] bool hasPoint() const;
     /// Whether the vectors of the result prove its status.
     [[nodiscard]] bool isProved() const;

@@ -97,7 +97,11 @@ std::string warmStartText(const std::string& file, const WarmStart& warm, const 
     const std::size_t kept =
         common(first.equalities, last.equalities) + common(first.rowsAtLower, last.rowsAtLower) +
         common(first.rowsAtUpper, last.rowsAtUpper) + common(first.atLower, last.atLower) +
-        common(first.atUpper, last.atUpper) + common(first.fixed, last.fixed);
+        common(first.atUpper, last.atUpper) + common(first.fixed, last.fixed) +
+        common(first.softViolated.rowsAtLower, last.softViolated.rowsAtLower) +
+        common(first.softViolated.rowsAtUpper, last.softViolated.rowsAtUpper) +
+        common(first.softViolated.atLower, last.softViolated.atLower) +
+        common(first.softViolated.atUpper, last.softViolated.atUpper);
     return fmt::format("{}: {} of the {} in its working set {} in that of the solution", file, kept,
                        counted(members, "member", "members"), kept == 1 ? "is" : "are");
 }

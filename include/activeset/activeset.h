@@ -231,7 +231,7 @@ typedef struct activeset_result {
     int32_t exit_code;                     /* of the last run of the core; −5 without one */
     int32_t was_predicted;                 /* 1: the start was predicted */
     int32_t reserved;                      /* 0 */
-    double objective;                      /* constant included; NaN for infeasible, not convex and invalid */
+    double objective;                      /* constant included; NaN without a point */
     activeset_residual primal;             /* largest violation of a row or bound */
     activeset_residual dual;               /* largest entry of Hx + c + Aᵀy + z */
     activeset_residual gap;                /* primal minus dual objective */

@@ -214,7 +214,6 @@ std::optional<Doubt> doubt(ProblemCache& problem,
     const Judgement& judgement = best.judgement();
     const double miss = judgement.certificate.primal.relative;
     const bool isRounding = miss <= FeasibleToRounding;
-    const double missed = violation(problem.scaled, best.point().x).absolute;
     const bool isSteep = !(judgement.certificate.dual.relative <= ExactToRounding);
     if (!best.isProved()) {
         return std::nullopt;
@@ -222,12 +221,13 @@ std::optional<Doubt> doubt(ProblemCache& problem,
     if (miss <= NegligibleMiss || (isRounding && !judgement.isDelicate)) {
         return isSteep ? std::optional(Doubt{0, true}) : std::nullopt;
     }
-    const bool isSuspect = mayLeadFar(problem.scaled, best, miss);
+    const double missed = violation(problem.scaled, best.point().x).absolute;
     if (!(miss <= ExactToRounding)) {
         return Doubt{bitsOf(missed), true};
     }
-    const std::optional<Doubt> doubted =
-        isSuspect ? doubtBesideRounding(problem, best, exact, control) : std::nullopt;
+    const std::optional<Doubt> doubted = mayLeadFar(problem.scaled, best, miss)
+                                             ? doubtBesideRounding(problem, best, exact, control)
+                                             : std::nullopt;
     return doubted || (isRounding && !isSteep) ? doubted : Doubt{bitsOf(missed)};
 }
 
