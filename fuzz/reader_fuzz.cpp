@@ -127,7 +127,9 @@ Reading readText(const std::string& text) {
 
 void run(const std::string& text) {
     const Reading reading = readText(text);
-    judgeSame(reading, readText("* a comment\n" + text), 1, "a comment changed the problem");
+    std::string commented = text;
+    commented.insert(text.starts_with("\xEF\xBB\xBF") ? 3 : 0, "* a comment\n");  // behind a mark
+    judgeSame(reading, readText(commented), 1, "a comment changed the problem");
     if (reading.index() == 0) {
         judgeSame(reading, readText(text + "\nRHS\n what does not count\n"), 0,
                   "text after the end changed the problem");
