@@ -157,5 +157,28 @@ TEST_F(WaysToAnswers, MultipliersThatVanishAreNotCorrectedUntilTheyUnderflow) {
     EXPECT_LE(r.iterations.refinement, 10U);
 }
 
+// 2x₁² − 5x₁ − 3x₂ − 6x₃ in units from 2⁻⁵⁰⁰ to 2⁵⁰⁰ has its minimum −12793/729 at (31, 64, 33)/27,
+// where all rows hold. Only x₁ has curvature, the others have none to be measured by.
+TEST_F(WaysToAnswers, TheUnitOfTheObjectiveMayBeAny) {
+    for (const int k : {-500, -300, 0, 332, 500}) {
+        const double unit = std::exp2(k);
+        const Sample s{3,
+                       3,
+                       {4 * unit, 0, 0, 0, 0, 0, 0, 0, 0},
+                       {-5 * unit, -3 * unit, -6 * unit},
+                       {-2, 5, 0, -1, -2, 3, 3, 0, 4},
+                       {-Infinity, -Infinity, -Infinity},
+                       {-1, 1, 12},
+                       {-Infinity, -2, -Infinity},
+                       {},
+                       {}};
+        const Result r = solve(s.view());
+        EXPECT_EQ(r.status, Status::Optimal) << k;
+        EXPECT_NEAR(r.objective / unit, -12793.0 / 729.0, 1e-13) << k;
+        ASSERT_EQ(r.x.size(), 3U);
+        EXPECT_NEAR(r.x[2], 33.0 / 27.0, 1e-14) << k;
+    }
+}
+
 }  // namespace
 }  // namespace activeset::test

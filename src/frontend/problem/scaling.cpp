@@ -13,14 +13,19 @@ namespace activeset::frontend {
 namespace {
 
 constexpr int MostSweeps = 8;
-constexpr double NearOne = 2.0;      // a largest entry within [1/NearOne, NearOne] is near 1
-constexpr int LargestExponent = 60;  // products of three factors stay far from overflow
+constexpr double NearOne = 2.0;           // a largest entry within [1/NearOne, NearOne] is near 1
+constexpr int LargestExponent = 300;      // of a factor of rows or columns: products stay finite
+constexpr int LargestOfObjective = 1000;  // of the objective's factor, which is multiplied last
 
-double powerOfTwoNear(double value) {
+double powerOfTwoNear(double value, int largestExponent) {
     int exponent = 0;
     const double mantissa = std::frexp(value, &exponent);  // in [½, 1)
     exponent -= mantissa * mantissa < 0.5 ? 1 : 0;
-    return std::ldexp(1.0, std::clamp(exponent, -LargestExponent, LargestExponent));
+    return std::ldexp(1.0, std::clamp(exponent, -largestExponent, largestExponent));
+}
+
+double factorNear(double value) {
+    return powerOfTwoNear(value, LargestExponent);
 }
 
 // One sweep divides columns and rows by the square roots of their largest scaled entries. False,
@@ -30,7 +35,8 @@ bool sweep(const ProblemData& data, Scaling& scaling) {
     Vector row(data.m, 0.0);
     for (std::size_t j = 0; j < data.n; ++j) {
         if (data.quadratic) {
-            column[j] = largestProduct(data.columnOfH(j), scaling.column.data(), data.n);
+            column[j] = largestProduct(data.columnOfH(j), scaling.column.data(), data.n) *
+                        scaling.objective;
         }
         const double* A = data.columnOfA(j);
         const double ofRows = largestProduct(A, scaling.row.data(), data.m);
@@ -109,9 +115,9 @@ void chooseUnit(const ProblemData& data, Scaling& scaling) {
     extent.add(bend > 0.0 ? slope / bend : 0.0);
     double unit = 1.0;
     if (extent.largest > 0.0 && extent.largest < 1.0 / FarFromOne) {
-        unit = powerOfTwoNear(extent.largest);
+        unit = factorNear(extent.largest);
     } else if (extent.largest > 0.0 && extent.smallest > FarFromOne) {
-        unit = powerOfTwoNear(extent.smallest);
+        unit = factorNear(extent.smallest);
     }
     for (double& factor : scaling.column) {
         factor *= unit;
@@ -121,15 +127,48 @@ void chooseUnit(const ProblemData& data, Scaling& scaling) {
     }
 }
 
-}  // namespace
-
-Scaling Scaling::of(const ProblemData& data) {
-    Scaling scaling{Vector(data.n, 1.0), Vector(data.m, 1.0), 1.0};
+/// With H in proportion to `objective`, whose own factor is left open.
+Scaling equilibrated(const ProblemData& data, double objective) {
+    Scaling scaling{Vector(data.n, 1.0), Vector(data.m, 1.0), objective};
     for (int k = 0; k < MostSweeps && sweep(data, scaling); ++k) {
     }
     std::transform(scaling.column.begin(), scaling.column.end(), scaling.column.begin(),
-                   powerOfTwoNear);
-    std::transform(scaling.row.begin(), scaling.row.end(), scaling.row.begin(), powerOfTwoNear);
+                   factorNear);
+    std::transform(scaling.row.begin(), scaling.row.end(), scaling.row.begin(), factorNear);
+    return scaling;
+}
+
+/// How far the scaled entries of A are from one another: the quotient of largest and smallest.
+double spreadOfRows(const ProblemData& data, const Scaling& scaling) {
+    Extent extent;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        for (std::size_t i = 0; i < data.m; ++i) {
+            extent.add(data.columnOfA(j)[i] * scaling.column[j] * scaling.row[i]);
+        }
+    }
+    return extent.largest / extent.smallest;
+}
+
+// Where H is of another order of magnitude than any A, it may be that the objective has another
+// unit. Variables with curvature would then be told apart from the others; with H brought near 1
+// first they are not, and the rows remain as they are.
+Scaling equilibrated(const ProblemData& data) {
+    constexpr int FarExponent = 64;
+    Scaling scaling = equilibrated(data, 1.0);
+    const double largest = data.m > 0 ? largestMagnitude(data.H) : 0.0;
+    if (largest > 0.0 && std::abs(std::ilogb(largest)) > FarExponent) {
+        Scaling other = equilibrated(data, 1.0 / powerOfTwoNear(largest, LargestOfObjective));
+        if (spreadOfRows(data, other) < spreadOfRows(data, scaling)) {
+            return other;
+        }
+    }
+    return scaling;
+}
+
+}  // namespace
+
+Scaling Scaling::of(const ProblemData& data) {
+    Scaling scaling = equilibrated(data);
     chooseUnit(data, scaling);
     Vector gradient = data.c;
     multiply(gradient, scaling.column);
@@ -137,7 +176,7 @@ Scaling Scaling::of(const ProblemData& data) {
     for (std::size_t j = 0; data.quadratic && j < data.n; ++j) {
         size = std::max(size, data.columnOfH(j)[j] * scaling.column[j] * scaling.column[j]);
     }
-    scaling.objective = size > 0.0 ? 1.0 / powerOfTwoNear(size) : 1.0;
+    scaling.objective = size > 0.0 ? 1.0 / powerOfTwoNear(size, LargestOfObjective) : 1.0;
     return scaling;
 }
 
@@ -153,7 +192,7 @@ ProblemData Scaling::apply(const ProblemData& data) const {
             result.H.insert(result.H.end(), data.columnOfH(j), data.columnOfH(j) + data.n);
             double* H = result.H.data() + j * data.n;
             for (std::size_t i = 0; i < data.n; ++i) {
-                H[i] *= column[i] * column[j] * objective;
+                H[i] = H[i] * column[i] * column[j] * objective;
             }
         }
         result.A.insert(result.A.end(), data.columnOfA(j), data.columnOfA(j) + data.m);
