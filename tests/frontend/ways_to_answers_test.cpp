@@ -180,5 +180,22 @@ TEST_F(WaysToAnswers, TheUnitOfTheObjectiveMayBeAny) {
     }
 }
 
+// −5x₁ ≤ 7 beside variables of 3·10³⁰: a step that is tiny beside these is none for x₁.
+TEST_F(WaysToAnswers, VariablesBesideFarLargerOnesMeetTheirSides) {
+    const Sample s{3,
+                   1,
+                   {22, -6, 8, -6, 4, -4, 8, -4, 5},
+                   {-1e30, 0, -3.0000000000000003e30},
+                   {-5, 0, 0},
+                   {-Infinity},
+                   {7},
+                   {},
+                   {},
+                   {}};
+    const Result r = solve(s.view());
+    ASSERT_EQ(r.status, Status::Optimal);
+    EXPECT_LE(-5.0 * r.x[0], 7.0 * (1.0 + 1e-9));
+}
+
 }  // namespace
 }  // namespace activeset::test

@@ -98,7 +98,9 @@ void SmallImageRefinement::findStep() {
 }
 
 void SmallRefinement::correct() {
-    constexpr double ShortStep = 1e-6;  // a step whose products need no more than double precision
+    // A step whose products need no more than double precision: short for every row and variable,
+    // and so for those near 1, where others are far larger.
+    constexpr double ShortStep = 1e-6;
     formResiduals();
     findStep();
     const std::size_t head = m_.shape.head();
@@ -109,7 +111,7 @@ void SmallRefinement::correct() {
     m_.kernels.addScaled(1.0, m_.step, m_.x, head);
     moveToBounds();
     const SmallStep step = m_.kernels.moved(m_.x, m_.step, m_.u, head);
-    if (!(step.length <= ShortStep * step.size)) {
+    if (!(step.length <= ShortStep * std::min(1.0, step.size))) {
         setMultipliers();
         formSums();
         return;
