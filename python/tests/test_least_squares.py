@@ -45,6 +45,14 @@ def test_without_active_bounds_the_answer_is_exact_but_for_its_last_digits(condi
         assert np.linalg.norm(r.x - exact) <= 1e-15 * np.linalg.norm(exact)
 
 
+def test_a_point_far_from_the_solution_is_not_called_optimal():
+    for seed in range(40, 110):
+        R, s = ill_conditioned(12, 5, 1e12, 1e-3, seed)
+        exact = exact_fit(R, s)
+        r = activeset.solve_ls(R, s)
+        assert not r.found or np.linalg.norm(r.x - exact) <= 1e-15 * np.linalg.norm(exact)
+
+
 @settings(max_examples=60, deadline=None)
 @given(seed=st.integers(0, 10**6), m=st.integers(1, 25), n=st.integers(1, 10),
        spread=st.integers(0, 6))

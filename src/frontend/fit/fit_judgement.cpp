@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "frontend/problem/extended_sums.hpp"
@@ -88,46 +89,39 @@ Residual gradientResidual(const std::vector<Sum>& forces) {
     return worst;
 }
 
-double weightOf(const std::vector<Sum>& forces, double size) {
-    double sum = 0.0;
-    for (const Sum& force : forces) {
-        sum += magnitude(force.value);
+/// A pivot of T up to this, times rows + columns, in proportion to its column, is rounding.
+constexpr double RoundingOfPivot = std::numeric_limits<double>::epsilon();
+
+/// True if T is square, and none of its columns depends on the others.
+bool isRegular(const Dense& T, std::size_t rows) {
+    if (T.rows != T.cols || T.rows == 0) {
+        return false;
     }
-    return sum * size;
+    const double rounding = RoundingOfPivot * static_cast<double>(rows + T.cols);
+    for (std::size_t j = 0; j < T.cols; ++j) {
+        const double length = std::sqrt(dot(T.column(j), T.column(j), j + 1));
+        if (!(std::abs(T(j, j)) > rounding * length)) {
+            return false;
+        }
+    }
+    return true;
 }
 
-/// ½‖δ‖² + Σ |g'_j|·size for the δ that makes it smallest: corrections by seminormal equations,
-/// whose residuals are formed exactly.
-double errorOfGradient(const Fit& fit,
-                       const std::vector<Sum>& forces,
-                       double size,
-                       double negligible) {
-    constexpr int MostCorrections = 3;
-    double best = weightOf(forces, size);
-    if (fit.T.rows != fit.T.cols || fit.T.rows == 0) {
-        return best;
+/// ½‖δ‖² for the smallest δ with Rᵀδ = −g: ‖δ‖ = ‖T⁻ᵀg‖. If columns of R depend on others, there
+/// may be no such δ; then Σ |g_j|·size.
+double errorOfGradient(const Fit& fit, const std::vector<Sum>& forces, double size) {
+    Vector g(forces.size());
+    std::ranges::transform(forces, g.begin(),
+                           [](const Sum& force) { return static_cast<double>(force.value); });
+    if (isRegular(fit.T, fit.R.rows)) {
+        solveUpperTransposed(fit.T, g.data(), 1);
+        return 0.5 * dot(g.data(), g.data(), g.size());
     }
-    Vector delta(fit.R.rows, 0.0);
-    std::vector<Sum> left = forces;
-    for (int round = 0; round < MostCorrections && best > negligible; ++round) {
-        Vector u(left.size());
-        std::ranges::transform(left, u.begin(),
-                               [](const Sum& force) { return -static_cast<double>(force.value); });
-        solveUpperTransposed(fit.T, u.data(), 1);
-        solveUpper(fit.T, u.data(), 1);
-        addProduct(fit.R, u, delta);
-        const Columns moved = transposedProduct(fit.R, delta.data());
-        for (std::size_t j = 0; j < left.size(); ++j) {
-            left[j].value = forces[j].value + moved.sum(j);
-        }
-        const double error =
-            0.5 * dot(delta.data(), delta.data(), delta.size()) + weightOf(left, size);
-        if (!(error < best)) {
-            break;
-        }
-        best = error;
+    double sum = 0.0;
+    for (const double entry : g) {
+        sum += std::abs(entry);
     }
-    return best;
+    return sum * size;
 }
 
 Slackness slacknessOf(const ProblemData& constraints, const Point& point) {
@@ -179,11 +173,9 @@ FitJudgement judge(const Fit& fit, const ProblemData& constraints, Point& point)
     const double largestX = largestMagnitude(point.x);
     const double size = std::max(
         {magnitude(half), magnitude(half - slack.value), std::min(1.0, 0.5 * magnitude(given))});
-    constexpr double NegligibleError = 1e-13;
     const double error =
         magnitude(slack.value) + slack.rounding + rounding +
-        errorOfGradient(fit, forces, largestX > 0.0 ? largestX : std::min(1.0, units.variable),
-                        NegligibleError * size);
+        errorOfGradient(fit, forces, largestX > 0.0 ? largestX : std::min(1.0, units.variable));
     judgement.certificate.primal = violation(constraints, point.x);
     judgement.certificate.dual = gradientResidual(forces);
     judgement.certificate.gap = {gap, error == 0.0 ? 0.0 : error / size};

@@ -13,11 +13,13 @@ struct FitJudgement {
 };
 
 /// Multipliers without a side become zero, those of bounds at which x lies take up what the
-/// gradient misses. The relative gap bounds the error of the objective: with ρ = R·x − s and any δ,
+/// gradient misses. The relative gap bounds the error of the objective: with ρ = R·x − s, the rest
+/// g = Rᵀρ + Aᵀy + z of the gradient and any δ for which Rᵀδ = −g, ρ + δ is dual feasible, so
 ///
-///     f(x) − f(x*) ≤ slackness + ½‖δ‖² + Σ |g'_j|·|x_j|,   g' = Rᵀ(ρ + δ) + Aᵀy + z,
+///     f(x) − f(x*) ≤ slackness + ½‖δ‖².
 ///
-/// as ρ + δ is dual feasible up to g'. δ takes up what the rounding of x makes of the gradient.
+/// If columns of R depend on others but for rounding, Σ |g_j|·|x_j| stands for ½‖δ‖²: g is
+/// measured by x then, and not by all solutions.
 [[nodiscard]] FitJudgement judge(const Fit& fit, const ProblemData& constraints, Point& point);
 
 }  // namespace activeset::frontend
