@@ -43,8 +43,8 @@ typedef enum activeset_code {
     ACTIVESET_BAD_ARGUMENT =
         -1, /* a null handle, a negative size, a struct_size that is too small */
     ACTIVESET_OUT_OF_MEMORY = -2,
-    ACTIVESET_BUSY = -3,           /* called inside a callback of another solve of this thread */
-    ACTIVESET_ERROR = -4,          /* anything else */
+    ACTIVESET_BUSY = -3,  /* inside a callback: another solve, a change of the solver at work */
+    ACTIVESET_ERROR = -4, /* anything else */
     ACTIVESET_NOT_ITS_OPTIMUM = -5 /* the result is not optimal, or of another problem */
 } activeset_code;
 
@@ -189,7 +189,9 @@ typedef struct activeset_options {
     double time_limit;          /* seconds; infinite for none */
     const activeset_stop* stop; /* or null; looked at until the solve ends */
     /* Called after every pass of the core, or null; 0 ends the solve. With a callback
-     * ACTIVESET_START_AUTOMATIC leaves predictions out. It must not start another solve. */
+     * ACTIVESET_START_AUTOMATIC leaves predictions out. In it, other solves of the thread and
+     * changes of the activeset_solver at work are ACTIVESET_BUSY; it must not free what is at
+     * work. */
     int (*on_pass)(const activeset_progress* progress, void* user);
     void* user; /* handed to on_pass */
     /* How far H may be from convex, in proportion to its Frobenius norm; [0, 1], 0 for no shift. */

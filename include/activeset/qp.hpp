@@ -437,6 +437,9 @@ public:
     Solver& operator=(const Solver&) = delete;
     ~Solver();
 
+    /// The functions that replace something raise std::logic_error inside a callback of this
+    /// Solver's own solve, which must not assign to or destroy it either.
+    ///
     /// Replaces H, n × n; what was kept of the matrices goes.
     void setHessian(const MatrixView& H);
     /// Replaces c, n, and the constant.

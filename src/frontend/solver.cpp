@@ -3,6 +3,8 @@
 #include <array>
 #include <cmath>
 #include <iterator>
+#include <optional>
+#include <stdexcept>
 #include <utility>
 
 #include "frontend/algebra/dense.hpp"
@@ -51,6 +53,7 @@ public:
     // by one without.
     void change(const Problem& problem, Part part) {
         const FloatingPointGuard environment;
+        requireRest();
         faultsOf(part).clear();
         if (!isPlainlySound(problem, part)) {
             faultsOf(part) = frontend::faultsIn(problem, data_.n, data_.m, part);
@@ -71,6 +74,7 @@ public:
 
     /// Sides may come and go, so that those of absent ones are no fault here.
     void changePenalties(const Penalty& rows, const Penalty& bounds) {
+        requireRest();
         frontend::complete(data_);
         Problem part = frontend::viewOf(data_);
         part.rowPenalty = rows;
@@ -81,12 +85,17 @@ public:
     void solve(Result& result) {
         const FloatingPointGuard environment;
         frontend::requireNoSolve();
-        frontend::Control control(settings, frontend::automaticLimit(data_.n, data_.m));
+        // A callback may set others for the solves to come.
+        const std::optional<Settings> copy =
+            settings.onPass ? std::optional(settings) : std::nullopt;
+        const Settings& chosen = copy ? *copy : settings;
+        const Working working(isWorking_);
+        frontend::Control control(chosen, frontend::automaticLimit(data_.n, data_.m));
         std::vector<Fault> faults;
         for (const auto& found : faults_) {
             faults.insert(faults.end(), found.begin(), found.end());
         }
-        std::ranges::move(frontend::faultsIn(settings), std::back_inserter(faults));
+        std::ranges::move(frontend::faultsIn(chosen), std::back_inserter(faults));
         if (!faults.empty()) {
             result = frontend::invalid(std::move(faults));
             return;
@@ -95,14 +104,35 @@ public:
         Problem problem = frontend::viewOf(data_);
         problem.rowPenalty = rowPenalty_.view();
         problem.boundPenalty = boundPenalty_.view();
-        sequence_.solve(problem, &data_, settings, control, result);
+        sequence_.solve(problem, &data_, chosen, control, result);
     }
 
-    void restart(WarmStart start) { sequence_.restartFrom(std::move(start)); }
+    void restart(WarmStart start) {
+        requireRest();
+        sequence_.restartFrom(std::move(start));
+    }
 
     Settings settings;
 
 private:
+    /// Keeps callbacks from changing the data beneath their own solve.
+    class Working {
+    public:
+        explicit Working(bool& flag) : flag_(flag) { flag_ = true; }
+        ~Working() { flag_ = false; }
+        Working(const Working&) = delete;
+        Working& operator=(const Working&) = delete;
+
+    private:
+        bool& flag_;
+    };
+
+    void requireRest() const {
+        if (isWorking_) {
+            throw std::logic_error("activeset: a Solver was changed inside its own solve");
+        }
+    }
+
     /// Whether a part has no faults at a quick look, which only full vectors pass.
     [[nodiscard]] bool isPlainlySound(const Problem& problem, Part part) const {
         switch (part) {
@@ -128,6 +158,7 @@ private:
     frontend::PenaltyCopy boundPenalty_;
     std::array<std::vector<Fault>, frontend::AllParts.size()> faults_;
     frontend::Sequence sequence_;
+    bool isWorking_ = false;
 };
 
 Solver::Solver(const Problem& problem, Settings settings)

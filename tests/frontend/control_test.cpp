@@ -1,5 +1,7 @@
 // Data that cannot be solved, and solves that are ended from outside.
+#include <functional>
 #include <limits>
+#include <utility>
 
 #include "frontend/generator.hpp"
 #include "support/fixture.hpp"
@@ -246,6 +248,33 @@ TEST_F(FrontEndControl, LetsErrorsOfTheCallbackThroughAndRefusesSolvesInsideIt) 
                                          }})),
                  std::logic_error);
     EXPECT_EQ(solve(sample.view()).status, Status::Optimal);
+}
+
+TEST_F(FrontEndControl, KeepsASolverFromBeingChangedInsideItsOwnSolve) {
+    const Sample sample = longSample();
+    const Problem problem = sample.view();
+    const Result expected = solve(problem, {.startMode = Start::Cold});
+    Solver solver(problem, {.startMode = Start::Cold});
+    const std::vector<std::function<void()>> changes{
+        [&] { solver.setHessian({}); },     [&] { solver.setLinear(problem.c); },
+        [&] { solver.setRows(problem.A); }, [&] { solver.setRowSides({}, {}); },
+        [&] { solver.setBounds({}, {}); },  [&] { solver.setPenalties({}); },
+        [&] { solver.restartFrom(); },
+    };
+    int calls = 0;
+    solver.settings().onPass = [&](const Progress&) {
+        ++calls;
+        for (const auto& change : changes) {
+            EXPECT_THROW(change(), std::logic_error);
+        }
+        solver.settings().onPass = {};  // of the solves to come
+        return true;
+    };
+    EXPECT_EQ(solver.solve().x, expected.x);
+    EXPECT_GT(std::exchange(calls, 0), 1);
+    solver.restartFrom();
+    EXPECT_EQ(solver.solve().x, expected.x);
+    EXPECT_EQ(calls, 0);
 }
 
 }  // namespace
