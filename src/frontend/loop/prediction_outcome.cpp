@@ -30,7 +30,7 @@ ProximalLoop::Next ProximalLoop::predictMinimum() {
         return std::nullopt;
     }
     subproblem->setCentre(centre_);
-    Prediction prediction = predict(*subproblem, set_, control_);
+    Prediction prediction = predict(*subproblem, centre_, set_, control_);
     effort_.guesses += prediction.rounds;
     effort_.dualSteps += prediction.steps;
     if (control_.mustEnd()) {

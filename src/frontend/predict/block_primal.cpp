@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "frontend/algebra/dense.hpp"
+#include "frontend/predict/point_on_row.hpp"
 
 namespace activeset::frontend {
 
@@ -13,26 +14,13 @@ namespace {
 
 constexpr std::size_t MostFreed = 8;  // in a step
 
-/// Entry j of x + t·a, a the row, moved between its bounds.
-double shifted(const ProblemData& data, const Vector& x, std::size_t j, double t) {
-    return std::min(std::max(x[j] + t * data.A[j], data.lower[j]), data.upper[j]);
-}
-
-double valueOfRow(const ProblemData& data, const Vector& x, double t) {
-    double value = 0.0;
-    for (std::size_t j = 0; j < data.n; ++j) {
-        value += data.A[j] * shifted(data, x, j, t);
-    }
-    return value;
-}
-
 }  // namespace
 
 bool BlockPrimal::suits(const ProblemData& data) {
     return data.m == 0 || (data.m == 1 && data.rowLower[0] == data.rowUpper[0]);
 }
 
-BlockPrimal::BlockPrimal(Subproblem& problem, Constraints first, Control& control)
+BlockPrimal::BlockPrimal(Subproblem& problem, const Vector& x, Constraints first, Control& control)
     : data_(problem.data()),
       system_(problem.freeSystem()),
       control_(control),
@@ -43,7 +31,7 @@ BlockPrimal::BlockPrimal(Subproblem& problem, Constraints first, Control& contro
     for (std::size_t j = 0; j < data_.n; ++j) {
         const std::size_t k = data_.m + j;
         x_[j] = first_[k] != Side::None ? first_.target(k)
-                                        : std::min(std::max(0.0, data_.lower[j]), data_.upper[j]);
+                                        : std::min(std::max(x[j], data_.lower[j]), data_.upper[j]);
     }
 }
 
@@ -55,7 +43,7 @@ bool BlockPrimal::run() {
     List all;
     for (std::size_t j = 0; j < data_.n; ++j) {
         all.push_back(j);
-        if (data_.lower[j] < x_[j] && x_[j] < data_.upper[j]) {
+        if (isInside(j)) {
             F_.push_back(j);
             isFree_[j] = true;
         }
@@ -76,41 +64,23 @@ bool BlockPrimal::run() {
     return false;
 }
 
-// The points x + t·a, moved between the bounds, form a curve on which the row's value rises with t.
-// Bisection finds the t at which the value is the right one.
+// Moves variables between their bounds, or all where that is not enough.
 bool BlockPrimal::findFeasiblePoint() {
-    constexpr int MostHalvings = 200;
-    constexpr double FarthestShift = 1e30;
     if (data_.m == 0) {
         return true;
     }
-    const double wanted = data_.rowLower[0];
-    const double now = valueOfRow(data_, x_, 0.0);
-    const double sign = wanted < now ? -1.0 : 1.0;
-    const auto isBeyond = [&](double t) {
-        return sign * (valueOfRow(data_, x_, sign * t) - wanted) >= 0.0;
-    };
-    double high = now == wanted ? 0.0 : 1.0;
-    while (!isBeyond(high)) {
-        if (high > FarthestShift) {
-            return false;
-        }
-        high *= 2.0;
-    }
-    double low = 0.0;
-    for (int k = 0; k < MostHalvings && low < high; ++k) {
-        const double middle = 0.5 * (low + high);
-        if (middle == low || middle == high) {
-            break;
-        }
-        (isBeyond(middle) ? high : low) = middle;
-    }
-    Vector moved(data_.n);
+    Vector inside(data_.n);
     for (std::size_t j = 0; j < data_.n; ++j) {
-        moved[j] = shifted(data_, x_, j, sign * high);
+        inside[j] = isInside(j) ? data_.A[j] : 0.0;
     }
-    x_ = std::move(moved);
-    return true;
+    std::optional<Vector> moved = pointOnRow(data_, x_, inside);
+    if (!moved) {
+        moved = pointOnRow(data_, x_, data_.A);
+    }
+    if (moved) {
+        x_ = std::move(*moved);
+    }
+    return moved.has_value();
 }
 
 // Minimises over the free variables. Those that reach a bound become fixed.

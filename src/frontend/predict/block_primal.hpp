@@ -22,8 +22,9 @@ public:
     /// Whether there are only bounds and at most one row, an equality.
     [[nodiscard]] static bool suits(const ProblemData& data);
 
-    /// @param first  its bounds give the start
-    BlockPrimal(Subproblem& problem, Constraints first, Control& control);
+    /// @param x      the start, as far as bounds allow
+    /// @param first  the bounds at which the start is, whatever x
+    BlockPrimal(Subproblem& problem, const Vector& x, Constraints first, Control& control);
 
     /// True at a minimum: no multiplier has the wrong sign, but for rounding.
     [[nodiscard]] bool run();
@@ -36,6 +37,9 @@ private:
     enum class Step { Whole, Blocked, Stuck };
 
     [[nodiscard]] bool findFeasiblePoint();
+    [[nodiscard]] bool isInside(std::size_t j) const {
+        return data_.lower[j] < x_[j] && x_[j] < data_.upper[j];
+    }
     [[nodiscard]] double entryOfRow(std::size_t j) const { return data_.m == 0 ? 0.0 : data_.A[j]; }
     [[nodiscard]] bool minimise();
     [[nodiscard]] Step takeStep();

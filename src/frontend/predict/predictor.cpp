@@ -53,14 +53,17 @@ void guess(Subproblem& problem,
 
 }  // namespace
 
-Prediction predict(Subproblem& problem, const WorkingSet& first, Control& control) {
+Prediction predict(Subproblem& problem,
+                   const Vector& x,
+                   const WorkingSet& first,
+                   Control& control) {
     const ProblemData& data = problem.data();
     const Constraints start(data, first);
     Prediction prediction;
     if (areRowsFew(data, start)) {
         guess(problem, start, control, prediction);
         if (!prediction.isSettled && BlockPrimal::suits(data) && !control.mustEnd()) {
-            BlockPrimal primal(problem, start, control);
+            BlockPrimal primal(problem, x, start, control);
             const bool hasEnded = primal.run();
             prediction.steps = primal.steps();
             if (hasEnded) {  // its set is the minimum's; a guess shows that, and refines

@@ -21,8 +21,12 @@ struct Prediction {
     std::size_t steps = 0;   ///< of the block dual and the block primal method
 };
 
+/// @param x      near which the point is likely
 /// @param first  where to begin; may be empty
-[[nodiscard]] Prediction predict(Subproblem& problem, const WorkingSet& first, Control& control);
+[[nodiscard]] Prediction predict(Subproblem& problem,
+                                 const Vector& x,
+                                 const WorkingSet& first,
+                                 Control& control);
 
 }  // namespace activeset::frontend
 
