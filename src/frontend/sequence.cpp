@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -56,15 +57,20 @@ void Sequence::changeMatrices() {
     haveMatricesChanged_ = true;
     haveSmallMatricesChanged_ = true;
     haveVectorsChanged_ = true;
+    budget_ = {};
 }
 
 void Sequence::restartFrom(WarmStart start) {
-    isLastSmall_ = isLastSmall_ && start.workingSet == last_.workingSet;
+    if (start.workingSet != last_.workingSet) {
+        isLastSmall_ = false;
+        budget_ = {};
+    }
     last_ = std::move(start);
 }
 
 void Sequence::beginAt(const VectorView& x) {
     isLastSmall_ = false;
+    budget_ = {};
     last_.x.clear();
     if (x.data() != nullptr) {
         last_.x.assign(x.data(), x.data() + x.size());
@@ -103,10 +109,21 @@ void Sequence::solveHard(const Problem& problem,
         result = solveGenerally(problem, data, settings, control);
     }
     const bool isOptimal = result.status == Status::Optimal;
+    isLastSmall_ = isSmall && isOptimal && isContinued_;
+    if (isContinued_ && SmallProblem::needsFewChanges(problem)) {
+        countChanges(variablesOf(problem), result.workingSet);
+    }
     if (isOptimal && isContinued_) {
         keep(result);
     }
-    isLastSmall_ = isSmall && isOptimal && isContinued_;
+}
+
+void Sequence::countChanges(std::size_t n, const WorkingSet& after) {
+    if (budget_.left() == 0) {
+        budget_.takeGuess(n, last_.workingSet, after);
+    } else {
+        budget_.takeChanges(n, isLastSmall_ ? std::optional(small_->changes()) : std::nullopt);
+    }
 }
 
 void Sequence::solveWithPenalties(const Problem& problem,
@@ -187,7 +204,8 @@ bool Sequence::solveSmall(const Problem& problem,
     if (!SmallProblem::suits(settings)) {
         return false;
     }
-    const SmallProblem::Kept kept{.matrices = !haveSmallMatricesChanged_, .set = isLastSmall_};
+    const SmallProblem::Kept kept{
+        .matrices = !haveSmallMatricesChanged_, .set = isLastSmall_, .mostChanges = budget_.left()};
     haveSmallMatricesChanged_ = false;
     return small_->solveNext(problem, kept, last_, settings, control, result);
 }

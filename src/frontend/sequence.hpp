@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "frontend/change_budget.hpp"
 #include "frontend/predict/small_problem.hpp"
 #include "frontend/solve.hpp"
 
@@ -70,6 +71,7 @@ private:
                                                        Control& control,
                                                        Result& result,
                                                        WorkingSet& predicted);
+    void countChanges(std::size_t n, const WorkingSet& after);
     void prepare(const Problem& problem, const ProblemData* data);
     void keep(const Result& result);
 
@@ -82,6 +84,7 @@ private:
     bool haveSmallMatricesChanged_ = true;  ///< since the small road has seen them
     bool haveVectorsChanged_ = false;
     bool isLastSmall_ = false;  ///< found by the small road, which has its factors
+    ChangeBudget budget_;
     WarmStart last_;
 };
 

@@ -82,6 +82,47 @@ TEST_F(Sequences, NeedNoPassWhereTheWorkingSetStays) {
     EXPECT_GT(first.prediction + first.dual, 0U);
 }
 
+/// Many bounds and hardly rows: where little changes the factors of the working set replace guesses
+/// after some solves, until H is another one or much changes at once.
+TEST_F(Sequences, OfManyBoundsChangeTheirMethodAndNoAnswer) {
+    constexpr std::size_t n = 104;
+    Numbers H(n * n, 0.0);
+    Numbers c(n);
+    const Numbers lower(n, -1.0);
+    const Numbers upper(n, 1.0);
+    std::mt19937_64 bits(1);
+    std::normal_distribution<double> normal;
+    for (std::size_t j = 0; j < n; ++j) {
+        H[j * (n + 1)] = 4.0;
+        H[j * n + (j + 1) % n] = H[(j + 1) % n * n + j] = -1.0;
+        c[j] = 5.0 * normal(bits);
+    }
+    const Problem problem{.H = {H, n, n}, .c = c, .lower = lower, .upper = upper};
+    Solver solver(problem);
+    std::map<int, std::size_t> steps;  // of the dual method, which works on the factors
+    for (int solves = 0; solves < 64; ++solves) {
+        SCOPED_TRACE("solve " + std::to_string(solves));
+        if (solves == 30) {
+            H[0] = 40.0;
+            solver.setHessian(problem.H);
+        }
+        const Result warm = solver.solve();
+        const Result cold = solve(problem);
+        ASSERT_TRUE(warm);
+        EXPECT_TRUE(warm.certificate.holds(1e-12));
+        EXPECT_NEAR(warm.objective, cold.objective, 1e-12 * std::abs(cold.objective));
+        steps[(solves > 15) + (solves > 29) + (solves > 45) + (solves > 56)] +=
+            warm.iterations.dual;
+        for (double& entry : c) {
+            entry += (solves == 55 ? 5.0 : 0.05) * normal(bits);
+        }
+        solver.setLinear(c);
+    }
+    EXPECT_EQ(steps[0] + steps[2] + steps[4], 0U);
+    EXPECT_GT(steps[1], 0U);
+    EXPECT_GT(steps[3], 0U);
+}
+
 TEST_F(Sequences, SurviveWarmStartsThatMakeNoSense) {
     for (unsigned seed = 0; seed < 60; ++seed) {
         const Sample sample = randomSample(seed, 10, true);

@@ -84,11 +84,13 @@ void SmallDual::solve() {
 
 void SmallDual::dropWrongSigns() {
     solve();
-    for (bool hasDropped = true; hasDropped;) {
+    dropped_ = steps_ = 0;
+    for (bool hasDropped = true; hasDropped && dropped_ <= mostChanges_;) {
         hasDropped = false;
         for (std::size_t k = factor_.size(); k-- > 0;) {
             if (m_.isEquality[k] == 0.0 && m_.lambda[k] < 0.0) {
                 leave(k);
+                ++dropped_;
                 hasDropped = true;
             }
         }
@@ -215,7 +217,8 @@ SmallDual::End SmallDual::pull(std::size_t i) {
         std::max(m_.lower[i] - m_.values[i], m_.values[i] - m_.upper[i]) * m_.inverseNorm[i];
     double multiplier = 0.0;
     const double cap = caps_.areThere() ? caps_.of(i, sign) : Infinity;
-    const std::size_t most = 3 * m_.shape.n + (caps_.areThere() ? m_.shape.m : m_.shape.m / 8);
+    const std::size_t most = std::min(
+        3 * m_.shape.n + (caps_.areThere() ? m_.shape.m : m_.shape.m / 8), mostChanges_ - dropped_);
     gather(i, sign);
     while (steps_++ < most) {
         const double squaredNorm = factor_.project();
@@ -256,8 +259,7 @@ SmallDual::End SmallDual::pull(std::size_t i) {
 
 SmallDual::End SmallDual::minimise(Control& control) {
     const SmallMatrix all = images();
-    End end = End::Optimal;
-    steps_ = 0;
+    End end = dropped_ <= mostChanges_ ? End::Optimal : End::GivenUp;
     size_ = std::sqrt(m_.kernels.dot(m_.w, m_.w, m_.shape.head()));
     for (std::size_t round = 1; end == End::Optimal; ++round) {
         const SmallViolation worst =

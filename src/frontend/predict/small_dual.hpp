@@ -2,6 +2,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DUAL_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DUAL_HPP
 
+#include <limits>
+
 #include "frontend/core/control.hpp"
 #include "frontend/predict/small_caps.hpp"
 #include "frontend/predict/small_factor.hpp"
@@ -27,6 +29,12 @@ public:
     /// the equalities are others.
     [[nodiscard]] bool beginAgain();
     [[nodiscard]] End minimise(Control& control);
+
+    /// Gives up where more members come and go, from the next beginning on.
+    void limitChanges(std::size_t most) { mostChanges_ = most; }
+    static constexpr std::size_t AnyChanges = std::numeric_limits<std::size_t>::max();
+    /// Since the last beginning.
+    [[nodiscard]] std::size_t changes() const { return dropped_ + steps_; }
 
     /// Linear penalties; what is beyond its side when it ends is turned round. A contradiction of
     /// hard sides is given up then.
@@ -90,6 +98,8 @@ private:
     SmallMemory& m_;
     SmallFactor factor_;
     SmallCaps caps_;
+    std::size_t mostChanges_ = AnyChanges;
+    std::size_t dropped_ = 0;  ///< members of a wrong sign, at the beginning
     std::size_t steps_ = 0;
     std::size_t newcomer_ = 0;
     double newcomersSign_ = 1.0;

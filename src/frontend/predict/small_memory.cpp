@@ -66,11 +66,14 @@ std::size_t SmallMemory::sizeFor(const SmallShape& shape) {
 }
 
 bool SmallMemory::fits(const SmallShape& shape) {
+    return shape.n > 0 && shape.n <= MostVariables && shape.m <= MostNumbers &&
+           sizeFor(shape) <= MostNumbers;
+}
+
+bool SmallMemory::doBoundsPrevail(const SmallShape& shape) {
     constexpr std::size_t MostWithFewRows = 100;  // variables
     constexpr std::size_t VariablesPerRow = 8;
-    return shape.n > 0 && shape.n <= MostVariables && shape.m <= MostNumbers &&
-           (shape.n <= MostWithFewRows || shape.n < VariablesPerRow * shape.m) &&
-           sizeFor(shape) <= MostNumbers;
+    return shape.n > MostWithFewRows && shape.n >= VariablesPerRow * shape.m;
 }
 
 void SmallMemory::release() noexcept {

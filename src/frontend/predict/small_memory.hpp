@@ -32,9 +32,11 @@ public:
     static constexpr std::size_t MostVariables = MostSmallColumns;
 
     /// Whether a problem is small enough: so that its block stays below four mebibytes, and its
-    /// numbers in the caches. With more than 100 variables it has rows, too; where bounds prevail a
-    /// guess at all of them is faster.
+    /// numbers in the caches.
     [[nodiscard]] static bool fits(const SmallShape& shape);
+    /// Whether it has more than 100 variables and hardly rows. Then a guess at all bounds is
+    /// faster, unless few of them come or go.
+    [[nodiscard]] static bool doBoundsPrevail(const SmallShape& shape);
 
     /// Makes room for a problem that fits. The arrays keep their entries if the shape is as before;
     /// else they are zero.

@@ -19,8 +19,12 @@ SmallShape shapeOf(const Problem& problem) {
     return {variablesOf(problem), problem.A.rows()};
 }
 
-bool isSmall(const Problem& problem) {
+bool fitsMemory(const Problem& problem) {
     return SmallMemory::fits(shapeOf(problem)) && areShapesRight(problem);
+}
+
+bool isSmall(const Problem& problem) {
+    return fitsMemory(problem) && !SmallMemory::doBoundsPrevail(shapeOf(problem));
 }
 
 }  // namespace
@@ -28,6 +32,10 @@ bool isSmall(const Problem& problem) {
 SmallProblem& SmallProblem::ofThread() {
     thread_local SmallProblem problem;
     return problem;
+}
+
+bool SmallProblem::needsFewChanges(const Problem& problem) {
+    return SmallMemory::doBoundsPrevail(shapeOf(problem));
 }
 
 bool SmallProblem::suits(const Settings& settings) {
@@ -98,8 +106,10 @@ bool SmallProblem::solveNext(const Problem& problem,
                              Control& control,
                              Result& result) {
     const bool hasSet = kept.set && kept.matrices && hasEnded_ && matrices_ == Matrices::Ready;
+    const bool isLimited = needsFewChanges(problem);
     dual_.caps().clear();
-    if (!loadNext(problem, kept.matrices)) {
+    dual_.limitChanges(isLimited ? kept.mostChanges : SmallDual::AnyChanges);
+    if (!loadNext(problem, kept.matrices, !isLimited || kept.mostChanges > 0)) {
         return false;
     }
     begin({true, hasSet}, start.workingSet);
@@ -117,10 +127,12 @@ SmallProblem::SoftEnd SmallProblem::solveNextSoft(const Problem& problem,
                                                   Control& control,
                                                   Result& result,
                                                   WorkingSet& predicted) {
-    if (!loadNext(problem, areMatricesKept) || !dual_.caps().load(problem)) {
+    if (!loadNext(problem, areMatricesKept, !needsFewChanges(problem)) ||
+        !dual_.caps().load(problem)) {
         return SoftEnd::GivenUp;
     }
     isSetKept_ = false;
+    dual_.limitChanges(SmallDual::AnyChanges);
     dual_.beginWithinCaps(start.workingSet);
     const double setup = control.seconds();
     control.poll();
@@ -140,12 +152,12 @@ SmallProblem::SoftEnd SmallProblem::solveNextSoft(const Problem& problem,
     return SoftEnd::Proved;
 }
 
-bool SmallProblem::loadNext(const Problem& problem, bool areMatricesKept) {
+bool SmallProblem::loadNext(const Problem& problem, bool areMatricesKept, bool isWanted) {
     if (!areMatricesKept) {
         matrices_ = Matrices::Unknown;
     }
     hasEnded_ = false;
-    return matrices_ != Matrices::Unfit && isSmall(problem) && load(problem);
+    return isWanted && matrices_ != Matrices::Unfit && fitsMemory(problem) && load(problem);
 }
 
 // `setup` is when the dual method began, `begin` when it had ended.

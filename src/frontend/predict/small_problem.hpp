@@ -21,6 +21,8 @@ public:
     struct Kept {
         bool matrices = false;
         bool set = false;  ///< the working set it has ended with, if that was here
+        /// Where bounds prevail: how many members may come and go; none means no solve.
+        std::size_t mostChanges = 0;
     };
 
     // True if the optimum, or infeasibility, was proved. Then `result` is written; it may be new or
@@ -56,6 +58,10 @@ public:
                                         WorkingSet& predicted);
     /// Of the dual method, in the last solve.
     [[nodiscard]] std::size_t steps() const { return dual_.steps(); }
+    /// Of the working set, in the last solve, but for members to begin with.
+    [[nodiscard]] std::size_t changes() const { return dual_.changes(); }
+    /// Whether bounds prevail in a problem of this shape.
+    [[nodiscard]] static bool needsFewChanges(const Problem& problem);
     /// For problems to come with these matrices. Their results are the same whichever comes first.
     void keepMatrices(const Problem& problem);
     /// Whether results have the working set, as they do unless told otherwise.
@@ -74,7 +80,7 @@ public:
     [[nodiscard]] static bool suits(const Settings& settings);
 
 private:
-    [[nodiscard]] bool loadNext(const Problem& problem, bool areMatricesKept);
+    [[nodiscard]] bool loadNext(const Problem& problem, bool areMatricesKept, bool isWanted);
     [[nodiscard]] bool load(const Problem& problem);
     void begin(const Kept& kept, const WorkingSet& set);
     [[nodiscard]] bool minimise(const Problem& problem,
