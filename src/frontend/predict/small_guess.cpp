@@ -11,7 +11,7 @@ namespace {
 
 // With fewer variables the dual method is as fast; the work of the factorisation has its place in
 // that of Q and T.
-constexpr std::size_t FewestVariables = 40;
+constexpr std::size_t FewestVariables = 48;
 constexpr std::size_t VariablesPerRow = 8;
 constexpr std::size_t VariablesPerEquality = 3;
 // What rounding makes of a value, in proportion to the largest terms.
@@ -43,30 +43,21 @@ bool SmallGuess::isDiagonalPositive() const {
     return true;
 }
 
-// Whether so many bounds hold that the dual method would take long to find them.
-bool SmallGuess::holdMany() const {
-    const auto held =
-        std::count_if(sides_.begin(), sides_.end(), [](Side side) { return side != Side::None; });
-    return 5 * static_cast<std::size_t>(held) >= 2 * m_.shape.n;
-}
-
 bool SmallGuess::minimise(const SmallExtent& extent, bool isOnlyWay, Control& control) {
     constexpr std::size_t Settling = 2;  // rounds whose exchanges say little
     constexpr std::size_t Patience = 4;  // rounds in which the exchanges get no fewer
     rounds_ = 0;
-    if (!areRowsFew() || !isDiagonalPositive()) {
+    hasDescended_ = areRowsFew() && isDiagonalPositive();
+    if (!hasDescended_ || !(descend() || isOnlyWay) || !isClearlyConvex()) {
         return false;
     }
-    descend();
-    if (!(isOnlyWay || holdMany()) || !isClearlyConvex()) {
-        return false;
-    }
+    nameSides();
     std::size_t fewest = std::numeric_limits<std::size_t>::max();
     std::size_t roundOfFewest = Settling;
     while (rounds_ < roundOfFewest + Patience) {
         control.poll();
         ++rounds_;
-        list();
+        listMembers();
         if (control.mustEnd() || !factorise()) {
             return false;
         }
@@ -84,37 +75,77 @@ bool SmallGuess::minimise(const SmallExtent& extent, bool isOnlyWay, Control& co
     return false;
 }
 
-// Minimises over one variable after the other, as if there were no rows.
-void SmallGuess::descend() {
-    constexpr int Sweeps = 3;
+// Minimises over one variable after the other, as if there were no rows. Whether so many sides hold
+// that the dual method would take long to find them; where that is unlikely after the first sweep,
+// it is the only one.
+bool SmallGuess::descend() {
+    constexpr int MoreSweeps = 2;
     const SmallShape& shape = m_.shape;
-    const double* const lower = m_.lower + shape.rows();
-    const double* const upper = m_.upper + shape.rows();
+    const SmallBox box{m_.lower + shape.rows(), m_.upper + shape.rows()};
     std::fill_n(m_.x, shape.head(), 0.0);
     for (std::size_t j = 0; j < shape.n; ++j) {
-        m_.x[j] = std::min(std::max(0.0, lower[j]), upper[j]);
+        m_.x[j] = std::min(std::max(0.0, box.lower[j]), box.upper[j]);
         m_.u[j] = 1.0 / m_.data[j * (shape.height() + 1)];
     }
     formGradient();
-    for (int sweep = 0; sweep < Sweeps; ++sweep) {
-        m_.kernels.descend(m_.hessian(), {lower, upper}, m_.u, shape.n, m_.x, m_.g);
+    const auto sweep = [&] { m_.kernels.descend(m_.hessian(), box, m_.u, shape.n, m_.x, m_.g); };
+    sweep();
+    if (5 * held() < shape.n) {
+        return false;
     }
+    for (int k = 0; k < MoreSweeps; ++k) {
+        sweep();
+    }
+    return 5 * held() >= 2 * shape.n;
+}
+
+// How many bounds and equalities hold.
+std::size_t SmallGuess::held() const {
+    const double* const lower = m_.lower + m_.shape.rows();
+    const double* const upper = m_.upper + m_.shape.rows();
+    std::size_t count = m_.equalities;
+    for (std::size_t j = 0; j < m_.shape.n; ++j) {
+        // Without branches, which nobody could foresee.
+        const unsigned isLower = (m_.x[j] == lower[j] ? 1U : 0U) & (m_.g[j] > 0.0 ? 1U : 0U);
+        const unsigned isUpper = (m_.x[j] == upper[j] ? 1U : 0U) & (m_.g[j] < 0.0 ? 1U : 0U);
+        count += isLower | isUpper;
+    }
+    return count;
+}
+
+SmallGuess::Side SmallGuess::sideOf(std::size_t j) const {
+    const double lower = m_.lower[m_.shape.rows() + j];
+    const double upper = m_.upper[m_.shape.rows() + j];
+    return lower == upper                      ? Side::Both
+           : m_.x[j] == lower && m_.g[j] > 0.0 ? Side::Lower
+           : m_.x[j] == upper && m_.g[j] < 0.0 ? Side::Upper
+                                               : Side::None;
+}
+
+// Those that hold after the descent.
+void SmallGuess::nameSides() {
+    const SmallShape& shape = m_.shape;
     sides_.assign(shape.constraints(), Side::None);
     for (std::size_t i = 0; i < shape.m; ++i) {
         sides_[i] = m_.lower[i] == m_.upper[i] ? Side::Both : Side::None;
     }
     for (std::size_t j = 0; j < shape.n; ++j) {
-        const bool isLower = m_.x[j] == lower[j] && m_.g[j] > 0.0;
-        const bool isUpper = m_.x[j] == upper[j] && m_.g[j] < 0.0;
-        sides_[shape.rows() + j] = lower[j] == upper[j] ? Side::Both
-                                   : isLower            ? Side::Lower
-                                   : isUpper            ? Side::Upper
-                                                        : Side::None;
+        sides_[shape.rows() + j] = sideOf(j);
+    }
+}
+
+void SmallGuess::list(WorkingSet& set) const {
+    set.clear();
+    for (std::size_t j = 0; hasDescended_ && rounds_ == 0 && j < m_.shape.n; ++j) {
+        const Side side = sideOf(j);
+        if (side == Side::Lower || side == Side::Upper) {
+            (side == Side::Lower ? set.atLower : set.atUpper).push_back(j);
+        }
     }
 }
 
 // Moves what is held to its bound, and all others to 0.
-void SmallGuess::list() {
+void SmallGuess::listMembers() {
     const SmallShape& shape = m_.shape;
     F_.clear();
     R_.clear();
@@ -135,7 +166,9 @@ void SmallGuess::list() {
 // memory.g := H·x + c
 void SmallGuess::formGradient() {
     std::copy_n(m_.c, m_.shape.head(), m_.g);
-    m_.kernels.addColumns(m_.hessian(), m_.x, m_.g);
+    if (m_.kernels.largest(m_.x, m_.shape.head()) > 0.0) {
+        m_.kernels.addColumns(m_.hessian(), m_.x, m_.g);
+    }
 }
 
 // memory.values := x in the place of the bounds, memory.g := H·x + c + Aᵀy.

@@ -26,6 +26,9 @@ public:
     /// @param isOnlyWay  whether to go on where few bounds hold, so that other ways are faster
     [[nodiscard]] bool minimise(const SmallExtent& extent, bool isOnlyWay, Control& control);
 
+    /// The bounds that held after the descent, if no round followed it.
+    void list(WorkingSet& set) const;
+
     [[nodiscard]] std::size_t rounds() const { return rounds_; }
     [[nodiscard]] std::size_t size() const { return R_.size() + held_.size(); }
     /// (p; y) of [H_FF A_RFᵀ; A_RF 0]·(p; y) = (f; r), in place, for the free variables and the
@@ -41,9 +44,11 @@ private:
     [[nodiscard]] bool areRowsFew() const;
     [[nodiscard]] bool isDiagonalPositive() const;
     [[nodiscard]] bool isClearlyConvex();
-    [[nodiscard]] bool holdMany() const;
-    void descend();
-    void list();
+    [[nodiscard]] bool descend();
+    [[nodiscard]] std::size_t held() const;
+    [[nodiscard]] Side sideOf(std::size_t j) const;
+    void nameSides();
+    void listMembers();
     [[nodiscard]] bool factorise();
     void solveRound();
     void formGradient();
@@ -59,6 +64,7 @@ private:
     List F_;                   ///< free variables
     List R_;                   ///< rows that are held
     List held_;                ///< variables at bounds
+    bool hasDescended_ = false;
     std::size_t rounds_ = 0;
 };
 

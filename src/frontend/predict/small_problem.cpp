@@ -55,21 +55,19 @@ bool SmallProblem::solve(const Problem& problem,
         return false;
     }
     const bool isCold = start.workingSet.size() == 0 && !settings.keepFactors;
-    bool areMatricesReady = false;
-    if (isCold && SmallGuess::fits(shapeOf(problem)) && areShapesRight(problem)) {
-        if (solveByGuess(problem, settings, control, result)) {
-            return true;
-        }
-        if (matrices_ == Matrices::Unfit || !isSmall(problem)) {
-            return false;
-        }
-        areMatricesReady = formImages(memory_, extent_);
-        matrices_ = areMatricesReady ? Matrices::Ready : Matrices::Unfit;
-        if (!areMatricesReady) {
-            return false;
-        }
+    if (!isCold || !SmallGuess::fits(shapeOf(problem)) || !areShapesRight(problem)) {
+        return solveNext(problem, {}, start, settings, control, result);
     }
-    return solveNext(problem, {.matrices = areMatricesReady}, start, settings, control, result);
+    if (solveByGuess(problem, settings, control, result)) {
+        return true;
+    }
+    if (matrices_ == Matrices::Unfit || !isSmall(problem)) {
+        return false;
+    }
+    guess_.list(descended_);
+    dual_.limitChanges(SmallDual::AnyChanges);
+    return formImagesOnce() &&
+           solveLoaded(problem, false, descended_, start, settings, control, result);
 }
 
 bool SmallProblem::solveByGuess(const Problem& problem,
@@ -107,12 +105,20 @@ bool SmallProblem::solveNext(const Problem& problem,
                              Result& result) {
     const bool hasSet = kept.set && kept.matrices && hasEnded_ && matrices_ == Matrices::Ready;
     const bool isLimited = needsFewChanges(problem);
-    dual_.caps().clear();
     dual_.limitChanges(isLimited ? kept.mostChanges : SmallDual::AnyChanges);
-    if (!loadNext(problem, kept.matrices, !isLimited || kept.mostChanges > 0)) {
-        return false;
-    }
-    begin({true, hasSet}, start.workingSet);
+    return loadNext(problem, kept.matrices, !isLimited || kept.mostChanges > 0) &&
+           solveLoaded(problem, hasSet, start.workingSet, start, settings, control, result);
+}
+
+bool SmallProblem::solveLoaded(const Problem& problem,
+                               bool isSetKept,
+                               const WorkingSet& set,
+                               const WarmStart& start,
+                               const Settings& settings,
+                               Control& control,
+                               Result& result) {
+    dual_.caps().clear();
+    begin(isSetKept, set);
     if (!minimise(problem, start, settings, control, result)) {
         return false;
     }
@@ -200,14 +206,21 @@ bool SmallProblem::load(const Problem& problem) {
     if (!loadVectors(problem, memory_, extent_)) {
         return false;
     }
-    matrices_ = loadMatrices(problem, memory_, extent_) && formImages(memory_, extent_)
-                    ? Matrices::Ready
-                    : Matrices::Unfit;
+    if (!loadMatrices(problem, memory_, extent_)) {
+        matrices_ = Matrices::Unfit;
+        return false;
+    }
+    return formImagesOnce();
+}
+
+// Of the matrices that were loaded.
+bool SmallProblem::formImagesOnce() {
+    matrices_ = formImages(memory_, extent_) ? Matrices::Ready : Matrices::Unfit;
     return matrices_ == Matrices::Ready;
 }
 
-void SmallProblem::begin(const Kept& kept, const WorkingSet& set) {
-    isSetKept_ = kept.set && dual_.beginAgain();
+void SmallProblem::begin(bool isSetKept, const WorkingSet& set) {
+    isSetKept_ = isSetKept && dual_.beginAgain();
     if (!isSetKept_) {
         dual_.begin(set);
     }

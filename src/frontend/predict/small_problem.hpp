@@ -82,7 +82,17 @@ public:
 private:
     [[nodiscard]] bool loadNext(const Problem& problem, bool areMatricesKept, bool isWanted);
     [[nodiscard]] bool load(const Problem& problem);
-    void begin(const Kept& kept, const WorkingSet& set);
+    [[nodiscard]] bool formImagesOnce();
+    /// @param isSetKept  whether to begin with the members that the dual method ended with
+    /// @param set        else, the working set to begin with
+    [[nodiscard]] bool solveLoaded(const Problem& problem,
+                                   bool isSetKept,
+                                   const WorkingSet& set,
+                                   const WarmStart& start,
+                                   const Settings& settings,
+                                   Control& control,
+                                   Result& result);
+    void begin(bool isSetKept, const WorkingSet& set);
     [[nodiscard]] bool minimise(const Problem& problem,
                                 const WarmStart& start,
                                 const Settings& settings,
@@ -109,6 +119,7 @@ private:
     SmallExtent extent_;
     SmallDual dual_{memory_};
     SmallGuess guess_{memory_};
+    WorkingSet descended_{};  ///< where the guess gave way
     enum class Matrices { Unknown, Unfit, Ready };
     Matrices matrices_ = Matrices::Unknown;
     bool areSetsListed_ = true;
