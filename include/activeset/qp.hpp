@@ -450,7 +450,7 @@ public:
     void setRowSides(const VectorView& lower, const VectorView& upper);
     /// Replaces the bounds, n each; empty for infinite ones.
     void setBounds(const VectorView& lower, const VectorView& upper);
-    /// What sides cost that are violated; both replace what there was.
+    /// What sides cost that are violated; both replace what there was. Sides may come later.
     void setPenalties(const Penalty& rows, const Penalty& bounds = {});
     /// Where the next solve starts, instead of at the last optimum; by default from zero.
     void restartFrom(WarmStart start = {});

@@ -40,7 +40,9 @@ public:
         data_.n = frontend::variablesOf(problem);
         data_.m = problem.A.rows();
         for (const Part part : frontend::AllParts) {
-            change(problem, part);
+            change(part == Part::Penalties ? pricesOf(problem.rowPenalty, problem.boundPenalty)
+                                           : problem,
+                   part);
         }
         if (problem.warmStart != nullptr) {
             sequence_.restartFrom(*problem.warmStart);
@@ -72,14 +74,8 @@ public:
         }
     }
 
-    /// Sides may come and go, so that those of absent ones are no fault here.
     void changePenalties(const Penalty& rows, const Penalty& bounds) {
-        requireRest();
-        frontend::complete(data_);
-        Problem part = frontend::viewOf(data_);
-        part.rowPenalty = rows;
-        part.boundPenalty = bounds;
-        change(part, Part::Penalties);
+        change(pricesOf(rows, bounds), Part::Penalties);
     }
 
     void solve(Result& result) {
@@ -126,6 +122,19 @@ private:
     private:
         bool& flag_;
     };
+
+    /// Penalties of sides that are there, as far as checks see it: sides may come and go, so that
+    /// prices of absent ones are no fault.
+    [[nodiscard]] static Problem pricesOf(const Penalty& rows, const Penalty& bounds) {
+        static constexpr double AnySide = 0.0;
+        const VectorView there(&AnySide, 1);
+        return {.rowLower = there,
+                .rowUpper = there,
+                .lower = there,
+                .upper = there,
+                .rowPenalty = rows,
+                .boundPenalty = bounds};
+    }
 
     void requireRest() const {
         if (isWorking_) {

@@ -7,6 +7,7 @@
 
 #include "activeset/qp.hpp"
 #include "activeset/ranges.hpp"
+#include "frontend/soft/slacks.hpp"
 
 namespace activeset::test {
 namespace {
@@ -142,6 +143,31 @@ TEST(SoftSides, RefusePenaltiesThatAreNone) {
     EXPECT_TRUE(solver.solve());
 }
 
+// A point that is no optimum may have slacks at both sides of a constraint.
+TEST(SoftSides, AreViolatedOnOneSideOnly) {
+    const Numbers low{-1, -2};
+    const Numbers high{1, 2};
+    const Numbers entries{1, 0, 0, 1};
+    const Penalty all{.lowerLinear = high, .upperLinear = high};
+    const Problem problem{.A = {entries, 2, 2},
+                          .rowLower = low,
+                          .rowUpper = high,
+                          .lower = low,
+                          .upper = high,
+                          .rowPenalty = all,
+                          .boundPenalty = all};
+    const frontend::ProblemData data = frontend::copyOf(problem);
+    const frontend::Penalties penalties(problem, data);
+    const frontend::SlackProblem slack(data, penalties, penalties.softSides());
+    // Rows 0 and 1, then variables 0 and 1, lower sides first.
+    const ViolatedSides found =
+        slack.restricted(WorkingSet(), Numbers{.1, .2, .2, .1, .1, .1, 0, .1}).softViolated;
+    EXPECT_THAT(found.rowsAtLower, ElementsAre(1));
+    EXPECT_THAT(found.rowsAtUpper, ElementsAre(0));
+    EXPECT_THAT(found.atLower, ElementsAre(0));
+    EXPECT_THAT(found.atUpper, ElementsAre(1));
+}
+
 // x ≤ 1 has no lower side. A Solver may be given one later.
 TEST(SoftSides, HaveToBeThere) {
     Pulled pulled;
@@ -156,12 +182,16 @@ TEST(SoftSides, HaveToBeThere) {
     EXPECT_EQ(
         solve({.c = c, .boundPenalty = {.upperLinear = hardFirst}}).message,
         "boundPenalty.upperLinear(1) = 2 is the price of a side that is absent: upper is empty");
-    pulled.problem.rowPenalty = {};
-    Solver solver(pulled.problem);
-    solver.setPenalties({.lowerLinear = pulled.l});
     const Numbers four{4};
-    solver.setRowSides(four, {});
-    EXPECT_THAT(solver.solve().x, ElementsAre(DoubleNear(4, 1e-12)));  // x − 3 − 1 = 0
+    for (const bool isAtOnce : {false, true}) {
+        pulled.problem.rowPenalty = isAtOnce ? Penalty{.lowerLinear = pulled.l} : Penalty();
+        Solver solver(pulled.problem);
+        if (!isAtOnce) {
+            solver.setPenalties({.lowerLinear = pulled.l});
+        }
+        solver.setRowSides(four, {});
+        EXPECT_THAT(solver.solve().x, ElementsAre(DoubleNear(4, 1e-12)));  // x − 3 − 1 = 0
+    }
 }
 
 }  // namespace

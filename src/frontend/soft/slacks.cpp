@@ -110,8 +110,13 @@ WorkingSet SlackProblem::restricted(const WorkingSet& set, const Vector& slacks)
     std::vector<bool> isViolated(data.m, false);
     WorkingSet result;
     for (std::size_t t = 0; t < sides_.size(); ++t) {
-        if (slacks[t] > 0.0) {
-            const std::size_t k = sides_[t].constraint;
+        const std::size_t k = sides_[t].constraint;
+        // A point that is no optimum may have slacks at both sides.
+        const bool isUpperOne =
+            t + 1 < sides_.size() && sides_[t + 1].constraint == k && slacks[t + 1] > slacks[t];
+        const bool isLowerOne =
+            t > 0 && sides_[t - 1].constraint == k && slacks[t - 1] >= slacks[t];
+        if (slacks[t] > 0.0 && !isUpperOne && !isLowerOne) {
             isViolated[rowOf_[t]] = true;
             listOf(result.softViolated, k < m_, sides_[t].side).push_back(k < m_ ? k : k - m_);
         }

@@ -20,7 +20,7 @@ public:
     /// The other way round: the multipliers of rows for bounds go to those.
     [[nodiscard]] Point restricted(Point point) const;
     /// The working set of the problem, from one of this problem and the slacks: a side with a
-    /// positive slack is violated.
+    /// positive slack is violated, of two sides that with the larger one.
     [[nodiscard]] WorkingSet restricted(const WorkingSet& set, const Vector& slacks) const;
     /// The slacks of a point of this problem.
     [[nodiscard]] Vector slacksOf(const Vector& x) const {
