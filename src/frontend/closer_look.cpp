@@ -12,7 +12,7 @@
 #include "frontend/loop/bare_loop.hpp"
 #include "frontend/loop/caller_proofs.hpp"
 #include "frontend/nearest_point.hpp"
-#include "frontend/proof/farkas.hpp"
+#include "frontend/proof/contradiction.hpp"
 #include "frontend/proof/units.hpp"
 
 namespace activeset::frontend {
@@ -153,18 +153,6 @@ struct Doubt {
     Vector contradiction{};  ///< weights of rows that may contradict one another
 };
 
-/// Whether rows with these weights, and bounds, add up to nothing but the rounding of their
-/// entries.
-bool cancel(const ProblemData& data, const Vector& y) {
-    constexpr double SameRow = 4.0 * std::numeric_limits<double>::epsilon();
-    const Farkas farkas = judgeFarkas(data, y);
-    double terms = 0.0;
-    for (const Sum& sum : transposedSums(data, farkas.y)) {
-        terms = std::max(terms, sum.scale);
-    }
-    return farkas.residual.absolute <= SameRow * terms;
-}
-
 /// Nothing where x misses its sides by rounding only: the nearest point that meets them is near,
 /// and costs so little more that the proof stands. Where rows are nearly parallel that point may be
 /// far. If there is none, the sides contradict one another by rounding: that of the caller's
@@ -175,9 +163,11 @@ std::optional<Doubt> doubtBesideRounding(ProblemCache& problem,
                                          Control& control) {
     constexpr double ClearContradiction = 1e-3;
     constexpr double RoundedSides = 64.0 * std::numeric_limits<double>::epsilon();
+    constexpr double FarPoint = 1e6;
     const ProblemData& data = problem.scaled;
     const Vector& x = best.point().x;
     const double missed = violation(data, x).absolute;
+    const double size = std::max(largestMagnitude(x), leastSize(data));
     const int bits = bitsOf(missed);
     Surroundings nearby(data, x, bits);
     ProblemCache around(std::move(nearby.data));
@@ -186,7 +176,8 @@ std::optional<Doubt> doubtBesideRounding(ProblemCache& problem,
         const Relaxation relaxation = relax(around.user, Vector(data.n, 0.0), exact, control);
         const bool isContradiction =
             best.judgement().certificate.primal.relative <= RoundedSides && relaxation.isSolved &&
-            relaxation.violation > ClearContradiction && cancel(around.user, relaxation.y);
+            relaxation.violation > ClearContradiction &&
+            doContradict(around.user, relaxation.y, std::ldexp(FarPoint * size, bits));
         if (!isContradiction) {
             return Doubt{bits, true};
         }
@@ -201,8 +192,7 @@ std::optional<Doubt> doubtBesideRounding(ProblemCache& problem,
     }
     const double gap =
         change(data, x, nearest.step) / problem.scaling.objective / sizeOf(problem, best);
-    const bool isNear =
-        nearest.length <= NearPoint * std::max(largestMagnitude(x), leastSize(data));
+    const bool isNear = nearest.length <= NearPoint * size;
     return isNear && gap <= exact.tolerance ? std::nullopt
                                             : std::optional(Doubt{bitsOf(nearest.length), true});
 }
@@ -211,10 +201,11 @@ std::optional<Doubt> doubt(ProblemCache& problem,
                            const BestPoint& best,
                            const Settings& exact,
                            Control& control) {
+    constexpr double LevelGradient = 64.0 * std::numeric_limits<double>::epsilon();
     const Judgement& judgement = best.judgement();
     const double miss = judgement.certificate.primal.relative;
     const bool isRounding = miss <= FeasibleToRounding;
-    const bool isSteep = !(judgement.certificate.dual.relative <= ExactToRounding);
+    const bool isSteep = !(judgement.certificate.dual.relative <= LevelGradient);
     if (!best.isProved()) {
         return std::nullopt;
     }
@@ -228,7 +219,7 @@ std::optional<Doubt> doubt(ProblemCache& problem,
     const std::optional<Doubt> doubted = mayLeadFar(problem.scaled, best, miss)
                                              ? doubtBesideRounding(problem, best, exact, control)
                                              : std::nullopt;
-    return doubted || (isRounding && !isSteep) ? doubted : Doubt{bitsOf(missed)};
+    return doubted || (isRounding && !isSteep) ? doubted : Doubt{bitsOf(missed), isSteep};
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "frontend/proof/certificate.hpp"
 
 #include "frontend/generator.hpp"
+#include "frontend/proof/contradiction.hpp"
 #include "frontend/proof/farkas.hpp"
 #include "frontend/proof/gap_correction.hpp"
 #include "frontend/proof/ray.hpp"
@@ -104,6 +105,38 @@ TEST_F(Certificates, OfInfeasibilityAreUndoneByWrongWeightsSignsAndSides) {
     EXPECT_EQ(frontend::judgeFarkas(dataOf(s), y).radius, Infinity);
     s.rowUpper[1] = 1.0;
     EXPECT_FALSE(isProof({-1.0, 1.0}));
+}
+
+TEST_F(Certificates, TellContradictionsFromRowsThatCancelInDoublesOnly) {
+    const double far = 1e20;
+    // Weights of ⅓ cancel these rows; in doubles they leave 6e-17, and so a radius of 1e16.
+    const Numbers none(3, -Infinity);
+    Sample thirds{2, 3, {}, {0.0, 0.0}, {1, 2, -1, 2, 1, -1}, none, {1.0, 1.0, -1.0}, {}, {}, {}};
+    const Numbers third{1.0 / 3.0, 1.0 / 3.0, 1.0};
+    EXPECT_TRUE(frontend::doContradict(dataOf(thirds), third, far));
+    EXPECT_TRUE(frontend::doContradict(dataOf(thirds), {1.0 / 3.0, 1.0 / 3.0, 1.0 + 1e-15}, far));
+    thirds.rowUpper[2] = -0.5;  // (0.25, 0.25)
+    EXPECT_FALSE(frontend::doContradict(dataOf(thirds), third, far));
+    // (1, 1 + e) and its opposite times 1 + e, but for e² = 2⁻⁶⁰.
+    const double e = 0x1p-30;
+    const auto parallel = [](double first, double second, double times) {
+        return Sample{2,
+                      2,
+                      {},
+                      {0.0, 0.0},
+                      {first, -times * first, second, -times * second},
+                      {-Infinity, -Infinity},
+                      {0.0, -1.0},
+                      {},
+                      {},
+                      {}};
+    };
+    const Sample exact = parallel(1.0, 1.0 + e, 1.0 + e);
+    EXPECT_FALSE(frontend::doContradict(dataOf(exact), {1.0 + e, 1.0}, far));
+    Sample rounded = parallel(1.0 / 3.0, 0.7, 1.1);
+    EXPECT_TRUE(frontend::doContradict(dataOf(rounded), {1.1, 1.0}, far));
+    rounded.A[3] += 1e-14;
+    EXPECT_FALSE(frontend::doContradict(dataOf(rounded), {1.1, 1.0}, far));
 }
 
 // ½x₁² − x₂ with x₁ + x₂ ≥ 0: (0, 1) is a ray.

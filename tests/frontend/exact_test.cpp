@@ -87,7 +87,14 @@ TEST(NearlyParallelSides, AreNotMetByRoundingAlone) {
          {400197U, 400207U, 402486U, 412038U, 413134U, 413302U, 421172U}) {
         expectTruth(Style::NearParallel, seed);
     }
-    expectTruth(Style::Wedges, 2920);
+    // Of the last, rows cancel in doubles but not in truth: a point that meets them is far out.
+    for (const std::uint64_t seed :
+         {2920U, 503443U, 504948U, 507653U, 902828U, 905332U, 9000527U}) {
+        expectTruth(Style::Wedges, seed);
+    }
+    for (const std::uint64_t seed : {415858U, 4000134U, 4011927U}) {
+        expectTruth(Style::NearParallel, seed);
+    }
 }
 
 // What is left of the gradient weighs as much as x has to move, which is far between such rows.
@@ -97,9 +104,11 @@ TEST(NearlyParallelSides, AreFollowedToTheOptimum) {
     }
 }
 
-// At x = 1e18 a contradiction by 1 is rounding.
+// At x = 1e18 a contradiction by 1 is rounding. In the second, a bound gives way to a row as far as
+// it has room, which is 5.
 TEST(FarPoints, DoNotMeetSidesThatContradictOneAnother) {
     expectTruth(Style::JumpingCosts, 3001330);
+    expectTruth(Style::JumpingCosts, 9000322);
 }
 
 }  // namespace
