@@ -73,6 +73,9 @@ private:
     [[nodiscard]] bool isNearSide(std::size_t i) const;
     [[nodiscard]] double signOfNearSide(std::size_t i) const;
     [[nodiscard]] bool isWayInShort();
+    [[nodiscard]] bool isWayOpen();
+    [[nodiscard]] bool areRowsRounded() const;
+    [[nodiscard]] double valueOf(std::size_t i) const;
 
     struct WayIn {
         double depth = 0.0;

@@ -5,6 +5,7 @@
 
 #include "frontend/predict/small_dual.hpp"
 #include "frontend/proof/certificate.hpp"
+#include "frontend/proof/contradiction.hpp"
 
 namespace activeset::frontend {
 
@@ -115,23 +116,29 @@ SmallDual::WayIn SmallDual::wayInto(std::size_t i) {
     gather(i, signOfNearSide(i));
     static_cast<void>(factor_.project());
     WayIn way;
-    way.isHeld = factor_.size() == m_.shape.n;
+    bool areOpposite = true;
+    bool areNone = true;
     for (std::size_t k = 0; k < factor_.size(); ++k) {
         double& share = m_.p[k];
-        share = m_.isEquality[k] == 0.0 ? share : 0.0;
+        const bool isEqual = m_.isEquality[k] != 0.0;
+        areOpposite = areOpposite && (isEqual || share <= -NearlyDependentImage);
+        share = isEqual ? 0.0 : share;
+        areNone = areNone && std::abs(share) <= NoPartOfImage;
         way.depth += share * m_.step[k];
         way.slope += std::max(0.0, share) * share;
-        const bool isOpposite = share <= -NearlyDependentImage;
-        way.isHeld = way.isHeld && (isOpposite || std::abs(share) <= NoPartOfImage);
     }
+    way.isHeld = factor_.size() == m_.shape.n && (areOpposite || areNone);
     return way;
 }
 
 // memory.step: how deep into the side of each member of the factor. For the other sides, whose
 // images the members combine to, that grows along the shares that they have in these. At a vertex a
-// side opposite to members holds x where it is, and is missed by rounding, as they are.
+// side opposite to all members that are inequalities, and clearly so, holds x where it is: no
+// feasible point is farther away than what is missed. So does one that depends on equalities alone.
+// Where no way is found for others, sides hold x from all around, if by slight differences: these
+// count as the rounding of entries that look rounded.
 bool SmallDual::isWayInShort() {
-    constexpr int MostRounds = 4;
+    constexpr int MostRounds = 32;
     const std::size_t size = factor_.size();
     double* const step = m_.step;
     std::fill_n(step, SmallShape::upTo(size, 8), 0.0);
@@ -154,28 +161,65 @@ bool SmallDual::isWayInShort() {
             }
         }
     }
-    m_.kernels.multiplyTransposed(factor_.inverse(), step, m_.r);
+    return isEnough ? isWayOpen() : areRowsRounded();
+}
+
+bool SmallDual::areRowsRounded() const {
+    const SmallShape& shape = m_.shape;
+    const double* const rows = m_.data + shape.head();
+    bool areRounded = false;
+    for (std::size_t k = 0; k < shape.n * shape.m && !areRounded; ++k) {
+        const std::size_t i = k % shape.m;
+        areRounded = (m_.multipliers[i] != 0.0 || isNearSide(i)) &&
+                     looksRounded(rows[k / shape.m * shape.height() + i]);
+    }
+    return areRounded;
+}
+
+// Whether memory.step is short, and what is missed so little that it reaches no other side. All is
+// measured in the space of the images.
+bool SmallDual::isWayOpen() {
+    const SmallShape& shape = m_.shape;
+    m_.kernels.multiplyTransposed(factor_.inverse(), m_.step, m_.r);
     double squaredLength = 0.0;
-    for (std::size_t k = 0; k < size; ++k) {
+    for (std::size_t k = 0; k < factor_.size(); ++k) {
         squaredLength += m_.r[k] * m_.r[k];
     }
-    // Where no such way is found sides hold x from all around, and not by slight differences.
-    return !isEnough || squaredLength * NearlyDependentImage * NearlyDependentImage < 1.0;
+    const double length = std::sqrt(squaredLength) / NearlyDependentImage;
+    double missed = 0.0;
+    double room = Infinity;
+    for (std::size_t i = 0; i < shape.constraints(); ++i) {
+        if (m_.inverseNorm[i] == 0.0) {
+            continue;
+        }
+        const double below = m_.inverseNorm[i] * (valueOf(i) - m_.lower[i]);
+        const double above = m_.inverseNorm[i] * (m_.upper[i] - valueOf(i));
+        missed = std::max({missed, -below, -above});
+        const bool isAtSide = m_.multipliers[i] != 0.0 || isNearSide(i);
+        if (!isEquality(i)) {
+            room = std::min(room, isAtSide ? std::max(below, above) : std::min(below, above));
+        }
+    }
+    return length * NearlyDependentImage * NearlyDependentImage < 1.0 && length * missed < room;
+}
+
+// From products as the last judgement has left them.
+double SmallDual::valueOf(std::size_t i) const {
+    const std::size_t rows = m_.shape.rows();
+    const std::size_t row = m_.shape.head() + i;
+    return i < rows ? m_.products.value[row] + m_.products.rest[row] : m_.x[i - rows];
 }
 
 double SmallDual::signOfNearSide(std::size_t i) const {
-    const bool isRow = i < m_.shape.rows();
-    const double value = isRow ? m_.products.value[m_.shape.head() + i] : m_.x[i - m_.shape.rows()];
+    const double value = valueOf(i);
     return std::abs(m_.upper[i] - value) <= std::abs(value - m_.lower[i]) ? 1.0 : -1.0;
 }
 
 // One without a multiplier, which the point in the memory is near, or misses.
 bool SmallDual::isNearSide(std::size_t i) const {
-    const SmallShape& shape = m_.shape;
-    const std::size_t row = shape.head() + i;
-    const bool isRow = i < shape.rows();
-    const double value = isRow ? m_.products.value[row] : m_.x[i - shape.rows()];
-    const double scale = isRow ? m_.products.scale[row] : std::abs(value);
+    const double value = valueOf(i);
+    const double scale =
+        i < m_.shape.rows() ? m_.products.scale[m_.shape.head() + i] : std::abs(value);
     return m_.multipliers[i] == 0.0 && touches(value, scale, m_.lower[i], m_.upper[i]);
 }
 
