@@ -167,6 +167,29 @@ TEST_F(Certificates, MeasureTheGapOfAPointThatIsFeasibleButNotOptimal) {
     EXPECT_EQ(at0.primal.absolute, 1.0);
 }
 
+// ½u² − x₁ − 27x₃ with u = x₁ − x₂ + x₃ at (10¹⁹, 10¹⁹, 0). Beside the terms of u the slope of −27
+// is rounding, but x₂ and x₃ may rise by 10¹⁹. Then ½(x₁ − x₂)² − 10⁻¹²·x₁, which is unbounded.
+TEST_F(Certificates, CountSlopesAsFarOutAsTheyMayLead) {
+    constexpr double Far = 1e19;
+    const Sample far{3,
+                     0,
+                     {1, -1, 1, -1, 1, -1, 1, -1, 1},
+                     {-1, 0, -27},
+                     {},
+                     {},
+                     {},
+                     {0, 0, 0},
+                     {Far, 2 * Far, Infinity},
+                     {}};
+    const frontend::ProblemData data = frontend::copyOf(far.view());
+    EXPECT_FALSE(frontend::judge(data, {{Far, Far, 0}, {}, {1, 0, 0}}).certificate.holds(1e-9));
+
+    const Sample tiny{2, 0, {1, -1, -1, 1}, {-1e-12, 0}, {}, {}, {}, {}, {}, {}};
+    const frontend::ProblemData flat = frontend::copyOf(tiny.view());
+    EXPECT_FALSE(frontend::judge(flat, {{1, 1}, {}, {0, 0}}).certificate.holds(1e-9));
+    EXPECT_EQ(solve(tiny.view()).status, Status::Unbounded);
+}
+
 // min x₁ + x₂ with x₁ ≥ 1e9 and x₂ ≥ 1e5. One unit in the last place of the first multiplier is a
 // gap of 1e-7. The second multiplier can absorb it at the cost of a dual residual of 1e-12. No
 // other change may make any residual worse.

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "frontend/algebra/dense.hpp"
+#include "frontend/proof/gradient_weight.hpp"
 #include "frontend/proof/objectives.hpp"
 #include "frontend/proof/sides_sum.hpp"
 #include "frontend/proof/units.hpp"
@@ -98,10 +99,6 @@ bool haveCancelled(const ProblemData& data,
     }
     return all > Cancelling * own;
 }
-
-/// What the entries of the gradient may miss because x and y are rounded: this much of the sizes of
-/// their terms.
-constexpr double GradientRounding = 4.0 * std::numeric_limits<double>::epsilon();
 
 /// A multiplier that is so close to what its entry of the gradient asks for, in proportion to the
 /// terms, is left as it is.
@@ -195,59 +192,6 @@ std::vector<Sum> settle(const ProblemData& data,
     return forces;
 }
 
-/// What entries of the gradient that are not zero may make of the objective at variables like
-/// these. One beyond the rounding of its terms may move its variable, be that zero, as far as any
-/// is, or as far as a side or a bound tells that some may be.
-double weightOf(const std::vector<Sum>& residuals, const Vector& x, const Units& units) {
-    const double unit = std::min(1.0, units.variable);
-    const double farthest = std::max(largestMagnitude(x), units.variable);
-    double weight = 0.0;
-    for (std::size_t j = 0; j < x.size(); ++j) {
-        const double residual = magnitude(residuals[j].value);
-        const bool isRounding = residual <= GradientRounding * residuals[j].scale;
-        weight += residual * (isRounding ? std::max(std::abs(x[j]), unit) : farthest);
-    }
-    return weight;
-}
-
-/// The size of what such products are summed from.
-double termsOf(const std::vector<Sum>& residuals, const Vector& x, const Units& units) {
-    const double unit = std::min(1.0, units.variable);
-    double terms = 0.0;
-    for (std::size_t j = 0; j < x.size(); ++j) {
-        terms += residuals[j].scale * std::max(std::abs(x[j]), unit);
-    }
-    return terms;
-}
-
-/// The same as the weight, of what is left of them where x and y are taken to more digits: they are
-/// in error by no more than the curvature makes of the digits.
-double weightBehind(const ProblemData& data,
-                    std::vector<Sum> residuals,
-                    const Point& point,
-                    const Point& digits,
-                    const Units& units) {
-    // What moves x or y by more of their size is another point.
-    constexpr double LargestDigits = 1e-6;
-    const double unit = std::min(1.0, units.variable);
-    if (!(largestMagnitude(digits.x) <=
-          LargestDigits * std::max(largestMagnitude(point.x), unit)) ||
-        !(largestMagnitude(digits.y) <= LargestDigits * largestMagnitude(point.y))) {
-        return weightOf(residuals, point.x, units);
-    }
-    const std::vector<Sum> curved = curvedSums(data, digits.x);
-    addTransposedProduct(residuals, data, digits.y);
-    Extended bend = 0;
-    for (std::size_t j = 0; j < data.n; ++j) {
-        bend += curved[j].value * digits.x[j];
-        residuals[j].value += curved[j].value;
-        if (std::abs(point.z[j]) > magnitude(residuals[j].value)) {
-            residuals[j].value = 0;  // the multiplier of the bound has more digits, and its sign
-        }
-    }
-    return weightOf(residuals, point.x, units) + magnitude(bend * 0.5);
-}
-
 }  // namespace
 
 bool touches(Extended value, double scale, double lower, double upper, double reach) {
@@ -284,7 +228,7 @@ Judgement settleAndJudge(const ProblemData& data, Point& point, const Point* dig
     certificate.dual = {};
     const std::vector<Sum> residuals = settle(data, curved, units, point, certificate.dual);
     const double weight = digits != nullptr ? weightBehind(data, residuals, point, *digits, units)
-                                            : weightOf(residuals, point.x, units);
+                                            : weightOf(data, residuals, point, units);
 
     const Objectives values(data, rows, curved, point);
     judgement.signedGap = static_cast<double>(values.gap);
