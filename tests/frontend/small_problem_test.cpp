@@ -164,21 +164,25 @@ TEST_F(SmallProblems, WithManyBoundsAreGuessedAndHaveTheSameAnswers) {
     SmallProblem road;
     int guessed = 0;
     int optimal = 0;
+    int large = 0;
     for (unsigned seed = 0; seed < 24; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
-        const Sample sample = boundedSample(48 + seed % 9, seed, seed % 2 == 0);
+        const std::size_t larger = seed < 20 ? 0 : 23 * (seed - 19);  // beyond 100 no images follow
+        const Sample sample = boundedSample(48 + seed % 9 + larger, seed, seed % 2 == 0);
         const std::optional<Result> small = solveSmall(road, sample.view());
         if (small) {
             expectAgreement(sample, *small, solveGenerally(sample.view()));
             optimal += small->status == Status::Optimal ? 1 : 0;
             guessed += small->status == Status::Optimal && small->iterations.dual == 0 ? 1 : 0;
         }
+        large += small && sample.n > 100 ? 1 : 0;
         if (HasFailure()) {
             return;
         }
     }
     EXPECT_GT(optimal, 12);
     EXPECT_GT(guessed, optimal / 2);
+    EXPECT_GT(large, 0);
 }
 
 /// Where few bounds hold the guess gives way. The dual method uses what it has loaded, and the
