@@ -3,6 +3,7 @@
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DUAL_HPP
 
 #include <limits>
+#include <vector>
 
 #include "frontend/core/control.hpp"
 #include "frontend/predict/small_caps.hpp"
@@ -77,12 +78,15 @@ private:
     [[nodiscard]] bool areRowsRounded() const;
     [[nodiscard]] double valueOf(std::size_t i) const;
 
-    struct WayIn {
-        double depth = 0.0;
-        double slope = 0.0;   ///< of the depth, along the shares that raise it
-        bool isHeld = false;  ///< there is none
+    struct NearSide {
+        std::vector<double> image;
+        std::vector<double> way{};  ///< among the images; found where it is needed
+        double slope = 0.0;         ///< of the depth in this side, along the way
+        bool isHeld = false;        ///< whether no way leads into it
     };
-    [[nodiscard]] WayIn wayInto(std::size_t i);
+    [[nodiscard]] std::vector<NearSide> nearSides();
+    void leadInto(const double* members, double* to);
+    void findWay(NearSide& side);
     [[nodiscard]] bool isSettled(const SmallViolation& worst);
     [[nodiscard]] End pull(std::size_t i);
     void move(double step, bool isDependent);

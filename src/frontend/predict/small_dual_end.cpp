@@ -91,10 +91,13 @@ bool SmallDual::isNearlyDependent(bool areSidesMissed) {
     bool areIndependent = true;
     for (std::size_t i = 0; i < shape.constraints() && areSidesMissed; ++i) {
         if (isNearSide(i) && !repeatsMember(i)) {
+            if (factor_.size() == shape.n) {
+                areIndependent = false;
+                break;
+            }
             gather(i, signOfNearSide(i));
             const double squaredNorm = factor_.project();
-            if (factor_.size() < shape.n &&
-                squaredNorm >= NearlyDependentImage * NearlyDependentImage) {
+            if (squaredNorm >= NearlyDependentImage * NearlyDependentImage) {
                 m_.member[factor_.size()] = static_cast<double>(i);
                 m_.isEquality[factor_.size()] = isEquality(i) ? 1.0 : 0.0;
                 factor_.append(squaredNorm);
@@ -110,55 +113,78 @@ bool SmallDual::isNearlyDependent(bool areSidesMissed) {
     return isDependent;
 }
 
-// memory.p := the shares of members that are inequalities in the image of a side. With them the
-// memory's step leads so deep into the side.
-SmallDual::WayIn SmallDual::wayInto(std::size_t i) {
-    gather(i, signOfNearSide(i));
-    static_cast<void>(factor_.project());
-    WayIn way;
+// The sides near the point that are no members, and their images.
+std::vector<SmallDual::NearSide> SmallDual::nearSides() {
+    std::vector<NearSide> sides;
+    for (std::size_t i = 0; i < m_.shape.constraints(); ++i) {
+        if (isNearSide(i)) {
+            gather(i, signOfNearSide(i));
+            sides.push_back({.image = {m_.g, m_.g + m_.shape.head()}});
+        }
+    }
+    return sides;
+}
+
+// memory.r := Tᵀ·members; to := Q·r, the step among the images that leads so deep into the members.
+void SmallDual::leadInto(const double* members, double* to) {
+    m_.kernels.multiplyTransposed(factor_.inverse(), members, m_.r);
+    m_.kernels.multiplyAdd(factor_.orthogonal(), m_.r, nullptr, to);
+}
+
+// The way that raises the depth in a side leads into the members that are inequalities, as deep as
+// their shares in its image are positive.
+void SmallDual::findWay(NearSide& side) {
+    m_.kernels.multiplyTransposed(factor_.orthogonal(), side.image.data(), m_.r);
+    m_.kernels.multiplyAdd(factor_.inverse(), m_.r, nullptr, m_.p);
     bool areOpposite = true;
     bool areNone = true;
     for (std::size_t k = 0; k < factor_.size(); ++k) {
-        double& share = m_.p[k];
         const bool isEqual = m_.isEquality[k] != 0.0;
+        const double share = isEqual ? 0.0 : m_.p[k];
         areOpposite = areOpposite && (isEqual || share <= -NearlyDependentImage);
-        share = isEqual ? 0.0 : share;
         areNone = areNone && std::abs(share) <= NoPartOfImage;
-        way.depth += share * m_.step[k];
-        way.slope += std::max(0.0, share) * share;
+        m_.p[k] = std::max(0.0, share);
+        side.slope += m_.p[k] * share;
     }
-    way.isHeld = factor_.size() == m_.shape.n && (areOpposite || areNone);
-    return way;
+    side.isHeld = factor_.size() == m_.shape.n && (areOpposite || areNone);
+    side.way.resize(m_.shape.head());
+    leadInto(m_.p, side.way.data());
 }
 
-// memory.step: how deep into the side of each member of the factor. For the other sides, whose
-// images the members combine to, that grows along the shares that they have in these. At a vertex a
-// side opposite to all members that are inequalities, and clearly so, holds x where it is: no
-// feasible point is farther away than what is missed. So does one that depends on equalities alone.
-// Where no way is found for others, sides hold x from all around, if by slight differences: these
-// count as the rounding of entries that look rounded.
+// memory.z: a step that leads into all members that are inequalities, then into the other sides,
+// whose images the members combine to. At a vertex a side opposite to all members that are
+// inequalities, and clearly so, holds x where it is: no feasible point is farther away than what is
+// missed. So does one that depends on equalities alone. Where no way is found for others, sides
+// hold x from all around, if by slight differences: these count as the rounding of entries that
+// look rounded.
 bool SmallDual::isWayInShort() {
     constexpr int MostRounds = 32;
+    const std::size_t head = m_.shape.head();
     const std::size_t size = factor_.size();
-    double* const step = m_.step;
-    std::fill_n(step, SmallShape::upTo(size, 8), 0.0);
-    std::transform(m_.isEquality, m_.isEquality + size, step,
+    std::fill_n(m_.step, SmallShape::upTo(size, 8), 0.0);
+    std::transform(m_.isEquality, m_.isEquality + size, m_.step,
                    [](double held) { return 1.0 - held; });
+    leadInto(m_.step, m_.z);
+    std::vector<NearSide> sides = nearSides();
     bool isEnough = false;
     for (int round = 0; round < MostRounds && !isEnough; ++round) {
         isEnough = true;
-        for (std::size_t i = 0; i < m_.shape.constraints(); ++i) {
-            const WayIn way = isNearSide(i) ? wayInto(i) : WayIn{.isHeld = true};
-            if (way.depth >= NearlyDependentImage || way.isHeld) {
+        for (NearSide& side : sides) {
+            const double depth = m_.kernels.dot(side.image.data(), m_.z, head);
+            if (depth >= NearlyDependentImage) {
                 continue;
             }
-            if (!(way.slope > NearlyDependentImage)) {
+            if (side.way.empty()) {
+                findWay(side);
+            }
+            if (side.isHeld) {
+                continue;
+            }
+            if (!(side.slope > NearlyDependentImage)) {
                 return false;
             }
             isEnough = false;
-            for (std::size_t k = 0; k < size; ++k) {
-                step[k] += std::max(0.0, m_.p[k]) * (1.0 - way.depth) / way.slope;
-            }
+            m_.kernels.addScaled((1.0 - depth) / side.slope, side.way.data(), m_.z, head);
         }
     }
     return isEnough ? isWayOpen() : areRowsRounded();
@@ -168,24 +194,21 @@ bool SmallDual::areRowsRounded() const {
     const SmallShape& shape = m_.shape;
     const double* const rows = m_.data + shape.head();
     bool areRounded = false;
-    for (std::size_t k = 0; k < shape.n * shape.m && !areRounded; ++k) {
-        const std::size_t i = k % shape.m;
-        areRounded = (m_.multipliers[i] != 0.0 || isNearSide(i)) &&
-                     looksRounded(rows[k / shape.m * shape.height() + i]);
+    for (std::size_t i = 0; i < shape.m && !areRounded; ++i) {
+        const bool isAtSide = m_.multipliers[i] != 0.0 || isNearSide(i);
+        for (std::size_t j = 0; j < shape.n && isAtSide && !areRounded; ++j) {
+            areRounded = looksRounded(rows[j * shape.height() + i]);
+        }
     }
     return areRounded;
 }
 
-// Whether memory.step is short, and what is missed so little that it reaches no other side. All is
+// Whether memory.z is short, and what is missed so little that it reaches no other side. All is
 // measured in the space of the images.
 bool SmallDual::isWayOpen() {
     const SmallShape& shape = m_.shape;
-    m_.kernels.multiplyTransposed(factor_.inverse(), m_.step, m_.r);
-    double squaredLength = 0.0;
-    for (std::size_t k = 0; k < factor_.size(); ++k) {
-        squaredLength += m_.r[k] * m_.r[k];
-    }
-    const double length = std::sqrt(squaredLength) / NearlyDependentImage;
+    const double length =
+        std::sqrt(m_.kernels.dot(m_.z, m_.z, shape.head())) / NearlyDependentImage;
     double missed = 0.0;
     double room = Infinity;
     for (std::size_t i = 0; i < shape.constraints(); ++i) {
