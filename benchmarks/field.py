@@ -31,8 +31,8 @@ FULL = [("random10", [20, 100, 500]), ("random30", [5, 10, 20, 50, 100, 200, 500
         ("svm-C1", [20, 50, 100, 200, 500, 1000]), ("svm-C100", [100, 500, 1000]),
         ("portfolio", [50, 200, 500, 1000]), ("linear-kernel", [20, 100, 500]), ("tall", [20, 50, 100]),
         ("infeasible-rows", [20, 50, 100, 200, 500]), ("infeasible-bounds", [20, 50, 100, 200, 500]),
-        ("sequence:random30", [20, 50, 100, 200]), ("sequence:box50", [100]),
-        ("sequence:svm-C1", [100, 500]), ("sequence:portfolio", [50, 200]),
+        ("sequence:random30", [20, 50, 100, 200]), ("sequence:box50", [100, 200]),
+        ("sequence:svm-C1", [100, 500]), ("sequence:portfolio", [50, 200]), ("sequence:linear-kernel", [200]),
         ("many1:random30", [20]), ("many2:random30", [20]),
         ("batch1:random30", [10, 20]), ("batch2:random30", [10, 20]),
         ("shared1:random30", [10, 20]), ("shared2:random30", [10, 20])]
