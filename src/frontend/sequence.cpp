@@ -187,8 +187,12 @@ SmallProblem::SoftEnd Sequence::solveSmallSoft(const Problem& problem,
     }
     const bool areMatricesKept = !haveSmallMatricesChanged_;
     haveSmallMatricesChanged_ = false;
-    const End end = small_->solveNextSoft(problem, areMatricesKept, last_, settings, control,
-                                          result, predicted);
+    End end = small_->solveNextSoft(problem, areMatricesKept, last_, settings, control, result,
+                                    predicted);
+    if (end == End::Proved && !isSettled(problem, result)) {
+        result = {};  // corrections have taken a multiplier beyond its penalty
+        end = End::GivenUp;
+    }
     isLastSmall_ = end == End::Proved && isContinued_;
     if (isLastSmall_) {
         keep(result);

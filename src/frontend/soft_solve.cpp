@@ -32,6 +32,9 @@ public:
         result.workingSet = set;
         if (!isOptimal || result.hessianShift != 0.0 ||
             !improves(set, point, settings.tolerance, result)) {
+            if (isOptimal && result.hessianShift == 0.0) {
+                cap(point, settings.tolerance, result);
+            }
             take(std::move(point), result);
         }
         if (!result.direction.empty()) {
@@ -50,6 +53,17 @@ private:
         result.x = std::move(point.x);
         result.y = std::move(point.y);
         result.z = std::move(point.z);
+    }
+
+    /// Takes multipliers no larger than what their sides cost, where these are a proof as well.
+    void cap(Point& point, double tolerance, Result& result) const {
+        Point within = slack_.capped({result.x, result.y, result.z});
+        const Judgement judgement = settleAndJudge(slack_.data, within);
+        if (judgement.certificate.holds(tolerance)) {
+            result.objective = judgement.objective;
+            result.certificate = judgement.certificate;
+            point = slack_.restricted(std::move(within));
+        }
     }
 
     /// Slacks that are what the point violates, and nothing else, where that is a proof as well.

@@ -2,6 +2,7 @@
 // optimality conditions, and in sequences.
 #include <gtest/gtest.h>
 
+#include "frontend/generator.hpp"
 #include "frontend/soft_problem.hpp"
 
 namespace activeset::test {
@@ -246,6 +247,36 @@ TEST(RandomSoftSides, StayInASequence) {
         solver.setPenalties({});
         EXPECT_EQ(textOf(solver.solve().status), textOf(solve(soft.hard()).status));
     }
+}
+
+// Penalties that are the multipliers of the hard problem, or a little less: which sides are
+// violated is a matter of rounding.
+TEST(RandomSoftSides, HaveNoMultiplierAboveItsPenalty) {
+    int compared = 0;
+    int unproved = 0;
+    for (unsigned seed = 1; seed < 200; seed += 2) {
+        const Sample sample = randomSample(seed, 20, false);
+        Problem problem = sample.view();
+        const Result hard = solve(problem);
+        if (!hard) {
+            continue;
+        }
+        for (const double share : {1.0, 1.0 - 2e-16, 1.0 - 5e-14}) {
+            Numbers prices;
+            for (const double y : hard.y) {
+                prices.push_back(y == 0.0 ? 1.0 : std::abs(y) * share);
+            }
+            problem.rowPenalty = {.lowerLinear = prices, .upperLinear = prices};
+            const Result soft = solve(problem);
+            unproved += soft ? 0 : 1;
+            for (std::size_t i = 0; i < prices.size() && soft; ++i) {
+                EXPECT_LE(std::abs(soft.y[i]), prices[i]) << "seed " << seed;
+                compared += soft.y[i] == 0.0 ? 0 : 1;
+            }
+        }
+    }
+    EXPECT_GT(compared, 300);
+    EXPECT_LE(unproved, compared / 100);
 }
 
 }  // namespace

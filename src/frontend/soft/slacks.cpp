@@ -106,6 +106,17 @@ Point SlackProblem::restricted(Point point) const {
     return point;
 }
 
+Point SlackProblem::capped(Point point) const {
+    for (std::size_t t = 0; t < sides_.size(); ++t) {
+        const std::size_t j = n_ + t;
+        const double curvature = data.quadratic ? data.columnOfH(j)[j] : 0.0;
+        const double most = data.c[j] + curvature * std::max(0.0, point.x[j]);
+        double& y = point.y[rowOf_[t]];
+        y = sides_[t].side == Side::Upper ? std::min(y, most) : std::max(y, -most);
+    }
+    return point;
+}
+
 WorkingSet SlackProblem::restricted(const WorkingSet& set, const Vector& slacks) const {
     std::vector<bool> isViolated(data.m, false);
     WorkingSet result;

@@ -22,6 +22,8 @@ public:
     /// The working set of the problem, from one of this problem and the slacks: a side with a
     /// positive slack is violated, of two sides that with the larger one.
     [[nodiscard]] WorkingSet restricted(const WorkingSet& set, const Vector& slacks) const;
+    /// A point of this problem, its multipliers cut off at what the sides cost there.
+    [[nodiscard]] Point capped(Point point) const;
     /// The slacks of a point of this problem.
     [[nodiscard]] Vector slacksOf(const Vector& x) const {
         return {x.begin() + static_cast<std::ptrdiff_t>(n_), x.end()};
