@@ -201,7 +201,7 @@ std::optional<Doubt> doubt(ProblemCache& problem,
                            const BestPoint& best,
                            const Settings& exact,
                            Control& control) {
-    constexpr double LevelGradient = 64.0 * std::numeric_limits<double>::epsilon();
+    constexpr double LevelGradient = 8.0 * std::numeric_limits<double>::epsilon();
     const Judgement& judgement = best.judgement();
     const double miss = judgement.certificate.primal.relative;
     const bool isRounding = miss <= FeasibleToRounding;
