@@ -151,17 +151,18 @@ public:
 private:
     // What a sum of such terms is rounded by at a point of this size, be its own terms tiny.
     [[nodiscard]] double floorOf(std::size_t j, bool isBounded) const {
-        double floor = isBounded ? 0.0 : std::min(1.0, units_.gradient);
-        double sum = 0.0;
+        // A tiny cost is no rounding of anything.
+        const bool isCost = data_.c[j] != 0.0;
+        const double floor = isBounded || isCost ? 0.0 : std::min(1.0, units_.gradient);
+        double curved = 0.0;
         for (std::size_t i = 0; i < data_.n && data_.quadratic; ++i) {
-            sum += std::abs(data_.columnOfH(j)[i]);
+            curved += std::abs(data_.columnOfH(j)[i]);
         }
-        floor = std::max(floor, sum * largestX_);
-        sum = 0.0;
+        double pulled = 0.0;
         for (std::size_t i = 0; i < data_.m; ++i) {
-            sum += std::abs(data_.columnOfA(j)[i]);
+            pulled += std::abs(data_.columnOfA(j)[i]);
         }
-        return std::max(floor, sum * largestY_);
+        return std::max({floor, curved * largestX_, pulled * largestY_});
     }
 
     const ProblemData& data_;

@@ -8,17 +8,9 @@
 
 namespace activeset::frontend {
 
-namespace {
-
-// What refinement leaves of an entry; more than that, in proportion to the terms, is a slope.
-constexpr double SlopeRounding = 64.0 * std::numeric_limits<double>::epsilon();
-
-}  // namespace
-
 // An entry within the rounding of its terms stands for one of x, or, where it would take a variable
 // off its bound, for as far as any is. One beyond that may move its variable, be that zero, as far
-// as any is, or as far as a side or a bound tells that some may be; and where no multiplier holds
-// it, as far as a ray has to show its slope.
+// as any is, or as far as a side or a bound tells that some may be.
 double weightOf(const ProblemData& data,
                 const std::vector<Sum>& residuals,
                 const Point& point,
@@ -35,8 +27,7 @@ double weightOf(const ProblemData& data,
         if (residual <= GradientRounding * residuals[j].scale) {
             weight += residual * (isAtBound && isFree ? largest : std::max(std::abs(x), unit));
         } else {
-            const bool isSlope = isFree && residual > SlopeRounding * residuals[j].scale;
-            weight += residual * farthest * (isSlope ? LeastReach : 1.0);
+            weight += residual * farthest;
         }
     }
     return weight;

@@ -11,7 +11,6 @@
 #include "frontend/problem/extended_sums.hpp"
 #include "frontend/problem/submatrices.hpp"
 #include "frontend/proof/equalities.hpp"
-#include "frontend/proof/units.hpp"
 
 namespace activeset::frontend {
 
@@ -120,6 +119,7 @@ Ray judgeRay(const ProblemData& data, const Vector& direction) {
 
 bool holds(const Ray& ray, double tolerance, double variable) {
     constexpr double LeastDescent = 1e-13;
+    constexpr double LeastReach = 1e6;
     return ray.isFlat && ray.meetsNoSide && ray.slope < -LeastDescent * ray.scale &&
            ray.slope < 0.0 && -ray.slope >= LeastReach * variable * ray.missed &&
            ray.residual.relative <= tolerance;

@@ -7,9 +7,6 @@
 
 namespace activeset::frontend {
 
-/// A slope counts at points so many times farther out than the natural size of the variables.
-inline constexpr double LeastReach = 1e6;
-
 /// Sizes of variables and sums; 1 where the data do not tell.
 struct Units {
     double variable = 1.0;
