@@ -155,9 +155,9 @@ double spreadOfRows(const ProblemData& data, const Scaling& scaling) {
 Scaling equilibrated(const ProblemData& data) {
     constexpr int FarExponent = 64;
     Scaling scaling = equilibrated(data, 1.0);
-    const double largest = data.m > 0 ? largestMagnitude(data.H) : 0.0;
-    if (largest > 0.0 && std::abs(std::ilogb(largest)) > FarExponent) {
-        Scaling other = equilibrated(data, 1.0 / powerOfTwoNear(largest, LargestOfObjective));
+    const double size = data.m > 0 ? largestMagnitude(data.H) : 0.0;
+    if (size > 0.0 && std::abs(std::ilogb(size)) > FarExponent) {
+        Scaling other = equilibrated(data, 1.0 / powerOfTwoNear(size, LargestOfObjective));
         if (spreadOfRows(data, other) < spreadOfRows(data, scaling)) {
             return other;
         }
