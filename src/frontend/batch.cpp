@@ -6,7 +6,6 @@
 #include <cstring>
 #include <limits>
 #include <optional>
-#include <utility>
 
 #include "frontend/sequence.hpp"
 #include "frontend/team.hpp"
@@ -51,30 +50,6 @@ void write(const Result& result, const BatchOut& out, std::size_t k, const Probl
     if (out.iterations != nullptr) {
         out.iterations[k] = result.iterations;
     }
-}
-
-/// Whether the problems do not differ, and no result is written.
-bool isOnlyCounted(const ProblemBatch& problems, const BatchOut& out) {
-    const auto isShared = [](const VectorBatch& part) {
-        return part.stride == 0 || part.first.data() == nullptr;
-    };
-    return problems.H.isShared() && isShared(problems.c) && problems.A.isShared() &&
-           isShared(problems.rowLower) && isShared(problems.rowUpper) && isShared(problems.lower) &&
-           isShared(problems.upper) && isShared(problems.constant) && isShared(problems.start) &&
-           out.x.data == nullptr && out.y.data == nullptr && out.z.data == nullptr &&
-           out.objective == nullptr && out.status == nullptr && out.certificate == nullptr &&
-           out.iterations == nullptr;
-}
-
-/// Solves one problem for all.
-std::size_t solveOne(ProblemBatch problems, const BatchOut& out, ManySettings settings) {
-    const std::size_t count = std::exchange(problems.count, 1);
-    if (settings.onDone) {
-        settings.onDone = [count, report = std::move(settings.onDone)](std::size_t, std::size_t) {
-            report(count, count);
-        };
-    }
-    return count * solveBatch(problems, out, settings);
 }
 
 /// The work of one thread.
@@ -162,9 +137,6 @@ private:
 std::size_t solveBatch(const ProblemBatch& problems,
                        const BatchOut& out,
                        const ManySettings& settings) {
-    if (problems.count > 1 && isOnlyCounted(problems, out)) {
-        return solveOne(problems, out, settings);
-    }
     const FloatingPointGuard environment;
     frontend::requireNoSolve();
     frontend::Team team(problems.count, settings);

@@ -153,13 +153,6 @@ TEST_F(BatchThreads, WriteOnlyWhatIsAskedFor) {
         }
     }
     EXPECT_EQ(solveBatch({}, {}), 0U);
-    // Nothing tells these apart.
-    constexpr std::size_t Many = std::size_t{1} << 62U;
-    const Numbers H{2.0};
-    const auto allAtOnce = [](std::size_t done, std::size_t of) { EXPECT_EQ(done, of); };
-    EXPECT_EQ(
-        solveBatch({.count = Many, .H = {{H, 1, 1}}, .c = {{H}, 0}}, {}, {.onDone = allAtOnce}),
-        Many);
 }
 
 TEST_F(BatchThreads, EndWhenTheyAreToldTo) {
