@@ -190,8 +190,8 @@ typedef struct activeset_options {
     const activeset_stop* stop; /* or null; looked at until the solve ends */
     /* Called after every pass of the core, or null; 0 ends the solve. With a callback
      * ACTIVESET_START_AUTOMATIC leaves predictions out. In it, other solves of the thread and
-     * changes of the activeset_solver at work are ACTIVESET_BUSY; it must not free what is at
-     * work. */
+     * changes of the activeset_solver at work are ACTIVESET_BUSY, those of its options count for
+     * the solves to come; it must not free what is at work. */
     int (*on_pass)(const activeset_progress* progress, void* user);
     void* user; /* handed to on_pass */
     /* How far H may be from convex, in proportion to its Frobenius norm; [0, 1], 0 for no shift. */

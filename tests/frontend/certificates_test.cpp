@@ -189,6 +189,14 @@ TEST_F(Certificates, CountSlopesAsFarOutAsTheyMayLead) {
     const frontend::ProblemData costs = frontend::copyOf(cost.view());
     EXPECT_FALSE(frontend::judge(costs, {{0, 1}, {}, {0, 0}}).certificate.holds(1e-9));
     EXPECT_EQ(solve(cost.view()).status, Status::Unbounded);
+
+    // ½(x₁ − x₂)² − 10⁻¹²·x₁, from zero and from (1, 1)
+    const Sample slope{2, 0, {1, -1, -1, 1}, {-1e-12, 0}, {}, {}, {}, {}, {}, {}};
+    const Numbers ones{1, 1};
+    Problem problem = slope.view();
+    EXPECT_EQ(solve(problem).status, Status::Unbounded);
+    problem.start = ones;
+    EXPECT_EQ(solve(problem).status, Status::Unbounded);
 }
 
 // min x₁ + x₂ with x₁ ≥ 1e9 and x₂ ≥ 1e5. One unit in the last place of the first multiplier is a

@@ -88,7 +88,8 @@ TEST(NearlyParallelSides, AreNotMetByRoundingAlone) {
         expectTruth(Style::NearParallel, seed);
     }
     // Of the last, rows cancel in doubles but not in truth: a point that meets them is far out.
-    for (const std::uint64_t seed : {2920U, 503443U, 504948U, 507653U, 902828U, 905332U}) {
+    for (const std::uint64_t seed :
+         {2920U, 503443U, 504948U, 507653U, 902828U, 905332U, 9000527U}) {
         expectTruth(Style::Wedges, seed);
     }
     for (const std::uint64_t seed : {415858U, 4000134U, 4011927U}) {
