@@ -133,6 +133,13 @@ TEST_F(Certificates, TellContradictionsFromRowsThatCancelInDoublesOnly) {
     };
     const Sample exact = parallel(1.0, 1.0 + e, 1.0 + e);
     EXPECT_FALSE(frontend::doContradict(dataOf(exact), {1.0 + e, 1.0}, far));
+    Sample beside = exact;  // a rounded entry of a fixed variable has no part in that
+    beside.n = 3;
+    beside.c.push_back(0.0);
+    beside.A.insert(beside.A.end(), {0.1, 0.0});
+    beside.lower = {-Infinity, -Infinity, 0.0};
+    beside.upper = {Infinity, Infinity, 0.0};
+    EXPECT_FALSE(frontend::doContradict(dataOf(beside), {1.0 + e, 1.0}, far));
     Sample rounded = parallel(1.0 / 3.0, 0.7, 1.1);
     EXPECT_TRUE(frontend::doContradict(dataOf(rounded), {1.1, 1.0}, far));
     rounded.A[3] += 1e-14;

@@ -125,7 +125,10 @@ bool Contradiction::isRounding() const {
     constexpr double RoundedEntries = 4.0 * std::numeric_limits<double>::epsilon();
     bool areAnyRounded = false;
     for (std::size_t j = 0; j < data_.n; ++j) {
-        if (!isTakenUp(j) && magnitude(sums_[j].value) > RoundedEntries * sums_[j].scale) {
+        if (sums_[j].value == 0.0 || isTakenUp(j)) {
+            continue;
+        }
+        if (magnitude(sums_[j].value) > RoundedEntries * sums_[j].scale) {
             return false;
         }
         areAnyRounded = areAnyRounded || std::ranges::any_of(rows_, [&](std::size_t i) {
