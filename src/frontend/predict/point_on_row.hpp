@@ -9,6 +9,7 @@
 namespace activeset::frontend {
 
 /// The nearest one to x, which is between the bounds, of the points x + t·a moved between them.
+/// There is none, or none is found, if with |t| up to 10³⁰ they stay on one side of the row.
 /// @param a  the row, or, to leave other variables where they are, its entries at some only
 [[nodiscard]] std::optional<Vector> pointOnRow(const ProblemData& data,
                                                const Vector& x,

@@ -141,9 +141,9 @@ bool Contradiction::isRounding() const {
 }  // namespace
 
 bool looksRounded(double number) {
-    constexpr int FewDigits = 48;  // binary ones
+    constexpr double FewDigits = 0x1p48;  // 48 binary ones
     int exponent = 0;
-    const double digits = std::ldexp(std::frexp(number, &exponent), FewDigits);
+    const double digits = FewDigits * std::frexp(number, &exponent);
     return digits != std::trunc(digits);
 }
 
