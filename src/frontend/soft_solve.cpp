@@ -58,6 +58,9 @@ private:
     /// Takes multipliers no larger than what their sides cost, where these are a proof as well.
     void cap(Point& point, double tolerance, Result& result) const {
         Point within = slack_.capped({result.x, result.y, result.z});
+        if (within.y == result.y) {
+            return;
+        }
         const Judgement judgement = settleAndJudge(slack_.data, within);
         if (judgement.certificate.holds(tolerance)) {
             result.objective = judgement.objective;
