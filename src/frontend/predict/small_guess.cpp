@@ -108,7 +108,7 @@ std::size_t SmallGuess::held() const {
         // Without branches, which nobody could foresee.
         const unsigned isLower = (m_.x[j] == lower[j] ? 1U : 0U) & (m_.g[j] > 0.0 ? 1U : 0U);
         const unsigned isUpper = (m_.x[j] == upper[j] ? 1U : 0U) & (m_.g[j] < 0.0 ? 1U : 0U);
-        count += isLower | isUpper;
+        count += (isLower | isUpper) & (lower[j] < upper[j] ? 1U : 0U);
     }
     return count;
 }
