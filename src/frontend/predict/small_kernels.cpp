@@ -4,6 +4,7 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frontend/predict/small_kernels.cpp"
 #include "frontend/algebra/each_set.hpp"
+#include "frontend/predict/small_descent.hpp"
 #include "frontend/predict/small_exact.hpp"
 #include "frontend/predict/small_images.hpp"
 #include "frontend/predict/small_judge.hpp"

@@ -196,34 +196,6 @@ void addScaled(double alpha, const double* x, double* y, std::size_t count) {
     }
 }
 
-/// a·b + c, rounded as a lane of addTo().
-HWY_INLINE double fused(double a, double b, double c) {
-    const hn::CappedTag<double, 1> one;
-    return hn::GetLane(hn::MulAdd(hn::Set(one, a), hn::Set(one, b), hn::Set(one, c)));
-}
-
-void descend(const SmallMatrix& H,
-             const SmallBox& box,
-             const double* inverse,
-             std::size_t count,
-             double* x,
-             double* g) {
-    // Where the next variable goes is found by itself, ahead of the lanes that store its slope.
-    double target = x[0] - g[0] * inverse[0];
-    for (std::size_t j = 0; j < count; ++j) {
-        double to = target > box.lower[j] ? target : box.lower[j];
-        to = to < box.upper[j] ? to : box.upper[j];
-        const double step = to - x[j];
-        const double* const column = H.data + j * H.leading;
-        const std::size_t next = j + 1 < count ? j + 1 : j;
-        target = fused(-inverse[next] * column[next], step, x[next] - g[next] * inverse[next]);
-        if (step != 0.0) {
-            x[j] = to;
-            addScaled(step, column, g, H.rows);
-        }
-    }
-}
-
 constexpr double NoRow = 1e9;
 
 /// The largest so far of each lane, and the rows that they are of.
