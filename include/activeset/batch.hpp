@@ -103,7 +103,7 @@ struct BatchOut {
 /// from those of solve(). With chains (ManySettings::chain) a division has to respect them.
 ///
 /// A small problem, as docs/method.md has it, that ends optimal asks for no memory once a thread
-/// has solved one of its size. A problem that fails spoils no other.
+/// has solved one of its size, but at degenerate vertices. A problem that fails spoils no other.
 ///
 /// @returns how many are proved optimal
 /// @raises std::logic_error inside a callback of another solve; std::bad_alloc where not even one
