@@ -31,6 +31,20 @@ bool areSides(const VectorView& lower, const VectorView& upper, std::size_t size
     return areSound;
 }
 
+/// Penalties of sides that are there, as far as checks see it: sides may come and go, so that
+/// prices of absent ones are no fault.
+Problem pricesOf(const Penalty& rows, const Penalty& bounds) {
+    // A static inside an exported class would keep the library from being unloaded.
+    static constexpr double AnySide = 0.0;
+    const VectorView there(&AnySide, 1);
+    return {.rowLower = there,
+            .rowUpper = there,
+            .lower = there,
+            .upper = there,
+            .rowPenalty = rows,
+            .boundPenalty = bounds};
+}
+
 }  // namespace
 
 class Solver::Kept {
@@ -122,19 +136,6 @@ private:
     private:
         bool& flag_;
     };
-
-    /// Penalties of sides that are there, as far as checks see it: sides may come and go, so that
-    /// prices of absent ones are no fault.
-    [[nodiscard]] static Problem pricesOf(const Penalty& rows, const Penalty& bounds) {
-        static constexpr double AnySide = 0.0;
-        const VectorView there(&AnySide, 1);
-        return {.rowLower = there,
-                .rowUpper = there,
-                .lower = there,
-                .upper = there,
-                .rowPenalty = rows,
-                .boundPenalty = bounds};
-    }
 
     void requireRest() const {
         if (isWorking_) {
