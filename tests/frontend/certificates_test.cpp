@@ -163,6 +163,32 @@ TEST_F(Certificates, OfUnboundednessAreUndoneByCurvatureSidesAndAscent) {
     EXPECT_FALSE(isProof({0.0, 1.0}));
 }
 
+// H = vvᵀ + 2⁻³⁶·11ᵀ with v = (3, 3, −2, 3) and 2⁻³⁷ more at the end: the optimum of −7e10 is at
+// entries of 1e11. A direction without slope hides this curvature, but no less the slope.
+TEST_F(Certificates, OfUnboundednessAreUndoneByCurvatureThatAFlatDirectionHides) {
+    const double e = 0x1p-36;
+    const Sample s{4,
+                   3,
+                   {9 + e, 9 + e, -6 + e, 9 + e, 9 + e, 9 + e, -6 + e, 9 + e, -6 + e, -6 + e, 4 + e,
+                    -6 + e, 9 + e, 9 + e, -6 + e, 9 + 1.5 * e},
+                   {1, 1, 1, 2},
+                   {2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 0},
+                   {17, 17, 12},
+                   {23, 23, Infinity},
+                   {},
+                   {},
+                   {1, 4, 6, 6}};
+    EXPECT_NE(solve(s.view()).status, Status::Unbounded);
+    const double share = 0x1p-11;
+    const Numbers mixed{share - 1, 1, 0, -share};
+    EXPECT_FALSE(frontend::holds(frontend::judgeRay(dataOf(s), mixed), 1e-9));
+
+    // Curvature of 6e-17 of its terms is the rounding of 0.01, 0.03 and 0.09.
+    const Sample rounded{
+        2, 0, {0.1 * 0.1, 0.1 * 0.3, 0.1 * 0.3, 0.3 * 0.3}, {1, 3 + share}, {}, {}, {}, {}, {}, {}};
+    EXPECT_TRUE(frontend::holds(frontend::judgeRay(dataOf(rounded), {3, -1}), 1e-9));
+}
+
 TEST_F(Certificates, MeasureTheGapOfAPointThatIsFeasibleButNotOptimal) {
     // min x, x ≥ 1: at x = 3 with multiplier −1 the dual value is 1.
     const Sample s{1, 0, {}, {1.0}, {}, {}, {}, {1.0}, {Infinity}, {}};

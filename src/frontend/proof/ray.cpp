@@ -10,6 +10,7 @@
 #include "frontend/algebra/pivoted_qr.hpp"
 #include "frontend/problem/extended_sums.hpp"
 #include "frontend/problem/submatrices.hpp"
+#include "frontend/proof/contradiction.hpp"
 #include "frontend/proof/equalities.hpp"
 
 namespace activeset::frontend {
@@ -66,6 +67,39 @@ Taken takenUp(const ProblemData& data, const Equalities& equalities, std::vector
     return result;
 }
 
+/// The size of the terms of dᵀHd − 2wᵀEd with entries of H and E that look rounded.
+double roundedTerms(const ProblemData& data, const Vector& direction, const Vector& w) {
+    double result = 0.0;
+    for (std::size_t j = 0; j < data.n; ++j) {
+        double column = 0.0;
+        for (std::size_t i = 0; i < data.n && data.quadratic; ++i) {
+            const double entry = direction[j] == 0.0 ? 0.0 : data.columnOfH(j)[i];
+            column += looksRounded(entry) ? std::abs(entry * direction[i]) : 0.0;
+        }
+        for (std::size_t i = 0; i < data.m; ++i) {
+            const double entry = w[i] == 0.0 ? 0.0 : data.columnOfA(j)[i];
+            column += looksRounded(entry) ? 2 * std::abs(entry * w[i]) : 0.0;
+        }
+        result += column * std::abs(direction[j]);
+    }
+    return result;
+}
+
+/// Whether dᵀHd − 2wᵀEd is zero but for the rounding of entries that look rounded. Other data count
+/// as given. There the curvature is measured by the slope: a direction without either, mixed into
+/// d, hides a share of the slope, and the square of this share of the curvature.
+bool isZero(const Sum& bend,
+            const Sum& slope,
+            const ProblemData& data,
+            const Vector& direction,
+            const Vector& w) {
+    const double flat = FlatCurvature * bend.scale;
+    const double value = magnitude(bend.value) - roundingOf(bend, 2 * data.n);
+    const double share = slope.scale > 0.0 ? magnitude(slope.value) / slope.scale : 0.0;
+    return value <= flat * share * share ||
+           (value <= flat && value <= FlatCurvature * roundedTerms(data, direction, w));
+}
+
 }  // namespace
 
 Ray judgeRay(const ProblemData& data, const Vector& direction) {
@@ -111,7 +145,7 @@ Ray judgeRay(const ProblemData& data, const Vector& direction) {
         bend.value -= rows[i].value * 2 * taken.rows[i];
         bend.scale += 2 * rows[i].scale * std::abs(taken.rows[i]);
     }
-    ray.isFlat = magnitude(bend.value) <= FlatCurvature * bend.scale + roundingOf(bend, 2 * data.n);
+    ray.isFlat = isZero(bend, slope, data, direction, taken.rows);
     ray.slope = static_cast<double>(slope.value);
     ray.scale = slope.scale;
     return ray;
