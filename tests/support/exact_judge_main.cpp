@@ -1,8 +1,9 @@
 // Solves many small problems of each style and counts wrong answers with an exact judge.
 //
-//     exact_judge [--style NAME] [--count N] [--seed FIRST] [--largest VARIABLES] [--show]
+//     exact_judge [--style NAME] [--count N] [--seed LOWEST] [--largest VARIABLES] [--show]
 //
-// Problem k of a style is made from the seed FIRST + k. --show prints the first wrong ones.
+// Each problem has a seed of its own: the lowest one, the next, and so on. With --show it prints
+// some of those that are solved wrongly.
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -143,7 +144,7 @@ Options optionsOf(int argc, char** argv) {
             options.largest = number;
         } else {
             std::fprintf(stderr,
-                         "usage: exact_judge [--style NAME] [--count N] [--seed FIRST]"
+                         "usage: exact_judge [--style NAME] [--count N] [--seed LOWEST]"
                          " [--largest VARIABLES] [--show]\n");
             std::exit(2);
         }
