@@ -5,7 +5,7 @@
 
 #include "frontend/predict/small_dual.hpp"
 #include "frontend/proof/certificate.hpp"
-#include "frontend/proof/contradiction.hpp"
+#include "frontend/proof/rounded_digits.hpp"
 
 namespace activeset::frontend {
 

@@ -9,6 +9,7 @@
 #include "frontend/algebra/dense.hpp"
 #include "frontend/algebra/pivoted_qr.hpp"
 #include "frontend/problem/submatrices.hpp"
+#include "frontend/proof/rounded_digits.hpp"
 #include "frontend/proof/sides_sum.hpp"
 
 namespace activeset::frontend {
@@ -139,13 +140,6 @@ bool Contradiction::isRounding() const {
 }
 
 }  // namespace
-
-bool looksRounded(double number) {
-    constexpr double FewDigits = 0x1p48;  // 48 binary ones
-    int exponent = 0;
-    const double digits = FewDigits * std::frexp(number, &exponent);
-    return digits != std::trunc(digits);
-}
 
 bool doContradict(const ProblemData& data, Vector y, double reach) {
     Contradiction contradiction(data, std::move(y));

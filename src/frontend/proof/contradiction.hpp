@@ -14,9 +14,6 @@ namespace activeset::frontend {
 /// @param y  m multipliers; one whose side is absent counts as 0
 [[nodiscard]] bool doContradict(const ProblemData& data, Vector y, double reach);
 
-/// Whether a number has the digits of doubles, nearly to the last: mostly it then is rounded.
-[[nodiscard]] bool looksRounded(double number);
-
 }  // namespace activeset::frontend
 
 #endif

@@ -10,8 +10,8 @@
 #include "frontend/algebra/pivoted_qr.hpp"
 #include "frontend/problem/extended_sums.hpp"
 #include "frontend/problem/submatrices.hpp"
-#include "frontend/proof/contradiction.hpp"
 #include "frontend/proof/equalities.hpp"
+#include "frontend/proof/rounded_digits.hpp"
 
 namespace activeset::frontend {
 
