@@ -80,6 +80,7 @@ public:
     [[nodiscard]] static bool suits(const Settings& settings);
 
 private:
+    /// Forgets what the last solve left; loads the problem if it is wanted here and fits.
     [[nodiscard]] bool loadNext(const Problem& problem, bool areMatricesKept, bool isWanted);
     [[nodiscard]] bool load(const Problem& problem);
     [[nodiscard]] bool formImagesOnce();
