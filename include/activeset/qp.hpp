@@ -423,8 +423,10 @@ ACTIVESET_API void releaseWorkspaces() noexcept;
 /// are kept while the matrices stay, and where the working set stays, too, one correction with the
 /// factors at hand is the whole solve.
 ///
-/// Mistakes in a part that is set show in the results of solves until the part is set again. For
-/// one thread at a time.
+/// Mistakes in a part that is set show in the results of solves until the part is set again. What
+/// replaces a part, or restarts, raises std::logic_error inside a callback of the Solver's own
+/// solve; such a callback must not assign to the Solver or destroy it either. For one thread at a
+/// time.
 class ACTIVESET_API Solver {
 public:
     /// Faults in the problem show when it is solved.
@@ -437,9 +439,6 @@ public:
     Solver& operator=(const Solver&) = delete;
     ~Solver();
 
-    /// The functions that replace something raise std::logic_error inside a callback of this
-    /// Solver's own solve, which must not assign to or destroy it either.
-    ///
     /// Replaces H, n × n; what was kept of the matrices goes.
     void setHessian(const MatrixView& H);
     /// Replaces c, n, and the constant.
