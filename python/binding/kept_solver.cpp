@@ -11,6 +11,7 @@
 
 #include "arguments.hpp"
 #include "control.hpp"
+#include "heap_type.hpp"
 #include "problem_holder.hpp"
 #include "result.hpp"
 #include "sequence.hpp"
@@ -234,13 +235,8 @@ void addSolverType(py::module_& module) {
         {Py_tp_doc, const_cast<char*>(SolverText)},
         {},
     }};
-    PyType_Spec spec{"activeset.Solver", sizeof(SolverObject), 0,
-                     Py_TPFLAGS_DEFAULT | Py_TPFLAGS_HAVE_GC, slots.data()};
-    auto type = py::reinterpret_steal<py::object>(PyType_FromSpec(&spec));
-    if (!type) {
-        throw py::error_already_set();
-    }
-    module.attr("Solver") = type;
+    static_cast<void>(addType(module, "activeset.Solver", sizeof(SolverObject),
+                              Py_TPFLAGS_DEFAULT | Py_TPFLAGS_HAVE_GC, slots.data()));
 }
 
 }  // namespace activeset::python

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "arrays.hpp"
+#include "heap_type.hpp"
 #include "result_state.hpp"
 
 namespace activeset::python {
@@ -224,14 +225,9 @@ void addResultType(py::module_& module) {
         {Py_tp_doc, const_cast<char*>("What a solve found; the base of Result.")},
         {},
     }};
-    PyType_Spec spec{"activeset._core.ResultBase", sizeof(ResultObject), 0,
-                     Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots.data()};
-    auto type = py::reinterpret_steal<py::object>(PyType_FromSpec(&spec));
-    if (!type) {
-        throw py::error_already_set();
-    }
+    const py::object type = addType(module, "activeset._core.ResultBase", sizeof(ResultObject),
+                                    Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots.data());
     classes().base = reinterpret_cast<PyTypeObject*>(type.inc_ref().ptr());
-    module.attr("ResultBase") = type;
 }
 
 void configureResults(py::type resultClass, py::tuple statuses) {
