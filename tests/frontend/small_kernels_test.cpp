@@ -6,6 +6,7 @@
 #include <random>
 
 #include "frontend/generator.hpp"
+#include "frontend/instruction_sets.hpp"
 #include "frontend/predict/small_memory.hpp"
 #include "support/fixture.hpp"
 
@@ -121,6 +122,29 @@ private:
 
 Numbers computedWith(const frontend::SmallKernels& kernels) {
     return Computed(kernels).numbers();
+}
+
+/// Each pair of entries differs once.
+TEST_F(SmallKernels, SeeEveryPairThatIsNotSymmetric) {
+    constexpr std::size_t Count = 12;
+    constexpr std::size_t Leading = 16;
+    for (const frontend::InstructionSet set : frontend::instructionSets()) {
+        const frontend::SmallKernels kernels = frontend::smallKernels(set);
+        Numbers a(Count * Leading);
+        for (std::size_t j = 0; j < Count; ++j) {
+            for (std::size_t i = 0; i < Leading; ++i) {
+                a[j * Leading + i] = static_cast<double>(i < Count ? i + j + i * j : 7 * j + i);
+            }
+        }
+        EXPECT_TRUE(kernels.isSymmetric(a.data(), Count, Leading));
+        for (std::size_t j = 0; j < Count; ++j) {
+            for (std::size_t i = 0; i < Count; ++i) {
+                a[j * Leading + i] += 0.5;
+                EXPECT_EQ(kernels.isSymmetric(a.data(), Count, Leading), i == j) << i << " " << j;
+                a[j * Leading + i] -= 0.5;
+            }
+        }
+    }
 }
 
 /// One side is wrong, in each place of a group of eight.

@@ -20,13 +20,7 @@ constexpr double SideTolerance = 1e-13;  // what rounding may take from a side
 // Halves that differ by rounding become their mean.
 // NOLINTNEXTLINE(readability-non-const-parameter): written through references
 bool makeSymmetric(double* H, std::size_t n, std::size_t leading, double largest) {
-    bool isSame = true;
     for (std::size_t j = 0; j < n; ++j) {
-        for (std::size_t i = 0; i < j; ++i) {
-            isSame = (H[j * leading + i] == H[i * leading + j]) && isSame;
-        }
-    }
-    for (std::size_t j = 0; j < n && !isSame; ++j) {
         for (std::size_t i = 0; i < j; ++i) {
             double& above = H[j * leading + i];
             double& below = H[i * leading + j];
@@ -49,7 +43,8 @@ bool loadHessian(const MatrixView& H, SmallMemory& memory, double& largest) {
         memory.data[j * leading + j] = 1.0;
     }
     return largest >= SmallestEntry && largest <= LargestEntry &&  // so NaN is not
-           makeSymmetric(memory.data, shape.n, leading, largest);
+           (memory.kernels.isSymmetric(memory.data, shape.cols(), leading) ||
+            makeSymmetric(memory.data, shape.n, leading, largest));
 }
 
 bool loadRows(const MatrixView& A, SmallMemory& memory, double& largest) {

@@ -17,29 +17,12 @@ namespace {
 
 // In the order of the members.
 SmallKernels table() {
-    return {copy,
-            copySides,
-            factorise,
-            inverseNorms,
-            multiplyAdd,
-            addColumns,
-            multiplyTransposed,
-            descend,
-            dot,
-            addScaled,
-            gather,
-            addRows,
-            price,
-            rotate,
-            exactProduct,
-            exactRows,
-            exactDot,
-            exactSides,
-            negativeGradient,
-            largest,
-            moved,
-            misses,
-            weighGradient};
+    return {copy,         isSymmetric, copySides,  factorise,
+            inverseNorms, multiplyAdd, addColumns, multiplyTransposed,
+            descend,      dot,         addScaled,  gather,
+            addRows,      price,       rotate,     exactProduct,
+            exactRows,    exactDot,    exactSides, negativeGradient,
+            largest,      moved,       misses,     weighGradient};
 }
 
 }  // namespace

@@ -122,6 +122,8 @@ struct SmallKernels {
                    double* to,
                    std::size_t distance,
                    std::size_t padded);
+    /// Whether a(i, j) = a(j, i) in the first `count` rows and columns, a multiple of four.
+    bool (*isSymmetric)(const double* a, std::size_t count, std::size_t leading);
     /// Copies `count` sides, null for none, and fills with absent ones up to `padded`.
     SmallSideExtent (*copySides)(const double* lower,
                                  const double* upper,

@@ -55,6 +55,50 @@ double copy(const double* from,
     return inspected.result();
 }
 
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+
+// Tiles of four rows and columns beside those on the other side of the diagonal, transposed.
+bool isSymmetric(const double* a, std::size_t count, std::size_t leading) {
+    const hn::FixedTag<double, 4> tag;
+    auto isEqual = hn::Eq(hn::Zero(tag), hn::Zero(tag));
+    for (std::size_t j = 0; j < count; j += 4) {
+        for (std::size_t i = 0; i <= j; i += 4) {
+            const double* const above = a + j * leading + i;
+            const double* const below = a + i * leading + j;
+            const auto first = hn::LoadU(tag, below);
+            const auto second = hn::LoadU(tag, below + leading);
+            const auto third = hn::LoadU(tag, below + 2 * leading);
+            const auto fourth = hn::LoadU(tag, below + 3 * leading);
+            const auto upperEven = hn::InterleaveLower(tag, first, second);
+            const auto upperOdd = hn::InterleaveUpper(tag, first, second);
+            const auto lowerEven = hn::InterleaveLower(tag, third, fourth);
+            const auto lowerOdd = hn::InterleaveUpper(tag, third, fourth);
+            const auto compare = [&](std::size_t c, auto column) HWY_ATTR {
+                isEqual = hn::And(isEqual, hn::Eq(column, hn::LoadU(tag, above + c * leading)));
+            };
+            compare(0, hn::ConcatLowerLower(tag, lowerEven, upperEven));
+            compare(1, hn::ConcatLowerLower(tag, lowerOdd, upperOdd));
+            compare(2, hn::ConcatUpperUpper(tag, lowerEven, upperEven));
+            compare(3, hn::ConcatUpperUpper(tag, lowerOdd, upperOdd));
+        }
+    }
+    return hn::AllTrue(tag, isEqual);
+}
+
+#else
+
+bool isSymmetric(const double* a, std::size_t count, std::size_t leading) {
+    bool isEqual = true;
+    for (std::size_t j = 0; j < count; ++j) {
+        for (std::size_t i = 0; i < j; ++i) {
+            isEqual = (a[j * leading + i] == a[i * leading + j]) && isEqual;
+        }
+    }
+    return isEqual;
+}
+
+#endif
+
 HWY_INLINE Octet sidesAt(const double* sides, std::size_t i, std::size_t count, double absent) {
     return sides == nullptr          ? octetOf(absent)
            : i + OctetLanes <= count ? load(sides + i)
