@@ -27,7 +27,7 @@ public:
     [[nodiscard]] Answer answer(Vector x, const WorkingSet& set) {
         decide(std::move(x), set);
         loop_.ensurePoint();
-        answer_.point = best_.point();
+        answer_.point = best_.usersPoint();
         answer_.set = best_.set();
         answer_.judgement = best_.judgement();
         answer_.effort = loop_.effort();

@@ -8,7 +8,7 @@
 
 namespace activeset::frontend {
 
-/// What a solve has found: the point in scaled variables, the proofs in the caller's.
+/// What a solve has found, in the caller's variables. The point is as it was judged.
 struct Answer {
     Status status = Status::Inaccurate;  ///< never Optimal: statusOf() decides that
     Point point;

@@ -96,8 +96,7 @@ Result solvePrepared(ProblemCache& problem,
     result.times.setup = control.seconds();
     Answer answer = decide(problem, startOf(problem, std::move(x)), set, settings, control);
     control.rethrow();
-    Point point = problem.scaling.unscaled(std::move(answer.point));
-    settle(problem.user, point);
+    Point& point = answer.point;
     if (statusOf(answer, settings.tolerance) == Status::Optimal &&
         answer.judgement.certificate.gap.absolute > LargeGap) {
         correctGap(problem.user, answer.set, settings.tolerance, point, answer.judgement);

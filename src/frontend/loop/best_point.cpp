@@ -32,10 +32,12 @@ bool isBetter(const Judgement& a, const Judgement& b) {
 
 void BestPoint::consider(Point point, const WorkingSet& set) {
     const Polishing polishing(control_);
-    const Judgement judgement = judged(point, set);
+    Point users = problem_.scaling.unscaled(point);
+    const Judgement judgement = judged(point, set, users);
     if (isEmpty() || isBetter(judgement, judgement_) ||
         (!areFinite(point_.x) && areFinite(point.x))) {
         point_ = std::move(point);
+        usersPoint_ = std::move(users);
         set_ = set;
         judgement_ = judgement;
     }
@@ -75,16 +77,15 @@ void BestPoint::widenGap(double relative) {
 
 // If the point is solved as far as doubles can, and only the rounding of large numbers keeps the
 // objective from being proved, judges it with more digits.
-Judgement BestPoint::judged(const Point& point, const WorkingSet& set) {
-    const Point users = problem_.scaling.unscaled(point);
-    Judgement judgement = judge(problem_.user, users);
+Judgement BestPoint::judged(const Point& point, const WorkingSet& set, Point& users) {
+    Judgement judgement = settleAndJudge(problem_.user, users);
     const bool needsDigits =
         judgement.error <= ExactToRounding &&
         !judgement.certificate.holds(std::min(settings_.tolerance, ExactToRounding));
     if (needsDigits && areFinite(point.x)) {
         const Point digits =
             problem_.scaling.unscaled(problem_.refinementOf(set).digitsBehind(point));
-        const Judgement behind = judge(problem_.user, users, &digits);
+        const Judgement behind = judge(problem_.user, problem_.scaling.unscaled(point), &digits);
         judgement = isBetter(behind, judgement) ? behind : judgement;
     }
     return judgement;

@@ -40,18 +40,22 @@ public:
     [[nodiscard]] bool isExact() const;
 
     [[nodiscard]] const Point& point() const { return point_; }
+    /// The point in the caller's variables, as it was judged: settle() has seen it.
+    [[nodiscard]] const Point& usersPoint() const { return usersPoint_; }
     [[nodiscard]] const WorkingSet& set() const { return set_; }
     [[nodiscard]] const Judgement& judgement() const { return judgement_; }
     /// Corrections made by refinement.
     [[nodiscard]] std::size_t corrections() const { return corrections_; }
 
 private:
-    [[nodiscard]] Judgement judged(const Point& point, const WorkingSet& set);
+    /// Leaves the point, which is given in the caller's variables as well, settled there.
+    [[nodiscard]] Judgement judged(const Point& point, const WorkingSet& set, Point& users);
 
     ProblemCache& problem_;
     const Settings& settings_;
     Control& control_;
     Point point_;
+    Point usersPoint_;
     WorkingSet set_;
     Judgement judgement_;
     std::size_t corrections_ = 0;
