@@ -60,6 +60,11 @@ private:
         const frontend::SmallViolation worst = kernels_.price(
             images(), memory_.z, memory_.lower, memory_.upper, memory_.inverseNorm, memory_.values);
         add({worst.amount, static_cast<double>(worst.index)});
+        const std::size_t leading = shape_.height() + shape_.head();
+        std::copy_n(memory_.z, shape_.head(), memory_.residual);
+        kernels_.solveLower(memory_.images, shape_.head(), leading, memory_.residual);
+        kernels_.solveLowerTransposed(memory_.images, shape_.head(), leading, memory_.residual);
+        add(memory_.residual, shape_.head());
         kernels_.inverseNorms(images(), 0.0, memory_.multipliers);
         kernels_.multiplyTransposed(images(), memory_.values, memory_.r);
         kernels_.multiplyAdd(images(), memory_.x, memory_.lower, memory_.highest);
@@ -144,6 +149,36 @@ TEST_F(SmallKernels, SeeEveryPairThatIsNotSymmetric) {
                 a[j * Leading + i] -= 0.5;
             }
         }
+    }
+}
+
+/// The triangle is of small integers, and so is the solution; above it are no numbers.
+TEST_F(SmallKernels, SolveWithBothTriangles) {
+    constexpr std::size_t Count = 24;
+    Numbers L(Count * Count, std::nan(""));
+    Numbers expected(Count);
+    for (std::size_t j = 0; j < Count; ++j) {
+        expected[j] = static_cast<double>(j % 5) - 2.0;
+        for (std::size_t i = j; i < Count; ++i) {
+            L[j * Count + i] = i == j ? 2.0 : static_cast<double>((3 * i + 5 * j) % 7) - 3.0;
+        }
+    }
+    Numbers product(Count);
+    Numbers transposed(Count);
+    for (std::size_t j = 0; j < Count; ++j) {
+        for (std::size_t i = j; i < Count; ++i) {
+            product[i] += L[j * Count + i] * expected[j];
+            transposed[j] += L[j * Count + i] * expected[i];
+        }
+    }
+    for (const frontend::InstructionSet set : frontend::instructionSets()) {
+        const frontend::SmallKernels kernels = frontend::smallKernels(set);
+        Numbers x = product;
+        kernels.solveLower(L.data(), Count, Count, x.data());
+        EXPECT_EQ(x, expected);
+        x = transposed;
+        kernels.solveLowerTransposed(L.data(), Count, Count, x.data());
+        EXPECT_EQ(x, expected);
     }
 }
 

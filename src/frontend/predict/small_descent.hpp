@@ -12,12 +12,6 @@ HWY_BEFORE_NAMESPACE();
 namespace activeset::frontend::HWY_NAMESPACE {
 namespace {
 
-/// a·b + c, rounded as a lane of addTo().
-HWY_INLINE double fused(double a, double b, double c) {
-    const hn::CappedTag<double, 1> one;
-    return hn::GetLane(hn::MulAdd(hn::Set(one, a), hn::Set(one, b), hn::Set(one, c)));
-}
-
 void descend(const SmallMatrix& H,
              const SmallBox& box,
              const double* inverse,

@@ -1,6 +1,7 @@
 // The factors on which the guess of the small road works: of H, as the proof of convexity, then of
 // the free variables and of the rows among them.
 #include <algorithm>
+#include <functional>
 
 #include "frontend/algebra/cholesky.hpp"
 #include "frontend/algebra/dense.hpp"
@@ -49,31 +50,39 @@ bool SmallGuess::isClearlyConvex() {
                         [&](std::size_t, double pivot) { return pivot > LeastClearPivot * most; });
 }
 
-// In the place of the images: L of H_FF = LLᵀ, then Q = L⁻¹A_RFᵀ, then the factor of QᵀQ.
+// In the place of the images: L of H_FF = LLᵀ, then Q = L⁻¹A_RFᵀ, then the factor of QᵀQ. The
+// identity stands behind L, and zeros behind Q, up to a multiple of eight.
 bool SmallGuess::factorise() {
     const SmallShape& shape = m_.shape;
     const std::size_t head = shape.head();
     const std::size_t count = F_.size();
+    const std::size_t padded = SmallShape::upTo(count, 8);
     double* const L = m_.images;
     for (std::size_t k = 0; k < count; ++k) {
         const double* const column = m_.data + F_[k] * shape.height();
         for (std::size_t i = k; i < count; ++i) {
             L[k * head + i] = column[F_[i]];
         }
+        std::fill(L + k * head + count, L + k * head + padded, 0.0);
     }
-    if (R_.size() > count || !choleskyInPlace({L, count, head, m_.Q})) {
+    for (std::size_t k = count; k < padded; ++k) {
+        std::fill(L + k * head + k, L + k * head + padded, 0.0);
+        L[k * (head + 1)] = 1.0;
+    }
+    const std::size_t rows = R_.size();
+    if (rows > count || !choleskyInPlace({L, padded, head, m_.Q})) {
         return false;
     }
-    double* const Q = L + head * shape.cols();
-    double* const S = Q + head * R_.size();
-    const std::size_t rows = R_.size();
+    double* const Q = L + head * head;
+    double* const S = Q + head * rows;
     for (std::size_t k = 0; k < rows; ++k) {
         for (std::size_t i = 0; i < count; ++i) {
             Q[k * head + i] = m_.data[F_[i] * shape.height() + head + R_[k]];
         }
-        blas::trsvLower(Op::None, {L, count, count, head}, Q + k * head);
+        std::fill(Q + k * head + count, Q + k * head + padded, 0.0);
+        m_.kernels.solveLower(L, padded, head, Q + k * head);
         for (std::size_t i = 0; i <= k; ++i) {
-            S[i * rows + k] = dot(Q + i * head, Q + k * head, count);
+            S[i * rows + k] = m_.kernels.dot(Q + i * head, Q + k * head, padded);
         }
     }
     double most = 0.0;
@@ -87,19 +96,23 @@ bool SmallGuess::factorise() {
 }
 
 void SmallGuess::solve(double* f, double* r) {
+    const SmallKernels& kernels = m_.kernels;
     const std::size_t head = m_.shape.head();
     const std::size_t rows = R_.size();
-    const ConstBlock L(m_.images, F_.size(), F_.size(), head);
-    const ConstBlock Q(m_.images + head * m_.shape.cols(), F_.size(), rows, head);
-    const ConstBlock S(Q.data + head * rows, rows, rows);
-    blas::trsvLower(Op::None, L, f);
+    const std::size_t padded = SmallShape::upTo(F_.size(), 8);
+    const SmallMatrix Q{m_.images + head * head, padded, rows, head, padded};
+    std::fill(f + F_.size(), f + padded, 0.0);
+    kernels.solveLower(m_.images, padded, head, f);
     if (rows > 0) {
-        blas::gemv(Op::Transpose, 1.0, Q, f, -1.0, r);
+        const ConstBlock S(Q.data + head * rows, rows, rows);
+        kernels.multiplyTransposed(Q, f, m_.z);
+        std::transform(m_.z, m_.z + rows, r, r, std::minus<>());
         blas::trsvLower(Op::None, S, r);
         blas::trsvLower(Op::Transpose, S, r);
-        blas::gemv(Op::None, -1.0, Q, r, 1.0, f);
+        std::transform(r, r + rows, m_.z, std::negate<>());
+        kernels.multiplyAdd(Q, m_.z, f, f);
     }
-    blas::trsvLower(Op::Transpose, L, f);
+    kernels.solveLowerTransposed(m_.images, padded, head, f);
 }
 
 // The bounds' multipliers take what the step leaves of the residuals there.

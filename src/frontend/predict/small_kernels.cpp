@@ -10,6 +10,7 @@
 #include "frontend/predict/small_judge.hpp"
 #include "frontend/predict/small_load.hpp"
 #include "frontend/predict/small_products.hpp"
+#include "frontend/predict/small_triangles.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace activeset::frontend::HWY_NAMESPACE {
@@ -17,12 +18,32 @@ namespace {
 
 // In the order of the members.
 SmallKernels table() {
-    return {copy,         isSymmetric, copySides,  factorise,
-            inverseNorms, multiplyAdd, addColumns, multiplyTransposed,
-            descend,      dot,         addScaled,  gather,
-            addRows,      price,       rotate,     exactProduct,
-            exactRows,    exactDot,    exactSides, negativeGradient,
-            largest,      moved,       misses,     weighGradient};
+    return {copy,
+            isSymmetric,
+            copySides,
+            factorise,
+            inverseNorms,
+            multiplyAdd,
+            addColumns,
+            multiplyTransposed,
+            descend,
+            solveLower,
+            solveLowerTransposed,
+            dot,
+            addScaled,
+            gather,
+            addRows,
+            price,
+            rotate,
+            exactProduct,
+            exactRows,
+            exactDot,
+            exactSides,
+            negativeGradient,
+            largest,
+            moved,
+            misses,
+            weighGradient};
 }
 
 }  // namespace

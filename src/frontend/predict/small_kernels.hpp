@@ -150,6 +150,13 @@ struct SmallKernels {
                     std::size_t count,
                     double* x,
                     double* g);
+    /// x := L⁻¹x and x := L⁻ᵀx for a lower triangle of `count` columns, a multiple of eight. What
+    /// is above its diagonal is not read.
+    void (*solveLower)(const double* L, std::size_t count, std::size_t leading, double* x);
+    void (*solveLowerTransposed)(const double* L,
+                                 std::size_t count,
+                                 std::size_t leading,
+                                 double* x);
     double (*dot)(const double* x, const double* y, std::size_t count);
     /// y := y + alpha·x.
     void (*addScaled)(double alpha, const double* x, double* y, std::size_t count);

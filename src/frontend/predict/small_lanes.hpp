@@ -31,6 +31,12 @@ HWY_INLINE void addTo(Octet& sum, const Octet& a, const Octet& b) {
     }
 }
 
+/// a·b + c, rounded as a lane of addTo().
+HWY_INLINE double fused(double a, double b, double c) {
+    const hn::CappedTag<double, 1> one;
+    return hn::GetLane(hn::MulAdd(hn::Set(one, a), hn::Set(one, b), hn::Set(one, c)));
+}
+
 HWY_INLINE Octet plus(Octet a, const Octet& b) {
     for (std::size_t k = 0; k < Parts; ++k) {
         a.parts[k] = hn::Add(a.parts[k], b.parts[k]);
