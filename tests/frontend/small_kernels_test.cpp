@@ -295,5 +295,31 @@ TEST_F(SmallKernels, SumProductsWithTwiceTheDigits) {
     }
 }
 
+/// (2⁵² + 1)·(2²⁷ + 1) + 3·5 = 2⁷⁹ + 2⁵² + 2²⁷ + 16, of which a double holds all but the last
+/// number.
+TEST_F(SmallKernels, KeepTheLastDigitsOfSumsThatDoNotCancel) {
+    const auto signOf = [](std::size_t i) { return i % 3 == 0 ? -1.0 : 1.0; };
+    constexpr std::size_t Rows = 40;
+    Numbers matrix(2 * Rows);
+    for (std::size_t i = 0; i < Rows; ++i) {
+        matrix[i] = signOf(i) * (0x1p52 + 1.0);
+        matrix[Rows + i] = signOf(i) * 3.0;
+    }
+    const Numbers factors{0x1p27 + 1.0, 5.0};
+    for (const frontend::InstructionSet set : frontend::instructionSets()) {
+        Numbers value(Rows);
+        Numbers rest(Rows);
+        Numbers scale(Rows);
+        frontend::smallKernels(set).exactProduct({matrix.data(), Rows, 2, Rows, Rows},
+                                                 factors.data(),
+                                                 {value.data(), rest.data(), scale.data()});
+        for (std::size_t i = 0; i < Rows; ++i) {
+            EXPECT_EQ(value[i], signOf(i) * (0x1p79 + 0x1p52 + 0x1p27));
+            EXPECT_EQ(rest[i], signOf(i) * 16.0);
+            EXPECT_EQ(scale[i], 0x1p79 + 0x1p52 + 0x1p27);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace activeset::test

@@ -1,5 +1,6 @@
 // Sums in twice the precision: the product and its error by FMA, sums by Knuth's two-sum, the
-// errors in a sum of their own. Included by small_kernels.cpp.
+// errors in a sum of their own. Where FMA is there, products with a matrix need fewer operations.
+// Included by small_kernels.cpp.
 #if defined(ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_EXACT_HPP) == defined(HWY_TARGET_TOGGLE)
 #ifdef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_EXACT_HPP
 #undef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_EXACT_HPP
@@ -34,17 +35,125 @@ struct ExactSum {
     }
 };
 
+/// What the sums of a product are formed of.
+struct ExactTerms {
+    const double* data;
+    const NonzeroColumns& columns;
+
+    [[nodiscard]] HWY_INLINE std::size_t count() const { return columns.count(); }
+    [[nodiscard]] HWY_INLINE Octet entries(std::size_t k, std::size_t row) const {
+        return load(data + columns.offset(k) + row);
+    }
+    [[nodiscard]] HWY_INLINE Part factor(std::size_t k) const { return columns.factor(k); }
+};
+
+/// Stores eight sums, what a double holds of each in its value.
+HWY_INLINE void storeSum(const ExactSum& sum, std::size_t row, const SmallSums& sums) {
+    const Octet value = plus(sum.value, sum.rest);
+    Octet rest;
+    for (std::size_t k = 0; k < Parts; ++k) {
+        rest.parts[k] = errorOfSum(sum.value.parts[k], sum.rest.parts[k], value.parts[k]);
+    }
+    store(value, sums.value + row);
+    store(rest, sums.rest + row);
+    store(sum.scale, sums.scale + row);
+}
+
+/// Eight sums by two-sums.
+HWY_INLINE void sumCarefully(const ExactTerms& terms, std::size_t row, const SmallSums& sums) {
+    ExactSum sum{octetOf(0.0), octetOf(0.0), octetOf(0.0)};
+    for (std::size_t k = 0; k < terms.count(); ++k) {
+        sum.addProducts(terms.entries(k, row), terms.factor(k));
+    }
+    storeSum(sum, row, sums);
+}
+
+#if HWY_NATIVE_FMA
+
+/// Whether the terms of a lane cancel but for a small share.
+HWY_INLINE bool doCancel(const Octet& value, const Octet& scale) {
+    constexpr double Share = 0x1p-20;
+    bool doNone = true;
+    for (std::size_t k = 0; k < Parts; ++k) {
+        const Part least = hn::Mul(scale.parts[k], spread(Share));
+        doNone = doNone && hn::AllTrue(Octet::Tag(), hn::Ge(hn::Abs(value.parts[k]), least));
+    }
+    return !doNone;
+}
+
+/// The sums of the terms' magnitudes, from a row on.
+template <std::size_t Panels>
+HWY_INLINE void sumMagnitudes(const ExactTerms& terms, std::size_t row, Octet (&scale)[Panels]) {
+    for (auto& sum : scale) {
+        sum = octetOf(0.0);
+    }
+    for (std::size_t k = 0; k < terms.count(); ++k) {
+        const Part size = hn::Abs(terms.factor(k));
+        for (std::size_t p = 0; p < Panels; ++p) {
+            addTo(scale[p], magnitudeOf(terms.entries(k, row + p * OctetLanes)), size);
+        }
+    }
+}
+
+/// In panels of eight rows. With S the sum of the terms' magnitudes, S' = 3·S + partial sum lies
+/// between 2·S and 4·S. So the difference of one S' and the next is exact (Sterbenz), and an FMA
+/// finds what it has lost of the term.
+template <std::size_t Panels>
+HWY_INLINE void sumPanels(const ExactTerms& terms,
+                          std::size_t row,
+                          std::size_t rows,
+                          const SmallSums& sums) {
+    for (; row + Panels * OctetLanes <= rows; row += Panels * OctetLanes) {
+        Octet scale[Panels];
+        sumMagnitudes(terms, row, scale);
+        Octet raised[Panels];
+        Octet rest[Panels];
+        for (std::size_t p = 0; p < Panels; ++p) {
+            raised[p] = times(scale[p], octetOf(3.0));
+            rest[p] = octetOf(0.0);
+        }
+        for (std::size_t k = 0; k < terms.count(); ++k) {
+            const Part factor = terms.factor(k);
+            for (std::size_t p = 0; p < Panels; ++p) {
+                const Octet entries = terms.entries(k, row + p * OctetLanes);
+                const Octet before = raised[p];
+                addTo(raised[p], entries, factor);
+                Octet lost = minus(before, raised[p]);
+                addTo(lost, entries, factor);
+                rest[p] = plus(rest[p], lost);
+            }
+        }
+        for (std::size_t p = 0; p < Panels; ++p) {
+            const Octet value = minus(raised[p], times(scale[p], octetOf(3.0)));
+            if (doCancel(value, scale[p])) {
+                sumCarefully(terms, row + p * OctetLanes, sums);
+            } else {
+                storeSum({value, rest[p], scale[p]}, row + p * OctetLanes, sums);
+            }
+        }
+    }
+    if constexpr (Panels > 1) {
+        sumPanels<Panels / 2>(terms, row, rows, sums);
+    }
+}
+
+#else
+
+template <std::size_t Panels>
+HWY_INLINE void sumPanels(const ExactTerms& terms,
+                          std::size_t row,
+                          std::size_t rows,
+                          const SmallSums& sums) {
+    for (; row < rows; row += OctetLanes) {
+        sumCarefully(terms, row, sums);
+    }
+}
+
+#endif
+
 void exactProduct(const SmallMatrix& a, const double* x, const SmallSums& sums) {
     const NonzeroColumns columns(a, x);
-    for (std::size_t row = 0; row < a.rows; row += OctetLanes) {
-        ExactSum sum{octetOf(0.0), octetOf(0.0), octetOf(0.0)};
-        for (std::size_t k = 0; k < columns.count(); ++k) {
-            sum.addProducts(load(a.data + columns.offset(k) + row), columns.factor(k));
-        }
-        store(sum.value, sums.value + row);
-        store(sum.rest, sums.rest + row);
-        store(sum.scale, sums.scale + row);
-    }
+    sumPanels<MostPanels>({a.data, columns}, 0, a.rows, sums);
 }
 
 void exactRows(const SmallMatrix& a,
@@ -62,9 +171,7 @@ void exactRows(const SmallMatrix& a,
                 sum.addProducts(columns.at(a.data + row, j, a.cols), spread(multipliers[row]));
             }
         }
-        store(sum.value, sums.value + j);
-        store(sum.rest, sums.rest + j);
-        store(sum.scale, sums.scale + j);
+        storeSum(sum, j, sums);
     }
 }
 
