@@ -79,8 +79,8 @@ private:
         const Numbers members{3.0, 20.0, 0.0, 22.0, 13.0};
         const frontend::SmallMatrix rows{memory_.data + shape_.head(), shape_.rows(), shape_.cols(),
                                          shape_.height(), shape_.rows()};
-        kernels_.exactRows(rows, members.data(), memory_.values, members.size(), shape_.head(),
-                           memory_.pull);
+        kernels_.exactProduct({memory_.data, shape_.head(), members.size(), shape_.height(), 0},
+                              memory_.values, memory_.pull);
         kernels_.addRows(rows, members.data(), memory_.x, members.size(), shape_.head(), memory_.w);
         kernels_.gather(0.7, images(), 7, 0, shape_.head(), memory_.p);
         const frontend::SmallSum sum = kernels_.exactDot(memory_.x, memory_.g, shape_.head());
@@ -266,31 +266,17 @@ TEST_F(SmallKernels, SumProductsWithTwiceTheDigits) {
             const frontend::SmallSum sides = kernels.exactSides(a.data(), b.data(), b.data(), 24);
             EXPECT_EQ(sides.value, sum.value);
             EXPECT_EQ(sides.rest, sum.rest);
-            // Each row of a product and each combined column of rows has the same sum.
-            Numbers matrix(24 * 24, 0.0);
-            for (std::size_t k = 0; k < 24; ++k) {
-                matrix[k] = matrix[24 * k + 3] = big;
-                matrix[24 + k] = matrix[24 * k + 21] = -other;
-            }
+            // Each row of a product has the same sum.
+            Numbers matrix(24 * 2, big);
+            std::fill(matrix.begin() + 24, matrix.end(), -other);
             const Numbers factors{big, other};
-            const Numbers members{3.0, 21.0, 24.0};
-            b.fill(0.0);
-            b[3] = big;
-            b[21] = other;
             std::array<Numbers, 3> to;
             to.fill(Numbers(24));
-            const frontend::SmallSums sums{to[0].data(), to[1].data(), to[2].data()};
-            const auto expectSums = [&](std::size_t first, std::size_t count) {
-                for (std::size_t k = first; k < count; ++k) {
-                    EXPECT_EQ(static_cast<long double>(to[0][k]) + to[1][k], 2.0L * big - 1.0L);
-                }
-            };
-            kernels.exactProduct({matrix.data(), 24, 2, 24, 24}, factors.data(), sums);
-            expectSums(4, 21);
-            kernels.exactRows({matrix.data(), 24, 20, 24, 24}, members.data(), b.data(), 3, 24,
-                              sums);
-            expectSums(2, 20);
-            EXPECT_EQ(to[2][21], 0.0);
+            kernels.exactProduct({matrix.data(), 24, 2, 24, 24}, factors.data(),
+                                 {to[0].data(), to[1].data(), to[2].data()});
+            for (std::size_t k = 0; k < 24; ++k) {
+                EXPECT_EQ(static_cast<long double>(to[0][k]) + to[1][k], 2.0L * big - 1.0L);
+            }
         }
     }
 }

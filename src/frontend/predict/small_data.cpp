@@ -69,6 +69,7 @@ bool loadRows(const MatrixView& A, SmallMemory& memory, double& largest) {
     for (std::size_t j = 0; j < shape.n; ++j) {
         rows[j * leading + shape.m] = memory.c[j];
     }
+    std::fill_n(memory.gathered, shape.head(), -1.0);
     return largest <= LargestEntry;  // so NaN is not
 }
 

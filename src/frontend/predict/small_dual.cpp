@@ -59,9 +59,12 @@ void SmallDual::joinUnlessDependent(std::size_t i, double sign) {
 void SmallDual::leave(std::size_t k) {
     const std::size_t size = factor_.size();
     factor_.remove(k);
-    for (double* array : {m_.member, m_.sign, m_.isEquality, m_.target, m_.lambda}) {
+    for (double* array : {m_.member, m_.sign, m_.isEquality, m_.target, m_.lambda, m_.gathered}) {
         std::copy(array + k + 1, array + size, array + k);
     }
+    const std::size_t head = m_.shape.head();
+    std::copy(m_.memberRows + (k + 1) * head, m_.memberRows + size * head,
+              m_.memberRows + k * head);
 }
 
 // z and the multipliers of the minimum on which all members hold: with t = Tᵀ·target + Qᵀw,

@@ -156,25 +156,6 @@ void exactProduct(const SmallMatrix& a, const double* x, const SmallSums& sums) 
     sumPanels<MostPanels>({a.data, columns}, 0, a.rows, sums);
 }
 
-void exactRows(const SmallMatrix& a,
-               const double* member,
-               const double* multipliers,
-               std::size_t size,
-               std::size_t count,
-               const SmallSums& sums) {
-    const Strided columns(a.leading);
-    for (std::size_t j = 0; j < count; j += OctetLanes) {
-        ExactSum sum{octetOf(0.0), octetOf(0.0), octetOf(0.0)};
-        for (std::size_t k = 0; k < size; ++k) {
-            const auto row = static_cast<std::size_t>(member[k]);
-            if (row < a.rows) {
-                sum.addProducts(columns.at(a.data + row, j, a.cols), spread(multipliers[row]));
-            }
-        }
-        storeSum(sum, j, sums);
-    }
-}
-
 #if HWY_TARGET == HWY_SCALAR
 
 template <class V>

@@ -36,7 +36,6 @@ SmallKernels table() {
             price,
             rotate,
             exactProduct,
-            exactRows,
             exactDot,
             exactSides,
             negativeGradient,

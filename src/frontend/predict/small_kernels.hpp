@@ -185,14 +185,6 @@ struct SmallKernels {
     void (*rotate)(double c, double s, double* x, double* y, std::size_t count);
     /// sums := A·x in twice the precision.
     void (*exactProduct)(const SmallMatrix& a, const double* x, const SmallSums& sums);
-    /// sums := Σ multipliers_i·(row i of A) in twice the precision, over `size` members i < rows;
-    /// `count` sums.
-    void (*exactRows)(const SmallMatrix& a,
-                      const double* member,
-                      const double* multipliers,
-                      std::size_t size,
-                      std::size_t count,
-                      const SmallSums& sums);
     /// Σ x_i·y_i in twice the precision.
     SmallSum (*exactDot)(const double* x, const double* y, std::size_t count);
     /// Σ y_i·side_i, the upper side for a positive y_i and the lower one for a negative.

@@ -8,7 +8,7 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr std::size_t MostNumbers = std::size_t{1} << 19U;  // four mebibytes
+constexpr std::size_t MostNumbers = std::size_t{1} << 19U;  // four mebibytes; rows of members apart
 constexpr std::align_val_t CacheLine{64};
 
 /// Hands out pieces of a block; without one it counts.
@@ -40,11 +40,12 @@ std::size_t cutInto(SmallMemory& memory, const SmallShape& shape, double* block)
     for (double** array :
          {&memory.c, &memory.x, &memory.w, &memory.z, &memory.g, &memory.u, &memory.step,
           &memory.residual, &memory.target, &memory.sign, &memory.lambda, &memory.r, &memory.p,
-          &memory.s, &memory.member, &memory.isEquality}) {
+          &memory.s, &memory.member, &memory.isEquality, &memory.gathered}) {
         *array = cutter.take(head);
     }
     memory.Q = cutter.take(head * shape.cols());
     memory.T = cutter.take(head * shape.cols());
+    memory.memberRows = cutter.take(head * shape.cols());
     for (double** array : {&memory.products.value, &memory.products.rest, &memory.products.scale}) {
         *array = cutter.take(shape.height());
     }
@@ -67,7 +68,7 @@ std::size_t SmallMemory::sizeFor(const SmallShape& shape) {
 
 bool SmallMemory::fits(const SmallShape& shape) {
     return shape.n > 0 && shape.n <= MostVariables && shape.m <= MostNumbers &&
-           sizeFor(shape) <= MostNumbers;
+           sizeFor(shape) - shape.head() * shape.cols() <= MostNumbers;
 }
 
 bool SmallMemory::doBoundsPrevail(const SmallShape& shape) {

@@ -31,8 +31,8 @@ class SmallMemory {
 public:
     static constexpr std::size_t MostVariables = MostSmallColumns;
 
-    /// Whether a problem is small enough: so that its block stays below four mebibytes, and its
-    /// numbers in the caches.
+    /// Whether a problem is small enough: so that its block stays below four and a half mebibytes,
+    /// and its numbers in the caches.
     [[nodiscard]] static bool fits(const SmallShape& shape);
     /// Whether it has more than 100 variables and hardly rows. Then a guess at all bounds is
     /// faster, unless few of them come or go.
@@ -79,9 +79,11 @@ public:
     double* u = nullptr;
     double* step = nullptr;
     double* residual = nullptr;
-    // head × cols each: orthonormal Q and upper triangular T = R⁻¹ with Q·R the members' images
+    // head × cols each: orthonormal Q and upper triangular T = R⁻¹ with Q·R the members' images,
+    // and in column k the row of A that is member k
     double* Q = nullptr;
     double* T = nullptr;
+    double* memberRows = nullptr;
     // one for each member
     double* target = nullptr;
     double* sign = nullptr;  ///< 1 at an upper side, −1 at a lower one
@@ -91,6 +93,7 @@ public:
     double* s = nullptr;
     double* member = nullptr;  ///< the constraint's number
     double* isEquality = nullptr;
+    double* gathered = nullptr;  ///< the row of A in column k of memberRows, or −1
     std::size_t equalities = 0;  ///< how many constraints have equal sides
     // sums in twice the precision: [H; A; cᵀ]·x, Aᵀy
     SmallSums products;

@@ -74,7 +74,7 @@ public:
     /// Gives the memory back, and forgets all.
     void release() noexcept;
 
-    /// That of the thread; its memory, at most four mebibytes, goes with the thread.
+    /// That of the thread; its memory, at most 4.5 mebibytes, goes with the thread.
     [[nodiscard]] static SmallProblem& ofThread();
     /// Whether settings leave it to the front end how it solves.
     [[nodiscard]] static bool suits(const Settings& settings);

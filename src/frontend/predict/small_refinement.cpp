@@ -12,8 +12,26 @@ void SmallRefinement::begin() {
     std::copy_n(m_.values + m_.shape.rows(), m_.shape.head(), m_.x);
     moveToBounds();
     std::fill_n(m_.multipliers, m_.shape.constraints(), 0.0);
+    gatherRows();
     setMultipliers();
     formSums();
+}
+
+// Columns of A are stored, so that rows are found entry by entry. Most of them are from last time.
+void SmallRefinement::gatherRows() {
+    const std::size_t head = m_.shape.head();
+    for (std::size_t k = 0; k < size_; ++k) {
+        const std::size_t i = constraintOf(k);
+        if (isRow(i) && m_.gathered[k] != m_.member[k]) {
+            m_.kernels.gather(1.0, m_.rowsOfA(), i, 0, head, m_.memberRows + k * head);
+            m_.gathered[k] = m_.member[k];
+        }
+    }
+}
+
+SmallMatrix SmallRefinement::memberRows() const {
+    const std::size_t head = m_.shape.head();
+    return {m_.memberRows, head, size_, head, head};
 }
 
 void SmallRefinement::moveToBounds() {
@@ -25,7 +43,8 @@ void SmallRefinement::moveToBounds() {
     }
 }
 
-// What rounding leaves on the wrong side of zero is zero. memory.p := by how much they change.
+// What rounding leaves on the wrong side of zero is zero. memory.r := those of rows, memory.p := by
+// how much they change, with zeros for bounds.
 void SmallRefinement::setMultipliers() {
     for (std::size_t k = 0; k < size_; ++k) {
         if (m_.isEquality[k] == 0.0 && m_.lambda[k] < 0.0) {
@@ -33,14 +52,15 @@ void SmallRefinement::setMultipliers() {
         }
         const std::size_t i = constraintOf(k);
         const double multiplier = m_.sign[k] * m_.inverseNorm[i] * m_.lambda[k];
-        m_.p[k] = multiplier - m_.multipliers[i];
+        m_.r[k] = isRow(i) ? multiplier : 0.0;
+        m_.p[k] = isRow(i) ? multiplier - m_.multipliers[i] : 0.0;
         m_.multipliers[i] = multiplier;
     }
 }
 
 void SmallRefinement::formSums() {
     m_.kernels.exactProduct(m_.stack(), m_.x, m_.products);
-    m_.kernels.exactRows(m_.rowsOfA(), m_.member, m_.multipliers, size_, m_.shape.head(), m_.pull);
+    m_.kernels.exactProduct(memberRows(), m_.r, m_.pull);
 }
 
 /// The side of a member less its value.
@@ -118,7 +138,7 @@ void SmallRefinement::correct() {
     }
     m_.kernels.addColumns(m_.stack(), m_.step, m_.products.rest);
     setMultipliers();
-    m_.kernels.addRows(m_.rowsOfA(), m_.member, m_.p, size_, head, m_.pull.rest);
+    m_.kernels.addColumns(memberRows(), m_.p, m_.pull.rest);
 }
 
 }  // namespace activeset::frontend

@@ -41,6 +41,8 @@ protected:
 
 private:
     [[nodiscard]] double missOf(std::size_t k) const;
+    void gatherRows();
+    [[nodiscard]] SmallMatrix memberRows() const;
     void setMultipliers();
     void moveToBounds();
     void formSums();
