@@ -42,14 +42,15 @@ ProblemData relaxed(const ProblemData& data, const std::vector<RowSide>& sides) 
     result.upper = data.upper;
     result.lower.push_back(0.0);
     result.upper.push_back(Infinity);
-    result.A.makeRoom(result.n * result.m);
+    LargeVector& A = result.A.change();
+    A.makeRoom(result.n * result.m);
     for (std::size_t j = 0; j < data.n; ++j) {
         for (const RowSide& side : sides) {
-            result.A.push_back(data.columnOfA(j)[side.row]);
+            A.push_back(data.columnOfA(j)[side.row]);
         }
     }
     for (const RowSide& side : sides) {
-        result.A.push_back(side.isUpper ? -1.0 : 1.0);
+        A.push_back(side.isUpper ? -1.0 : 1.0);
         result.rowLower.push_back(side.isUpper ? -Infinity : data.rowLower[side.row]);
         result.rowUpper.push_back(side.isUpper ? data.rowUpper[side.row] : Infinity);
     }
@@ -63,10 +64,11 @@ ProblemData rayProblem(const ProblemData& data) {
     result.n = data.n;
     result.m = data.m + curved;
     result.c = data.c;
+    LargeVector& A = result.A.change();
     for (std::size_t j = 0; j < data.n; ++j) {
-        result.A.insert(result.A.end(), data.columnOfA(j), data.columnOfA(j) + data.m);
+        A.insert(A.end(), data.columnOfA(j), data.columnOfA(j) + data.m);
         if (data.quadratic) {
-            result.A.insert(result.A.end(), data.columnOfH(j), data.columnOfH(j) + data.n);
+            A.insert(A.end(), data.columnOfH(j), data.columnOfH(j) + data.n);
         }
         result.lower.push_back(data.lower[j] > -Infinity ? 0.0 : -1.0);
         result.upper.push_back(data.upper[j] < Infinity ? 0.0 : 1.0);

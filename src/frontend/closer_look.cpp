@@ -29,7 +29,7 @@ ProblemData magnified(const ProblemData& data, const Vector& x, double factor) {
     for (std::size_t j = 0; j < data.n; ++j) {
         result.c[j] = static_cast<double>(gradient[j].value);
     }
-    for (double& entry : result.H) {
+    for (double& entry : result.H.change()) {
         entry /= factor;
     }
     magnifySides(result, rowValues(data, x), x, factor);

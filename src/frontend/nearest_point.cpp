@@ -59,14 +59,17 @@ Surroundings::Surroundings(const ProblemData& problem, const Vector& x, int bits
     data.rowUpper.resize(data.m);
     data.c.assign(problem.n, 0.0);
     data.quadratic = true;
-    data.H.resize(problem.n * problem.n, 0.0);
-    data.A.makeRoom(problem.n * data.m);
+    LargeVector H(problem.n * problem.n, 0.0);
+    LargeVector A;
+    A.makeRoom(problem.n * data.m);
     for (std::size_t j = 0; j < problem.n; ++j) {
-        data.H[j * problem.n + j] = 1.0;
+        H[j * problem.n + j] = 1.0;
         for (const std::size_t i : rows) {
-            data.A.push_back(problem.columnOfA(j)[i]);
+            A.push_back(problem.columnOfA(j)[i]);
         }
     }
+    data.H = std::move(H);
+    data.A = std::move(A);
 }
 
 NearestPoint nearestPoint(ProblemCache& around,

@@ -17,16 +17,6 @@ constexpr std::size_t MostPieces = 100;
 constexpr std::size_t MostWithoutFall = 8;
 constexpr double PenaltyRounding = 1e-13;  // of a multiplier, in proportion to the penalty
 
-ProblemData shiftedData(const ProblemData& data, double shift) {
-    ProblemData shifted = data;
-    shifted.quadratic = true;
-    shifted.H.resize(data.n * data.n, 0.0);
-    for (std::size_t j = 0; j < data.n; ++j) {
-        shifted.H[j * (data.n + 1)] += shift;
-    }
-    return shifted;
-}
-
 }  // namespace
 
 SoftWalk::SoftWalk(const ProblemData& data,
@@ -233,7 +223,7 @@ SoftProof SoftWalk::proof() {
     SoftProof proof = proveSoft(data_, penalties_, piece_, held, point);
     if (result_.hessianShift != 0.0) {
         const double objective = proof.judgement.objective;
-        const ProblemData shifted = shiftedData(data_, result_.hessianShift);
+        const ProblemData shifted = frontend::shifted(data_, result_.hessianShift);
         proof = proveSoft(shifted, penalties_, piece_, held, std::move(point));
         proof.judgement.objective = objective;
         proof.areCapped = proof.areCapped && !piece_.isCurved();  // which needs less of a shift

@@ -136,12 +136,14 @@ namespace {
 Result solveGenerally(const Problem& problem,
                       const Settings& settings,
                       frontend::Control& control) {
-    std::vector<Fault> faults = faultsOf(problem);
+    frontend::HessianScan scan;
+    std::vector<Fault> faults = frontend::faultsIn(problem, scan);
     std::ranges::move(frontend::faultsIn(settings), std::back_inserter(faults));
     if (!faults.empty()) {
         return frontend::invalid(std::move(faults));
     }
-    const auto cache = std::make_shared<frontend::ProblemCache>(frontend::copyOf(problem));
+    const auto cache =
+        std::make_shared<frontend::ProblemCache>(frontend::copyOf(problem, std::move(scan)));
     const WarmStart* warm = problem.warmStart;
     frontend::Vector start = warm != nullptr ? warm->x : frontend::Vector();
     if (warm == nullptr && !problem.start.empty()) {

@@ -26,7 +26,7 @@ ProblemData fourKinds() {
     data.n = 2;
     data.m = 2;
     data.c = {0, 0};
-    data.A = {1, 3, 2, -1};
+    data.A.change() = {1, 3, 2, -1};
     data.rowLower = {-1, 4};
     data.rowUpper = {3, 4};
     data.lower = {0, -Infinity};
@@ -137,9 +137,9 @@ TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {
     data.n = 2;
     data.m = 1;
     data.quadratic = true;
-    data.H = {1, 0, 0, 1};
+    data.H.change() = {1, 0, 0, 1};
     data.c = {-2, 0};
-    data.A = {1, 1};
+    data.A.change() = {1, 1};
     data.rowLower = data.rowUpper = {1};
     data.lower = {-Infinity, -Infinity};
     data.upper = {Infinity, Infinity};
@@ -151,7 +151,7 @@ TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {
     EXPECT_THAT(point.y, ElementsAre(0.5));
     EXPECT_THAT(point.z, ElementsAre(0, 0));
 
-    data.H = {1, 0, 0, 0};
+    data.H.change() = {1, 0, 0, 0};
     point = {{5, 7}, {0}, {0, 0}};
     EXPECT_EQ(frontend::Refinement(data, {}).apply(point, 20), 1U);
     EXPECT_THAT(point.x, ElementsAre(2, 7));  // no slope along x₂, so it stays
@@ -168,9 +168,9 @@ TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {
 TEST_F(Parts, ScalingChangesNoDigitAndNoObjective) {
     ProblemData data = fourKinds();
     data.quadratic = true;
-    data.H = {0x1p40, 0x1p20, 0x1p20, 3};
+    data.H.change() = {0x1p40, 0x1p20, 0x1p20, 3};
     data.c = {0x3p20, -7};
-    data.A = {0x1p-30, 0x3p10, 0x5p-20, 0x1p4};
+    data.A.change() = {0x1p-30, 0x3p10, 0x5p-20, 0x1p4};
     const frontend::Scaling scaling = frontend::Scaling::of(data);
     const ProblemData scaled = scaling.apply(data);
     const double first = scaling.column[0], second = scaling.column[1];
@@ -221,16 +221,16 @@ TEST_F(Parts, NotConvexIsCheckedAgainAlongItsDirection) {
     data.c = {0, 0};
     data.lower = {-Infinity, -Infinity};
     data.upper = {Infinity, Infinity};
-    data.H = {1, 0, 0, -1e-11};
+    data.H.change() = {1, 0, 0, -1e-11};
     EXPECT_EQ(frontend::convexityOf(data).kind, frontend::Convexity::None);
-    data.H = {1, 0, 0, -1e-13};
+    data.H.change() = {1, 0, 0, -1e-13};
     EXPECT_EQ(frontend::convexityOf(data).kind, frontend::Convexity::Semidefinite);
-    data.H = {1, 0, 0, -2};
+    data.H.change() = {1, 0, 0, -2};
     data.m = 2;
-    data.A = {1, 1, 1, 1 + 8e-12};
+    data.A.change() = {1, 1, 1, 1 + 8e-12};
     data.rowLower = data.rowUpper = {0, 0};
     EXPECT_EQ(frontend::convexityOf(data).kind, frontend::Convexity::Semidefinite);
-    data.A = {1, 1, 1, 1};
+    data.A.change() = {1, 1, 1, 1};
     EXPECT_EQ(frontend::convexityOf(data).kind, frontend::Convexity::None);
 }
 
@@ -241,7 +241,7 @@ TEST_F(Parts, AFeasiblePointFarOutRefutesAContradiction) {
     data.n = 2;
     data.m = 2;
     data.c = {0, 0};
-    data.A = {1, 1, 0, 1e-10};
+    data.A.change() = {1, 1, 0, 1e-10};
     data.rowLower = {-Infinity, 1};
     data.rowUpper = {0, Infinity};
     data.lower = {-Infinity, -Infinity};

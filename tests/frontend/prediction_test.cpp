@@ -167,12 +167,13 @@ TEST_F(Predictions, EndAtAContradictionWithTheRowsThatItNeeds) {
         data.n = p.n;
         data.m = p.mIneq + 1;
         data.quadratic = true;
-        data.H = p.H;
+        data.H = frontend::LargeVector(p.H);
+        frontend::LargeVector& A = data.A.change();
         data.c = p.c;
         for (std::size_t j = 0; j < p.n; ++j) {
             const double* column = p.A.data() + j * p.mIneq;
-            data.A.insert(data.A.end(), column, column + p.mIneq);
-            data.A.push_back(-column[0] - column[1] - column[2]);
+            A.insert(A.end(), column, column + p.mIneq);
+            A.push_back(-column[0] - column[1] - column[2]);
         }
         data.rowLower.assign(data.m, -Infinity);
         data.rowUpper = p.b;

@@ -23,14 +23,15 @@ struct Rows {
         std::normal_distribution<double> normal;
         data.n = 40;
         data.m = 60;
-        data.A.resize(data.n * data.m);
-        std::ranges::generate(data.A, [&] { return normal(bits); });
+        frontend::LargeVector A(data.n * data.m, 0.0);
+        std::ranges::generate(A, [&] { return normal(bits); });
         for (std::size_t i = 40; i < data.m; ++i) {
             for (std::size_t j = 0; j < data.n; ++j) {
-                data.A[j * data.m + i] =
-                    data.A[j * data.m + i - 40] + (i % 2 == 0 ? 0.0 : 1e-6 * normal(bits));
+                A[j * data.m + i] =
+                    A[j * data.m + i - 40] + (i % 2 == 0 ? 0.0 : 1e-6 * normal(bits));
             }
         }
+        data.A = std::move(A);
         factor = frontend::Dense(data.n, data.n);
         for (std::size_t j = 0; j < data.n; ++j) {
             factor(j, j) = 1.0 + 0.1 * static_cast<double>(j);
@@ -88,7 +89,7 @@ TEST_F(WorkingFactors, SeeWhatCancelsInTheSchurComplement) {
     frontend::ProblemData data;
     data.n = 2;
     data.m = 3;
-    data.A = {1.0, 1.0, 1.0, 0.0, 1e-6, 1e-10};
+    data.A.change() = {1.0, 1.0, 1.0, 0.0, 1e-6, 1e-10};
     frontend::Dense factor(2, 2);
     factor(0, 0) = factor(1, 1) = 1.0;
     NamedColumns columns(data, factor);

@@ -69,7 +69,7 @@ Vector transposedProduct(const Dense& a, const Vector& x) {
     return result;
 }
 
-Vector product(const Vector& a, std::size_t rows, const Vector& x) {
+Vector product(std::span<const double> a, std::size_t rows, const Vector& x) {
     Vector result(rows, 0.0);
     blas::gemv(Op::None, 1.0, ConstBlock(a.data(), rows, x.size()), x.data(), 0.0, result.data());
     return result;

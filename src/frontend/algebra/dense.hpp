@@ -3,6 +3,7 @@
 #define ACTIVESET_SRC_FRONTEND_ALGEBRA_DENSE_HPP
 
 #include <cstddef>
+#include <span>
 #include <vector>
 
 #include "frontend/algebra/large_vector.hpp"
@@ -33,7 +34,7 @@ void axpy(double factor, const double* x, double* y, std::size_t count);
 [[nodiscard]] Dense transposedProduct(const Dense& a, const Dense& b);
 [[nodiscard]] Vector transposedProduct(const Dense& a, const Vector& x);
 /// a·x; a has `rows` rows, column-major without gaps.
-[[nodiscard]] Vector product(const Vector& a, std::size_t rows, const Vector& x);
+[[nodiscard]] Vector product(std::span<const double> a, std::size_t rows, const Vector& x);
 /// y += a·x
 void addProduct(const Dense& a, const Vector& x, Vector& y);
 

@@ -49,7 +49,7 @@ ShiftedProblem shiftedProblem(ProblemCache& problem, Control& control) {
 }
 
 double relativeShift(const ProblemData& data, double shift) {
-    const double largest = largestMagnitude(data.H);
+    const double largest = data.H.largest();
     double squares = 0.0;
     for (const double entry : data.H) {
         squares += (entry / largest) * (entry / largest);

@@ -109,7 +109,7 @@ CoreForm& ProblemCache::coreForm() {
 Vector& ProblemCache::hessianPlus(double rho) {
     const std::size_t n = scaled.n;
     if (!hessian_) {
-        hessian_ = scaled.H;
+        hessian_ = scaled.H.copy();
     }
     if (rho != hessianRho_) {
         hessian_->resize(n * n, 0.0);

@@ -12,7 +12,7 @@ namespace activeset::frontend {
 [[nodiscard]] inline double firstWeight(const ProblemData& data) {
     constexpr double WeightOfCurvature = 1e-6;
     constexpr double WeightOfLinear = 1e-9;
-    return data.quadratic ? WeightOfCurvature * largestMagnitude(data.H) : WeightOfLinear;
+    return data.quadratic ? WeightOfCurvature * data.H.largest() : WeightOfLinear;
 }
 
 /// The least ρ; less would be lost in rounding.

@@ -3,6 +3,7 @@
 #include "frontend/parametric/implicit.hpp"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "host/blas.hpp"
@@ -17,7 +18,7 @@ using Constant = BasicBlock<const double>;
 void addTo(Dense& c,
            double factor,
            Op op,
-           const Vector& a,
+           std::span<const double> a,
            std::size_t rows,
            std::size_t cols,
            const Dense& b) {

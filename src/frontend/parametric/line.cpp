@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "frontend/algebra/dense.hpp"
 
@@ -14,7 +15,7 @@ constexpr double PathRounding = 1e-10;    // of a value or rate, relative to its
 constexpr double ViolationAtRest = 1e-9;  // relative violation of a constraint that does not move
 
 // y += a·x for value and rate together, column by column, past columns that do not count.
-void addProduct(const Vector& a, std::size_t rows, const Moving& x, Moving& y) {
+void addProduct(std::span<const double> a, std::size_t rows, const Moving& x, Moving& y) {
     for (std::size_t j = 0; j < x.value.size() && !a.empty(); ++j) {
         const double value = x.value[j];
         const double rate = x.rate[j];
@@ -32,7 +33,7 @@ void addProduct(const Vector& a, std::size_t rows, const Moving& x, Moving& y) {
 }
 
 // y += aᵀ·x
-void addTransposedProduct(const Vector& a, std::size_t rows, const Moving& x, Moving& y) {
+void addTransposedProduct(std::span<const double> a, std::size_t rows, const Moving& x, Moving& y) {
     for (std::size_t j = 0; j < y.value.size() && rows != 0; ++j) {
         y.value[j] += dot(a.data() + j * rows, x.value.data(), rows);
         y.rate[j] += dot(a.data() + j * rows, x.rate.data(), rows);

@@ -82,12 +82,8 @@ double MovingProblem::sizeOfX(const Vectors& vectors) const {
 }
 
 void MovingProblem::shift(double shift) {
-    data_.H.resize(data_.n * data_.n, 0.0);
-    data_.quadratic = true;
+    data_ = shifted(data_, shift);
     curvature_ += shift;
-    for (std::size_t j = 0; j < data_.n; ++j) {
-        data_.H[j * (data_.n + 1)] += shift;
-    }
 }
 
 Vectors MovingProblem::at(double t) const {
@@ -116,10 +112,10 @@ Problem MovingProblem::view(const Vectors& vectors) const {
                     .upper = vectors.upper,
                     .constant = data_.constant};
     if (data_.quadratic) {
-        problem.H = MatrixView(data_.H, data_.n, data_.n);
+        problem.H = MatrixView(data_.H.data(), data_.n, data_.n);
     }
     if (data_.m != 0) {
-        problem.A = MatrixView(data_.A, data_.m, data_.n);
+        problem.A = MatrixView(data_.A.data(), data_.m, data_.n);
     }
     return problem;
 }

@@ -51,11 +51,7 @@ std::shared_ptr<const ProblemData> dataOf(const Result& result,
                                           const char* caller) {
     auto data = std::make_shared<ProblemData>(checkedCopy(problem, caller));
     if (result.hessianShift != 0.0) {
-        data->H.resize(data->n * data->n, 0.0);
-        data->quadratic = true;
-        for (std::size_t j = 0; j < data->n; ++j) {
-            data->H[j * (data->n + 1)] += result.hessianShift;
-        }
+        *data = frontend::shifted(*data, result.hessianShift);
     }
     return data;
 }

@@ -107,7 +107,7 @@ Regions::Search::Search(Regions& regions,
     bounds_ = rates(parameters.bounds, data_.n, p, "bounds");
     regions.n_ = data_.n;
     Dense H(data_.n, data_.n);
-    H.values = data_.quadratic ? data_.H : H.values;
+    H.values = data_.quadratic ? data_.H.copy() : H.values;
     if (data_.n == 0 || !factoriseUpper(H, 1e-14)) {
         refuse("H has to be positive definite");
     }
@@ -152,14 +152,14 @@ void Regions::Search::visit(const Vector& theta) {
     for (Vector* sides : {&at.lower, &at.upper}) {
         move(*sides, bounds_, theta);
     }
-    Problem problem{.H = {at.H, at.n, at.n},
+    Problem problem{.H = {at.H.data(), at.n, at.n},
                     .c = at.c,
                     .rowLower = at.rowLower,
                     .rowUpper = at.rowUpper,
                     .lower = at.lower,
                     .upper = at.upper};
     if (at.m != 0) {
-        problem.A = MatrixView(at.A, at.m, at.n);
+        problem.A = MatrixView(at.A.data(), at.m, at.n);
     }
     const Result result = solve(problem, settings_.each);
     if (!result) {

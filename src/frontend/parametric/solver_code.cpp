@@ -176,7 +176,7 @@ std::string solverCode(const Problem& problem, const std::string& name) {
     const std::size_t n = data.n;
     const std::size_t m = data.m;
     frontend::Dense U(n, n);
-    U.values = data.quadratic ? data.H : U.values;
+    U.values = data.quadratic ? data.H.copy() : U.values;
     if (n == 0 || !factoriseUpper(U, 1e-14)) {
         throw std::invalid_argument("activeset: solverCode: H has to be positive definite");
     }

@@ -10,7 +10,7 @@ namespace {
 /// x + t·a, moved between the bounds. a is the row, or its entries at some variables only.
 class RowCurve {
 public:
-    RowCurve(const ProblemData& data, const Vector& x, const Vector& a)
+    RowCurve(const ProblemData& data, const Vector& x, std::span<const double> a)
         : data_(data), x_(x), a_(a) {}
 
     [[nodiscard]] Vector at(double t) const {
@@ -35,12 +35,14 @@ private:
 
     const ProblemData& data_;
     const Vector& x_;
-    const Vector& a_;
+    std::span<const double> a_;
 };
 
 }  // namespace
 
-std::optional<Vector> pointOnRow(const ProblemData& data, const Vector& x, const Vector& a) {
+std::optional<Vector> pointOnRow(const ProblemData& data,
+                                 const Vector& x,
+                                 std::span<const double> a) {
     constexpr int MostHalvings = 200;
     constexpr double FarthestShift = 1e30;
     const RowCurve curve(data, x, a);

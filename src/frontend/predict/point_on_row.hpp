@@ -3,6 +3,7 @@
 #define ACTIVESET_SRC_FRONTEND_PREDICT_POINT_ON_ROW_HPP
 
 #include <optional>
+#include <span>
 
 #include "frontend/problem/problem_data.hpp"
 
@@ -13,7 +14,7 @@ namespace activeset::frontend {
 /// @param a  the row, or, to leave other variables where they are, its entries at some only
 [[nodiscard]] std::optional<Vector> pointOnRow(const ProblemData& data,
                                                const Vector& x,
-                                               const Vector& a);
+                                               std::span<const double> a);
 
 }  // namespace activeset::frontend
 

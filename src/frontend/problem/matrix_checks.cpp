@@ -77,15 +77,8 @@ void addAsymmetry(const MatrixView& H, std::size_t i, std::size_t j, FaultList& 
     });
 }
 
-}  // namespace
-
-bool inspectMatrix(const MatrixView& matrix, const ExpectedMatrix& expected, FaultList& faults) {
-    if (!fits(matrix, expected, faults)) {
-        return false;
-    }
-    if (matrix.empty()) {
-        return true;  // whatever it points to
-    }
+/// Adds the entries that are not finite. True if there are none.
+bool inspectEntries(const MatrixView& matrix, const char* name, FaultList& faults) {
     const bool byColumns = matrix.order() == Order::ColumnMajor;
     const std::size_t inner = byColumns ? matrix.rows() : matrix.cols();
     const std::size_t outer = byColumns ? matrix.cols() : matrix.rows();
@@ -99,17 +92,15 @@ bool inspectMatrix(const MatrixView& matrix, const ExpectedMatrix& expected, Fau
             const std::size_t row = byColumns ? i : o;
             const std::size_t col = byColumns ? o : i;
             if (!std::isfinite(matrix(row, col))) {
-                addEntry(expected.name, row, col, matrix(row, col), faults);
+                addEntry(name, row, col, matrix(row, col), faults);
             }
         }
     }
     return isFinite;
 }
 
+/// Adds the pairs of entries of a finite H that differ by more than rounding.
 void inspectSymmetry(const MatrixView& H, FaultList& faults) {
-    if (H.empty() || isSymmetric(H.data(), H.cols(), H.leading())) {
-        return;
-    }
     double largest = 0.0;
     for (std::size_t j = 0; j < H.cols(); ++j) {
         for (std::size_t i = 0; i < H.rows(); ++i) {
@@ -123,6 +114,25 @@ void inspectSymmetry(const MatrixView& H, FaultList& faults) {
             }
         }
     }
+}
+
+}  // namespace
+
+void inspectMatrix(const MatrixView& matrix, const ExpectedMatrix& expected, FaultList& faults) {
+    if (fits(matrix, expected, faults) && !matrix.empty()) {
+        static_cast<void>(inspectEntries(matrix, expected.name, faults));
+    }
+}
+
+HessianScan inspectHessian(const MatrixView& H, std::size_t variables, FaultList& faults) {
+    if (!fits(H, {"H", variables, variables, variables, true}, faults)) {
+        return {};
+    }
+    HessianScan scan = scanOf(H);
+    if (!scan.isExact && inspectEntries(H, "H", faults)) {
+        inspectSymmetry(H, faults);
+    }
+    return scan;
 }
 
 }  // namespace activeset::frontend

@@ -15,14 +15,14 @@ struct ExpectedMatrix {
     bool isOptional;  ///< it may be absent
 };
 
-/// Adds the faults of shape, memory and entries. True if there are none, so that entries may be
-/// read.
-[[nodiscard]] bool inspectMatrix(const MatrixView& matrix,
-                                 const ExpectedMatrix& expected,
-                                 FaultList& faults);
+/// Adds the faults of shape, memory and entries.
+void inspectMatrix(const MatrixView& matrix, const ExpectedMatrix& expected, FaultList& faults);
 
-/// Adds the pairs of entries of a sound H that differ by more than rounding.
-void inspectSymmetry(const MatrixView& H, FaultList& faults);
+/// The same of H, and of the pairs of its entries that differ by more than rounding. Looks at each
+/// entry once if all is well.
+[[nodiscard]] HessianScan inspectHessian(const MatrixView& H,
+                                         std::size_t variables,
+                                         FaultList& faults);
 
 }  // namespace activeset::frontend
 

@@ -1,6 +1,7 @@
 // What can be wrong with the data of a problem, all of it at once.
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string>
 #include <utility>
 
@@ -30,14 +31,13 @@ public:
     std::vector<Fault> faults(Part part) {
         switch (part) {
             case Part::Hessian:
-                inspectHessian();
+                scan_ = frontend::inspectHessian(problem_.H, n_, faults_);
                 break;
             case Part::Linear:
                 inspectLinear();
                 break;
             case Part::Rows:
-                static_cast<void>(
-                    frontend::inspectMatrix(problem_.A, {"A", m_, n_, n_, m_ == 0}, faults_));
+                frontend::inspectMatrix(problem_.A, {"A", m_, n_, n_, m_ == 0}, faults_);
                 break;
             case Part::RowSides:
                 inspectSides("rowLower", problem_.rowLower, "rowUpper", problem_.rowUpper, m_,
@@ -56,6 +56,9 @@ public:
         return faults_.taken(part);
     }
 
+    /// What has been seen of H.
+    [[nodiscard]] frontend::HessianScan& scan() { return scan_; }
+
 private:
     template <class Text>
     void add(const char* name, std::size_t row, std::size_t col, double value, Text text) {
@@ -68,12 +71,6 @@ private:
             add("constant", 0, 0, problem_.constant, [&] {
                 return "constant = " + printed(problem_.constant) + ", expected a finite number";
             });
-        }
-    }
-
-    void inspectHessian() {
-        if (frontend::inspectMatrix(problem_.H, {"H", n_, n_, n_, true}, faults_)) {
-            frontend::inspectSymmetry(problem_.H, faults_);
         }
     }
 
@@ -217,6 +214,7 @@ private:
     std::size_t n_;
     std::size_t m_;
     FaultList faults_;
+    frontend::HessianScan scan_;
 };
 
 }  // namespace
@@ -225,6 +223,18 @@ namespace frontend {
 
 std::vector<Fault> faultsIn(const Problem& problem, std::size_t n, std::size_t m, Part part) {
     return Inspection(problem, n, m).faults(part);
+}
+
+std::vector<Fault> faultsIn(const Problem& problem, HessianScan& scan) {
+    std::vector<Fault> faults;
+    for (const Part part : AllParts) {
+        Inspection inspection(problem, variablesOf(problem), problem.A.rows());
+        std::ranges::move(inspection.faults(part), std::back_inserter(faults));
+        if (part == Part::Hessian) {
+            scan = std::move(inspection.scan());
+        }
+    }
+    return faults;
 }
 
 std::vector<Fault> faultsIn(const Settings& settings) {
@@ -267,13 +277,8 @@ std::string messageOf(const std::vector<Fault>& faults) {
 
 std::vector<Fault> faultsOf(const Problem& problem) {
     const FloatingPointGuard environment;
-    std::vector<Fault> faults;
-    for (const frontend::Part part : frontend::AllParts) {
-        auto found =
-            frontend::faultsIn(problem, frontend::variablesOf(problem), problem.A.rows(), part);
-        faults.insert(faults.end(), found.begin(), found.end());
-    }
-    return faults;
+    frontend::HessianScan scan;
+    return frontend::faultsIn(problem, scan);
 }
 
 }  // namespace activeset

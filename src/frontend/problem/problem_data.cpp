@@ -2,8 +2,9 @@
 #include "frontend/problem/problem_data.hpp"
 
 #include <algorithm>
-#include <bit>
-#include <cstdint>
+#include <utility>
+
+#include "frontend/algebra/symmetric_scan.hpp"
 
 namespace activeset::frontend {
 
@@ -41,48 +42,48 @@ void copySides(const VectorView& lower, const VectorView& upper, Vector& lowers,
 }
 
 // Halves that differ by rounding become their mean.
-void copyHessian(const MatrixView& matrix, ProblemData& data) {
-    copyMatrix(matrix, data.H);
-    const bool isExact = data.H.empty() || isSymmetric(data.H.data(), data.n, data.n);
-    for (std::size_t j = 0; j < data.n && !isExact; ++j) {
+void equaliseHalves(LargeVector& H, std::size_t n) {
+    for (std::size_t j = 0; j < n; ++j) {
         for (std::size_t i = 0; i < j; ++i) {
-            double& above = data.H[j * data.n + i];
-            double& below = data.H[i * data.n + j];
+            double& above = H[j * n + i];
+            double& below = H[i * n + j];
             if (above != below) {
                 above = below = 0.5 * above + 0.5 * below;
             }
         }
     }
-    data.quadratic =
-        std::any_of(data.H.begin(), data.H.end(), [](double entry) { return entry != 0.0; });
-    if (!data.quadratic) {
+}
+
+bool isZero(double entry) {
+    return entry == 0.0;
+}
+
+void copyHessian(const MatrixView& matrix, HessianScan scan, ProblemData& data) {
+    LargeVector& H = data.H.change();
+    copyMatrix(matrix, H);
+    if (scan.isExact) {
+        data.quadratic = !std::all_of(scan.largest.begin(), scan.largest.end(), isZero);
+    } else {
+        equaliseHalves(H, data.n);
+        data.quadratic = !std::all_of(H.begin(), H.end(), isZero);
+    }
+    if (data.quadratic) {
+        data.H.tellLargest(std::move(scan.largest));
+    } else {
         data.H.clear();
     }
 }
 
 }  // namespace
 
-// Takes a band of columns at a time, so that the rows on the other side stay in the cache. Bits are
-// collected without a branch for each pair.
-bool isSymmetric(const double* values, std::size_t n, std::size_t leading) {
-    constexpr std::size_t Band = 16;
-    const auto isMirrored = [&](std::size_t i, std::size_t first, std::size_t last) {
-        std::uint64_t different = 0;
-        for (std::size_t j = first; j < last; ++j) {
-            different |= std::bit_cast<std::uint64_t>(values[j * leading + i]) ^
-                         std::bit_cast<std::uint64_t>(values[i * leading + j]);
-        }
-        return different == 0;
-    };
-    for (std::size_t first = 0; first < n; first += Band) {
-        const std::size_t last = std::min(first + Band, n);
-        for (std::size_t i = 0; i < last; ++i) {
-            if (!isMirrored(i, std::max(first, i), last)) {
-                return false;
-            }
-        }
+HessianScan scanOf(const MatrixView& H) {
+    HessianScan scan;
+    scan.largest.resize(H.cols());
+    scan.isExact = isFiniteSymmetric(H.data(), H.cols(), H.leading(), scan.largest.data());
+    if (!scan.isExact) {
+        scan.largest.clear();
     }
-    return true;
+    return scan;
 }
 
 std::size_t variablesOf(const Problem& problem) {
@@ -95,14 +96,14 @@ std::size_t variablesOf(const Problem& problem) {
 void copyPart(const Problem& problem, Part part, ProblemData& data) {
     switch (part) {
         case Part::Hessian:
-            copyHessian(problem.H, data);
+            copyHessian(problem.H, scanOf(problem.H), data);
             break;
         case Part::Linear:
             copyVector(problem.c, data.c);
             data.constant = problem.constant;
             break;
         case Part::Rows:
-            copyMatrix(problem.A, data.A);
+            copyMatrix(problem.A, data.A.change());
             break;
         case Part::RowSides:
             copySides(problem.rowLower, problem.rowUpper, data.rowLower, data.rowUpper);
@@ -118,9 +119,10 @@ void copyPart(const Problem& problem, Part part, ProblemData& data) {
 
 ProblemData shifted(const ProblemData& data, double shift) {
     ProblemData result = data;
-    result.H.grow(data.n * data.n);
+    LargeVector& H = result.H.change();
+    H.grow(data.n * data.n);
     for (std::size_t j = 0; j < data.n; ++j) {
-        result.H[j * (data.n + 1)] += shift;
+        H[j * (data.n + 1)] += shift;
     }
     result.quadratic = true;
     return result;
@@ -145,6 +147,13 @@ ProblemData copyOf(const Problem& problem, std::span<const Part> parts) {
     return data;
 }
 
+ProblemData copyOf(const Problem& problem, HessianScan scan) {
+    constexpr std::array Others{Part::Linear, Part::Rows, Part::RowSides, Part::Bounds};
+    ProblemData data = copyOf(problem, Others);
+    copyHessian(problem.H, std::move(scan), data);
+    return data;
+}
+
 Problem viewOf(const ProblemData& data) {
     Problem problem;
     problem.c = data.c;
@@ -154,10 +163,10 @@ Problem viewOf(const ProblemData& data) {
     problem.upper = data.upper;
     problem.constant = data.constant;
     if (data.quadratic) {
-        problem.H = MatrixView(data.H, data.n, data.n);
+        problem.H = MatrixView(data.H.data(), data.n, data.n);
     }
     if (data.m > 0) {
-        problem.A = MatrixView(data.A, data.m, data.n);
+        problem.A = MatrixView(data.A.data(), data.m, data.n);
     }
     return problem;
 }

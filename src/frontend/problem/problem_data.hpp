@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "activeset/qp.hpp"
-#include "frontend/algebra/large_vector.hpp"
+#include "frontend/problem/matrix_entries.hpp"
 
 namespace activeset::frontend {
 
@@ -20,9 +20,9 @@ struct ProblemData {
     std::size_t n = 0;
     std::size_t m = 0;
     bool quadratic = false;  ///< H has an entry that is not zero; H is empty otherwise
-    LargeVector H;           ///< n × n, symmetric to the last bit
+    MatrixEntries H;         ///< n × n, symmetric to the last bit
     Vector c;
-    LargeVector A;  ///< m × n
+    MatrixEntries A;  ///< m × n
     Vector rowLower;
     Vector rowUpper;
     Vector lower;
@@ -45,6 +45,14 @@ enum class Part { Hessian, Linear, Rows, RowSides, Bounds, Start, Penalties };
 inline constexpr std::array AllParts{Part::Hessian, Part::Linear, Part::Rows,     Part::RowSides,
                                      Part::Bounds,  Part::Start,  Part::Penalties};
 
+/// What one look at H tells.
+struct HessianScan {
+    bool isExact = false;  ///< all entries are finite, and it equals its transpose, bit for bit
+    Vector largest;        ///< the largest magnitude in each column, if so
+};
+/// Looks at an H of sound shape, or at none.
+[[nodiscard]] HessianScan scanOf(const MatrixView& H);
+
 /// The number of variables that the views speak of.
 [[nodiscard]] std::size_t variablesOf(const Problem& problem);
 /// Side i, or `absent` where there is none. The views have no faults.
@@ -58,6 +66,8 @@ inline constexpr std::array AllParts{Part::Hessian, Part::Linear, Part::Rows,   
                                           std::size_t m,
                                           Part part);
 [[nodiscard]] std::vector<Fault> faultsIn(const Settings& settings);
+/// What is wrong with a problem, all parts, and what has been seen of H on the way.
+[[nodiscard]] std::vector<Fault> faultsIn(const Problem& problem, HessianScan& scan);
 
 /// One line for each of the first faults; no line end behind the last one.
 [[nodiscard]] std::string messageOf(const std::vector<Fault>& faults);
@@ -65,8 +75,6 @@ inline constexpr std::array AllParts{Part::Hessian, Part::Linear, Part::Rows,   
 /// Rounding in a matrix that was computed, not typed, leaves its halves apart by less than this
 /// times its largest entry.
 inline constexpr double SymmetryTolerance = 1e-10;
-/// Whether an n × n matrix equals its transpose, bit for bit.
-[[nodiscard]] bool isSymmetric(const double* values, std::size_t n, std::size_t leading);
 
 /// Copies one part of a problem, which has no faults there; a vector that is absent is empty then.
 /// A start and penalties are not part of the data.
@@ -77,6 +85,8 @@ void copyPart(const Problem& problem, Part part, ProblemData& data);
 void complete(ProblemData& data);
 /// Copies a problem without faults, or some parts of it; vectors that are absent are written out.
 [[nodiscard]] ProblemData copyOf(const Problem& problem, std::span<const Part> parts = AllParts);
+/// The same of all parts, where H has been looked at.
+[[nodiscard]] ProblemData copyOf(const Problem& problem, HessianScan scan);
 /// The data as a problem, without start and penalties, that lives no longer than they do.
 [[nodiscard]] Problem viewOf(const ProblemData& data);
 

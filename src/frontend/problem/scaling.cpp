@@ -29,14 +29,18 @@ double factorNear(double value) {
 }
 
 // One sweep divides columns and rows by the square roots of their largest scaled entries. False,
-// with nothing changed, if all of these are near 1.
-bool sweep(const ProblemData& data, Scaling& scaling) {
+// with nothing changed, if all of these are near 1. Before the first one all factors are 1.
+bool sweep(const ProblemData& data, bool isFirst, Scaling& scaling) {
     Vector column(data.n, 0.0);
     Vector row(data.m, 0.0);
+    const Vector& known = data.H.largestOfColumns();
     for (std::size_t j = 0; j < data.n; ++j) {
         if (data.quadratic) {
-            column[j] = largestProduct(data.columnOfH(j), scaling.column.data(), data.n) *
-                        scaling.objective;
+            const double largest =
+                isFirst && !known.empty()
+                    ? known[j]
+                    : largestProduct(data.columnOfH(j), scaling.column.data(), data.n);
+            column[j] = largest * scaling.objective;
         }
         const double* A = data.columnOfA(j);
         const double ofRows = largestProduct(A, scaling.row.data(), data.m);
@@ -130,7 +134,7 @@ void chooseUnit(const ProblemData& data, Scaling& scaling) {
 /// With H in proportion to `objective`, whose own factor is left open.
 Scaling equilibrated(const ProblemData& data, double objective) {
     Scaling scaling{Vector(data.n, 1.0), Vector(data.m, 1.0), objective};
-    for (int k = 0; k < MostSweeps && sweep(data, scaling); ++k) {
+    for (int k = 0; k < MostSweeps && sweep(data, k == 0, scaling); ++k) {
     }
     std::transform(scaling.column.begin(), scaling.column.end(), scaling.column.begin(),
                    factorNear);
@@ -155,7 +159,7 @@ double spreadOfRows(const ProblemData& data, const Scaling& scaling) {
 Scaling equilibrated(const ProblemData& data) {
     constexpr int FarExponent = 64;
     Scaling scaling = equilibrated(data, 1.0);
-    const double size = data.m > 0 ? largestMagnitude(data.H) : 0.0;
+    const double size = data.m > 0 ? data.H.largest() : 0.0;
     if (size > 0.0 && std::abs(std::ilogb(size)) > FarExponent) {
         Scaling other = equilibrated(data, 1.0 / powerOfTwoNear(size, LargestOfObjective));
         if (spreadOfRows(data, other) < spreadOfRows(data, scaling)) {
@@ -185,22 +189,26 @@ ProblemData Scaling::apply(const ProblemData& data) const {
     result.n = data.n;
     result.m = data.m;
     result.quadratic = data.quadratic;
-    result.H.makeRoom(data.H.size());
-    result.A.makeRoom(data.A.size());
+    LargeVector allH;
+    LargeVector allA;
+    allH.makeRoom(data.H.size());
+    allA.makeRoom(data.A.size());
     for (std::size_t j = 0; j < data.n; ++j) {
         if (data.quadratic) {
-            result.H.insert(result.H.end(), data.columnOfH(j), data.columnOfH(j) + data.n);
-            double* H = result.H.data() + j * data.n;
+            allH.insert(allH.end(), data.columnOfH(j), data.columnOfH(j) + data.n);
+            double* H = allH.data() + j * data.n;
             for (std::size_t i = 0; i < data.n; ++i) {
                 H[i] = H[i] * column[i] * column[j] * objective;
             }
         }
-        result.A.insert(result.A.end(), data.columnOfA(j), data.columnOfA(j) + data.m);
-        double* A = result.A.data() + j * data.m;
+        allA.insert(allA.end(), data.columnOfA(j), data.columnOfA(j) + data.m);
+        double* A = allA.data() + j * data.m;
         for (std::size_t i = 0; i < data.m; ++i) {
             A[i] *= row[i] * column[j];
         }
     }
+    result.H = std::move(allH);
+    result.A = std::move(allA);
     applyToVectors(data, result);
     return result;
 }

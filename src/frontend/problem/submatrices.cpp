@@ -9,7 +9,7 @@ Dense hessianOf(const ProblemData& data) {
     }
     Dense H;
     H.rows = H.cols = data.n;
-    H.values = data.H;
+    H.values = data.H.copy();
     return H;
 }
 

@@ -44,7 +44,7 @@ public:
         const Dense H = hessianOf(data_, equalities_.free);
         const Dense basis = qr_.nullSpace();
         const PivotedCholesky reduced(transposedProduct(basis, product(H, basis)),
-                                      roundingOfCurvature(H.rows, largestMagnitude(data_.H)));
+                                      roundingOfCurvature(H.rows, data_.H.largest()));
         if (reduced.negativeDirection().empty()) {
             return {};
         }
@@ -64,7 +64,7 @@ public:
                 return false;
             }
         }
-        const double size = largestMagnitude(data_.H) * squaredLength(direction);
+        const double size = data_.H.largest() * squaredLength(direction);
         const Residual bend = curvature(data_, direction);
         return bend.absolute < -NegligibleCurvature * size && bend.relative < -NegligibleCurvature;
     }
@@ -101,8 +101,7 @@ Convexity convexityOf(const ProblemData& data) {
     if (!data.quadratic) {
         return {Convexity::Semidefinite, {}};
     }
-    const PivotedCholesky whole(hessianOf(data),
-                                roundingOfCurvature(data.n, largestMagnitude(data.H)));
+    const PivotedCholesky whole(hessianOf(data), roundingOfCurvature(data.n, data.H.largest()));
     if (whole.isPositiveDefinite()) {
         return {Convexity::Strict, {}};
     }

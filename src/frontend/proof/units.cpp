@@ -34,9 +34,9 @@ double largestEntryOfRow(const ProblemData& data, std::size_t i) {
 }
 
 Units::Units(const ProblemData& data, const Vector& x) {
-    const double H = largestMagnitude(data.H);
+    const double H = data.H.largest();
     const double c = largestMagnitude(data.c);
-    entry = largestMagnitude(data.A);
+    entry = data.A.largest();
     const std::array sizes{largestFinite(data.lower), largestFinite(data.upper),
                            ratio(largestFinite(data.rowLower), entry),
                            ratio(largestFinite(data.rowUpper), entry), ratio(c, H)};

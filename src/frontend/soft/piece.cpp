@@ -123,7 +123,7 @@ void Piece::addCosts() {
         return;
     }
     if (data_.quadratic) {
-        H_ = data_.H;
+        H_ = data_.H.copy();
     } else {
         H_.assign(data_.n * data_.n, 0.0);
     }

@@ -35,17 +35,19 @@ void SlackProblem::addColumns(const ProblemData& problem, const Penalties& penal
     });
     data.quadratic = problem.quadratic || isCurved;
     if (data.quadratic) {
-        data.H.assign(data.n * data.n, 0.0);
+        LargeVector& H = data.H.change();
+        H.assign(data.n * data.n, 0.0);
         for (std::size_t j = 0; j < n_ && problem.quadratic; ++j) {
-            std::copy_n(problem.columnOfH(j), n_, data.H.data() + j * data.n);
+            std::copy_n(problem.columnOfH(j), n_, H.data() + j * data.n);
         }
     }
-    data.A.assign(data.m * data.n, 0.0);
+    LargeVector& A = data.A.change();
+    A.assign(data.m * data.n, 0.0);
     for (std::size_t j = 0; j < n_; ++j) {
-        std::copy_n(problem.columnOfA(j), m_, data.A.data() + j * data.m);
+        std::copy_n(problem.columnOfA(j), m_, A.data() + j * data.m);
     }
     for (std::size_t b = 0; b < variable_.size(); ++b) {
-        data.A[variable_[b] * data.m + m_ + b] = 1.0;
+        A[variable_[b] * data.m + m_ + b] = 1.0;
     }
     data.c = problem.c;
     data.lower = problem.lower;
@@ -53,9 +55,9 @@ void SlackProblem::addColumns(const ProblemData& problem, const Penalties& penal
     for (std::size_t t = 0; t < sides_.size(); ++t) {
         const SidePenalty& penalty = penalties.of(sides_[t]);
         const std::size_t j = n_ + t;
-        data.A[j * data.m + rowOf_[t]] = sides_[t].side == Side::Upper ? -1.0 : 1.0;
+        A[j * data.m + rowOf_[t]] = sides_[t].side == Side::Upper ? -1.0 : 1.0;
         if (data.quadratic) {
-            data.H[j * (data.n + 1)] = penalty.quadratic;
+            data.H.change()[j * (data.n + 1)] = penalty.quadratic;
         }
         data.c.push_back(penalty.linear);
         data.lower.push_back(0.0);
