@@ -234,6 +234,40 @@ TEST_F(Predictions, LeaveCircles) {
     EXPECT_GE(circles, 10);
 }
 
+/// A problem of the benchmarks as the front end takes it.
+struct Sided {
+    explicit Sided(const bench::Problem& p)
+        : n(p.n),
+          H(p.H),
+          c(p.c),
+          A(p.n * (p.mIneq + p.mEq)),
+          rowLower(p.mIneq, -Infinity),
+          rowUpper(p.b),
+          lower(p.lb),
+          upper(p.ub) {
+        rowLower.insert(rowLower.end(), p.beq.begin(), p.beq.end());
+        rowUpper.insert(rowUpper.end(), p.beq.begin(), p.beq.end());
+        const std::size_t m = rowUpper.size();
+        for (std::size_t j = 0; j < n; ++j) {
+            std::copy_n(p.A.data() + j * p.mIneq, p.mIneq, A.data() + j * m);
+            std::copy_n(p.Aeq.data() + j * p.mEq, p.mEq, A.data() + j * m + p.mIneq);
+        }
+    }
+    [[nodiscard]] Problem view() const {
+        const std::size_t m = rowUpper.size();
+        return {.H = {H, n, n},
+                .c = c,
+                .A = {A, m, m == 0 ? 0 : n},
+                .rowLower = rowLower,
+                .rowUpper = rowUpper,
+                .lower = lower,
+                .upper = upper};
+    }
+
+    std::size_t n;
+    Numbers H, c, A, rowLower, rowUpper, lower, upper;
+};
+
 /// For these families and sizes the predicted set is the solution.
 TEST_F(Predictions, AreTheWholeSolveOfWellBehavedFamilies) {
     struct Named {
@@ -245,31 +279,78 @@ TEST_F(Predictions, AreTheWholeSolveOfWellBehavedFamilies) {
                                    Named{"a third active", bench::randomProblem(60, 0.3, seed)},
                                    Named{"box", bench::boxProblem(80, seed)}}) {
             SCOPED_TRACE(named.name);
-            const bench::Problem& p = named.problem;
-            Numbers A(p.n * (p.mIneq + p.mEq));
-            Numbers lower(p.mIneq, -Infinity);
-            Numbers upper = p.b;
-            lower.insert(lower.end(), p.beq.begin(), p.beq.end());
-            upper.insert(upper.end(), p.beq.begin(), p.beq.end());
-            const std::size_t m = upper.size();
-            for (std::size_t j = 0; j < p.n; ++j) {
-                std::copy_n(p.A.data() + j * p.mIneq, p.mIneq, A.data() + j * m);
-                std::copy_n(p.Aeq.data() + j * p.mEq, p.mEq, A.data() + j * m + p.mIneq);
-            }
-            activeset::Problem problem{.H = {p.H, p.n, p.n},
-                                       .c = p.c,
-                                       .A = {A, m, m == 0 ? 0 : p.n},
-                                       .rowLower = lower,
-                                       .rowUpper = upper,
-                                       .lower = p.lb,
-                                       .upper = p.ub};
-            const Result cold = solve(problem, startingFrom(Start::Cold));
-            const Result predicted = solve(problem);
+            const Sided problem(named.problem);
+            const Result cold = solve(problem.view(), startingFrom(Start::Cold));
+            const Result predicted = solve(problem.view());
             expectSameAnswer(predicted, cold);
             EXPECT_TRUE(predicted.wasPredicted);
             EXPECT_LE(predicted.iterations.prediction, 15U);
             EXPECT_EQ(predicted.iterations.main + predicted.iterations.phaseOne, 0U);
             EXPECT_EQ(predicted.workingSet, cold.workingSet);
+        }
+    }
+}
+
+/// A problem whose optimum is known, and on the upper side of each row and bound. One in three of
+/// these has no multiplier.
+struct Touching {
+    Touching(std::size_t n, std::size_t m, bool isBox, unsigned seed)
+        : H(n * n), c(n), A(m * n), rowUpper(m), lower(n, -10.0), upper(n, 10.0) {
+        std::mt19937_64 bits(seed);
+        std::normal_distribution<double> normal;
+        const auto draw = [&](std::size_t count) {
+            Numbers result(count);
+            std::ranges::generate(result, [&] { return normal(bits); });
+            return result;
+        };
+        const Numbers root = draw(n * n);
+        const Numbers x = draw(n);
+        A = draw(m * n);
+        for (std::size_t j = 0; j < n; ++j) {
+            for (std::size_t k = 0; k < n; ++k) {
+                for (std::size_t r = 0; r < n; ++r) {
+                    H[j * n + k] += root[j * n + r] * root[k * n + r] / static_cast<double>(n);
+                }
+                H[j * n + k] += j == k ? 1e-4 : 0.0;
+                c[k] -= H[j * n + k] * x[j];
+            }
+            for (std::size_t i = 0; i < m; ++i) {
+                rowUpper[i] += A[j * m + i] * x[j];
+                c[j] -= i % 3 != 0 ? A[j * m + i] : 0.0;
+            }
+            upper[j] = isBox && j % 2 == 0 ? x[j] : upper[j];
+        }
+        for (std::size_t j = 0; j < n && isBox; j += 2) {
+            c[j] -= j % 3 != 0 ? 1.0 : 0.0;
+        }
+    }
+    [[nodiscard]] Problem view() const {
+        const std::size_t m = rowUpper.size();
+        return {.H = {H, c.size(), c.size()},
+                .c = c,
+                .A = {A, m, m == 0 ? 0 : c.size()},
+                .rowUpper = rowUpper,
+                .lower = lower,
+                .upper = upper};
+    }
+
+    Numbers H, c, A, rowUpper, lower, upper;
+};
+
+/// Rounding moves the solution of the sides with multipliers beyond some of the others. Predictions
+/// meet them, too: no pass of the core has to.
+TEST_F(Predictions, MeetSidesWithoutMultipliers) {
+    const Settings settings[] = {{}, {.startMode = Start::Predict, .maxIterations = 1000}};
+    for (unsigned seed = 1; seed <= 8; ++seed) {
+        for (const std::size_t m : {0U, 12U}) {
+            SCOPED_TRACE("seed " + std::to_string(seed) + ", rows " + std::to_string(m));
+            const Touching problem(m == 0 ? 120 : 50, m, m == 0, seed);
+            for (const Settings& road : settings) {
+                const Result met = solve(problem.view(), road);
+                ASSERT_EQ(met.status, Status::Optimal);
+                EXPECT_LE(met.certificate.primal.relative, 0x1p-49);
+                EXPECT_EQ(met.iterations.main + met.iterations.phaseOne, 0U);
+            }
         }
     }
 }

@@ -15,6 +15,8 @@ namespace {
 // point, the terms of the value.
 constexpr double ViolationOnTheWay = 1e-10;
 constexpr double ViolationAtTheEnd = 1e-13;
+// What rounding alone leaves, if the point was sought on that side.
+constexpr double ViolationRounding = 0x1p-49;
 // A member that misses its side by more than this share of the first one has lost its digits.
 constexpr double MissedShare = 0.1;
 // Violations up to this may be the rounding of a point far out.
@@ -85,10 +87,7 @@ void BlockDual::start() {
 
 void BlockDual::computePoint() {
     equality_.setMembers(W_);
-    trial_.resize(W_.size());
-    for (std::size_t k = 0; k < W_.size(); ++k) {
-        trial_[k] = lambda_[equality_.members()[k]];
-    }
+    takeMultipliers();
     x_ = equality_.minimiser(sides_, trial_);
     values_ = sides_.values(x_);
     scales_.assign(values_.size(), 0.0);
@@ -115,7 +114,47 @@ bool BlockDual::isMinimum(std::vector<Violated>& candidates) {
     }
     refinePoint();
     candidates = violated(seen_.contains(sides_.all()) ? ViolationOnTheWay : ViolationAtTheEnd);
-    return candidates.empty();
+    if (!candidates.empty()) {
+        return false;
+    }
+    constexpr int MostRounds = 4;
+    for (int round = 0; round < MostRounds && holdsMissed(); ++round) {
+        refinePoint();
+    }
+    return true;
+}
+
+// Where more constraints than W have the point on their sides, it misses some by the rounding of
+// the others. They join W, and their multipliers are rounding.
+bool BlockDual::holdsMissed() {
+    const std::vector<Violated> missed = violated(ViolationRounding);
+    if (missed.empty() || W_.size() + missed.size() > data_.n) {
+        return false;
+    }
+    const Constraints before = sides_;
+    accept();
+    List wanted = W_;
+    for (const Violated& newcomer : missed) {
+        hold(newcomer);
+        wanted.push_back(newcomer.constraint);
+    }
+    equality_.setMembers(wanted);
+    const bool areAllHeld = equality_.members().size() == wanted.size();
+    if (!areAllHeld) {
+        sides_ = before;
+        equality_.setMembers(W_);
+    }
+    W_ = equality_.members();
+    takeMultipliers();
+    return areAllHeld;
+}
+
+// Those of the members, in their order.
+void BlockDual::takeMultipliers() {
+    const List& members = equality_.members();
+    trial_.resize(members.size());
+    std::transform(members.begin(), members.end(), trial_.begin(),
+                   [this](std::size_t k) { return lambda_[k]; });
 }
 
 void BlockDual::refinePoint() {

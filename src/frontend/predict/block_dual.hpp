@@ -43,6 +43,8 @@ private:
     void refinePoint();
     [[nodiscard]] std::vector<Violated> violated(double tolerance) const;
     [[nodiscard]] bool isMinimum(std::vector<Violated>& candidates);
+    [[nodiscard]] bool holdsMissed();
+    void takeMultipliers();
     [[nodiscard]] std::size_t mostNewcomers() const;
     [[nodiscard]] std::vector<Violated> newcomersOf(std::vector<Violated> candidates) const;
     [[nodiscard]] bool takesIn(const std::vector<Violated>& newcomers);

@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "frontend/problem/bound_rounding.hpp"
 #include "frontend/problem/extended_sums.hpp"
 
 namespace activeset::frontend {
@@ -209,6 +210,10 @@ void PrimalDualGuess::refine() {
             step[F[i]] = f[i];
         }
         axpy(1.0, step.data(), point_.x.data(), data_.n);
+        const double rounding = boundRounding(largestMagnitude(point_.x));
+        for (const std::size_t j : F) {
+            point_.x[j] = atBoundButFor(rounding, point_.x[j], data_.lower[j], data_.upper[j]);
+        }
         for (std::size_t i = 0; i < R.size(); ++i) {
             point_.y[R[i]] += r[i];
         }

@@ -45,6 +45,9 @@ public:
     /// The members, and what is beyond its side, of the problem with penalties.
     [[nodiscard]] WorkingSet softSet() const;
 
+    /// Makes members of the sides without multipliers that the point in the memory misses by more
+    /// than this, in proportion to their terms. False where none is, or they depend on members.
+    [[nodiscard]] bool holdMissed(double tolerance);
     /// Whether members are nearly dependent, or quite; where sides are missed also whether they and
     /// sides without multipliers near the point in the memory are, and no short way leads into all.
     [[nodiscard]] bool isNearlyDependent(bool areSidesMissed);
@@ -72,6 +75,7 @@ private:
     void dropWrongSigns();
     [[nodiscard]] bool repeatsMember(std::size_t i) const;
     [[nodiscard]] bool isNearSide(std::size_t i) const;
+    [[nodiscard]] bool isMissed(std::size_t i, double tolerance) const;
     [[nodiscard]] double signOfNearSide(std::size_t i) const;
     [[nodiscard]] bool isWayInShort();
     [[nodiscard]] bool isWayOpen();

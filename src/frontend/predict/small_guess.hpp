@@ -76,6 +76,7 @@ public:
 
 private:
     void findStep() override;
+    void moveToBounds() override;
 
     SmallGuess& guess_;
 };

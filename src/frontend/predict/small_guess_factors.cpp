@@ -6,6 +6,7 @@
 #include "frontend/algebra/cholesky.hpp"
 #include "frontend/algebra/dense.hpp"
 #include "frontend/predict/small_guess.hpp"
+#include "frontend/problem/bound_rounding.hpp"
 #include "host/blas.hpp"
 
 namespace activeset::frontend {
@@ -137,6 +138,17 @@ void SmallGuessRefinement::findStep() {
     for (std::size_t k = 0; k < size_; ++k) {
         const std::size_t j = k < rows ? 0 : constraintOf(k) - m_.shape.rows();
         m_.p[k] = m_.sign[k] * (k < rows ? -m_.r[k] : m_.w[j] - m_.residual[j]);
+    }
+}
+
+// Also free ones that rounding has moved beyond a bound.
+void SmallGuessRefinement::moveToBounds() {
+    SmallRefinement::moveToBounds();
+    const double* const lower = m_.lower + m_.shape.rows();
+    const double* const upper = m_.upper + m_.shape.rows();
+    const double rounding = boundRounding(m_.kernels.largest(m_.x, m_.shape.head()));
+    for (const std::size_t j : guess_.free()) {
+        m_.x[j] = atBoundButFor(rounding, m_.x[j], lower[j], upper[j]);
     }
 }
 

@@ -1,19 +1,11 @@
-// Images, dual method, refinement, proof.
+// What is loaded and kept, and the methods that are tried.
 #include "frontend/predict/small_problem.hpp"
 
-#include <algorithm>
-
-#include "frontend/predict/small_proof.hpp"
-#include "frontend/predict/small_refinement.hpp"
 #include "frontend/predict/small_result.hpp"
 
 namespace activeset::frontend {
 
 namespace {
-
-constexpr double ExactResidual = 1e-13;   // a residual in proportion that rounding leaves
-constexpr double FeasibleSide = 0x1p-49;  // the same of sides
-constexpr std::size_t MostCorrections = 3;
 
 SmallShape shapeOf(const Problem& problem) {
     return {variablesOf(problem), problem.A.rows()};
@@ -166,20 +158,6 @@ bool SmallProblem::loadNext(const Problem& problem, bool areMatricesKept, bool i
     return isWanted && matrices_ != Matrices::Unfit && fitsMemory(problem) && load(problem);
 }
 
-// `setup` is when the dual method began, `begin` when it had ended.
-void SmallProblem::finish(double setup,
-                          double begin,
-                          const Control& control,
-                          Result& result) const {
-    Times& times = result.times;
-    times.setup = setup;
-    times.total = control.seconds();
-    times.polish = times.total - begin;
-    times.solve = times.total - times.setup - times.polish;
-    result.iterations.prediction = 1;
-    result.iterations.dual = dual_.steps();
-}
-
 void SmallProblem::release() noexcept {
     memory_.release();
     matrices_ = Matrices::Unknown;
@@ -246,55 +224,6 @@ bool SmallProblem::minimise(const Problem& problem,
         finish(setup, begin, control, result);
     }
     return isProved;
-}
-
-bool SmallProblem::isWellConditioned() const {
-    constexpr double LeastTrustedPivot = 1e-4;  // in proportion to the largest entry of H
-    constexpr double LeastTrustedPart = 1e-2;
-    return extent_.leastPivot >= LeastTrustedPivot * extent_.H &&
-           dual_.leastPart() >= LeastTrustedPart;
-}
-
-// Corrects the point until it is exact. That of kept factors may be exact as it is.
-template <class MayBeDelicate>
-bool SmallProblem::proveOptimum(const Problem& problem,
-                                double tolerance,
-                                SmallRefinement& refinement,
-                                bool mayBeExact,
-                                MayBeDelicate mayBeDelicate,
-                                Result& result) {
-    refinement.begin();
-    Judgement judgement;
-    std::size_t corrections = 0;
-    const auto isExact = [&] {
-        judgement = judge(memory_, extent_, problem.constant);
-        return judgement.certificate.holds(ExactResidual) &&
-               judgement.certificate.primal.relative <= FeasibleSide;
-    };
-    bool isDone =
-        mayBeExact && refinement.areRowsMet(FeasibleSide) && isExact() && !judgement.isDelicate;
-    while (!isDone) {
-        refinement.correct();
-        ++corrections;
-        isDone = isExact() || corrections == MostCorrections;
-    }
-    if (!judgement.certificate.holds(tolerance) ||
-        !(judgement.certificate.primal.relative <= FeasibleSide) ||
-        (judgement.isDelicate &&
-         !mayBeDelicate(judgement.certificate.primal.relative > NegligibleMiss))) {
-        return false;
-    }
-    const SmallOptimum optimum{memory_, refinement.size(), judgement, tolerance};
-    writeOptimum(problem, optimum, areSetsListed_, result);
-    result.iterations.refinement = corrections;
-    return true;
-}
-
-bool SmallProblem::proveDual(const Problem& problem, double tolerance, Result& result) {
-    SmallImageRefinement refinement(memory_, dual_.factor());
-    return proveOptimum(
-        problem, tolerance, refinement, isSetKept_ && isWellConditioned(),
-        [this](bool isMissed) { return !dual_.isNearlyDependent(isMissed); }, result);
 }
 
 }  // namespace activeset::frontend

@@ -2,6 +2,8 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_PROBLEM_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_PROBLEM_HPP
 
+#include <functional>
+
 #include "frontend/core/control.hpp"
 #include "frontend/predict/small_data.hpp"
 #include "frontend/predict/small_dual.hpp"
@@ -106,13 +108,13 @@ private:
                                     Control& control,
                                     Result& result);
     /// @param mayBeExact     whether the point is looked at before it is corrected
-    /// @param mayBeDelicate  whether what may be so by rounding alone is taken for a proof
-    template <class MayBeDelicate>
+    /// @param mayBeDelicate  whether what may be so by rounding alone is taken for a proof, sides
+    ///                       being missed or not
     [[nodiscard]] bool proveOptimum(const Problem& problem,
                                     double tolerance,
                                     SmallRefinement& refinement,
                                     bool mayBeExact,
-                                    MayBeDelicate mayBeDelicate,
+                                    const std::function<bool(bool isMissed)>& mayBeDelicate,
                                     Result& result);
     [[nodiscard]] bool proveDual(const Problem& problem, double tolerance, Result& result);
 

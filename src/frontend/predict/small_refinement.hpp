@@ -29,6 +29,8 @@ protected:
     /// From the residuals r₁ of stationarity, memory.residual, and r₂ of the members, memory.s, the
     /// step of x, memory.step, and that of the multipliers, memory.p, which is taken off.
     virtual void findStep() = 0;
+    /// Moves the variables of memory.x that are members to their bounds.
+    virtual void moveToBounds();
 
     [[nodiscard]] bool isRow(std::size_t i) const { return i < m_.shape.rows(); }
     [[nodiscard]] std::size_t constraintOf(std::size_t k) const {
@@ -44,7 +46,6 @@ private:
     void gatherRows();
     [[nodiscard]] SmallMatrix memberRows() const;
     void setMultipliers();
-    void moveToBounds();
     void formSums();
     void formResiduals();
 };

@@ -1,0 +1,93 @@
+// How a small solve ends: its point is corrected, proved, and timed.
+#include <functional>
+#include <utility>
+
+#include "frontend/predict/small_problem.hpp"
+#include "frontend/predict/small_proof.hpp"
+#include "frontend/predict/small_refinement.hpp"
+#include "frontend/predict/small_result.hpp"
+
+namespace activeset::frontend {
+
+namespace {
+
+constexpr double ExactResidual = 1e-13;   // a residual in proportion that rounding leaves
+constexpr double FeasibleSide = 0x1p-49;  // the same of sides
+constexpr std::size_t MostCorrections = 3;
+constexpr int MostProofs = 4;  // that are tried after holding what was missed
+
+}  // namespace
+
+bool SmallProblem::isWellConditioned() const {
+    constexpr double LeastTrustedPivot = 1e-4;  // in proportion to the largest entry of H
+    constexpr double LeastTrustedPart = 1e-2;
+    return extent_.leastPivot >= LeastTrustedPivot * extent_.H &&
+           dual_.leastPart() >= LeastTrustedPart;
+}
+
+// Corrects the point until it is exact. That of kept factors may be exact as it is.
+bool SmallProblem::proveOptimum(const Problem& problem,
+                                double tolerance,
+                                SmallRefinement& refinement,
+                                bool mayBeExact,
+                                const std::function<bool(bool)>& mayBeDelicate,
+                                Result& result) {
+    refinement.begin();
+    Judgement judgement;
+    std::size_t corrections = 0;
+    const auto isExact = [&] {
+        judgement = judge(memory_, extent_, problem.constant);
+        return judgement.certificate.holds(ExactResidual) &&
+               judgement.certificate.primal.relative <= FeasibleSide;
+    };
+    bool isDone =
+        mayBeExact && refinement.areRowsMet(FeasibleSide) && isExact() && !judgement.isDelicate;
+    while (!isDone) {
+        refinement.correct();
+        ++corrections;
+        isDone = isExact() || corrections == MostCorrections;
+    }
+    if (!judgement.certificate.holds(tolerance) ||
+        !(judgement.certificate.primal.relative <= FeasibleSide) ||
+        (judgement.isDelicate &&
+         !mayBeDelicate(judgement.certificate.primal.relative > NegligibleMiss))) {
+        return false;
+    }
+    const SmallOptimum optimum{memory_, refinement.size(), judgement, tolerance};
+    writeOptimum(problem, optimum, areSetsListed_, result);
+    result.iterations.refinement = corrections;
+    return true;
+}
+
+// What the point misses by rounding is held, too.
+bool SmallProblem::proveDual(const Problem& problem, double tolerance, Result& result) {
+    bool mayBeExact = isSetKept_ && isWellConditioned();
+    for (int round = 0; round < MostProofs; ++round) {
+        SmallImageRefinement refinement(memory_, dual_.factor());
+        if (proveOptimum(
+                problem, tolerance, refinement, std::exchange(mayBeExact, false),
+                [this](bool isMissed) { return !dual_.isNearlyDependent(isMissed); }, result)) {
+            return true;
+        }
+        if (!dual_.holdMissed(FeasibleSide)) {
+            return false;
+        }
+    }
+    return false;
+}
+
+// `setup` is when the dual method began, `begin` when it had ended.
+void SmallProblem::finish(double setup,
+                          double begin,
+                          const Control& control,
+                          Result& result) const {
+    Times& times = result.times;
+    times.setup = setup;
+    times.total = control.seconds();
+    times.polish = times.total - begin;
+    times.solve = times.total - times.setup - times.polish;
+    result.iterations.prediction = 1;
+    result.iterations.dual = dual_.steps();
+}
+
+}  // namespace activeset::frontend
