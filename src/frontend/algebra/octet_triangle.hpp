@@ -20,22 +20,20 @@ HWY_INLINE void takeFrom(Octet& sum, const Octet& a, Octet::Part b) {
     }
 }
 
-/// The same, the product rounded: what numbers of few digits cancel is zero then.
-HWY_INLINE void takePlainly(Octet& sum, const Octet& a, Octet::Part b) {
-    for (std::size_t k = 0; k < Octet::Parts; ++k) {
-        sum.parts[k] = hn::Sub(sum.parts[k], hn::Mul(a.parts[k], b));
-    }
+HWY_INLINE double rootOf(double value) {
+    const hn::CappedTag<double, 1> one;
+    return hn::GetLane(hn::Sqrt(hn::Set(one, value)));
 }
 
 /// Of a block of columns on the diagonal: L of LDLᵀ, so that no square root waits for another, and
 /// 1/√D.
 template <std::size_t Width>
 struct Triangle {
-    double factors[Width][OctetLanes];  ///< columns of L, from the lane of the block's first row on
+    double factors[Width][Width];  ///< columns of L, below the diagonal
     double scale[Width];
 };
 
-/// Factorises a block.
+/// Factorises a block, number by number, in registers: each pivot waits for the one before it.
 ///
 /// @param columns  the eight rows on the diagonal that hold the block
 /// @param top      the lane of its first row
@@ -46,27 +44,32 @@ HWY_INLINE bool factoriseTriangle(const Octet (&columns)[Width],
                                   std::size_t top,
                                   const double (&least)[Width],
                                   Triangle<Width>& triangle) {
-    Octet left[Width];
+    double left[Width][OctetLanes];
     for (std::size_t c = 0; c < Width; ++c) {
-        left[c] = columns[c];
+        store(columns[c], left[c]);
     }
-    double column[OctetLanes + Width] = {};
     bool arePositive = true;
+    HWY_UNROLL(8)
     for (std::size_t c = 0; c < Width; ++c) {
-        store(left[c], column);
-        const double pivot = column[top + c];
-        arePositive = arePositive && pivot > least[c];
-        store(productOf(load(column + top), octetOf(1.0 / pivot)), triangle.factors[c]);
+        const double* const column = left[c] + top;
+        double* const factors = triangle.factors[c];
+        const double pivot = column[c];
+        arePositive &= pivot > least[c];
         triangle.scale[c] = pivot;
+        const double inverse = 1.0 / pivot;
+        HWY_UNROLL(8)
         for (std::size_t r = c + 1; r < Width; ++r) {
-            takePlainly(left[r], left[c], hn::Set(Octet::Tag(), triangle.factors[c][r]));
+            factors[r] = column[r] * inverse;
+            HWY_UNROLL(8)
+            for (std::size_t i = r; i < Width; ++i) {
+                // Not fused: what numbers of few digits cancel is zero.
+                left[r][top + i] -= column[i] * factors[r];
+            }
         }
     }
-    Lanes<Width> pivots = load<Width>(triangle.scale);
-    for (auto& part : pivots.parts) {
-        part = hn::Div(hn::Set(typename Lanes<Width>::Tag(), 1.0), hn::Sqrt(part));
+    for (double& scale : triangle.scale) {
+        scale = 1.0 / rootOf(scale);
     }
-    store(pivots, triangle.scale);
     return arePositive;
 }
 
