@@ -84,9 +84,18 @@ private:
         kernels_.addRows(rows, members.data(), memory_.x, members.size(), shape_.head(), memory_.w);
         kernels_.gather(0.7, images(), 7, 0, shape_.head(), memory_.p);
         const frontend::SmallSum sum = kernels_.exactDot(memory_.x, memory_.g, shape_.head());
+        const frontend::SmallMatrix factor{memory_.images, shape_.head(), 5,
+                                           shape_.height() + shape_.head(), shape_.head()};
+        const frontend::SmallMatrix inverse{memory_.images, 8, 5, factor.leading, 8};
+        Numbers shares(3 * shape_.head());
+        const double left = kernels_.project(
+            factor, inverse, memory_.g,
+            {shares.data(), shares.data() + shape_.head(), shares.data() + 2 * shape_.head()});
+        add(shares.data(), shares.size());
         kernels_.addScaled(0.3, memory_.g, memory_.z, shape_.head());
         kernels_.rotate(0.6, 0.8, memory_.g, memory_.z, shape_.head());
-        add({sum.value, sum.rest, sum.scale, kernels_.dot(memory_.x, memory_.z, shape_.head())});
+        add({sum.value, sum.rest, sum.scale, left,
+             kernels_.dot(memory_.x, memory_.z, shape_.head())});
         for (const double* array : {memory_.values, memory_.multipliers, memory_.highest}) {
             add(array, shape_.constraints());
         }
@@ -129,29 +138,6 @@ Numbers computedWith(const frontend::SmallKernels& kernels) {
     return Computed(kernels).numbers();
 }
 
-/// Each pair of entries differs once.
-TEST_F(SmallKernels, SeeEveryPairThatIsNotSymmetric) {
-    constexpr std::size_t Count = 12;
-    constexpr std::size_t Leading = 16;
-    for (const frontend::InstructionSet set : frontend::instructionSets()) {
-        const frontend::SmallKernels kernels = frontend::smallKernels(set);
-        Numbers a(Count * Leading);
-        for (std::size_t j = 0; j < Count; ++j) {
-            for (std::size_t i = 0; i < Leading; ++i) {
-                a[j * Leading + i] = static_cast<double>(i < Count ? i + j + i * j : 7 * j + i);
-            }
-        }
-        EXPECT_TRUE(kernels.isSymmetric(a.data(), Count, Leading));
-        for (std::size_t j = 0; j < Count; ++j) {
-            for (std::size_t i = 0; i < Count; ++i) {
-                a[j * Leading + i] += 0.5;
-                EXPECT_EQ(kernels.isSymmetric(a.data(), Count, Leading), i == j) << i << " " << j;
-                a[j * Leading + i] -= 0.5;
-            }
-        }
-    }
-}
-
 /// The triangle is of small integers, and so is the solution; above it are no numbers.
 TEST_F(SmallKernels, SolveWithBothTriangles) {
     constexpr std::size_t Count = 24;
@@ -179,52 +165,6 @@ TEST_F(SmallKernels, SolveWithBothTriangles) {
         x = transposed;
         kernels.solveLowerTransposed(L.data(), Count, Count, x.data());
         EXPECT_EQ(x, expected);
-    }
-}
-
-/// One side is wrong, in each place of a group of eight.
-TEST_F(SmallKernels, LookAtEverySide) {
-    using frontend::InstructionSet;
-    constexpr frontend::SmallSideLimits Limits{AbsentSide, Infinity, 1e-13};
-    for (const InstructionSet set :
-         {InstructionSet::Baseline, InstructionSet::Avx2, InstructionSet::Avx512}) {
-        if (set > frontend::instructionSet()) {
-            continue;
-        }
-        const frontend::SmallKernels kernels = frontend::smallKernels(set);
-        for (std::size_t count = 1; count <= 17; ++count) {
-            std::array<Numbers, 4> to;
-            to.fill(Numbers(24));
-            const frontend::SmallSides sides{to[0].data(), to[1].data(), to[2].data(),
-                                             to[3].data()};
-            const auto look = [&](const Numbers& lower, const Numbers& upper) {
-                return kernels.copySides(lower.data(), upper.data(), count, 24, Limits, sides);
-            };
-            Numbers lower(count, -2.0);
-            Numbers upper(count, 1e30);
-            lower.back() = -1e25;
-            upper.front() = 5.0;
-            frontend::SmallSideExtent extent = look(lower, upper);
-            EXPECT_TRUE(extent.isSound);
-            EXPECT_EQ(extent.equal, 0U);
-            EXPECT_EQ(extent.largest, 5.0);
-            EXPECT_EQ(to[0][count - 1], -Infinity);
-            EXPECT_EQ(to[1][0], 5.0);
-            EXPECT_EQ(to[3][0], 5.0 + 1e-13 * 5.0);
-            EXPECT_EQ(to[2][23], -Infinity);
-            EXPECT_EQ(to[1][count], Infinity);
-            lower.back() = upper.back() = 7.0;
-            extent = look(lower, upper);
-            EXPECT_EQ(extent.equal, 1U);
-            EXPECT_EQ(extent.largest, 7.0);
-            for (const double wrong : {8.0, 1e20, std::nan("")}) {
-                lower.back() = wrong;
-                EXPECT_FALSE(look(lower, upper).isSound) << count << " " << wrong;
-            }
-            lower.back() = -Infinity;
-            upper.back() = -1e20;
-            EXPECT_FALSE(look(lower, upper).isSound);
-        }
     }
 }
 

@@ -1,9 +1,8 @@
-// Gram-Schmidt, a second time where the first one cancels; plane rotations where a member leaves.
+// Gram-Schmidt; plane rotations where a member leaves.
 #include "frontend/predict/small_factor.hpp"
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 
 namespace activeset::frontend {
 
@@ -18,27 +17,12 @@ SmallMatrix SmallFactor::inverse() const {
 
 // NOLINTNEXTLINE(readability-make-member-function-const): it writes the memory
 double SmallFactor::project() {
-    constexpr double Cancelled = 0.01;
     const std::size_t head = m_.shape.head();
     if (size_ == 0) {
         std::copy_n(m_.g, head, m_.u);
         return m_.kernels.dot(m_.u, m_.u, head);
     }
-    const SmallMatrix Q = orthogonal();
-    const auto takeOff = [&](const double* coefficients, const double* from) {
-        std::transform(coefficients, coefficients + size_, m_.p, std::negate<>());
-        m_.kernels.multiplyAdd(Q, m_.p, from, m_.u);
-        return m_.kernels.dot(m_.u, m_.u, head);
-    };
-    m_.kernels.multiplyTransposed(Q, m_.g, m_.r);
-    double squaredNorm = takeOff(m_.r, m_.g);
-    if (squaredNorm < Cancelled) {
-        m_.kernels.multiplyTransposed(Q, m_.u, m_.s);
-        std::transform(m_.s, m_.s + size_, m_.r, m_.r, std::plus<>());
-        squaredNorm = takeOff(m_.s, m_.u);
-    }
-    m_.kernels.multiplyAdd(inverse(), m_.r, nullptr, m_.p);
-    return squaredNorm;
+    return m_.kernels.project(orthogonal(), inverse(), m_.g, {m_.r, m_.u, m_.p});
 }
 
 void SmallFactor::append(double squaredNorm) {

@@ -9,6 +9,7 @@
 #include "frontend/predict/small_images.hpp"
 #include "frontend/predict/small_judge.hpp"
 #include "frontend/predict/small_load.hpp"
+#include "frontend/predict/small_orthogonal.hpp"
 #include "frontend/predict/small_products.hpp"
 #include "frontend/predict/small_triangles.hpp"
 
@@ -18,31 +19,13 @@ namespace {
 
 // In the order of the members.
 SmallKernels table() {
-    return {copy,
-            isSymmetric,
-            copySides,
-            factorise,
-            inverseNorms,
-            multiplyAdd,
-            addColumns,
-            multiplyTransposed,
-            descend,
-            solveLower,
-            solveLowerTransposed,
-            dot,
-            addScaled,
-            gather,
-            addRows,
-            price,
-            rotate,
-            exactProduct,
-            exactDot,
-            exactSides,
-            negativeGradient,
-            largest,
-            moved,
-            misses,
-            weighGradient};
+    return {copy,         isSymmetric,      copySides,    factorise,
+            inverseNorms, multiplyAdd,      addColumns,   multiplyTransposed,
+            project,      descend,          solveLower,   solveLowerTransposed,
+            dot,          addScaled,        gather,       addRows,
+            price,        rotate,           exactProduct, exactDot,
+            exactSides,   negativeGradient, largest,      moved,
+            misses,       weighGradient};
 }
 
 }  // namespace

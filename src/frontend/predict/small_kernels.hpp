@@ -102,6 +102,13 @@ struct SmallGradientProof {
     bool isSound;   ///< all are numbers
 };
 
+/// What a vector g has in common with the members of a factor, and what is left of it.
+struct SmallShares {
+    double* r;  ///< Qᵀg
+    double* u;  ///< g − Q·r
+    double* p;  ///< T·r
+};
+
 struct SmallBox {
     const double* lower;
     const double* upper;
@@ -142,6 +149,11 @@ struct SmallKernels {
     void (*addColumns)(const SmallMatrix& a, const double* x, double* y);
     /// y := Aᵀx, cols entries.
     void (*multiplyTransposed)(const SmallMatrix& a, const double* x, double* y);
+    /// Of g, its length 1, for Q with orthonormal columns. The square of ‖u‖.
+    double (*project)(const SmallMatrix& Q,
+                      const SmallMatrix& T,
+                      const double* g,
+                      const SmallShares& to);
     /// One sweep that minimises ½xᵀHx + cᵀx over one variable after the other, between its bounds;
     /// `count` of them. g = H·x + c moves with x. `inverse` is that of the diagonal of H.
     void (*descend)(const SmallMatrix& H,

@@ -259,20 +259,6 @@ SmallViolation price(const SmallMatrix& a,
     return farthest.result();
 }
 
-void rotate(double c, double s, double* x, double* y, std::size_t count) {
-    const Octet cosine = octetOf(c);
-    for (std::size_t i = 0; i < count; i += OctetLanes) {
-        const Octet first = load(x + i);
-        const Octet second = load(y + i);
-        Octet turned = times(first, cosine);
-        takeFrom(turned, second, spread(s));
-        store(turned, x + i);
-        turned = times(second, cosine);
-        addTo(turned, first, spread(s));
-        store(turned, y + i);
-    }
-}
-
 }  // namespace
 }  // namespace activeset::frontend::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
