@@ -6,7 +6,8 @@
 // where any side may be soft: violated at a price that the objective pays.
 //
 // A program describes its data as views, which copy nothing, and gets a result that owns what it
-// holds. Everything that a result claims has been recomputed from the data as they were given.
+// holds. While a solve runs, nobody but its own callback may change what the views show. Everything
+// that a result claims has been recomputed from the data as they were given.
 #ifndef ACTIVESET_QP_HPP
 #define ACTIVESET_QP_HPP
 

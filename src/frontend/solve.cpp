@@ -142,8 +142,10 @@ Result solveGenerally(const Problem& problem,
     if (!faults.empty()) {
         return frontend::invalid(std::move(faults));
     }
-    const auto cache =
-        std::make_shared<frontend::ProblemCache>(frontend::copyOf(problem, std::move(scan)));
+    // Factors that are kept live on; a callback may change the matrices for the solves to come.
+    const bool mayLend = !settings.keepFactors && !settings.onPass;
+    const auto cache = std::make_shared<frontend::ProblemCache>(frontend::copyOf(
+        problem, std::move(scan), mayLend ? frontend::Matrices::Lent : frontend::Matrices::Copied));
     const WarmStart* warm = problem.warmStart;
     frontend::Vector start = warm != nullptr ? warm->x : frontend::Vector();
     if (warm == nullptr && !problem.start.empty()) {

@@ -193,6 +193,21 @@ TEST_F(FrontEndControl, EndsAtTheFeasiblePointOfTheLastPass) {
     EXPECT_GT(ended, 20);
 }
 
+TEST_F(FrontEndControl, LetsACallbackChangeTheMatricesOfProblemsToCome) {
+    Sample sample = randomSample(1, 20, true);
+    const Settings cold{.startMode = Start::Cold};
+    const Result expected = solve(sample.view(), cold);
+    ASSERT_TRUE(expected);
+    Settings changing = cold;
+    changing.onPass = [&](const Progress&) {
+        std::ranges::fill(sample.H, std::nan(""));
+        std::ranges::fill(sample.A, std::nan(""));
+        return true;
+    };
+    EXPECT_EQ(solve(sample.view(), changing).x, expected.x);
+    EXPECT_TRUE(std::isnan(sample.H.at(0)));
+}
+
 TEST_F(FrontEndControl, TellsTheCallbackHowFarItIs) {
     const Sample sample = longSample();
     Progress last;

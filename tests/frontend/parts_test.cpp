@@ -132,6 +132,21 @@ TEST_F(Parts, FarSidesBecomeAbsentOnTheirOwnSide) {
     EXPECT_THAT(data.rowLower, ElementsAre(0, 0));  // x is on both
 }
 
+TEST_F(Parts, EntriesThatAreLentAreCopiedToChangeOrToLast) {
+    Vector values{1.0, -4.0, -4.0, 3.0};
+    auto lent = frontend::MatrixEntries::lent(values.data(), values.size());
+    lent.tellLargest({4.0, 4.0});
+    const frontend::MatrixEntries copy = lent;
+    values[0] = 7.0;
+    EXPECT_EQ(lent[0], 7.0);
+    EXPECT_EQ(copy[0], 1.0);
+    EXPECT_EQ(copy.largest(), 4.0);
+    lent.change()[1] = 5.0;
+    EXPECT_EQ(values[1], -4.0);
+    EXPECT_EQ(lent[1], 5.0);
+    EXPECT_EQ(lent.largest(), 7.0);
+}
+
 TEST_F(Parts, RefinementSolvesTheEquationsOfItsSet) {
     ProblemData data;
     data.n = 2;

@@ -54,24 +54,27 @@ void equaliseHalves(LargeVector& H, std::size_t n) {
     }
 }
 
-bool isZero(double entry) {
-    return entry == 0.0;
+bool isZero(const Vector& entries) {
+    return std::all_of(entries.begin(), entries.end(), [](double entry) { return entry == 0.0; });
 }
 
 void copyHessian(const MatrixView& matrix, HessianScan scan, ProblemData& data) {
     LargeVector& H = data.H.change();
     copyMatrix(matrix, H);
-    if (scan.isExact) {
-        data.quadratic = !std::all_of(scan.largest.begin(), scan.largest.end(), isZero);
-    } else {
+    if (!scan.isExact) {
         equaliseHalves(H, data.n);
-        data.quadratic = !std::all_of(H.begin(), H.end(), isZero);
     }
+    data.quadratic = !isZero(scan.isExact ? scan.largest : H);
     if (data.quadratic) {
         data.H.tellLargest(std::move(scan.largest));
     } else {
         data.H.clear();
     }
+}
+
+bool hasNoGaps(const MatrixView& matrix) {
+    const bool byColumns = matrix.order() == Order::ColumnMajor;
+    return !matrix.empty() && matrix.leading() == (byColumns ? matrix.rows() : matrix.cols());
 }
 
 }  // namespace
@@ -147,10 +150,22 @@ ProblemData copyOf(const Problem& problem, std::span<const Part> parts) {
     return data;
 }
 
-ProblemData copyOf(const Problem& problem, HessianScan scan) {
-    constexpr std::array Others{Part::Linear, Part::Rows, Part::RowSides, Part::Bounds};
-    ProblemData data = copyOf(problem, Others);
-    copyHessian(problem.H, std::move(scan), data);
+ProblemData copyOf(const Problem& problem, HessianScan scan, Matrices matrices) {
+    constexpr std::array Vectors{Part::Linear, Part::RowSides, Part::Bounds};
+    ProblemData data = copyOf(problem, Vectors);
+    const bool mayLend = matrices == Matrices::Lent;
+    if (mayLend && problem.A.order() == Order::ColumnMajor && hasNoGaps(problem.A)) {
+        data.A = MatrixEntries::lent(problem.A.data(), problem.A.rows() * problem.A.cols());
+    } else {
+        copyPart(problem, Part::Rows, data);
+    }
+    data.quadratic = !isZero(scan.largest);
+    if (mayLend && scan.isExact && data.quadratic && hasNoGaps(problem.H)) {
+        data.H = MatrixEntries::lent(problem.H.data(), data.n * data.n);
+        data.H.tellLargest(std::move(scan.largest));
+    } else {
+        copyHessian(problem.H, std::move(scan), data);
+    }
     return data;
 }
 

@@ -85,8 +85,11 @@ void copyPart(const Problem& problem, Part part, ProblemData& data);
 void complete(ProblemData& data);
 /// Copies a problem without faults, or some parts of it; vectors that are absent are written out.
 [[nodiscard]] ProblemData copyOf(const Problem& problem, std::span<const Part> parts = AllParts);
+/// Whether matrices that are complete and contiguous are copied, or lent by the caller, who keeps
+/// them longer than the data lives.
+enum class Matrices { Copied, Lent };
 /// The same of all parts, where H has been looked at.
-[[nodiscard]] ProblemData copyOf(const Problem& problem, HessianScan scan);
+[[nodiscard]] ProblemData copyOf(const Problem& problem, HessianScan scan, Matrices matrices);
 /// The data as a problem, without start and penalties, that lives no longer than they do.
 [[nodiscard]] Problem viewOf(const ProblemData& data);
 

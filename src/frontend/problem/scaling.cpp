@@ -82,6 +82,16 @@ void divide(Vector& values, const Vector& factors) {
     }
 }
 
+bool areOnes(const Vector& factors) {
+    return std::all_of(factors.begin(), factors.end(), [](double factor) { return factor == 1.0; });
+}
+
+MatrixEntries lentBy(const MatrixEntries& entries) {
+    MatrixEntries lent = MatrixEntries::lent(entries.data(), entries.size());
+    lent.tellLargest(entries.largestOfColumns());
+    return lent;
+}
+
 /// The smallest and the largest magnitude of numbers, without zeros and infinities.
 struct Extent {
     double smallest = Infinity;
@@ -189,28 +199,37 @@ ProblemData Scaling::apply(const ProblemData& data) const {
     result.n = data.n;
     result.m = data.m;
     result.quadratic = data.quadratic;
-    LargeVector allH;
-    LargeVector allA;
-    allH.makeRoom(data.H.size());
-    allA.makeRoom(data.A.size());
-    for (std::size_t j = 0; j < data.n; ++j) {
-        if (data.quadratic) {
-            allH.insert(allH.end(), data.columnOfH(j), data.columnOfH(j) + data.n);
-            double* H = allH.data() + j * data.n;
-            for (std::size_t i = 0; i < data.n; ++i) {
-                H[i] = H[i] * column[i] * column[j] * objective;
-            }
+    const bool areColumnsKept = areOnes(column);
+    result.H = areColumnsKept && objective == 1.0 ? lentBy(data.H) : scaledHessian(data);
+    result.A = areColumnsKept && areOnes(row) ? lentBy(data.A) : scaledRows(data);
+    applyToVectors(data, result);
+    return result;
+}
+
+MatrixEntries Scaling::scaledHessian(const ProblemData& data) const {
+    LargeVector all;
+    all.makeRoom(data.H.size());
+    for (std::size_t j = 0; j < data.n && data.quadratic; ++j) {
+        all.insert(all.end(), data.columnOfH(j), data.columnOfH(j) + data.n);
+        double* H = all.data() + j * data.n;
+        for (std::size_t i = 0; i < data.n; ++i) {
+            H[i] = H[i] * column[i] * column[j] * objective;
         }
-        allA.insert(allA.end(), data.columnOfA(j), data.columnOfA(j) + data.m);
-        double* A = allA.data() + j * data.m;
+    }
+    return all;
+}
+
+MatrixEntries Scaling::scaledRows(const ProblemData& data) const {
+    LargeVector all;
+    all.makeRoom(data.A.size());
+    for (std::size_t j = 0; j < data.n; ++j) {
+        all.insert(all.end(), data.columnOfA(j), data.columnOfA(j) + data.m);
+        double* A = all.data() + j * data.m;
         for (std::size_t i = 0; i < data.m; ++i) {
             A[i] *= row[i] * column[j];
         }
     }
-    result.H = std::move(allH);
-    result.A = std::move(allA);
-    applyToVectors(data, result);
-    return result;
+    return all;
 }
 
 void Scaling::applyToVectors(const ProblemData& data, ProblemData& result) const {

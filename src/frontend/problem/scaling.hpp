@@ -16,6 +16,8 @@ struct Scaling {
     /// The scaling under which rows and columns of [H Aᵀ; A 0] have largest entries near 1.
     [[nodiscard]] static Scaling of(const ProblemData& data);
 
+    /// The scaled problem. The data lends it matrices that scaling does not change, and has to
+    /// outlive it.
     [[nodiscard]] ProblemData apply(const ProblemData& data) const;
     /// The same for all but the matrices.
     void applyToVectors(const ProblemData& data, ProblemData& result) const;
@@ -25,6 +27,10 @@ struct Scaling {
     /// The same of x alone.
     [[nodiscard]] Vector unscaledVariables(Vector x) const;
     [[nodiscard]] Vector scaledVariables(Vector x) const;
+
+private:
+    [[nodiscard]] MatrixEntries scaledHessian(const ProblemData& data) const;
+    [[nodiscard]] MatrixEntries scaledRows(const ProblemData& data) const;
 };
 
 }  // namespace activeset::frontend
