@@ -62,10 +62,9 @@ bool loadRows(const MatrixView& A, SmallMemory& memory, double& largest) {
         from = rows;
         distance = leading;
     }
-    const SmallKernels& kernels = memory.kernels;
-    largest = kernels.copy(from, distance, shape.m, shape.n, rows, leading, shape.rows());
-    kernels.copy(nullptr, 0, 0, shape.cols() - shape.n, rows + shape.n * leading, leading,
-                 shape.rows());
+    largest = shape.m > 0
+                  ? memory.kernels.copy(from, distance, shape.m, shape.n, rows, leading, shape.m)
+                  : 0.0;
     for (std::size_t j = 0; j < shape.n; ++j) {
         rows[j * leading + shape.m] = memory.c[j];
     }

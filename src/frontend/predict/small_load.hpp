@@ -22,9 +22,19 @@ struct Inspected {
         largest = maximumOf(magnitudeOf(values), largest);
         addTo(zeros, values, spread(0.0));
     }
+    HWY_INLINE void take(const Inspected& other) {
+        largest = maximumOf(other.largest, largest);
+        zeros = plus(zeros, other.zeros);
+    }
     /// NaN where something is not finite.
     HWY_INLINE double result() const { return largestLane(largest) + sumOf(zeros); }
 };
+
+HWY_INLINE void copyOctet(const double* from, double* to, Inspected& inspected) {
+    const Octet values = load(from);
+    store(values, to);
+    inspected.take(values);
+}
 
 double copy(const double* from,
             std::size_t leading,
@@ -33,26 +43,34 @@ double copy(const double* from,
             double* to,
             std::size_t distance,
             std::size_t padded) {
-    Inspected inspected{octetOf(0.0), octetOf(0.0)};
+    // Three of them, so that none has to wait for itself.
+    Inspected even{octetOf(0.0), octetOf(0.0)};
+    Inspected odd = even;
+    Inspected last = even;
+    const std::size_t whole = rows / OctetLanes * OctetLanes;
+    const std::size_t end = whole < rows ? whole + OctetLanes : whole;
     for (std::size_t j = 0; j < cols; ++j, to += distance) {
         const double* const column = from + j * leading;
         std::size_t i = 0;
-        for (; i + OctetLanes <= rows; i += OctetLanes) {
-            const Octet values = load(column + i);
-            store(values, to + i);
-            inspected.take(values);
+        for (; i + 2 * OctetLanes <= whole; i += 2 * OctetLanes) {
+            copyOctet(column + i, to + i, even);
+            copyOctet(column + i + OctetLanes, to + i + OctetLanes, odd);
         }
-        if (i < rows) {
-            const Octet values = loadFirst(column + i, rows - i);
-            store(values, to + i);
-            inspected.take(values);
-            i += OctetLanes;
+        if (i < whole) {
+            copyOctet(column + i, to + i, even);
         }
-        for (; i < padded; i += OctetLanes) {
+        if (whole < rows) {
+            const Octet values = loadFirst(column + whole, rows - whole);
+            store(values, to + whole);
+            last.take(values);
+        }
+        for (i = end; i < padded; i += OctetLanes) {
             store(octetOf(0.0), to + i);
         }
     }
-    return inspected.result();
+    even.take(odd);
+    even.take(last);
+    return even.result();
 }
 
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
