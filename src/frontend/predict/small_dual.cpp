@@ -261,19 +261,25 @@ SmallDual::End SmallDual::pull(std::size_t i) {
 }
 
 SmallDual::End SmallDual::minimise(Control& control) {
-    const SmallMatrix all = images();
+    // Without rows of A there is only that of c before the bounds.
+    const std::size_t first = m_.shape.m > 0 ? 0 : m_.shape.rows();
+    SmallMatrix priced = images();
+    priced.data += first;
+    priced.rows -= first;
+    priced.triangle -= first;
     End end = dropped_ <= mostChanges_ ? End::Optimal : End::GivenUp;
     size_ = std::sqrt(m_.kernels.dot(m_.w, m_.w, m_.shape.head()));
     for (std::size_t round = 1; end == End::Optimal; ++round) {
         const SmallViolation worst =
-            m_.kernels.price(all, m_.z, m_.lowest, m_.highest, m_.inverseNorm, m_.values);
+            m_.kernels.price(priced, m_.z, m_.lowest + first, m_.highest + first,
+                             m_.inverseNorm + first, m_.values + first);
         if (isSettled(worst)) {
             return End::Optimal;
         }
         if (round % StepsBetweenPolls == 0) {
             control.poll();
         }
-        end = control.mustEnd() ? End::GivenUp : pull(worst.index);
+        end = control.mustEnd() ? End::GivenUp : pull(first + worst.index);
     }
     return end;
 }
