@@ -215,15 +215,33 @@ struct Farthest {
     HWY_INLINE SmallViolation result() const {
         SmallViolation worst{};
         worst.amount = largestLane(amount);
+        double rows[OctetLanes];
+        store(row, rows);
+        std::size_t count = 0;
+        std::size_t lane = 0;
+        for (std::size_t k = 0; k < Parts; ++k) {
+            const auto isLargest = hn::Eq(amount.parts[k], spread(worst.amount));
+            const std::size_t inPart = hn::CountTrue(Octet::Tag(), isLargest);
+            if (inPart > 0) {
+                lane = k * Octet::PartLanes +
+                       static_cast<std::size_t>(hn::FindFirstTrue(Octet::Tag(), isLargest));
+            }
+            count += inPart;
+        }
+        worst.index = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(rows[lane])) + lane;
+        return count == 1 ? worst : firstOf(worst.amount);
+    }
+
+    /// The same where several lanes have it.
+    HWY_INLINE SmallViolation firstOf(double largest) const {
         const Octet lanes = numbersOfLanes();
         Octet first = octetOf(NoRow);
         for (std::size_t k = 0; k < Parts; ++k) {
-            const auto isLargest = hn::Eq(amount.parts[k], spread(worst.amount));
+            const auto isLargest = hn::Eq(amount.parts[k], spread(largest));
             first.parts[k] =
                 hn::IfThenElse(isLargest, hn::Add(row.parts[k], lanes.parts[k]), first.parts[k]);
         }
-        worst.index = static_cast<std::size_t>(smallestLane(first));
-        return worst;
+        return {largest, static_cast<std::size_t>(smallestLane(first))};
     }
 };
 
