@@ -58,7 +58,7 @@ void SmallDual::joinUnlessDependent(std::size_t i, double sign) {
 
 void SmallDual::leave(std::size_t k) {
     const std::size_t size = factor_.size();
-    factor_.remove(k);
+    factor_.remove(k, m_.r);
     for (double* array : {m_.member, m_.sign, m_.isEquality, m_.target, m_.lambda, m_.gathered}) {
         std::copy(array + k + 1, array + size, array + k);
     }
@@ -67,26 +67,32 @@ void SmallDual::leave(std::size_t k) {
               m_.memberRows + k * head);
 }
 
-// z and the multipliers of the minimum on which all members hold: with t = Tᵀ·target + Qᵀw,
-// z = Q·t − w and lambda = −T·t.
-void SmallDual::solve() {
-    const std::size_t head = m_.shape.head();
+// Of the minimum on which all members hold: with t = Tᵀ·target + Qᵀw, z = Q·t − w and
+// lambda = −T·t. memory.r := t.
+void SmallDual::formCoefficients() {
     const std::size_t size = factor_.size();
-    std::transform(m_.w, m_.w + head, m_.z, std::negate<>());
-    if (size == 0) {
-        return;
-    }
     std::fill(m_.target + size, m_.target + SmallShape::upTo(size, 8), 0.0);
     m_.kernels.multiplyTransposed(factor_.orthogonal(), m_.w, m_.r);
     m_.kernels.multiplyTransposed(factor_.inverse(), m_.target, m_.s);
     std::transform(m_.s, m_.s + size, m_.r, m_.r, std::plus<>());
-    m_.kernels.multiplyAdd(factor_.orthogonal(), m_.r, m_.z, m_.z);
+}
+
+void SmallDual::formMultipliers() {
+    const std::size_t size = factor_.size();
     m_.kernels.multiplyAdd(factor_.inverse(), m_.r, nullptr, m_.lambda);
     std::transform(m_.lambda, m_.lambda + size, m_.lambda, std::negate<>());
 }
 
+void SmallDual::formPoint() {
+    std::transform(m_.w, m_.w + m_.shape.head(), m_.z, std::negate<>());
+    if (factor_.size() > 0) {
+        m_.kernels.multiplyAdd(factor_.orthogonal(), m_.r, m_.z, m_.z);
+    }
+}
+
 void SmallDual::dropWrongSigns() {
-    solve();
+    formCoefficients();
+    formMultipliers();
     dropped_ = steps_ = 0;
     for (bool hasDropped = true; hasDropped && dropped_ <= mostChanges_;) {
         hasDropped = false;
@@ -98,9 +104,10 @@ void SmallDual::dropWrongSigns() {
             }
         }
         if (hasDropped) {
-            solve();
+            formMultipliers();
         }
     }
+    formPoint();
 }
 
 void SmallDual::begin(const WorkingSet& set) {

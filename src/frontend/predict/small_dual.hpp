@@ -71,7 +71,9 @@ private:
     void join(std::size_t i, double sign, double squaredNorm, double multiplier);
     void joinUnlessDependent(std::size_t i, double sign);
     void leave(std::size_t k);
-    void solve();
+    void formCoefficients();
+    void formMultipliers();
+    void formPoint();
     void dropWrongSigns();
     [[nodiscard]] bool repeatsMember(std::size_t i) const;
     [[nodiscard]] bool isNearSide(std::size_t i) const;

@@ -108,7 +108,7 @@ bool SmallDual::isNearlyDependent(bool areSidesMissed) {
     }
     const bool isDependent = !areIndependent && !isWayInShort();
     while (factor_.size() > members) {
-        factor_.remove(factor_.size() - 1);
+        factor_.remove(factor_.size() - 1, m_.r);
     }
     return isDependent;
 }

@@ -42,7 +42,7 @@ void SmallFactor::append(double squaredNorm) {
 
 // Rotations of neighbouring columns leave row `position` of T with its last entry only; then that
 // row and the last column go.
-void SmallFactor::remove(std::size_t position) {
+void SmallFactor::remove(std::size_t position, double* coefficients) {
     const std::size_t head = m_.shape.head();
     for (std::size_t k = position; k + 1 < size_; ++k) {
         double* const first = m_.T + k * head;
@@ -55,6 +55,9 @@ void SmallFactor::remove(std::size_t position) {
                     SmallShape::upTo(k + 2, 8) - SmallShape::upTo(k + 1, 8), 0.0);
         m_.kernels.rotate(c, s, first, second, SmallShape::upTo(k + 2, 8));
         m_.kernels.rotate(c, s, m_.Q + k * head, m_.Q + (k + 1) * head, head);
+        const double before = coefficients[k];
+        coefficients[k] = c * before - s * coefficients[k + 1];
+        coefficients[k + 1] = s * before + c * coefficients[k + 1];
         std::copy(first + position + 1, first + k + 2, first + position);
         first[k + 1] = 0.0;
     }

@@ -19,7 +19,9 @@ public:
     double project();
     /// Appends memory.g as project() has left it.
     void append(double squaredNorm);
-    void remove(std::size_t position);
+    /// Takes a member out.
+    /// @param coefficients  products of columns of [Q; T], which are turned with them
+    void remove(std::size_t position, double* coefficients);
 
     /// Q and T as they are now.
     [[nodiscard]] SmallMatrix orthogonal() const;
