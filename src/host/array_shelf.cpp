@@ -39,7 +39,6 @@ void ArrayShelf::give(Array array) noexcept {
     if (!isLarge(array.capacity()) || bytesOf(array) > MostBytes) {
         return;
     }
-    array.clear();
     const auto isSmaller = [](const Array& a, const Array& b) {
         return a.capacity() < b.capacity();
     };

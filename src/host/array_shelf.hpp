@@ -21,10 +21,10 @@ public:
     [[nodiscard]] static constexpr bool isLarge(std::size_t count) {
         return count >= LeastBytes / sizeof(double);
     }
-    /// An empty array with room for so many numbers, if there is one that is not much too large;
-    /// else one without room.
+    /// An array with room for so many numbers, if there is one that is not much too large, with
+    /// what has been left in it; else one without room.
     [[nodiscard]] Array take(std::size_t count) noexcept;
-    /// Keeps the memory of an array, whatever is in it.
+    /// Keeps an array, whatever is in it.
     void give(Array array) noexcept;
     void clear() noexcept;
     [[nodiscard]] std::size_t bytes() const { return bytes_; }

@@ -8,6 +8,7 @@
 #include "frontend/predict/block_primal.hpp"
 #include "frontend/predict/dual_active_set.hpp"
 #include "frontend/proof/certificate.hpp"
+#include "host/array_shelf.hpp"
 #include "support/fixture.hpp"
 
 namespace activeset::test {
@@ -288,6 +289,28 @@ TEST_F(Predictions, AreTheWholeSolveOfWellBehavedFamilies) {
             EXPECT_EQ(predicted.iterations.main + predicted.iterations.phaseOne, 0U);
             EXPECT_EQ(predicted.workingSet, cold.workingSet);
         }
+    }
+}
+
+/// By rows, by bounds, and by proximal steps, as H has a zero column.
+TEST_F(Predictions, ReadNothingThatOthersLeftInArrays) {
+    constexpr std::size_t Order = 140;
+    const Settings general{.startMode = Start::Predict, .maxIterations = 100000};
+    Sided singular(bench::boxProblem(Order, 1));
+    for (std::size_t k = 0; k < Order; ++k) {
+        singular.H[k] = singular.H[k * Order] = 0.0;
+    }
+    for (const Sided& problem : {Sided(bench::randomProblem(Order, 0.3, 1)),
+                                 Sided(bench::boxProblem(Order, 1)), singular}) {
+        const Result before = solve(problem.view(), general);
+        ASSERT_TRUE(before.wasPredicted);
+        for (int k = 0; k < 20; ++k) {
+            ArrayShelf::ofThread().give(ArrayShelf::Array(Order * Order, std::nan("")));
+        }
+        const Result after = solve(problem.view(), general);
+        EXPECT_EQ(after.x, before.x);
+        EXPECT_EQ(after.z, before.z);
+        EXPECT_EQ(after.workingSet, before.workingSet);
     }
 }
 

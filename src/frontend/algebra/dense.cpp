@@ -111,7 +111,7 @@ bool factoriseLower(Dense& a, double tolerance) {
     if (a.rows == 0) {
         return true;
     }
-    LargeVector work(choleskyWork(a.rows), 0.0);
+    LargeVector work = LargeVector::unwritten(choleskyWork(a.rows));
     return choleskyInPlace({a.values.data(), a.rows, a.rows, work.data()}) &&
            arePivotsAbove(a, tolerance * largest);
 }

@@ -15,6 +15,13 @@ struct Dense {
     Dense() = default;
     Dense(std::size_t rowCount, std::size_t colCount)
         : rows(rowCount), cols(colCount), values(rowCount * colCount, 0.0) {}
+    /// A square matrix whose entries nobody may read before they are written.
+    [[nodiscard]] static Dense unwritten(std::size_t order) {
+        Dense result;
+        result.rows = result.cols = order;
+        result.values = LargeVector::unwritten(order * order);
+        return result;
+    }
 
     [[nodiscard]] double* column(std::size_t j) { return values.data() + j * rows; }
     [[nodiscard]] const double* column(std::size_t j) const { return values.data() + j * rows; }

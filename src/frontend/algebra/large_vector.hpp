@@ -44,6 +44,17 @@ public:
     }
     ~LargeVector() { giveBack(); }
 
+    /// `count` numbers that nobody may read before they are written: memory that is used again is
+    /// not cleared.
+    [[nodiscard]] static LargeVector unwritten(std::size_t count) {
+        LargeVector result;
+        if (ArrayShelf::isLarge(count)) {
+            static_cast<Vector&>(result) = ArrayShelf::ofThread().take(count);
+        }
+        result.resize(count);
+        return result;
+    }
+
     /// Makes room for `count` numbers; the entries are lost where there was too little.
     void makeRoom(std::size_t count) {
         if (capacity() >= count) {
@@ -52,6 +63,7 @@ public:
         giveBack();
         if (ArrayShelf::isLarge(count)) {
             Vector::operator=(ArrayShelf::ofThread().take(count));
+            clear();
         }
         reserve(count);
     }

@@ -23,7 +23,7 @@ bool FreeSystem::setSets(const List& F, const List& R) {
 
 bool FreeSystem::factoriseFree() {
     const std::size_t count = F_.size();
-    L_ = Dense(count, count);
+    L_ = Dense::unwritten(count);
     for (std::size_t j = 0; j < count; ++j) {
         const double* column = data_.columnOfH(F_[j]);
         double* target = L_.column(j);

@@ -26,7 +26,7 @@ Subproblem::Subproblem(const ProblemData& problem, double rho)
     : problem_(problem),
       rho_(rho),
       shifted_(rho > 0.0 ? shifted(problem, rho) : ProblemData()),
-      factor_(hessianOf(data())),
+      factor_(lowerHalfOf(data())),
       isDefinite_(factoriseLower(factor_, SafePivot * static_cast<double>(problem.n))),
       sets_(std::in_place, data(), factor_) {}
 

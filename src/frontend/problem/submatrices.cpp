@@ -1,6 +1,8 @@
 // Copies entries of H and A, column by column.
 #include "frontend/problem/submatrices.hpp"
 
+#include <algorithm>
+
 namespace activeset::frontend {
 
 Dense hessianOf(const ProblemData& data) {
@@ -10,6 +12,17 @@ Dense hessianOf(const ProblemData& data) {
     Dense H;
     H.rows = H.cols = data.n;
     H.values = data.H.copy();
+    return H;
+}
+
+Dense lowerHalfOf(const ProblemData& data) {
+    if (!data.quadratic) {
+        return {data.n, data.n};
+    }
+    Dense H = Dense::unwritten(data.n);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        std::copy_n(data.columnOfH(j) + j, data.n - j, H.column(j) + j);
+    }
     return H;
 }
 

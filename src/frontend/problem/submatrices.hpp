@@ -12,6 +12,8 @@ namespace activeset::frontend {
 
 /// H, n × n; zeros for a linear objective.
 [[nodiscard]] Dense hessianOf(const ProblemData& data);
+/// Its lower half, n × n; what is above the diagonal is undetermined.
+[[nodiscard]] Dense lowerHalfOf(const ProblemData& data);
 /// The rows and columns of H that belong to some variables. The objective is quadratic.
 [[nodiscard]] Dense hessianOf(const ProblemData& data, const std::vector<std::size_t>& variables);
 /// The gradients of rows in some variables, as columns: variables × rows.
