@@ -204,6 +204,28 @@ TEST_F(Parts, ScalingChangesNoDigitAndNoObjective) {
     EXPECT_EQ(back.z, point.z);
 }
 
+TEST_F(Parts, MatricesThatNeedNoFactorStayWhereTheyAre) {
+    ProblemData data;
+    data.n = 2;
+    data.m = 1;
+    data.quadratic = true;
+    data.H.change() = {1.0, 0.5, 0.5, 2.0};
+    data.A.change() = {1.0, -1.5};
+    frontend::complete(data);
+    for (const double cost : {0.0, 12.0}) {
+        data.c = {cost, 1.0};
+        const ProblemData scaled = frontend::Scaling::of(data).apply(data);
+        EXPECT_EQ(scaled.H.data(), data.H.data());
+        EXPECT_EQ(scaled.A.data(), data.A.data());
+        EXPECT_EQ(scaled.c, data.c);
+    }
+    data.c = {40.0, 1.0};
+    const ProblemData scaled = frontend::Scaling::of(data).apply(data);
+    EXPECT_EQ(scaled.H[0], 1.0 / 32.0);
+    EXPECT_EQ(scaled.c[0], 40.0 / 32.0);
+    EXPECT_EQ(scaled.A.data(), data.A.data());
+}
+
 TEST_F(Parts, CyclesAreSetsThatReturnOrMinimaAtOnePoint) {
     frontend::CycleDetector returns;
     const std::vector<std::size_t> set{2, 9}, permuted{9, 2}, other{2, 8};

@@ -13,9 +13,10 @@ namespace activeset::frontend {
 namespace {
 
 constexpr int MostSweeps = 8;
-constexpr double NearOne = 2.0;           // a largest entry within [1/NearOne, NearOne] is near 1
-constexpr int LargestExponent = 300;      // of a factor of rows or columns: products stay finite
-constexpr int LargestOfObjective = 1000;  // of the objective's factor, which is multiplied last
+constexpr double NearOne = 2.0;             // a largest entry within [1/NearOne, NearOne] is near 1
+constexpr double ModerateObjective = 16.0;  // an objective of up to this size needs no factor
+constexpr int LargestExponent = 300;        // of a factor of rows or columns: products stay finite
+constexpr int LargestOfObjective = 1000;    // of the objective's factor, which is multiplied last
 
 double powerOfTwoNear(double value, int largestExponent) {
     int exponent = 0;
@@ -190,7 +191,11 @@ Scaling Scaling::of(const ProblemData& data) {
     for (std::size_t j = 0; data.quadratic && j < data.n; ++j) {
         size = std::max(size, data.columnOfH(j)[j] * scaling.column[j] * scaling.column[j]);
     }
-    scaling.objective = size > 0.0 ? 1.0 / powerOfTwoNear(size, LargestOfObjective) : 1.0;
+    // An H that needs no other factor is left as it is.
+    const bool isKept =
+        data.quadratic && areOnes(scaling.column) && size >= 1.0 && size <= ModerateObjective;
+    scaling.objective =
+        size > 0.0 && !isKept ? 1.0 / powerOfTwoNear(size, LargestOfObjective) : 1.0;
     return scaling;
 }
 
