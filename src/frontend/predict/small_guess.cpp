@@ -147,15 +147,20 @@ void SmallGuess::list(WorkingSet& set) const {
 // Moves what is held to its bound, and all others to 0.
 void SmallGuess::listMembers() {
     const SmallShape& shape = m_.shape;
-    F_.clear();
+    F_.resize(shape.n);
+    held_.resize(shape.n);
     R_.clear();
-    held_.clear();
+    // Each number is written to both lists, and stays in one: nobody could foresee branches.
+    std::size_t free = 0;
     for (std::size_t j = 0; j < shape.n; ++j) {
         const std::size_t i = shape.rows() + j;
         const bool isFree = sides_[i] == Side::None;
-        (isFree ? F_ : held_).push_back(j);
+        F_[free] = held_[j - free] = j;
+        free += isFree ? 1U : 0U;
         m_.x[j] = isFree ? 0.0 : targetOf(i);
     }
+    F_.resize(free);
+    held_.resize(shape.n - free);
     for (std::size_t i = 0; i < shape.m; ++i) {
         if (sides_[i] != Side::None) {
             R_.push_back(i);
@@ -186,10 +191,11 @@ void SmallGuess::solveRound() {
         m_.lambda[k] = targetOf(R_[k]) - m_.values[R_[k]];
     }
     solve(m_.step, m_.lambda);
+    std::fill_n(m_.w, shape.head(), 0.0);
     for (std::size_t k = 0; k < F_.size(); ++k) {
-        m_.x[F_[k]] = m_.step[k];
+        m_.x[F_[k]] = m_.w[F_[k]] = m_.step[k];
     }
-    formGradient();
+    m_.kernels.addColumns(m_.hessian(), m_.w, m_.g);
     m_.kernels.addRows(m_.rowsOfA(), m_.member, m_.lambda, R_.size(), shape.head(), m_.g);
     if (shape.m > 0) {
         m_.kernels.multiplyAdd(m_.rowsOfA(), m_.x, nullptr, m_.values);
