@@ -81,6 +81,63 @@ TEST_F(SmallProblems, HaveTheAnswersOfTheGeneralMethod) {
     EXPECT_GT(met[Status::Infeasible], 10);
 }
 
+/// Linear programs, half of them without an H and half with zeros. Integers tie, so that vertices
+/// are degenerate and minima are edges.
+TEST_F(SmallProblems, MayBeLinear) {
+    std::map<Status, int> met;
+    SmallProblem solver;
+    for (unsigned seed = 0; seed < 600; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Sample sample = randomSample(seed, seed % 10 == 0 ? 40 : 9, false);
+        std::ranges::fill(sample.H, 0.0);
+        if (seed % 3 != 0) {
+            for (std::size_t j = 0; j < sample.n; ++j) {
+                sample.lower[j] = std::max(sample.lower[j], -20.0);
+                sample.upper[j] = std::min(sample.upper[j], 20.0);
+            }
+        }
+        Problem problem = sample.view();
+        problem.H = seed % 2 == 0 ? problem.H : MatrixView();
+        const std::optional<Result> small = solveSmall(solver, problem);
+        const Result general = solveGenerally(problem);
+        ++met[general.status];
+        if (small) {
+            expectAgreement(sample, *small, general);
+            EXPECT_EQ(small->iterations.proximal, small->status == Status::Optimal ? 1U : 0U);
+            --met[general.status];
+        }
+        if (HasFailure()) {
+            return;
+        }
+    }
+    EXPECT_LE(met[Status::Optimal], 30);  // left to the general method
+    EXPECT_GT(met[Status::Unbounded], 20);
+}
+
+/// The weights of later costs are others, and so are the images. Answers do not depend on what came
+/// before.
+TEST_F(SmallProblems, MayBeLinearWithCostsThatJump) {
+    for (unsigned seed = 1; seed < 60; seed += 2) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Sample sample = randomSample(seed, 9, false);
+        std::ranges::fill(sample.H, 0.0);
+        sample.lower.assign(sample.n, -20.0);
+        sample.upper.assign(sample.n, 20.0);
+        Solver solver(sample.view());
+        static_cast<void>(solver.solve());
+        for (const double factor : {1e-12, 1e20, -3.0}) {
+            Numbers c = sample.c;
+            std::ranges::transform(c, c.begin(), [&](double entry) { return factor * entry; });
+            solver.setLinear(c);
+            Sample scaled = sample;
+            scaled.c = c;
+            const Result next = solver.solve();
+            EXPECT_EQ(exact::falseClaim(scaled, next), "");
+            EXPECT_EQ(next.status, solve(scaled.view()).status);
+        }
+    }
+}
+
 /// Gaps between columns, storage by rows, and a Hessian that is symmetric only up to rounding.
 TEST_F(SmallProblems, AreReadInAnyOrder) {
     for (unsigned seed = 1; seed < 60; seed += 2) {

@@ -36,13 +36,14 @@ bool makeSymmetric(double* H, std::size_t n, std::size_t leading, double largest
 bool loadHessian(const MatrixView& H, SmallMemory& memory, double& largest) {
     const SmallShape& shape = memory.shape;
     const std::size_t leading = shape.height();
-    largest = memory.kernels.copy(H.data(), H.leading(), shape.n, shape.n, memory.data, leading,
+    const std::size_t entries = H.rows();  // n, or none
+    largest = memory.kernels.copy(H.data(), H.leading(), entries, shape.n, memory.data, leading,
                                   shape.head());
     for (std::size_t j = shape.n; j < shape.cols(); ++j) {
         std::fill_n(memory.data + j * leading, shape.head(), 0.0);
         memory.data[j * leading + j] = 1.0;
     }
-    return largest >= SmallestEntry && largest <= LargestEntry &&  // so NaN is not
+    return (largest == 0.0 || (largest >= SmallestEntry && largest <= LargestEntry)) &&
            (memory.kernels.isSymmetric(memory.data, shape.cols(), leading) ||
             makeSymmetric(memory.data, shape.n, leading, largest));
 }
@@ -91,6 +92,12 @@ bool loadSides(const VectorView& lower,
     return extent.isSound && largest <= LargestEntry;
 }
 
+void setDiagonal(SmallMemory& memory, double value) {
+    for (std::size_t j = 0; j < memory.shape.n; ++j) {
+        memory.data[j * (memory.shape.height() + 1)] = value;
+    }
+}
+
 double leastPivot(const SmallMemory& memory) {
     const SmallShape& shape = memory.shape;
     double least = Infinity;
@@ -111,7 +118,11 @@ SmallMatrix imagesOf(const SmallMemory& memory) {
 bool areShapesRight(const Problem& problem) {
     const std::size_t n = variablesOf(problem);
     const std::size_t m = problem.A.rows();
-    return problem.H.rows() == n && problem.H.cols() == n && hasMemory(problem.H) &&
+    const bool isHessianRight =
+        problem.H.rows() == 0
+            ? problem.H.cols() == 0 || problem.H.cols() == n
+            : problem.H.rows() == n && problem.H.cols() == n && hasMemory(problem.H);
+    return n > 0 && isHessianRight &&
            (m == 0 ? problem.A.cols() == 0 || problem.A.cols() == n
                    : problem.A.cols() == n && hasMemory(problem.A)) &&
            fits(problem.c, n) && fits(problem.rowLower, m) && fits(problem.rowUpper, m) &&
@@ -123,11 +134,29 @@ bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& exte
     return loadHessian(problem.H, memory, extent.H) && loadRows(problem.A, memory, extent.A);
 }
 
+double weightOf(const SmallExtent& extent) {
+    constexpr double WeightOfLinear = 0x1p-24;  // in proportion to slopes and variables
+    const double variable =
+        std::max(extent.bounds, extent.A > 0.0 ? extent.rowSides / extent.A : 0.0);
+    const double curvature = extent.c > 0.0 && variable > 0.0 ? extent.c / variable
+                             : extent.c > 0.0                 ? extent.c
+                                                              : 1.0;
+    return std::ldexp(1.0, 2 * (std::ilogb(WeightOfLinear * curvature) / 2));
+}
+
 bool formImages(SmallMemory& memory, SmallExtent& extent) {
     const SmallShape& shape = memory.shape;
     const SmallKernels& kernels = memory.kernels;
-    if (!kernels.factorise({memory.data, memory.images, shape.head(), shape.rows(), shape.cols()},
-                           SmallestPivot)) {
+    if (extent.isLinear()) {
+        extent.weight = weightOf(extent);
+        setDiagonal(memory, extent.weight);
+    }
+    const bool isDefinite = kernels.factorise(
+        {memory.data, memory.images, shape.head(), shape.rows(), shape.cols()}, SmallestPivot);
+    if (extent.isLinear()) {
+        setDiagonal(memory, 0.0);
+    }
+    if (!isDefinite) {
         return false;
     }
     extent.leastPivot = leastPivot(memory);

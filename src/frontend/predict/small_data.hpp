@@ -9,18 +9,21 @@ namespace activeset::frontend {
 
 /// The largest entries of the parts of a problem; of sides, of those that are finite.
 struct SmallExtent {
-    double H = 0.0;
+    double H = 0.0;  ///< 0 for a linear program
     double c = 0.0;
     double A = 0.0;
     double rowSides = 0.0;
     double bounds = 0.0;
     double leastPivot = 0.0;  ///< of the Cholesky factor of H, squared
+    double weight = 0.0;      ///< ρ, of a linear program whose images are those of ρI
+
+    [[nodiscard]] bool isLinear() const { return H == 0.0; }
 };
 
 /// A pivot of H that is not above this times its diagonal entry is not safely positive.
 inline constexpr double SmallestPivot = 1e-12;
 
-/// Whether the problem has an H, all parts have the right shapes and enough memory, and the start
+/// Whether all parts have the right shapes and enough memory, and the start
 /// is finite.
 [[nodiscard]] bool areShapesRight(const Problem& problem);
 
@@ -28,7 +31,12 @@ inline constexpr double SmallestPivot = 1e-12;
 /// extraordinary size, or H is not symmetric; the memory is not to be used then.
 [[nodiscard]] bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& extent);
 
-/// Forms the images of the constraints. False where H is not safely positive definite.
+/// ρ for a linear program, so small that mostly the minimum of cᵀx + ½ρ‖x‖² is one of cᵀx. A power
+/// of four, so that images are scaled without rounding.
+[[nodiscard]] double weightOf(const SmallExtent& extent);
+
+/// Forms the images of the constraints: by H or, for a linear program, by ρI. False where H is not
+/// safely positive definite.
 [[nodiscard]] bool formImages(SmallMemory& memory, SmallExtent& extent);
 
 /// Copies c, sides and bounds. False where one is not a number, of an extraordinary size, or sides

@@ -227,8 +227,9 @@ SmallDual::End SmallDual::pull(std::size_t i) {
         std::max(m_.lower[i] - m_.values[i], m_.values[i] - m_.upper[i]) * m_.inverseNorm[i];
     double multiplier = 0.0;
     const double cap = caps_.areThere() ? caps_.of(i, sign) : Infinity;
-    const std::size_t most = std::min(
-        3 * m_.shape.n + (caps_.areThere() ? m_.shape.m : m_.shape.m / 8), mostChanges_ - dropped_);
+    const std::size_t most =
+        std::min(stepsPerVariable_ * m_.shape.n + (caps_.areThere() ? m_.shape.m : m_.shape.m / 8),
+                 mostChanges_ - dropped_);
     gather(i, sign);
     while (steps_++ < most) {
         const double squaredNorm = factor_.project();
@@ -268,14 +269,29 @@ SmallDual::End SmallDual::pull(std::size_t i) {
 }
 
 SmallDual::End SmallDual::minimise(Control& control) {
+    size_ = std::sqrt(m_.kernels.dot(m_.w, m_.w, m_.shape.head()));
+    return dropped_ <= mostChanges_ ? pullUntilSettled(control) : End::GivenUp;
+}
+
+// The point of memory.x has more digits than z, whose terms are larger by 1/ρ and cancel.
+bool SmallDual::goesOn(Control& control) {
+    const std::size_t before = steps_;
+    const std::size_t leading = m_.shape.height() + m_.shape.head();
+    size_ = 0.0;
+    for (std::size_t j = 0; j < m_.shape.n; ++j) {
+        m_.z[j] = m_.x[j] * m_.images[j * (leading + 1)];
+    }
+    return pullUntilSettled(control) == End::Optimal && steps_ > before;
+}
+
+SmallDual::End SmallDual::pullUntilSettled(Control& control) {
     // Without rows of A there is only that of c before the bounds.
     const std::size_t first = m_.shape.m > 0 ? 0 : m_.shape.rows();
     SmallMatrix priced = images();
     priced.data += first;
     priced.rows -= first;
     priced.triangle -= first;
-    End end = dropped_ <= mostChanges_ ? End::Optimal : End::GivenUp;
-    size_ = std::sqrt(m_.kernels.dot(m_.w, m_.w, m_.shape.head()));
+    End end = End::Optimal;
     for (std::size_t round = 1; end == End::Optimal; ++round) {
         const SmallViolation worst =
             m_.kernels.price(priced, m_.z, m_.lowest + first, m_.highest + first,

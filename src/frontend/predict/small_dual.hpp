@@ -30,9 +30,14 @@ public:
     /// the equalities are others.
     [[nodiscard]] bool beginAgain();
     [[nodiscard]] End minimise(Control& control);
+    /// The same from memory.x, where the images are those of ρI. False where that is the minimum
+    /// already, or there is none.
+    [[nodiscard]] bool goesOn(Control& control);
 
     /// Gives up where more members come and go, from the next beginning on.
     void limitChanges(std::size_t most) { mostChanges_ = most; }
+    /// Gives up after so many steps for each variable, and some more for rows.
+    void limitSteps(std::size_t perVariable) { stepsPerVariable_ = perVariable; }
     static constexpr std::size_t AnyChanges = std::numeric_limits<std::size_t>::max();
     /// Since the last beginning.
     [[nodiscard]] std::size_t changes() const { return dropped_ + steps_; }
@@ -94,6 +99,7 @@ private:
     void leadInto(const double* members, double* to);
     void findWay(NearSide& side);
     [[nodiscard]] bool isSettled(const SmallViolation& worst);
+    [[nodiscard]] End pullUntilSettled(Control& control);
     [[nodiscard]] End pull(std::size_t i);
     void move(double step, bool isDependent);
 
@@ -112,6 +118,7 @@ private:
     SmallFactor factor_;
     SmallCaps caps_;
     std::size_t mostChanges_ = AnyChanges;
+    std::size_t stepsPerVariable_ = 3;
     std::size_t dropped_ = 0;  ///< members of a wrong sign, at the beginning
     std::size_t steps_ = 0;
     std::size_t newcomer_ = 0;

@@ -116,8 +116,14 @@ bool SmallDual::isNearlyDependent(bool areSidesMissed) {
 // Where more constraints than the members have the point on their sides, it misses some by the
 // rounding of the others. The multipliers of these are rounding, too.
 bool SmallDual::holdMissed(double tolerance) {
+    constexpr double MostRounding = 1e-11;  // in proportion to terms
     const SmallShape& shape = m_.shape;
     const std::size_t before = factor_.size();
+    for (std::size_t i = 0; i < shape.constraints(); ++i) {
+        if (isMissed(i, MostRounding)) {
+            return false;
+        }
+    }
     for (std::size_t i = 0; i < shape.constraints(); ++i) {
         if (m_.multipliers[i] != 0.0 || !isMissed(i, tolerance)) {
             continue;

@@ -79,8 +79,9 @@ bool SmallProblem::solveByGuess(const Problem& problem,
     }
     const double begin = control.seconds();
     SmallGuessRefinement refinement(memory_, guess_);
-    if (!proveOptimum(
-            problem, settings.tolerance, refinement, false, [](bool) { return false; }, result)) {
+    const Proof proof = proveOptimum(
+        problem, settings.tolerance, refinement, false, [](bool) { return false; }, result);
+    if (proof != Proof::Found) {
         return false;
     }
     finish(setup, begin, control, result);
@@ -125,7 +126,7 @@ SmallProblem::SoftEnd SmallProblem::solveNextSoft(const Problem& problem,
                                                   Control& control,
                                                   Result& result,
                                                   WorkingSet& predicted) {
-    if (!loadNext(problem, areMatricesKept, !needsFewChanges(problem)) ||
+    if (!loadNext(problem, areMatricesKept, !needsFewChanges(problem)) || extent_.isLinear() ||
         !dual_.caps().load(problem)) {
         return SoftEnd::GivenUp;
     }
@@ -142,7 +143,7 @@ SmallProblem::SoftEnd SmallProblem::solveNextSoft(const Problem& problem,
         return SoftEnd::Predicted;
     }
     const double begin = control.seconds();
-    if (!proveDual(problem, settings.tolerance, result)) {
+    if (!proveDual(problem, settings.tolerance, control, result)) {
         return SoftEnd::GivenUp;
     }
     finish(setup, begin, control, result);
@@ -178,7 +179,7 @@ bool SmallProblem::load(const Problem& problem) {
             return false;
         }
         transformLinear(memory_);
-        return true;
+        return !extent_.isLinear() || extent_.weight == weightOf(extent_) || formImagesOnce();
     }
     memory_.reshape({variablesOf(problem), problem.A.rows()});
     if (!loadVectors(problem, memory_, extent_)) {
@@ -198,6 +199,9 @@ bool SmallProblem::formImagesOnce() {
 }
 
 void SmallProblem::begin(bool isSetKept, const WorkingSet& set) {
+    constexpr std::size_t Steps = 3;
+    constexpr std::size_t StepsOfLinear = 12;  // the general road takes as many
+    dual_.limitSteps(extent_.isLinear() ? StepsOfLinear : Steps);
     isSetKept_ = isSetKept && dual_.beginAgain();
     if (!isSetKept_) {
         dual_.begin(set);
@@ -216,10 +220,10 @@ bool SmallProblem::minimise(const Problem& problem,
     }
     const SmallDual::End end = dual_.minimise(control);
     const double begin = control.seconds();
-    const bool isProved =
-        end == SmallDual::End::Contradiction
-            ? writeContradiction(problem, start, memory_, dual_, result)
-            : end == SmallDual::End::Optimal && proveDual(problem, settings.tolerance, result);
+    const bool isProved = end == SmallDual::End::Contradiction
+                              ? writeContradiction(problem, start, memory_, dual_, result)
+                              : end == SmallDual::End::Optimal &&
+                                    proveDual(problem, settings.tolerance, control, result);
     if (isProved) {
         finish(setup, begin, control, result);
     }

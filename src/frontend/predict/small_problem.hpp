@@ -1,4 +1,5 @@
-// The road of small strictly convex problems, from the caller's views to a proved result.
+// The road of small strictly convex problems and linear programs, from the caller's views to a
+// proved result.
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_PROBLEM_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_PROBLEM_HPP
 
@@ -72,6 +73,7 @@ public:
     /// Of an optimum that was proved last: H = LLᵀ, L⁻ᵀ, and the orthogonal factor of its members.
     [[nodiscard]] const SmallMemory& memory() const { return memory_; }
     [[nodiscard]] const SmallDual& dual() const { return dual_; }
+    [[nodiscard]] bool isLinear() const { return extent_.isLinear(); }
 
     /// Gives the memory back, and forgets all.
     void release() noexcept;
@@ -107,16 +109,24 @@ private:
                                     const Settings& settings,
                                     Control& control,
                                     Result& result);
+    enum class Proof {
+        Found,
+        Missed,  ///< all is proved but that the point meets its sides
+        None
+    };
     /// @param mayBeExact     whether the point is looked at before it is corrected
     /// @param mayBeDelicate  whether what may be so by rounding alone is taken for a proof, sides
     ///                       being missed or not
-    [[nodiscard]] bool proveOptimum(const Problem& problem,
-                                    double tolerance,
-                                    SmallRefinement& refinement,
-                                    bool mayBeExact,
-                                    const std::function<bool(bool isMissed)>& mayBeDelicate,
-                                    Result& result);
-    [[nodiscard]] bool proveDual(const Problem& problem, double tolerance, Result& result);
+    [[nodiscard]] Proof proveOptimum(const Problem& problem,
+                                     double tolerance,
+                                     SmallRefinement& refinement,
+                                     bool mayBeExact,
+                                     const std::function<bool(bool isMissed)>& mayBeDelicate,
+                                     Result& result);
+    [[nodiscard]] bool proveDual(const Problem& problem,
+                                 double tolerance,
+                                 Control& control,
+                                 Result& result);
 
     SmallMemory memory_;
     SmallExtent extent_;

@@ -13,6 +13,7 @@ namespace {
 
 constexpr double ExactResidual = 1e-13;   // a residual in proportion that rounding leaves
 constexpr double FeasibleSide = 0x1p-49;  // the same of sides
+constexpr double LevelGradient = 0x1p-49;
 constexpr std::size_t MostCorrections = 3;
 constexpr int MostProofs = 4;  // that are tried after holding what was missed
 
@@ -26,12 +27,12 @@ bool SmallProblem::isWellConditioned() const {
 }
 
 // Corrects the point until it is exact. That of kept factors may be exact as it is.
-bool SmallProblem::proveOptimum(const Problem& problem,
-                                double tolerance,
-                                SmallRefinement& refinement,
-                                bool mayBeExact,
-                                const std::function<bool(bool)>& mayBeDelicate,
-                                Result& result) {
+SmallProblem::Proof SmallProblem::proveOptimum(const Problem& problem,
+                                               double tolerance,
+                                               SmallRefinement& refinement,
+                                               bool mayBeExact,
+                                               const std::function<bool(bool)>& mayBeDelicate,
+                                               Result& result) {
     refinement.begin();
     Judgement judgement;
     std::size_t corrections = 0;
@@ -42,38 +43,49 @@ bool SmallProblem::proveOptimum(const Problem& problem,
     };
     bool isDone =
         mayBeExact && refinement.areRowsMet(FeasibleSide) && isExact() && !judgement.isDelicate;
+    // The way to a linear program's vertex has left fewer digits.
+    const std::size_t least = extent_.isLinear() ? 2 : 1;
     while (!isDone) {
         refinement.correct();
         ++corrections;
-        isDone = isExact() || corrections == MostCorrections;
+        isDone = (isExact() && corrections >= least) || corrections == MostCorrections;
     }
-    if (!judgement.certificate.holds(tolerance) ||
-        !(judgement.certificate.primal.relative <= FeasibleSide) ||
-        (judgement.isDelicate &&
-         !mayBeDelicate(judgement.certificate.primal.relative > NegligibleMiss))) {
-        return false;
+    const Certificate& certificate = judgement.certificate;
+    const double missed = certificate.primal.relative;
+    if (missed > FeasibleSide && certificate.dual.relative <= tolerance &&
+        certificate.gap.relative <= tolerance) {
+        return Proof::Missed;
+    }
+    // Along a slope that no curvature ends, a linear program may be unbounded.
+    const bool isLevel = !extent_.isLinear() || certificate.dual.relative <= LevelGradient;
+    if (!certificate.holds(tolerance) || !(missed <= FeasibleSide) || !isLevel ||
+        (judgement.isDelicate && !mayBeDelicate(missed > NegligibleMiss))) {
+        return Proof::None;
     }
     const SmallOptimum optimum{memory_, refinement.size(), judgement, tolerance};
     writeOptimum(problem, optimum, areSetsListed_, result);
     result.iterations.refinement = corrections;
-    return true;
+    return Proof::Found;
 }
 
-// What the point misses by rounding is held, too.
-bool SmallProblem::proveDual(const Problem& problem, double tolerance, Result& result) {
+// What the point misses by rounding is held, too. That of a linear program may miss more.
+bool SmallProblem::proveDual(const Problem& problem,
+                             double tolerance,
+                             Control& control,
+                             Result& result) {
     bool mayBeExact = isSetKept_ && isWellConditioned();
-    for (int round = 0; round < MostProofs; ++round) {
-        SmallImageRefinement refinement(memory_, dual_.factor());
-        if (proveOptimum(
-                problem, tolerance, refinement, std::exchange(mayBeExact, false),
-                [this](bool isMissed) { return !dual_.isNearlyDependent(isMissed); }, result)) {
-            return true;
-        }
-        if (!dual_.holdMissed(FeasibleSide)) {
+    Proof proof = Proof::Missed;
+    for (int round = 0; round < MostProofs && proof == Proof::Missed; ++round) {
+        if (round > 0 && !dual_.holdMissed(FeasibleSide) &&
+            !(extent_.isLinear() && dual_.goesOn(control))) {
             return false;
         }
+        SmallImageRefinement refinement(memory_, dual_.factor());
+        proof = proveOptimum(
+            problem, tolerance, refinement, std::exchange(mayBeExact, false),
+            [this](bool isMissed) { return !dual_.isNearlyDependent(isMissed); }, result);
     }
-    return false;
+    return proof == Proof::Found;
 }
 
 // `setup` is when the dual method began, `begin` when it had ended.
@@ -88,6 +100,7 @@ void SmallProblem::finish(double setup,
     times.solve = times.total - times.setup - times.polish;
     result.iterations.prediction = 1;
     result.iterations.dual = dual_.steps();
+    result.iterations.proximal = extent_.isLinear() ? 1 : 0;
 }
 
 }  // namespace activeset::frontend

@@ -40,12 +40,17 @@ struct Units {
     double gradient = 1.0;
 };
 
+double ratio(double value, double scale) {
+    return scale > 0.0 ? value / scale : 0.0;
+}
+
 Units unitsOf(const SmallExtent& extent, double largest) {
-    const double told = std::max(
-        {extent.bounds, extent.A > 0.0 ? extent.rowSides / extent.A : 0.0, extent.c / extent.H});
+    const double told =
+        std::max({extent.bounds, ratio(extent.rowSides, extent.A), ratio(extent.c, extent.H)});
     Units units;
     units.variable = told > 0.0 ? std::max(told, largest) : 1.0;
-    units.gradient = std::max(extent.c, extent.H * units.variable);
+    const double slope = std::max(extent.c, extent.H * units.variable);
+    units.gradient = slope > 0.0 ? slope : 1.0;
     return units;
 }
 

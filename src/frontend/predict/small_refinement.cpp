@@ -13,7 +13,7 @@ void SmallRefinement::begin() {
     moveToBounds();
     std::fill_n(m_.multipliers, m_.shape.constraints(), 0.0);
     gatherRows();
-    setMultipliers();
+    static_cast<void>(setMultipliers());
     formSums();
 }
 
@@ -45,7 +45,10 @@ void SmallRefinement::moveToBounds() {
 
 // What rounding leaves on the wrong side of zero is zero. memory.r := those of rows, memory.p := by
 // how much they change, with zeros for bounds.
-void SmallRefinement::setMultipliers() {
+bool SmallRefinement::setMultipliers() {
+    // Doubles hold the products of a larger change, but not what it leaves of a multiplier.
+    constexpr double LargestChange = 1e6;  // in proportion to the multiplier
+    bool areNear = true;
     for (std::size_t k = 0; k < size_; ++k) {
         if (m_.isEquality[k] == 0.0 && m_.lambda[k] < 0.0) {
             m_.lambda[k] = 0.0;
@@ -55,7 +58,9 @@ void SmallRefinement::setMultipliers() {
         m_.r[k] = isRow(i) ? multiplier : 0.0;
         m_.p[k] = isRow(i) ? multiplier - m_.multipliers[i] : 0.0;
         m_.multipliers[i] = multiplier;
+        areNear = areNear && std::abs(m_.p[k]) <= LargestChange * std::abs(multiplier);
     }
+    return areNear;
 }
 
 void SmallRefinement::formSums() {
@@ -131,13 +136,12 @@ void SmallRefinement::correct() {
     m_.kernels.addScaled(1.0, m_.step, m_.x, head);
     moveToBounds();
     const SmallStep step = m_.kernels.moved(m_.x, m_.step, m_.u, head);
-    if (!(step.length <= ShortStep * std::min(1.0, step.size))) {
-        setMultipliers();
+    const bool isShort = step.length <= ShortStep * std::min(1.0, step.size);
+    if (!setMultipliers() || !isShort) {
         formSums();
         return;
     }
     m_.kernels.addColumns(m_.stack(), m_.step, m_.products.rest);
-    setMultipliers();
     m_.kernels.addColumns(memberRows(), m_.p, m_.pull.rest);
 }
 

@@ -45,7 +45,7 @@ private:
     [[nodiscard]] double missOf(std::size_t k) const;
     void gatherRows();
     [[nodiscard]] SmallMatrix memberRows() const;
-    void setMultipliers();
+    [[nodiscard]] bool setMultipliers();
     void formSums();
     void formResiduals();
 };

@@ -139,9 +139,10 @@ bool writeContradiction(const Problem& problem,
                         Result& result) {
     const SmallShape& shape = memory.shape;
     Vector y(shape.m, 0.0);
+    const double unit = memory.inverseNorm[dual.newcomer()];  // so that the newcomer counts as 1
     const auto set = [&](std::size_t i, double value) {
         if (i < shape.m) {
-            y[i] = value * memory.inverseNorm[i];
+            y[i] = value * (memory.inverseNorm[i] / unit);
         }
     };
     set(dual.newcomer(), dual.newcomersSign());
