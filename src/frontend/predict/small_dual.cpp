@@ -273,17 +273,6 @@ SmallDual::End SmallDual::minimise(Control& control) {
     return dropped_ <= mostChanges_ ? pullUntilSettled(control) : End::GivenUp;
 }
 
-// The point of memory.x has more digits than z, whose terms are larger by 1/ρ and cancel.
-bool SmallDual::goesOn(Control& control) {
-    const std::size_t before = steps_;
-    const std::size_t leading = m_.shape.height() + m_.shape.head();
-    size_ = 0.0;
-    for (std::size_t j = 0; j < m_.shape.n; ++j) {
-        m_.z[j] = m_.x[j] * m_.images[j * (leading + 1)];
-    }
-    return pullUntilSettled(control) == End::Optimal && steps_ > before;
-}
-
 SmallDual::End SmallDual::pullUntilSettled(Control& control) {
     // Without rows of A there is only that of c before the bounds.
     const std::size_t first = m_.shape.m > 0 ? 0 : m_.shape.rows();

@@ -11,6 +11,9 @@
 
 namespace activeset::frontend {
 
+/// Less than this is left of an image, its norm 1, beside the members: it nearly depends on them.
+inline constexpr double NearlyDependentImage = 1e-4;
+
 /// With z = Lᵀx and w = L⁻¹c: min ½‖z + w‖² subject to sides of m_iᵀz, m_i the images of the
 /// constraints. Leaves in the memory z, the members of the working set with their multipliers, in
 /// proportion to the norms of the images, and the values of all constraints.

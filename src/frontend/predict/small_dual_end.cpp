@@ -11,8 +11,6 @@ namespace activeset::frontend {
 
 namespace {
 
-// What is left of an image, its norm 1, beside the members.
-constexpr double NearlyDependentImage = 1e-4;
 // A share of a member in an image that is rounding.
 constexpr double NoPartOfImage = 1e-14;
 
@@ -111,36 +109,6 @@ bool SmallDual::isNearlyDependent(bool areSidesMissed) {
         factor_.remove(factor_.size() - 1, m_.r);
     }
     return isDependent;
-}
-
-// Where more constraints than the members have the point on their sides, it misses some by the
-// rounding of the others. The multipliers of these are rounding, too.
-bool SmallDual::holdMissed(double tolerance) {
-    constexpr double MostRounding = 1e-11;  // in proportion to terms
-    const SmallShape& shape = m_.shape;
-    const std::size_t before = factor_.size();
-    for (std::size_t i = 0; i < shape.constraints(); ++i) {
-        if (isMissed(i, MostRounding)) {
-            return false;
-        }
-    }
-    for (std::size_t i = 0; i < shape.constraints(); ++i) {
-        if (m_.multipliers[i] != 0.0 || !isMissed(i, tolerance)) {
-            continue;
-        }
-        const double sign = signOfNearSide(i);
-        if (factor_.size() == shape.n) {
-            return false;
-        }
-        gather(i, sign);
-        const double squaredNorm = factor_.project();
-        if (squaredNorm < NearlyDependentImage * NearlyDependentImage) {
-            return false;
-        }
-        join(i, sign, squaredNorm, 0.0);
-    }
-    std::copy_n(m_.x, shape.head(), m_.values + shape.rows());
-    return factor_.size() > before;
 }
 
 // The sides near the point that are no members, and their images.
@@ -266,18 +234,6 @@ double SmallDual::valueOf(std::size_t i) const {
 double SmallDual::signOfNearSide(std::size_t i) const {
     const double value = valueOf(i);
     return std::abs(m_.upper[i] - value) <= std::abs(value - m_.lower[i]) ? 1.0 : -1.0;
-}
-
-bool SmallDual::isMissed(std::size_t i, double tolerance) const {
-    const std::size_t rows = m_.shape.rows();
-    const std::size_t row = m_.shape.head() + i;
-    const double value = i < rows ? m_.products.value[row] : m_.x[i - rows];
-    const double rest = i < rows ? m_.products.rest[row] : 0.0;
-    const double scale = i < rows ? m_.products.scale[row] : std::abs(value);
-    const double above = (value - m_.upper[i]) + rest;
-    const double below = (m_.lower[i] - value) - rest;
-    const double side = std::abs(above > below ? m_.upper[i] : m_.lower[i]);
-    return std::max(above, below) > tolerance * (scale + side);
 }
 
 // One without a multiplier, which the point in the memory is near, or misses.
