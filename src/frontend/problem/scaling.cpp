@@ -212,29 +212,30 @@ ProblemData Scaling::apply(const ProblemData& data) const {
 }
 
 MatrixEntries Scaling::scaledHessian(const ProblemData& data) const {
-    LargeVector all;
-    all.makeRoom(data.H.size());
-    for (std::size_t j = 0; j < data.n && data.quadratic; ++j) {
-        all.insert(all.end(), data.columnOfH(j), data.columnOfH(j) + data.n);
-        double* H = all.data() + j * data.n;
+    const double unit = objective;
+    LargeVector result = LargeVector::unwritten(data.H.size());
+    double* target = result.data();
+    for (std::size_t j = 0; j < data.n && data.quadratic; ++j, target += data.n) {
+        const double* H = data.columnOfH(j);
+        const double factor = column[j];
         for (std::size_t i = 0; i < data.n; ++i) {
-            H[i] = H[i] * column[i] * column[j] * objective;
+            target[i] = H[i] * column[i] * factor * unit;
         }
     }
-    return all;
+    return result;
 }
 
 MatrixEntries Scaling::scaledRows(const ProblemData& data) const {
-    LargeVector all;
-    all.makeRoom(data.A.size());
-    for (std::size_t j = 0; j < data.n; ++j) {
-        all.insert(all.end(), data.columnOfA(j), data.columnOfA(j) + data.m);
-        double* A = all.data() + j * data.m;
+    LargeVector result = LargeVector::unwritten(data.A.size());
+    double* target = result.data();
+    for (std::size_t j = 0; j < data.n; ++j, target += data.m) {
+        const double* A = data.columnOfA(j);
+        const double factor = column[j];
         for (std::size_t i = 0; i < data.m; ++i) {
-            A[i] *= row[i] * column[j];
+            target[i] = A[i] * (row[i] * factor);
         }
     }
-    return all;
+    return result;
 }
 
 void Scaling::applyToVectors(const ProblemData& data, ProblemData& result) const {
