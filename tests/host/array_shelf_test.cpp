@@ -46,13 +46,14 @@ TEST(ArrayShelf, KeepsTheLargestArraysUpToItsBound) {
     EXPECT_EQ(shelf.bytes(), ArrayShelf::MostBytes);
 }
 
-// A box problem with more than 256 variables: too large for the method for small problems.
+// A box problem with more than 256 variables, too large for the method for small problems, and far
+// from 1, so that H is scaled.
 Status solveBox(std::size_t n) {
     std::vector<double> H(n * n, 0.0);
     for (std::size_t j = 0; j < n; ++j) {
-        H[j * n + j] = 2.0;
+        H[j * n + j] = 200.0;
     }
-    const std::vector<double> c(n, -1.0);
+    const std::vector<double> c(n, -100.0);
     const std::vector<double> upper(n, 0.25);
     Problem problem;
     problem.H = {H, n, n};
