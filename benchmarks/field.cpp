@@ -84,13 +84,15 @@ double sequenceTime(const Problem& problem, double seconds) {
     if (!solver.solve()) {
         throw std::runtime_error("the first of a sequence has no optimum");
     }
+    activeset::Result result;
     const auto solveAll = [&] {
         for (std::size_t k = 0; k < Steps; ++k) {
             solver.setLinear(steps[k].c);
             if (!problem.b.empty()) {
                 solver.setRowSides(program.rowLower, upper[k]);
             }
-            if (!solver.solve()) {
+            solver.solve(result);
+            if (!result) {
                 throw std::runtime_error("a step of a sequence has no optimum");
             }
         }

@@ -69,9 +69,10 @@ int main() {
     activeset::Solver solver({.H = {H, Horizon, Horizon}, .c = c, .lower = least, .upper = most});
     double first = 0.0;
     std::size_t without = 0;
+    activeset::Result r;
     for (int k = 0; k < 100; ++k) {
         solver.setLinear(gradient(state));
-        const activeset::Result r = solver.solve();
+        solver.solve(r);
         if (!r) {
             std::printf("step %d: %s\n", k, textOf(r.status));
             return 1;

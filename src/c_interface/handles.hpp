@@ -33,6 +33,7 @@ struct activeset_solver {
     std::size_t n = 0;
     std::size_t m = 0;
     activeset::Solver solver;
+    activeset::Result result{};  ///< of the last solve, whose memory the next one uses
 };
 
 #endif

@@ -106,6 +106,7 @@ int activeset_solver_solve(activeset_solver* solver, activeset_result* result) {
         c::require(solver != nullptr && result != nullptr);
         static_cast<void>(
             c::known(result, activeset_result{}, offsetof(activeset_result, total_seconds)));
-        c::writeResult(solver->solver.solve(), solver->n, solver->m, result);
+        solver->solver.solve(solver->result);
+        c::writeResult(solver->result, solver->n, solver->m, result);
     });
 }

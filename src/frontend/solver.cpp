@@ -223,9 +223,13 @@ Settings& Solver::settings() noexcept {
     return kept_->settings;
 }
 
+void Solver::solve(Result& result) {
+    kept_->solve(result);
+}
+
 Result Solver::solve() {
     Result result;
-    kept_->solve(result);
+    solve(result);
     return result;
 }
 

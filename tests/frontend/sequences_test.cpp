@@ -123,6 +123,54 @@ TEST_F(Sequences, OfManyBoundsChangeTheirMethodAndNoAnswer) {
     EXPECT_GT(steps[3], 0U);
 }
 
+void expectSameResult(const Result& into, const Result& alone) {
+    EXPECT_EQ(into.status, alone.status);
+    EXPECT_EQ(into.x, alone.x);
+    EXPECT_EQ(into.y, alone.y);
+    EXPECT_EQ(into.z, alone.z);
+    EXPECT_EQ(into.workingSet, alone.workingSet);
+    EXPECT_EQ(into.direction, alone.direction);
+    EXPECT_EQ(into.message, alone.message);
+    EXPECT_EQ(into.faults.size(), alone.faults.size());
+    EXPECT_EQ(into.exitCode, alone.exitCode);
+    EXPECT_EQ(into.wasPredicted, alone.wasPredicted);
+    EXPECT_EQ(into.iterations.dual, alone.iterations.dual);
+    EXPECT_EQ(into.hessianShift, alone.hessianShift);
+    EXPECT_EQ(into.certificate.gap.relative, alone.certificate.gap.relative);
+    ASSERT_EQ(into.farkas.has_value(), alone.farkas.has_value());
+    if (alone.farkas) {
+        EXPECT_EQ(into.farkas->y, alone.farkas->y);
+    }
+    if (!std::isnan(alone.objective)) {
+        EXPECT_EQ(into.objective, alone.objective);
+    }
+}
+
+/// One result for problems of all sizes and outcomes, faults included.
+TEST_F(Sequences, LeaveNothingOfOtherSolvesInAResult) {
+    Result into;
+    std::map<Status, int> met;
+    for (unsigned seed = 0; seed < 120; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Sample sample = randomSample(seed, 10, seed % 2 == 0);
+        Solver solver(sample.view());
+        Solver other(sample.view());
+        for (int step = 0; step < 3; ++step) {
+            const double far = seed % 7 == 0 && step == 1 ? std::nan("") : 0.5;
+            sample.c.assign(sample.n, step * far);
+            solver.setLinear(sample.c);
+            other.setLinear(sample.c);
+            solver.solve(into);
+            expectSameResult(into, other.solve());
+            ++met[into.status];
+        }
+    }
+    for (const Status status :
+         {Status::Optimal, Status::Infeasible, Status::Unbounded, Status::Invalid}) {
+        EXPECT_GT(met[status], 0) << textOf(status);
+    }
+}
+
 TEST_F(Sequences, SurviveWarmStartsThatMakeNoSense) {
     for (unsigned seed = 0; seed < 60; ++seed) {
         const Sample sample = randomSample(seed, 10, true);
