@@ -33,7 +33,10 @@ void expectAgreement(const Sample& sample, const Result& small, const Result& ge
     ASSERT_EQ(small.status, general.status);
     EXPECT_EQ(exact::falseClaim(sample, small), "");
     if (small.status == Status::Infeasible) {
-        EXPECT_EQ(small.x, general.x);
+        // The loop ends at the nearest point where its prediction is no proof.
+        if (general.iterations.phaseOne == 0) {
+            EXPECT_EQ(small.x, general.x);
+        }
         return;
     }
     EXPECT_NEAR(small.objective, general.objective, 1e-9 * (1.0 + std::abs(general.objective)));
@@ -45,7 +48,9 @@ void expectAgreement(const Sample& sample, const Result& small, const Result& ge
     const Certificate& found = judgement.certificate;
     EXPECT_NEAR(said.primal.relative, found.primal.relative, 1e-17);
     EXPECT_NEAR(said.dual.relative, found.dual.relative, 1e-14);
-    EXPECT_LE(found.gap.relative, said.gap.relative + 1e-14);  // its rounding bound is wider
+    // Its rounding bound is wider, but not that of free variables without curvature.
+    const double share = small.iterations.proximal > 0 ? 1.5 : 1.0;
+    EXPECT_LE(found.gap.relative, share * said.gap.relative + 1e-14);
     EXPECT_NEAR(said.gap.absolute, found.gap.absolute, 1e-14 * (1.0 + std::abs(small.objective)));
     EXPECT_NEAR(small.objective, judgement.objective, 1e-15 * (1.0 + std::abs(small.objective)));
 }
@@ -81,15 +86,19 @@ TEST_F(SmallProblems, HaveTheAnswersOfTheGeneralMethod) {
     EXPECT_GT(met[Status::Infeasible], 10);
 }
 
-/// Linear programs, half of them without an H and half with zeros. Integers tie, so that vertices
-/// are degenerate and minima are edges.
-TEST_F(SmallProblems, MayBeLinear) {
+/// Linear programs, some without an H and some with zeros, and singular Hessians. Integers tie, so
+/// that vertices are degenerate and minima are edges.
+TEST_F(SmallProblems, MayBeLinearOrSingular) {
     std::map<Status, int> met;
     SmallProblem solver;
     for (unsigned seed = 0; seed < 600; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Sample sample = randomSample(seed, seed % 10 == 0 ? 40 : 9, false);
-        std::ranges::fill(sample.H, 0.0);
+        for (std::size_t j = 0; j < sample.n; ++j) {
+            for (std::size_t k = 0; k < sample.n; ++k) {  // rank 0 or 1
+                sample.H[j * sample.n + k] = seed % 4 == 3 ? sample.c[j] * sample.c[k] : 0.0;
+            }
+        }
         if (seed % 3 != 0) {
             for (std::size_t j = 0; j < sample.n; ++j) {
                 sample.lower[j] = std::max(sample.lower[j], -20.0);
@@ -97,13 +106,14 @@ TEST_F(SmallProblems, MayBeLinear) {
             }
         }
         Problem problem = sample.view();
-        problem.H = seed % 2 == 0 ? problem.H : MatrixView();
+        problem.H = seed % 4 == 1 ? MatrixView() : problem.H;
         const std::optional<Result> small = solveSmall(solver, problem);
         const Result general = solveGenerally(problem);
         ++met[general.status];
         if (small) {
             expectAgreement(sample, *small, general);
-            EXPECT_EQ(small->iterations.proximal, small->status == Status::Optimal ? 1U : 0U);
+            const bool isStrict = seed % 4 == 3 && sample.n == 1 && sample.c[0] != 0.0;
+            EXPECT_EQ(small->iterations.proximal, isStrict ? 0U : 1U);
             --met[general.status];
         }
         if (HasFailure()) {

@@ -128,7 +128,7 @@ bool areClear(const SmallMemory& memory, const SmallDual& dual) {
 
 std::unique_ptr<const WorkingSystem> systemOf(const SmallProblem& small, const WorkingSet& set) {
     const bool isRegular = small.dual().factor().size() == set.size();
-    if (!isRegular || small.isLinear() || !areClear(small.memory(), small.dual())) {
+    if (!isRegular || small.isProximal() || !areClear(small.memory(), small.dual())) {
         return nullptr;
     }
     return std::make_unique<const SmallSystem>(small.memory(), small.dual());

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "frontend/algebra/dense.hpp"
 #include "frontend/problem/view_checks.hpp"
@@ -15,6 +16,8 @@ namespace {
 constexpr double SmallestEntry = 1e-60;
 constexpr double LargestEntry = 1e60;
 constexpr double SmallestNorm = 1e-100;
+// ρ in proportion to H.
+constexpr double WeightOfCurvature = 0x1p-28;
 constexpr double SideTolerance = 1e-13;  // what rounding may take from a side
 
 // Halves that differ by rounding become their mean.
@@ -92,10 +95,27 @@ bool loadSides(const VectorView& lower,
     return extent.isSound && largest <= LargestEntry;
 }
 
-void setDiagonal(SmallMemory& memory, double value) {
-    for (std::size_t j = 0; j < memory.shape.n; ++j) {
-        memory.data[j * (memory.shape.height() + 1)] = value;
+// The images by H + ρI; H stays as it is.
+bool factorise(SmallMemory& memory, double rho, double tolerance) {
+    const SmallShape& shape = memory.shape;
+    const std::size_t next = shape.height() + 1;
+    for (std::size_t j = 0; j < shape.n && rho > 0.0; ++j) {
+        memory.residual[j] = memory.data[j * next];
+        memory.data[j * next] += rho;
     }
+    const bool isDefinite = memory.kernels.factorise(
+        {memory.data, memory.images, shape.head(), shape.rows(), shape.cols()}, tolerance);
+    for (std::size_t j = 0; j < shape.n && rho > 0.0; ++j) {
+        memory.data[j * next] = memory.residual[j];
+    }
+    return isDefinite;
+}
+
+// By Cholesky of H + δI, δ being the rounding of a curvature: no eigenvalue of H is below −2δ.
+bool isConvexButForRounding(SmallMemory& memory, const SmallExtent& extent) {
+    constexpr double CurvatureRounding = 4.0 * std::numeric_limits<double>::epsilon();
+    const double delta = CurvatureRounding * static_cast<double>(memory.shape.n) * extent.H;
+    return factorise(memory, delta, 0.0);
 }
 
 double leastPivot(const SmallMemory& memory) {
@@ -134,7 +154,7 @@ bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& exte
     return loadHessian(problem.H, memory, extent.H) && loadRows(problem.A, memory, extent.A);
 }
 
-double weightOf(const SmallExtent& extent) {
+double weightOfLinear(const SmallExtent& extent) {
     constexpr double WeightOfLinear = 0x1p-24;  // in proportion to slopes and variables
     const double variable =
         std::max(extent.bounds, extent.A > 0.0 ? extent.rowSides / extent.A : 0.0);
@@ -147,17 +167,15 @@ double weightOf(const SmallExtent& extent) {
 bool formImages(SmallMemory& memory, SmallExtent& extent) {
     const SmallShape& shape = memory.shape;
     const SmallKernels& kernels = memory.kernels;
-    if (extent.isLinear()) {
-        extent.weight = weightOf(extent);
-        setDiagonal(memory, extent.weight);
-    }
-    const bool isDefinite = kernels.factorise(
-        {memory.data, memory.images, shape.head(), shape.rows(), shape.cols()}, SmallestPivot);
-    if (extent.isLinear()) {
-        setDiagonal(memory, 0.0);
-    }
-    if (!isDefinite) {
-        return false;
+    extent.weight = extent.isLinear() ? weightOfLinear(extent) : 0.0;
+    if (!factorise(memory, extent.weight, SmallestPivot)) {
+        if (extent.isLinear() || !isConvexButForRounding(memory, extent)) {
+            return false;
+        }
+        extent.weight = WeightOfCurvature * extent.H;
+        if (!factorise(memory, extent.weight, SmallestPivot)) {
+            return false;
+        }
     }
     extent.leastPivot = leastPivot(memory);
     const SmallMatrix images = imagesOf(memory);

@@ -15,9 +15,10 @@ struct SmallExtent {
     double rowSides = 0.0;
     double bounds = 0.0;
     double leastPivot = 0.0;  ///< of the Cholesky factor of H, squared
-    double weight = 0.0;      ///< ρ, of a linear program whose images are those of ρI
+    double weight = 0.0;      ///< ρ; where it is not 0, images are those of H + ρI
 
     [[nodiscard]] bool isLinear() const { return H == 0.0; }
+    [[nodiscard]] bool isProximal() const { return weight > 0.0; }
 };
 
 /// A pivot of H that is not above this times its diagonal entry is not safely positive.
@@ -33,10 +34,10 @@ inline constexpr double SmallestPivot = 1e-12;
 
 /// ρ for a linear program, so small that mostly the minimum of cᵀx + ½ρ‖x‖² is one of cᵀx. A power
 /// of four, so that images are scaled without rounding.
-[[nodiscard]] double weightOf(const SmallExtent& extent);
+[[nodiscard]] double weightOfLinear(const SmallExtent& extent);
 
-/// Forms the images of the constraints: by H or, for a linear program, by ρI. False where H is not
-/// safely positive definite.
+/// Forms the images of the constraints: by H or, where that is zero or singular, by H + ρI. False
+/// where H is not convex to within rounding.
 [[nodiscard]] bool formImages(SmallMemory& memory, SmallExtent& extent);
 
 /// Copies c, sides and bounds. False where one is not a number, of an extraordinary size, or sides

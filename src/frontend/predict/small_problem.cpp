@@ -126,7 +126,7 @@ SmallProblem::SoftEnd SmallProblem::solveNextSoft(const Problem& problem,
                                                   Control& control,
                                                   Result& result,
                                                   WorkingSet& predicted) {
-    if (!loadNext(problem, areMatricesKept, !needsFewChanges(problem)) || extent_.isLinear() ||
+    if (!loadNext(problem, areMatricesKept, !needsFewChanges(problem)) || extent_.isProximal() ||
         !dual_.caps().load(problem)) {
         return SoftEnd::GivenUp;
     }
@@ -179,7 +179,7 @@ bool SmallProblem::load(const Problem& problem) {
             return false;
         }
         transformLinear(memory_);
-        return !extent_.isLinear() || extent_.weight == weightOf(extent_) || formImagesOnce();
+        return !extent_.isLinear() || extent_.weight == weightOfLinear(extent_) || formImagesOnce();
     }
     memory_.reshape({variablesOf(problem), problem.A.rows()});
     if (!loadVectors(problem, memory_, extent_)) {
@@ -200,8 +200,8 @@ bool SmallProblem::formImagesOnce() {
 
 void SmallProblem::begin(bool isSetKept, const WorkingSet& set) {
     constexpr std::size_t Steps = 3;
-    constexpr std::size_t StepsOfLinear = 12;  // the general road takes as many
-    dual_.limitSteps(extent_.isLinear() ? StepsOfLinear : Steps);
+    constexpr std::size_t StepsOfProximal = 12;  // the general road takes as many
+    dual_.limitSteps(extent_.isProximal() ? StepsOfProximal : Steps);
     isSetKept_ = isSetKept && dual_.beginAgain();
     if (!isSetKept_) {
         dual_.begin(set);

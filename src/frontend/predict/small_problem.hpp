@@ -1,4 +1,4 @@
-// The road of small strictly convex problems and linear programs, from the caller's views to a
+// The road of small problems, from the caller's views to a
 // proved result.
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_PROBLEM_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_PROBLEM_HPP
@@ -73,7 +73,7 @@ public:
     /// Of an optimum that was proved last: H = LLᵀ, L⁻ᵀ, and the orthogonal factor of its members.
     [[nodiscard]] const SmallMemory& memory() const { return memory_; }
     [[nodiscard]] const SmallDual& dual() const { return dual_; }
-    [[nodiscard]] bool isLinear() const { return extent_.isLinear(); }
+    [[nodiscard]] bool isProximal() const { return extent_.isProximal(); }
 
     /// Gives the memory back, and forgets all.
     void release() noexcept;

@@ -43,8 +43,8 @@ SmallProblem::Proof SmallProblem::proveOptimum(const Problem& problem,
     };
     bool isDone =
         mayBeExact && refinement.areRowsMet(FeasibleSide) && isExact() && !judgement.isDelicate;
-    // The way to a linear program's vertex has left fewer digits.
-    const std::size_t least = extent_.isLinear() ? 2 : 1;
+    // The way by ρI has left fewer digits.
+    const std::size_t least = !extent_.isProximal() ? 1 : extent_.isLinear() ? 2 : MostCorrections;
     while (!isDone) {
         refinement.correct();
         ++corrections;
@@ -56,8 +56,8 @@ SmallProblem::Proof SmallProblem::proveOptimum(const Problem& problem,
         certificate.gap.relative <= tolerance) {
         return Proof::Missed;
     }
-    // Along a slope that no curvature ends, a linear program may be unbounded.
-    const bool isLevel = !extent_.isLinear() || certificate.dual.relative <= LevelGradient;
+    // Along a slope that no curvature ends, the problem may be unbounded.
+    const bool isLevel = !extent_.isProximal() || certificate.dual.relative <= LevelGradient;
     if (!certificate.holds(tolerance) || !(missed <= FeasibleSide) || !isLevel ||
         (judgement.isDelicate && !mayBeDelicate(missed > NegligibleMiss))) {
         return Proof::None;
@@ -100,7 +100,7 @@ void SmallProblem::finish(double setup,
     times.solve = times.total - times.setup - times.polish;
     result.iterations.prediction = 1;
     result.iterations.dual = dual_.steps();
-    result.iterations.proximal = extent_.isLinear() ? 1 : 0;
+    result.iterations.proximal = extent_.isProximal() ? 1 : 0;
 }
 
 }  // namespace activeset::frontend

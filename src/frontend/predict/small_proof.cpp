@@ -129,11 +129,13 @@ Judgement judge(SmallMemory& m, const SmallExtent& extent, double constant) {
     const Units units = unitsOf(extent, largest);
     const double variable = std::min(1.0, units.variable);
     const double farthest = std::max(largest, variable);
+    // Where no curvature may end a slope, it is in proportion to its own terms.
+    const double floor = extent.isProximal() ? 0.0 : extent.H * farthest;
     Judgement judgement;
     judgeSides(m, extent, units, judgement);
     const SmallGradientProof gradient =
         kernels.weighGradient(gradientOf(m),
-                              {GradientRounding, RoundingOfOthers, SumRounding, extent.H * farthest,
+                              {GradientRounding, RoundingOfOthers, SumRounding, floor,
                                std::min(1.0, units.gradient), variable, farthest, Infinity},
                               shape.head());
     TwoSum quadratic;
