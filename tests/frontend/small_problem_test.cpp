@@ -124,6 +124,28 @@ TEST_F(SmallProblems, MayBeLinearOrSingular) {
     EXPECT_GT(met[Status::Unbounded], 20);
 }
 
+/// What a proximal step sees as an optimum is none of the problem itself.
+TEST_F(SmallProblems, AreNotBoundedOrConvexByTheProximalTerm) {
+    // min x₁ + (1 − 10⁻¹²)x₂ + x₃, 10⁻¹²(x₁ + x₂) ≥ 100, 0 ≤ x₃ ≤ 1 as a row: (1, −1, 0) descends.
+    const Numbers c{1.0, 1.0 - 1e-12, 1.0};
+    const Numbers A{1e-12, 0, 1e-12, 0, 0, 1};
+    const Numbers lower{100, 0};
+    const Numbers upper{Infinity, 1};
+    EXPECT_EQ(solve({.c = c, .A = {A, 2, 3}, .rowLower = lower, .rowUpper = upper}).status,
+              Status::Unbounded);
+    // A curvature of −10⁻¹⁵ is no rounding of that of another variable.
+    const Numbers H{1, 0, 0, -1.6e-15};
+    const Numbers slope{-1, 0};
+    const Numbers far(2, 1e8);
+    const Numbers near(2, -1e8);
+    EXPECT_EQ(solve({.H = {H, 2, 2}, .c = slope, .lower = near, .upper = far},
+                    {.convexityTolerance = 0.0})
+                  .status,
+              Status::NotConvex);
+    // An H without rows is no zero one.
+    EXPECT_EQ(solve({.H = MatrixView(nullptr, 0, 2), .c = slope}).status, Status::Invalid);
+}
+
 /// The weights of later costs are others, and so are the images. Answers do not depend on what came
 /// before.
 TEST_F(SmallProblems, MayBeLinearWithCostsThatJump) {

@@ -95,27 +95,42 @@ bool loadSides(const VectorView& lower,
     return extent.isSound && largest <= LargestEntry;
 }
 
-// The images by H + ρI; H stays as it is.
-bool factorise(SmallMemory& memory, double rho, double tolerance) {
+// The images by H and what memory.step adds to its diagonal; H stays as it is.
+bool factorise(SmallMemory& memory, double tolerance) {
     const SmallShape& shape = memory.shape;
     const std::size_t next = shape.height() + 1;
-    for (std::size_t j = 0; j < shape.n && rho > 0.0; ++j) {
+    for (std::size_t j = 0; j < shape.n; ++j) {
         memory.residual[j] = memory.data[j * next];
-        memory.data[j * next] += rho;
+        memory.data[j * next] += memory.step[j];
     }
     const bool isDefinite = memory.kernels.factorise(
         {memory.data, memory.images, shape.head(), shape.rows(), shape.cols()}, tolerance);
-    for (std::size_t j = 0; j < shape.n && rho > 0.0; ++j) {
+    for (std::size_t j = 0; j < shape.n; ++j) {
         memory.data[j * next] = memory.residual[j];
     }
     return isDefinite;
 }
 
-// By Cholesky of H + δI, δ being the rounding of a curvature: no eigenvalue of H is below −2δ.
-bool isConvexButForRounding(SmallMemory& memory, const SmallExtent& extent) {
+bool factoriseWith(SmallMemory& memory, double rho) {
+    std::fill_n(memory.step, memory.shape.n, rho);
+    return factorise(memory, SmallestPivot);
+}
+
+// By Cholesky of H and δ_j on its diagonal, δ_j being the rounding of the curvature of variable j:
+// with diagonal entries of 1, no eigenvalue is below −2δ. A variable without curvature has no
+// products with others either.
+bool isConvexButForRounding(SmallMemory& memory) {
     constexpr double CurvatureRounding = 4.0 * std::numeric_limits<double>::epsilon();
-    const double delta = CurvatureRounding * static_cast<double>(memory.shape.n) * extent.H;
-    return factorise(memory, delta, 0.0);
+    const SmallShape& shape = memory.shape;
+    const double delta = CurvatureRounding * static_cast<double>(shape.n);
+    for (std::size_t j = 0; j < shape.n; ++j) {
+        const double* const column = memory.data + j * shape.height();
+        if (!(column[j] > 0.0) && memory.kernels.largest(column, shape.head()) > 0.0) {
+            return false;
+        }
+        memory.step[j] = column[j] > 0.0 ? delta * column[j] : 1.0;
+    }
+    return factorise(memory, 0.0);
 }
 
 double leastPivot(const SmallMemory& memory) {
@@ -140,7 +155,7 @@ bool areShapesRight(const Problem& problem) {
     const std::size_t m = problem.A.rows();
     const bool isHessianRight =
         problem.H.rows() == 0
-            ? problem.H.cols() == 0 || problem.H.cols() == n
+            ? problem.H.cols() == 0
             : problem.H.rows() == n && problem.H.cols() == n && hasMemory(problem.H);
     return n > 0 && isHessianRight &&
            (m == 0 ? problem.A.cols() == 0 || problem.A.cols() == n
@@ -168,12 +183,18 @@ bool formImages(SmallMemory& memory, SmallExtent& extent) {
     const SmallShape& shape = memory.shape;
     const SmallKernels& kernels = memory.kernels;
     extent.weight = extent.isLinear() ? weightOfLinear(extent) : 0.0;
-    if (!factorise(memory, extent.weight, SmallestPivot)) {
-        if (extent.isLinear() || !isConvexButForRounding(memory, extent)) {
-            return false;
+    const bool isStrict =
+        !extent.isLinear() &&
+        kernels.factorise({memory.data, memory.images, shape.head(), shape.rows(), shape.cols()},
+                          SmallestPivot);
+    if (!isStrict) {
+        if (!extent.isLinear()) {
+            if (!isConvexButForRounding(memory)) {
+                return false;
+            }
+            extent.weight = WeightOfCurvature * extent.H;
         }
-        extent.weight = WeightOfCurvature * extent.H;
-        if (!factorise(memory, extent.weight, SmallestPivot)) {
+        if (!factoriseWith(memory, extent.weight)) {
             return false;
         }
     }

@@ -46,8 +46,8 @@ void SmallRefinement::moveToBounds() {
 // What rounding leaves on the wrong side of zero is zero. memory.r := those of rows, memory.p := by
 // how much they change, with zeros for bounds.
 bool SmallRefinement::setMultipliers() {
-    // Doubles hold the products of a larger change, but not what it leaves of a multiplier.
-    constexpr double LargestChange = 1e6;  // in proportion to the multiplier
+    // A change whose products need no more than double precision, in proportion to the multiplier.
+    constexpr double LargestChange = 1e-6;
     bool areNear = true;
     for (std::size_t k = 0; k < size_; ++k) {
         if (m_.isEquality[k] == 0.0 && m_.lambda[k] < 0.0) {
@@ -136,13 +136,16 @@ void SmallRefinement::correct() {
     m_.kernels.addScaled(1.0, m_.step, m_.x, head);
     moveToBounds();
     const SmallStep step = m_.kernels.moved(m_.x, m_.step, m_.u, head);
-    const bool isShort = step.length <= ShortStep * std::min(1.0, step.size);
-    if (!setMultipliers() || !isShort) {
-        formSums();
-        return;
+    if (step.length <= ShortStep * std::min(1.0, step.size)) {
+        m_.kernels.addColumns(m_.stack(), m_.step, m_.products.rest);
+    } else {
+        m_.kernels.exactProduct(m_.stack(), m_.x, m_.products);
     }
-    m_.kernels.addColumns(m_.stack(), m_.step, m_.products.rest);
-    m_.kernels.addColumns(memberRows(), m_.p, m_.pull.rest);
+    if (setMultipliers()) {
+        m_.kernels.addColumns(memberRows(), m_.p, m_.pull.rest);
+    } else {
+        m_.kernels.exactProduct(memberRows(), m_.r, m_.pull);
+    }
 }
 
 }  // namespace activeset::frontend

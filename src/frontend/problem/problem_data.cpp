@@ -81,6 +81,9 @@ bool hasNoGaps(const MatrixView& matrix) {
 
 HessianScan scanOf(const MatrixView& H) {
     HessianScan scan;
+    if (H.rows() != H.cols()) {
+        return scan;
+    }
     scan.largest.resize(H.cols());
     scan.isExact = isFiniteSymmetric(H.data(), H.cols(), H.leading(), scan.largest.data());
     if (!scan.isExact) {
