@@ -91,7 +91,9 @@ void Decision::decide(Vector x, const WorkingSet& set) {
     if (isUndecided()) {
         best_.considerAlongFlat();
     }
-    if (answer_.status == Status::Inaccurate &&
+    // What a limit has cut short is doubted, too, though nobody looks.
+    const bool isCut = control_.mustEnd() && best_.isProved();
+    if ((answer_.status == Status::Inaccurate || isCut) &&
         settlesInfeasible(lookCloser(problem_, best_, settings_, control_))) {
         return;
     }

@@ -292,5 +292,22 @@ TEST_F(FrontEndControl, KeepsASolverFromBeingChangedInsideItsOwnSolve) {
     EXPECT_EQ(calls, 0);
 }
 
+/// Rows that are parallel but for 10⁻¹⁰ leave a point that misses them by as much, and is far from
+/// the optimum of -16.5. A limit that keeps the solve from a closer look makes it no optimum.
+TEST_F(FrontEndChecks, LeavesNoDoubtfulPointOptimalWhereALimitEndsIt) {
+    const Numbers H{14, 7, -9, 7, 11, 0, -9, 0, 10};
+    const Numbers c{40, -80, 20};
+    const Numbers A{3,  -2.9999999998835847, -3.000000000174623, -3.000000000174623, 2,
+                    -3, 3.000000000174623,   2.999999999825377,  3.000000000174623,  2,
+                    -3, 3.0000000001164153,  3.0000000000582077, 2.999999999825377,  3};
+    const Numbers upper{-9, 9.0000000009895302, 8.9999999992433004, 8.999999999825377, 18};
+    for (const std::size_t limit : {1U, 3U, 8U, 40U}) {
+        const Result cut = solve({.H = {H, 3, 3}, .c = c, .A = {A, 5, 3}, .rowUpper = upper},
+                                 {.startMode = Start::Predict, .maxIterations = limit});
+        EXPECT_TRUE(cut.status != Status::Optimal || std::abs(cut.objective + 16.5) < 1e-6)
+            << limit;
+    }
+}
+
 }  // namespace
 }  // namespace activeset::test

@@ -40,8 +40,8 @@ bool loadHessian(const MatrixView& H, SmallMemory& memory, double& largest) {
     const SmallShape& shape = memory.shape;
     const std::size_t leading = shape.height();
     const std::size_t entries = H.rows();  // n, or none
-    largest = memory.kernels.copy(H.data(), H.leading(), entries, shape.n, memory.data, leading,
-                                  shape.head());
+    largest = memory.kernels.copy(H.data(), entries > 0 ? H.leading() : 0, entries, shape.n,
+                                  memory.data, leading, shape.head());
     for (std::size_t j = shape.n; j < shape.cols(); ++j) {
         std::fill_n(memory.data + j * leading, shape.head(), 0.0);
         memory.data[j * leading + j] = 1.0;
