@@ -249,6 +249,24 @@ Sample boundedSample(std::size_t n, unsigned seed, bool hasTies) {
     return s;
 }
 
+/// Neither guesses nor soft sides go another way because a linear program came before.
+TEST_F(SmallProblems, ForgetTheProximalTermOfOthers) {
+    const Sample linear = randomSample(1, 9, false);
+    const Problem before{.c = linear.c, .lower = linear.lower, .upper = linear.upper};
+    for (unsigned seed = 0; seed < 6; ++seed) {
+        SmallProblem fresh;
+        SmallProblem used;
+        static_cast<void>(solveSmall(used, before));
+        const Sample sample = boundedSample(60, seed, false);
+        const std::optional<Result> alone = solveSmall(fresh, sample.view());
+        const std::optional<Result> after = solveSmall(used, sample.view());
+        ASSERT_TRUE(alone && after);
+        EXPECT_EQ(after->x, alone->x);
+        EXPECT_EQ(after->iterations.proximal, 0U);
+        EXPECT_EQ(after->iterations.refinement, alone->iterations.refinement);
+    }
+}
+
 TEST_F(SmallProblems, WithManyBoundsAreGuessedAndHaveTheSameAnswers) {
     SmallProblem road;
     int guessed = 0;

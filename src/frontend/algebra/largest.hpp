@@ -17,7 +17,12 @@ namespace activeset::frontend {
 /// largest_k := max(largest_k, |values_k|·factor), likewise.
 void raiseToProducts(const double* values, double factor, double* largest, std::size_t count);
 
-/// What the functions above call.
+/// value / scale, 0 where there is no scale.
+[[nodiscard]] inline double ratio(double value, double scale) {
+    return scale > 0.0 ? value / scale : 0.0;
+}
+
+/// What the first three functions call.
 struct LargestKernels {
     double (*magnitude)(const double* values, std::size_t count);
     double (*product)(const double* values, const double* factors, std::size_t count);

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "frontend/algebra/dense.hpp"
+#include "frontend/algebra/largest.hpp"
 #include "frontend/problem/view_checks.hpp"
 
 namespace activeset::frontend {
@@ -16,9 +17,8 @@ namespace {
 constexpr double SmallestEntry = 1e-60;
 constexpr double LargestEntry = 1e60;
 constexpr double SmallestNorm = 1e-100;
-// ρ in proportion to H.
-constexpr double WeightOfCurvature = 0x1p-28;
-constexpr double SideTolerance = 1e-13;  // what rounding may take from a side
+constexpr double SideTolerance = 1e-13;        // what rounding may take from a side
+constexpr double WeightOfCurvature = 0x1p-28;  // ρ in proportion to H
 
 // Halves that differ by rounding become their mean.
 // NOLINTNEXTLINE(readability-non-const-parameter): written through references
@@ -166,16 +166,15 @@ bool areShapesRight(const Problem& problem) {
 }
 
 bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& extent) {
+    extent.weight = 0.0;
     return loadHessian(problem.H, memory, extent.H) && loadRows(problem.A, memory, extent.A);
 }
 
 double weightOfLinear(const SmallExtent& extent) {
     constexpr double WeightOfLinear = 0x1p-24;  // in proportion to slopes and variables
-    const double variable =
-        std::max(extent.bounds, extent.A > 0.0 ? extent.rowSides / extent.A : 0.0);
-    const double curvature = extent.c > 0.0 && variable > 0.0 ? extent.c / variable
-                             : extent.c > 0.0                 ? extent.c
-                                                              : 1.0;
+    const double variable = std::max(extent.bounds, ratio(extent.rowSides, extent.A));
+    const double slope = extent.c > 0.0 ? extent.c : 1.0;
+    const double curvature = variable > 0.0 && extent.c > 0.0 ? slope / variable : slope;
     return std::ldexp(1.0, 2 * (std::ilogb(WeightOfLinear * curvature) / 2));
 }
 
@@ -183,17 +182,11 @@ bool formImages(SmallMemory& memory, SmallExtent& extent) {
     const SmallShape& shape = memory.shape;
     const SmallKernels& kernels = memory.kernels;
     extent.weight = extent.isLinear() ? weightOfLinear(extent) : 0.0;
-    const bool isStrict =
-        !extent.isLinear() &&
-        kernels.factorise({memory.data, memory.images, shape.head(), shape.rows(), shape.cols()},
-                          SmallestPivot);
-    if (!isStrict) {
-        if (!extent.isLinear()) {
-            if (!isConvexButForRounding(memory)) {
-                return false;
-            }
-            extent.weight = WeightOfCurvature * extent.H;
+    if (!factoriseWith(memory, extent.weight)) {
+        if (extent.isLinear() || !isConvexButForRounding(memory)) {
+            return false;
         }
+        extent.weight = WeightOfCurvature * extent.H;
         if (!factoriseWith(memory, extent.weight)) {
             return false;
         }

@@ -24,8 +24,7 @@ struct SmallExtent {
 /// A pivot of H that is not above this times its diagonal entry is not safely positive.
 inline constexpr double SmallestPivot = 1e-12;
 
-/// Whether all parts have the right shapes and enough memory, and the start
-/// is finite.
+/// Whether all parts have the right shapes and enough memory, and the start is finite.
 [[nodiscard]] bool areShapesRight(const Problem& problem);
 
 /// Copies H and A of a problem whose shapes are right. False where an entry is not finite or of an

@@ -121,7 +121,7 @@ private:
     SmallFactor factor_;
     SmallCaps caps_;
     std::size_t mostChanges_ = AnyChanges;
-    std::size_t stepsPerVariable_ = 3;
+    std::size_t stepsPerVariable_ = 0;
     std::size_t dropped_ = 0;  ///< members of a wrong sign, at the beginning
     std::size_t steps_ = 0;
     std::size_t newcomer_ = 0;

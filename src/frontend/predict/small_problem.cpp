@@ -194,14 +194,14 @@ bool SmallProblem::load(const Problem& problem) {
 
 // Of the matrices that were loaded.
 bool SmallProblem::formImagesOnce() {
+    constexpr std::size_t Steps = 3;
+    constexpr std::size_t StepsOfProximal = 12;  // the general road takes as many
     matrices_ = formImages(memory_, extent_) ? Matrices::Ready : Matrices::Unfit;
+    dual_.limitSteps(extent_.isProximal() ? StepsOfProximal : Steps);
     return matrices_ == Matrices::Ready;
 }
 
 void SmallProblem::begin(bool isSetKept, const WorkingSet& set) {
-    constexpr std::size_t Steps = 3;
-    constexpr std::size_t StepsOfProximal = 12;  // the general road takes as many
-    dual_.limitSteps(extent_.isProximal() ? StepsOfProximal : Steps);
     isSetKept_ = isSetKept && dual_.beginAgain();
     if (!isSetKept_) {
         dual_.begin(set);

@@ -1,5 +1,4 @@
-// The road of small problems, from the caller's views to a
-// proved result.
+// The road of small problems, from the caller's views to a proved result.
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_PROBLEM_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_PROBLEM_HPP
 
@@ -70,7 +69,8 @@ public:
     /// Whether results have the working set, as they do unless told otherwise.
     void listSets(bool areListed) { areSetsListed_ = areListed; }
 
-    /// Of an optimum that was proved last: H = LLᵀ, L⁻ᵀ, and the orthogonal factor of its members.
+    /// Of an optimum that was proved last: H = LLᵀ, L⁻ᵀ, and the orthogonal factor of its members;
+    /// LLᵀ is H + ρI where the solve was proximal.
     [[nodiscard]] const SmallMemory& memory() const { return memory_; }
     [[nodiscard]] const SmallDual& dual() const { return dual_; }
     [[nodiscard]] bool isProximal() const { return extent_.isProximal(); }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "frontend/algebra/largest.hpp"
 #include "frontend/predict/small_sum.hpp"
 
 namespace activeset::frontend {
@@ -39,10 +40,6 @@ struct Units {
     double variable = 1.0;
     double gradient = 1.0;
 };
-
-double ratio(double value, double scale) {
-    return scale > 0.0 ? value / scale : 0.0;
-}
 
 Units unitsOf(const SmallExtent& extent, double largest) {
     const double told =

@@ -6,14 +6,11 @@
 #include <cmath>
 
 #include "frontend/algebra/dense.hpp"
+#include "frontend/algebra/largest.hpp"
 
 namespace activeset::frontend {
 
 namespace {
-
-double ratio(double value, double scale) {
-    return scale > 0.0 ? value / scale : 0.0;
-}
 
 double largestFinite(const Vector& values) {
     double largest = 0.0;
