@@ -459,8 +459,8 @@ public:
 
     /// @raises as activeset::solve
     [[nodiscard]] Result solve();
-    /// Writes into a result of any earlier solve, whose memory is used again. If it raises, parts
-    /// of `result` may be of this solve and others of that one.
+    /// Writes into a result, new or of any earlier solve, whose memory is used again. If it raises,
+    /// parts of `result` may be of this solve and others of that one.
     ///
     /// @raises as activeset::solve
     void solve(Result& result);

@@ -162,8 +162,8 @@ ProblemData copyOf(const Problem& problem, HessianScan scan, Matrices matrices) 
     } else {
         copyPart(problem, Part::Rows, data);
     }
-    data.quadratic = !isZero(scan.largest);
-    if (mayLend && scan.isExact && data.quadratic && hasNoGaps(problem.H)) {
+    if (mayLend && hasNoGaps(problem.H) && !isZero(scan.largest)) {  // so it is exact
+        data.quadratic = true;
         data.H = MatrixEntries::lent(problem.H.data(), data.n * data.n);
         data.H.tellLargest(std::move(scan.largest));
     } else {
