@@ -294,7 +294,7 @@ TEST_F(FrontEndControl, KeepsASolverFromBeingChangedInsideItsOwnSolve) {
 
 /// Rows that are parallel but for 10⁻¹⁰ leave a point that misses them by as much, and is far from
 /// the optimum of -16.5. A limit that keeps the solve from a closer look makes it no optimum.
-TEST_F(FrontEndChecks, LeavesNoDoubtfulPointOptimalWhereALimitEndsIt) {
+TEST_F(FrontEndControl, LeavesNoDoubtfulPointOptimalWhereALimitEndsIt) {
     const Numbers H{14, 7, -9, 7, 11, 0, -9, 0, 10};
     const Numbers c{40, -80, 20};
     const Numbers A{3,  -2.9999999998835847, -3.000000000174623, -3.000000000174623, 2,

@@ -1,9 +1,9 @@
 // Many solves on several threads give what single solves give; and conflicts of constraints.
 #include <atomic>
-#include <cmath>
 #include <map>
 
 #include "frontend/generator.hpp"
+#include "frontend/same_bits.hpp"
 #include "support/fixture.hpp"
 
 namespace activeset::test {
@@ -11,19 +11,6 @@ namespace {
 
 class ManyThreads : public FreshState {};
 class Conflicts : public FreshState {};
-
-void expectSameBits(const Result& result, const Result& expected) {
-    ASSERT_EQ(result.status, expected.status);
-    EXPECT_EQ(result.message, expected.message);
-    EXPECT_EQ(result.x, expected.x);
-    EXPECT_EQ(result.y, expected.y);
-    EXPECT_EQ(result.z, expected.z);
-    if (!std::isnan(expected.objective) || !std::isnan(result.objective)) {  // not of all ends
-        EXPECT_EQ(result.objective, expected.objective);
-    }
-    EXPECT_EQ(result.iterations.main, expected.iterations.main);
-    EXPECT_EQ(result.workingSet, expected.workingSet);
-}
 
 struct Samples {
     std::vector<Sample> samples;

@@ -10,6 +10,7 @@
 #include "frontend/proof/certificate.hpp"
 #include "host/array_shelf.hpp"
 #include "support/fixture.hpp"
+#include "support/sample.hpp"
 
 namespace activeset::test {
 namespace {
@@ -236,38 +237,21 @@ TEST_F(Predictions, LeaveCircles) {
 }
 
 /// A problem of the benchmarks as the front end takes it.
-struct Sided {
-    explicit Sided(const bench::Problem& p)
-        : n(p.n),
-          H(p.H),
-          c(p.c),
-          A(p.n * (p.mIneq + p.mEq)),
-          rowLower(p.mIneq, -Infinity),
-          rowUpper(p.b),
-          lower(p.lb),
-          upper(p.ub) {
-        rowLower.insert(rowLower.end(), p.beq.begin(), p.beq.end());
-        rowUpper.insert(rowUpper.end(), p.beq.begin(), p.beq.end());
-        const std::size_t m = rowUpper.size();
-        for (std::size_t j = 0; j < n; ++j) {
-            std::copy_n(p.A.data() + j * p.mIneq, p.mIneq, A.data() + j * m);
-            std::copy_n(p.Aeq.data() + j * p.mEq, p.mEq, A.data() + j * m + p.mIneq);
-        }
+Sample sided(const bench::Problem& p) {
+    Sample s{.n = p.n, .m = p.mIneq + p.mEq, .H = p.H, .c = p.c};
+    s.A.resize(s.m * s.n);
+    for (std::size_t j = 0; j < s.n; ++j) {
+        std::copy_n(p.A.data() + j * p.mIneq, p.mIneq, s.A.data() + j * s.m);
+        std::copy_n(p.Aeq.data() + j * p.mEq, p.mEq, s.A.data() + j * s.m + p.mIneq);
     }
-    [[nodiscard]] Problem view() const {
-        const std::size_t m = rowUpper.size();
-        return {.H = {H, n, n},
-                .c = c,
-                .A = {A, m, m == 0 ? 0 : n},
-                .rowLower = rowLower,
-                .rowUpper = rowUpper,
-                .lower = lower,
-                .upper = upper};
-    }
-
-    std::size_t n;
-    Numbers H, c, A, rowLower, rowUpper, lower, upper;
-};
+    s.rowLower.assign(p.mIneq, -Infinity);
+    s.rowLower.insert(s.rowLower.end(), p.beq.begin(), p.beq.end());
+    s.rowUpper = p.b;
+    s.rowUpper.insert(s.rowUpper.end(), p.beq.begin(), p.beq.end());
+    s.lower = p.lb;
+    s.upper = p.ub;
+    return s;
+}
 
 /// For these families and sizes the predicted set is the solution.
 TEST_F(Predictions, AreTheWholeSolveOfWellBehavedFamilies) {
@@ -280,7 +264,7 @@ TEST_F(Predictions, AreTheWholeSolveOfWellBehavedFamilies) {
                                    Named{"a third active", bench::randomProblem(60, 0.3, seed)},
                                    Named{"box", bench::boxProblem(80, seed)}}) {
             SCOPED_TRACE(named.name);
-            const Sided problem(named.problem);
+            const Sample problem = sided(named.problem);
             const Result cold = solve(problem.view(), startingFrom(Start::Cold));
             const Result predicted = solve(problem.view());
             expectSameAnswer(predicted, cold);
@@ -296,12 +280,12 @@ TEST_F(Predictions, AreTheWholeSolveOfWellBehavedFamilies) {
 TEST_F(Predictions, ReadNothingThatOthersLeftInArrays) {
     constexpr std::size_t Order = 140;
     const Settings general{.startMode = Start::Predict, .maxIterations = 100000};
-    Sided singular(bench::boxProblem(Order, 1));
+    Sample singular = sided(bench::boxProblem(Order, 1));
     for (std::size_t k = 0; k < Order; ++k) {
         singular.H[k] = singular.H[k * Order] = 0.0;
     }
-    for (const Sided& problem : {Sided(bench::randomProblem(Order, 0.3, 1)),
-                                 Sided(bench::boxProblem(Order, 1)), singular}) {
+    for (const Sample& problem : {sided(bench::randomProblem(Order, 0.3, 1)),
+                                  sided(bench::boxProblem(Order, 1)), singular}) {
         const Result before = solve(problem.view(), general);
         ASSERT_TRUE(before.wasPredicted);
         for (int k = 0; k < 20; ++k) {
@@ -316,49 +300,43 @@ TEST_F(Predictions, ReadNothingThatOthersLeftInArrays) {
 
 /// A problem whose optimum is known, and on the upper side of each row and bound. One in three of
 /// these has no multiplier.
-struct Touching {
-    Touching(std::size_t n, std::size_t m, bool isBox, unsigned seed)
-        : H(n * n), c(n), A(m * n), rowUpper(m), lower(n, -10.0), upper(n, 10.0) {
-        std::mt19937_64 bits(seed);
-        std::normal_distribution<double> normal;
-        const auto draw = [&](std::size_t count) {
-            Numbers result(count);
-            std::ranges::generate(result, [&] { return normal(bits); });
-            return result;
-        };
-        const Numbers root = draw(n * n);
-        const Numbers x = draw(n);
-        A = draw(m * n);
-        for (std::size_t j = 0; j < n; ++j) {
-            for (std::size_t k = 0; k < n; ++k) {
-                for (std::size_t r = 0; r < n; ++r) {
-                    H[j * n + k] += root[j * n + r] * root[k * n + r] / static_cast<double>(n);
-                }
-                H[j * n + k] += j == k ? 1e-4 : 0.0;
-                c[k] -= H[j * n + k] * x[j];
+Sample touching(std::size_t n, std::size_t m, bool isBox, unsigned seed) {
+    std::mt19937_64 bits(seed);
+    std::normal_distribution<double> normal;
+    const auto draw = [&](std::size_t count) {
+        Numbers result(count);
+        std::ranges::generate(result, [&] { return normal(bits); });
+        return result;
+    };
+    const Numbers root = draw(n * n);
+    const Numbers x = draw(n);
+    Sample s{.n = n,
+             .m = m,
+             .H = Numbers(n * n),
+             .c = Numbers(n),
+             .A = draw(m * n),
+             .rowUpper = Numbers(m),
+             .lower = Numbers(n, -10.0),
+             .upper = Numbers(n, 10.0)};
+    for (std::size_t j = 0; j < n; ++j) {
+        for (std::size_t k = 0; k < n; ++k) {
+            for (std::size_t r = 0; r < n; ++r) {
+                s.H[j * n + k] += root[j * n + r] * root[k * n + r] / static_cast<double>(n);
             }
-            for (std::size_t i = 0; i < m; ++i) {
-                rowUpper[i] += A[j * m + i] * x[j];
-                c[j] -= i % 3 != 0 ? A[j * m + i] : 0.0;
-            }
-            upper[j] = isBox && j % 2 == 0 ? x[j] : upper[j];
+            s.H[j * n + k] += j == k ? 1e-4 : 0.0;
+            s.c[k] -= s.H[j * n + k] * x[j];
         }
-        for (std::size_t j = 0; j < n && isBox; j += 2) {
-            c[j] -= j % 3 != 0 ? 1.0 : 0.0;
+        for (std::size_t i = 0; i < m; ++i) {
+            s.rowUpper[i] += s.A[j * m + i] * x[j];
+            s.c[j] -= i % 3 != 0 ? s.A[j * m + i] : 0.0;
         }
+        s.upper[j] = isBox && j % 2 == 0 ? x[j] : s.upper[j];
     }
-    [[nodiscard]] Problem view() const {
-        const std::size_t m = rowUpper.size();
-        return {.H = {H, c.size(), c.size()},
-                .c = c,
-                .A = {A, m, m == 0 ? 0 : c.size()},
-                .rowUpper = rowUpper,
-                .lower = lower,
-                .upper = upper};
+    for (std::size_t j = 0; j < n && isBox; j += 2) {
+        s.c[j] -= j % 3 != 0 ? 1.0 : 0.0;
     }
-
-    Numbers H, c, A, rowUpper, lower, upper;
-};
+    return s;
+}
 
 /// Rounding moves the solution of the sides with multipliers beyond some of the others. Predictions
 /// meet them, too, so that hardly ever a pass of the core has to.
@@ -368,7 +346,7 @@ TEST_F(Predictions, MeetSidesWithoutMultipliers) {
     for (unsigned seed = 1; seed <= 8; ++seed) {
         for (const std::size_t m : {0U, 12U}) {
             SCOPED_TRACE("seed " + std::to_string(seed) + ", rows " + std::to_string(m));
-            const Touching problem(m == 0 ? 120 : 50, m, m == 0, seed);
+            const Sample problem = touching(m == 0 ? 120 : 50, m, m == 0, seed);
             for (const Settings& road : settings) {
                 const Result met = solve(problem.view(), road);
                 ASSERT_EQ(met.status, Status::Optimal);

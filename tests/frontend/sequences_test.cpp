@@ -1,5 +1,6 @@
 // Solves that start where another one ended give the answers of cold solves.
 #include "frontend/generator.hpp"
+#include "frontend/same_bits.hpp"
 #include "support/fixture.hpp"
 
 namespace activeset::test {
@@ -123,29 +124,6 @@ TEST_F(Sequences, OfManyBoundsChangeTheirMethodAndNoAnswer) {
     EXPECT_GT(steps[3], 0U);
 }
 
-void expectSameResult(const Result& into, const Result& alone) {
-    EXPECT_EQ(into.status, alone.status);
-    EXPECT_EQ(into.x, alone.x);
-    EXPECT_EQ(into.y, alone.y);
-    EXPECT_EQ(into.z, alone.z);
-    EXPECT_EQ(into.workingSet, alone.workingSet);
-    EXPECT_EQ(into.direction, alone.direction);
-    EXPECT_EQ(into.message, alone.message);
-    EXPECT_EQ(into.faults.size(), alone.faults.size());
-    EXPECT_EQ(into.exitCode, alone.exitCode);
-    EXPECT_EQ(into.wasPredicted, alone.wasPredicted);
-    EXPECT_EQ(into.iterations.dual, alone.iterations.dual);
-    EXPECT_EQ(into.hessianShift, alone.hessianShift);
-    EXPECT_EQ(into.certificate.gap.relative, alone.certificate.gap.relative);
-    ASSERT_EQ(into.farkas.has_value(), alone.farkas.has_value());
-    if (alone.farkas) {
-        EXPECT_EQ(into.farkas->y, alone.farkas->y);
-    }
-    if (!std::isnan(alone.objective)) {
-        EXPECT_EQ(into.objective, alone.objective);
-    }
-}
-
 /// One result for problems of all sizes and outcomes, faults included.
 TEST_F(Sequences, LeaveNothingOfOtherSolvesInAResult) {
     Result into;
@@ -161,7 +139,7 @@ TEST_F(Sequences, LeaveNothingOfOtherSolvesInAResult) {
             solver.setLinear(sample.c);
             other.setLinear(sample.c);
             solver.solve(into);
-            expectSameResult(into, other.solve());
+            expectSameBits(into, other.solve());
             ++met[into.status];
         }
     }

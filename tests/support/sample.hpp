@@ -12,7 +12,7 @@ namespace activeset::test {
 /// H (n × n) and A (m × n) are stored column by column; an empty part is absent.
 struct Sample {
     std::size_t n = 0, m = 0;
-    std::vector<double> H, c, A, rowLower, rowUpper, lower, upper, start;
+    std::vector<double> H{}, c{}, A{}, rowLower{}, rowUpper{}, lower{}, upper{}, start{};
 
     [[nodiscard]] activeset::Problem view() const {
         activeset::Problem problem{.c = c, .rowLower = rowLower, .rowUpper = rowUpper};
