@@ -11,8 +11,9 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr double ExactResidual = 1e-13;   // a residual in proportion that rounding leaves
-constexpr double FeasibleSide = 0x1p-49;  // the same of sides
+constexpr double ExactResidual = 1e-13;    // a residual in proportion that rounding leaves
+constexpr double FirstResidual = 0x1p-45;  // of a point that needs no correction
+constexpr double FeasibleSide = 0x1p-49;   // the same of sides
 constexpr double LevelGradient = 0x1p-49;
 constexpr std::size_t MostCorrections = 3;
 constexpr int MostProofs = 4;  // that are tried after holding what was missed
@@ -20,13 +21,13 @@ constexpr int MostProofs = 4;  // that are tried after holding what was missed
 }  // namespace
 
 bool SmallProblem::isWellConditioned() const {
-    constexpr double LeastTrustedPivot = 1e-4;  // in proportion to the largest entry of H
+    constexpr double LeastTrustedPivot = 1e-2;  // in proportion to the largest entry of H
     constexpr double LeastTrustedPart = 1e-2;
     return extent_.leastPivot >= LeastTrustedPivot * extent_.H &&
            dual_.leastPart() >= LeastTrustedPart;
 }
 
-// Corrects the point until it is exact. That of kept factors may be exact as it is.
+// Corrects the point until it is exact, if it is not so as it is.
 SmallProblem::Proof SmallProblem::proveOptimum(const Problem& problem,
                                                double tolerance,
                                                SmallRefinement& refinement,
@@ -36,19 +37,19 @@ SmallProblem::Proof SmallProblem::proveOptimum(const Problem& problem,
     refinement.begin();
     Judgement judgement;
     std::size_t corrections = 0;
-    const auto isExact = [&] {
+    const auto isExact = [&](double residual) {
         judgement = judge(memory_, extent_, problem.constant);
-        return judgement.certificate.holds(ExactResidual) &&
+        return judgement.certificate.holds(residual) &&
                judgement.certificate.primal.relative <= FeasibleSide;
     };
-    bool isDone =
-        mayBeExact && refinement.areRowsMet(FeasibleSide) && isExact() && !judgement.isDelicate;
+    bool isDone = mayBeExact && refinement.areRowsMet(FeasibleSide) && isExact(FirstResidual) &&
+                  !judgement.isDelicate;
     // The way by ρI has left fewer digits.
     const std::size_t least = !extent_.isProximal() ? 1 : extent_.isLinear() ? 2 : MostCorrections;
     while (!isDone) {
         refinement.correct();
         ++corrections;
-        isDone = (isExact() && corrections >= least) || corrections == MostCorrections;
+        isDone = (isExact(ExactResidual) && corrections >= least) || corrections == MostCorrections;
     }
     const Certificate& certificate = judgement.certificate;
     const double missed = certificate.primal.relative;
@@ -73,7 +74,7 @@ bool SmallProblem::proveDual(const Problem& problem,
                              double tolerance,
                              Control& control,
                              Result& result) {
-    bool mayBeExact = isSetKept_ && isWellConditioned();
+    bool mayBeExact = isWellConditioned();
     Proof proof = Proof::Missed;
     for (int round = 0; round < MostProofs && proof == Proof::Missed; ++round) {
         if (round > 0 && !dual_.holdMissed(FeasibleSide) &&

@@ -130,11 +130,11 @@ Judgement judge(SmallMemory& m, const SmallExtent& extent, double constant) {
     const double floor = extent.isProximal() ? 0.0 : extent.H * farthest;
     Judgement judgement;
     judgeSides(m, extent, units, judgement);
-    const SmallGradientProof gradient =
-        kernels.weighGradient(gradientOf(m),
-                              {GradientRounding, RoundingOfOthers, SumRounding, floor,
-                               std::min(1.0, units.gradient), variable, farthest, Infinity},
-                              shape.head());
+    const SmallGradientProof gradient = kernels.weighGradient(
+        gradientOf(m),
+        {GradientRounding, RoundingOfOthers, SumRounding, floor, std::min(1.0, units.gradient),
+         variable, std::max(largest, units.variable), Infinity},
+        shape.head());
     TwoSum quadratic;
     quadratic.rest = gradient.rest;
     judgement.certificate.dual = gradient.isSound ? Residual{gradient.absolute, gradient.relative}
