@@ -146,6 +146,38 @@ TEST_F(SmallProblems, AreNotBoundedOrConvexByTheProximalTerm) {
     EXPECT_EQ(solve({.H = MatrixView(nullptr, 0, 2), .c = slope}).status, Status::Invalid);
 }
 
+/// More rows than variables meet in the optimum, but for the rounding of their sides: where they
+/// are looked at closely, they are a crowd of vertices, of which one is optimal.
+TEST_F(SmallProblems, FindTheVertexThatRoundedSidesLeave) {
+    constexpr std::size_t N = 24;
+    constexpr std::size_t M = 72;
+    SmallProblem solver;
+    int solved = 0;
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937_64 random(seed);
+        std::normal_distribution<double> number;
+        Sample sample{.n = N, .m = M, .H = Numbers(N * N), .c = Numbers(N), .A = Numbers(M * N)};
+        std::ranges::generate(sample.A, [&] { return number(random); });
+        sample.rowLower.assign(M, -Infinity);
+        sample.lower.assign(N, -Infinity);
+        sample.upper.assign(N, Infinity);
+        for (std::size_t i = 0; i < M; ++i) {
+            sample.A[i] = -1.0 - std::abs(sample.A[i]);  // so that a way leads inside
+            double value = 0.0;
+            for (std::size_t j = 0; j < N; ++j) {
+                value += sample.entryOfA(i, j) * std::sin(1.0 + static_cast<double>(j));
+                sample.c[j] -= i < N + N / 2 ? sample.entryOfA(i, j) : 0.0;
+            }
+            sample.rowUpper.push_back(value + 1e-14 * number(random));
+        }
+        const std::optional<Result> small = solveSmall(solver, sample.view());
+        solved += small ? 1 : 0;
+        EXPECT_EQ(small ? exact::falseClaim(sample, *small) : "", "");
+    }
+    EXPECT_GE(solved, 18);
+}
+
 /// The weights of later costs are others, and so are the images. Answers do not depend on what came
 /// before.
 TEST_F(SmallProblems, MayBeLinearWithCostsThatJump) {

@@ -33,9 +33,9 @@ public:
     /// the equalities are others.
     [[nodiscard]] bool beginAgain();
     [[nodiscard]] End minimise(Control& control);
-    /// The same from memory.x, where the images are those of ρI. False where that is the minimum
-    /// already, or there is none.
-    [[nodiscard]] bool goesOn(Control& control);
+    /// The same from the refined point in the memory, as exact as that is, until nothing is missed
+    /// by more than this, in proportion to terms. False where nothing is, or there is no minimum.
+    [[nodiscard]] bool settleAround(double tolerance, Control& control);
 
     /// Gives up where more members come and go, from the next beginning on.
     void limitChanges(std::size_t most) { mostChanges_ = most; }
@@ -104,6 +104,7 @@ private:
     [[nodiscard]] bool isSettled(const SmallViolation& worst);
     [[nodiscard]] End pullUntilSettled(Control& control);
     [[nodiscard]] End pull(std::size_t i);
+    void moveSides(double tolerance);
     void move(double step, bool isDependent);
 
     /// How far a newcomer's multiplier grows, and what happens then.

@@ -1,6 +1,7 @@
 // What the dual method of the small road does about sides that the refined point misses.
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "frontend/predict/small_dual.hpp"
 
@@ -48,15 +49,44 @@ bool SmallDual::holdMissed(double tolerance) {
     return factor_.size() > before;
 }
 
-// The point of memory.x has more digits than z, whose terms are larger by 1/ρ and cancel.
-bool SmallDual::goesOn(Control& control) {
+// In place of x stands how far it is from the point of memory.x, and sides lose the values there.
+// So all that is small has as many digits as any number.
+bool SmallDual::settleAround(double tolerance, Control& control) {
+    const std::size_t count = m_.shape.constraints();
     const std::size_t before = steps_;
-    const std::size_t leading = m_.shape.height() + m_.shape.head();
-    size_ = 0.0;
-    for (std::size_t j = 0; j < m_.shape.n; ++j) {
-        m_.z[j] = m_.x[j] * m_.images[j * (leading + 1)];
+    std::vector<double> saved;
+    const auto sides = {m_.lower, m_.upper, m_.lowest, m_.highest};
+    for (const double* array : sides) {
+        saved.insert(saved.end(), array, array + count);
     }
-    return pullUntilSettled(control) == End::Optimal && steps_ > before;
+    moveSides(0.5 * tolerance);
+    std::fill_n(m_.z, m_.shape.head(), 0.0);
+    size_ = 0.0;
+    const End end = pullUntilSettled(control);
+    auto from = saved.begin();
+    for (double* array : sides) {
+        std::copy_n(from, count, array);
+        from += static_cast<std::ptrdiff_t>(count);
+    }
+    std::copy_n(m_.x, m_.shape.head(), m_.values + m_.shape.rows());
+    return end == End::Optimal && steps_ > before;
+}
+
+// NOLINTNEXTLINE(readability-make-member-function-const): it writes the memory
+void SmallDual::moveSides(double tolerance) {
+    const std::size_t rows = m_.shape.rows();
+    for (std::size_t i = 0; i < m_.shape.constraints(); ++i) {
+        const std::size_t row = m_.shape.head() + i;
+        const double value = i < rows ? m_.products.value[row] : m_.x[i - rows];
+        const double rest = i < rows ? m_.products.rest[row] : 0.0;
+        const double scale = i < rows ? m_.products.scale[row] : std::abs(value);
+        const double below = tolerance * (scale + std::abs(m_.lower[i]));
+        const double above = tolerance * (scale + std::abs(m_.upper[i]));
+        m_.lower[i] = (m_.lower[i] - value) - rest;
+        m_.upper[i] = (m_.upper[i] - value) - rest;
+        m_.lowest[i] = m_.lower[i] - below;
+        m_.highest[i] = m_.upper[i] + above;
+    }
 }
 
 }  // namespace activeset::frontend
