@@ -5,6 +5,7 @@
 
 #include "frontend/generator.hpp"
 #include "frontend/proof/certificate.hpp"
+#include "frontend/proof/farkas.hpp"
 #include "support/fixture.hpp"
 
 namespace activeset::test {
@@ -32,7 +33,19 @@ Result solveGenerally(const Problem& problem) {
 void expectAgreement(const Sample& sample, const Result& small, const Result& general) {
     ASSERT_EQ(small.status, general.status);
     EXPECT_EQ(exact::falseClaim(sample, small), "");
+    // The proofs agree with those computed from the caller's data.
+    const frontend::ProblemData data = frontend::copyOf(sample.view());
+    const frontend::Judgement judgement = frontend::judge(data, {small.x, small.y, small.z});
+    const Certificate& said = small.certificate;
+    const Certificate& found = judgement.certificate;
+    EXPECT_NEAR(said.primal.relative, found.primal.relative,
+                std::max(1e-17, 1e-15 * found.primal.relative));
+    EXPECT_NEAR(said.dual.relative, found.dual.relative, 1e-14);
     if (small.status == Status::Infeasible) {
+        const Farkas farkas = frontend::judgeFarkas(data, small.farkas->y);
+        EXPECT_EQ(small.farkas->value, farkas.value);
+        EXPECT_EQ(small.farkas->residual.absolute, farkas.residual.absolute);
+        EXPECT_EQ(small.farkas->radius, farkas.radius);
         // The loop ends at the nearest point where its prediction is no proof.
         if (general.iterations.phaseOne == 0) {
             EXPECT_EQ(small.x, general.x);
@@ -41,13 +54,6 @@ void expectAgreement(const Sample& sample, const Result& small, const Result& ge
     }
     EXPECT_NEAR(small.objective, general.objective, 1e-9 * (1.0 + std::abs(general.objective)));
     EXPECT_TRUE(small.wasPredicted);
-    // The certificate agrees with one computed from the caller's data.
-    const frontend::Judgement judgement =
-        frontend::judge(frontend::copyOf(sample.view()), {small.x, small.y, small.z});
-    const Certificate& said = small.certificate;
-    const Certificate& found = judgement.certificate;
-    EXPECT_NEAR(said.primal.relative, found.primal.relative, 1e-17);
-    EXPECT_NEAR(said.dual.relative, found.dual.relative, 1e-14);
     // Its rounding bound is wider, but not that of free variables without curvature.
     const double share = small.iterations.proximal > 0 ? 1.5 : 1.0;
     EXPECT_LE(found.gap.relative, share * said.gap.relative + 1e-14);

@@ -150,6 +150,18 @@ SmallMatrix imagesOf(const SmallMemory& memory) {
 
 }  // namespace
 
+double SmallExtent::mostTold() const {
+    return std::max({bounds, ratio(rowSides, A), ratio(c, H)});
+}
+
+double SmallExtent::leastTold() const {
+    double least = Infinity;
+    for (const double size : {bounds, ratio(rowSides, A), ratio(c, H)}) {
+        least = size > 0.0 ? std::min(least, size) : least;
+    }
+    return least < Infinity ? std::max(1.0, least) : 1.0;
+}
+
 bool areShapesRight(const Problem& problem) {
     const std::size_t n = variablesOf(problem);
     const std::size_t m = problem.A.rows();

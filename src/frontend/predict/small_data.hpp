@@ -19,6 +19,10 @@ struct SmallExtent {
 
     [[nodiscard]] bool isLinear() const { return H == 0.0; }
     [[nodiscard]] bool isProximal() const { return weight > 0.0; }
+    /// The largest size of variables that a part of the problem tells, 0 where none does.
+    [[nodiscard]] double mostTold() const;
+    /// The least one, but at least 1.
+    [[nodiscard]] double leastTold() const;
 };
 
 /// A pivot of H that is not above this times its diagonal entry is not safely positive.

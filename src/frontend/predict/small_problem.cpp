@@ -221,7 +221,7 @@ bool SmallProblem::minimise(const Problem& problem,
     const SmallDual::End end = dual_.minimise(control);
     const double begin = control.seconds();
     const bool isProved = end == SmallDual::End::Contradiction
-                              ? writeContradiction(problem, start, memory_, dual_, result)
+                              ? writeContradiction(problem, start, extent_, memory_, dual_, result)
                               : end == SmallDual::End::Optimal &&
                                     proveDual(problem, settings.tolerance, control, result);
     if (isProved) {

@@ -8,6 +8,7 @@
 
 #include "frontend/algebra/largest.hpp"
 #include "frontend/predict/small_sum.hpp"
+#include "frontend/proof/gradient_weight.hpp"
 
 namespace activeset::frontend {
 
@@ -36,15 +37,14 @@ private:
     bool isSound_ = true;
 };
 
-struct Units {
+struct Sizes {
     double variable = 1.0;
     double gradient = 1.0;
 };
 
-Units unitsOf(const SmallExtent& extent, double largest) {
-    const double told =
-        std::max({extent.bounds, ratio(extent.rowSides, extent.A), ratio(extent.c, extent.H)});
-    Units units;
+Sizes unitsOf(const SmallExtent& extent, double largest) {
+    const double told = extent.mostTold();
+    Sizes units;
     units.variable = told > 0.0 ? std::max(told, largest) : 1.0;
     const double slope = std::max(extent.c, extent.H * units.variable);
     units.gradient = slope > 0.0 ? slope : 1.0;
@@ -59,10 +59,9 @@ double unitOfRow(const SmallMemory& m, std::size_t i, double otherwise) {
     return largest > 0.0 ? largest : otherwise;
 }
 
-// What rounding x and y leaves of an entry of the gradient, in proportion to its terms, and of one
-// with tiny terms, in proportion to those of others.
-constexpr double GradientRounding = 4.0 * std::numeric_limits<double>::epsilon();
-constexpr double RoundingOfOthers = 2.0 * GradientRounding;
+// What rounding x and y leaves of an entry of the gradient with tiny terms, in proportion to those
+// of others.
+constexpr double RoundingOfOthers = 8.0 * std::numeric_limits<double>::epsilon();
 // What the sums may miss, in proportion to their terms: those of short steps are formed in doubles.
 constexpr double SumRounding = 1e-21;
 
@@ -74,7 +73,7 @@ double sideMissed(const SmallMemory& m, std::size_t i, double value, double rest
 }
 
 /// What rows and bounds miss, and whether that is delicate.
-void judgeSides(SmallMemory& m, const SmallExtent& extent, const Units& units, Judgement& all) {
+void judgeSides(SmallMemory& m, const SmallExtent& extent, const Sizes& units, Judgement& all) {
     const SmallShape& shape = m.shape;
     const SmallKernels& kernels = m.kernels;
     Largest largest;
@@ -123,7 +122,7 @@ Judgement judge(SmallMemory& m, const SmallExtent& extent, double constant) {
     const SmallShape& shape = m.shape;
     const SmallKernels& kernels = m.kernels;
     const double largest = kernels.largest(m.x, shape.head());
-    const Units units = unitsOf(extent, largest);
+    const Sizes units = unitsOf(extent, largest);
     const double variable = std::min(1.0, units.variable);
     const double farthest = std::max(largest, variable);
     // Where no curvature may end a slope, it is in proportion to its own terms.

@@ -7,10 +7,12 @@
 #include <optional>
 #include <utility>
 
+#include "frontend/predict/small_proof.hpp"
 #include "frontend/problem/constraints.hpp"
 #include "frontend/proof/farkas.hpp"
 #include "frontend/proof/gap_correction.hpp"
-#include "frontend/proof/units.hpp"
+#include "frontend/proof/gradient_weight.hpp"
+#include "frontend/proof/sides_sum.hpp"
 
 namespace activeset::frontend {
 
@@ -57,27 +59,75 @@ void writeWorkingSet(SmallMemory& m, std::size_t size, WorkingSet& set) {
     list(m, shape.rows(), shape.n, set.fixed, set.atLower, set.atUpper);
 }
 
-Vector startOf(const Problem& problem, const WarmStart& start, const ProblemData& data) {
-    Vector x(data.n, 0.0);
-    std::copy_n(start.x.begin(), std::min(data.n, start.x.size()), x.begin());
+// memory.x := the point where the solve began, between the bounds, or as near to zero as they
+// allow.
+void setStart(const Problem& problem, const WarmStart& start, SmallMemory& m) {
+    const std::size_t n = m.shape.n;
+    std::fill_n(m.x, m.shape.head(), 0.0);
+    std::copy_n(start.x.begin(), std::min(n, start.x.size()), m.x);
     if (start.x.empty() && problem.warmStart == nullptr && !problem.start.empty()) {
-        std::copy_n(problem.start.data(), data.n, x.begin());
+        std::copy_n(problem.start.data(), n, m.x);
     }
-    for (std::size_t j = 0; j < data.n; ++j) {
-        x[j] = std::isfinite(x[j]) ? x[j] : 0.0;
-        x[j] = std::min(std::max(x[j], data.lower[j]), data.upper[j]);
+    for (std::size_t j = 0; j < n; ++j) {
+        const std::size_t i = m.shape.rows() + j;
+        const double x = std::isfinite(m.x[j]) ? m.x[j] : 0.0;
+        m.x[j] = std::min(std::max(x, m.lower[i]), m.upper[i]);
     }
-    return x;
+}
+
+// memory.multipliers := those by which bounds balance the gradient at the point, none of rows; the
+// memory gets the sums of both.
+void setBoundMultipliers(SmallMemory& m) {
+    const SmallShape& shape = m.shape;
+    m.kernels.exactProduct(m.stack(), m.x, m.products);
+    for (double* const sums : {m.pull.value, m.pull.rest, m.pull.scale}) {
+        std::fill_n(sums, shape.head(), 0.0);
+    }
+    std::fill_n(m.multipliers, shape.constraints(), 0.0);
+    for (std::size_t j = 0; j < shape.n; ++j) {
+        const std::size_t i = shape.rows() + j;
+        const double force = m.products.value[j] + m.c[j];
+        const bool isRounding =
+            std::abs(force) <= GradientRounding * (m.products.scale[j] + std::abs(m.c[j]));
+        m.multipliers[i] = isRounding ? 0.0 : projected(-force, m.lower[i], m.upper[i]);
+    }
 }
 
 // The test that all predicted contradictions have to pass.
-std::optional<Farkas> provedContradiction(const ProblemData& data, Vector y) {
-    Farkas farkas = judgeFarkas(data, std::move(y));
-    const double size = leastSize(data);
-    if (!holds(farkas, FarkasTolerance, size) || !(farkas.radius >= PredictedRadius * size)) {
-        return std::nullopt;
+std::optional<Farkas> provedContradiction(const SmallExtent& extent,
+                                          const SmallMemory& m,
+                                          Vector y) {
+    const SmallShape& shape = m.shape;
+    const double told = extent.mostTold();
+    const ConstraintsView problem{{m.data + shape.head(), shape.m, shape.n, shape.height()},
+                                  m.lower,
+                                  m.upper,
+                                  m.lower + shape.rows(),
+                                  m.upper + shape.rows(),
+                                  told > 0.0 ? told : 1.0};
+    std::optional<Farkas> farkas =
+        judgeFarkas(problem, {m.pull.value, m.pull.rest, m.pull.scale}, std::move(y));
+    const double size = extent.leastTold();
+    if (!holds(*farkas, FarkasTolerance, size) || !(farkas->radius >= PredictedRadius * size)) {
+        farkas.reset();
     }
     return farkas;
+}
+
+/// −Σ p_k·member_k and the newcomer, whose multiplier is 1, of the rows.
+Vector multipliersOf(const SmallMemory& m, const SmallDual& dual) {
+    Vector y(m.shape.m, 0.0);
+    const double unit = m.inverseNorm[dual.newcomer()];
+    const auto set = [&](std::size_t i, double value) {
+        if (i < m.shape.m) {
+            y[i] = value * (m.inverseNorm[i] / unit);
+        }
+    };
+    set(dual.newcomer(), dual.newcomersSign());
+    for (std::size_t k = 0; k < dual.factor().size(); ++k) {
+        set(dual.constraintOf(k), -m.sign[k] * m.p[k]);
+    }
+    return y;
 }
 
 /// Resets what the functions below do not write. x, y, z and the working set keep their memory.
@@ -95,10 +145,11 @@ void clear(Result& result) {
     result.factors.reset();
 }
 
-void take(Result& result, Point point, const Judgement& judgement) {
-    result.x = std::move(point.x);
-    result.y = std::move(point.y);
-    result.z = std::move(point.z);
+void writePoint(const SmallMemory& m, const Judgement& judgement, Result& result) {
+    const double* const z = m.multipliers + m.shape.rows();
+    result.x.assign(m.x, m.x + m.shape.n);
+    result.y.assign(m.multipliers, m.multipliers + m.shape.m);
+    result.z.assign(z, z + m.shape.n);
     result.objective = judgement.objective;
     result.certificate = judgement.certificate;
 }
@@ -110,17 +161,11 @@ void writeOptimum(const Problem& problem,
                   bool isSetWanted,
                   Result& result) {
     SmallMemory& memory = optimum.memory;
-    const SmallShape& shape = memory.shape;
-    const double* const z = memory.multipliers + shape.rows();
     const bool isBalanced = !(optimum.judgement.certificate.gap.absolute > LargeGap);
     clear(result);
     result.status = Status::Optimal;
     result.wasPredicted = true;
-    result.x.assign(memory.x, memory.x + shape.n);
-    result.y.assign(memory.multipliers, memory.multipliers + shape.m);
-    result.z.assign(z, z + shape.n);
-    result.objective = optimum.judgement.objective;
-    result.certificate = optimum.judgement.certificate;
+    writePoint(memory, optimum.judgement, result);
     if (isSetWanted || !isBalanced) {
         writeWorkingSet(memory, optimum.size, result.workingSet);
     }
@@ -128,29 +173,21 @@ void writeOptimum(const Problem& problem,
         Judgement best = optimum.judgement;
         Point point{std::move(result.x), std::move(result.y), std::move(result.z)};
         correctGap(copyOf(problem), result.workingSet, optimum.tolerance, point, best);
-        take(result, std::move(point), best);
+        result.x = std::move(point.x);
+        result.y = std::move(point.y);
+        result.z = std::move(point.z);
+        result.objective = best.objective;
+        result.certificate = best.certificate;
     }
 }
 
 bool writeContradiction(const Problem& problem,
                         const WarmStart& start,
-                        const SmallMemory& memory,
+                        const SmallExtent& extent,
+                        SmallMemory& m,
                         const SmallDual& dual,
                         Result& result) {
-    const SmallShape& shape = memory.shape;
-    Vector y(shape.m, 0.0);
-    const double unit = memory.inverseNorm[dual.newcomer()];  // so that the newcomer counts as 1
-    const auto set = [&](std::size_t i, double value) {
-        if (i < shape.m) {
-            y[i] = value * (memory.inverseNorm[i] / unit);
-        }
-    };
-    set(dual.newcomer(), dual.newcomersSign());
-    for (std::size_t k = 0; k < dual.factor().size(); ++k) {
-        set(dual.constraintOf(k), -memory.sign[k] * memory.p[k]);
-    }
-    const ProblemData data = copyOf(problem);
-    std::optional<Farkas> farkas = provedContradiction(data, std::move(y));
+    std::optional<Farkas> farkas = provedContradiction(extent, m, multipliersOf(m, dual));
     if (!farkas) {
         return false;
     }
@@ -159,11 +196,11 @@ bool writeContradiction(const Problem& problem,
     result.farkas = std::move(farkas);
     result.workingSet.clear();
     if (start.workingSet.size() != 0) {
-        result.workingSet = Constraints(data, start.workingSet).workingSet();
+        result.workingSet = Constraints(copyOf(problem), start.workingSet).workingSet();
     }
-    Point point{startOf(problem, start, data), Vector(data.m, 0.0), Vector(data.n, 0.0)};
-    const Judgement judgement = judge(data, point);
-    take(result, std::move(point), judgement);
+    setStart(problem, start, m);
+    setBoundMultipliers(m);
+    writePoint(m, judge(m, extent, problem.constant), result);
     result.objective = std::numeric_limits<double>::quiet_NaN();
     return true;
 }

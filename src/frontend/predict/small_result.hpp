@@ -2,6 +2,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_RESULT_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_RESULT_HPP
 
+#include "frontend/predict/small_data.hpp"
 #include "frontend/predict/small_dual.hpp"
 #include "frontend/proof/certificate.hpp"
 
@@ -27,7 +28,8 @@ void writeOptimum(const Problem& problem,
 /// False where it is not proved.
 [[nodiscard]] bool writeContradiction(const Problem& problem,
                                       const WarmStart& start,
-                                      const SmallMemory& memory,
+                                      const SmallExtent& extent,
+                                      SmallMemory& memory,
                                       const SmallDual& dual,
                                       Result& result);
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "frontend/algebra/dense.hpp"
@@ -18,11 +19,22 @@ namespace {
 
 constexpr double InsignificantValue = 1e-12;  // a value, in proportion to its terms
 
-void multiply(Vector& values, double factor) {
-    for (double& value : values) {
-        value *= factor;
+/// Σ a·b as value + rest, wrong by at most boundOfRounding(). Unlike DoubleDouble it adds what is
+/// lost in doubles, so that a term need not wait for the one before.
+struct SumOfProducts {
+    double value = 0.0;
+    double rest = 0.0;
+    double scale = 0.0;  ///< of the magnitudes of the terms
+
+    void add(double a, double b) {
+        const DoubleDouble product = DoubleDouble::product(a, b);
+        const DoubleDouble sum = DoubleDouble::sum(value, product.value());
+        value = sum.value();
+        rest += sum.rest() + product.rest();
+        scale += std::abs(product.value());
     }
-}
+    [[nodiscard]] double result() const { return value + rest; }
+};
 
 /// The power of two that brings a negative value to −1 or beyond, but not to −2.
 double unitFor(double value) {
@@ -30,80 +42,146 @@ double unitFor(double value) {
     return std::ldexp(1.0, std::clamp(-std::ilogb(value), -Most, Most));
 }
 
-Sum valueOf(const ProblemData& data, const Vector& y, const Vector& z) {
-    Sum value;
-    addSides(value, y, data.rowLower, data.rowUpper);
-    addSides(value, z, data.lower, data.upper);
+class Judge {
+public:
+    Judge(const ConstraintsView& problem, const SumsView& sums, Farkas& farkas)
+        : problem_(problem), sums_(sums), farkas_(farkas) {}
+
+    /// Of farkas.y; chooses z.
+    void judge();
+
+private:
+    [[nodiscard]] std::size_t n() const { return problem_.A.cols; }
+    [[nodiscard]] std::size_t m() const { return problem_.A.rows; }
+    void formSums() { exactTransposedProduct(problem_.A, farkas_.y.data(), sums_); }
+    void chooseBounds();
+    [[nodiscard]] SumOfProducts value() const;
+    void scaleBy(double factor);
+    [[nodiscard]] double sizeOfRow(std::size_t i) const;
+    [[nodiscard]] double size() const;
+    void measure(double slack);
+
+    const ConstraintsView& problem_;
+    const SumsView& sums_;  // Aᵀy
+    Farkas& farkas_;
+};
+
+// What bounds can take of −Aᵀy.
+void Judge::chooseBounds() {
+    farkas_.z.resize(n());
+    for (std::size_t j = 0; j < n(); ++j) {
+        farkas_.z[j] = projected(-sums_.value[j], problem_.lower[j], problem_.upper[j]);
+    }
+}
+
+SumOfProducts Judge::value() const {
+    SumOfProducts value;
+    const auto add = [&](const Vector& multipliers, const double* lower, const double* upper) {
+        for (std::size_t k = 0; k < multipliers.size(); ++k) {
+            if (multipliers[k] != 0.0) {
+                value.add(multipliers[k], multipliers[k] > 0.0 ? upper[k] : lower[k]);
+            }
+        }
+    };
+    add(farkas_.y, problem_.rowLower, problem_.rowUpper);
+    add(farkas_.z, problem_.lower, problem_.upper);
     return value;
 }
 
-/// The size of the multipliers. A row counts by its entries, or by its side in proportion to
-/// variables of natural size.
-double sizeOf(const ProblemData& data, const Farkas& farkas) {
-    const double variable = Units(data, {}).variable;
-    double size = largestMagnitude(farkas.z);
-    for (std::size_t i = 0; i < data.m; ++i) {
-        const double y = farkas.y[i];
-        if (y != 0.0) {
-            const double side = std::abs(y > 0.0 ? data.rowUpper[i] : data.rowLower[i]);
-            size =
-                std::max(size, std::abs(y) * std::max(largestEntryOfRow(data, i), side / variable));
+void Judge::scaleBy(double factor) {
+    for (Vector* const multipliers : {&farkas_.y, &farkas_.z}) {
+        for (double& multiplier : *multipliers) {
+            multiplier *= factor;
+        }
+    }
+    formSums();
+}
+
+// A row counts by its entries, or by its side in proportion to variables of natural size.
+double Judge::sizeOfRow(std::size_t i) const {
+    const double side = farkas_.y[i] > 0.0 ? problem_.rowUpper[i] : problem_.rowLower[i];
+    double size = std::abs(side) / problem_.variable;
+    for (std::size_t j = 0; j < n(); ++j) {
+        size = std::max(size, std::abs(problem_.A.data[j * problem_.A.ld + i]));
+    }
+    return size;
+}
+
+/// The size of the multipliers.
+double Judge::size() const {
+    double size = largestMagnitude(farkas_.z);
+    for (std::size_t i = 0; i < m(); ++i) {
+        if (farkas_.y[i] != 0.0) {
+            size = std::max(size, std::abs(farkas_.y[i]) * sizeOfRow(i));
         }
     }
     return size;
 }
 
 /// Forms the residual of Aᵀy + z, and from what bounds do not take up the radius.
-void measure(const ProblemData& data, const std::vector<Sum>& sums, double slack, Farkas& farkas) {
+void Judge::measure(double slack) {
+    const double rounding = InsignificantValue + std::numeric_limits<double>::epsilon() *
+                                                     static_cast<double>(n());  // of `taken`
     double unbounded = 0.0;
-    Sum taken;
-    for (std::size_t j = 0; j < data.n; ++j) {
-        const Extended rest = sums[j].value + farkas.z[j];
-        const double residual = magnitude(rest) + roundingOf(sums[j], data.m + 1);
-        farkas.residual.absolute = std::max(farkas.residual.absolute, magnitude(rest));
+    double taken = 0.0;
+    for (std::size_t j = 0; j < n(); ++j) {
+        const Extended rest = Extended(sums_.value[j], sums_.rest[j]) + farkas_.z[j];
+        const double error = boundOfRounding(m() + 1, sums_.scale[j]);
+        const double residual = magnitude(rest) + error;
+        farkas_.residual.absolute = std::max(farkas_.residual.absolute, magnitude(rest));
         // Rounding may have changed the sign.
-        const bool isSure = magnitude(rest) > roundingOf(sums[j], data.m + 1);
-        const double lower = std::abs(data.lower[j]);
-        const double upper = std::abs(data.upper[j]);
+        const bool isSure = magnitude(rest) > error;
+        const double lower = std::abs(problem_.lower[j]);
+        const double upper = std::abs(problem_.upper[j]);
         const double bound = !isSure ? std::max(lower, upper) : rest > 0 ? lower : upper;
         if (bound < Infinity) {
-            taken.add(Extended(residual) * bound);
+            taken += residual * bound;
         } else {
             unbounded = std::max(unbounded, residual);
         }
     }
-    slack -= static_cast<double>(taken.value) * (1.0 + InsignificantValue);
-    farkas.radius = !(slack > 0.0) ? 0.0 : unbounded > 0.0 ? slack / unbounded : Infinity;
+    slack -= taken * (1.0 + rounding);
+    farkas_.radius = !(slack > 0.0) ? 0.0 : unbounded > 0.0 ? slack / unbounded : Infinity;
+}
+
+void Judge::judge() {
+    formSums();
+    chooseBounds();
+    const double before = value().result();
+    if (before < 0.0 && before > -Infinity) {
+        scaleBy(unitFor(before));
+    }
+    const SumOfProducts sides = value();
+    const double weight = sides.result();
+    if (weight < -InsignificantValue * sides.scale) {
+        farkas_.value = weight;
+        measure(-weight - boundOfRounding(n() + m(), sides.scale));
+    }
+    const double all = size();
+    farkas_.residual.relative = all > 0.0 ? farkas_.residual.absolute / all : 0.0;
 }
 
 }  // namespace
 
-Farkas judgeFarkas(const ProblemData& data, Vector y) {
+Farkas judgeFarkas(const ConstraintsView& problem, const SumsView& sums, Vector y) {
+    for (std::size_t i = 0; i < y.size(); ++i) {
+        y[i] = projected(y[i], problem.rowLower[i], problem.rowUpper[i]);
+    }
     Farkas farkas;
-    project(y, data.rowLower, data.rowUpper);
-    std::vector<Sum> sums = transposedSums(data, y);
-    Vector z(data.n, 0.0);
-    for (std::size_t j = 0; j < data.n; ++j) {
-        z[j] = projected(-static_cast<double>(sums[j].value), data.lower[j], data.upper[j]);
-    }
-    const Sum before = valueOf(data, y, z);
-    if (before.value < 0 && static_cast<double>(before.value) > -Infinity) {
-        const double unit = unitFor(static_cast<double>(before.value));
-        multiply(y, unit);
-        multiply(z, unit);
-        sums = transposedSums(data, y);
-    }
     farkas.y = std::move(y);
-    farkas.z = std::move(z);
-    const Sum value = valueOf(data, farkas.y, farkas.z);
-    const auto weight = static_cast<double>(value.value);
-    if (weight < -InsignificantValue * value.scale) {
-        farkas.value = weight;
-        measure(data, sums, -weight - roundingOf(value, data.n + data.m), farkas);
-    }
-    const double size = sizeOf(data, farkas);
-    farkas.residual.relative = size > 0.0 ? farkas.residual.absolute / size : 0.0;
+    Judge(problem, sums, farkas).judge();
     return farkas;
+}
+
+Farkas judgeFarkas(const ProblemData& data, Vector y) {
+    Vector sums(3 * data.n);
+    return judgeFarkas({{data.A.data(), data.m, data.n, data.m},
+                        data.rowLower.data(),
+                        data.rowUpper.data(),
+                        data.lower.data(),
+                        data.upper.data(),
+                        Units(data, {}).variable},
+                       {sums.data(), sums.data() + data.n, sums.data() + 2 * data.n}, std::move(y));
 }
 
 bool holds(const Farkas& farkas, double tolerance, double variable) {

@@ -2,6 +2,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_FARKAS_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_FARKAS_HPP
 
+#include "frontend/algebra/exact_products.hpp"
 #include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
@@ -12,8 +13,21 @@ inline constexpr double FarkasTolerance = 1e-9;
 /// equations that may be nearly singular.
 inline constexpr double PredictedRadius = 1e12;
 
+/// The constraints of a problem where they lie: A is m × n, absent sides are infinite.
+struct ConstraintsView {
+    ColumnMajor A;
+    const double* rowLower;
+    const double* rowUpper;
+    const double* lower;
+    const double* upper;
+    double variable;  ///< the size of variables that the data tell
+};
+
 /// Σ y⁺·rowUpper − … brought near −1 by a power of two, the residual of Aᵀy + z and the radius, of
 /// the vectors that are returned. z is chosen: what bounds can take of −Aᵀy.
+///
+/// @param sums  room for n of them; scratch
+[[nodiscard]] Farkas judgeFarkas(const ConstraintsView& problem, const SumsView& sums, Vector y);
 [[nodiscard]] Farkas judgeFarkas(const ProblemData& data, Vector y);
 /// Whether they prove it for all points up to far more than the size `variable`.
 [[nodiscard]] bool holds(const Farkas& farkas, double tolerance, double variable = 1.0);
