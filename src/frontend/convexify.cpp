@@ -42,9 +42,10 @@ Result solveConvexified(ProblemCache& problem,
                         const WorkingSet& set,
                         const Settings& settings,
                         Control& control) {
-    const double shift = problem.hessianShift(control);
-    const bool isShifted =
-        shift > 0.0 && relativeShift(problem.user, shift) <= settings.convexityTolerance;
+    const double shift = problem.hessianShift(settings.convexityTolerance, control);
+    // An earlier solve may have allowed for more.
+    const bool isShifted = problem.shifted() != nullptr &&
+                           relativeShift(problem.user, shift) <= settings.convexityTolerance;
     ProblemCache& convex = isShifted ? *problem.shifted() : problem;
     Result result = solvePrepared(convex, std::move(x), set, settings, control);
     const auto objective = [&] {

@@ -148,5 +148,21 @@ TEST_F(RoundedConvexity, BeyondTheToleranceTheMessageNamesTheShiftThatWouldDo) {
     }
 }
 
+TEST_F(RoundedConvexity, TheShiftCountsOnlyDirectionsThatTheEqualitiesLeave) {
+    const Numbers H{-1.0, 0.0, 0.0, 0.0, -3.0, 0.0, 0.0, 0.0, -100.0};
+    const Numbers row{1.0, -1.0, 0.0};  // along (1, 1) the curvature is −2
+    const Numbers side{0.0};
+    const Numbers lower{-1.0, -1.0, 1.0};
+    const Numbers upper{1.0, 1.0, 1.0};
+    const Result result = solve({.H = {H, 3, 3},
+                                 .A = {row, 1, 3},
+                                 .rowLower = side,
+                                 .rowUpper = side,
+                                 .lower = lower,
+                                 .upper = upper});
+    EXPECT_EQ(result.status, Status::NotConvex);
+    EXPECT_EQ(result.message, "H is not convex; H + 2.02 I is, which is another problem");
+}
+
 }  // namespace
 }  // namespace activeset::test

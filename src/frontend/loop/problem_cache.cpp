@@ -80,14 +80,20 @@ const Convexity& ProblemCache::convexity() {
     return *convexity_;
 }
 
-double ProblemCache::hessianShift(Control& control) {
+double ProblemCache::hessianShift(double most, Control& control) {
     if (shift_ == 0.0 && convexity().kind == Convexity::None) {
-        ShiftedProblem found = shiftedProblem(*this, control);
+        const double found = sufficientShift(user, convexity().direction, control);
         if (control.mustEnd()) {
             return Infinity;
         }
-        shift_ = found.shift;
-        shifted_ = std::move(found.problem);
+        shift_ = found;
+    }
+    // Scaled, it may be convex by rounding only with more.
+    while (shift_ > 0.0 && shifted_ == nullptr && relativeShift(user, shift_) <= most) {
+        auto candidate = std::make_unique<ProblemCache>(frontend::shifted(user, shift_));
+        const bool isConvex = candidate->convexity().kind != Convexity::None;
+        shifted_ = isConvex ? std::move(candidate) : nullptr;
+        shift_ *= isConvex ? 1.0 : 2.0;
     }
     return shift_;
 }

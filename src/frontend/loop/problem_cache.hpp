@@ -32,8 +32,8 @@ public:
     [[nodiscard]] const Convexity& convexity();
     /// 0 for a convex problem, else a δ with which H + δI is convex; infinite if none was found, or
     /// the control has ended the search.
-    [[nodiscard]] double hessianShift(Control& control);
-    /// The problem with that δ; null for one that is convex.
+    /// @param most  up to this part of ‖H‖_F, shifted() is the problem with that δ
+    [[nodiscard]] double hessianShift(double most, Control& control);
     [[nodiscard]] ProblemCache* shifted() { return shifted_.get(); }
     /// The problem with the proximal weight ρ, or, for ρ = 0, itself; null unless H + ρI is safely
     /// positive definite. The last one with ρ > 0 is kept, and that with ρ = 0.

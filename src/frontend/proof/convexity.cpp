@@ -39,16 +39,31 @@ public:
           equalities_(data),
           qr_(gradientsOf(data, equalities_.rows, equalities_.free)) {}
 
-    /// A direction along which the curvature may be negative; empty if there is none.
-    [[nodiscard]] Vector negativeDirection() const {
-        const Dense H = hessianOf(data_, equalities_.free);
+    [[nodiscard]] ReducedHessian with(const Vector& direction) const {
+        Vector along;
+        for (const std::size_t j : equalities_.free) {
+            along.push_back(direction[j]);
+        }
+        if (equalities_.rows.empty()) {
+            return {hessianOf(data_, equalities_.free), std::move(along)};
+        }
         const Dense basis = qr_.nullSpace();
-        const PivotedCholesky reduced(transposedProduct(basis, product(H, basis)),
-                                      roundingOfCurvature(H.rows, data_.H.largest()));
+        return {reducedBy(basis), transposedProduct(basis, along)};
+    }
+
+    /// A direction along which the curvature may be negative; empty if there is none.
+    /// @param whole  H, factorised
+    [[nodiscard]] Vector negativeDirection(const PivotedCholesky& whole) const {
+        if (equalities_.rows.empty() && equalities_.variables.empty()) {
+            return whole.negativeDirection();
+        }
+        const Dense basis = qr_.nullSpace();
+        const PivotedCholesky reduced(reducedBy(basis),
+                                      roundingOfCurvature(basis.rows, data_.H.largest()));
         if (reduced.negativeDirection().empty()) {
             return {};
         }
-        Vector along(H.rows, 0.0);
+        Vector along(basis.rows, 0.0);
         for (std::size_t k = 0; k < basis.cols; ++k) {
             axpy(reduced.negativeDirection()[k], basis.column(k), along.data(), along.size());
         }
@@ -70,6 +85,9 @@ public:
     }
 
 private:
+    [[nodiscard]] Dense reducedBy(const Dense& basis) const {
+        return transposedProduct(basis, product(hessianOf(data_, equalities_.free), basis));
+    }
     // All n entries, corrected for what rounding makes the equalities miss.
     [[nodiscard]] Vector onEqualities(Vector along) const {
         const auto complete = [&] {
@@ -109,11 +127,15 @@ Convexity convexityOf(const ProblemData& data) {
         return {Convexity::Semidefinite, {}};
     }
     const ReducedCurvature reduced(data);
-    const Vector direction = reduced.negativeDirection();
+    const Vector direction = reduced.negativeDirection(whole);
     if (direction.empty() || !reduced.bendsDown(direction)) {
         return {Convexity::Semidefinite, {}};
     }
     return {Convexity::None, direction};
+}
+
+ReducedHessian reducedHessian(const ProblemData& data, const Vector& direction) {
+    return ReducedCurvature(data).with(direction);
 }
 
 Residual curvature(const ProblemData& data, const Vector& direction) {

@@ -3,6 +3,7 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PROOF_CONVEXITY_HPP
 #define ACTIVESET_SRC_FRONTEND_PROOF_CONVEXITY_HPP
 
+#include "frontend/algebra/dense.hpp"
 #include "frontend/problem/problem_data.hpp"
 
 namespace activeset::frontend {
@@ -21,6 +22,14 @@ struct Convexity {
 /// Says not convex only with a direction that was judged in extended precision: the equalities hold
 /// along it, and the curvature is negative beyond the rounding of ‖H‖·‖d‖².
 [[nodiscard]] Convexity convexityOf(const ProblemData& data);
+
+/// H on the null space of the equalities, in the variables of an orthonormal basis of it.
+struct ReducedHessian {
+    Dense hessian;
+    Vector direction;  ///< in the same variables
+};
+/// @param direction  along which the equalities hold, in the variables of the data
+[[nodiscard]] ReducedHessian reducedHessian(const ProblemData& data, const Vector& direction);
 
 /// dᵀHd, in proportion to Σ |d_i·H_ij·d_j|.
 [[nodiscard]] Residual curvature(const ProblemData& data, const Vector& direction);
