@@ -164,5 +164,21 @@ TEST_F(RoundedConvexity, TheShiftCountsOnlyDirectionsThatTheEqualitiesLeave) {
     EXPECT_EQ(result.message, "H is not convex; H + 2.02 I is, which is another problem");
 }
 
+/// The equalities fix x₂ and x₃, but for rounding of the direction, and leave x₁ with curvature −3.
+TEST_F(RoundedConvexity, EqualitiesWithoutAVariableLeaveItsCurvature) {
+    const Numbers H{-3.0, 0.0, 0.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0};
+    const Numbers rows{0.0, 0.0, 2.0, 0.0, 2.0, 2.0};
+    const Numbers sides{10.0, 4.0};
+    const Numbers lower{-3.0, 0.0, 0.0};
+    const Numbers upper{-1.0, 9.0, 9.0};
+    const Result result = solve({.H = {H, 3, 3},
+                                 .A = {rows, 2, 3},
+                                 .rowLower = sides,
+                                 .rowUpper = sides,
+                                 .lower = lower,
+                                 .upper = upper});
+    EXPECT_EQ(result.status, Status::NotConvex);
+}
+
 }  // namespace
 }  // namespace activeset::test

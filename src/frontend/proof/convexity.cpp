@@ -19,6 +19,8 @@ namespace {
 // Curvature in proportion to ‖H‖·‖d‖², where ‖H‖ is the largest entry, and what an equality may
 // miss along a direction, in proportion to its terms. Rounding of H and d makes less of zero.
 constexpr double NegligibleCurvature = 1e-12;
+// The same in proportion to n·‖a‖·‖d‖: where all terms are rounding, so is what they miss.
+constexpr double EqualityRounding = 4.0 * std::numeric_limits<double>::epsilon();
 // Rounding of a curvature, in proportion to n·‖H‖·‖d‖².
 constexpr double CurvatureRounding = 4.0 * std::numeric_limits<double>::epsilon();
 
@@ -73,9 +75,11 @@ public:
     /// Whether the equalities stay and the curvature is negative beyond rounding.
     [[nodiscard]] bool bendsDown(const Vector& direction) const {
         const std::vector<Sum> rows = rowValues(data_, direction);
+        const double rounding =
+            EqualityRounding * static_cast<double>(data_.n) * largestMagnitude(direction);
         for (const std::size_t i : equalities_.rows) {
             if (std::abs(static_cast<double>(rows[i].value)) >
-                NegligibleCurvature * rows[i].scale) {
+                std::max(NegligibleCurvature * rows[i].scale, rounding * largestEntry(i))) {
                 return false;
             }
         }
@@ -87,6 +91,13 @@ public:
 private:
     [[nodiscard]] Dense reducedBy(const Dense& basis) const {
         return transposedProduct(basis, product(hessianOf(data_, equalities_.free), basis));
+    }
+    [[nodiscard]] double largestEntry(std::size_t row) const {
+        double largest = 0.0;
+        for (std::size_t j = 0; j < data_.n; ++j) {
+            largest = std::max(largest, std::abs(data_.columnOfA(j)[row]));
+        }
+        return largest;
     }
     // All n entries, corrected for what rounding makes the equalities miss.
     [[nodiscard]] Vector onEqualities(Vector along) const {
