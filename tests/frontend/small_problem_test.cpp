@@ -184,6 +184,31 @@ TEST_F(SmallProblems, FindTheVertexThatRoundedSidesLeave) {
     EXPECT_GE(solved, 18);
 }
 
+/// Assignments: at a vertex most variables are at bounds without being members, and corrections
+/// leave some of them beside these by less than rounding.
+TEST_F(SmallProblems, EndAtIntegersExactly) {
+    constexpr std::size_t Places = 5;
+    constexpr std::size_t N = Places * Places;
+    SmallProblem solver;
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937_64 random(seed);
+        Sample sample{.n = N, .m = 2 * Places, .H = Numbers(N * N), .A = Numbers(N * 2 * Places)};
+        sample.lower.assign(N, 0.0);
+        sample.upper.assign(N, Infinity);
+        sample.rowLower.assign(sample.m, 1.0);
+        sample.rowUpper = sample.rowLower;
+        for (std::size_t j = 0; j < N; ++j) {
+            sample.A[j * sample.m + j / Places] = sample.A[j * sample.m + Places + j % Places] = 1;
+            sample.c.push_back(std::generate_canonical<double, 53>(random));
+        }
+        const std::optional<Result> small = solveSmall(solver, sample.view());
+        ASSERT_TRUE(small);
+        EXPECT_EQ(exact::falseClaim(sample, *small), "");
+        EXPECT_EQ(small->certificate.primal.absolute, 0.0);
+    }
+}
+
 /// The weights of later costs are others, and so are the images. Answers do not depend on what came
 /// before.
 TEST_F(SmallProblems, MayBeLinearWithCostsThatJump) {

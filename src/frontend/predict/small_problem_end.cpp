@@ -15,6 +15,7 @@ constexpr double ExactResidual = 1e-13;    // a residual in proportion that roun
 constexpr double FirstResidual = 0x1p-45;  // of a point that needs no correction
 constexpr double FeasibleSide = 0x1p-49;   // the same of sides
 constexpr double LevelGradient = 0x1p-49;
+constexpr double NearBound = 0x1p-57;  // what corrections leave of a variable that should be there
 constexpr std::size_t MostCorrections = 3;
 constexpr int MostProofs = 4;  // that are tried after holding what was missed
 
@@ -50,6 +51,10 @@ SmallProblem::Proof SmallProblem::proveOptimum(const Problem& problem,
         refinement.correct();
         ++corrections;
         isDone = (isExact(ExactResidual) && corrections >= least) || corrections == MostCorrections;
+    }
+    if (judgement.isDelicate) {
+        refinement.moveToNearBounds(NearBound);
+        judgement = judge(memory_, extent_, problem.constant);
     }
     const Certificate& certificate = judgement.certificate;
     const double missed = certificate.primal.relative;

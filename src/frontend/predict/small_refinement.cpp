@@ -63,8 +63,12 @@ bool SmallRefinement::setMultipliers() {
     return areNear;
 }
 
-void SmallRefinement::formSums() {
+void SmallRefinement::formProducts() {
     m_.kernels.exactProduct(m_.stack(), m_.x, m_.products);
+}
+
+void SmallRefinement::formSums() {
+    formProducts();
     m_.kernels.exactProduct(memberRows(), m_.r, m_.pull);
 }
 
@@ -139,13 +143,26 @@ void SmallRefinement::correct() {
     if (step.length <= ShortStep * std::min(1.0, step.size)) {
         m_.kernels.addColumns(m_.stack(), m_.step, m_.products.rest);
     } else {
-        m_.kernels.exactProduct(m_.stack(), m_.x, m_.products);
+        formProducts();
     }
     if (setMultipliers()) {
         m_.kernels.addColumns(memberRows(), m_.p, m_.pull.rest);
     } else {
         m_.kernels.exactProduct(memberRows(), m_.r, m_.pull);
     }
+}
+
+void SmallRefinement::moveToNearBounds(double distance) {
+    const SmallShape& shape = m_.shape;
+    const double most = distance * std::max(1.0, m_.kernels.largest(m_.x, shape.head()));
+    for (std::size_t j = 0; j < shape.n; ++j) {
+        for (const double bound : {m_.lower[shape.rows() + j], m_.upper[shape.rows() + j]}) {
+            if (std::abs(m_.x[j] - bound) <= most) {
+                m_.x[j] = bound;
+            }
+        }
+    }
+    formProducts();
 }
 
 }  // namespace activeset::frontend

@@ -24,6 +24,9 @@ public:
     [[nodiscard]] std::size_t size() const { return size_; }
     /// Moves them by one correction, and the sums with them.
     void correct();
+    /// Moves variables to bounds so near, in proportion to the largest variable or to 1, and forms
+    /// their products anew.
+    void moveToNearBounds(double distance);
 
 protected:
     /// From the residuals r₁ of stationarity, memory.residual, and r₂ of the members, memory.s, the
@@ -47,6 +50,7 @@ private:
     [[nodiscard]] SmallMatrix memberRows() const;
     [[nodiscard]] bool setMultipliers();
     void formSums();
+    void formProducts();
     void formResiduals();
 };
 
