@@ -209,6 +209,40 @@ TEST_F(SmallProblems, EndAtIntegersExactly) {
     }
 }
 
+/// The last equality is the sum of the others: the point misses it by rounding, but a point beside
+/// it does not. Without costs any such point is optimal.
+TEST_F(SmallProblems, MayHaveEqualitiesThatDependOnOthers) {
+    constexpr std::size_t N = 10;
+    constexpr std::size_t M = 4;
+    SmallProblem solver;
+    for (unsigned seed = 0; seed < 40; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937_64 random(seed);
+        std::normal_distribution<double> number;
+        Sample sample{.n = N, .m = M, .H = Numbers(N * N), .A = Numbers(M * N)};
+        sample.rowLower.assign(M, 0.0);
+        sample.lower.assign(N, -20.0);
+        sample.upper.assign(N, 20.0);
+        for (std::size_t j = 0; j < N; ++j) {
+            const bool isLinear = seed % 2 == 1;
+            sample.H[j * N + j] = isLinear ? 0.0 : 1.0 + std::abs(number(random));
+            sample.c.push_back(isLinear ? 0.0 : number(random));
+            for (std::size_t i = 0; i + 1 < M; ++i) {
+                const double entry = std::nearbyint(3.0 * number(random));
+                sample.A[j * M + i] = entry;
+                sample.A[j * M + M - 1] += entry;
+                sample.rowLower[i] += entry * (static_cast<double>(j) - 4.0);
+            }
+        }
+        sample.rowLower[M - 1] = sample.rowLower[0] + sample.rowLower[1] + sample.rowLower[2];
+        sample.rowUpper = sample.rowLower;
+        const std::optional<Result> small = solveSmall(solver, sample.view());
+        ASSERT_TRUE(small);
+        EXPECT_EQ(small->status, Status::Optimal);
+        EXPECT_EQ(exact::falseClaim(sample, *small), "");
+    }
+}
+
 /// The weights of later costs are others, and so are the images. Answers do not depend on what came
 /// before.
 TEST_F(SmallProblems, MayBeLinearWithCostsThatJump) {

@@ -56,6 +56,9 @@ public:
     /// Makes members of the sides without multipliers that the point in the memory misses by more
     /// than this, in proportion to their terms. False where none is, or they depend on members.
     [[nodiscard]] bool holdMissed(double tolerance);
+    /// Whether a point beside the refined one in the memory, where all members meet their sides,
+    /// meets all others, too.
+    [[nodiscard]] bool areSidesMetNearby();
     /// Whether members are nearly dependent, or quite; where sides are missed also whether they and
     /// sides without multipliers near the point in the memory are, and no short way leads into all.
     [[nodiscard]] bool isNearlyDependent(bool areSidesMissed);
@@ -85,11 +88,23 @@ private:
     void dropWrongSigns();
     [[nodiscard]] bool repeatsMember(std::size_t i) const;
     [[nodiscard]] bool isNearSide(std::size_t i) const;
+    [[nodiscard]] bool isBeyond(std::size_t i, double tolerance, double move) const;
     [[nodiscard]] bool isMissed(std::size_t i, double tolerance) const;
     [[nodiscard]] double signOfNearSide(std::size_t i) const;
     [[nodiscard]] bool isWayInShort();
     [[nodiscard]] bool isWayOpen();
     [[nodiscard]] bool areRowsRounded() const;
+
+    /// Where the refined point in the memory has a constraint.
+    struct Place {
+        double value = 0.0;
+        double rest = 0.0;   ///< further digits
+        double scale = 0.0;  ///< of the terms of the value
+
+        [[nodiscard]] double above(double upper) const { return (value - upper) + rest; }
+        [[nodiscard]] double below(double lower) const { return (lower - value) - rest; }
+    };
+    [[nodiscard]] Place placeOf(std::size_t i) const;
     [[nodiscard]] double valueOf(std::size_t i) const;
 
     struct NearSide {

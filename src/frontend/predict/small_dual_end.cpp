@@ -225,10 +225,16 @@ bool SmallDual::isWayOpen() {
 }
 
 // From products as the last judgement has left them.
-double SmallDual::valueOf(std::size_t i) const {
+SmallDual::Place SmallDual::placeOf(std::size_t i) const {
     const std::size_t rows = m_.shape.rows();
     const std::size_t row = m_.shape.head() + i;
-    return i < rows ? m_.products.value[row] + m_.products.rest[row] : m_.x[i - rows];
+    return i < rows ? Place{m_.products.value[row], m_.products.rest[row], m_.products.scale[row]}
+                    : Place{m_.x[i - rows], 0.0, std::abs(m_.x[i - rows])};
+}
+
+double SmallDual::valueOf(std::size_t i) const {
+    const Place place = placeOf(i);
+    return place.value + place.rest;
 }
 
 double SmallDual::signOfNearSide(std::size_t i) const {
@@ -238,10 +244,8 @@ double SmallDual::signOfNearSide(std::size_t i) const {
 
 // One without a multiplier, which the point in the memory is near, or misses.
 bool SmallDual::isNearSide(std::size_t i) const {
-    const double value = valueOf(i);
-    const double scale =
-        i < m_.shape.rows() ? m_.products.scale[m_.shape.head() + i] : std::abs(value);
-    return m_.multipliers[i] == 0.0 && touches(value, scale, m_.lower[i], m_.upper[i]);
+    return m_.multipliers[i] == 0.0 &&
+           touches(valueOf(i), placeOf(i).scale, m_.lower[i], m_.upper[i]);
 }
 
 }  // namespace activeset::frontend

@@ -4,19 +4,21 @@
 #include <vector>
 
 #include "frontend/predict/small_dual.hpp"
+#include "frontend/proof/certificate.hpp"
 
 namespace activeset::frontend {
 
-bool SmallDual::isMissed(std::size_t i, double tolerance) const {
-    const std::size_t rows = m_.shape.rows();
-    const std::size_t row = m_.shape.head() + i;
-    const double value = i < rows ? m_.products.value[row] : m_.x[i - rows];
-    const double rest = i < rows ? m_.products.rest[row] : 0.0;
-    const double scale = i < rows ? m_.products.scale[row] : std::abs(value);
-    const double above = (value - m_.upper[i]) + rest;
-    const double below = (m_.lower[i] - value) - rest;
+// Where the value of constraint i is larger by `move`.
+bool SmallDual::isBeyond(std::size_t i, double tolerance, double move) const {
+    const Place place = placeOf(i);
+    const double above = place.above(m_.upper[i]) + move;
+    const double below = place.below(m_.lower[i]) - move;
     const double side = std::abs(above > below ? m_.upper[i] : m_.lower[i]);
-    return std::max(above, below) > tolerance * (scale + side);
+    return std::max(above, below) > tolerance * (place.scale + side);
+}
+
+bool SmallDual::isMissed(std::size_t i, double tolerance) const {
+    return isBeyond(i, tolerance, 0.0);
 }
 
 // Where more constraints than the members have the point on their sides, it misses some by the
@@ -74,19 +76,38 @@ bool SmallDual::settleAround(double tolerance, Control& control) {
 
 // NOLINTNEXTLINE(readability-make-member-function-const): it writes the memory
 void SmallDual::moveSides(double tolerance) {
-    const std::size_t rows = m_.shape.rows();
     for (std::size_t i = 0; i < m_.shape.constraints(); ++i) {
-        const std::size_t row = m_.shape.head() + i;
-        const double value = i < rows ? m_.products.value[row] : m_.x[i - rows];
-        const double rest = i < rows ? m_.products.rest[row] : 0.0;
-        const double scale = i < rows ? m_.products.scale[row] : std::abs(value);
-        const double below = tolerance * (scale + std::abs(m_.lower[i]));
-        const double above = tolerance * (scale + std::abs(m_.upper[i]));
-        m_.lower[i] = (m_.lower[i] - value) - rest;
-        m_.upper[i] = (m_.upper[i] - value) - rest;
+        const Place place = placeOf(i);
+        const double below = tolerance * (place.scale + std::abs(m_.lower[i]));
+        const double above = tolerance * (place.scale + std::abs(m_.upper[i]));
+        m_.lower[i] = place.below(m_.lower[i]);
+        m_.upper[i] = -place.above(m_.upper[i]);
         m_.lowest[i] = m_.lower[i] - below;
         m_.highest[i] = m_.upper[i] + above;
     }
+}
+
+bool SmallDual::areSidesMetNearby() {
+    constexpr double NearbyPoint = 1e-6;  // in proportion to the largest variable
+    const SmallShape& shape = m_.shape;
+    const std::size_t size = factor_.size();
+    std::fill_n(m_.s, SmallShape::upTo(size, 8), 0.0);
+    for (std::size_t k = 0; k < size; ++k) {
+        const std::size_t i = constraintOf(k);
+        const Place place = placeOf(i);
+        m_.s[k] = m_.inverseNorm[i] *
+                  (m_.sign[k] > 0.0 ? -place.above(m_.upper[i]) : -place.below(m_.lower[i]));
+    }
+    leadInto(m_.s, m_.z);
+    static_cast<void>(
+        m_.kernels.price(images(), m_.z, m_.lowest, m_.highest, m_.inverseNorm, m_.values));
+    for (std::size_t i = 0; i < shape.constraints(); ++i) {
+        if (isBeyond(i, NegligibleMiss, m_.values[i])) {
+            return false;
+        }
+    }
+    return m_.kernels.largest(m_.values + shape.rows(), shape.head()) <=
+           NearbyPoint * m_.kernels.largest(m_.x, shape.head());
 }
 
 }  // namespace activeset::frontend

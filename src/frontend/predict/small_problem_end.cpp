@@ -52,6 +52,10 @@ SmallProblem::Proof SmallProblem::proveOptimum(const Problem& problem,
         ++corrections;
         isDone = (isExact(ExactResidual) && corrections >= least) || corrections == MostCorrections;
     }
+    if (extent_.isLinear() && extent_.c == 0.0) {
+        refinement.dropMultipliers();
+        judgement = judge(memory_, extent_, problem.constant);
+    }
     if (judgement.isDelicate) {
         refinement.moveToNearBounds(NearBound);
         judgement = judge(memory_, extent_, problem.constant);
@@ -80,6 +84,9 @@ bool SmallProblem::proveDual(const Problem& problem,
                              Control& control,
                              Result& result) {
     bool mayBeExact = isWellConditioned();
+    const auto mayBeDelicate = [this](bool isMissed) {
+        return (isMissed && dual_.areSidesMetNearby()) || !dual_.isNearlyDependent(isMissed);
+    };
     Proof proof = Proof::Missed;
     for (int round = 0; round < MostProofs && proof == Proof::Missed; ++round) {
         if (round > 0 && !dual_.holdMissed(FeasibleSide) &&
@@ -87,9 +94,8 @@ bool SmallProblem::proveDual(const Problem& problem,
             return false;
         }
         SmallImageRefinement refinement(memory_, dual_.factor());
-        proof = proveOptimum(
-            problem, tolerance, refinement, std::exchange(mayBeExact, false),
-            [this](bool isMissed) { return !dual_.isNearlyDependent(isMissed); }, result);
+        proof = proveOptimum(problem, tolerance, refinement, std::exchange(mayBeExact, false),
+                             mayBeDelicate, result);
     }
     return proof == Proof::Found;
 }

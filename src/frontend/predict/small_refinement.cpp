@@ -156,13 +156,20 @@ void SmallRefinement::moveToNearBounds(double distance) {
     const SmallShape& shape = m_.shape;
     const double most = distance * std::max(1.0, m_.kernels.largest(m_.x, shape.head()));
     for (std::size_t j = 0; j < shape.n; ++j) {
-        for (const double bound : {m_.lower[shape.rows() + j], m_.upper[shape.rows() + j]}) {
+        for (const double bound : {0.0, m_.lower[shape.rows() + j], m_.upper[shape.rows() + j]}) {
             if (std::abs(m_.x[j] - bound) <= most) {
                 m_.x[j] = bound;
             }
         }
     }
     formProducts();
+}
+
+void SmallRefinement::dropMultipliers() {
+    std::fill_n(m_.multipliers, m_.shape.constraints(), 0.0);
+    for (double* array : {m_.pull.value, m_.pull.rest, m_.pull.scale}) {
+        std::fill_n(array, m_.shape.head(), 0.0);
+    }
 }
 
 }  // namespace activeset::frontend

@@ -24,9 +24,11 @@ public:
     [[nodiscard]] std::size_t size() const { return size_; }
     /// Moves them by one correction, and the sums with them.
     void correct();
-    /// Moves variables to bounds so near, in proportion to the largest variable or to 1, and forms
-    /// their products anew.
+    /// Moves variables to zero or bounds so near, in proportion to the largest variable or to 1,
+    /// and forms their products anew.
     void moveToNearBounds(double distance);
+    /// Makes all multipliers zero.
+    void dropMultipliers();
 
 protected:
     /// From the residuals r₁ of stationarity, memory.residual, and r₂ of the members, memory.s, the
