@@ -153,6 +153,23 @@ struct Doubt {
     Vector contradiction{};  ///< weights of rows that may contradict one another
 };
 
+/// Weights by which the sides around a point contradict one another, if they clearly do; else none.
+Vector contradictionAround(ProblemCache& around,
+                           const Vector& claim,
+                           double reach,
+                           const Settings& exact,
+                           Control& control) {
+    constexpr double ClearContradiction = 1e-3;
+    const auto isClear = [&](const Vector& y) {
+        return !y.empty() && doContradict(around.user, y, reach, ClearContradiction);
+    };
+    if (isClear(claim)) {
+        return claim;
+    }
+    Relaxation relaxation = relax(around.user, Vector(around.user.n, 0.0), exact, control);
+    return isClear(relaxation.y) ? std::move(relaxation.y) : Vector();
+}
+
 /// Nothing where x misses its sides by rounding only: the nearest point that meets them is near,
 /// and costs so little more that the proof stands. Where rows are nearly parallel that point may be
 /// far. If there is none, the sides contradict one another by rounding: that of the caller's
@@ -161,7 +178,6 @@ std::optional<Doubt> doubtBesideRounding(ProblemCache& problem,
                                          const BestPoint& best,
                                          const Settings& exact,
                                          Control& control) {
-    constexpr double ClearContradiction = 1e-3;
     constexpr double RoundedSides = 64.0 * std::numeric_limits<double>::epsilon();
     constexpr double FarPoint = 1e6;
     const ProblemData& data = problem.scaled;
@@ -172,29 +188,32 @@ std::optional<Doubt> doubtBesideRounding(ProblemCache& problem,
     Surroundings nearby(data, x, bits);
     ProblemCache around(std::move(nearby.data));
     const NearestPoint nearest = nearestPoint(around, bits, exact, control);
-    if (!nearest.isFound) {
-        const Relaxation relaxation = relax(around.user, Vector(data.n, 0.0), exact, control);
-        const bool isContradiction =
-            best.judgement().certificate.primal.relative <= RoundedSides && relaxation.isSolved &&
-            relaxation.violation > ClearContradiction &&
-            doContradict(around.user, relaxation.y, std::ldexp(FarPoint * size, bits));
-        if (!isContradiction) {
-            return Doubt{bits, true};
-        }
-        if (missed <= ExactToRounding * leastSize(data)) {
-            return std::nullopt;
-        }
-        Doubt contradicted{bits, false, Vector(data.m)};
-        for (std::size_t k = 0; k < nearby.rows.size(); ++k) {
-            contradicted.contradiction[nearby.rows[k]] = relaxation.y[k];
-        }
+    if (nearest.isFound) {
+        const double gap =
+            change(data, x, nearest.step) / problem.scaling.objective / sizeOf(problem, best);
+        const bool isNear = nearest.length <= NearPoint * size;
+        return isNear && gap <= exact.tolerance
+                   ? std::nullopt
+                   : std::optional(Doubt{bitsOf(nearest.length), true});
+    }
+    Doubt contradicted{bits, true};
+    if (!(best.judgement().certificate.primal.relative <= RoundedSides)) {
         return contradicted;
     }
-    const double gap =
-        change(data, x, nearest.step) / problem.scaling.objective / sizeOf(problem, best);
-    const bool isNear = nearest.length <= NearPoint * size;
-    return isNear && gap <= exact.tolerance ? std::nullopt
-                                            : std::optional(Doubt{bitsOf(nearest.length), true});
+    const Vector weights = contradictionAround(around, nearest.claim,
+                                               std::ldexp(FarPoint * size, bits), exact, control);
+    if (weights.empty()) {
+        return contradicted;
+    }
+    if (missed <= ExactToRounding * leastSize(data)) {
+        return std::nullopt;
+    }
+    contradicted.isSerious = false;
+    contradicted.contradiction.resize(data.m);
+    for (std::size_t k = 0; k < nearby.rows.size(); ++k) {
+        contradicted.contradiction[nearby.rows[k]] = weights[k];
+    }
+    return contradicted;
 }
 
 std::optional<Doubt> doubt(ProblemCache& problem,

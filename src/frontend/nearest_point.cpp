@@ -80,7 +80,7 @@ NearestPoint nearestPoint(ProblemCache& around,
     constexpr double SmallMiss = 1e-3;  // what was missed is some 1
     NearestPoint nearest{
         answer.isSolved || violation(around.user, answer.point.x).absolute <= SmallMiss,
-        std::move(answer.point.x)};
+        std::move(answer.point.x), std::move(answer.claim)};
     for (double& entry : nearest.step) {
         entry = std::ldexp(entry, -bits);
     }

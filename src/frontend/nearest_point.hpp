@@ -29,7 +29,8 @@ struct Surroundings {
 
 struct NearestPoint {
     bool isFound = false;
-    Vector step;  ///< from x to it
+    Vector step;     ///< from x to it
+    Vector claim{};  ///< weights by which rows seem to contradict one another, if one was made
     double length = 0.0;
 };
 /// @param around  the surroundings of x

@@ -115,6 +115,9 @@ TEST_F(Certificates, TellContradictionsFromRowsThatCancelInDoublesOnly) {
     const Numbers third{1.0 / 3.0, 1.0 / 3.0, 1.0};
     EXPECT_TRUE(frontend::doContradict(dataOf(thirds), third, far));
     EXPECT_TRUE(frontend::doContradict(dataOf(thirds), {1.0 / 3.0, 1.0 / 3.0, 1.0 + 1e-15}, far));
+    // The weighed sides add up to −⅓, the weights to 5/3.
+    EXPECT_TRUE(frontend::doContradict(dataOf(thirds), third, far, 0.199));
+    EXPECT_FALSE(frontend::doContradict(dataOf(thirds), third, far, 0.201));
     thirds.rowUpper[2] = -0.5;  // (0.25, 0.25)
     EXPECT_FALSE(frontend::doContradict(dataOf(thirds), third, far));
     // (1, 1 + e) and its opposite times 1 + e, but for e² = 2⁻⁶⁰.

@@ -9,6 +9,9 @@ namespace activeset::frontend {
 
 namespace {
 
+// If so many proximal steps do not lead to a proof, long ones among them, hundreds do not either.
+constexpr std::size_t MostSteps = 12;
+
 /// Keeps the callback from being called.
 class WithoutCallback {
 public:
@@ -32,7 +35,7 @@ std::optional<Farkas> proofOf(ProximalLoop& loop, const ProblemCache& problem) {
 }
 
 // The Farkas vector, if the loop ends with a contradiction that is proved.
-std::optional<Farkas> follow(ProximalLoop& loop, const ProblemCache& problem) {
+std::optional<Farkas> follow(ProximalLoop& loop, const ProblemCache& problem, Vector& claim) {
     while (true) {
         const LoopEnd end = loop.run();
         if (end == LoopEnd::Proved || end == LoopEnd::Stopped ||
@@ -40,6 +43,9 @@ std::optional<Farkas> follow(ProximalLoop& loop, const ProblemCache& problem) {
             return std::nullopt;
         }
         if (end == LoopEnd::ClaimsInfeasible) {
+            if (loop.claim().isPredicted && claim.empty()) {
+                claim = problem.scaling.unscaled({Vector(), loop.claim().y, Vector()}).y;
+            }
             std::optional<Farkas> farkas = proofOf(loop, problem);
             if (farkas || !loop.claim().isPredicted) {
                 return farkas;
@@ -57,15 +63,18 @@ BareAnswer solveBare(ProblemCache& problem,
                      Control& control) {
     const WithoutCallback silence(control);
     ProximalLoop loop(problem, settings, control);
+    loop.allowLongSteps();
+    loop.limitSteps(MostSteps);
     loop.begin(problem.scaling.scaledVariables(start), set);
     BestPoint& best = loop.best();
     std::optional<Farkas> farkas;
+    Vector claim;
     const auto isUndecided = [&] { return !farkas && !best.isProved() && !control.mustEnd(); };
     control.poll();
     const bool isConvex = problem.convexity().kind != Convexity::None;
     if (isConvex && (control.mustEnd() || !loop.provesStart())) {
         do {
-            farkas = follow(loop, problem);
+            farkas = follow(loop, problem, claim);
             loop.ensurePoint();
         } while (isUndecided() && loop.startOver());
     }
@@ -73,8 +82,10 @@ BareAnswer solveBare(ProblemCache& problem,
     if (isConvex && isUndecided()) {
         best.considerAlongFlat();
     }
-    return {!farkas && best.isProved(), std::move(farkas), problem.scaling.unscaled(best.point()),
-            best.set(), best.judgement().objective};
+    const bool isSolved = !farkas && best.isProved();
+    return {isSolved,         std::move(farkas),
+            std::move(claim), problem.scaling.unscaled(best.point()),
+            best.set(),       best.judgement().objective};
 }
 
 }  // namespace activeset::frontend

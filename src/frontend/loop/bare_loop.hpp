@@ -12,7 +12,10 @@ namespace activeset::frontend {
 struct BareAnswer {
     bool isSolved = false;
     std::optional<Farkas> farkas;  ///< if the problem is infeasible instead
-    Point point;                   ///< the best one, in the variables of the problem
+    /// Multipliers by which the rows seem to contradict one another, where a prediction has ended
+    /// with some; in the variables of the problem.
+    Vector claim;
+    Point point;  ///< the best one, in the variables of the problem
     WorkingSet set;
     double objective = 0.0;
 };

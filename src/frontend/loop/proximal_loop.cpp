@@ -13,7 +13,6 @@ namespace activeset::frontend {
 
 namespace {
 
-constexpr std::size_t MostProximalSteps = 200;
 constexpr int MostInexactProofs = 2;
 constexpr int FewSteadySteps = 3;
 constexpr double SteadyShare = 0.1;  // a step is steady if its ρ·‖step‖ is this share of the last
@@ -215,7 +214,7 @@ ProximalLoop::Next ProximalLoop::recentre() {
     const double force = rho_ * step;
     const Vector last = std::exchange(centre_, minimum_);
     const bool isSteady = !(force < SteadyShare * lastForce_);
-    const bool isOneTooMany = effort_.proximalSteps > MostProximalSteps;
+    const bool isOneTooMany = effort_.proximalSteps > mostSteps_;
     if (isSteady && rho_ > 0.0 && !isOneTooMany && prolong(last)) {
         lastForce_ = Infinity;
         return std::nullopt;

@@ -72,6 +72,8 @@ public:
     void resumeFrom(Vector x, CoreForm form);
     /// Lets steps that do not get shorter be prolonged from now on: they are no ray.
     void allowLongSteps() { mayProlong_ = true; }
+    /// From so many proximal steps on, each one without a proof counts as a failure.
+    void limitSteps(std::size_t most) { mostSteps_ = most; }
 
     [[nodiscard]] const InfeasibilityClaim& claim() const { return claim_; }
     [[nodiscard]] const Drift& drift() const { return drift_; }
@@ -139,7 +141,8 @@ private:
     Vector start_;               ///< where the loop began
     WorkingSet startSet_;        ///< with this working set
     Predicting predicting_ = Predicting::Allowed;
-    bool mayProlong_ = false;  ///< see allowLongSteps()
+    bool mayProlong_ = false;      ///< see allowLongSteps()
+    std::size_t mostSteps_ = 200;  ///< see limitSteps()
 
     // since the start
     Stage stage_ = Stage::Begin;

@@ -20,13 +20,15 @@ constexpr int MostSteps = 3;
 
 class Contradiction {
 public:
-    Contradiction(const ProblemData& data, Vector y) : data_(data), y_(std::move(y)) {
+    Contradiction(const ProblemData& data, Vector y, double margin)
+        : data_(data), y_(std::move(y)) {
         constexpr double NegligibleShare = 1e-13;
         const double negligible = NegligibleShare * largestMagnitude(y_);
         project(y_, data.rowLower, data.rowUpper);
         for (std::size_t i = 0; i < data.m; ++i) {
             if (std::abs(y_[i]) > negligible) {
                 rows_.push_back(i);
+                apart_ += margin * std::abs(y_[i]);
             } else {
                 y_[i] = 0.0;
             }
@@ -58,6 +60,7 @@ private:
     const ProblemData& data_;
     Vector y_;                       // the first digits, but for those of rounding
     std::vector<std::size_t> rows_;  // where it is not zero
+    double apart_ = 0.0;             // what the margin adds to the weighed sides
     std::vector<Sum> sums_ = std::vector<Sum>(data_.n);  // Aᵀy with all digits
     Sum sides_;
 };
@@ -117,8 +120,8 @@ double Contradiction::radius() const {
             unbounded = std::max(unbounded, left + rounding);
         }
     }
-    const double slack =
-        -static_cast<double>(value.value) - taken - roundingOf(value, Parts * (data_.n + data_.m));
+    const double slack = -static_cast<double>(value.value) - apart_ - taken -
+                         roundingOf(value, Parts * (data_.n + data_.m));
     return !(slack > 0.0) ? 0.0 : unbounded > 0.0 ? slack / unbounded : Infinity;
 }
 
@@ -141,8 +144,8 @@ bool Contradiction::isRounding() const {
 
 }  // namespace
 
-bool doContradict(const ProblemData& data, Vector y, double reach) {
-    Contradiction contradiction(data, std::move(y));
+bool doContradict(const ProblemData& data, Vector y, double reach, double margin) {
+    Contradiction contradiction(data, std::move(y), margin);
     bool areFar = contradiction.radius() >= reach;
     for (int step = 0; step < MostSteps && !areFar && contradiction.refine(); ++step) {
         areFar = contradiction.radius() >= reach;
