@@ -43,7 +43,7 @@ std::optional<Farkas> provenFarkasFar(const ProblemCache& problem,
                                       Vector y,
                                       const BestPoint& best) {
     std::optional<Farkas> farkas = provenFarkas(problem, std::move(y), best);
-    if (farkas && !(farkas->radius >= PredictedRadius * leastSize(problem.user))) {
+    if (farkas && !holdsFar(*farkas, leastSize(problem.user))) {
         farkas.reset();
     }
     return farkas;

@@ -43,9 +43,11 @@ void guess(Subproblem& problem,
            Control& control,
            Prediction& prediction) {
     PrimalDualGuess guess(problem, start, control);
-    prediction.isSettled = guess.run();
+    const PrimalDualGuess::End end = guess.run();
     prediction.rounds += guess.rounds();
-    if (prediction.isSettled) {
+    prediction.isSettled = end == PrimalDualGuess::End::Settled;
+    prediction.isInfeasible = end == PrimalDualGuess::End::Contradiction;
+    if (end != PrimalDualGuess::End::GivenUp) {
         prediction.set = guess.sides().workingSet();
         prediction.point = std::move(guess).point();
     }
@@ -62,7 +64,7 @@ Prediction predict(Subproblem& problem,
     Prediction prediction;
     if (areRowsFew(data, start)) {
         guess(problem, start, control, prediction);
-        if (!prediction.isSettled && BlockPrimal::suits(data) && !control.mustEnd()) {
+        if (!prediction.hasEnded() && BlockPrimal::suits(data) && !control.mustEnd()) {
             BlockPrimal primal(problem, x, start, control);
             const bool hasEnded = primal.run();
             prediction.steps = primal.steps();
@@ -71,7 +73,7 @@ Prediction predict(Subproblem& problem,
             }
         }
     }
-    if (!prediction.isSettled && !control.mustEnd()) {
+    if (!prediction.hasEnded() && !control.mustEnd()) {
         DualOutcome outcome = BlockDual(problem, start, control).run();
         const std::size_t before = outcome.steps;
         if (outcome.end == DualOutcome::Slow) {

@@ -12,13 +12,15 @@ namespace activeset::frontend {
 struct Prediction {
     /// The point violates nothing, its multipliers have their signs.
     bool isSettled = false;
-    /// The constraints contradict each other: y and z of the point are the multipliers that show
+    /// The constraints seem to contradict each other: y of the point are the multipliers that show
     /// it.
     bool isInfeasible = false;
     Point point;
     WorkingSet set;
     std::size_t rounds = 0;  ///< of guessing
     std::size_t steps = 0;   ///< of the block dual and the block primal method
+
+    [[nodiscard]] bool hasEnded() const { return isSettled || isInfeasible; }
 };
 
 /// @param x      near which the point is likely

@@ -6,8 +6,12 @@
 #include <limits>
 #include <utility>
 
+#include "frontend/predict/dependent_rows.hpp"
 #include "frontend/problem/bound_rounding.hpp"
 #include "frontend/problem/extended_sums.hpp"
+#include "frontend/problem/submatrices.hpp"
+#include "frontend/proof/farkas.hpp"
+#include "host/blas.hpp"
 
 namespace activeset::frontend {
 
@@ -17,9 +21,10 @@ PrimalDualGuess::PrimalDualGuess(Subproblem& problem, const Constraints& first, 
       control_(control),
       sides_(first),
       isWarm_(first.all() != Constraints(data_).all()),
-      point_{Vector(data_.n, 0.0), Vector(data_.m, 0.0), Vector(data_.n, 0.0)} {}
+      point_{Vector(data_.n, 0.0), Vector(data_.m, 0.0), Vector(data_.n, 0.0)},
+      values_(data_.m, 0.0) {}
 
-bool PrimalDualGuess::run() {
+PrimalDualGuess::End PrimalDualGuess::run() {
     constexpr std::size_t Settling = 2;  // rounds whose exchanges say little
     constexpr std::size_t Patience = 4;  // rounds in which the exchanges get no fewer
     if (!isWarm_) {
@@ -29,24 +34,24 @@ bool PrimalDualGuess::run() {
     std::size_t roundOfFewest = Settling;
     while (!control_.mustEnd()) {
         ++rounds_;
-        if (!solve()) {
-            return false;
+        if (const std::optional<End> end = solve()) {
+            return *end;
         }
         const std::size_t exchanges = exchange();
         if (exchanges == 0) {
             refine();
-            return true;
+            return End::Settled;
         }
         if (rounds_ > Settling && exchanges < fewest) {
             fewest = exchanges;
             roundOfFewest = rounds_;
         }
         if (rounds_ >= roundOfFewest + Patience) {
-            return false;
+            return End::GivenUp;
         }
         control_.poll();
     }
-    return false;
+    return End::GivenUp;
 }
 
 // Minimises over one variable after the other, between its bounds, as if there were no rows.
@@ -85,10 +90,10 @@ void PrimalDualGuess::descend() {
     }
 }
 
-bool PrimalDualGuess::solve() {
+std::optional<PrimalDualGuess::End> PrimalDualGuess::solve() {
     Vector& x = point_.x;
-    std::vector<std::size_t> F;
-    std::vector<std::size_t> B;  // those at bounds other than 0
+    List F;
+    List B;  // those at bounds other than 0
     for (std::size_t j = 0; j < data_.n; ++j) {
         const std::size_t k = data_.m + j;
         if (sides_[k] == Side::None) {
@@ -100,14 +105,14 @@ bool PrimalDualGuess::solve() {
             B.push_back(j);
         }
     }
-    std::vector<std::size_t> R;
+    List R;
     for (std::size_t i = 0; i < data_.m; ++i) {
         if (sides_[i] != Side::None) {
             R.push_back(i);
         }
     }
-    if (!system_.setSets(F, R)) {
-        return false;
+    if (const std::optional<End> end = setSets(F, R)) {
+        return end;
     }
     gradient_ = data_.c;
     addHessianColumns(data_, B, x.data(), gradient_.data());
@@ -124,13 +129,58 @@ bool PrimalDualGuess::solve() {
     }
     system_.solve(f, r);
     take(F, f, R, r);
+    return doContradict(R, r) ? std::optional(End::Contradiction) : std::nullopt;
+}
+
+std::optional<PrimalDualGuess::End> PrimalDualGuess::setSets(const List& F, List& R) {
+    while (!system_.setSets(F, R)) {
+        if (R.empty()) {
+            return End::GivenUp;
+        }
+        const std::vector<Vector> dependences = dependencesOf(gradientsOf(data_, R, F));
+        if (std::ranges::any_of(dependences, [&](const Vector& d) { return doContradict(R, d); })) {
+            return End::Contradiction;
+        }
+        const std::size_t spared =
+            dependences.empty() ? R.size() : sparedOf(dependences.front(), missesOf(R));
+        if (spared == R.size()) {
+            return End::GivenUp;
+        }
+        sides_.hold(R[spared], Side::None);
+        R.erase(R.begin() + static_cast<std::ptrdiff_t>(spared));
+    }
+    return std::nullopt;
+}
+
+bool PrimalDualGuess::doContradict(const List& R, const Vector& weights) {
+    if (R.empty()) {
+        return false;
+    }
+    Vector y(data_.m, 0.0);
+    Vector pulled(data_.n, 0.0);
+    for (std::size_t k = 0; k < R.size(); ++k) {
+        y[R[k]] = weights[k];
+    }
+    blas::gemv(Op::Transpose, 1.0, ConstBlock(data_.A.data(), data_.m, data_.n), y.data(), 0.0,
+               pulled.data());
+    const int sign = signOfContradiction(constraintsOf(data_), y.data(), pulled.data());
+    std::ranges::for_each(y, [&](double& multiplier) { multiplier *= sign; });
+    if (sign == 0 || !holdsFar(judgeFarkas(data_, y))) {
+        return false;
+    }
+    point_.y = std::move(y);
     return true;
 }
 
-void PrimalDualGuess::take(const std::vector<std::size_t>& F,
-                           const Vector& f,
-                           const std::vector<std::size_t>& R,
-                           const Vector& r) {
+Vector PrimalDualGuess::missesOf(const List& R) const {
+    Vector misses;
+    for (const std::size_t i : R) {
+        misses.push_back(sides_[i] == Side::Both ? Infinity : sides_.target(i) - values_[i]);
+    }
+    return misses;
+}
+
+void PrimalDualGuess::take(const List& F, const Vector& f, const List& R, const Vector& r) {
     for (std::size_t k = 0; k < F.size(); ++k) {
         point_.x[F[k]] = f[k];
     }
@@ -168,12 +218,12 @@ std::size_t PrimalDualGuess::exchange() {
 
 std::size_t PrimalDualGuess::exchangeRows() {
     std::size_t changes = 0;
-    const Vector values = product(data_.A, data_.m, point_.x);
+    values_ = product(data_.A, data_.m, point_.x);
     for (std::size_t i = 0; i < data_.m; ++i) {
         const Side side = sides_[i];
         Side next = side;
         if (side == Side::None) {
-            next = sides_.beyond(i, values[i]);
+            next = sides_.beyond(i, values_[i]);
         } else if (sides_.sign(i) != 0.0 && !(sides_.sign(i) * point_.y[i] > 0.0)) {
             next = Side::None;
         }

@@ -2,6 +2,9 @@
 #ifndef ACTIVESET_SRC_FRONTEND_PREDICT_PRIMAL_DUAL_GUESS_HPP
 #define ACTIVESET_SRC_FRONTEND_PREDICT_PRIMAL_DUAL_GUESS_HPP
 
+#include <optional>
+#include <vector>
+
 #include "frontend/core/control.hpp"
 #include "frontend/predict/subproblem.hpp"
 #include "frontend/problem/constraints.hpp"
@@ -21,8 +24,13 @@ public:
     ///               the bounds choose the start
     PrimalDualGuess(Subproblem& problem, const Constraints& first, Control& control);
 
-    /// True once a round has changed nothing: the point is the minimum.
-    [[nodiscard]] bool run();
+    enum class End {
+        Settled,        ///< a round has changed nothing: the point is the minimum
+        Contradiction,  ///< y of the point: weights by which rows seem to contradict one another,
+                        ///< or the bounds
+        GivenUp
+    };
+    [[nodiscard]] End run();
     [[nodiscard]] std::size_t rounds() const { return rounds_; }
     /// After a success.
     [[nodiscard]] const Constraints& sides() const { return sides_; }
@@ -30,13 +38,17 @@ public:
 
 private:
     void descend();
-    [[nodiscard]] bool solve();
+    /// Solves a round. GivenUp where it cannot.
+    [[nodiscard]] std::optional<End> solve();
+    using List = std::vector<std::size_t>;
+    /// Factorises for the free variables and rows of a round. A row that depends on others leaves.
+    [[nodiscard]] std::optional<End> setSets(const List& F, List& R);
+    /// Whether weights of rows seem to contradict the bounds; y of the point then.
+    [[nodiscard]] bool doContradict(const List& R, const Vector& weights);
+    [[nodiscard]] Vector missesOf(const List& R) const;
     /// Completes point and gradient by the values f of the free variables F and the multipliers r
     /// of the rows R.
-    void take(const std::vector<std::size_t>& F,
-              const Vector& f,
-              const std::vector<std::size_t>& R,
-              const Vector& r);
+    void take(const List& F, const Vector& f, const List& R, const Vector& r);
     [[nodiscard]] std::size_t exchange();
     [[nodiscard]] std::size_t exchangeRows();
     void refine();
@@ -49,6 +61,7 @@ private:
     std::size_t rounds_ = 0;
     Point point_;
     Vector gradient_;  // H·x + c + Aᵀy
+    Vector values_;    // A·x
 };
 
 }  // namespace activeset::frontend

@@ -43,13 +43,13 @@ bool SmallGuess::isDiagonalPositive() const {
     return true;
 }
 
-bool SmallGuess::minimise(const SmallExtent& extent, bool isOnlyWay, Control& control) {
+SmallGuess::End SmallGuess::minimise(const SmallExtent& extent, bool isOnlyWay, Control& control) {
     constexpr std::size_t Settling = 2;  // rounds whose exchanges say little
     constexpr std::size_t Patience = 4;  // rounds in which the exchanges get no fewer
     rounds_ = 0;
     hasDescended_ = areRowsFew() && isDiagonalPositive();
     if (!hasDescended_ || !(descend() || isOnlyWay) || !isClearlyConvex()) {
-        return false;
+        return End::GivenUp;
     }
     nameSides();
     std::size_t fewest = std::numeric_limits<std::size_t>::max();
@@ -58,21 +58,31 @@ bool SmallGuess::minimise(const SmallExtent& extent, bool isOnlyWay, Control& co
         control.poll();
         ++rounds_;
         listMembers();
-        if (control.mustEnd() || !factorise()) {
-            return false;
+        if (control.mustEnd() || !factoriseFree()) {
+            return End::GivenUp;
+        }
+        const Rows rows = holdRows();
+        if (rows == Rows::Dependent) {
+            return End::GivenUp;
+        }
+        if (rows == Rows::Contradict) {
+            return End::Contradiction;
         }
         solveRound();
+        if (doMultipliersContradict()) {
+            return End::Contradiction;
+        }
         const std::size_t exchanges = exchange(extent);
         if (exchanges == 0) {
             writeMembers();
-            return true;
+            return End::Settled;
         }
         if (rounds_ > Settling && exchanges < fewest) {
             fewest = exchanges;
             roundOfFewest = rounds_;
         }
     }
-    return false;
+    return End::GivenUp;
 }
 
 // Minimises over one variable after the other, as if there were no rows. Whether so many sides hold
@@ -163,6 +173,7 @@ void SmallGuess::listMembers() {
     held_.resize(shape.n - free);
     for (std::size_t i = 0; i < shape.m; ++i) {
         if (sides_[i] != Side::None) {
+            m_.member[R_.size()] = static_cast<double>(i);
             R_.push_back(i);
         }
     }
@@ -176,7 +187,7 @@ void SmallGuess::formGradient() {
     }
 }
 
-// memory.values := x in the place of the bounds, memory.g := H·x + c + Aᵀy.
+// memory.values := x in the place of the bounds, memory.u := Aᵀy, memory.g := H·x + c + Aᵀy.
 void SmallGuess::solveRound() {
     const SmallShape& shape = m_.shape;
     formGradient();
@@ -187,7 +198,6 @@ void SmallGuess::solveRound() {
         m_.step[k] = -m_.g[F_[k]];
     }
     for (std::size_t k = 0; k < R_.size(); ++k) {
-        m_.member[k] = static_cast<double>(R_[k]);
         m_.lambda[k] = targetOf(R_[k]) - m_.values[R_[k]];
     }
     solve(m_.step, m_.lambda);
@@ -196,7 +206,11 @@ void SmallGuess::solveRound() {
         m_.x[F_[k]] = m_.w[F_[k]] = m_.step[k];
     }
     m_.kernels.addColumns(m_.hessian(), m_.w, m_.g);
-    m_.kernels.addRows(m_.rowsOfA(), m_.member, m_.lambda, R_.size(), shape.head(), m_.g);
+    if (!R_.empty()) {
+        std::fill_n(m_.u, shape.head(), 0.0);
+        m_.kernels.addRows(m_.rowsOfA(), m_.member, m_.lambda, R_.size(), shape.head(), m_.u);
+        m_.kernels.addScaled(1.0, m_.u, m_.g, shape.head());
+    }
     if (shape.m > 0) {
         m_.kernels.multiplyAdd(m_.rowsOfA(), m_.x, nullptr, m_.values);
     }

@@ -21,10 +21,16 @@ public:
     /// Whether a problem of this shape fits into the memory and may have few enough rows.
     [[nodiscard]] static bool fits(const SmallShape& shape);
 
-    /// Of the problem that was loaded. True where no exchange is left; the memory has the values of
-    /// all variables, the members and their multipliers then.
+    enum class End {
+        Settled,        ///< no exchange is left; the memory has the values of all variables, the
+                        ///< members and their multipliers
+        Contradiction,  ///< memory.multipliers: weights of all rows by which they seem to
+                        ///< contradict one another, or the bounds
+        GivenUp
+    };
+    /// Of the problem that was loaded.
     /// @param isOnlyWay  whether to go on where few bounds hold, so that other ways are faster
-    [[nodiscard]] bool minimise(const SmallExtent& extent, bool isOnlyWay, Control& control);
+    [[nodiscard]] End minimise(const SmallExtent& extent, bool isOnlyWay, Control& control);
 
     /// The bounds that held after the descent, if no round followed it.
     void list(WorkingSet& set) const;
@@ -49,7 +55,16 @@ private:
     [[nodiscard]] Side sideOf(std::size_t j) const;
     void nameSides();
     void listMembers();
-    [[nodiscard]] bool factorise();
+    [[nodiscard]] bool factoriseFree();
+    [[nodiscard]] bool factoriseRows();
+    enum class Rows { Held, Contradict, Dependent };
+    /// Factorises those of a round. One that depends on others is not held any more.
+    [[nodiscard]] Rows holdRows();
+    /// Whether weights of the rows among the members seem to contradict the bounds.
+    [[nodiscard]] bool doContradict(const double* weights);
+    /// The same of the multipliers of a round.
+    [[nodiscard]] bool doMultipliersContradict();
+    [[nodiscard]] std::vector<double> missesOfRows() const;
     void solveRound();
     void formGradient();
     [[nodiscard]] std::size_t exchange(const SmallExtent& extent);

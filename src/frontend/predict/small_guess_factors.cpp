@@ -51,9 +51,8 @@ bool SmallGuess::isClearlyConvex() {
                         [&](std::size_t, double pivot) { return pivot > LeastClearPivot * most; });
 }
 
-// In the place of the images: L of H_FF = LLᵀ, then Q = L⁻¹A_RFᵀ, then the factor of QᵀQ. The
-// identity stands behind L, and zeros behind Q, up to a multiple of eight.
-bool SmallGuess::factorise() {
+// In the place of the images: L of H_FF = LLᵀ, the identity behind it up to a multiple of eight.
+bool SmallGuess::factoriseFree() {
     const SmallShape& shape = m_.shape;
     const std::size_t head = shape.head();
     const std::size_t count = F_.size();
@@ -70,11 +69,22 @@ bool SmallGuess::factorise() {
         std::fill(L + k * head + k, L + k * head + padded, 0.0);
         L[k * (head + 1)] = 1.0;
     }
+    return choleskyInPlace({L, padded, head, m_.Q});
+}
+
+// Behind it Q = L⁻¹A_RFᵀ, zeros behind that, then the factor of QᵀQ. False where rows depend on
+// others.
+bool SmallGuess::factoriseRows() {
+    const SmallShape& shape = m_.shape;
+    const std::size_t head = shape.head();
+    const std::size_t count = F_.size();
+    const std::size_t padded = SmallShape::upTo(count, 8);
     const std::size_t rows = R_.size();
-    if (rows > count || !choleskyInPlace({L, padded, head, m_.Q})) {
+    if (rows > count) {
         return false;
     }
-    double* const Q = L + head * head;
+    const double* const L = m_.images;
+    double* const Q = m_.images + head * head;
     double* const S = Q + head * rows;
     for (std::size_t k = 0; k < rows; ++k) {
         for (std::size_t i = 0; i < count; ++i) {

@@ -50,7 +50,7 @@ bool SmallProblem::solve(const Problem& problem,
     if (!isCold || !SmallGuess::fits(shapeOf(problem)) || !areShapesRight(problem)) {
         return solveNext(problem, {}, start, settings, control, result);
     }
-    if (solveByGuess(problem, settings, control, result)) {
+    if (solveByGuess(problem, start, settings, control, result)) {
         return true;
     }
     if (matrices_ == Matrices::Unfit || !isSmall(problem)) {
@@ -63,6 +63,7 @@ bool SmallProblem::solve(const Problem& problem,
 }
 
 bool SmallProblem::solveByGuess(const Problem& problem,
+                                const WarmStart& start,
                                 const Settings& settings,
                                 Control& control,
                                 Result& result) {
@@ -74,14 +75,19 @@ bool SmallProblem::solveByGuess(const Problem& problem,
     }
     matrices_ = Matrices::Unknown;
     const double setup = control.seconds();
-    if (!guess_.minimise(extent_, !isSmall(problem), control)) {
-        return false;
-    }
+    const SmallGuess::End end = guess_.minimise(extent_, !isSmall(problem), control);
     const double begin = control.seconds();
     SmallGuessRefinement refinement(memory_, guess_);
-    const Proof proof = proveOptimum(
-        problem, settings.tolerance, refinement, false, [](bool) { return false; }, result);
-    if (proof != Proof::Found) {
+    const auto isDelicate = [](bool) { return false; };
+    const bool isProved =
+        end == SmallGuess::End::Contradiction
+            ? writeContradiction(
+                  problem, start, extent_, memory_,
+                  Vector(memory_.multipliers, memory_.multipliers + problem.A.rows()), result)
+            : end == SmallGuess::End::Settled &&
+                  proveOptimum(problem, settings.tolerance, refinement, false, isDelicate,
+                               result) == Proof::Found;
+    if (!isProved) {
         return false;
     }
     finish(setup, begin, control, result);
@@ -221,7 +227,8 @@ bool SmallProblem::minimise(const Problem& problem,
     const SmallDual::End end = dual_.minimise(control);
     const double begin = control.seconds();
     const bool isProved = end == SmallDual::End::Contradiction
-                              ? writeContradiction(problem, start, extent_, memory_, dual_, result)
+                              ? writeContradiction(problem, start, extent_, memory_,
+                                                   multipliersOf(memory_, dual_), result)
                               : end == SmallDual::End::Optimal &&
                                     proveDual(problem, settings.tolerance, control, result);
     if (isProved) {

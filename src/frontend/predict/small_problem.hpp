@@ -106,6 +106,7 @@ private:
     void finish(double setup, double begin, const Control& control, Result& result) const;
     [[nodiscard]] bool isWellConditioned() const;
     [[nodiscard]] bool solveByGuess(const Problem& problem,
+                                    const WarmStart& start,
                                     const Settings& settings,
                                     Control& control,
                                     Result& result);

@@ -118,6 +118,15 @@ void judgeSides(SmallMemory& m, const SmallExtent& extent, const Sizes& units, J
 
 }  // namespace
 
+ConstraintsView constraintsOf(const SmallMemory& m) {
+    const SmallShape& shape = m.shape;
+    return {{m.data + shape.head(), shape.m, shape.n, shape.height()},
+            m.lower,
+            m.upper,
+            m.lower + shape.rows(),
+            m.upper + shape.rows()};
+}
+
 Judgement judge(SmallMemory& m, const SmallExtent& extent, double constant) {
     const SmallShape& shape = m.shape;
     const SmallKernels& kernels = m.kernels;

@@ -4,11 +4,15 @@
 
 #include "frontend/predict/small_data.hpp"
 #include "frontend/proof/certificate.hpp"
+#include "frontend/proof/farkas.hpp"
 
 namespace activeset::frontend {
 
 /// As judge() does it, from the sums in the memory. The memory's side products are scratch.
 [[nodiscard]] Judgement judge(SmallMemory& memory, const SmallExtent& extent, double constant);
+
+/// Of the problem in the memory.
+[[nodiscard]] ConstraintsView constraintsOf(const SmallMemory& memory);
 
 }  // namespace activeset::frontend
 

@@ -97,37 +97,14 @@ void setBoundMultipliers(SmallMemory& m) {
 std::optional<Farkas> provedContradiction(const SmallExtent& extent,
                                           const SmallMemory& m,
                                           Vector y) {
-    const SmallShape& shape = m.shape;
     const double told = extent.mostTold();
-    const ConstraintsView problem{{m.data + shape.head(), shape.m, shape.n, shape.height()},
-                                  m.lower,
-                                  m.upper,
-                                  m.lower + shape.rows(),
-                                  m.upper + shape.rows(),
-                                  told > 0.0 ? told : 1.0};
     std::optional<Farkas> farkas =
-        judgeFarkas(problem, {m.pull.value, m.pull.rest, m.pull.scale}, std::move(y));
-    const double size = extent.leastTold();
-    if (!holds(*farkas, FarkasTolerance, size) || !(farkas->radius >= PredictedRadius * size)) {
+        judgeFarkas(constraintsOf(m), told > 0.0 ? told : 1.0,
+                    {m.pull.value, m.pull.rest, m.pull.scale}, std::move(y));
+    if (!holdsFar(*farkas, extent.leastTold())) {
         farkas.reset();
     }
     return farkas;
-}
-
-/// −Σ p_k·member_k and the newcomer, whose multiplier is 1, of the rows.
-Vector multipliersOf(const SmallMemory& m, const SmallDual& dual) {
-    Vector y(m.shape.m, 0.0);
-    const double unit = m.inverseNorm[dual.newcomer()];
-    const auto set = [&](std::size_t i, double value) {
-        if (i < m.shape.m) {
-            y[i] = value * (m.inverseNorm[i] / unit);
-        }
-    };
-    set(dual.newcomer(), dual.newcomersSign());
-    for (std::size_t k = 0; k < dual.factor().size(); ++k) {
-        set(dual.constraintOf(k), -m.sign[k] * m.p[k]);
-    }
-    return y;
 }
 
 /// Resets what the functions below do not write. x, y, z and the working set keep their memory.
@@ -181,13 +158,29 @@ void writeOptimum(const Problem& problem,
     }
 }
 
+// −Σ p_k·member_k and the newcomer, whose multiplier is 1.
+Vector multipliersOf(const SmallMemory& m, const SmallDual& dual) {
+    Vector y(m.shape.m, 0.0);
+    const double unit = m.inverseNorm[dual.newcomer()];
+    const auto set = [&](std::size_t i, double value) {
+        if (i < m.shape.m) {
+            y[i] = value * (m.inverseNorm[i] / unit);
+        }
+    };
+    set(dual.newcomer(), dual.newcomersSign());
+    for (std::size_t k = 0; k < dual.factor().size(); ++k) {
+        set(dual.constraintOf(k), -m.sign[k] * m.p[k]);
+    }
+    return y;
+}
+
 bool writeContradiction(const Problem& problem,
                         const WarmStart& start,
                         const SmallExtent& extent,
                         SmallMemory& m,
-                        const SmallDual& dual,
+                        Vector y,
                         Result& result) {
-    std::optional<Farkas> farkas = provedContradiction(extent, m, multipliersOf(m, dual));
+    std::optional<Farkas> farkas = provedContradiction(extent, m, std::move(y));
     if (!farkas) {
         return false;
     }

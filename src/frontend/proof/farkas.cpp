@@ -36,6 +36,24 @@ struct SumOfProducts {
     [[nodiscard]] double result() const { return value + rest; }
 };
 
+double largestOfRow(const ColumnMajor& A, std::size_t i) {
+    double largest = 0.0;
+    for (std::size_t j = 0; j < A.cols; ++j) {
+        largest = std::max(largest, std::abs(A.data[j * A.ld + i]));
+    }
+    return largest;
+}
+
+/// What rounding may leave of an entry of Aᵀy where the terms cancel.
+double roundingOfPull(const ColumnMajor& A, const double* y) {
+    constexpr double PullRounding = 1e-11;
+    double terms = 0.0;
+    for (std::size_t i = 0; i < A.rows; ++i) {
+        terms += y[i] != 0.0 ? std::abs(y[i]) * largestOfRow(A, i) : 0.0;
+    }
+    return PullRounding * terms;
+}
+
 /// The power of two that brings a negative value to −1 or beyond, but not to −2.
 double unitFor(double value) {
     constexpr int Most = 1000;
@@ -44,8 +62,8 @@ double unitFor(double value) {
 
 class Judge {
 public:
-    Judge(const ConstraintsView& problem, const SumsView& sums, Farkas& farkas)
-        : problem_(problem), sums_(sums), farkas_(farkas) {}
+    Judge(const ConstraintsView& problem, double variable, const SumsView& sums, Farkas& farkas)
+        : problem_(problem), variable_(variable), sums_(sums), farkas_(farkas) {}
 
     /// Of farkas.y; chooses z.
     void judge();
@@ -62,6 +80,7 @@ private:
     void measure(double slack);
 
     const ConstraintsView& problem_;
+    double variable_;
     const SumsView& sums_;  // Aᵀy
     Farkas& farkas_;
 };
@@ -100,11 +119,7 @@ void Judge::scaleBy(double factor) {
 // A row counts by its entries, or by its side in proportion to variables of natural size.
 double Judge::sizeOfRow(std::size_t i) const {
     const double side = farkas_.y[i] > 0.0 ? problem_.rowUpper[i] : problem_.rowLower[i];
-    double size = std::abs(side) / problem_.variable;
-    for (std::size_t j = 0; j < n(); ++j) {
-        size = std::max(size, std::abs(problem_.A.data[j * problem_.A.ld + i]));
-    }
-    return size;
+    return std::max(std::abs(side) / variable_, largestOfRow(problem_.A, i));
 }
 
 /// The size of the multipliers.
@@ -163,31 +178,74 @@ void Judge::judge() {
 
 }  // namespace
 
-Farkas judgeFarkas(const ConstraintsView& problem, const SumsView& sums, Vector y) {
+Farkas judgeFarkas(const ConstraintsView& problem,
+                   double variable,
+                   const SumsView& sums,
+                   Vector y) {
     for (std::size_t i = 0; i < y.size(); ++i) {
         y[i] = projected(y[i], problem.rowLower[i], problem.rowUpper[i]);
     }
     Farkas farkas;
     farkas.y = std::move(y);
-    Judge(problem, sums, farkas).judge();
+    Judge(problem, variable, sums, farkas).judge();
     return farkas;
+}
+
+ConstraintsView constraintsOf(const ProblemData& data) {
+    return {{data.A.data(), data.m, data.n, data.m},
+            data.rowLower.data(),
+            data.rowUpper.data(),
+            data.lower.data(),
+            data.upper.data()};
 }
 
 Farkas judgeFarkas(const ProblemData& data, Vector y) {
     Vector sums(3 * data.n);
-    return judgeFarkas({{data.A.data(), data.m, data.n, data.m},
-                        data.rowLower.data(),
-                        data.rowUpper.data(),
-                        data.lower.data(),
-                        data.upper.data(),
-                        Units(data, {}).variable},
+    return judgeFarkas(constraintsOf(data), Units(data, {}).variable,
                        {sums.data(), sums.data() + data.n, sums.data() + 2 * data.n}, std::move(y));
+}
+
+int signOfContradiction(const ConstraintsView& problem, const double* y, const double* pulled) {
+    double rounding = -1.0;  // of an entry of Aᵀy, formed where it is needed
+    const auto isRounding = [&](double multiplier) {
+        rounding = rounding < 0.0 ? roundingOfPull(problem.A, y) : rounding;
+        return std::abs(multiplier) <= rounding;
+    };
+    for (const int sign : {1, -1}) {
+        double value = 0.0;
+        double scale = 0.0;
+        for (std::size_t i = 0; i < problem.A.rows; ++i) {
+            const double multiplier = sign * y[i];
+            const double side = multiplier > 0.0 ? problem.rowUpper[i] : problem.rowLower[i];
+            const double term = multiplier != 0.0 ? multiplier * side : 0.0;
+            value += term;
+            scale += std::abs(term);
+        }
+        for (std::size_t j = 0; j < problem.A.cols && scale < Infinity; ++j) {
+            const double multiplier = -sign * pulled[j];
+            const double side = multiplier > 0.0 ? problem.upper[j] : problem.lower[j];
+            const bool isNone =
+                multiplier == 0.0 || (!std::isfinite(side) && isRounding(multiplier));
+            const double term = isNone ? 0.0 : multiplier * side;
+            value += term;
+            scale += std::abs(term);
+        }
+        if (value < -ClearContradiction * scale && scale < Infinity) {
+            return sign;
+        }
+    }
+    return 0;
 }
 
 bool holds(const Farkas& farkas, double tolerance, double variable) {
     constexpr double LeastRadius = 1e6;
     return farkas.value < 0.0 && farkas.residual.relative <= tolerance &&
            farkas.radius >= LeastRadius * variable;
+}
+
+bool holdsFar(const Farkas& farkas, double variable) {
+    constexpr double PredictedRadius = 1e12;  // in units of the least size of the variables
+    return holds(farkas, FarkasTolerance, variable) && farkas.radius >= PredictedRadius * variable;
 }
 
 }  // namespace activeset::frontend

@@ -9,10 +9,6 @@ namespace activeset::frontend {
 
 /// The residual of Aᵀy + z that a proof may have, relative to the multipliers.
 inline constexpr double FarkasTolerance = 1e-9;
-/// The radius, in units of the least size of the variables, that multipliers need which come out of
-/// equations that may be nearly singular.
-inline constexpr double PredictedRadius = 1e12;
-
 /// The constraints of a problem where they lie: A is m × n, absent sides are infinite.
 struct ConstraintsView {
     ColumnMajor A;
@@ -20,17 +16,33 @@ struct ConstraintsView {
     const double* rowUpper;
     const double* lower;
     const double* upper;
-    double variable;  ///< the size of variables that the data tell
 };
 
 /// Σ y⁺·rowUpper − … brought near −1 by a power of two, the residual of Aᵀy + z and the radius, of
 /// the vectors that are returned. z is chosen: what bounds can take of −Aᵀy.
 ///
-/// @param sums  room for n of them; scratch
-[[nodiscard]] Farkas judgeFarkas(const ConstraintsView& problem, const SumsView& sums, Vector y);
+/// @param variable  the size of variables that the data tell
+/// @param sums      room for n of them; scratch
+[[nodiscard]] Farkas judgeFarkas(const ConstraintsView& problem,
+                                 double variable,
+                                 const SumsView& sums,
+                                 Vector y);
 [[nodiscard]] Farkas judgeFarkas(const ProblemData& data, Vector y);
+[[nodiscard]] ConstraintsView constraintsOf(const ProblemData& data);
+/// What sides add up to is clearly negative where it is by so much of its terms.
+inline constexpr double ClearContradiction = 1e-9;
+
+/// 1 or −1 where y or −y, multipliers of all rows, seem to contradict rows and bounds, by doubles;
+/// else 0.
+///
+/// @param pulled  Aᵀy
+[[nodiscard]] int signOfContradiction(const ConstraintsView& problem,
+                                      const double* y,
+                                      const double* pulled);
 /// Whether they prove it for all points up to far more than the size `variable`.
 [[nodiscard]] bool holds(const Farkas& farkas, double tolerance, double variable = 1.0);
+/// Whether they do so far enough for multipliers out of equations that may be nearly singular.
+[[nodiscard]] bool holdsFar(const Farkas& farkas, double variable = 1.0);
 
 }  // namespace activeset::frontend
 
