@@ -55,8 +55,15 @@ private:
     }
 
     void computeImages() {
-        EXPECT_TRUE(kernels_.factorise(
-            {memory_.data, memory_.images, shape_.head(), shape_.rows(), shape_.cols()}, 1e-12));
+        EXPECT_TRUE(kernels_.factorise(memory_.stackWithImages(), 1e-12));
+        const std::size_t count = (shape_.height() + shape_.head()) * shape_.cols();
+        const Numbers atOnce(memory_.images, memory_.images + count);
+        std::fill_n(memory_.images, count, 0.0);
+        memory_.waiting = 16;
+        EXPECT_TRUE(kernels_.factorise(memory_.stackWithImages(), 1e-12));
+        EXPECT_NE(Numbers(memory_.images, memory_.images + count), atOnce);
+        kernels_.formWaiting(memory_.stackWithImages());
+        EXPECT_EQ(Numbers(memory_.images, memory_.images + count), atOnce);
         const frontend::SmallViolation worst = kernels_.price(
             images(), memory_.z, memory_.lower, memory_.upper, memory_.inverseNorm, memory_.values);
         add({worst.amount, static_cast<double>(worst.index)});

@@ -8,6 +8,7 @@
 #endif
 
 #include "frontend/algebra/octet.hpp"
+#include "frontend/algebra/triangle.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace activeset::frontend::HWY_NAMESPACE {
@@ -24,14 +25,6 @@ HWY_INLINE double rootOf(double value) {
     const hn::CappedTag<double, 1> one;
     return hn::GetLane(hn::Sqrt(hn::Set(one, value)));
 }
-
-/// Of a block of columns on the diagonal: L of LDLᵀ, so that no square root waits for another, and
-/// 1/√D.
-template <std::size_t Width>
-struct Triangle {
-    double factors[Width][Width];  ///< columns of L, below the diagonal
-    double scale[Width];
-};
 
 /// Factorises a block, number by number, in registers: each pivot waits for the one before it.
 ///

@@ -103,8 +103,7 @@ bool factorise(SmallMemory& memory, double tolerance) {
         memory.residual[j] = memory.data[j * next];
         memory.data[j * next] += memory.step[j];
     }
-    const bool isDefinite = memory.kernels.factorise(
-        {memory.data, memory.images, shape.head(), shape.rows(), shape.cols()}, tolerance);
+    const bool isDefinite = memory.kernels.factorise(memory.stackWithImages(), tolerance);
     for (std::size_t j = 0; j < shape.n; ++j) {
         memory.data[j * next] = memory.residual[j];
     }
@@ -148,6 +147,16 @@ SmallMatrix imagesOf(const SmallMemory& memory) {
             shape.height() + shape.head(), shape.rows()};
 }
 
+// Of the images `first` to `end` of the constraints; the row of c counts for nothing.
+void formNorms(SmallMemory& memory, std::size_t first, std::size_t end) {
+    SmallMatrix images = imagesOf(memory);
+    images.data += first;
+    images.rows = end - first;
+    images.triangle -= first;
+    memory.kernels.inverseNorms(images, SmallestNorm, memory.inverseNorm + first);
+    memory.inverseNorm[memory.shape.m] = 0.0;
+}
+
 }  // namespace
 
 double SmallExtent::mostTold() const {
@@ -177,6 +186,14 @@ bool areShapesRight(const Problem& problem) {
            areFinite(problem.start.data(), problem.start.size());
 }
 
+bool mayRowsWait(const SmallMemory& memory) {
+    const SmallShape& shape = memory.shape;
+    constexpr std::size_t LeastVariables = 32;
+    constexpr std::size_t MostRowsPerVariable = 4;
+    return shape.n >= LeastVariables && shape.m >= shape.n &&
+           shape.m <= MostRowsPerVariable * shape.n && memory.equalities == 0;
+}
+
 bool loadMatrices(const Problem& problem, SmallMemory& memory, SmallExtent& extent) {
     extent.weight = 0.0;
     return loadHessian(problem.H, memory, extent.H) && loadRows(problem.A, memory, extent.A);
@@ -192,26 +209,34 @@ double weightOfLinear(const SmallExtent& extent) {
 
 bool formImages(SmallMemory& memory, SmallExtent& extent) {
     const SmallShape& shape = memory.shape;
-    const SmallKernels& kernels = memory.kernels;
     extent.weight = extent.isLinear() ? weightOfLinear(extent) : 0.0;
+    memory.waiting = extent.isLinear() || !mayRowsWait(memory) ? 0 : shape.m / 8 * 8;
     if (!factoriseWith(memory, extent.weight)) {
         if (extent.isLinear() || !isConvexButForRounding(memory)) {
             return false;
         }
         extent.weight = WeightOfCurvature * extent.H;
+        memory.waiting = 0;
         if (!factoriseWith(memory, extent.weight)) {
             return false;
         }
     }
     extent.leastPivot = leastPivot(memory);
     const SmallMatrix images = imagesOf(memory);
-    kernels.inverseNorms(images, SmallestNorm, memory.inverseNorm);
-    memory.inverseNorm[shape.m] = 0.0;  // the row of c
+    formNorms(memory, shape.m > 0 ? memory.waiting : shape.rows(), shape.constraints());
     for (std::size_t j = 0; j < shape.cols(); ++j) {
         memory.w[j] = images.data[j * images.leading + shape.m];
     }
     std::fill(memory.w + shape.cols(), memory.w + shape.head(), 0.0);
     return true;
+}
+
+void formWaitingImages(SmallMemory& memory) {
+    if (memory.waiting > 0) {
+        memory.kernels.formWaiting(memory.stackWithImages());
+        formNorms(memory, 0, memory.waiting);
+        memory.waiting = 0;
+    }
 }
 
 bool loadVectors(const Problem& problem, SmallMemory& memory, SmallExtent& extent) {

@@ -39,9 +39,17 @@ inline constexpr double SmallestPivot = 1e-12;
 /// of four, so that images are scaled without rounding.
 [[nodiscard]] double weightOfLinear(const SmallExtent& extent);
 
-/// Forms the images of the constraints: by H or, where that is zero or singular, by H + ρI. False
-/// where H is not convex to within rounding.
+/// Whether rows are so many that images wait until one is needed: often the minimum without
+/// constraints is the optimum in control.
+[[nodiscard]] bool mayRowsWait(const SmallMemory& memory);
+
+/// Forms the images of the constraints: by H or, where that is zero or singular, by H + ρI; then
+/// those of many rows wait until one of them is needed. False where H is not convex to within
+/// rounding.
 [[nodiscard]] bool formImages(SmallMemory& memory, SmallExtent& extent);
+
+/// Those of rows of A that have waited.
+void formWaitingImages(SmallMemory& memory);
 
 /// Copies c, sides and bounds. False where one is not a number, of an extraordinary size, or sides
 /// cross. loadMatrices() follows, or transformLinear() if the matrices are kept.

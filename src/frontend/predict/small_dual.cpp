@@ -110,64 +110,6 @@ void SmallDual::dropWrongSigns() {
     formPoint();
 }
 
-void SmallDual::begin(const WorkingSet& set) {
-    const SmallShape& shape = m_.shape;
-    factor_.clear();
-    for (std::size_t i = 0, left = m_.equalities; left > 0; ++i) {
-        if (isEquality(i)) {
-            joinUnlessDependent(i, 1.0);
-            --left;
-        }
-    }
-    const auto take = [&](const std::vector<std::size_t>& indices, std::size_t first,
-                          std::size_t count, double sign) {
-        for (const std::size_t index : indices) {
-            const std::size_t i = first + index;
-            if (index < count && !isEquality(i) &&
-                std::isfinite(sign > 0.0 ? m_.upper[i] : m_.lower[i])) {
-                joinUnlessDependent(i, sign);
-            }
-        }
-    };
-    take(set.rowsAtLower, 0, shape.m, -1.0);
-    take(set.rowsAtUpper, 0, shape.m, 1.0);
-    take(set.atLower, shape.rows(), shape.n, -1.0);
-    take(set.atUpper, shape.rows(), shape.n, 1.0);
-    dropWrongSigns();
-}
-
-bool SmallDual::beginAgain() {
-    std::size_t equalities = m_.equalities;
-    for (std::size_t k = factor_.size(); k-- > 0;) {
-        const std::size_t i = constraintOf(k);
-        const double side = m_.sign[k] > 0.0 ? m_.upper[i] : m_.lower[i];
-        if ((m_.isEquality[k] != 0.0) != isEquality(i)) {
-            return false;
-        }
-        equalities -= isEquality(i) ? 1U : 0U;
-        m_.target[k] = m_.sign[k] * m_.inverseNorm[i] * side;
-        if (!std::isfinite(side)) {
-            leave(k);
-        }
-    }
-    if (equalities == 0) {
-        dropWrongSigns();
-    }
-    return equalities == 0;
-}
-
-void SmallDual::beginWithinCaps(const WorkingSet& set) {
-    begin(set);
-    bool areWithin = true;
-    for (std::size_t k = 0; k < factor_.size(); ++k) {
-        areWithin = areWithin && (m_.isEquality[k] != 0.0 ||
-                                  m_.lambda[k] <= caps_.of(constraintOf(k), m_.sign[k]));
-    }
-    if (!areWithin) {
-        begin({});
-    }
-}
-
 // Whether what is farthest away is so by rounding only.
 bool SmallDual::isSettled(const SmallViolation& worst) {
     constexpr double ClearViolation = 1e-6;

@@ -33,6 +33,9 @@ public:
     /// the equalities are others.
     [[nodiscard]] bool beginAgain();
     [[nodiscard]] End minimise(Control& control);
+    /// Begins without members. Whether no side is beyond the minimum without constraints, which is
+    /// found without images of rows.
+    [[nodiscard]] bool beginsAtOptimum();
     /// The same from the refined point in the memory, as exact as that is, until nothing is missed
     /// by more than this, in proportion to terms. False where nothing is, or there is no minimum.
     [[nodiscard]] bool settleAround(double tolerance, Control& control);

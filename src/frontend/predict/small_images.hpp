@@ -28,6 +28,11 @@ struct Sweep {
     std::size_t leading;  ///< of the images
     std::size_t first;    ///< column of the block
 
+    HWY_INLINE const SmallTriangle& kept() const { return stack.triangles[first / Width]; }
+    HWY_INLINE void keep(const SmallTriangle& triangle) const {
+        stack.triangles[first / Width] = triangle;
+    }
+
     HWY_INLINE double* at(std::size_t row, std::size_t col) const {
         return stack.images + col * leading + row;
     }
@@ -63,6 +68,17 @@ struct Sweep {
         }
     }
 
+    /// Forms the images of data, eight rows after eight.
+    HWY_INLINE void form(std::size_t begin,
+                         std::size_t end,
+                         const Triangle<Width>& triangle) const {
+        for (std::size_t row = begin; row < end; row += OctetLanes) {
+            Panel panel = dataAt(row);
+            update(panel, row, 0);
+            finish(panel, triangle, row);
+        }
+    }
+
     HWY_INLINE void finish(Panel& panel, const Triangle<Width>& triangle, std::size_t row) const {
         finishRows(panel.columns, triangle);
         for (std::size_t c = 0; c < Width; ++c) {
@@ -86,18 +102,18 @@ bool factorise(const SmallStack& stack, double tolerance) {
     Sweep sweep{stack, height + stack.head, 0};
     for (; sweep.first < stack.cols; sweep.first += Width) {
         const std::size_t diagonal = sweep.first / OctetLanes * OctetLanes;
-        Triangle<Width> triangle;  // NOLINT(cppcoreguidelines-pro-type-member-init): written next
+        SmallTriangle triangle;  // NOLINT(cppcoreguidelines-pro-type-member-init): written next
         Panel panel = sweep.dataAt(diagonal);
         sweep.update(panel, diagonal, 0);
         if (!sweep.factorise(panel, triangle, tolerance)) {
             return false;
         }
         sweep.finish(panel, triangle, diagonal);
-        for (std::size_t row = diagonal + OctetLanes; row < height; row += OctetLanes) {
-            panel = sweep.dataAt(row);
-            sweep.update(panel, row, 0);
-            sweep.finish(panel, triangle, row);
+        if (stack.waiting > 0) {
+            sweep.keep(triangle);
         }
+        sweep.form(diagonal + OctetLanes, stack.head, triangle);
+        sweep.form(stack.head + stack.waiting, height, triangle);
         for (std::size_t row = 0; row <= diagonal; row += OctetLanes) {
             panel = sweep.identityAt(row);
             sweep.update(panel, height + row, row);
@@ -105,6 +121,14 @@ bool factorise(const SmallStack& stack, double tolerance) {
         }
     }
     return true;
+}
+
+void formWaiting(const SmallStack& stack) {
+    Sweep sweep{stack, 2 * stack.head + stack.rows, 0};
+    for (; sweep.first < stack.cols; sweep.first += Width) {
+        const SmallTriangle triangle = sweep.kept();
+        sweep.form(stack.head, stack.head + stack.waiting, triangle);
+    }
 }
 
 /// y_i := 1/‖row i‖, 0 where that is not above `smallest`.

@@ -19,13 +19,33 @@ namespace {
 
 // In the order of the members.
 SmallKernels table() {
-    return {copy,         isSymmetric,      copySides,    factorise,
-            inverseNorms, multiplyAdd,      addColumns,   multiplyTransposed,
-            project,      descend,          solveLower,   solveLowerTransposed,
-            dot,          addScaled,        gather,       addRows,
-            price,        rotate,           exactProduct, exactDot,
-            exactSides,   negativeGradient, largest,      moved,
-            misses,       weighGradient};
+    return {copy,
+            isSymmetric,
+            copySides,
+            factorise,
+            formWaiting,
+            inverseNorms,
+            multiplyAdd,
+            addColumns,
+            multiplyTransposed,
+            project,
+            descend,
+            solveLower,
+            solveLowerTransposed,
+            dot,
+            addScaled,
+            gather,
+            addRows,
+            price,
+            rotate,
+            exactProduct,
+            exactDot,
+            exactSides,
+            negativeGradient,
+            largest,
+            moved,
+            misses,
+            weighGradient};
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "frontend/algebra/instruction_set.hpp"
+#include "frontend/algebra/triangle.hpp"
 
 namespace activeset::frontend {
 
@@ -23,13 +24,18 @@ struct SmallMatrix {
     std::size_t triangle = 0;
 };
 
+/// Four columns of L on the diagonal.
+using SmallTriangle = Triangle<4>;
+
 /// [H; A; cᵀ] and what takes its place beside [I]: [L; A·L⁻ᵀ; (L⁻¹c)ᵀ; L⁻ᵀ].
 struct SmallStack {
     const double* data = nullptr;
     double* images = nullptr;
-    std::size_t head = 0;  ///< rows of H, and of I
-    std::size_t rows = 0;  ///< rows of A and c
-    std::size_t cols = 0;  ///< a multiple of four
+    SmallTriangle* triangles = nullptr;  ///< one for each four columns
+    std::size_t head = 0;                ///< rows of H, and of I
+    std::size_t rows = 0;                ///< rows of A and c
+    std::size_t cols = 0;                ///< a multiple of four
+    std::size_t waiting = 0;             ///< the first rows of A whose images may be formed later
 };
 
 /// A constraint and by how much it is violated, in proportion to the norm of its image.
@@ -141,6 +147,8 @@ struct SmallKernels {
     /// Cholesky, H = LLᵀ, and with it the images. False where a pivot is not above `tolerance`
     /// times the diagonal entry.
     bool (*factorise)(const SmallStack& stack, double tolerance);
+    /// The images of the rows that wait, with the bits that they would have had at once.
+    void (*formWaiting)(const SmallStack& stack);
     /// y_i := 1/‖row i‖, 0 where that is not above `smallest`.
     void (*inverseNorms)(const SmallMatrix& a, double smallest, double* y);
     /// y := A·x + b; without b, A·x.

@@ -45,7 +45,11 @@ public:
     /// Gives the block back: no shape and no arrays.
     void release() noexcept;
 
-    /// Parts of the data, for the kernels: all of it, H, and A with c behind it.
+    /// Parts of the data, for the kernels: all of it, with images and without, H, and A with c
+    /// behind it.
+    [[nodiscard]] SmallStack stackWithImages() {
+        return {data, images, triangles, shape.head(), shape.rows(), shape.cols(), waiting};
+    }
     [[nodiscard]] SmallMatrix stack() const {
         return {data, shape.height(), shape.cols(), shape.height(), shape.height()};
     }
@@ -94,6 +98,8 @@ public:
     double* member = nullptr;  ///< the constraint's number
     double* isEquality = nullptr;
     double* gathered = nullptr;  ///< the row of A in column k of memberRows, or −1
+    SmallTriangle triangles[MostVariables / 4];  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::size_t waiting = 0;     ///< rows of A, the first ones, whose images are not formed yet
     std::size_t equalities = 0;  ///< how many constraints have equal sides
     // sums in twice the precision: [H; A; cᵀ]·x, Aᵀy
     SmallSums products;

@@ -117,9 +117,15 @@ bool SmallProblem::solveLoaded(const Problem& problem,
                                Control& control,
                                Result& result) {
     dual_.caps().clear();
-    begin(isSetKept, set);
-    if (!minimise(problem, start, settings, control, result)) {
-        return false;
+    const double setup = control.seconds();
+    const bool isFree = isSetKept ? dual_.factor().size() == 0 : set.size() == 0;
+    const bool mayWait = isFree && mayRowsWait(memory_) && !extent_.isProximal();
+    if (!mayWait || !provesFreeMinimum(setup, problem, settings, control, result)) {
+        formWaitingImages(memory_);
+        begin(isSetKept, set);
+        if (!minimise(setup, problem, start, settings, control, result)) {
+            return false;
+        }
     }
     hasEnded_ = result.status == Status::Optimal;
     return true;
@@ -137,6 +143,7 @@ SmallProblem::SoftEnd SmallProblem::solveNextSoft(const Problem& problem,
         return SoftEnd::GivenUp;
     }
     isSetKept_ = false;
+    formWaitingImages(memory_);
     dual_.limitChanges(SmallDual::AnyChanges);
     dual_.beginWithinCaps(start.workingSet);
     const double setup = control.seconds();
@@ -214,12 +221,33 @@ void SmallProblem::begin(bool isSetKept, const WorkingSet& set) {
     }
 }
 
-bool SmallProblem::minimise(const Problem& problem,
+// Whether the minimum without constraints is the optimum.
+bool SmallProblem::provesFreeMinimum(double setup,
+                                     const Problem& problem,
+                                     const Settings& settings,
+                                     Control& control,
+                                     Result& result) {
+    control.poll();
+    if (control.mustEnd() || !dual_.beginsAtOptimum()) {
+        return false;
+    }
+    const double begin = control.seconds();
+    SmallImageRefinement refinement(memory_, dual_.factor());
+    const Proof proof = proveOptimum(
+        problem, settings.tolerance, refinement, isWellConditioned(), [](bool) { return false; },
+        result);
+    if (proof == Proof::Found) {
+        finish(setup, begin, control, result);
+    }
+    return proof == Proof::Found;
+}
+
+bool SmallProblem::minimise(double setup,
+                            const Problem& problem,
                             const WarmStart& start,
                             const Settings& settings,
                             Control& control,
                             Result& result) {
-    const double setup = control.seconds();
     control.poll();
     if (control.mustEnd()) {
         return false;

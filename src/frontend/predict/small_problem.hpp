@@ -97,8 +97,14 @@ private:
                                    const Settings& settings,
                                    Control& control,
                                    Result& result);
+    [[nodiscard]] bool provesFreeMinimum(double setup,
+                                         const Problem& problem,
+                                         const Settings& settings,
+                                         Control& control,
+                                         Result& result);
     void begin(bool isSetKept, const WorkingSet& set);
-    [[nodiscard]] bool minimise(const Problem& problem,
+    [[nodiscard]] bool minimise(double setup,
+                                const Problem& problem,
                                 const WarmStart& start,
                                 const Settings& settings,
                                 Control& control,
