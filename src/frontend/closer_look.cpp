@@ -148,26 +148,35 @@ bool mayLeadFar(const ProblemData& data, const BestPoint& best, double miss) {
 
 /// A proved point that may be far from any that meets its sides.
 struct Doubt {
-    int bits = 0;            ///< closer to look
-    bool isSerious = false;  ///< nothing is proved while it lasts
-    Vector contradiction{};  ///< weights of rows that may contradict one another
+    int bits = 0;             ///< closer to look
+    bool isSerious = false;   ///< nothing is proved while it lasts
+    bool isHopeless = false;  ///< there seems to be no point to look for
+    Vector contradiction{};   ///< weights of rows that may contradict one another
 };
 
-/// Weights by which the sides around a point contradict one another, if they clearly do; else none.
-Vector contradictionAround(ProblemCache& around,
-                           const Vector& claim,
-                           double reach,
-                           const Settings& exact,
-                           Control& control) {
+/// What is known of sides that no point was found to meet.
+struct Conflict {
+    bool isRefuted = false;  ///< there is a point
+    Vector weights{};        ///< by which they clearly contradict one another; none if unknown
+};
+
+Conflict conflictAround(ProblemCache& around,
+                        const Vector& claim,
+                        double reach,
+                        const Settings& exact,
+                        Control& control) {
     constexpr double ClearContradiction = 1e-3;
     const auto isClear = [&](const Vector& y) {
         return !y.empty() && doContradict(around.user, y, reach, ClearContradiction);
     };
     if (isClear(claim)) {
-        return claim;
+        return {false, claim};
     }
     Relaxation relaxation = relax(around.user, Vector(around.user.n, 0.0), exact, control);
-    return isClear(relaxation.y) ? std::move(relaxation.y) : Vector();
+    if (isClear(relaxation.y)) {
+        return {false, std::move(relaxation.y)};
+    }
+    return {relaxation.isSolved && relaxation.violation <= ClearContradiction};
 }
 
 /// Nothing where x misses its sides by rounding only: the nearest point that meets them is near,
@@ -196,22 +205,20 @@ std::optional<Doubt> doubtBesideRounding(ProblemCache& problem,
                    ? std::nullopt
                    : std::optional(Doubt{bitsOf(nearest.length), true});
     }
-    Doubt contradicted{bits, true};
     if (!(best.judgement().certificate.primal.relative <= RoundedSides)) {
-        return contradicted;
+        return Doubt{bits, true};
     }
-    const Vector weights = contradictionAround(around, nearest.claim,
-                                               std::ldexp(FarPoint * size, bits), exact, control);
-    if (weights.empty()) {
-        return contradicted;
+    const Conflict conflict =
+        conflictAround(around, nearest.claim, std::ldexp(FarPoint * size, bits), exact, control);
+    if (conflict.weights.empty()) {
+        return Doubt{bits, true, !conflict.isRefuted};
     }
     if (missed <= ExactToRounding * leastSize(data)) {
         return std::nullopt;
     }
-    contradicted.isSerious = false;
-    contradicted.contradiction.resize(data.m);
+    Doubt contradicted{bits, false, true, Vector(data.m)};
     for (std::size_t k = 0; k < nearby.rows.size(); ++k) {
-        contradicted.contradiction[nearby.rows[k]] = weights[k];
+        contradicted.contradiction[nearby.rows[k]] = conflict.weights[k];
     }
     return contradicted;
 }
@@ -250,8 +257,7 @@ std::optional<Farkas> lookCloser(ProblemCache& problem,
     Settings exact = settings;
     exact.tolerance = std::min(exact.tolerance, ExactToRounding);
     std::optional<Doubt> doubted = doubt(problem, best, exact, control);
-    for (int look = 0;
-         doubted && doubted->contradiction.empty() && look < MostLooks && !control.mustEnd();
+    for (int look = 0; doubted && !doubted->isHopeless && look < MostLooks && !control.mustEnd();
          ++look) {
         Magnified seen = solveMagnified(problem.scaled, best, doubted->bits, exact, control);
         if (!seen.answer.farkas && !seen.answer.isSolved) {
@@ -272,7 +278,11 @@ std::optional<Farkas> lookCloser(ProblemCache& problem,
         if (best.point().x == before) {
             break;
         }
-        doubted = doubt(problem, best, exact, control);
+        // As long as a look tells more than the one before, another one may settle it.
+        const int seenBits = std::exchange(doubted, doubt(problem, best, exact, control))->bits;
+        if (doubted && doubted->bits <= seenBits) {
+            break;
+        }
     }
     if (!doubted) {
         return std::nullopt;
