@@ -35,6 +35,19 @@ Sample nearestPoint(Numbers c, std::size_t m, Numbers A, Numbers rowUpper) {
     return {n, m, std::move(H), std::move(c), std::move(A), {}, std::move(rowUpper), {}, {}, {}};
 }
 
+/// All 40 sides are equally far beyond the first point, and each step takes in a few of them.
+TEST_F(BlockDuals, TakeInEightNewcomersAtATime) {
+    constexpr std::size_t Order = 40;
+    Numbers identity(Order * Order, 0.0);
+    for (std::size_t j = 0; j < Order; ++j) {
+        identity[j * (Order + 1)] = 1.0;
+    }
+    const frontend::DualOutcome outcome = solveAlone(
+        nearestPoint(Numbers(Order, -1.0), Order, std::move(identity), Numbers(Order, 0.0)));
+    EXPECT_EQ(outcome.end, frontend::DualOutcome::Optimal);
+    EXPECT_EQ(outcome.steps, 1 + Order / 8);
+}
+
 /// The first and the fifth multiplier become zero after three quarters of the way; the fourth has
 /// no sign to keep.
 TEST_F(BlockDuals, FollowAPathUntilASignWouldChange) {
