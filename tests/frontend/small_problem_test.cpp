@@ -266,5 +266,26 @@ TEST_F(SmallProblems, LeaveTheRestAlone) {
     EXPECT_TRUE(solveSmall(solver, {.H = {one, 1, 1}}));
 }
 
+/// The dual method takes some 3000 steps here.
+TEST_F(SmallProblems, KeepTheirDigitsOnTheWay) {
+    constexpr std::size_t N = 200;
+    constexpr std::size_t M = 400;
+    std::mt19937_64 random(1);
+    std::normal_distribution<double> number;
+    Numbers A(M * N);
+    Numbers c(N);
+    std::ranges::generate(A, [&] { return number(random); });
+    std::ranges::generate(c, [&] { return number(random); });
+    Numbers upper(M, 2.0);  // beyond the values of a point
+    for (std::size_t k = 0; k < M * N; ++k) {
+        upper[k % M] += k / M % 2 == 0 ? 2.5 * A[k] : 0.0;
+    }
+    const Numbers box(N, 10.0);
+    const Numbers none(N, 0.0);
+    SmallProblem solver;
+    EXPECT_TRUE(solveSmall(
+        solver, {.c = c, .A = {A, M, N}, .rowUpper = upper, .lower = none, .upper = box}));
+}
+
 }  // namespace
 }  // namespace activeset::test

@@ -213,26 +213,37 @@ TEST_F(SmallWays, AreCorrectedWhereThatIsDue) {
     }
 }
 
-/// More steps than 3n + m/8 are needed for seven rows; rows of zeros, which only raise the limit,
-/// make room for them.
-TEST_F(SmallWays, AreLeftToTheGeneralRoadAfterALimitOfSteps) {
-    SmallProblem road;
+/// More steps than 3n + m/8, but no more than 4n, are needed for seven rows; rows of zeros, which
+/// only raise the limit, make room for them.
+TEST_F(SmallWays, AreGivenUpAfterALimitOfSteps) {
     const Numbers c{-28.0, 5.0};
     const Numbers H{1.0, 0.0, 0.0, 1.0};
     const Numbers first{5.0, 5.0, 4.0, -7.0, 4.0, 0.0, 2.0};
     const Numbers second{9.0, -5.0, -10.0, 0.0, -7.0, 8.0, 6.0};
-    const auto solveWith = [&](std::size_t m) {
+    const auto solveWith = [&](std::size_t m, std::size_t stepsPerVariable) {
         Numbers A(2 * m, 0.0);
         Numbers upper{2.0, 8.0, 2.0, 1.0, 2.0, 3.0, 0.0};
         upper.resize(m, 1.0);
         std::ranges::copy(first, A.begin());
         std::ranges::copy(second, A.begin() + static_cast<std::ptrdiff_t>(m));
-        return solveSmall(road, {.H = {H, 2, 2}, .c = c, .A = {A, m, 2}, .rowUpper = upper});
+        const Problem problem{.H = {H, 2, 2}, .c = c, .A = {A, m, 2}, .rowUpper = upper};
+        frontend::SmallMemory memory;
+        frontend::SmallExtent extent;
+        memory.reshape({2, m});
+        EXPECT_TRUE(loadVectors(problem, memory, extent) && loadMatrices(problem, memory, extent) &&
+                    formImages(memory, extent));
+        formWaitingImages(memory);
+        frontend::SmallDual dual(memory);
+        dual.limitSteps(stepsPerVariable);
+        dual.begin({});
+        const Settings settings;
+        Control control(settings, Limit);
+        return dual.minimise(control);
     };
-    EXPECT_FALSE(solveWith(7));
-    const std::optional<Result> result = solveWith(64);
-    ASSERT_TRUE(result);
-    EXPECT_GT(result->iterations.dual, 6U);
+    using End = frontend::SmallDual::End;
+    EXPECT_EQ(solveWith(7, 3), End::GivenUp);
+    EXPECT_EQ(solveWith(7, 4), End::Optimal);
+    EXPECT_EQ(solveWith(64, 3), End::Optimal);
 }
 
 }  // namespace

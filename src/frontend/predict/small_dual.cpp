@@ -14,11 +14,12 @@ namespace {
 constexpr double ViolationRounding = 1e-13;
 // ‖u‖ of a row that the members combine to; the norm of its image is 1.
 constexpr double DependentImage = 1e-10;
-// With a shorter u the point depends on the last digits of the sides.
-constexpr double TooClose = 1e-7;
 // A smaller change of a multiplier is rounding.
 constexpr double NegligibleChange = 1e-13;
 constexpr std::size_t StepsBetweenPolls = 8;
+// After so many steps for each variable the factor, which has taken up their rounding, is formed
+// anew.
+constexpr std::size_t StepsOfFactor = 6;
 
 }  // namespace
 
@@ -44,16 +45,6 @@ void SmallDual::join(std::size_t i, double sign, double squaredNorm, double mult
     m_.isEquality[k] = isEquality(i) ? 1.0 : 0.0;
     m_.target[k] = sign * m_.inverseNorm[i] * (sign > 0.0 ? m_.upper[i] : m_.lower[i]);
     m_.lambda[k] = multiplier;
-}
-
-void SmallDual::joinUnlessDependent(std::size_t i, double sign) {
-    if (factor_.size() < m_.shape.n && m_.inverseNorm[i] > 0.0) {
-        gather(i, sign);
-        const double squaredNorm = factor_.project();
-        if (squaredNorm > TooClose * TooClose) {
-            join(i, sign, squaredNorm, 0.0);
-        }
-    }
 }
 
 void SmallDual::leave(std::size_t k) {
@@ -88,26 +79,6 @@ void SmallDual::formPoint() {
     if (factor_.size() > 0) {
         m_.kernels.multiplyAdd(factor_.orthogonal(), m_.r, m_.z, m_.z);
     }
-}
-
-void SmallDual::dropWrongSigns() {
-    formCoefficients();
-    formMultipliers();
-    dropped_ = steps_ = 0;
-    for (bool hasDropped = true; hasDropped && dropped_ <= mostChanges_;) {
-        hasDropped = false;
-        for (std::size_t k = factor_.size(); k-- > 0;) {
-            if (m_.isEquality[k] == 0.0 && m_.lambda[k] < 0.0) {
-                leave(k);
-                ++dropped_;
-                hasDropped = true;
-            }
-        }
-        if (hasDropped) {
-            formMultipliers();
-        }
-    }
-    formPoint();
 }
 
 // Whether what is farthest away is so by rounding only.
@@ -177,7 +148,7 @@ SmallDual::End SmallDual::pull(std::size_t i) {
         const double squaredNorm = factor_.project();
         const bool isDependent =
             !(squaredNorm > DependentImage * DependentImage) || factor_.size() == m_.shape.n;
-        if (!isDependent && squaredNorm < TooClose * TooClose) {
+        if (!isDependent && squaredNorm < TooCloseImage * TooCloseImage) {
             return End::GivenUp;
         }
         const double whole = isDependent ? Infinity : distance / squaredNorm;
@@ -210,12 +181,28 @@ SmallDual::End SmallDual::pull(std::size_t i) {
     return End::GivenUp;
 }
 
+// Long runs go by stretches. A worn factor may even see a contradiction where there is none.
 SmallDual::End SmallDual::minimise(Control& control) {
     size_ = std::sqrt(m_.kernels.dot(m_.w, m_.w, m_.shape.head()));
-    return dropped_ <= mostChanges_ ? pullUntilSettled(control) : End::GivenUp;
+    if (dropped_ > mostChanges_) {
+        return End::GivenUp;
+    }
+    const std::size_t stretch = StepsOfFactor * m_.shape.n;
+    std::optional<End> end = pullUntilSettled(stretch, control);
+    while (!end || (end != End::GivenUp && steps_ > stretch)) {
+        renewFactor();
+        const std::size_t before = steps_;
+        end = pullUntilSettled(stretch, control);
+        if (end && steps_ < before + m_.shape.n) {
+            break;
+        }
+    }
+    return *end;
 }
 
-SmallDual::End SmallDual::pullUntilSettled(Control& control) {
+// Nothing if it takes more steps.
+std::optional<SmallDual::End> SmallDual::pullUntilSettled(std::size_t most, Control& control) {
+    const std::size_t last = most < AnyChanges - steps_ ? steps_ + most : AnyChanges;
     // Without rows of A there is only that of c before the bounds.
     const std::size_t first = m_.shape.m > 0 ? 0 : m_.shape.rows();
     SmallMatrix priced = images();
@@ -232,6 +219,9 @@ SmallDual::End SmallDual::pullUntilSettled(Control& control) {
         }
         if (round % StepsBetweenPolls == 0) {
             control.poll();
+        }
+        if (steps_ > last) {
+            return std::nullopt;
         }
         end = control.mustEnd() ? End::GivenUp : pull(first + worst.index);
     }

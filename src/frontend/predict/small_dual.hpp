@@ -3,6 +3,7 @@
 #define ACTIVESET_SRC_FRONTEND_PREDICT_SMALL_DUAL_HPP
 
 #include <limits>
+#include <optional>
 #include <vector>
 
 #include "frontend/core/control.hpp"
@@ -13,6 +14,8 @@ namespace activeset::frontend {
 
 /// Less than this is left of an image, its norm 1, beside the members: it nearly depends on them.
 inline constexpr double NearlyDependentImage = 1e-4;
+/// With less left, the point depends on the last digits of the sides.
+inline constexpr double TooCloseImage = 1e-7;
 
 /// With z = Lᵀx and w = L⁻¹c: min ½‖z + w‖² subject to sides of m_iᵀz, m_i the images of the
 /// constraints. Leaves in the memory z, the members of the working set with their multipliers, in
@@ -120,9 +123,11 @@ private:
     void leadInto(const double* members, double* to);
     void findWay(NearSide& side);
     [[nodiscard]] bool isSettled(const SmallViolation& worst);
-    [[nodiscard]] End pullUntilSettled(Control& control);
+    [[nodiscard]] std::optional<End> pullUntilSettled(std::size_t most, Control& control);
     [[nodiscard]] End pull(std::size_t i);
     void moveSides(double tolerance);
+    void leadToSides();
+    void renewFactor();
     void move(double step, bool isDependent);
 
     /// How far a newcomer's multiplier grows, and what happens then.

@@ -1,10 +1,41 @@
-// Where the dual method of the small road begins.
+// Where the dual method of the small road begins: with which members, and with which factor of
+// them.
 #include <algorithm>
 #include <cmath>
 
 #include "frontend/predict/small_dual.hpp"
 
 namespace activeset::frontend {
+
+void SmallDual::joinUnlessDependent(std::size_t i, double sign) {
+    if (factor_.size() < m_.shape.n && m_.inverseNorm[i] > 0.0) {
+        gather(i, sign);
+        const double squaredNorm = factor_.project();
+        if (squaredNorm > TooCloseImage * TooCloseImage) {
+            join(i, sign, squaredNorm, 0.0);
+        }
+    }
+}
+
+void SmallDual::dropWrongSigns() {
+    formCoefficients();
+    formMultipliers();
+    dropped_ = steps_ = 0;
+    for (bool hasDropped = true; hasDropped && dropped_ <= mostChanges_;) {
+        hasDropped = false;
+        for (std::size_t k = factor_.size(); k-- > 0;) {
+            if (m_.isEquality[k] == 0.0 && m_.lambda[k] < 0.0) {
+                leave(k);
+                ++dropped_;
+                hasDropped = true;
+            }
+        }
+        if (hasDropped) {
+            formMultipliers();
+        }
+    }
+    formPoint();
+}
 
 void SmallDual::begin(const WorkingSet& set) {
     const SmallShape& shape = m_.shape;
@@ -89,6 +120,21 @@ bool SmallDual::beginsAtOptimum() {
                                     part.rows, missed);
     }
     return areMet;
+}
+
+// Of the same members, and what follows from it.
+void SmallDual::renewFactor() {
+    const std::size_t size = factor_.size();
+    factor_.clear();
+    for (std::size_t k = 0; k < size; ++k) {
+        gather(constraintOf(k), m_.sign[k]);
+        factor_.append(factor_.project());
+    }
+    const std::size_t dropped = dropped_;
+    const std::size_t steps = steps_;
+    dropWrongSigns();
+    dropped_ += dropped;
+    steps_ = steps;
 }
 
 }  // namespace activeset::frontend

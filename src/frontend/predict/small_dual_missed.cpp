@@ -61,10 +61,10 @@ bool SmallDual::settleAround(double tolerance, Control& control) {
     for (const double* array : sides) {
         saved.insert(saved.end(), array, array + count);
     }
+    leadToSides();
     moveSides(0.5 * tolerance);
-    std::fill_n(m_.z, m_.shape.head(), 0.0);
     size_ = 0.0;
-    const End end = pullUntilSettled(control);
+    const std::optional<End> end = pullUntilSettled(AnyChanges, control);
     auto from = saved.begin();
     for (double* array : sides) {
         std::copy_n(from, count, array);
@@ -87,9 +87,8 @@ void SmallDual::moveSides(double tolerance) {
     }
 }
 
-bool SmallDual::areSidesMetNearby() {
-    constexpr double NearbyPoint = 1e-6;  // in proportion to the largest variable
-    const SmallShape& shape = m_.shape;
+// memory.z := the step from the refined point to where all members meet their sides.
+void SmallDual::leadToSides() {
     const std::size_t size = factor_.size();
     std::fill_n(m_.s, SmallShape::upTo(size, 8), 0.0);
     for (std::size_t k = 0; k < size; ++k) {
@@ -99,6 +98,12 @@ bool SmallDual::areSidesMetNearby() {
                   (m_.sign[k] > 0.0 ? -place.above(m_.upper[i]) : -place.below(m_.lower[i]));
     }
     leadInto(m_.s, m_.z);
+}
+
+bool SmallDual::areSidesMetNearby() {
+    constexpr double NearbyPoint = 1e-6;  // in proportion to the largest variable
+    const SmallShape& shape = m_.shape;
+    leadToSides();
     static_cast<void>(
         m_.kernels.price(images(), m_.z, m_.lowest, m_.highest, m_.inverseNorm, m_.values));
     for (std::size_t i = 0; i < shape.constraints(); ++i) {

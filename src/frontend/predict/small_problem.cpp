@@ -207,8 +207,8 @@ bool SmallProblem::load(const Problem& problem) {
 
 // Of the matrices that were loaded.
 bool SmallProblem::formImagesOnce() {
-    constexpr std::size_t Steps = 3;
-    constexpr std::size_t StepsOfProximal = 12;  // the general road takes as many
+    constexpr std::size_t Steps = 8;
+    constexpr std::size_t StepsOfProximal = 24;
     matrices_ = formImages(memory_, extent_) ? Matrices::Ready : Matrices::Unfit;
     dual_.limitSteps(extent_.isProximal() ? StepsOfProximal : Steps);
     return matrices_ == Matrices::Ready;
