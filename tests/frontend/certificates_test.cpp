@@ -2,6 +2,7 @@
 #include "frontend/proof/certificate.hpp"
 
 #include "frontend/generator.hpp"
+#include "frontend/loop/caller_proofs.hpp"
 #include "frontend/proof/contradiction.hpp"
 #include "frontend/proof/farkas.hpp"
 #include "frontend/proof/gap_correction.hpp"
@@ -164,6 +165,16 @@ TEST_F(Certificates, OfUnboundednessAreUndoneByCurvatureSidesAndAscent) {
     s.upper.clear();
     s.rowUpper = {1e9};
     EXPECT_FALSE(isProof({0.0, 1.0}));
+}
+
+// ½x₁² − x₀: proximal steps leave rounding in x₁.
+TEST_F(Certificates, OfUnboundednessLeaveRoundingOut) {
+    const Sample s{2, 0, {0, 0, 0, 1}, {-1, 0}, {}, {}, {}, {}, {}, {}};
+    const frontend::ProblemCache problem(dataOf(s));
+    const auto ray = frontend::provenRay(problem, {1.0, 3e-16});
+    ASSERT_TRUE(ray);
+    EXPECT_EQ(ray->direction, Numbers({1.0, 0.0}));
+    EXPECT_FALSE(frontend::provenRay(problem, {1.0, 1e-7}));
 }
 
 // H = vvᵀ + 2⁻³⁶·11ᵀ with v = (3, 3, −2, 3) and 2⁻³⁷ more at the end: the optimum of −7e10 is at

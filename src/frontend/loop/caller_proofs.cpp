@@ -27,6 +27,25 @@ bool isRefuted(const Farkas& farkas, const ProblemCache& problem, const BestPoin
     return size >= 0.5 * farkas.radius;
 }
 
+// Scaled to a largest entry of 1 if that keeps the proof; a power of two always keeps it.
+std::optional<ProvenRay> scaledToProof(const ProblemData& users, const Vector& direction) {
+    const double length = largestMagnitude(direction);
+    if (!(length > 0.0 && length < Infinity)) {
+        return std::nullopt;
+    }
+    for (const double unit : {length, std::ldexp(1.0, std::ilogb(length))}) {
+        Vector candidate = direction;
+        for (double& entry : candidate) {
+            entry /= unit;
+        }
+        const Ray ray = judgeRay(users, candidate);
+        if (holds(ray, RayTolerance, leastSize(users))) {
+            return ProvenRay{std::move(candidate), ray.residual};
+        }
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<Farkas> provenFarkas(const ProblemCache& problem, Vector y, const BestPoint& best) {
@@ -50,21 +69,12 @@ std::optional<Farkas> provenFarkasFar(const ProblemCache& problem,
 }
 
 std::optional<ProvenRay> provenRay(const ProblemCache& problem, const Vector& direction) {
-    Vector users = alongSides(problem.scaled, direction);
-    users = problem.scaling.unscaledVariables(std::move(users));
-    const double length = largestMagnitude(users);
-    if (!(length > 0.0 && length < Infinity)) {
-        return std::nullopt;
-    }
-    // Scaled to a largest entry of 1 if that keeps the proof; a power of two always keeps it.
-    for (const double unit : {length, std::ldexp(1.0, std::ilogb(length))}) {
-        Vector candidate = users;
-        for (double& entry : candidate) {
-            entry /= unit;
-        }
-        const Ray ray = judgeRay(problem.user, candidate);
-        if (holds(ray, RayTolerance, leastSize(problem.user))) {
-            return ProvenRay{std::move(candidate), ray.residual};
+    for (const SmallEntries small : {SmallEntries::Kept, SmallEntries::Zero}) {
+        std::optional<ProvenRay> ray = scaledToProof(
+            problem.user,
+            problem.scaling.unscaledVariables(alongSides(problem.scaled, direction, small)));
+        if (ray) {
+            return ray;
         }
     }
     return std::nullopt;

@@ -184,13 +184,15 @@ bool isDoubtful(const ProblemData& data, const Vector& direction) {
     return PivotedQr(std::move(columns)).isNearlyDependent();
 }
 
-Vector alongSides(const ProblemData& data, Vector direction) {
+Vector alongSides(const ProblemData& data, Vector direction, SmallEntries small) {
+    const bool areKept = small == SmallEntries::Kept;
     const double length = largestMagnitude(direction);
     std::vector<std::size_t> free;
     for (std::size_t j = 0; j < data.n; ++j) {
         const bool isBounded = data.lower[j] > -Infinity || data.upper[j] < Infinity;
         const bool isFixed = data.lower[j] > -Infinity && data.upper[j] < Infinity;
-        const double least = (isBounded ? NegligibleEntry : NegligibleFreeEntry) * length;
+        const double least =
+            (areKept && !isBounded ? NegligibleFreeEntry : NegligibleEntry) * length;
         if (isFixed || std::abs(direction[j]) <= least) {
             direction[j] = 0.0;
         } else {

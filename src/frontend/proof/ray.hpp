@@ -25,8 +25,11 @@ struct Ray {
 /// direction nearby that meets them.
 [[nodiscard]] bool isDoubtful(const ProblemData& data, const Vector& direction);
 
+/// Whether entries of variables without bounds become zero where they may be rounding. They may
+/// also belong to variables that are far smaller than others.
+enum class SmallEntries { Kept, Zero };
 /// Corrects a direction that nearly runs along sides so that it does.
-[[nodiscard]] Vector alongSides(const ProblemData& data, Vector direction);
+[[nodiscard]] Vector alongSides(const ProblemData& data, Vector direction, SmallEntries small);
 
 }  // namespace activeset::frontend
 
