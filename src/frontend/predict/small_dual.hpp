@@ -59,9 +59,6 @@ public:
     /// The members, and what is beyond its side, of the problem with penalties.
     [[nodiscard]] WorkingSet softSet() const;
 
-    /// Makes members of the sides without multipliers that the point in the memory misses by more
-    /// than this, in proportion to their terms. False where none is, or they depend on members.
-    [[nodiscard]] bool holdMissed(double tolerance);
     /// Whether a point beside the refined one in the memory, where all members meet their sides,
     /// meets all others, too.
     [[nodiscard]] bool areSidesMetNearby();
@@ -95,7 +92,6 @@ private:
     [[nodiscard]] bool repeatsMember(std::size_t i) const;
     [[nodiscard]] bool isNearSide(std::size_t i) const;
     [[nodiscard]] bool isBeyond(std::size_t i, double tolerance, double move) const;
-    [[nodiscard]] bool isMissed(std::size_t i, double tolerance) const;
     [[nodiscard]] double signOfNearSide(std::size_t i) const;
     [[nodiscard]] bool isWayInShort();
     [[nodiscard]] bool isWayOpen();

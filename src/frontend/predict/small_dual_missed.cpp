@@ -17,40 +17,6 @@ bool SmallDual::isBeyond(std::size_t i, double tolerance, double move) const {
     return std::max(above, below) > tolerance * (place.scale + side);
 }
 
-bool SmallDual::isMissed(std::size_t i, double tolerance) const {
-    return isBeyond(i, tolerance, 0.0);
-}
-
-// Where more constraints than the members have the point on their sides, it misses some by the
-// rounding of the others. The multipliers of these are rounding, too.
-bool SmallDual::holdMissed(double tolerance) {
-    constexpr double MostRounding = 1e-11;  // in proportion to terms
-    const SmallShape& shape = m_.shape;
-    const std::size_t before = factor_.size();
-    for (std::size_t i = 0; i < shape.constraints(); ++i) {
-        if (isMissed(i, MostRounding)) {
-            return false;
-        }
-    }
-    for (std::size_t i = 0; i < shape.constraints(); ++i) {
-        if (m_.multipliers[i] != 0.0 || !isMissed(i, tolerance)) {
-            continue;
-        }
-        const double sign = signOfNearSide(i);
-        if (factor_.size() == shape.n) {
-            return false;
-        }
-        gather(i, sign);
-        const double squaredNorm = factor_.project();
-        if (squaredNorm < NearlyDependentImage * NearlyDependentImage) {
-            return false;
-        }
-        join(i, sign, squaredNorm, 0.0);
-    }
-    std::copy_n(m_.x, shape.head(), m_.values + shape.rows());
-    return factor_.size() > before;
-}
-
 // In place of x stands how far it is from the point of memory.x, and sides lose the values there.
 // So all that is small has as many digits as any number.
 bool SmallDual::settleAround(double tolerance, Control& control) {

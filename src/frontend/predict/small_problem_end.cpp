@@ -78,7 +78,7 @@ SmallProblem::Proof SmallProblem::proveOptimum(const Problem& problem,
     return Proof::Found;
 }
 
-// What the point misses by rounding is held, too, or looked at closely.
+// What the point misses by rounding is looked at closely.
 bool SmallProblem::proveDual(const Problem& problem,
                              double tolerance,
                              Control& control,
@@ -89,8 +89,7 @@ bool SmallProblem::proveDual(const Problem& problem,
     };
     Proof proof = Proof::Missed;
     for (int round = 0; round < MostProofs && proof == Proof::Missed; ++round) {
-        if (round > 0 && !dual_.holdMissed(FeasibleSide) &&
-            !dual_.settleAround(FeasibleSide, control)) {
+        if (round > 0 && !dual_.settleAround(FeasibleSide, control)) {
             return false;
         }
         SmallImageRefinement refinement(memory_, dual_.factor());
