@@ -214,6 +214,28 @@ TEST_F(SmallProblems, MayBeLinearWithCostsThatJump) {
     }
 }
 
+/// Two equalities differ by 10⁻⁷ in x₂ and by 10⁻¹⁶ along the first of them: rounded, the second
+/// one lets go a whole unit of x₁.
+TEST_F(SmallProblems, SeeThatNearlyParallelEqualitiesLeaveOnePoint) {
+    constexpr double e = 0x1p-30;
+    const Numbers H{1.0, 2.0, 2.0, 8.0};
+    const Numbers c{-7.0, 8.0};
+    const Numbers rows{e, e, 1.0, 1.0 + 0x1p-23};
+    const Numbers sides{2.0 - e, 2.0 + 0x1p-22 - e};
+    const Numbers lower{-4.0, -Infinity};
+    const Numbers upper{0.0, 3.0};
+    const Result result = solve({.H = {H, 2, 2},
+                                 .c = c,
+                                 .A = {rows, 2, 2},
+                                 .rowLower = sides,
+                                 .rowUpper = sides,
+                                 .lower = lower,
+                                 .upper = upper});
+    ASSERT_EQ(result.status, Status::Optimal);
+    EXPECT_EQ(result.x, (Numbers{-1.0, 2.0}));
+    EXPECT_EQ(result.objective, 35.5);
+}
+
 /// Gaps between columns, storage by rows, and a Hessian that is symmetric only up to rounding.
 TEST_F(SmallProblems, AreReadInAnyOrder) {
     for (unsigned seed = 1; seed < 60; seed += 2) {

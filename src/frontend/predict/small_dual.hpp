@@ -113,7 +113,8 @@ private:
         std::vector<double> image;
         std::vector<double> way{};  ///< among the images; found where it is needed
         double slope = 0.0;         ///< of the depth in this side, along the way
-        bool isHeld = false;        ///< whether no way leads into it
+        bool isMissed = false;
+        bool isHeld = false;  ///< whether no way leads into it
     };
     [[nodiscard]] std::vector<NearSide> nearSides();
     void leadInto(const double* members, double* to);

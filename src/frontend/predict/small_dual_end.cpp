@@ -118,6 +118,7 @@ std::vector<SmallDual::NearSide> SmallDual::nearSides() {
         if (isNearSide(i)) {
             gather(i, signOfNearSide(i));
             sides.push_back({.image = {m_.g, m_.g + m_.shape.head()}});
+            sides.back().isMissed = isBeyond(i, NegligibleMiss, 0.0);
         }
     }
     return sides;
@@ -144,7 +145,7 @@ void SmallDual::findWay(NearSide& side) {
         m_.p[k] = std::max(0.0, share);
         side.slope += m_.p[k] * share;
     }
-    side.isHeld = factor_.size() == m_.shape.n && (areOpposite || areNone);
+    side.isHeld = factor_.size() == m_.shape.n && (areOpposite || (areNone && !side.isMissed));
     side.way.resize(m_.shape.head());
     leadInto(m_.p, side.way.data());
 }
@@ -152,7 +153,8 @@ void SmallDual::findWay(NearSide& side) {
 // memory.z: a step that leads into all members that are inequalities, then into the other sides,
 // whose images the members combine to. At a vertex a side opposite to all members that are
 // inequalities, and clearly so, holds x where it is: no feasible point is farther away than what is
-// missed. So does one that depends on equalities alone. Where no way is found for others, sides
+// missed. So does one that depends on equalities alone and is met: what misses it may be the
+// rounding of a small difference, too. Where no way is found for others, sides
 // hold x from all around, if by slight differences: these count as the rounding of entries that
 // look rounded.
 bool SmallDual::isWayInShort() {
