@@ -274,7 +274,7 @@ std::optional<Farkas> lookCloser(ProblemCache& problem,
         // What the optimum costs more counts as gap, unless its own is smaller.
         best.widenGap(std::abs(seen.rise / problem.scaling.objective) / sizeOf(problem, best));
         const Vector before = best.point().x;
-        best.polish(std::move(seen.answer.point), seen.answer.set);
+        best.polishSides(std::move(seen.answer.point), seen.answer.set);
         if (best.point().x == before) {
             break;
         }

@@ -133,7 +133,9 @@ void releaseWorkspaces() noexcept {
 
 namespace {
 
+/// @param reached  where to begin, unless empty
 Result solveGenerally(const Problem& problem,
+                      const WorkingSet& reached,
                       const Settings& settings,
                       frontend::Control& control) {
     frontend::HessianScan scan;
@@ -151,9 +153,8 @@ Result solveGenerally(const Problem& problem,
     if (warm == nullptr && !problem.start.empty()) {
         start.assign(problem.start.data(), problem.start.data() + problem.start.size());
     }
-    Result result = frontend::solveConvexified(*cache, std::move(start),
-                                               warm != nullptr ? warm->workingSet : WorkingSet(),
-                                               settings, control);
+    const WorkingSet& set = reached.size() == 0 && warm != nullptr ? warm->workingSet : reached;
+    Result result = frontend::solveConvexified(*cache, std::move(start), set, settings, control);
     if (settings.keepFactors) {
         result.factors = frontend::keptFactors(cache, result);
     }
@@ -186,7 +187,7 @@ Result solve(const Problem& problem, const Settings& settings) {
         result = solveWithPenalties(problem, settings, control);
     } else if (frontend::SmallProblem& small = frontend::SmallProblem::ofThread();
                !small.solve(problem, settings, control, result)) {
-        result = solveGenerally(problem, settings, control);
+        result = solveGenerally(problem, small.reached(), settings, control);
     } else if (settings.keepFactors) {
         result.factors = frontend::keptFactors(small, problem, result);
     }

@@ -31,10 +31,15 @@ bool isBetter(const Judgement& a, const Judgement& b) {
 }  // namespace
 
 void BestPoint::consider(Point point, const WorkingSet& set) {
+    take(std::move(point), set, isBetter);
+}
+
+template <class IsTaken>
+void BestPoint::take(Point point, const WorkingSet& set, IsTaken isTaken) {
     const Polishing polishing(control_);
     Point users = problem_.scaling.unscaled(point);
     const Judgement judgement = judged(point, set, users);
-    if (isEmpty() || isBetter(judgement, judgement_) ||
+    if (isEmpty() || isTaken(judgement, judgement_) ||
         (!areFinite(point_.x) && areFinite(point.x))) {
         point_ = std::move(point);
         usersPoint_ = std::move(users);
@@ -60,6 +65,14 @@ void BestPoint::polish(Point point, const WorkingSet& set) {
     if (!isProved() || errorOf(judgement_.certificate) > ToTheLastDigit) {
         considerRefined(std::move(point), set);
     }
+}
+
+void BestPoint::polishSides(Point point, const WorkingSet& set) {
+    polish(point, set);
+    take(std::move(point), set, [this](const Judgement& judgement, const Judgement& best) {
+        return judgement.certificate.primal.relative < best.certificate.primal.relative &&
+               judgement.certificate.holds(std::min(settings_.tolerance, ExactToRounding));
+    });
 }
 
 void BestPoint::considerAlongFlat() {

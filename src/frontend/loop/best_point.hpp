@@ -24,6 +24,9 @@ public:
     void considerRefined(Point point, const WorkingSet& set);
     /// Considers the point, and unless it is exact the refined one.
     void polish(Point point, const WorkingSet& set);
+    /// Polishes; then keeps the point if it misses its sides by less and is solved as far as
+    /// doubles can.
+    void polishSides(Point point, const WorkingSet& set);
     /// Considers the solution of the best point's set with all curvature, also such as elsewhere
     /// counts as none because it may be rounding.
     void considerAlongFlat();
@@ -48,6 +51,9 @@ public:
     [[nodiscard]] std::size_t corrections() const { return corrections_; }
 
 private:
+    /// Keeps the point if `isTaken` says so of its judgement and the best one's.
+    template <class IsTaken>
+    void take(Point point, const WorkingSet& set, IsTaken isTaken);
     /// Leaves the point, which is given in the caller's variables as well, settled there.
     [[nodiscard]] Judgement judged(const Point& point, const WorkingSet& set, Point& users);
 

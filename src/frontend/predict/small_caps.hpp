@@ -31,7 +31,7 @@ public:
     }
     [[nodiscard]] bool areAnyBeyond() const { return turned_ > 0; }
     /// 1 where the upper side is turned round, −1 where the lower one is.
-    [[nodiscard]] int beyond(std::size_t i) const { return beyond_[i]; }
+    [[nodiscard]] int beyond(std::size_t i) const { return areThere_ ? beyond_[i] : 0; }
     /// @pre memory.g is the image of constraint i with this sign, its norm 1
     void turn(std::size_t i, double sign);
 

@@ -56,7 +56,7 @@ public:
     [[nodiscard]] SmallCaps& caps() { return caps_; }
     /// Begins without the members of a working set whose multipliers are above their caps.
     void beginWithinCaps(const WorkingSet& set);
-    /// The members, and what is beyond its side, of the problem with penalties.
+    /// The members, and what is beyond its side if there are penalties.
     [[nodiscard]] WorkingSet softSet() const;
 
     /// Whether a point beside the refined one in the memory, where all members meet their sides,

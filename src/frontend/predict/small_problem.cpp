@@ -43,6 +43,7 @@ bool SmallProblem::solve(const Problem& problem,
                          Result& result) {
     static const WarmStart none;
     const WarmStart& start = problem.warmStart != nullptr ? *problem.warmStart : none;
+    hasReached_ = false;
     if (!suits(settings)) {
         return false;
     }
@@ -68,7 +69,7 @@ bool SmallProblem::solveByGuess(const Problem& problem,
                                 Control& control,
                                 Result& result) {
     matrices_ = Matrices::Unfit;
-    hasEnded_ = false;
+    hasEnded_ = hasReached_ = false;
     memory_.reshape(shapeOf(problem));
     if (!loadVectors(problem, memory_, extent_) || !loadMatrices(problem, memory_, extent_)) {
         return false;
@@ -168,19 +169,19 @@ bool SmallProblem::loadNext(const Problem& problem, bool areMatricesKept, bool i
     if (!areMatricesKept) {
         matrices_ = Matrices::Unknown;
     }
-    hasEnded_ = false;
+    hasEnded_ = hasReached_ = false;
     return isWanted && matrices_ != Matrices::Unfit && fitsMemory(problem) && load(problem);
 }
 
 void SmallProblem::release() noexcept {
     memory_.release();
     matrices_ = Matrices::Unknown;
-    hasEnded_ = false;
+    hasEnded_ = hasReached_ = false;
 }
 
 void SmallProblem::keepMatrices(const Problem& problem) {
     matrices_ = Matrices::Unknown;
-    hasEnded_ = false;
+    hasEnded_ = hasReached_ = false;
     if (!isSmall(problem) || !load(problem)) {
         matrices_ = Matrices::Unfit;
     }
@@ -254,6 +255,7 @@ bool SmallProblem::minimise(double setup,
     }
     const SmallDual::End end = dual_.minimise(control);
     const double begin = control.seconds();
+    hasReached_ = end == SmallDual::End::Optimal && !extent_.isProximal();
     const bool isProved = end == SmallDual::End::Contradiction
                               ? writeContradiction(problem, start, extent_, memory_,
                                                    multipliersOf(memory_, dual_), result)
@@ -261,6 +263,7 @@ bool SmallProblem::minimise(double setup,
                                     proveDual(problem, settings.tolerance, control, result);
     if (isProved) {
         finish(setup, begin, control, result);
+        hasReached_ = false;
     }
     return isProved;
 }

@@ -58,6 +58,10 @@ public:
                                         Control& control,
                                         Result& result,
                                         WorkingSet& predicted);
+    /// The members of an optimum that the last solve has found and not proved; else none.
+    [[nodiscard]] WorkingSet reached() const {
+        return hasReached_ ? dual_.softSet() : WorkingSet();
+    }
     /// Of the dual method, in the last solve.
     [[nodiscard]] std::size_t steps() const { return dual_.steps(); }
     /// Of the working set, in the last solve, but for members to begin with.
@@ -143,8 +147,9 @@ private:
     enum class Matrices { Unknown, Unfit, Ready };
     Matrices matrices_ = Matrices::Unknown;
     bool areSetsListed_ = true;
-    bool hasEnded_ = false;   ///< at an optimum, whose working set is still factorised
-    bool isSetKept_ = false;  ///< the solve began with that
+    bool hasEnded_ = false;    ///< at an optimum, whose working set is still factorised
+    bool hasReached_ = false;  ///< at one that is not proved
+    bool isSetKept_ = false;   ///< the solve began with that
 };
 
 }  // namespace activeset::frontend
