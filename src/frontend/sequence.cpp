@@ -231,11 +231,13 @@ Result Sequence::solveGenerally(const Problem& problem,
         }
     }
     prepare(problem, data);
-    Result result = solveConvexified(*cache_, last_.x, last_.workingSet, settings, control);
+    const WorkingSet reached = SmallProblem::suits(settings) ? small_->reached() : WorkingSet();
+    const WorkingSet& set = reached.size() > 0 ? reached : last_.workingSet;
+    Result result = solveConvexified(*cache_, last_.x, set, settings, control);
     // Shared matrices are scaled without a look at the vectors; scaled alone it may be solved.
     if (areMatricesShared_ && result.status == Status::Inaccurate) {
         ProblemCache alone(copyOf(problem));
-        result = solveConvexified(alone, last_.x, last_.workingSet, settings, control);
+        result = solveConvexified(alone, last_.x, set, settings, control);
     }
     return result;
 }
