@@ -12,6 +12,9 @@ namespace {
 // If so many proximal steps do not lead to a proof, long ones among them, hundreds do not either.
 constexpr std::size_t MostSteps = 12;
 
+// Nor does a third start, without predictions, where those before it do not.
+constexpr int MostStarts = 2;
+
 /// Keeps the callback from being called.
 class WithoutCallback {
 public:
@@ -69,6 +72,7 @@ BareAnswer solveBare(ProblemCache& problem,
     BestPoint& best = loop.best();
     std::optional<Farkas> farkas;
     Vector claim;
+    int starts = 0;
     const auto isUndecided = [&] { return !farkas && !best.isProved() && !control.mustEnd(); };
     control.poll();
     const bool isConvex = problem.convexity().kind != Convexity::None;
@@ -76,7 +80,7 @@ BareAnswer solveBare(ProblemCache& problem,
         do {
             farkas = follow(loop, problem, claim);
             loop.ensurePoint();
-        } while (isUndecided() && loop.startOver());
+        } while (++starts < MostStarts && isUndecided() && loop.startOver());
     }
     loop.ensurePoint();
     if (isConvex && isUndecided()) {

@@ -117,12 +117,16 @@ double sufficientShift(const ProblemData& data, const Vector& direction, Control
 }
 
 double relativeShift(const ProblemData& data, double shift) {
-    const double largest = data.H.largest();
+    constexpr int Most = 1000;
+    const double unit = std::ldexp(1.0, std::min(Most, -std::ilogb(data.H.largest())));
+    Vector column(data.n);
     double squares = 0.0;
-    for (const double entry : data.H) {
-        squares += (entry / largest) * (entry / largest);
+    for (std::size_t j = 0; j < data.n; ++j) {
+        std::transform(data.columnOfH(j), data.columnOfH(j) + data.n, column.begin(),
+                       [unit](double entry) { return unit * entry; });
+        squares += dot(column.data(), column.data(), data.n);
     }
-    return shift / largest / std::sqrt(squares);
+    return shift * unit / std::sqrt(squares);
 }
 
 }  // namespace activeset::frontend
