@@ -1,4 +1,4 @@
-// A guess at bounds and few rows ends with a contradiction where there is one, on both roads.
+// Guesses and dual methods end with a contradiction where there is one, on both roads.
 #include <numeric>
 #include <random>
 #include <string>
@@ -116,6 +116,24 @@ TEST_F(Contradictions, EndMostGuesses) {
         }
     }
     EXPECT_GE(guessed, 2 * std::size(Variables));  // of three each
+}
+
+// The dual methods need more steps than there are variables to hold all bounds.
+TEST_F(Contradictions, EndTheDualMethodsEarly) {
+    for (const std::size_t n : Variables) {
+        Box box(n);
+        for (std::size_t i = 0; i < n; ++i) {
+            box.add(box.row(), 4.0);
+        }
+        Numbers a(n, -1.0);
+        a[0] = 0.0;
+        box.add(a, -std::accumulate(box.sample().upper.begin() + 1, box.sample().upper.end(), 1.0));
+        const Result result = box.solved();
+        SCOPED_TRACE(std::to_string(n) + " variables");
+        ASSERT_EQ(result.status, Status::Infeasible);
+        EXPECT_EQ(exact::falseClaim(box.sample(), result), "");
+        EXPECT_LT(result.iterations.dual, n / 2);
+    }
 }
 
 TEST_F(Contradictions, AreNotFoundWhereSidesMeet) {

@@ -46,6 +46,8 @@ DualOutcome BlockDual::run() {
         std::vector<Violated> candidates = violated(ViolationOnTheWay);
         if (isMinimum(candidates)) {
             end = DualOutcome::Optimal;
+        } else if (doRowsContradict()) {
+            end = DualOutcome::Infeasible;
         } else if (!seen_.insert(sides_.all()).second) {
             isStuck = true;  // rounding has brought a set back
         } else if (W_.size() < data_.n && most_ > 1 && steps_ <= mostSteps &&

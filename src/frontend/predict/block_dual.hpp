@@ -54,6 +54,8 @@ private:
     [[nodiscard]] Pulled enter(const Violated& entering);
     [[nodiscard]] bool isImplied(const Violated& entering, const Vector& r) const;
     void contradict(const Violated& entering, Vector r);
+    [[nodiscard]] bool doRowsContradict();
+    [[nodiscard]] bool doContradict(const Vector& y, const Vector& pulled);
     void hold(const Violated& newcomer);
     void solve(List& wanted);
     [[nodiscard]] bool hasRisen(const Constraints& before) const;
@@ -81,6 +83,7 @@ private:
     std::size_t most_ = 0;              // newcomers in a step
     std::size_t pulls_ = 0;             // since blocks were taken in
     std::size_t steps_ = 0;
+    double asked_ = 0.0;  // the largest multiplier of a row, when all were asked last
     Point contradiction_;
 };
 

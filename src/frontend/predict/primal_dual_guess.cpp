@@ -129,7 +129,8 @@ std::optional<PrimalDualGuess::End> PrimalDualGuess::solve() {
     }
     system_.solve(f, r);
     take(F, f, R, r);
-    return doContradict(R, r) ? std::optional(End::Contradiction) : std::nullopt;
+    return doContradict(R, r, Weights::Multipliers) ? std::optional(End::Contradiction)
+                                                    : std::nullopt;
 }
 
 std::optional<PrimalDualGuess::End> PrimalDualGuess::setSets(const List& F, List& R) {
@@ -138,7 +139,9 @@ std::optional<PrimalDualGuess::End> PrimalDualGuess::setSets(const List& F, List
             return End::GivenUp;
         }
         const std::vector<Vector> dependences = dependencesOf(gradientsOf(data_, R, F));
-        if (std::ranges::any_of(dependences, [&](const Vector& d) { return doContradict(R, d); })) {
+        if (std::ranges::any_of(dependences, [&](const Vector& d) {
+                return doContradict(R, d, Weights::Dependence);
+            })) {
             return End::Contradiction;
         }
         const std::size_t spared =
@@ -152,7 +155,7 @@ std::optional<PrimalDualGuess::End> PrimalDualGuess::setSets(const List& F, List
     return std::nullopt;
 }
 
-bool PrimalDualGuess::doContradict(const List& R, const Vector& weights) {
+bool PrimalDualGuess::doContradict(const List& R, const Vector& weights, Weights kind) {
     if (R.empty()) {
         return false;
     }
@@ -163,7 +166,10 @@ bool PrimalDualGuess::doContradict(const List& R, const Vector& weights) {
     }
     blas::gemv(Op::Transpose, 1.0, ConstBlock(data_.A.data(), data_.m, data_.n), y.data(), 0.0,
                pulled.data());
-    const int sign = signOfContradiction(constraintsOf(data_), y.data(), pulled.data());
+    const ConstraintsView problem = constraintsOf(data_);
+    const int sign = kind == Weights::Dependence
+                         ? signOfContradiction(problem, y.data(), pulled.data())
+                         : static_cast<int>(seemToContradict(problem, y.data(), pulled.data()));
     std::ranges::for_each(y, [&](double& multiplier) { multiplier *= sign; });
     if (sign == 0 || !holdsFar(judgeFarkas(data_, y))) {
         return false;

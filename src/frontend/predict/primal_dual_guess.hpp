@@ -44,7 +44,8 @@ private:
     /// Factorises for the free variables and rows of a round. A row that depends on others leaves.
     [[nodiscard]] std::optional<End> setSets(const List& F, List& R);
     /// Whether weights of rows seem to contradict the bounds; y of the point then.
-    [[nodiscard]] bool doContradict(const List& R, const Vector& weights);
+    enum class Weights { Multipliers, Dependence };
+    [[nodiscard]] bool doContradict(const List& R, const Vector& weights, Weights kind);
     [[nodiscard]] Vector missesOf(const List& R) const;
     /// Completes point and gradient by the values f of the free variables F and the multipliers r
     /// of the rows R.

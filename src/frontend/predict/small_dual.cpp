@@ -155,8 +155,7 @@ SmallDual::End SmallDual::pull(std::size_t i) {
         const Event event = nextEvent(whole, cap - multiplier);
         const double step = event.step;
         if (step == Infinity) {
-            newcomer_ = i;
-            newcomersSign_ = sign;
+            weighContradiction(i, sign);
             return caps_.areThere() ? End::GivenUp : End::Contradiction;
         }
         multiplier += step;
@@ -183,6 +182,7 @@ SmallDual::End SmallDual::pull(std::size_t i) {
 
 // Long runs go by stretches. A worn factor may even see a contradiction where there is none.
 SmallDual::End SmallDual::minimise(Control& control) {
+    asked_ = 0.0;
     size_ = std::sqrt(m_.kernels.dot(m_.w, m_.w, m_.shape.head()));
     if (dropped_ > mostChanges_) {
         return End::GivenUp;
@@ -219,6 +219,9 @@ std::optional<SmallDual::End> SmallDual::pullUntilSettled(std::size_t most, Cont
         }
         if (round % StepsBetweenPolls == 0) {
             control.poll();
+            if (round > StepsBetweenPolls && doRowsContradict()) {
+                return End::Contradiction;
+            }
         }
         if (steps_ > last) {
             return std::nullopt;

@@ -24,7 +24,8 @@ class SmallDual {
 public:
     enum class End {
         Optimal,
-        Contradiction,  ///< memory.p: what takes the place of lambda; the newcomer's is 1
+        Contradiction,  ///< memory.multipliers: weights of all rows by which they contradict one
+                        ///< another, or the bounds
         GivenUp
     };
 
@@ -74,9 +75,6 @@ public:
         // Processors convert to signed numbers at once.
         return static_cast<std::size_t>(static_cast<std::ptrdiff_t>(m_.member[k]));
     }
-    /// The constraint that members contradict, and its sign.
-    [[nodiscard]] std::size_t newcomer() const { return newcomer_; }
-    [[nodiscard]] double newcomersSign() const { return newcomersSign_; }
 
 private:
     [[nodiscard]] bool isEquality(std::size_t i) const { return m_.lower[i] == m_.upper[i]; }
@@ -122,6 +120,8 @@ private:
     [[nodiscard]] bool isSettled(const SmallViolation& worst);
     [[nodiscard]] std::optional<End> pullUntilSettled(std::size_t most, Control& control);
     [[nodiscard]] End pull(std::size_t i);
+    void weighContradiction(std::size_t newcomer, double sign);
+    [[nodiscard]] bool doRowsContradict();
     void moveSides(double tolerance);
     void leadToSides();
     void renewFactor();
@@ -145,9 +145,8 @@ private:
     std::size_t stepsPerVariable_ = 0;
     std::size_t dropped_ = 0;  ///< members of a wrong sign, at the beginning
     std::size_t steps_ = 0;
-    std::size_t newcomer_ = 0;
-    double newcomersSign_ = 1.0;
-    double size_ = 0.0;  ///< of z, at least
+    double asked_ = 0.0;  ///< the largest multiplier of a row, when all were asked last
+    double size_ = 0.0;   ///< of z, at least
 };
 
 }  // namespace activeset::frontend

@@ -1,7 +1,6 @@
 // What the guess of the small road learns from rows that cannot all be held: they contradict one
 // another, or one of them can be spared.
 #include <algorithm>
-#include <functional>
 
 #include "frontend/predict/dependent_rows.hpp"
 #include "frontend/predict/small_guess.hpp"
@@ -37,10 +36,7 @@ bool SmallGuess::doMultipliersContradict() {
     for (std::size_t k = 0; k < R_.size(); ++k) {
         m_.multipliers[R_[k]] = m_.lambda[k];
     }
-    std::transform(m_.u, m_.u + shape.head(), m_.multipliers + shape.rows(), std::negate<>());
-    const SmallSum sides =
-        m_.kernels.exactSides(m_.multipliers, m_.lower, m_.upper, shape.constraints());
-    return sides.scale < Infinity && sides.value < -ClearContradiction * sides.scale;
+    return doBoundsContradict(m_);
 }
 
 std::vector<double> SmallGuess::missesOfRows() const {

@@ -80,14 +80,11 @@ bool SmallProblem::solveByGuess(const Problem& problem,
     const double begin = control.seconds();
     SmallGuessRefinement refinement(memory_, guess_);
     const auto isDelicate = [](bool) { return false; };
-    const bool isProved =
-        end == SmallGuess::End::Contradiction
-            ? writeContradiction(
-                  problem, start, extent_, memory_,
-                  Vector(memory_.multipliers, memory_.multipliers + problem.A.rows()), result)
-            : end == SmallGuess::End::Settled &&
-                  proveOptimum(problem, settings.tolerance, refinement, false, isDelicate,
-                               result) == Proof::Found;
+    const bool isProved = end == SmallGuess::End::Contradiction
+                              ? writeContradiction(problem, start, extent_, memory_, result)
+                              : end == SmallGuess::End::Settled &&
+                                    proveOptimum(problem, settings.tolerance, refinement, false,
+                                                 isDelicate, result) == Proof::Found;
     if (!isProved) {
         return false;
     }
@@ -257,8 +254,7 @@ bool SmallProblem::minimise(double setup,
     const double begin = control.seconds();
     hasReached_ = end == SmallDual::End::Optimal && !extent_.isProximal();
     const bool isProved = end == SmallDual::End::Contradiction
-                              ? writeContradiction(problem, start, extent_, memory_,
-                                                   multipliersOf(memory_, dual_), result)
+                              ? writeContradiction(problem, start, extent_, memory_, result)
                               : end == SmallDual::End::Optimal &&
                                     proveDual(problem, settings.tolerance, control, result);
     if (isProved) {

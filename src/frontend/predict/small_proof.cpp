@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 #include "frontend/algebra/largest.hpp"
@@ -117,6 +118,14 @@ void judgeSides(SmallMemory& m, const SmallExtent& extent, const Sizes& units, J
 }
 
 }  // namespace
+
+bool doBoundsContradict(SmallMemory& m) {
+    const SmallShape& shape = m.shape;
+    std::transform(m.u, m.u + shape.head(), m.multipliers + shape.rows(), std::negate<>());
+    const SmallSum sides =
+        m.kernels.exactSides(m.multipliers, m.lower, m.upper, shape.constraints());
+    return sides.scale < Infinity && sides.value < -ClearContradiction * sides.scale;
+}
 
 ConstraintsView constraintsOf(const SmallMemory& m) {
     const SmallShape& shape = m.shape;

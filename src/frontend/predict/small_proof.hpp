@@ -11,6 +11,10 @@ namespace activeset::frontend {
 /// As judge() does it, from the sums in the memory. The memory's side products are scratch.
 [[nodiscard]] Judgement judge(SmallMemory& memory, const SmallExtent& extent, double constant);
 
+/// Whether rows weighed by memory.multipliers, memory.u being Aᵀy, seem to contradict one another
+/// or the bounds, by the sums of sides. Writes what bounds take to the multipliers.
+[[nodiscard]] bool doBoundsContradict(SmallMemory& memory);
+
 /// Of the problem in the memory.
 [[nodiscard]] ConstraintsView constraintsOf(const SmallMemory& memory);
 

@@ -158,29 +158,13 @@ void writeOptimum(const Problem& problem,
     }
 }
 
-// −Σ p_k·member_k and the newcomer, whose multiplier is 1.
-Vector multipliersOf(const SmallMemory& m, const SmallDual& dual) {
-    Vector y(m.shape.m, 0.0);
-    const double unit = m.inverseNorm[dual.newcomer()];
-    const auto set = [&](std::size_t i, double value) {
-        if (i < m.shape.m) {
-            y[i] = value * (m.inverseNorm[i] / unit);
-        }
-    };
-    set(dual.newcomer(), dual.newcomersSign());
-    for (std::size_t k = 0; k < dual.factor().size(); ++k) {
-        set(dual.constraintOf(k), -m.sign[k] * m.p[k]);
-    }
-    return y;
-}
-
 bool writeContradiction(const Problem& problem,
                         const WarmStart& start,
                         const SmallExtent& extent,
                         SmallMemory& m,
-                        Vector y,
                         Result& result) {
-    std::optional<Farkas> farkas = provedContradiction(extent, m, std::move(y));
+    std::optional<Farkas> farkas =
+        provedContradiction(extent, m, Vector(m.multipliers, m.multipliers + m.shape.m));
     if (!farkas) {
         return false;
     }

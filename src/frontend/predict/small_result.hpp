@@ -24,16 +24,12 @@ void writeOptimum(const Problem& problem,
                   bool isSetWanted,
                   Result& result);
 
-/// Of all rows, where the dual method has ended with a contradiction.
-[[nodiscard]] Vector multipliersOf(const SmallMemory& memory, const SmallDual& dual);
-
-/// Rows that contradict one another or the bounds, and the point where the solve began. False where
-/// it is not proved.
+/// Rows that contradict one another or the bounds by their weights, memory.multipliers, and the
+/// point where the solve began. False where it is not proved.
 [[nodiscard]] bool writeContradiction(const Problem& problem,
                                       const WarmStart& start,
                                       const SmallExtent& extent,
                                       SmallMemory& memory,
-                                      Vector y,
                                       Result& result);
 
 }  // namespace activeset::frontend

@@ -205,32 +205,35 @@ Farkas judgeFarkas(const ProblemData& data, Vector y) {
                        {sums.data(), sums.data() + data.n, sums.data() + 2 * data.n}, std::move(y));
 }
 
-int signOfContradiction(const ConstraintsView& problem, const double* y, const double* pulled) {
-    double rounding = -1.0;  // of an entry of Aᵀy, formed where it is needed
-    const auto isRounding = [&](double multiplier) {
-        rounding = rounding < 0.0 ? roundingOfPull(problem.A, y) : rounding;
-        return std::abs(multiplier) <= rounding;
+bool seemToContradict(const ConstraintsView& problem,
+                      const double* y,
+                      const double* pulled,
+                      double sign,
+                      double rounding) {
+    double value = 0.0;
+    double scale = 0.0;
+    const auto add = [&](double multiplier, double lower, double upper) {
+        const double term = multiplier * (multiplier > 0.0 ? upper : lower);
+        value += term;
+        scale += std::abs(term);
     };
+    for (std::size_t i = 0; i < problem.A.rows; ++i) {
+        if (y[i] != 0.0) {
+            add(sign * y[i], problem.rowLower[i], problem.rowUpper[i]);
+        }
+    }
+    for (std::size_t j = 0; j < problem.A.cols && scale < Infinity; ++j) {
+        if (std::abs(pulled[j]) > rounding) {
+            add(-sign * pulled[j], problem.lower[j], problem.upper[j]);
+        }
+    }
+    return scale < Infinity && value < -ClearContradiction * scale;
+}
+
+int signOfContradiction(const ConstraintsView& problem, const double* y, const double* pulled) {
+    const double rounding = roundingOfPull(problem.A, y);
     for (const int sign : {1, -1}) {
-        double value = 0.0;
-        double scale = 0.0;
-        for (std::size_t i = 0; i < problem.A.rows; ++i) {
-            const double multiplier = sign * y[i];
-            const double side = multiplier > 0.0 ? problem.rowUpper[i] : problem.rowLower[i];
-            const double term = multiplier != 0.0 ? multiplier * side : 0.0;
-            value += term;
-            scale += std::abs(term);
-        }
-        for (std::size_t j = 0; j < problem.A.cols && scale < Infinity; ++j) {
-            const double multiplier = -sign * pulled[j];
-            const double side = multiplier > 0.0 ? problem.upper[j] : problem.lower[j];
-            const bool isNone =
-                multiplier == 0.0 || (!std::isfinite(side) && isRounding(multiplier));
-            const double term = isNone ? 0.0 : multiplier * side;
-            value += term;
-            scale += std::abs(term);
-        }
-        if (value < -ClearContradiction * scale && scale < Infinity) {
+        if (seemToContradict(problem, y, pulled, sign, rounding)) {
             return sign;
         }
     }

@@ -32,10 +32,16 @@ struct ConstraintsView {
 /// What sides add up to is clearly negative where it is by so much of its terms.
 inline constexpr double ClearContradiction = 1e-9;
 
-/// 1 or −1 where y or −y, multipliers of all rows, seem to contradict rows and bounds, by doubles;
-/// else 0.
+/// Whether sign·y, multipliers of all rows, seem to contradict rows and bounds, by doubles.
 ///
-/// @param pulled  Aᵀy
+/// @param pulled    Aᵀy
+/// @param rounding  its entries up to this count as zero
+[[nodiscard]] bool seemToContradict(const ConstraintsView& problem,
+                                    const double* y,
+                                    const double* pulled,
+                                    double sign = 1.0,
+                                    double rounding = 0.0);
+/// 1 or −1 where y or −y, by which rows combine to zero, seem to do so; else 0.
 [[nodiscard]] int signOfContradiction(const ConstraintsView& problem,
                                       const double* y,
                                       const double* pulled);
