@@ -147,12 +147,15 @@ TEST_F(SmallProblems, EndAtIntegersExactly) {
         sample.rowUpper = sample.rowLower;
         for (std::size_t j = 0; j < N; ++j) {
             sample.A[j * sample.m + j / Places] = sample.A[j * sample.m + Places + j % Places] = 1;
-            sample.c.push_back(std::generate_canonical<double, 53>(random));
+            sample.c.push_back(seed % 2 == 0 ? std::generate_canonical<double, 53>(random)
+                                             : static_cast<double>(random() % 4));
         }
         const std::optional<Result> small = solveSmall(solver, sample.view());
         ASSERT_TRUE(small);
         EXPECT_EQ(exact::falseClaim(sample, *small), "");
-        EXPECT_EQ(small->certificate.primal.absolute, 0.0);
+        if (seed % 2 == 0) {  // else the minimum may be a face
+            EXPECT_EQ(small->certificate.primal.absolute, 0.0);
+        }
     }
 }
 

@@ -89,7 +89,10 @@ private:
     void dropWrongSigns();
     [[nodiscard]] bool repeatsMember(std::size_t i) const;
     [[nodiscard]] bool isNearSide(std::size_t i) const;
-    [[nodiscard]] bool isBeyond(std::size_t i, double tolerance, double move) const;
+    [[nodiscard]] bool isBeyond(std::size_t i,
+                                double tolerance,
+                                double move,
+                                double rounding) const;
     [[nodiscard]] double signOfNearSide(std::size_t i) const;
     [[nodiscard]] bool isWayInShort();
     [[nodiscard]] bool isWayOpen();

@@ -118,7 +118,7 @@ std::vector<SmallDual::NearSide> SmallDual::nearSides() {
         if (isNearSide(i)) {
             gather(i, signOfNearSide(i));
             sides.push_back({.image = {m_.g, m_.g + m_.shape.head()}});
-            sides.back().isMissed = isBeyond(i, NegligibleMiss, 0.0);
+            sides.back().isMissed = isBeyond(i, NegligibleMiss, 0.0, 0.0);
         }
     }
     return sides;

@@ -3,18 +3,19 @@
 #include <cmath>
 #include <vector>
 
+#include "frontend/algebra/largest.hpp"
 #include "frontend/predict/small_dual.hpp"
 #include "frontend/proof/certificate.hpp"
 
 namespace activeset::frontend {
 
-// Where the value of constraint i is larger by `move`.
-bool SmallDual::isBeyond(std::size_t i, double tolerance, double move) const {
+// Where the value of constraint i is larger by `move`, which is exact to within `rounding`.
+bool SmallDual::isBeyond(std::size_t i, double tolerance, double move, double rounding) const {
     const Place place = placeOf(i);
     const double above = place.above(m_.upper[i]) + move;
     const double below = place.below(m_.lower[i]) - move;
     const double side = std::abs(above > below ? m_.upper[i] : m_.lower[i]);
-    return std::max(above, below) > tolerance * (place.scale + side);
+    return std::max(above, below) > tolerance * (place.scale + side) + rounding;
 }
 
 // In place of x stands how far it is from the point of memory.x, and sides lose the values there.
@@ -67,13 +68,16 @@ void SmallDual::leadToSides() {
 }
 
 bool SmallDual::areSidesMetNearby() {
-    constexpr double NearbyPoint = 1e-6;  // in proportion to the largest variable
+    constexpr double NearbyPoint = 1e-6;    // in proportion to the largest variable
+    constexpr double MoveRounding = 1e-13;  // in proportion to the norms of image and step
     const SmallShape& shape = m_.shape;
     leadToSides();
     static_cast<void>(
         m_.kernels.price(images(), m_.z, m_.lowest, m_.highest, m_.inverseNorm, m_.values));
+    const double length = std::sqrt(m_.kernels.dot(m_.z, m_.z, shape.head()));
     for (std::size_t i = 0; i < shape.constraints(); ++i) {
-        if (isBeyond(i, NegligibleMiss, m_.values[i])) {
+        const double norm = ratio(1.0, m_.inverseNorm[i]);
+        if (isBeyond(i, NegligibleMiss, m_.values[i], MoveRounding * norm * length)) {
             return false;
         }
     }

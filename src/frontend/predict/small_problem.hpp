@@ -121,9 +121,10 @@ private:
                                     Control& control,
                                     Result& result);
     enum class Proof {
+        None,
         Found,
-        Missed,  ///< all is proved but that the point meets its sides
-        None
+        Missed,   ///< all is proved but that the point meets its sides
+        Delicate  ///< that it does so to within rounding might not be enough
     };
     /// @param mayBeExact     whether the point is looked at before it is corrected
     /// @param mayBeDelicate  whether what may be so by rounding alone is taken for a proof, sides
@@ -134,6 +135,7 @@ private:
                                      bool mayBeExact,
                                      const std::function<bool(bool isMissed)>& mayBeDelicate,
                                      Result& result);
+    [[nodiscard]] bool settlesDelicate(Control& control);
     [[nodiscard]] bool proveDual(const Problem& problem,
                                  double tolerance,
                                  Control& control,

@@ -16,6 +16,7 @@ constexpr double FirstResidual = 0x1p-45;  // of a point that needs no correctio
 constexpr double FeasibleSide = 0x1p-49;   // the same of sides
 constexpr double LevelGradient = 0x1p-49;
 constexpr double NearBound = 0x1p-57;  // what corrections leave of a variable that should be there
+constexpr double NoMultiplier = 0x1p-50;  // in proportion to the largest
 constexpr std::size_t MostCorrections = 3;
 constexpr int MostProofs = 4;  // that are tried after holding what was missed
 
@@ -52,30 +53,46 @@ SmallProblem::Proof SmallProblem::proveOptimum(const Problem& problem,
         ++corrections;
         isDone = (isExact(ExactResidual) && corrections >= least) || corrections == MostCorrections;
     }
-    if (extent_.isLinear() && extent_.c == 0.0) {
-        refinement.dropMultipliers();
+    // Along a slope that no curvature ends, the problem may be unbounded.
+    const Certificate& certificate = judgement.certificate;
+    const auto isLevel = [&] {
+        return !extent_.isProximal() || certificate.dual.relative <= LevelGradient;
+    };
+    if (!isLevel()) {
+        const bool hasCosts = extent_.c > 0.0 || !extent_.isLinear();
+        refinement.dropMultipliers(hasCosts ? NoMultiplier : 1.0);
         judgement = judge(memory_, extent_, problem.constant);
     }
     if (judgement.isDelicate) {
         refinement.moveToNearBounds(NearBound);
         judgement = judge(memory_, extent_, problem.constant);
     }
-    const Certificate& certificate = judgement.certificate;
     const double missed = certificate.primal.relative;
     if (missed > FeasibleSide && certificate.dual.relative <= tolerance &&
         certificate.gap.relative <= tolerance) {
         return Proof::Missed;
     }
-    // Along a slope that no curvature ends, the problem may be unbounded.
-    const bool isLevel = !extent_.isProximal() || certificate.dual.relative <= LevelGradient;
-    if (!certificate.holds(tolerance) || !(missed <= FeasibleSide) || !isLevel ||
-        (judgement.isDelicate && !mayBeDelicate(missed > NegligibleMiss))) {
+    if (!certificate.holds(tolerance) || !(missed <= FeasibleSide) || !isLevel()) {
         return Proof::None;
+    }
+    if (judgement.isDelicate && !mayBeDelicate(missed > NegligibleMiss)) {
+        return Proof::Delicate;
     }
     const SmallOptimum optimum{memory_, refinement.size(), judgement, tolerance};
     writeOptimum(problem, optimum, areSetsListed_, result);
     result.iterations.refinement = corrections;
     return Proof::Found;
+}
+
+// Whether the dual method has found a point that misses nothing. Else the members are as before:
+// the general road may begin with them.
+bool SmallProblem::settlesDelicate(Control& control) {
+    const WorkingSet members = dual_.softSet();
+    const bool isSettled = dual_.settleAround(NegligibleMiss, control);
+    if (!isSettled && !extent_.isProximal()) {
+        dual_.begin(members);
+    }
+    return isSettled;
 }
 
 // What the point misses by rounding is looked at closely.
@@ -88,8 +105,12 @@ bool SmallProblem::proveDual(const Problem& problem,
         return (isMissed && dual_.areSidesMetNearby()) || !dual_.isNearlyDependent(isMissed);
     };
     Proof proof = Proof::Missed;
-    for (int round = 0; round < MostProofs && proof == Proof::Missed; ++round) {
-        if (round > 0 && !dual_.settleAround(FeasibleSide, control)) {
+    for (int round = 0; round < MostProofs && (proof == Proof::Missed || proof == Proof::Delicate);
+         ++round) {
+        if (proof == Proof::Delicate && !settlesDelicate(control)) {
+            return false;
+        }
+        if (proof == Proof::Missed && round > 0 && !dual_.settleAround(FeasibleSide, control)) {
             return false;
         }
         SmallImageRefinement refinement(memory_, dual_.factor());

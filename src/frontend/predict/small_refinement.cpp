@@ -165,11 +165,16 @@ void SmallRefinement::moveToNearBounds(double distance) {
     formProducts();
 }
 
-void SmallRefinement::dropMultipliers() {
-    std::fill_n(m_.multipliers, m_.shape.constraints(), 0.0);
-    for (double* array : {m_.pull.value, m_.pull.rest, m_.pull.scale}) {
-        std::fill_n(array, m_.shape.head(), 0.0);
+void SmallRefinement::dropMultipliers(double share) {
+    double largest = 0.0;
+    for (std::size_t k = 0; k < size_; ++k) {
+        largest = std::max(largest, std::abs(m_.lambda[k]));
     }
+    for (std::size_t k = 0; k < size_; ++k) {
+        m_.lambda[k] = std::abs(m_.lambda[k]) <= share * largest ? 0.0 : m_.lambda[k];
+    }
+    static_cast<void>(setMultipliers());
+    m_.kernels.exactProduct(memberRows(), m_.r, m_.pull);
 }
 
 }  // namespace activeset::frontend

@@ -27,8 +27,9 @@ public:
     /// Moves variables to zero or bounds so near, in proportion to the largest variable or to 1,
     /// and forms their products anew.
     void moveToNearBounds(double distance);
-    /// Makes all multipliers zero.
-    void dropMultipliers();
+    /// Makes multipliers zero that are no more than this share of the largest, in proportion to the
+    /// images.
+    void dropMultipliers(double share);
 
 protected:
     /// From the residuals r₁ of stationarity, memory.residual, and r₂ of the members, memory.s, the
