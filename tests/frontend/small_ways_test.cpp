@@ -99,6 +99,46 @@ TEST_F(SmallWays, NeedNoImagesWhereTheFreeMinimumMeetsAllRows) {
     }
 }
 
+/// Strictly convex; the origin misses each of 2n rows.
+Sample missedRows(std::size_t n, unsigned seed) {
+    Sample s{.n = n, .m = 2 * n, .H = Numbers(n * n), .c = Numbers(n), .A = Numbers(2 * n * n)};
+    s.rowLower.assign(s.m, -Infinity);
+    s.rowUpper.assign(s.m, -0.05);
+    std::mt19937_64 bits(seed);
+    std::uniform_real_distribution<double> uniform(-1.0, 1.0);
+    Numbers root(n * n);
+    for (Numbers* part : {&root, &s.A}) {
+        std::ranges::generate(*part, [&] { return uniform(bits); });
+    }
+    for (std::size_t j = 0; j < n; ++j) {
+        s.c[j] = 5.0 * uniform(bits);
+        for (std::size_t k = 0; k < n * n; ++k) {
+            s.H[j * n + k % n] += root[k / n * n + j] * root[k / n * n + k % n];
+        }
+        s.H[j * n + j] += 1.0;
+    }
+    return s;
+}
+
+/// Caps are in proportion to norms of images, which are formed late, or are those of other
+/// problems.
+TEST_F(SmallWays, MeasureCapsByTheirOwnImages) {
+    for (unsigned seed = 0; seed < 4; ++seed) {
+        const Sample sample = missedRows(40, seed);
+        const Sample other = missedRows(40, seed + 10);
+        const Numbers penalty(80, 0.05);
+        Problem soft = sample.view();
+        soft.rowPenalty.upperLinear = penalty;
+        releaseWorkspaces();
+        const Result alone = solve(soft);
+        static_cast<void>(solve(other.view()));
+        const Result after = solve(soft);
+        EXPECT_EQ(after.x, alone.x);
+        EXPECT_EQ(after.iterations.dual, alone.iterations.dual);
+        EXPECT_LT(alone.iterations.dual, 200U);
+    }
+}
+
 TEST_F(SmallWays, WithManyBoundsAreGuessedAndHaveTheSameAnswers) {
     SmallProblem road;
     int guessed = 0;

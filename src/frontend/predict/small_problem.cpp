@@ -136,12 +136,14 @@ SmallProblem::SoftEnd SmallProblem::solveNextSoft(const Problem& problem,
                                                   Control& control,
                                                   Result& result,
                                                   WorkingSet& predicted) {
-    if (!loadNext(problem, areMatricesKept, !needsFewChanges(problem)) || extent_.isProximal() ||
-        !dual_.caps().load(problem)) {
+    if (!loadNext(problem, areMatricesKept, !needsFewChanges(problem)) || extent_.isProximal()) {
+        return SoftEnd::GivenUp;
+    }
+    formWaitingImages(memory_);  // caps are in proportion to norms of images
+    if (!dual_.caps().load(problem)) {
         return SoftEnd::GivenUp;
     }
     isSetKept_ = false;
-    formWaitingImages(memory_);
     dual_.limitChanges(SmallDual::AnyChanges);
     dual_.beginWithinCaps(start.workingSet);
     const double setup = control.seconds();
