@@ -36,7 +36,7 @@ inline constexpr double TouchedSide = 1e-11;
 
 /// What sides are missed by, in proportion to their terms, does no harm, be rows as parallel as
 /// doubles can tell.
-inline constexpr double NegligibleMiss = 1e-24;
+inline constexpr double NegligibleMiss = 1e-27;
 
 /// Whether a value is beyond one of its sides, or near it.
 ///
