@@ -301,7 +301,7 @@ struct Settings {
     /// In seconds, from 0 up.
     std::chrono::duration<double> timeLimit = std::chrono::duration<double>::max();
     std::stop_token stop{};  ///< ends the solve when a stop is requested
-    /// Whether solve() leaves Result::factors. Nothing else depends on it.
+    /// Whether solve() leaves Result::factors. Nothing else depends on it but last digits.
     bool keepFactors = false;
     /// Called after every pass of the core, so that Start::Automatic leaves predictions out; false
     /// ends the solve. It must not start another solve itself.

@@ -142,7 +142,7 @@ SmallDual::End SmallDual::pull(std::size_t i) {
     const double cap = caps_.areThere() ? caps_.of(i, sign) : Infinity;
     const std::size_t most =
         std::min(stepsPerVariable_ * m_.shape.n + (caps_.areThere() ? m_.shape.m : m_.shape.m / 8),
-                 mostChanges_ - dropped_);
+                 mostChanges_ - std::min(dropped_, mostChanges_));
     gather(i, sign);
     while (steps_++ < most) {
         const double squaredNorm = factor_.project();

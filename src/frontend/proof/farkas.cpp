@@ -156,7 +156,8 @@ void Judge::measure(double slack) {
         }
     }
     slack -= taken * (1.0 + rounding);
-    farkas_.radius = !(slack > 0.0) ? 0.0 : unbounded > 0.0 ? slack / unbounded : Infinity;
+    const double share = slack * (1.0 - std::numeric_limits<double>::epsilon());  // rounds down
+    farkas_.radius = !(slack > 0.0) ? 0.0 : unbounded > 0.0 ? share / unbounded : Infinity;
 }
 
 void Judge::judge() {
