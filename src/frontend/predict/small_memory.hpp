@@ -27,6 +27,7 @@ struct SmallShape {
     friend bool operator==(const SmallShape&, const SmallShape&) = default;
 };
 
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the factorisation writes the triangles
 class SmallMemory {
 public:
     static constexpr std::size_t MostVariables = MostSmallColumns;
@@ -98,7 +99,7 @@ public:
     double* member = nullptr;  ///< the constraint's number
     double* isEquality = nullptr;
     double* gathered = nullptr;  ///< the row of A in column k of memberRows, or −1
-    SmallTriangle triangles[MostVariables / 4];  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    SmallTriangle triangles[MostVariables / 4];
     std::size_t waiting = 0;     ///< rows of A, the first ones, whose images are not formed yet
     std::size_t equalities = 0;  ///< how many constraints have equal sides
     // sums in twice the precision: [H; A; cᵀ]·x, Aᵀy
